@@ -1,0 +1,52 @@
+# Functions that make this project's libraries, programs and tests, so that flags and include
+# folders are set in one place.
+
+# Flags of everything that is ours.
+function(wavo_flags target)
+  target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic
+    # Reports name our own paths, relative to the repository.
+    -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
+    $<$<COMPILE_LANGUAGE:CXX>:-Werror=switch>)
+  if(WAVO_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(WAVO_SANITIZE)
+    target_compile_options(${target} PRIVATE
+      -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=address,undefined)
+  endif()
+endfunction()
+
+# wavo_library(<name> SOURCES ... [LINK ...]): one folder, one static library.
+function(wavo_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC ${ARG_LINK})
+  wavo_flags(${name})
+endfunction()
+
+# wavo_test(<name> SOURCES ... LINK ... LABELS ... [EXCLUSIVE] [TIMEOUT <seconds>] [MAIN]):
+# a GoogleTest program. EXCLUSIVE: it uses names that exist once on a machine (the master's
+# segments), so it never runs beside another such test. MAIN: it brings its own main().
+function(wavo_test name)
+  cmake_parse_arguments(ARG "EXCLUSIVE;MAIN" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LINK} GTest::gmock)
+  if(NOT ARG_MAIN)
+    target_link_libraries(${name} PRIVATE wavo_test_main)
+  endif()
+  wavo_flags(${name})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES
+    LABELS "${ARG_LABELS}"
+    TIMEOUT ${ARG_TIMEOUT}
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tools/lsan.supp")
+  if(ARG_EXCLUSIVE)
+    set_tests_properties(${name} PROPERTIES RESOURCE_LOCK machine_segments)
+  endif()
+endfunction()

@@ -1,0 +1,23 @@
+// Standard folders. All paths are UTF-8.
+#pragma once
+
+#include <string>
+
+namespace wavo::platform {
+
+/// What joins folder and file names on this system: "/" or "\".
+std::string PathSeparator();
+
+/// The data folder of the product (maker folder `Velk`), without a separator at the end; created
+/// when missing. Linux: $XDG_DATA_HOME/Velk, else ~/.local/share/Velk. Windows: the common
+/// application data folder. Empty on failure; LastError() tells why.
+std::string DataFolder();
+
+/// The folder for logs, created when missing. Linux: $XDG_STATE_HOME/Velk, else
+/// ~/.local/state/Velk. Windows: the folder `logs` in the data folder. Empty on failure.
+std::string StateFolder();
+
+/// Whether the process' standard error is a terminal that a person reads.
+bool StandardErrorIsTerminal() noexcept;
+
+}  // namespace wavo::platform

@@ -1,0 +1,28 @@
+// The process: its end on request, and its crash.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace wavo::platform {
+
+/// Number of this process.
+std::uint32_t ProcessId() noexcept;
+
+/// Asks the system to tell of a request to end (POSIX: SIGINT, SIGTERM, SIGHUP; Windows: the
+/// console's close and break) instead of ending the process at once. Returns a descriptor that
+/// becomes readable on the first request, -1 where there is none to watch.
+int WatchTerminationRequests() noexcept;
+
+/// Whether the end was requested since WatchTerminationRequests.
+bool TerminationRequested() noexcept;
+
+/// Installs the crash hook: on a fatal signal (Windows: an unhandled exception) a record with
+/// signal, time, `version` and a symbolised backtrace is appended to `file` and written to standard
+/// error; then the process ends as it would have without the hook. `file` may be empty: then only
+/// standard error gets the record. Safe to call during static initialisation. Calling it again
+/// changes file and version.
+void InstallCrashHook(const std::string& file, const std::string& version);
+
+}  // namespace wavo::platform

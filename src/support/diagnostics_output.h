@@ -1,0 +1,39 @@
+// Where the diagnostics write: log files with a size limit, standard error, and observers.
+//
+// Files: wavo_trace.log (trace and error trace) and wavo_error.log (error log) in the log folder.
+// A file that has reached its limit becomes <name>.1, replacing the one before.
+// A line: time, kind, source(line), text. Until a folder is set nothing is written to files.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace wavo::diagnostics {
+
+enum class Service { kTrace, kErrorTrace, kErrorLog };
+
+/// One report as it goes out.
+struct Report {
+    Service service;
+    std::string_view source;  ///< path of the reporting source file, relative to the repository
+    int line;
+    std::string_view text;  ///< formatted, without a line end
+};
+
+/// Log files go to `folder` from now on (empty: no files). The folder is not created here.
+void SetLogFolder(const std::string& folder);
+
+/// Largest size in bytes of one log file before it is moved aside. Default 4 MiB.
+void SetLogSizeLimit(std::size_t bytes);
+
+/// Whether reports also go to standard error. Default: off.
+void SetEcho(bool on);
+
+/// Called with each report as it goes out, after it was written; null for none. Used by tests and
+/// by the status bar.
+using Observer = std::function<void(const Report&)>;
+void SetObserver(Observer observer);
+
+}  // namespace wavo::diagnostics
