@@ -1,0 +1,54 @@
+// The viewer's end of its value FIFO: opens the line FIFO that the master fills for this viewer,
+// reads batches of lines, closes the link.
+//
+// A line is one double per axis, in the order of the axis names of the info block.
+//
+// Invariants:
+// 1. While open, this reader's mark stands in the FIFO.
+// 2. What a failed Open linked is unlinked by the next Open or Close, without touching the mark
+//    of the reader that holds the FIFO.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "link/line_fifo.h"
+
+namespace wavo {
+
+class AxValueReader {
+ public:
+    AxValueReader() = default;
+    ~AxValueReader() { Close(); }
+    AxValueReader(const AxValueReader&) = delete;
+    AxValueReader& operator=(const AxValueReader&) = delete;
+
+    /// Opens the FIFO in the segment `name`, closing an open one first. Failures go to the error
+    /// trace.
+    bool Open(const char* name);
+
+    [[nodiscard]] bool IsOpen() const { return m_open; }
+
+    /// Number of lines that wait; 0 when not open.
+    [[nodiscard]] std::uint64_t LinesWaiting() const;
+
+    /// Copies `line_count` lines of `line_length` bytes to `buffer` (line i at i x line_length).
+    /// More than `capacity` bytes: the lines are taken and thrown away, so that the master can go
+    /// on, and the call fails. Fewer lines than asked: the rest of the buffer keeps what it held,
+    /// the call succeeds. Failures go to the error log.
+    bool Read(void* buffer, std::size_t line_length, std::uint64_t line_count,
+              std::size_t capacity);
+
+    void Close();
+
+ private:
+    void ReadFromFifo(std::byte* buffer, std::size_t line_length, std::uint64_t line_count);
+
+    bool m_open = false;
+    std::string m_name;
+    void* m_segment = nullptr;  // linked segment; null when closed
+    LineFifo m_fifo;            // valid while open
+};
+
+}  // namespace wavo

@@ -1,0 +1,78 @@
+#include "link/capabilities.h"
+
+#include <cstring>
+
+#include "link/shared_mem.h"
+#include "link/wire_format.h"
+#include "support/diagnostics.h"
+
+namespace wavo {
+
+void SlaveGlobalCapabilities::OnCapabilitiesChanged(platform::WindowHandle master,
+                                                    platform::WindowHandle module_number) {
+    m_master = master;
+    m_module_number = module_number;
+    m_new_capabilities = true;
+}
+
+std::optional<AxisCapabilities> SlaveGlobalCapabilities::FindAxis(const std::string& name) {
+    if (m_new_capabilities) {
+        GetNewCapabilitiesFromMaster();
+    }
+    const auto found = m_records.find(name);
+    if (found == m_records.end()) {
+        return std::nullopt;
+    }
+    return found->second;
+}
+
+void SlaveGlobalCapabilities::GetNewCapabilitiesFromMaster() {
+    m_channel.Send(m_master, ToMaster::kCapabilityBegin, 0);
+    m_records.clear();
+    LoadModule(kCapabilitySegmentPrefix +
+               std::to_string(static_cast<std::int32_t>(m_module_number)));
+    m_channel.Send(m_master, ToMaster::kCapabilityEnd, 0);
+}
+
+void SlaveGlobalCapabilities::LoadModule(const std::string& segment_name) {
+    void* const segment = MSharedMem_Link(segment_name);
+    if (segment == nullptr) {
+        MERRLOG(
+            "SlaveGlobalCapabilities::GetNewCapabilitiesFromMaster(): failed to link data module "
+            "[%s]",
+            segment_name.c_str());
+        return;
+    }
+    const auto* const bytes = static_cast<const std::byte*>(segment);
+    const std::uint64_t size = MSharedMem_Size(segment);
+    std::int32_t count = -1;
+    if (size >= sizeof count) {
+        std::memcpy(&count, bytes, sizeof count);
+    }
+    if (count < 0 || CapabilityRecordOffset(static_cast<std::size_t>(count)) > size) {
+        MERRLOG(
+            "SlaveGlobalCapabilities::GetNewCapabilitiesFromMaster(): data module [%s] of %zu "
+            "bytes cannot hold %d records",
+            segment_name.c_str(), static_cast<std::size_t>(size), count);
+        count = 0;
+    }
+    for (std::int32_t k = 0; k < count; ++k) {
+        CapabilityRecord record;
+        std::memcpy(&record, bytes + CapabilityRecordOffset(static_cast<std::size_t>(k)),
+                    sizeof record);
+        const std::size_t length = strnlen(record.axis_name, sizeof record.axis_name);
+        if (length == sizeof record.axis_name) {
+            MERRLOG(
+                "SlaveGlobalCapabilities::GetNewCapabilitiesFromMaster(): record %d of data "
+                "module [%s] has a name without end",
+                k, segment_name.c_str());
+            continue;
+        }
+        m_records[std::string(record.axis_name, length)] = {
+            record.upper_limit, record.lower_limit, record.velocity_limit,
+            record.acceleration_limit, record.resolution};
+    }
+    MSharedMem_Unlink(segment);
+}
+
+}  // namespace wavo

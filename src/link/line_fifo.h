@@ -1,0 +1,48 @@
+// The reader's end of a line FIFO: a ring of fixed-size lines in a shared memory segment, one
+// writer (the master) and one reader.
+//
+// Slots run from 0 to line count - 1. Read index equals write index: empty. At most line count - 1
+// lines can wait. The reader writes the read index and the reader mark, nothing else.
+//
+// The segment is not trusted. MMemLineFifo_Link checks the header against the mapping and takes
+// the geometry over; from then on no offset is ever computed from a field that could have changed.
+//
+// Memory order: a line is read after its slot was seen filled (acquire on the write index), and
+// its slot is given back only when the copy is complete (full fence before the store of the read
+// index).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "link/wire_format.h"
+
+namespace wavo {
+
+/// A claimed FIFO. Points into the caller's mapping; owns nothing.
+struct LineFifo {
+    LineFifoHeader* header = nullptr;
+    const std::byte* data = nullptr;
+    std::uint64_t line_size = 0;   ///< bytes from slot to slot, as checked when linked
+    std::uint64_t line_count = 0;  ///< slots, as checked when linked
+};
+
+/// Claims the FIFO in the `size` bytes at `base` as its only reader. False, with an error trace,
+/// when another reader holds it or its header cannot be right.
+bool MMemLineFifo_Link(void* base, std::uint64_t size, LineFifo& fifo);
+
+/// Gives the FIFO back, unless the mark is no longer ours.
+void MMemLineFifo_Release(const LineFifo& fifo);
+
+/// Whether the header still describes the FIFO that was linked and its indices are in range.
+bool MMemLineFifo_IsIntact(const LineFifo& fifo);
+
+/// Number of lines that wait; 0 for a FIFO that is not intact.
+std::uint64_t MMemLineFifo_Waiting(const LineFifo& fifo);
+
+/// Copies the first `length` bytes of the next line to `line` and gives its slot back. False when
+/// no line waits, the mark is not set or the indices are out of range.
+/// REQUIRES: length <= fifo.line_size.
+bool MMemLineFifo_Read(const LineFifo& fifo, void* line, std::size_t length);
+
+}  // namespace wavo

@@ -1,0 +1,132 @@
+#include "link/shared_mem.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <mutex>
+
+#include "platform/last_error.h"
+#include "support/diagnostics.h"
+
+namespace wavo {
+
+namespace {
+
+LinkRegistry& Registry() {
+    static LinkRegistry registry;
+    return registry;
+}
+
+std::recursive_mutex& RegistryLock() {
+    static std::recursive_mutex lock;
+    return lock;
+}
+
+/// Opens and maps a segment that is not linked yet.
+void* MapNewSegment(const std::string& name) {
+    const platform::MappingHandle handle = platform::OpenSharedMemory(name);
+    if (handle == 0) {
+        MERRTRACE("MSharedMem_Link() failed for '%s' (%d)", name.c_str(), platform::LastError());
+        return nullptr;
+    }
+    void* const address = platform::MapSharedMemory(handle);
+    if (address == nullptr) {
+        const int error = platform::LastError();
+        platform::CloseSharedMemory(handle);
+        MERRTRACE("MSharedMem_Link(): MapViewOfFile() failed (%d)", error);
+        return nullptr;
+    }
+    const auto position = Registry().SetNewLinkInfo(name, address, handle,
+                                                    platform::SharedMemorySize(address, handle));
+    if (position != Registry().End()) {
+        position->second.link_count = 1;
+    }
+    return address;
+}
+
+/// Unmaps and closes what the last link held. Failures are reported and change nothing.
+void DropMapping(void* address, const LinkRegistry::LinkInfo& info) {
+    if (!Registry().DeleteLinkInfo(address)) {
+        MERRTRACE("MSharedMem_Destroy(): DeleteLinkInfo() failed");
+    }
+    if (!platform::UnmapSharedMemory(address, info.size)) {
+        MERRTRACE("MSharedMem_Unlink(): UnmapViewOfFile() failed (%d)", platform::LastError());
+    }
+    if (!platform::CloseSharedMemory(info.handle)) {
+        MERRTRACE("MSharedMem_Destroy(): CloseHandle() failed (%d)", platform::LastError());
+    }
+}
+
+}  // namespace
+
+void* MSharedMem_Link(const std::string& name) {
+    if (name.empty()) {
+        MERRTRACE("MSharedMem_Link(): name == \"\"");
+        return nullptr;
+    }
+    const std::lock_guard guard(RegistryLock());
+    const auto known = Registry().FindByName(name);
+    if (known != Registry().End()) {
+        ++known->second.link_count;
+        return const_cast<void*>(known->first);
+    }
+    return MapNewSegment(name);
+}
+
+bool MSharedMem_Unlink(void* address) {
+    if (address == nullptr) {
+        MERRTRACE("MSharedMem_Unlink(): NULL pointer for memory");
+        return false;
+    }
+    const std::lock_guard guard(RegistryLock());
+    const auto known = Registry().FindByAddress(address);
+    if (known == Registry().End()) {
+        MERRTRACE("MSharedMem_Unlink(): no shared memory registered at %p", address);
+        return false;
+    }
+    const std::int32_t left = --known->second.link_count;
+    if (left < 0) {
+        MERRTRACE("MSharedMem_Unlink(): link_count < 0");
+        return false;
+    }
+    if (left == 0) {
+        DropMapping(address, LinkRegistry::LinkInfo(known->second));
+    }
+    return true;
+}
+
+std::uint64_t MSharedMem_Size(const void* address) {
+    const std::lock_guard guard(RegistryLock());
+    const auto known = Registry().FindByAddress(address);
+    return known == Registry().End() ? 0 : known->second.size;
+}
+
+LinkRegistry::Map::iterator LinkRegistry::FindByName(const std::string& name) {
+    return std::find_if(m_links.begin(), m_links.end(),
+                        [&name](const auto& link) { return link.second.name == name; });
+}
+
+LinkRegistry::Map::iterator LinkRegistry::SetNewLinkInfo(const std::string& name,
+                                                         const void* address,
+                                                         platform::MappingHandle handle,
+                                                         std::uint64_t size) {
+    if (address == nullptr || name.empty()) {
+        return End();
+    }
+    const auto at_address = FindByAddress(address);
+    if (at_address != End() && at_address == FindByName(name)) {
+        const LinkInfo& old = at_address->second;
+        if (old.name != name || old.size != size || old.handle != handle) {
+            MERRTRACE("SetNewLinkInfo():'%s'(%" PRId64 ",0x%" PRIx64 ") in conflict to '%s'(%" PRId64
+                      ",0x%" PRIx64 ")",
+                      name.c_str(), static_cast<std::int64_t>(size), handle, old.name.c_str(),
+                      static_cast<std::int64_t>(old.size), old.handle);
+        }
+        return at_address;
+    }
+    const auto position = m_links.insert_or_assign(address, LinkInfo{name, handle, size, 0}).first;
+    return position;
+}
+
+bool LinkRegistry::DeleteLinkInfo(const void* address) { return m_links.erase(address) != 0; }
+
+}  // namespace wavo

@@ -1,0 +1,139 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+
+#include "expect_errors.h"
+#include "fake_master_channel.h"
+#include "fake_shared_memory.h"
+#include "link/master_info.h"
+
+namespace wavo {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::ExpectErrorLog;
+using testing::FakeMasterChannel;
+
+class InfoBlock : public ::testing::Test {
+ protected:
+    InfoBlock() { testing::ResetFakeSharedMemory(); }
+
+    static MasterInfoBlock Block() {
+        MasterInfoBlock block{};
+        block.master_window = FakeMasterChannel::kMaster;
+        block.cycle_time = 0.004;
+        block.axis_count = 3;
+        block.fifo_lines = 500;
+        std::memcpy(block.axis_names, "X1\0Y1\0C", 8);
+        return block;
+    }
+
+    void Publish(const MasterInfoBlock& block, std::size_t size = sizeof(MasterInfoBlock)) {
+        std::byte* const memory = testing::AddFakeSegment("MachineTools_InfoData", size);
+        std::memcpy(memory, &block, std::min(size, sizeof block));
+    }
+
+    FakeMasterChannel m_channel;
+    MasterInfo m_info;
+};
+
+TEST_F(InfoBlock, IsCopiedAndUnlinkedAtOnce) {
+    Publish(Block(), 4096);
+    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kPresent);
+    EXPECT_EQ(m_info.master_window, FakeMasterChannel::kMaster);
+    EXPECT_EQ(m_info.cycle_time, 0.004);
+    EXPECT_EQ(m_info.fifo_lines, 500U);
+    EXPECT_THAT(m_info.axis_names, ElementsAre("X1", "Y1", "C"));
+    EXPECT_THAT(testing::FakeCalls(),
+                ElementsAre("open MachineTools_InfoData", "map", "unmap", "close"));
+}
+
+TEST_F(InfoBlock, MayBeAbsent) {
+    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kAbsent);
+    EXPECT_EQ(m_info.master_window, 0U);
+}
+
+TEST_F(InfoBlock, OfADeadMasterCountsAsAbsent) {
+    Publish(Block());
+    m_channel.alive.clear();
+    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kAbsent);
+    EXPECT_EQ(m_info.master_window, 0U);
+}
+
+TEST_F(InfoBlock, WithNoAxesAndNoLinesIsLegal) {
+    MasterInfoBlock block = Block();
+    block.axis_count = 0;
+    block.fifo_lines = 0;
+    Publish(block);
+    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kPresent);
+    EXPECT_THAT(m_info.axis_names, IsEmpty());
+    EXPECT_EQ(m_info.fifo_lines, 0U);
+}
+
+TEST_F(InfoBlock, MayUseAllOfItsNameArea) {
+    MasterInfoBlock block = Block();
+    block.axis_count = sizeof block.axis_names / 2;
+    for (std::size_t i = 0; i < sizeof block.axis_names; ++i) {
+        block.axis_names[i] = i % 2 == 0 ? 'a' : '\0';
+    }
+    EXPECT_EQ(DecodeMasterInfo(block, m_info), nullptr);
+    EXPECT_EQ(m_info.axis_names.size(), 1000U);
+}
+
+TEST_F(InfoBlock, ThatIsTooSmallIsRefused) {
+    Publish(Block(), sizeof(MasterInfoBlock) - 1);
+    const ExpectErrorLog expected(
+        {"ReadMasterInfo(): MachineTools_InfoData refused: the segment is too small"});
+    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kRefused);
+    EXPECT_EQ(m_info.master_window, 0U);
+}
+
+struct BadBlock {
+    void (*spoil)(MasterInfoBlock&);
+    const char* fault;
+};
+
+class HostileInfoBlock : public InfoBlock, public ::testing::WithParamInterface<BadBlock> {};
+
+TEST_P(HostileInfoBlock, IsRefusedInWords) {
+    MasterInfoBlock block = Block();
+    GetParam().spoil(block);
+    Publish(block);
+    const ExpectErrorLog expected(
+        {std::string("ReadMasterInfo(): MachineTools_InfoData refused: ") + GetParam().fault});
+    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kRefused);
+    EXPECT_EQ(m_info.master_window, 0U);
+    EXPECT_THAT(m_info.axis_names, IsEmpty());
+}
+
+constexpr char kCycle[] = "the cycle time is not a positive number";
+constexpr char kNames[] = "there are more axes than the block can name";
+using Limits = std::numeric_limits<double>;
+
+INSTANTIATE_TEST_SUITE_P(
+    Fields, HostileInfoBlock,
+    ::testing::Values(
+        BadBlock{[](MasterInfoBlock& b) { b.cycle_time = 0.0; }, kCycle},
+        BadBlock{[](MasterInfoBlock& b) { b.cycle_time = -0.001; }, kCycle},
+        BadBlock{[](MasterInfoBlock& b) { b.cycle_time = Limits::quiet_NaN(); }, kCycle},
+        BadBlock{[](MasterInfoBlock& b) { b.cycle_time = Limits::infinity(); }, kCycle},
+        BadBlock{[](MasterInfoBlock& b) { b.cycle_time = -Limits::infinity(); }, kCycle},
+        BadBlock{[](MasterInfoBlock& b) { b.axis_count = 2001; }, kNames},
+        BadBlock{[](MasterInfoBlock& b) { b.axis_count = ~std::uint64_t{0}; }, kNames},
+        BadBlock{[](MasterInfoBlock& b) {
+                     b.axis_count = 1;
+                     std::memset(b.axis_names, 'x', sizeof b.axis_names);
+                 },
+                 kNames},
+        BadBlock{[](MasterInfoBlock& b) {
+                     b.axis_count = 2;
+                     std::memset(b.axis_names, 'x', sizeof b.axis_names);
+                     b.axis_names[2] = '\0';
+                 },
+                 kNames}));
+
+}  // namespace
+}  // namespace wavo
