@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
 #include <limits>
 
 #include "link/wire_format.h"
@@ -86,7 +85,7 @@ bool LineFifoWriter::Push(std::span<const double> line) {
     }
     auto* slot = static_cast<std::byte*>(m_segment.data()) + sizeof(LineFifoHeader) +
                  m_write_index * m_line_size;
-    std::memcpy(slot, line.data(), line.size_bytes());
+    std::copy_n(reinterpret_cast<const std::byte*>(line.data()), line.size_bytes(), slot);
     m_write_index = m_write_index + 1 == m_line_count ? 0 : m_write_index + 1;
     // Release: a reader that sees the new index sees the whole line.
     Field(m_segment, offsetof(LineFifoHeader, write_index))

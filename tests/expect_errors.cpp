@@ -59,6 +59,23 @@ ExpectErrorLog::~ExpectErrorLog() {
     EXPECT_EQ(seen, m_expected);
 }
 
+ExpectAnyErrorLog::ExpectAnyErrorLog() : m_first(Reports().size()) {}
+
+ExpectAnyErrorLog::~ExpectAnyErrorLog() {
+    for (std::size_t i = m_first; i < Reports().size(); ++i) {
+        Reports()[i].announced = true;
+    }
+}
+
+bool ExpectAnyErrorLog::Saw(const std::string& text) const {
+    for (std::size_t i = m_first; i < Reports().size(); ++i) {
+        if (Reports()[i].service == diagnostics::Service::kErrorLog && Reports()[i].text == text) {
+            return true;
+        }
+    }
+    return false;
+}
+
 CollectReports::CollectReports(diagnostics::Service service)
     : m_service(service), m_first(Reports().size()) {}
 

@@ -30,6 +30,21 @@ class ExpectErrorLog {
     std::size_t m_first;
 };
 
+/// Announces that error-log entries come whose number depends on timing.
+class ExpectAnyErrorLog {
+ public:
+    ExpectAnyErrorLog();
+    ~ExpectAnyErrorLog();
+    ExpectAnyErrorLog(const ExpectAnyErrorLog&) = delete;
+    ExpectAnyErrorLog& operator=(const ExpectAnyErrorLog&) = delete;
+
+    /// Whether this entry was written since the object was made.
+    [[nodiscard]] bool Saw(const std::string& text) const;
+
+ private:
+    std::size_t m_first;
+};
+
 /// Texts of the reports of one service that went out since the object was made.
 class CollectReports {
  public:

@@ -62,11 +62,9 @@ bool AxValueReader::Read(void* buffer, std::size_t line_length, std::uint64_t li
 
 void AxValueReader::ReadFromFifo(std::byte* buffer, std::size_t line_length,
                                  std::uint64_t line_count) {
-    for (std::uint64_t i = 0; i < line_count; ++i) {
-        if (!MMemLineFifo_Read(m_fifo, buffer + i * line_length, line_length)) {
-            MERRLOG("AxValueReader::ReadFromFifo(): value fifo is empty");
-            return;
-        }
+    if (MMemLineFifo_Read(m_fifo, buffer, line_length, line_count) < line_count) {
+        MERRLOG("AxValueReader::ReadFromFifo(): value fifo is empty");
+        return;
     }
     MTRACE(4, "AxValueReader::ReadFromFifo(): read %u lines from main prg.",
            static_cast<unsigned>(line_count));

@@ -65,6 +65,42 @@ bool HeaderIsPlausible(const LineFifoHeader& header, std::uint64_t size) {
     return true;
 }
 
+/// Copies one line. Short lines are copied in place: for them a call costs more than the copy.
+inline void CopyLine(std::byte* target, const std::byte* source, std::size_t length) {
+    constexpr std::size_t kShort = 256;
+    constexpr std::size_t kStep = 16;
+    if (length > kShort) {
+        std::memcpy(target, source, length);
+        return;
+    }
+    std::size_t done = 0;
+    for (; done + kStep <= length; done += kStep) {
+        std::memcpy(target + done, source + done, kStep);
+    }
+    for (; done < length; ++done) {
+        target[done] = source[done];
+    }
+}
+
+inline bool ReadLine(const LineFifo& fifo, std::byte* line, std::size_t length) {
+    LineFifoHeader& header = *fifo.header;
+    const std::uint64_t read_index = LoadRelaxed(header.read_index);
+    // Acquire: the line is seen whole once its slot is seen filled.
+    if (LoadRelaxed(header.reader_mark) == 0 || read_index >= fifo.line_count ||
+        read_index == LoadAcquire(header.write_index)) {
+        return false;
+    }
+    CopyLine(line, fifo.data + read_index * fifo.line_size, length);
+    if (LoadRelaxed(header.write_index) != read_index) {
+        // The copy is complete before the writer may use the slot again.
+        std::atomic_thread_fence(std::memory_order_seq_cst);
+        const std::uint64_t next = read_index + 1;
+        std::atomic_ref(header.read_index)
+            .store(next == fifo.line_count ? 0 : next, std::memory_order_relaxed);
+    }
+    return true;
+}
+
 }  // namespace
 
 bool MMemLineFifo_Link(void* base, std::uint64_t size, LineFifo& fifo) {
@@ -125,23 +161,15 @@ std::uint64_t MMemLineFifo_Waiting(const LineFifo& fifo) {
                                      : write_index + fifo.line_count - read_index;
 }
 
-bool MMemLineFifo_Read(const LineFifo& fifo, void* line, std::size_t length) {
-    LineFifoHeader& header = *fifo.header;
-    const std::uint64_t read_index = LoadRelaxed(header.read_index);
-    // Acquire: the line is seen whole once its slot is seen filled.
-    if (LoadRelaxed(header.reader_mark) == 0 || read_index >= fifo.line_count ||
-        read_index == LoadAcquire(header.write_index)) {
-        return false;
+std::uint64_t MMemLineFifo_Read(const LineFifo& fifo, void* lines, std::size_t length,
+                                std::uint64_t count) {
+    auto* line = static_cast<std::byte*>(lines);
+    for (std::uint64_t i = 0; i < count; ++i, line += length) {
+        if (!ReadLine(fifo, line, length)) {
+            return i;
+        }
     }
-    std::memcpy(line, fifo.data + read_index * fifo.line_size, length);
-    if (LoadRelaxed(header.write_index) != read_index) {
-        // The copy is complete before the writer may use the slot again.
-        std::atomic_thread_fence(std::memory_order_seq_cst);
-        const std::uint64_t next = read_index + 1;
-        std::atomic_ref(header.read_index)
-            .store(next == fifo.line_count ? 0 : next, std::memory_order_relaxed);
-    }
-    return true;
+    return count;
 }
 
 }  // namespace wavo

@@ -40,9 +40,11 @@ bool MMemLineFifo_IsIntact(const LineFifo& fifo);
 /// Number of lines that wait; 0 for a FIFO that is not intact.
 std::uint64_t MMemLineFifo_Waiting(const LineFifo& fifo);
 
-/// Copies the first `length` bytes of the next line to `line` and gives its slot back. False when
-/// no line waits, the mark is not set or the indices are out of range.
-/// REQUIRES: length <= fifo.line_size.
-bool MMemLineFifo_Read(const LineFifo& fifo, void* line, std::size_t length);
+/// Copies the first `length` bytes of up to `count` lines to `lines`, one after another, and gives
+/// the slot of each back as soon as it is copied. Stops early when no line waits any more, the mark
+/// is not set or an index is out of range. Returns the number of lines copied.
+/// REQUIRES: length <= fifo.line_size; `lines` has room for count x length bytes.
+std::uint64_t MMemLineFifo_Read(const LineFifo& fifo, void* lines, std::size_t length,
+                                std::uint64_t count);
 
 }  // namespace wavo

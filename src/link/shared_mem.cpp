@@ -116,8 +116,8 @@ LinkRegistry::Map::iterator LinkRegistry::SetNewLinkInfo(const std::string& name
     if (at_address != End() && at_address == FindByName(name)) {
         const LinkInfo& old = at_address->second;
         if (old.name != name || old.size != size || old.handle != handle) {
-            MERRTRACE("SetNewLinkInfo():'%s'(%" PRId64 ",0x%" PRIx64 ") in conflict to '%s'(%" PRId64
-                      ",0x%" PRIx64 ")",
+            MERRTRACE("SetNewLinkInfo():'%s'(%" PRId64 ",0x%" PRIx64
+                      ") in conflict to '%s'(%" PRId64 ",0x%" PRIx64 ")",
                       name.c_str(), static_cast<std::int64_t>(size), handle, old.name.c_str(),
                       static_cast<std::int64_t>(old.size), old.handle);
         }
@@ -127,6 +127,8 @@ LinkRegistry::Map::iterator LinkRegistry::SetNewLinkInfo(const std::string& name
     return position;
 }
 
-bool LinkRegistry::DeleteLinkInfo(const void* address) { return m_links.erase(address) != 0; }
+bool LinkRegistry::DeleteLinkInfo(const void* address) {
+    return m_links.erase(address) != 0;
+}
 
 }  // namespace wavo

@@ -1,7 +1,8 @@
 // The process' links to shared memory segments that the master publishes.
 //
 // A segment is mapped once, however many users in this process link its name: a registry, keyed by
-// mapped address, counts the links, and the last unlink unmaps. The segments are never created here.
+// mapped address, counts the links, and the last unlink unmaps. The segments are never created
+// here.
 //
 // Reports go to the error trace. One process-wide lock guards the registry.
 #pragma once

@@ -12,12 +12,12 @@ namespace wavo {
 
 /// Head of a line FIFO segment; the slots follow at offset 64.
 struct LineFifoHeader {
-    std::uint64_t master_word;   ///< the master's own; the reader does not look at it
-    std::uint64_t write_index;   ///< master: slot of the next line to be written
-    std::uint64_t reader_mark;   ///< reader: 0 = free, else a reader holds the FIFO
-    std::uint64_t read_index;    ///< reader: slot of the next line to be read
-    std::uint64_t line_size;     ///< master: bytes from one slot to the next
-    std::uint64_t line_count;    ///< master: slots in the ring; at most line_count - 1 lines wait
+    std::uint64_t master_word;  ///< the master's own; the reader does not look at it
+    std::uint64_t write_index;  ///< master: slot of the next line to be written
+    std::uint64_t reader_mark;  ///< reader: 0 = free, else a reader holds the FIFO
+    std::uint64_t read_index;   ///< reader: slot of the next line to be read
+    std::uint64_t line_size;    ///< master: bytes from one slot to the next
+    std::uint64_t line_count;   ///< master: slots in the ring; at most line_count - 1 lines wait
     std::uint64_t master_words[2];
 };
 static_assert(std::is_trivially_copyable_v<LineFifoHeader>);

@@ -81,7 +81,8 @@ class MessageWindow {
     virtual void Dispatch() = 0;
 
     /// Waits up to `timeout` for messages and handles them: the loop of a program without an
-    /// event loop. Returns false when nothing came.
+    /// event loop. Returns false when nothing came, also as soon as a signal was caught, so that a
+    /// request to end is seen at once.
     virtual bool WaitAndDispatch(std::chrono::nanoseconds timeout) = 0;
 
  protected:

@@ -71,4 +71,10 @@ class SharedSegment {
     MappingHandle m_handle = 0;
 };
 
+/// Removes the names of all segments of this user that begin with `prefix`, for a publisher that
+/// knows that the one before it has died. Those who hold one mapped keep it. Returns how many were
+/// removed; where names die with their holders there are none.
+/// REQUIRES: `prefix` is not empty.
+std::size_t RemoveLeftoverSegments(const std::string& prefix);
+
 }  // namespace wavo::platform

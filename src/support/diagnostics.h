@@ -51,29 +51,33 @@ void _MErrLog_Location(int module, const char* source, int line);
 void _MErrLog_Add(const char* format, ...) WAVO_PRINTF(1, 2);
 }
 
-#define MTRACE(level, ...)                                                          \
-    do {                                                                            \
-        if (_MTrace_TestLevel("default", (level)) != 0) {                           \
-            if (_MTrace_Location(__FILE__, __LINE__, "default", (level)) != 0) {    \
-                _MTrace_Always(__VA_ARGS__);                                        \
-            }                                                                       \
-        }                                                                           \
+#define MTRACE(level, ...)                                                       \
+    do {                                                                         \
+        if (_MTrace_TestLevel("default", (level)) != 0) {                        \
+            if (_MTrace_Location(__FILE__, __LINE__, "default", (level)) != 0) { \
+                _MTrace_Always(__VA_ARGS__);                                     \
+            }                                                                    \
+        }                                                                        \
     } while (false)
 
-#define MERRTRACE(...)                               \
-    do {                                             \
-        _MErrTrace_Location(0, __FILE__, __LINE__);  \
-        _MErrTrace_Add(__VA_ARGS__);                 \
+#define MERRTRACE(...)                              \
+    do {                                            \
+        _MErrTrace_Location(0, __FILE__, __LINE__); \
+        _MErrTrace_Add(__VA_ARGS__);                \
     } while (false)
 
-#define MERRLOG(...)                               \
-    do {                                           \
-        _MErrLog_Location(0, __FILE__, __LINE__);  \
-        _MErrLog_Add(__VA_ARGS__);                 \
+#define MERRLOG(...)                              \
+    do {                                          \
+        _MErrLog_Location(0, __FILE__, __LINE__); \
+        _MErrLog_Add(__VA_ARGS__);                \
     } while (false)
 
-/// Records a crash of the process. One global object exists; its destructor takes the hook's
-/// file and version back at process exit.
+/// Records a crash of the process in wavo_crash.log in the state folder. One global object exists,
+/// in crash_logger.cpp; its destructor takes the hook's file and version back at process exit.
+/// A program that wants it calls InitCrashLogger from the initialiser of a static, which also
+/// links the object out of the library:
+///
+///   const bool crash_logger_ready = (CrashLogDLL::InitCrashLogger(), true);
 class CrashLogDLL {
  public:
     /// Installs the crash logger; called during static initialisation.

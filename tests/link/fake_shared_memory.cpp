@@ -56,7 +56,9 @@ bool ShouldFail(testing::FakeFailure call) {
 
 namespace testing {
 
-void ResetFakeSharedMemory() { Fake() = State(); }
+void ResetFakeSharedMemory() {
+    Fake() = State();
+}
 
 std::byte* AddFakeSegment(const std::string& name, std::size_t size, std::size_t misalignment) {
     auto segment = std::make_shared<Segment>(size, misalignment);
@@ -64,11 +66,17 @@ std::byte* AddFakeSegment(const std::string& name, std::size_t size, std::size_t
     return segment->memory();
 }
 
-void RemoveFakeSegment(const std::string& name) { Fake().names.erase(name); }
+void RemoveFakeSegment(const std::string& name) {
+    Fake().names.erase(name);
+}
 
-void FailNext(FakeFailure call, int error) { Fake().failures[call] = error; }
+void FailNext(FakeFailure call, int error) {
+    Fake().failures[call] = error;
+}
 
-const std::vector<std::string>& FakeCalls() { return Fake().calls; }
+const std::vector<std::string>& FakeCalls() {
+    return Fake().calls;
+}
 
 }  // namespace testing
 
@@ -108,11 +116,16 @@ bool CloseSharedMemory(MappingHandle handle) noexcept {
 
 // The publisher's side is not used by these tests; it stands here so that nothing of the
 // platform's own is linked.
-SharedSegment::~SharedSegment() { Release(); }
+SharedSegment::~SharedSegment() {
+    Release();
+}
 SharedSegment::SharedSegment(SharedSegment&& other) noexcept = default;
 SharedSegment& SharedSegment::operator=(SharedSegment&& other) noexcept = default;
-SharedSegment SharedSegment::Create(const std::string&, std::size_t) noexcept { return {}; }
+SharedSegment SharedSegment::Create(const std::string&, std::size_t) noexcept {
+    return {};
+}
 void SharedSegment::Release() noexcept {}
+std::size_t RemoveLeftoverSegments(const std::string&) { return 0; }
 
 }  // namespace platform
 

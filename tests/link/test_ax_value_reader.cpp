@@ -14,11 +14,11 @@ namespace wavo {
 namespace {
 
 using diagnostics::Service;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::CollectReports;
+using ::testing::ElementsAre;
 using testing::ExpectErrorLog;
 using testing::FifoSegment;
+using ::testing::IsEmpty;
 
 constexpr std::size_t kLineLength = 2 * sizeof(double);
 

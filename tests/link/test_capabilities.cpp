@@ -13,10 +13,10 @@ namespace wavo {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::Optional;
 using testing::ExpectErrorLog;
 using testing::FakeMasterChannel;
+using ::testing::IsEmpty;
+using ::testing::Optional;
 
 class Capabilities : public ::testing::Test {
  protected:

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <limits>
+#include <vector>
 
 #include "expect_errors.h"
 #include "link/line_fifo.h"
@@ -12,10 +13,10 @@ namespace wavo {
 namespace {
 
 using diagnostics::Service;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::CollectReports;
+using ::testing::ElementsAre;
 using testing::FifoSegment;
+using ::testing::IsEmpty;
 
 constexpr std::uint64_t kLines = 4;
 constexpr std::uint64_t kDoubles = 2;
@@ -25,7 +26,7 @@ class LineFifoTest : public ::testing::Test {
  protected:
     std::array<double, kDoubles> ReadLine() {
         std::array<double, kDoubles> line{};
-        EXPECT_TRUE(MMemLineFifo_Read(m_fifo, line.data(), sizeof line));
+        EXPECT_EQ(MMemLineFifo_Read(m_fifo, line.data(), sizeof line, 1), 1U);
         return line;
     }
     bool Link() { return MMemLineFifo_Link(&m_segment.header(), kSize, m_fifo); }
@@ -71,7 +72,36 @@ TEST_F(LineFifoTest, ALineIsTakenInOrderAndItsSlotGivenBack) {
     EXPECT_THAT(ReadLine(), ElementsAre(20.0, 21.0));
     EXPECT_EQ(MMemLineFifo_Waiting(m_fifo), 0U);
     std::array<double, kDoubles> line{};
-    EXPECT_FALSE(MMemLineFifo_Read(m_fifo, line.data(), sizeof line));
+    EXPECT_EQ(MMemLineFifo_Read(m_fifo, line.data(), sizeof line, 1), 0U);
+}
+
+TEST_F(LineFifoTest, LinesAreTakenOneAfterAnotherUntilNoneWaits) {
+    ASSERT_TRUE(Link());
+    m_segment.Write(10.0);
+    m_segment.Write(20.0);
+    std::array<double, 3 * kDoubles> lines{};
+    EXPECT_EQ(MMemLineFifo_Read(m_fifo, lines.data(), kDoubles * sizeof(double), 3), 2U);
+    EXPECT_THAT(lines, ElementsAre(10.0, 11.0, 20.0, 21.0, 0.0, 0.0));
+}
+
+TEST(LineFifoCopy, EveryLengthIsCopiedWholeAndNoByteMore) {
+    constexpr std::size_t kLongest = 300;
+    for (std::size_t length = 1; length <= kLongest; ++length) {
+        std::vector<std::byte> memory(sizeof(LineFifoHeader) + 2 * kLongest);
+        auto* const header = new (memory.data()) LineFifoHeader{};
+        header->line_count = 2;
+        header->line_size = kLongest;
+        for (std::size_t i = 0; i < kLongest; ++i) {
+            memory[sizeof(LineFifoHeader) + i] = static_cast<std::byte>(i % 251 + 1);
+        }
+        LineFifo fifo;
+        ASSERT_TRUE(MMemLineFifo_Link(memory.data(), memory.size(), fifo));
+        header->write_index = 1;
+        std::vector<std::byte> line(kLongest + 1);
+        ASSERT_EQ(MMemLineFifo_Read(fifo, line.data(), length, 1), 1U);
+        ASSERT_EQ(std::memcmp(line.data(), memory.data() + sizeof(LineFifoHeader), length), 0);
+        ASSERT_EQ(line[length], std::byte{0}) << length;
+    }
 }
 
 TEST_F(LineFifoTest, TheReadIndexWrapsAfterTheLastSlot) {
@@ -100,7 +130,7 @@ TEST_F(LineFifoTest, WithoutTheMarkTheFifoCountsAsEmpty) {
     m_segment.Write(1.0);
     m_segment.header().reader_mark = 0;
     std::array<double, kDoubles> line{};
-    EXPECT_FALSE(MMemLineFifo_Read(m_fifo, line.data(), sizeof line));
+    EXPECT_EQ(MMemLineFifo_Read(m_fifo, line.data(), sizeof line, 1), 0U);
 }
 
 TEST_F(LineFifoTest, AMisalignedSegmentIsRefusedAndItsMarkTakenBack) {
@@ -179,7 +209,7 @@ TEST_F(LineFifoTest, IndicesOutOfRangeAfterLinkingReadNothing) {
     EXPECT_FALSE(MMemLineFifo_IsIntact(m_fifo));
     EXPECT_EQ(MMemLineFifo_Waiting(m_fifo), 0U);
     std::array<double, kDoubles> line{};
-    EXPECT_FALSE(MMemLineFifo_Read(m_fifo, line.data(), sizeof line));
+    EXPECT_EQ(MMemLineFifo_Read(m_fifo, line.data(), sizeof line, 1), 0U);
 }
 
 TEST_F(LineFifoTest, AChangedGeometryIsNoticed) {

@@ -13,9 +13,9 @@ namespace wavo {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::ExpectErrorLog;
 using testing::FakeMasterChannel;
+using ::testing::IsEmpty;
 
 class InfoBlock : public ::testing::Test {
  protected:

@@ -12,11 +12,11 @@ namespace wavo {
 namespace {
 
 using diagnostics::Service;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::AddFakeSegment;
 using testing::CollectReports;
+using ::testing::ElementsAre;
 using testing::FakeCalls;
+using ::testing::IsEmpty;
 
 class SharedMem : public ::testing::Test {
  protected:
@@ -94,9 +94,8 @@ TEST_F(SharedMem, FailuresOfTheLastUnlinkAreReportedAndItSucceedsAllTheSame) {
     testing::FailNext(testing::FakeFailure::kUnmap, EINVAL);
     testing::FailNext(testing::FakeFailure::kClose, EBADF);
     EXPECT_TRUE(MSharedMem_Unlink(linked));
-    EXPECT_THAT(m_faults.Texts(),
-                ElementsAre("MSharedMem_Unlink(): UnmapViewOfFile() failed (22)",
-                            "MSharedMem_Destroy(): CloseHandle() failed (9)"));
+    EXPECT_THAT(m_faults.Texts(), ElementsAre("MSharedMem_Unlink(): UnmapViewOfFile() failed (22)",
+                                              "MSharedMem_Destroy(): CloseHandle() failed (9)"));
     EXPECT_EQ(MSharedMem_Size(linked), 0U);
 }
 

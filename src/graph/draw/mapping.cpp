@@ -48,7 +48,7 @@ ScaleLines HorizontalScaleLines(const QRect& plot, std::int32_t lines) {
 void FillScaleValues(ScaleLines& lines, const ScaleRange& range) {
     const double last = static_cast<double>(lines.size()) - 1.0;
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        const double index = static_cast<double>(i);
+        const auto index = static_cast<double>(i);
         double value = range.minimum + index * (range.maximum - range.minimum) / last;
         if (!std::isfinite(value)) {
             value = range.minimum * (1.0 - index / last) + range.maximum * (index / last);

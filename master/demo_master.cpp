@@ -1,0 +1,56 @@
+// demo_master: a master without a machine. See demo_master --help.
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "master/demo_options.h"
+#include "master/demo_run.h"
+#include "master/motions.h"
+#include "master/recording.h"
+#include "platform/process.h"
+#include "support/diagnostics_output.h"
+
+namespace {
+
+using namespace wavo::master;
+
+constexpr char kVersion[] = "demo_master " WAVO_VERSION;
+
+std::unique_ptr<LineSource> MakeSource(const DemoOptions& options, std::string* error) {
+    if (!options.recording.empty()) {
+        return Recording::Read(options.recording, options.axes, error);
+    }
+    return MakeMotion(options.motion, options.axes, options.cycle_time, options.seed, error);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    constexpr int kWrongArguments = 2;
+    wavo::platform::InstallCrashHook("", kVersion);
+    wavo::diagnostics::SetEcho(true);
+    const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    DemoOptions options;
+    std::string error;
+    switch (ParseDemoOptions(arguments, &options, &error)) {
+        case OptionsOutcome::kHelp:
+            std::fputs(DemoHelp().c_str(), stdout);
+            return 0;
+        case OptionsOutcome::kVersion:
+            std::puts(kVersion);
+            return 0;
+        case OptionsOutcome::kError:
+            std::fprintf(stderr, "demo_master: %s\nTry demo_master --help.\n", error.c_str());
+            return kWrongArguments;
+        case OptionsOutcome::kRun:
+            break;
+    }
+    std::unique_ptr<LineSource> source = MakeSource(options, &error);
+    if (!source) {
+        std::fprintf(stderr, "demo_master: %s\n", error.c_str());
+        return kWrongArguments;
+    }
+    return DemoRun(std::move(options), std::move(source)).Run();
+}

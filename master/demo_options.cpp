@@ -1,0 +1,296 @@
+#include "master/demo_options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <optional>
+#include <string_view>
+
+namespace wavo::master {
+
+namespace {
+
+constexpr double kShortestCycle = 1e-5;
+constexpr double kLongestCycle = 10.0;
+constexpr std::uint64_t kMostFifoLines = 100'000'000;
+
+std::vector<std::string> Split(std::string_view text, char separator) {
+    std::vector<std::string> parts;
+    while (true) {
+        const auto end = text.find(separator);
+        parts.emplace_back(text.substr(0, end));
+        if (end == std::string_view::npos) {
+            return parts;
+        }
+        text.remove_prefix(end + 1);
+    }
+}
+
+template <typename Number>
+std::optional<Number> ParseWhole(std::string_view text) {
+    Number value{};
+    const char* end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, value);
+    if (result.ec != std::errc() || result.ptr != end) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+/// Reads one option's value into the options; returns what is wrong with it, or nothing.
+using SetOption = std::string (*)(std::string_view value, DemoOptions* options);
+
+std::string SetCount(std::string_view value, std::uint64_t lowest, std::uint64_t highest,
+                     std::uint64_t* count) {
+    const auto number = ParseWhole<std::uint64_t>(value);
+    if (!number || *number < lowest || *number > highest) {
+        return "not a whole number from " + std::to_string(lowest) + " to " +
+               std::to_string(highest);
+    }
+    *count = *number;
+    return {};
+}
+
+constexpr std::uint64_t kMostLines = 1'000'000'000'000'000;
+
+std::string SetRecording(std::string_view value, DemoOptions* options) {
+    options->recording = value;
+    return value.empty() ? "no file name" : "";
+}
+
+std::string SetMotion(std::string_view value, DemoOptions* options) {
+    const auto kind = MotionKindOf(value);
+    options->motion = kind.value_or(MotionKind::kCircle);
+    return kind ? "" : "not one of circle, jog, noise";
+}
+
+std::string SetSeed(std::string_view value, DemoOptions* options) {
+    return SetCount(value, 0, kMostLines, &options->seed);
+}
+
+std::string SetAxes(std::string_view value, DemoOptions* options) {
+    options->axes = Split(value, ',');
+    for (auto axis = options->axes.begin(); axis != options->axes.end(); ++axis) {
+        if (axis->empty()) {
+            return "an axis name is empty";
+        }
+        if (std::find(options->axes.begin(), axis, *axis) != axis) {
+            return "axis " + *axis + " is there twice";
+        }
+    }
+    return {};
+}
+
+std::string SetCycle(std::string_view value, DemoOptions* options) {
+    const auto number = ParseWhole<double>(value);
+    if (!number || !(*number >= kShortestCycle && *number <= kLongestCycle)) {
+        return "not a number of seconds from 0.00001 to 10";
+    }
+    options->cycle_time = *number;
+    return {};
+}
+
+std::string SetLoop(std::string_view value, DemoOptions* options) {
+    return SetCount(value, 0, kMostLines, &options->rounds);
+}
+
+std::string SetLines(std::string_view value, DemoOptions* options) {
+    return SetCount(value, 1, kMostLines, &options->lines);
+}
+
+std::string SetFifoLines(std::string_view value, DemoOptions* options) {
+    return SetCount(value, 2, kMostFifoLines, &options->fifo_lines);
+}
+
+std::string SetSpeed(std::string_view value, DemoOptions* options) {
+    options->full_speed = value == "full";
+    return value == "full" || value == "cycle" ? "" : "not one of cycle, full";
+}
+
+std::string SetFault(std::string_view value, DemoOptions* options) {
+    static constexpr struct {
+        std::string_view name;
+        Fault fault;
+    } kFaults[] = {{"overrun", Fault::kOverrun},
+                   {"never-ready", Fault::kNeverReady},
+                   {"hang", Fault::kHang},
+                   {"die", Fault::kDie},
+                   {"garbage-headers", Fault::kGarbageHeaders},
+                   {"quit", Fault::kQuit},
+                   {"capabilities", Fault::kCapabilities}};
+    for (const auto& [name, fault] : kFaults) {
+        if (name == value) {
+            options->fault = fault;
+            return {};
+        }
+    }
+    return "not one of overrun, never-ready, hang, die, garbage-headers, quit, capabilities";
+}
+
+std::string SetFaultAfter(std::string_view value, DemoOptions* options) {
+    return SetCount(value, 0, kMostLines, &options->fault_after);
+}
+
+/// NAME=LOWER:UPPER[:VELOCITY[:ACCELERATION]]
+std::optional<AxisLimits> ParseLimits(const std::string& text) {
+    const auto equals = text.rfind('=');
+    if (equals == std::string::npos || equals == 0 || equals > kLongestLimitedAxisName) {
+        return std::nullopt;
+    }
+    AxisLimits limits;
+    limits.axis = text.substr(0, equals);
+    const std::vector<std::string> numbers = Split(std::string_view(text).substr(equals + 1), ':');
+    double* const places[] = {&limits.values.lower_limit, &limits.values.upper_limit,
+                              &limits.values.velocity_limit, &limits.values.acceleration_limit};
+    if (numbers.size() < 2 || numbers.size() > std::size(places)) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const auto number = ParseWhole<double>(numbers[i]);
+        if (!number || !std::isfinite(*number)) {
+            return std::nullopt;
+        }
+        *places[i] = *number;
+    }
+    return limits.values.lower_limit < limits.values.upper_limit ? std::optional(limits)
+                                                                 : std::nullopt;
+}
+
+std::string SetLimits(std::string_view value, DemoOptions* options) {
+    options->limits.clear();
+    options->publish_limits = value != "none";
+    if (!options->publish_limits) {
+        return {};
+    }
+    for (const std::string& part : Split(value, ',')) {
+        const auto limits = ParseLimits(part);
+        if (!limits) {
+            return "\"" + part + "\" is not NAME=LOWER:UPPER[:VELOCITY[:ACCELERATION]]";
+        }
+        options->limits.push_back(*limits);
+    }
+    return {};
+}
+
+struct ValueOption {
+    std::string_view name;
+    SetOption set;
+};
+constexpr ValueOption kValueOptions[] = {
+    {"--recording", SetRecording}, {"--motion", SetMotion},
+    {"--seed", SetSeed},           {"--axes", SetAxes},
+    {"--cycle", SetCycle},         {"--loop", SetLoop},
+    {"--lines", SetLines},         {"--fifo-lines", SetFifoLines},
+    {"--speed", SetSpeed},         {"--limits", SetLimits},
+    {"--fault", SetFault},         {"--fault-after", SetFaultAfter}};
+
+struct Switch {
+    std::string_view name;
+    bool DemoOptions::*flag;
+};
+constexpr Switch kSwitches[] = {{"--wait-viewer", &DemoOptions::wait_viewer},
+                                {"--stay", &DemoOptions::stay}};
+
+/// Options that contradict each other.
+std::string WhyNotTogether(const std::vector<std::string_view>& given) {
+    const auto has = [&given](std::string_view name) {
+        return std::ranges::find(given, name) != given.end();
+    };
+    if (has("--recording") && has("--motion")) {
+        return "--recording and --motion exclude each other";
+    }
+    if (has("--fault-after") && !has("--fault")) {
+        return "--fault-after needs --fault";
+    }
+    return {};
+}
+
+}  // namespace
+
+OptionsOutcome ParseDemoOptions(std::span<const std::string> arguments, DemoOptions* options,
+                                std::string* error) {
+    std::vector<std::string_view> given;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string_view argument = arguments[i];
+        if (argument == "--help" || argument == "-h") {
+            return OptionsOutcome::kHelp;
+        }
+        if (argument == "--version") {
+            return OptionsOutcome::kVersion;
+        }
+        const auto equals = argument.find('=');
+        const std::string_view name = argument.substr(0, equals);
+        given.push_back(name);
+        const auto flag = std::ranges::find(kSwitches, argument, &Switch::name);
+        if (flag != std::end(kSwitches)) {
+            options->*(flag->flag) = true;
+            continue;
+        }
+        const auto option = std::ranges::find(kValueOptions, name, &ValueOption::name);
+        if (option == std::end(kValueOptions)) {
+            *error = "unknown argument \"" + arguments[i] + "\"";
+            return OptionsOutcome::kError;
+        }
+        if (equals == std::string_view::npos && i + 1 == arguments.size()) {
+            *error = std::string(name) + " needs a value";
+            return OptionsOutcome::kError;
+        }
+        const std::string_view value =
+            equals == std::string_view::npos ? arguments[++i] : argument.substr(equals + 1);
+        if (const std::string wrong = option->set(value, options); !wrong.empty()) {
+            *error = std::string(name) + " \"" + std::string(value) + "\": " + wrong;
+            return OptionsOutcome::kError;
+        }
+    }
+    *error = WhyNotTogether(given);
+    return error->empty() ? OptionsOutcome::kRun : OptionsOutcome::kError;
+}
+
+std::string DemoHelp() {
+    return R"(Usage: demo_master [OPTION]...
+
+Plays a recording or a motion to every viewer that connects, as a machine's master would.
+
+What is played
+  --recording FILE     a recording: comma-separated text, also compressed (.csv.gz)
+  --motion NAME        circle (default), jog or noise
+  --seed N             chooses the noise (default 1)
+  --axes NAME,NAME     columns of the recording or axes of the motion, in this order
+                       (default: those of X, Y, Z, A, B, C in the recording, else all of it)
+  --loop N             end after N rounds (default 0: for ever)
+  --lines N            end after N lines, whatever --loop says
+
+How it is played
+  --cycle SECONDS      time per line (default 0.001)
+  --speed cycle|full   full: as fast as the viewers take the lines, losing none; implies
+                       --wait-viewer (default cycle: one line per cycle time)
+  --wait-viewer        stand still while no viewer is connected; begin anew with the first line
+                       when one connects
+  --stay               after the last line keep the link until a signal ends the program
+  --fifo-lines N       slots of each value FIFO (default 10000); one less can wait
+  --limits LIST        limits of axes, NAME=LOWER:UPPER[:VELOCITY[:ACCELERATION]],..., in place of
+                       those found from what is played; "none" publishes none
+
+Faults, for trying out viewers; each happens once
+  --fault NAME         overrun          lines without waiting, until every value FIFO ran over
+                       never-ready      answers of viewers are not taken any more: no further
+                                        batch, and an overrun when the value FIFO is full
+                       hang             handles no message for 3 seconds
+                       die              ends at once and leaves everything behind, exit status 137
+                       garbage-headers  overwrites info block, value FIFO headers and capability
+                                        modules with nonsense and pauses for half a second
+                       quit             tells the viewers to quit
+                       capabilities     publishes other limits and announces them
+  --fault-after LINES  lines published to viewers before the fault (default 1000)
+
+  --help               this text
+  --version            the version
+
+SIGINT and SIGTERM end the link, remove everything that was published and end the program with
+status 0. At the end, and when a viewer has gone, it prints the lines sent, batches answered and
+overruns of each viewer, and of all together. Exit status: 0; 1 when it cannot publish; 2 for wrong
+arguments.
+)";
+}
+
+}  // namespace wavo::master

@@ -1,0 +1,45 @@
+// Recordings of machine movements: comma-separated text, one line per cycle.
+//
+// The first line names the columns; every further line has one number per column. Files may be
+// compressed with gzip, lines may end in LF or CR LF, blank lines are skipped, blanks around a
+// field do not count. Numbers are read as the nearest double whatever the locale.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "master/line_source.h"
+
+namespace wavo::master {
+
+class Recording : public LineSource {
+ public:
+    /// Reads the columns `axes` of a file, in that order. Without `axes`: those of X, Y, Z, A, B
+    /// and C that the file has, or else all columns. `path` is UTF-8.
+    /// Returns null on failure; `*error` then names the file, the line and what is wrong with it.
+    static std::unique_ptr<Recording> Read(const std::string& path,
+                                           const std::vector<std::string>& axes,
+                                           std::string* error);
+
+    /// The same from text in memory.
+    static std::unique_ptr<Recording> Parse(std::string_view text,
+                                            const std::vector<std::string>& axes,
+                                            std::string* error);
+
+    [[nodiscard]] const std::vector<std::string>& AxisNames() const override { return m_axes; }
+    [[nodiscard]] std::uint64_t LinesPerRound() const override { return m_line_count; }
+    void Line(std::uint64_t number, std::span<double> values) const override;
+
+ private:
+    Recording() = default;
+
+    std::vector<std::string> m_axes;
+    std::uint64_t m_line_count = 0;
+    std::vector<double> m_values;  ///< line after line
+};
+
+}  // namespace wavo::master

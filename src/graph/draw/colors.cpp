@@ -1,0 +1,74 @@
+#include "graph/draw/colors.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace wavo {
+
+namespace {
+
+/// Linear light of a colour component given as 0 to 1 (sRGB).
+double Linear(double component) {
+    return component <= 0.04045 ? component / 12.92 : std::pow((component + 0.055) / 1.055, 2.4);
+}
+
+double Luminance(const QColor& color) {
+    return 0.2126 * Linear(color.redF()) + 0.7152 * Linear(color.greenF()) +
+           0.0722 * Linear(color.blueF());
+}
+
+/// Part of the greatest contrast there can be that a coloured text has to reach.
+constexpr double kLabelPart = 0.7;
+
+double LabelContrast(const QColor& background) {
+    return std::min(kTextContrast, kLabelPart * Contrast(ForegroundOn(background), background));
+}
+
+int BlendByte(int under, int over, double part) {
+    return static_cast<int>(std::lround(under + (over - under) * part));
+}
+
+}  // namespace
+
+double Contrast(const QColor& a, const QColor& b) {
+    const double first = Luminance(a) + 0.05;
+    const double second = Luminance(b) + 0.05;
+    return std::max(first, second) / std::min(first, second);
+}
+
+QColor ForegroundOn(const QColor& background) {
+    const QColor white(255, 255, 255);
+    const QColor black(0, 0, 0);
+    return Contrast(white, background) >= Contrast(black, background) ? white : black;
+}
+
+QColor Blend(const QColor& under, const QColor& over, double part) {
+    return {BlendByte(under.red(), over.red(), part), BlendByte(under.green(), over.green(), part),
+            BlendByte(under.blue(), over.blue(), part)};
+}
+
+QColor Readable(const QColor& color, const QColor& background, double contrast) {
+    constexpr int kSteps = 20;
+    const QColor foreground = ForegroundOn(background);
+    for (int step = 0; step < kSteps; ++step) {
+        const QColor tried = Blend(color, foreground, static_cast<double>(step) / kSteps);
+        if (Contrast(tried, background) >= contrast) {
+            return tried;
+        }
+    }
+    return foreground;
+}
+
+FrameColors::FrameColors(const QColor& background_color)
+    : background(background_color),
+      frame(Blend(background, ForegroundOn(background), 0.42)),
+      scale_line(Blend(background, ForegroundOn(background), 0.17)),
+      text(Readable(Blend(background, ForegroundOn(background), 0.78), background)),
+      shared_zero_line(Blend(background, ForegroundOn(background), 0.32)),
+      label_contrast(LabelContrast(background)) {
+    waiting = Readable(QColor(240, 176, 48), background, label_contrast);
+    running = Readable(QColor(80, 200, 96), background, label_contrast);
+    stopped = Readable(QColor(240, 96, 80), background, label_contrast);
+}
+
+}  // namespace wavo

@@ -1,0 +1,131 @@
+#include "graph/draw/frame_painter.h"
+
+#include <QFontMetrics>
+#include <cstdlib>
+
+namespace wavo {
+
+namespace {
+
+/// Scale lines closer than this are a grey area, not a scale.
+constexpr int kLeastLineDistance = 4;
+
+/// A line of one device pixel whatever the painter's scale.
+QPen HairLine(const QColor& color) {
+    QPen pen(color);
+    pen.setWidth(1);
+    pen.setCosmetic(true);
+    pen.setCapStyle(Qt::FlatCap);
+    return pen;
+}
+
+bool FarEnough(const ScaleLines& lines, Coordinate coordinate) {
+    if (lines.size() < 2) {
+        return false;
+    }
+    const ScaleLine& first = lines.front();
+    const ScaleLine& last = lines.back();
+    const double span = coordinate == Coordinate::kX ? static_cast<double>(last.x1) - first.x1
+                                                     : static_cast<double>(first.y1) - last.y1;
+    return span >= kLeastLineDistance * static_cast<double>(lines.size() - 1);
+}
+
+void PaintInnerLines(QPainter& painter, const ScaleLines& lines, Coordinate coordinate) {
+    if (!FarEnough(lines, coordinate)) {
+        return;
+    }
+    for (std::size_t i = 1; i + 1 < lines.size(); ++i) {
+        painter.drawLine(lines[i].x1, lines[i].y1, lines[i].x2, lines[i].y2);
+    }
+}
+
+QColor StatusColor(RunState state, const FrameColors& colors) {
+    switch (state) {
+        case RunState::kWaitingForStart:
+            return colors.waiting;
+        case RunState::kRunningAfterStart:
+        case RunState::kWaitingForStop:
+            return colors.running;
+        case RunState::kStoppedAfterStart:
+        case RunState::kStoppedAfterStop:
+            return colors.stopped;
+        case RunState::kRunning:
+            return colors.text;
+    }
+    return colors.text;
+}
+
+/// Width of a text; 0 for none.
+int TextWidth(const QFontMetrics& metrics, const QString& text) {
+    return text.isEmpty() ? 0 : metrics.horizontalAdvance(text) + 1;
+}
+
+void PaintText(QPainter& painter, const QRect& place, const QString& text, const QColor& color,
+               Qt::Alignment alignment) {
+    if (place.isEmpty() || text.isEmpty()) {
+        return;
+    }
+    const QFontMetrics metrics = painter.fontMetrics();
+    const QString shown = TextWidth(metrics, text) <= place.width()
+                              ? text
+                              : metrics.elidedText(text, Qt::ElideRight, place.width());
+    painter.setPen(color);
+    painter.drawText(place, static_cast<int>(alignment) | Qt::TextSingleLine, shown);
+}
+
+}  // namespace
+
+void PaintScaleLines(QPainter& painter, const ScaleLines& vertical, const ScaleLines& horizontal,
+                     const FrameColors& colors) {
+    painter.setPen(HairLine(colors.scale_line));
+    PaintInnerLines(painter, vertical, Coordinate::kX);
+    PaintInnerLines(painter, horizontal, Coordinate::kY);
+}
+
+std::optional<std::int32_t> ZeroPixel(Coordinate coordinate, const ScaleLines& lines) {
+    if (lines.empty() || !(lines.front().value < 0.0 && lines.back().value > 0.0)) {
+        return std::nullopt;
+    }
+    return AxisMapping(coordinate, lines).Map(0.0, true);
+}
+
+void PaintZeroLine(QPainter& painter, Coordinate coordinate, std::int32_t pixel, const QRect& plot,
+                   const QColor& color) {
+    painter.setPen(HairLine(color));
+    if (coordinate == Coordinate::kX) {
+        painter.drawLine(pixel, plot.top(), pixel, plot.bottom());
+    } else {
+        painter.drawLine(plot.left(), pixel, plot.right(), pixel);
+    }
+}
+
+void PaintBorder(QPainter& painter, const QRect& plot, const FrameColors& colors) {
+    painter.setPen(HairLine(colors.frame));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(plot.adjusted(0, 0, -1, -1));
+}
+
+void PaintTexts(QPainter& painter, const FrameLayout& layout, const LabelMetrics& metrics,
+                const FrameTexts& texts, const FrameColors& colors) {
+    const QFontMetrics font_metrics = painter.fontMetrics();
+    // The blanks at its end take no part in centring.
+    const QString status = QString::fromLatin1(StatusText(texts.state)).trimmed();
+    const TopLinePlaces top =
+        PlaceTopLine(layout.top_line, metrics.gap, TextWidth(font_metrics, texts.x_text),
+                     TextWidth(font_metrics, status), TextWidth(font_metrics, texts.x_spacing));
+    PaintText(painter, top.x_text, texts.x_text, colors.text, Qt::AlignLeft | Qt::AlignVCenter);
+    PaintText(painter, top.status, status, StatusColor(texts.state, colors), Qt::AlignCenter);
+    PaintText(painter, top.x_spacing, texts.x_spacing, colors.text,
+              Qt::AlignRight | Qt::AlignVCenter);
+    for (std::size_t i = 0; i < texts.y.size() && i < layout.y_slots.size(); ++i) {
+        const YLabel& label = texts.y[i];
+        const SlotPlaces places =
+            PlaceSlot(layout.y_slots[i], metrics.gap, TextWidth(font_metrics, label.text),
+                      TextWidth(font_metrics, label.spacing));
+        const QColor color = Readable(label.color, colors.background, colors.label_contrast);
+        PaintText(painter, places.text, label.text, color, Qt::AlignLeft | Qt::AlignVCenter);
+        PaintText(painter, places.spacing, label.spacing, color, Qt::AlignLeft | Qt::AlignVCenter);
+    }
+}
+
+}  // namespace wavo

@@ -1,0 +1,331 @@
+#include "graph/draw/graph_draw.h"
+
+#include <QFontMetrics>
+#include <QPaintDevice>
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "support/diagnostics.h"
+
+namespace wavo {
+
+namespace {
+
+constexpr std::int32_t kDefaultXScaleLines = 5;
+constexpr std::int32_t kDefaultYScaleLines = 3;
+
+/// A zoom shorter than this, seconds, shows nothing.
+constexpr double kSmallestZoom = 0.0001;
+
+std::int32_t CheckedXLines(std::int32_t lines) {
+    if (lines >= 1) {
+        return lines;
+    }
+    MERRLOG(
+        "GraphDraw::GraphDraw(): invalid number of scale lines x-corr., setting five scale line");
+    return kDefaultXScaleLines;
+}
+
+std::int32_t CheckedYLines(std::int32_t lines) {
+    if (lines >= 1) {
+        return lines;
+    }
+    MERRLOG(
+        "GraphDraw::GraphDraw(): invalid number of scale lines y-corr., setting three scale line");
+    return kDefaultYScaleLines;
+}
+
+int DeviceCoordinate(int logical, double ratio) {
+    return ToPixel(std::round(static_cast<double>(logical) * ratio));
+}
+
+}  // namespace
+
+double GraphTimeRange(const WavoGraph& graph) {
+    return graph.XCoorType == CoorType::kAxis ? graph.FadeOutTime : graph.XScale.TimeRange;
+}
+
+void GraphDraw::DrawBuffer::Discard() {
+    values.clear();
+    start_time = 0.0;
+}
+
+void GraphDraw::DrawBuffer::DropFront(std::uint64_t count) {
+    const std::uint64_t dropped = std::min<std::uint64_t>(count, values.size());
+    values.erase(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(dropped));
+}
+
+void GraphDraw::DrawBuffer::DropBack(std::uint64_t count) {
+    values.resize(values.size() - std::min<std::uint64_t>(count, values.size()));
+}
+
+GraphDraw::GraphDraw(const QRect& rectangle, const WavoGraph& graph, GraphDrawHost& host,
+                     const GraphDisplaySettings& settings, double cycle_time,
+                     std::int32_t x_scale_lines, std::int32_t y_scale_lines, GraphStreams streams)
+    : m_graph(graph),
+      m_host(host),
+      m_settings(settings),
+      m_colors(ToQColor(settings.background)),
+      m_font(MakeFont(settings.font)),
+      m_cycle_time(cycle_time),
+      m_x_scale_lines(CheckedXLines(x_scale_lines)),
+      m_y_scale_lines(CheckedYLines(y_scale_lines)),
+      m_stream_count(streams.y.size()),
+      m_rectangle(rectangle),
+      m_shown_x_scale(graph.XScale) {
+    CompleteDefinition();
+    m_zoom.definition = m_graph;
+    m_buffers.resize(m_graph.YCoorAxName.size());
+    for (std::size_t i = 0; i < std::min(m_buffers.size(), streams.y.size()); ++i) {
+        m_buffers[i].value = streams.y[i];
+    }
+    m_x_buffer.value = streams.x;
+    Layout();
+    CreateLines();
+    CreateTriggers();
+    PrimeLines();
+}
+
+void GraphDraw::CompleteDefinition() {
+    // One entry per y axis in every list; a y scale more than y axes is legal.
+    const std::size_t axes = m_graph.YCoorAxName.size();
+    m_graph.YCoorAxColor.resize(axes, ComplementColor(m_settings.background));
+    m_graph.YCoorAxDerivation.resize(axes, 0);
+    m_graph.Triggers.resize(axes, TriggerEntry{TriggerTypeCode::kNone, 0.0, {}});
+    m_graph.YScales.resize(std::max(axes, m_graph.YScales.size()));
+}
+
+void GraphDraw::CreateLines() {
+    const PlotGeometry geometry = Geometry();
+    for (std::size_t i = 0; i < m_graph.YCoorAxName.size(); ++i) {
+        LinesDrawAxis::Settings settings;
+        settings.mode = m_graph.Mode;
+        settings.mode_ax = m_graph.ModeAx;
+        settings.axis_name = m_graph.YCoorAxName[i];
+        settings.derivation = m_graph.YCoorAxDerivation[i];
+        settings.color = m_graph.YCoorAxColor[i];
+        settings.cycle_time = m_cycle_time;
+        settings.range = GraphTimeRange(m_graph);
+        settings.fade_out_time = m_graph.FadeOutTime;
+        m_lines.push_back(
+            std::make_unique<LinesDrawAxis>(geometry, ShownXScale(), m_graph.YScales[i], settings));
+    }
+}
+
+void GraphDraw::CreateTriggers() {
+    for (std::size_t i = 0; i < m_graph.Triggers.size() && i < m_lines.size(); ++i) {
+        const TriggerTypeCode type = m_graph.Triggers[i].TriggerType;
+        if (type == TriggerTypeCode::kNone) {
+            continue;
+        }
+        m_TriggerData.push_back({i, TestOfTrigger(type)});
+        const std::optional<RunState> initial = InitialRunState(type);
+        if (initial.has_value()) {
+            m_run_state = *initial;
+            m_restart_state = *initial;
+        }
+    }
+}
+
+void GraphDraw::PrimeLines() {
+    // Values that are still new come with the first step.
+    const auto take_held = [this](DrawBuffer& buffer) {
+        if (buffer.value != nullptr) {
+            TakeRefill(buffer);
+            buffer.DropBack(buffer.value->NewCount());
+        }
+    };
+    take_held(m_x_buffer);
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        DrawBuffer& buffer = m_buffers[i];
+        take_held(buffer);
+        if (IsTimeGraph()) {
+            m_lines[i]->CheckYScaleValue(buffer.values);
+            m_lines[i]->DrawLinesXIsTime(buffer.values, buffer.start_time, nullptr);
+        } else {
+            AlignToX(buffer);
+            m_lines[i]->CheckYScaleValue(buffer.values);
+            m_lines[i]->CheckXScaleValue(m_x_buffer.values);
+            m_lines[i]->DrawLinesXIsAx(m_x_buffer.values, buffer.values, nullptr);
+        }
+    }
+    DiscardValues();
+}
+
+void GraphDraw::Layout() {
+    const QFontMetrics font_metrics(m_font);
+    m_metrics.line_height = font_metrics.height() + 4;
+    m_metrics.gap = 2 * font_metrics.averageCharWidth();
+    m_metrics.minimum_slot = 5 * font_metrics.averageCharWidth();
+    m_metrics.slot_width = SlotWidth(font_metrics);
+    m_layout = LayoutFrame(m_rectangle, m_metrics, static_cast<int>(m_buffers.size()));
+    const QRect& plot = m_layout.plot;
+    const int left = DeviceCoordinate(plot.left(), m_device_ratio);
+    const int top = DeviceCoordinate(plot.top(), m_device_ratio);
+    const int right = DeviceCoordinate(plot.right() + 1, m_device_ratio) - 1;
+    const int bottom = DeviceCoordinate(plot.bottom() + 1, m_device_ratio) - 1;
+    m_device_plot = QRect(QPoint(left, top), QPoint(right, bottom));
+    m_vertical = VerticalScaleLines(m_device_plot, m_x_scale_lines);
+    m_horizontal = HorizontalScaleLines(m_device_plot, m_y_scale_lines);
+    FillScaleLines();
+    for (const auto& line : m_lines) {
+        line->SetGeometry(Geometry(), m_device_ratio);
+    }
+}
+
+int GraphDraw::SlotWidth(const QFontMetrics& font_metrics) const {
+    // Room for the longest name and for numbers as they are seen most; not for the numbers of the
+    // moment, which would move the picture.
+    int name_width = 0;
+    for (std::size_t i = 0; i < m_graph.YCoorAxName.size(); ++i) {
+        const std::string name = AxisLabel(m_graph.YCoorAxName[i], m_graph.YCoorAxDerivation[i]);
+        name_width =
+            std::max(name_width, font_metrics.horizontalAdvance(QString::fromStdString(name)));
+    }
+    const QString numbers = QStringLiteral("Y: =(-100.000 ... 100.000):   dy=100.000");
+    return 2 * std::min(name_width, m_rectangle.width()) + font_metrics.horizontalAdvance(numbers) +
+           2 * m_metrics.gap;
+}
+
+PlotGeometry GraphDraw::Geometry() const {
+    return {m_device_plot, m_vertical, m_horizontal};
+}
+
+void GraphDraw::FillScaleLines() {
+    FillScaleValues(m_vertical, GraphDefineGetMinMaxValue(ShownXScale()));
+}
+
+void GraphDraw::FitToDevice(const QPainter& painter) {
+    const double ratio = painter.device() != nullptr ? painter.device()->devicePixelRatioF() : 1.0;
+    if (ratio != m_device_ratio && ratio > 0.0) {
+        m_device_ratio = ratio;
+        Layout();
+    }
+}
+
+void GraphDraw::SetRectangle(const QRect& rectangle) {
+    m_rectangle = rectangle;
+    Layout();
+}
+
+void GraphDraw::SetZoomRange(double start, double end) {
+    if (start > end || !std::isfinite(start) || !std::isfinite(end)) {
+        MERRLOG("GraphDraw::SetZoomRange(): invalid zoom time");
+        m_zoom.active = false;
+        return;
+    }
+    if (end - start < kSmallestZoom) {
+        MERRLOG("GraphDraw::SetZoomRange(): zoom range to small");
+        return;
+    }
+    if (m_zoom.first) {
+        m_zoom.first = false;
+        m_zoom.offset = 0.0;
+    } else if (m_zoom.offset == 0.0) {
+        m_zoom.offset = m_zoom.start;
+    } else {
+        m_zoom.offset += m_zoom.start;
+    }
+    if (!m_zoom.active) {
+        // Where the displayed time axis begins among the samples, when it shows a recording.
+        m_recorded_section = m_run_state == RunState::kRunningAfterStart ||
+                             m_run_state == RunState::kStoppedAfterStart ||
+                             m_run_state == RunState::kStoppedAfterStop;
+        if (m_recorded_section && !m_lines.empty() && m_buffers.front().value != nullptr) {
+            m_section_start = m_buffers.front().value->PushedCount() -
+                              static_cast<double>(m_cut_count + m_lines.front()->Size());
+        }
+    }
+    m_zoom.start = start;
+    m_zoom.end = end;
+    m_zoom.graph_number = m_graph.GraphNumber;
+    m_zoom.active = true;
+    m_zoom.definition = m_graph;
+    MarkFullRefill();
+}
+
+void GraphDraw::RestoreZoom(const ZoomState& zoom) {
+    m_zoom = zoom;
+    m_graph.XScale = zoom.definition.XScale;
+    for (std::size_t i = 0; i < std::min(m_lines.size(), zoom.definition.YScales.size()); ++i) {
+        m_graph.YScales[i] = zoom.definition.YScales[i];
+    }
+    m_shown_x_scale = m_graph.XScale;
+    m_window = {};
+    FillScaleLines();
+    for (const auto& line : m_lines) {
+        line->SetGeometry(Geometry(), m_device_ratio);
+    }
+    MarkFullRefill();
+}
+
+bool GraphDraw::GetAxValues(const std::string& axis_name, std::vector<double>& values) const {
+    values.clear();
+    const auto& names = m_graph.YCoorAxName;
+    const auto found = std::find(names.begin(), names.end(), axis_name);
+    const bool is_x = found == names.end() && !IsTimeGraph() && axis_name == m_graph.XCoorAxName;
+    if (found == names.end() && !is_x) {
+        MERRLOG("GraphDraw::GetAxValues(): unknown axis: %s", axis_name.c_str());
+        return false;
+    }
+    const std::size_t axis = is_x ? 0 : static_cast<std::size_t>(found - names.begin());
+    const GraphValue* value = is_x ? m_x_buffer.value : m_buffers[axis].value;
+    const bool stopped =
+        m_run_state == RunState::kStoppedAfterStart || m_run_state == RunState::kStoppedAfterStop;
+    if (!Zoomed() && !stopped && value != nullptr) {
+        double start_time = 0.0;
+        value->GetTimeRangeValues(values, GraphTimeRange(m_graph), start_time);
+    } else if (axis < m_lines.size()) {
+        if (is_x) {
+            m_lines[axis]->GetXValues(values);
+        } else {
+            m_lines[axis]->GetYValues(values);
+        }
+    }
+    return true;
+}
+
+void GraphDraw::DetachValues() {
+    for (DrawBuffer& buffer : m_buffers) {
+        buffer.value = nullptr;
+    }
+    m_x_buffer.value = nullptr;
+}
+
+void GraphDraw::RestartAfterTrigger() {
+    if (m_run_state != RunState::kStoppedAfterStart && m_run_state != RunState::kStoppedAfterStop) {
+        return;
+    }
+    if (m_restart_state == RunState::kWaitingForStop) {
+        m_restart_flag = true;
+    }
+    m_run_state = m_restart_state;
+}
+
+double GraphDraw::PixelToTime(int x) const {
+    return IsTimeGraph() ? ValueAtColumn(m_vertical, DeviceCoordinate(x, m_device_ratio)) : -1.0;
+}
+
+double GraphDraw::LatestTime() const {
+    double latest = 0.0;
+    for (const GraphValue* value : Values()) {
+        latest = std::max(latest, value->LatestTime());
+    }
+    return latest;
+}
+
+std::vector<GraphValue*> GraphDraw::Values() const {
+    std::vector<GraphValue*> values;
+    for (const DrawBuffer& buffer : m_buffers) {
+        if (buffer.value != nullptr) {
+            values.push_back(buffer.value);
+        }
+    }
+    if (m_x_buffer.value != nullptr) {
+        values.push_back(m_x_buffer.value);
+    }
+    return values;
+}
+
+}  // namespace wavo

@@ -1,0 +1,243 @@
+// One graph of the view: takes the new values of its streams, tests its trigger, adapts its
+// scales, and draws frame, texts and curves into its rectangle.
+//
+// One call of DrawGraph is one step: everything that the graph does with new values happens there
+// and in no other place. The caller empties the new values of the buffers after all graphs had
+// their step, and never takes the same values twice.
+//
+// Invariants:
+// 1. The graph works on its own copy of the definition; an automatic scale changes that copy only.
+// 2. There is one curve and one draw buffer per y axis, addressed by the y axis index.
+// 3. The streams are not owned. They may be null: frame, texts and what the curves hold are drawn
+//    all the same.
+// 4. Every label shows the scale that the curves of the same step are drawn with.
+// 5. The rectangle is in logical pixels; curves and lines stand on device pixels of the painter.
+#pragma once
+
+#include <QFont>
+#include <QFontMetrics>
+#include <QPainter>
+#include <QRect>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "graph/draw/colors.h"
+#include "graph/draw/display_settings.h"
+#include "graph/draw/labels.h"
+#include "graph/draw/lines_draw_axis.h"
+#include "graph/draw/mapping.h"
+#include "graph/draw/run_state.h"
+#include "graph/draw/texts.h"
+#include "graph/model/wavo_graph.h"
+#include "graph/values/graph_value.h"
+
+namespace wavo {
+
+/// What a graph tells its surroundings.
+class GraphDrawHost {
+ public:
+    virtual ~GraphDrawHost() = default;
+    /// A recording that a start trigger began is complete. Called once, from within DrawGraph.
+    virtual void RecordingEnded() = 0;
+};
+
+/// The buffers of a graph: one per y axis, in order, and that of the x axis of an axis-over-axis
+/// graph. Null where there is none.
+struct GraphStreams {
+    std::vector<GraphValue*> y;
+    GraphValue* x = nullptr;
+};
+
+/// The time range, seconds, that the buffers of a graph have to cover.
+double GraphTimeRange(const WavoGraph& graph);
+
+/// The zoom of a time graph. Start and end count from the left border of the display in which the
+/// zoom was chosen; `offset` is where that left border stood.
+struct ZoomState {
+    bool active = false;
+    bool first = true;  ///< no zoom since the graph was made or restarted
+    double start = 0.0;
+    double end = 0.0;
+    double offset = 0.0;
+    std::uint32_t graph_number = 0;
+    WavoGraph definition;  ///< as it was when the zoom was set
+};
+
+class GraphDraw {
+ public:
+    /// Builds the curves and fills each with what its buffer holds; draws nothing yet. `host` and
+    /// the streams are not owned and outlive the graph (the streams: until DetachValues).
+    /// Numbers of scale lines below 1 are reported and replaced by 5 (x) and 3 (y).
+    GraphDraw(const QRect& rectangle, const WavoGraph& graph, GraphDrawHost& host,
+              const GraphDisplaySettings& settings, double cycle_time, std::int32_t x_scale_lines,
+              std::int32_t y_scale_lines, GraphStreams streams);
+    virtual ~GraphDraw() = default;
+    GraphDraw(const GraphDraw&) = delete;
+    GraphDraw& operator=(const GraphDraw&) = delete;
+    GraphDraw(GraphDraw&&) = delete;
+    GraphDraw& operator=(GraphDraw&&) = delete;
+
+    /// One drawing step. `restart`: the caller has reset all buffers, the graph begins anew. The
+    /// background is the caller's.
+    void DrawGraph(QPainter& painter, bool restart);
+
+    /// Moves the graph; its curves follow at once.
+    void SetRectangle(const QRect& rectangle);
+
+    /// Tests the values taken last; `index` is the position of the value that fired.
+    bool IsTrigger(std::uint64_t& index) const;
+
+    /// Zooms a time graph to a span of its displayed time axis, seconds. A span that runs backwards
+    /// switches the zoom off; one below 0.1 ms changes nothing; both are reported.
+    void SetZoomRange(double start, double end);
+
+    /// Goes back to an earlier zoom (or none) and to the scales of that time.
+    void RestoreZoom(const ZoomState& zoom);
+
+    /// The values that the graph shows of an axis (the first y axis of that name, else the x
+    /// axis), oldest first: the zoom window, else the finished recording, else the most recent
+    /// span. False, an error-log entry and no values for a name that the graph does not know.
+    bool GetAxValues(const std::string& axis_name, std::vector<double>& values) const;
+
+    /// Forgets the buffers, before they go. The curves stay as they are.
+    void DetachValues();
+
+    /// Makes the next step empty the curves, reset the graph's buffers and begin anew.
+    void SetRestartFlag() { m_restart_flag = true; }
+
+    /// Leaves a finished recording for the state the graph began in, and lets its buffers be
+    /// reset when that is waiting for the stop trigger. Nothing in another state.
+    void RestartAfterTrigger();
+
+    /// The time, seconds, at a logical pixel column of the displayed time axis; -1 outside the
+    /// plot area and for a graph whose x is no time.
+    [[nodiscard]] double PixelToTime(int x) const;
+
+    /// The newest time that the buffers of the graph hold, seconds.
+    [[nodiscard]] double LatestTime() const;
+
+    [[nodiscard]] const WavoGraph& Graph() const { return m_graph; }
+    [[nodiscard]] const QRect& Rectangle() const { return m_rectangle; }
+    [[nodiscard]] const QRect& PlotArea() const { return m_layout.plot; }
+    [[nodiscard]] RunState State() const { return m_run_state; }
+    [[nodiscard]] RunState RestartState() const { return m_restart_state; }
+    [[nodiscard]] const ZoomState& Zoom() const { return m_zoom; }
+    [[nodiscard]] const TimeWindow& DisplayedWindow() const { return m_window; }
+    [[nodiscard]] double ElapsedAfterTrigger() const { return m_elapsed; }
+
+    /// The rubber band of a zoom that is being dragged; null when there is none.
+    [[nodiscard]] const QRect& Tracker() const { return m_tracker; }
+    void SetTracker(const QRect& tracker) { m_tracker = tracker; }
+
+    /// All buffers of the graph that there are, y axes first.
+    [[nodiscard]] std::vector<GraphValue*> Values() const;
+
+    [[nodiscard]] const std::vector<std::unique_ptr<LinesDrawAxis>>& Lines() const {
+        return m_lines;
+    }
+
+ private:
+    /// What was taken from one stream for the current step.
+    struct DrawBuffer {
+        GraphValue* value = nullptr;
+        std::vector<double> values;
+        double start_time = 0.0;   ///< of the first of the values, seconds
+        bool full_refill = false;  ///< the curve is filled anew from the buffer
+
+        void Discard();
+        void DropFront(std::uint64_t count);
+        void DropBack(std::uint64_t count);
+    };
+
+    /// A trigger with the test of its type; null for a type that has none.
+    struct TriggerData {
+        std::size_t axis;  ///< whose values are tested
+        TriggerTest pTestTriggerEvent;
+    };
+
+    // Construction and layout (graph_draw.cpp).
+    void CompleteDefinition();
+    void CreateLines();
+    void CreateTriggers();
+    void PrimeLines();
+    void Layout();
+    [[nodiscard]] int SlotWidth(const QFontMetrics& font_metrics) const;
+    void FitToDevice(const QPainter& painter);
+    [[nodiscard]] PlotGeometry Geometry() const;
+    void FillScaleLines();
+
+    // The step (graph_draw_steps.cpp).
+    void Restart();
+    void TakeValues();
+    void TakeZoomWindow();
+    void TakeWindowOf(DrawBuffer& buffer, TimeWindow& shown) const;
+    [[nodiscard]] double TimeBeforeDisplay(const GraphValue& value) const;
+    void TakeSpanOrNew();
+    void TakeRefill(DrawBuffer& buffer) const;
+    void AlignToX(DrawBuffer& buffer);
+    void ShowScale(double time_range);
+    void ShowFullScale();
+    void TestTriggerCondition();
+    void StepWaitingForStart();
+    void StepRunningAfterStart();
+    void StepWaitingForStop();
+    void StepStopped();
+    void StopValues();
+    void DiscardValues();
+    void MarkFullRefill();
+    void CheckScales();
+    void DrawFrame(QPainter& painter);
+    void DrawFrameLines(QPainter& painter) const;
+    void DrawZeroLines(QPainter& painter) const;
+    void DrawGraphs(QPainter& painter);
+    void DrawLine(LinesDrawAxis& line, const DrawBuffer& buffer, QPainter& painter);
+    void ReportDifferentSizes() const;
+
+    [[nodiscard]] bool IsTimeGraph() const { return m_graph.XCoorType != CoorType::kAxis; }
+    [[nodiscard]] bool Zoomed() const { return m_zoom.active && IsTimeGraph(); }
+    [[nodiscard]] ScaleDefinition& ShownXScale() {
+        return IsTimeGraph() ? m_shown_x_scale : m_graph.XScale;
+    }
+
+    // Constant after construction.
+    WavoGraph m_graph;  ///< but for its scales; the curves refer to them, so it is never replaced
+    GraphDrawHost& m_host;
+    GraphDisplaySettings m_settings;
+    FrameColors m_colors;
+    QFont m_font;
+    double m_cycle_time;
+    std::int32_t m_x_scale_lines;
+    std::int32_t m_y_scale_lines;
+    std::size_t m_stream_count;
+    std::vector<TriggerData> m_TriggerData;
+
+    QRect m_rectangle;
+    QRect m_tracker;
+    double m_device_ratio = 1.0;
+    LabelMetrics m_metrics;
+    FrameLayout m_layout;
+    QRect m_device_plot;
+    ScaleLines m_vertical;    ///< with the values of the x scale that is shown
+    ScaleLines m_horizontal;  ///< without values: they differ per y axis
+
+    ScaleDefinition m_shown_x_scale;  ///< of a time graph: the x scale, or the zoomed span
+    std::vector<DrawBuffer> m_buffers;
+    DrawBuffer m_x_buffer;
+    std::vector<std::unique_ptr<LinesDrawAxis>> m_lines;
+
+    RunState m_run_state = RunState::kRunning;
+    RunState m_restart_state = RunState::kRunning;
+    bool m_restart_flag = false;
+    double m_elapsed = 0.0;  ///< seconds recorded after the paint that the start trigger fired in
+    std::uint64_t m_cut_count = 0;  ///< newest samples of the buffers that the recording left out
+
+    ZoomState m_zoom;
+    TimeWindow m_window;
+    bool m_window_taken = false;      ///< the values of this step are those of the zoom window
+    bool m_recorded_section = false;  ///< the zoom was chosen in a recording
+    double m_section_start = 0.0;     ///< number of the first sample of that recording
+};
+
+}  // namespace wavo

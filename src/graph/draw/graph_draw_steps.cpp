@@ -1,0 +1,422 @@
+// The drawing step of a graph, in its order: take values, test the trigger, adapt the scales, draw
+// frame and texts, draw the curves.
+#include "graph/draw/graph_draw.h"
+
+#include <QString>
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <optional>
+
+#include "graph/draw/frame_painter.h"
+#include "support/diagnostics.h"
+
+namespace wavo {
+
+namespace {
+
+/// Times closer than this are one time.
+constexpr double kTimeTolerance = 1e-6;
+
+/// Part of a curve's colour in its zero line.
+constexpr double kZeroLinePart = 0.45;
+
+constexpr std::uint64_t kAnyCount = std::numeric_limits<std::uint64_t>::max();
+
+}  // namespace
+
+void GraphDraw::DrawGraph(QPainter& painter, bool restart) {
+    FitToDevice(painter);
+    if (restart || m_restart_flag) {
+        Restart();
+    }
+    MTRACE(4, "DrawGraph(): --- starting to get act. valus");
+    TakeValues();
+    MTRACE(4, "DrawGraph(): --- end of get act values");
+    MTRACE(4, "DrawGraph(): --- starting test trigger condition");
+    TestTriggerCondition();
+    MTRACE(4, "DrawGraph(): --- end of test trigger condition");
+    CheckScales();
+    DrawFrame(painter);
+    MTRACE(4, "DrawGraph(): --- starting to draw graphs");
+    DrawGraphs(painter);
+    MTRACE(4, "DrawGraph(): --- end of drawing graphs");
+}
+
+void GraphDraw::Restart() {
+    for (const auto& line : m_lines) {
+        line->Empty();
+    }
+    if (m_run_state != RunState::kRunning) {
+        m_run_state = m_restart_state;
+    }
+    m_elapsed = 0.0;
+    m_cut_count = 0;
+    m_zoom.active = false;
+    m_zoom.first = true;
+    m_recorded_section = false;
+    if (m_restart_flag) {
+        for (GraphValue* value : Values()) {
+            value->Reset();
+        }
+        m_restart_flag = false;
+    }
+    ShowFullScale();
+    MarkFullRefill();
+}
+
+void GraphDraw::MarkFullRefill() {
+    for (DrawBuffer& buffer : m_buffers) {
+        buffer.full_refill = true;
+    }
+    m_x_buffer.full_refill = true;
+}
+
+void GraphDraw::DiscardValues() {
+    for (DrawBuffer& buffer : m_buffers) {
+        buffer.Discard();
+    }
+    m_x_buffer.Discard();
+}
+
+void GraphDraw::ReportDifferentSizes() const {
+    if (m_lines.size() != m_stream_count) {
+        MERRLOG("GraphDraw::DrawGraph(): m_pLinesY.size()!=m_pVectYValueFifo.size()");
+    }
+}
+
+void GraphDraw::TakeValues() {
+    m_window_taken = false;
+    DiscardValues();
+    if (IsTimeGraph() && !m_lines.empty()) {
+        (void)m_lines.front()->GetXTimeRange();  // reports a scale that is no time range
+    }
+    if (Zoomed()) {
+        TakeZoomWindow();
+        MarkFullRefill();
+        m_run_state = RunState::kRunning;
+    } else {
+        TakeSpanOrNew();
+    }
+    ReportDifferentSizes();
+}
+
+void GraphDraw::TakeZoomWindow() {
+    for (DrawBuffer& buffer : m_buffers) {
+        if (buffer.value == nullptr) {
+            continue;
+        }
+        TimeWindow shown;
+        TakeWindowOf(buffer, shown);
+        if (!m_window_taken) {
+            m_window_taken = true;
+            m_window = shown;
+        }
+    }
+    if (!m_window_taken) {
+        return;  // without buffers the curves keep what they show
+    }
+    ShowScale(m_zoom.end - m_zoom.start);
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        if (m_buffers[i].value != nullptr) {
+            m_lines[i]->Empty();
+        }
+    }
+}
+
+void GraphDraw::TakeWindowOf(DrawBuffer& buffer, TimeWindow& shown) const {
+    const double before = TimeBeforeDisplay(*buffer.value);
+    const double length = m_zoom.end - m_zoom.start;
+    double from = m_zoom.offset + m_zoom.start + before;
+    double to = m_zoom.offset + m_zoom.end + before;
+    if (to > buffer.value->TimeRange()) {
+        to = buffer.value->TimeRange();
+        from = to - length;
+    }
+    if (from < 0.0) {
+        from = 0.0;
+        to = length;
+    }
+    shown = {from - before, to - before};
+    buffer.value->GetDefineTimeRangeValue(buffer.values, from, to, buffer.value->LatestTime());
+    buffer.start_time = 0.0;
+}
+
+double GraphDraw::TimeBeforeDisplay(const GraphValue& value) const {
+    if (m_recorded_section) {
+        return std::max(0.0, m_section_start - value.DroppedCount()) * m_cycle_time;
+    }
+    const double held = static_cast<double>(value.StoredCount()) * m_cycle_time;
+    return std::max(0.0, held - m_graph.XScale.TimeRange);
+}
+
+void GraphDraw::ShowScale(double time_range) {
+    if (m_shown_x_scale.TimeRange == time_range &&
+        m_shown_x_scale.ScaleType == m_graph.XScale.ScaleType) {
+        return;
+    }
+    m_shown_x_scale = m_graph.XScale;
+    m_shown_x_scale.TimeRange = time_range;
+    FillScaleLines();
+    for (const auto& line : m_lines) {
+        line->XScaleChanged();
+    }
+}
+
+void GraphDraw::ShowFullScale() {
+    m_window = {};
+    if (IsTimeGraph()) {
+        ShowScale(m_graph.XScale.TimeRange);
+    }
+}
+
+void GraphDraw::TakeSpanOrNew() {
+    if (!IsTimeGraph() && m_x_buffer.value != nullptr) {
+        if (m_x_buffer.full_refill) {
+            TakeRefill(m_x_buffer);
+        } else {
+            m_x_buffer.value->GetNewValues(m_x_buffer.values, m_x_buffer.start_time);
+        }
+    }
+    for (std::size_t i = 0; i < m_buffers.size(); ++i) {
+        DrawBuffer& buffer = m_buffers[i];
+        if (buffer.value == nullptr) {
+            continue;
+        }
+        if (!buffer.full_refill) {
+            buffer.value->GetNewValues(buffer.values, buffer.start_time);
+            continue;
+        }
+        ShowFullScale();
+        m_lines[i]->Empty();
+        TakeRefill(buffer);
+        AlignToX(buffer);
+        buffer.full_refill = false;
+    }
+    m_x_buffer.full_refill = m_x_buffer.full_refill && m_x_buffer.value == nullptr;
+}
+
+void GraphDraw::TakeRefill(DrawBuffer& buffer) const {
+    buffer.value->GetTimeRangeValues(buffer.values, GraphTimeRange(m_graph), buffer.start_time);
+}
+
+void GraphDraw::AlignToX(DrawBuffer& buffer) {
+    if (IsTimeGraph() || m_x_buffer.value == nullptr) {
+        return;
+    }
+    // The buffers may reach back to different times; both end at the newest sample.
+    const std::size_t common = std::min(buffer.values.size(), m_x_buffer.values.size());
+    buffer.DropFront(buffer.values.size() - common);
+    m_x_buffer.DropFront(m_x_buffer.values.size() - common);
+}
+
+bool GraphDraw::IsTrigger(std::uint64_t& index) const {
+    for (const TriggerData& trigger : m_TriggerData) {
+        if (trigger.pTestTriggerEvent == nullptr) {
+            MERRLOG("GraphDraw::IsTrigger(): m_TriggerData[i].pTestTriggerEvent undefined");
+            continue;
+        }
+        const double limit = m_graph.Triggers[trigger.axis].TriggerValue;
+        if (trigger.pTestTriggerEvent(m_buffers[trigger.axis].values, index, limit)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void GraphDraw::TestTriggerCondition() {
+    switch (m_run_state) {
+        case RunState::kRunning:
+            break;
+        case RunState::kWaitingForStart:
+            StepWaitingForStart();
+            break;
+        case RunState::kRunningAfterStart:
+            StepRunningAfterStart();
+            break;
+        case RunState::kWaitingForStop:
+            StepWaitingForStop();
+            break;
+        case RunState::kStoppedAfterStart:
+        case RunState::kStoppedAfterStop:
+            StepStopped();
+            break;
+    }
+}
+
+void GraphDraw::StepWaitingForStart() {
+    std::uint64_t index = 0;
+    if (!IsTrigger(index)) {
+        DiscardValues();
+        return;
+    }
+    const auto drop_before = [index](DrawBuffer& buffer) {
+        if (buffer.values.size() > 1) {
+            buffer.DropFront(index);
+            buffer.start_time = 0.0;
+        }
+    };
+    for (std::size_t i = 0; i < m_buffers.size(); ++i) {
+        drop_before(m_buffers[i]);
+        m_lines[i]->Empty();
+    }
+    m_run_state = RunState::kRunningAfterStart;
+    m_elapsed = 0.0;
+    m_cut_count = 0;
+    if (!IsTimeGraph()) {
+        drop_before(m_x_buffer);
+        m_graph.XScale.TimeRange = m_graph.FadeOutTime;
+    }
+}
+
+void GraphDraw::StepRunningAfterStart() {
+    if (m_buffers.empty()) {
+        return;
+    }
+    m_elapsed += static_cast<double>(m_buffers.front().values.size()) * m_cycle_time;
+    const bool over_time = m_graph.XScale.ScaleType == ScaleTypeCode::kTime;
+    const double range = over_time ? m_graph.XScale.TimeRange : m_graph.FadeOutTime;
+    if (m_elapsed < range - kTimeTolerance) {
+        return;
+    }
+    if (over_time) {
+        const std::uint64_t beyond = ToCount((m_elapsed - range) / m_cycle_time + 0.5, kAnyCount);
+        const auto cut = [beyond](DrawBuffer& buffer) {
+            if (buffer.values.size() >= beyond) {
+                buffer.DropBack(beyond);
+            }
+        };
+        if (m_buffers.front().values.size() >= beyond) {
+            m_cut_count = beyond;
+        }
+        std::for_each(m_buffers.begin(), m_buffers.end(), cut);
+        cut(m_x_buffer);
+    }
+    m_run_state = RunState::kStoppedAfterStart;
+    m_host.RecordingEnded();
+}
+
+void GraphDraw::StepWaitingForStop() {
+    std::uint64_t index = 0;
+    if (!IsTrigger(index)) {
+        return;
+    }
+    m_run_state = RunState::kStoppedAfterStop;
+    const auto keep_up_to = [index](DrawBuffer& buffer) {
+        const std::uint64_t size = buffer.values.size();
+        buffer.DropBack(size > index ? size - index - 1 : 0);
+    };
+    const std::uint64_t taken = m_buffers.empty() ? 0 : m_buffers.front().values.size();
+    m_cut_count = taken > index ? taken - index - 1 : 0;
+    std::for_each(m_buffers.begin(), m_buffers.end(), keep_up_to);
+    keep_up_to(m_x_buffer);
+    StopValues();
+}
+
+void GraphDraw::StepStopped() {
+    if (!m_buffers.empty()) {
+        m_cut_count += m_buffers.front().values.size();
+    }
+    StopValues();
+    DiscardValues();
+}
+
+void GraphDraw::StopValues() {
+    for (GraphValue* value : Values()) {
+        value->SetEnabled(false);
+    }
+}
+
+void GraphDraw::CheckScales() {
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        m_lines[i]->CheckYScaleValue(m_buffers[i].values);
+        if (!IsTimeGraph()) {
+            m_lines[i]->CheckXScaleValue(m_x_buffer.values);
+            FillScaleLines();
+        }
+    }
+}
+
+void GraphDraw::DrawFrame(QPainter& painter) {
+    if (m_lines.empty()) {
+        MERRLOG("GraphDraw::DrawGraph(): invalid size of m_pLinesY");
+    }
+    DrawFrameLines(painter);
+    FrameTexts texts;
+    texts.x_text = QString::fromStdString(XText(m_graph, m_window));
+    texts.x_spacing = QString::fromStdString(XSpacingText(m_graph, ShownXScale(), m_x_scale_lines));
+    texts.state = m_run_state;
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        texts.y.push_back({QString::fromStdString(YText(m_graph, i)),
+                           QString::fromStdString(YSpacingText(m_graph, i, m_y_scale_lines)),
+                           ToQColor(m_graph.YCoorAxColor[i])});
+    }
+    if (!m_layout.plot.isEmpty()) {
+        painter.save();
+        painter.setFont(m_font);
+        PaintTexts(painter, m_layout, m_metrics, texts, m_colors);
+        painter.restore();
+    }
+}
+
+void GraphDraw::DrawFrameLines(QPainter& painter) const {
+    if (m_layout.plot.isEmpty()) {
+        return;
+    }
+    painter.save();
+    painter.scale(1.0 / m_device_ratio, 1.0 / m_device_ratio);
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    PaintScaleLines(painter, m_vertical, m_horizontal, m_colors);
+    if (m_graph.ZeroLines) {
+        DrawZeroLines(painter);
+    }
+    PaintBorder(painter, m_device_plot, m_colors);
+    painter.restore();
+}
+
+void GraphDraw::DrawZeroLines(QPainter& painter) const {
+    const auto zero_color = [this](const LinesDrawAxis& line) {
+        return Blend(m_colors.background, ToQColor(line.Color()), kZeroLinePart);
+    };
+    std::map<std::int32_t, QColor> rows;
+    for (const auto& line : m_lines) {
+        const std::optional<std::int32_t> row = ZeroPixel(Coordinate::kY, line->YLines());
+        if (row.has_value() && !rows.emplace(*row, zero_color(*line)).second) {
+            rows[*row] = m_colors.shared_zero_line;
+        }
+    }
+    for (const auto& [row, color] : rows) {
+        PaintZeroLine(painter, Coordinate::kY, row, m_device_plot, color);
+    }
+    const std::optional<std::int32_t> column = ZeroPixel(Coordinate::kX, m_vertical);
+    if (!IsTimeGraph() && column.has_value() && !m_lines.empty()) {
+        PaintZeroLine(painter, Coordinate::kX, *column, m_device_plot,
+                      zero_color(*m_lines.front()));
+    }
+}
+
+void GraphDraw::DrawGraphs(QPainter& painter) {
+    ReportDifferentSizes();
+    painter.save();
+    painter.scale(1.0 / m_device_ratio, 1.0 / m_device_ratio);
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        DrawLine(*m_lines[i], m_buffers[i], painter);
+    }
+    painter.restore();
+}
+
+void GraphDraw::DrawLine(LinesDrawAxis& line, const DrawBuffer& buffer, QPainter& painter) {
+    QPainter* const target = m_layout.plot.isEmpty() ? nullptr : &painter;
+    if (!IsTimeGraph()) {
+        line.DrawLinesXIsAx(m_x_buffer.values, buffer.values, target);
+    } else if (m_window_taken && buffer.value != nullptr) {
+        line.ShowWindow(buffer.values);
+        line.DrawAllLinesXIsTime(kOwnColor, target);
+    } else if (buffer.values.empty()) {
+        line.DrawAllLinesXIsTime(kOwnColor, target);
+    } else {
+        line.DrawLinesXIsTime(buffer.values, buffer.start_time, target);
+    }
+}
+
+}  // namespace wavo

@@ -1,0 +1,115 @@
+#include "graph/draw/labels.h"
+
+#include <algorithm>
+
+namespace wavo {
+
+namespace {
+
+/// Room between frame and rectangle left and right, and above and below where no text stands.
+constexpr int kSideMargin = 6;
+constexpr int kBareMargin = 3;
+/// Below this a graph is only its plot area.
+constexpr int kSmallWidth = 60;
+
+/// Whether the plot area keeps half of the height beside so many text lines.
+bool LinesFit(int height, int line_height, int lines) {
+    return line_height > 0 && lines * line_height <= height / 2;
+}
+
+int CeilDivide(int dividend, int divisor) {
+    return (dividend + divisor - 1) / divisor;
+}
+
+}  // namespace
+
+FrameLayout LayoutFrame(const QRect& rectangle, const LabelMetrics& metrics, int y_axes) {
+    FrameLayout layout;
+    layout.y_slots.resize(static_cast<std::size_t>(std::max(y_axes, 0)));
+    if (rectangle.width() < 2 || rectangle.height() < 2) {
+        return layout;
+    }
+    const bool wide = rectangle.width() >= kSmallWidth;
+    const int side = wide ? kSideMargin : 0;
+    const int bare = rectangle.height() >= 4 * kBareMargin ? kBareMargin : 0;
+    const int inner_left = rectangle.left() + side;
+    const int inner_width = rectangle.width() - 2 * side;
+    const int height = rectangle.height();
+
+    const bool top = wide && LinesFit(height, metrics.line_height, 1);
+    int rows = 0;
+    int columns = 1;
+    if (wide && y_axes > 0) {
+        const int wanted_columns =
+            std::clamp(inner_width / std::max(metrics.slot_width, 1), 1, y_axes);
+        rows = CeilDivide(y_axes, wanted_columns);
+        while (rows > 0 && !LinesFit(height, metrics.line_height, rows + 1)) {
+            --rows;
+        }
+        columns = rows > 0 ? CeilDivide(y_axes, rows) : 1;
+    }
+    const int pitch = inner_width / columns;
+    const int slot_width = columns > 1 ? pitch - metrics.gap : pitch;
+    if (slot_width < metrics.minimum_slot) {
+        rows = 0;
+    }
+    const int top_height = top ? metrics.line_height : bare;
+    const int bottom_height = rows > 0 ? rows * metrics.line_height : bare;
+    layout.plot = QRect(inner_left, rectangle.top() + top_height, inner_width,
+                        height - top_height - bottom_height);
+    if (top) {
+        layout.top_line = QRect(inner_left, rectangle.top(), inner_width, metrics.line_height);
+    }
+    for (int axis = 0; rows > 0 && axis < y_axes; ++axis) {
+        layout.y_slots[static_cast<std::size_t>(axis)] =
+            QRect(inner_left + (axis % columns) * pitch,
+                  layout.plot.bottom() + 1 + (axis / columns) * metrics.line_height, slot_width,
+                  metrics.line_height);
+    }
+    return layout;
+}
+
+TopLinePlaces PlaceTopLine(const QRect& line, int gap, int x_text_width, int status_width,
+                           int x_spacing_width) {
+    TopLinePlaces places;
+    if (line.isEmpty()) {
+        return places;
+    }
+    const auto place = [&line](int offset, int width) {
+        return width > 0 ? QRect(line.left() + offset, line.top(), width, line.height()) : QRect();
+    };
+    const int width = line.width();
+    if (status_width <= 0) {
+        if (x_text_width + gap + x_spacing_width <= width) {
+            places.x_spacing = place(width - x_spacing_width, x_spacing_width);
+        }
+        places.x_text = place(0, std::min(x_text_width, width));
+        return places;
+    }
+    const int status_offset = (width - std::min(status_width, width)) / 2;
+    const int side_room = status_offset - gap;
+    places.status = place(status_offset, std::min(status_width, width));
+    if (x_text_width <= side_room) {
+        places.x_text = place(0, x_text_width);
+        if (x_spacing_width <= side_room) {
+            places.x_spacing = place(width - x_spacing_width, x_spacing_width);
+        }
+    }
+    return places;
+}
+
+SlotPlaces PlaceSlot(const QRect& slot, int gap, int text_width, int spacing_width) {
+    SlotPlaces places;
+    if (slot.isEmpty()) {
+        return places;
+    }
+    const int shown_width = std::min(text_width, slot.width());
+    places.text = QRect(slot.left(), slot.top(), shown_width, slot.height());
+    if (text_width + gap + spacing_width <= slot.width()) {
+        places.spacing =
+            QRect(slot.left() + text_width + gap, slot.top(), spacing_width, slot.height());
+    }
+    return places;
+}
+
+}  // namespace wavo

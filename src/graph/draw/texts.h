@@ -1,0 +1,41 @@
+// The texts of a graph: what its coordinates show, from where to where, and how far apart the
+// scale lines stand.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "graph/draw/scale.h"
+#include "graph/model/wavo_graph.h"
+
+namespace wavo {
+
+/// A number as all graph texts show it: six decimals, of which trailing zeros are cut down to one
+/// digit after the point.
+std::string FormatNumber(double value);
+
+/// A span of the displayed time axis, seconds; start == end when nothing but the scale's own time
+/// range is shown.
+struct TimeWindow {
+    double start = 0.0;
+    double end = 0.0;
+
+    friend bool operator==(const TimeWindow&, const TimeWindow&) = default;
+};
+
+/// "T: (0 ... 10.0)s", "T: (1.0 ... 3.0)s" for a window, or "X: name=(minimum ... maximum)".
+std::string XText(const WavoGraph& graph, const TimeWindow& window);
+
+/// "Y: name=(minimum ... maximum)" of a y axis; "?" when its scale is no axis scale.
+/// REQUIRES: axis < graph.YCoorAxName.size() and graph.YScales.size().
+std::string YText(const WavoGraph& graph, std::size_t axis);
+
+/// "dT=2.0s" or "name:   dx=2.0" for `lines` lines on the scale that is shown.
+std::string XSpacingText(const WavoGraph& graph, const ScaleDefinition& shown_scale,
+                         std::int32_t lines);
+
+/// "name':   dy=5.0" of a y axis, one "'" per derivation order. REQUIRES: as YText.
+std::string YSpacingText(const WavoGraph& graph, std::size_t axis, std::int32_t lines);
+
+}  // namespace wavo

@@ -1,0 +1,311 @@
+#include "graph/values/graph_value.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <cmath>
+#include <limits>
+#include <span>
+#include <utility>
+
+#include "support/diagnostics.h"
+
+// Times and positions come from the very rounding of each single operation.
+#if defined(__FAST_MATH__)
+#error "the value buffers need exact IEEE arithmetic: build without -ffast-math"
+#endif
+
+namespace wavo {
+
+namespace {
+
+/// Truncates toward zero; 0 for negative numbers and what is not a number, the largest count for
+/// numbers beyond it.
+template <typename Count>
+Count TruncateToCount(double number) {
+    if (!(number >= 1.0)) {
+        return 0;
+    }
+    // The first number that does not fit; the largest count itself is no double of 64 bit.
+    const double end = std::ldexp(1.0, std::numeric_limits<Count>::digits);
+    return number < end ? static_cast<Count>(number) : std::numeric_limits<Count>::max();
+}
+
+}  // namespace
+
+GraphValue::GraphValue(std::string name, double cycle_time, double time_range,
+                       std::int32_t derivation_order)
+    : m_name(std::move(name)),
+      m_cycle_time(cycle_time),
+      m_time_range(time_range),
+      m_derivation_order(derivation_order),
+      m_divisor(std::pow(cycle_time, derivation_order)),
+      m_capacity(ComputeCapacity()) {
+    m_values.SetExpectedSize(m_capacity);
+}
+
+std::uint64_t GraphValue::ComputeCapacity() const {
+    return TruncateToCount<std::uint64_t>(m_time_range / m_cycle_time);
+}
+
+std::uint64_t GraphValue::StoredCount() const {
+    if (m_stored_base >= m_capacity) {
+        return m_stored_base;
+    }
+    const std::uint64_t appended = m_values.Appended() - m_stored_base_appended;
+    return m_stored_base + std::min(appended, m_capacity - m_stored_base);
+}
+
+bool GraphValue::Full() const {
+    const std::uint64_t stored = StoredCount();
+    return stored >= m_capacity && stored != 0;
+}
+
+void GraphValue::SetEnabled(bool enabled) {
+    m_enabled = enabled;
+    if (!enabled) {
+        m_values.CloseRun();
+    }
+}
+
+void GraphValue::SetValueAtRunEnd(double sample) {
+    if (!m_enabled) {
+        return;
+    }
+    const double value = m_derivation_order < 1 ? sample : DeriveAtStart(sample);
+    if (!Full() && !m_values.MakeRoom()) {
+        CapacityBecomesSize();
+    }
+    KeepNewValue(value);
+    if (Full()) {
+        m_values.Replace(value);
+    } else if (!m_values.PushBack(value)) {
+        return;
+    }
+    OpenRun();
+}
+
+void GraphValue::SetValues(const double* samples, std::size_t count, std::size_t stride) {
+    std::size_t done = 0;
+    while (m_enabled && done < count) {
+        if (!m_values.RunOpen()) {
+            SetValueAtRunEnd(samples[done * stride]);
+            ++done;
+            continue;
+        }
+        const std::span<double> room = m_values.RunRoom();
+        const std::size_t filled = std::min(room.size(), count - done);
+        FillRun(room.data(), samples + done * stride, filled, stride);
+        m_values.Advance(filled);
+        done += filled;
+    }
+}
+
+void GraphValue::FillRun(double* out, const double* samples, std::size_t count,
+                         std::size_t stride) {
+    if (m_derivation_order < 1) {
+        for (std::size_t i = 0; i < count; ++i) {
+            out[i] = samples[i * stride];
+        }
+        return;
+    }
+    if (m_derivation_order > 2) {
+        for (std::size_t i = 0; i < count; ++i) {
+            out[i] = DeriveHigher(samples[i * stride]);
+        }
+        return;
+    }
+    // The same arithmetic as Derive, with the history in registers.
+    const double divisor = m_divisor;
+    double last = m_history.back();
+    if (m_derivation_order == 1) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const double sample = samples[i * stride];
+            out[i] = -(0.0 - (sample - last)) / divisor;
+            last = sample;
+        }
+    } else {
+        double older = m_history.front();
+        for (std::size_t i = 0; i < count; ++i) {
+            const double sample = samples[i * stride];
+            out[i] = (-(0.0 - (sample - last)) - (last - older)) / divisor;
+            older = last;
+            last = sample;
+        }
+        m_history.front() = older;
+    }
+    m_history.back() = last;
+}
+
+void GraphValue::OpenRun() {
+    if (!m_enabled || m_new_values_aside || !HistoryFull()) {
+        m_values.CloseRun();
+        return;
+    }
+    const std::uint64_t new_count = NewCount();
+    // The new values may number one more than this; that one goes the long way.
+    std::uint64_t count = m_capacity - std::min(m_capacity, new_count);
+    if (Full()) {
+        count = std::min(count, m_values.Size() - new_count);
+        m_values.OpenRun(SampleRing::RunKind::kReplace, count);
+        return;
+    }
+    count = std::min(count, m_capacity - StoredCount());
+    m_values.OpenRun(SampleRing::RunKind::kGrow, count);
+}
+
+void GraphValue::KeepNewValue(double value) {
+    const std::uint64_t new_count = NewCount();
+    if (new_count > m_capacity) {
+        CopyNewValuesAside();
+        MERRLOG("GraphValue::SetValue(): overrun last value fifo");
+        return;
+    }
+    if (Full() && new_count == m_values.Size()) {
+        CopyNewValuesAside();
+    }
+    if (m_new_values_aside) {
+        m_new_values.push_back(value);
+    }
+}
+
+void GraphValue::CopyNewValuesAside() {
+    if (m_new_values_aside) {
+        return;
+    }
+    const auto count = static_cast<std::size_t>(NewCount());
+    m_values.CopyOut(m_new_values, m_values.Size() - count, count);
+    m_new_values_aside = true;
+}
+
+void GraphValue::CapacityBecomesSize() {
+    m_capacity = m_values.Size();
+    m_stored_base = m_capacity;
+    m_stored_base_appended = m_values.Appended();
+    MERRLOG("GraphValue::SetValue(): out of memory, holding %" PRIu64 " values", m_capacity);
+}
+
+void GraphValue::Reset() {
+    m_values.Clear();
+    m_capacity = ComputeCapacity();
+    m_values.SetExpectedSize(m_capacity);
+    m_stored_base = 0;
+    m_stored_base_appended = 0;
+    ForgetNewValues();
+    m_history.clear();
+}
+
+void GraphValue::GrowTimeRange(double time_range) {
+    m_values.CloseRun();
+    m_stored_base = StoredCount();
+    m_stored_base_appended = m_values.Appended();
+    m_time_range = time_range;
+    m_capacity = ComputeCapacity();
+    m_values.SetExpectedSize(m_capacity);
+    ForgetNewValues();
+    m_history.clear();
+}
+
+void GraphValue::ForgetNewValues() {
+    m_new_values.clear();
+    m_new_values_aside = false;
+    m_new_begin = m_values.Appended();
+    m_first_new_index = 0.0;
+}
+
+std::uint64_t GraphValue::NewCount() const {
+    return m_new_values_aside ? m_new_values.size() : m_values.Appended() - m_new_begin;
+}
+
+double GraphValue::FirstNewIndex() const {
+    return NewCount() == 0 ? m_first_new_index : static_cast<double>(m_new_begin);
+}
+
+void GraphValue::GetNewValues(std::vector<double>& out, double& start_time) const {
+    start_time = FirstNewIndex() * m_cycle_time;
+    if (m_new_values_aside) {
+        out = m_new_values;
+        return;
+    }
+    const auto count = static_cast<std::size_t>(NewCount());
+    m_values.CopyOut(out, m_values.Size() - count, count);
+}
+
+void GraphValue::EmptyNewValues() {
+    m_first_new_index = FirstNewIndex();
+    m_new_begin = m_values.Appended();
+    m_new_values_aside = false;
+    m_new_values.clear();
+    OpenRun();
+}
+
+void GraphValue::GetTimeRangeValues(std::vector<double>& out, double span,
+                                    double& start_time) const {
+    const double newest = m_cycle_time * PushedCount();
+    const double oldest = m_cycle_time * DroppedCount();
+    const double start = span > newest - oldest ? oldest : newest - span;
+    const auto wanted = TruncateToCount<std::uint32_t>((newest - start) / m_cycle_time);
+    // The quotient is rounded and may exceed what is held.
+    const std::size_t count = std::min<std::size_t>(wanted, m_values.Size());
+    m_values.CopyOut(out, m_values.Size() - count, count);
+    start_time = start;
+}
+
+void GraphValue::GetDefineTimeRangeValue(std::vector<double>& out, double from, double to,
+                                         double now) {
+    out.clear();
+    if (m_first_range_request) {
+        m_reference_time = now;
+        m_first_range_request = false;
+        m_range_result.clear();
+    }
+    if (to < 0.0 || from < 0.0 || to - from < 0.0) {
+        MERRLOG("GraphValue::GetDefineTimeRangeValue(): invalid time range");
+        out = m_range_result;
+        return;
+    }
+    const double count_exact = (to - from) / m_cycle_time;
+    // Not `to`: it is measured back from the reference time, with the rounding that this brings.
+    const double end_time = m_reference_time - (m_reference_time - to);
+    if (end_time < 0.0) {
+        out = m_range_result;
+        return;
+    }
+    double end_exact = end_time / m_cycle_time;
+    const auto size = static_cast<double>(m_values.Size());
+    if (size - end_exact < 0.0) {
+        end_exact = size - 1.0;
+    }
+    const auto end = TruncateToCount<std::uint64_t>(end_exact);
+    const auto count = TruncateToCount<std::uint64_t>(count_exact);
+    const std::uint64_t first = end >= count ? end - count : 0;
+    m_values.CopyOut(out, first, end - first);
+    m_range_result = out;
+}
+
+bool GraphValue::HistoryFull() const {
+    return m_derivation_order < 1 ||
+           m_history.size() == static_cast<std::size_t>(m_derivation_order);
+}
+
+double GraphValue::DeriveAtStart(double sample) {
+    if (!HistoryFull()) {
+        // There are no earlier samples to difference yet.
+        m_history.push_back(sample);
+        return 0.0;
+    }
+    return Derive(sample);
+}
+
+double GraphValue::DeriveHigher(double sample) {
+    // All differences but the newest are subtracted from it. This is not the higher difference of
+    // mathematics (for order 3 it gives h3 - 2 h2 + h0), and is what the streams mean.
+    double sum = -(0.0 - (sample - m_history.back()));
+    for (std::size_t i = m_history.size() - 1; i >= 1; --i) {
+        sum -= m_history[i] - m_history[i - 1];
+    }
+    m_history.erase(m_history.begin());
+    m_history.push_back(sample);
+    return sum / m_divisor;
+}
+
+}  // namespace wavo

@@ -1,0 +1,30 @@
+// Reading and writing single packets on a non-blocking socket.
+#pragma once
+
+#include "platform/posix/message_packet.h"
+
+namespace wavo::platform {
+
+enum class ReadStatus {
+    kPacket,   ///< a packet of the right size, magic and version was read
+    kNothing,  ///< nothing waits
+    kEnded,    ///< the other side closed, or what it wrote is no packet: close the socket
+};
+
+/// Reads one packet into `*packet`. Never blocks. What the peer wrote before it closed is read
+/// before kEnded is told.
+ReadStatus ReadPacket(int socket, MessagePacket* packet) noexcept;
+
+enum class WriteStatus {
+    kWritten,
+    kFull,   ///< the peer reads too slowly: try again when the socket is writable
+    kEnded,  ///< the other side closed
+};
+
+/// Writes one packet. Never blocks, raises no SIGPIPE.
+WriteStatus WritePacket(int socket, const MessagePacket& packet) noexcept;
+
+/// Whether the process at the other end belongs to this user or to root.
+bool PeerIsTrusted(int socket) noexcept;
+
+}  // namespace wavo::platform

@@ -1,0 +1,146 @@
+// The working part of a message window.
+//
+// It is owned by its MessageWindow and kept alive by every call that is under way, so that a
+// handler may destroy the window: the calls above it find `closed` and return.
+//
+// Invariants:
+// 1. Whenever code of the user runs, PollDescriptor is readable if anything waits for Dispatch.
+// 2. Connections are found by numbers that are never used again: an event of a connection that a
+//    handler has ended finds nothing.
+// 3. Waiting for the answer of a Send watches the sockets only, not the queue of posted messages.
+#pragma once
+
+#include <sys/epoll.h>
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/message_window.h"
+#include "platform/posix/connections.h"
+#include "platform/posix/descriptor.h"
+
+namespace wavo::platform {
+
+class WindowCore : public std::enable_shared_from_this<WindowCore> {
+ public:
+    explicit WindowCore(MessageWindow::Handler handler);
+    ~WindowCore();
+    WindowCore(const WindowCore&) = delete;
+    WindowCore& operator=(const WindowCore&) = delete;
+
+    /// Makes the sockets. Called once, first. Returns false with the reason in `*error`.
+    bool Open(std::string* error);
+
+    /// Ends everything: the name goes first, so that nobody connects to a window that is ending.
+    void Close() noexcept;
+
+    /// Handles a message at once, on the stack of the caller.
+    std::int64_t Call(const Message& message);
+
+    [[nodiscard]] WindowHandle handle() const noexcept { return m_handle; }
+    void SetPeerGoneHandler(MessageWindow::PeerGone handler);
+    bool Post(WindowHandle target, const Message& message);
+    SendResult Send(WindowHandle target, const Message& message);
+    [[nodiscard]] int PollDescriptor() const noexcept { return m_sockets.number(); }
+    void Dispatch();
+    bool WaitAndDispatch(std::chrono::nanoseconds timeout);
+
+ private:
+    using Clock = std::chrono::steady_clock;
+    using Incoming = std::shared_ptr<IncomingConnection>;
+    using Outgoing = std::shared_ptr<OutgoingConnection>;
+
+    /// A Send that waits; it lives on the stack of that Send.
+    struct PendingSend {
+        const std::uint64_t sequence;
+        const ConnectionId connection;
+        bool answered = false;
+        bool gone = false;
+        std::int64_t result = 0;
+    };
+    class PendingScope;
+    static constexpr ConnectionId kSignalId = 0;
+    static constexpr ConnectionId kListenerId = 1;
+
+    /// What waits for Dispatch: a posted message, or the news that a peer is gone.
+    struct Queued {
+        Message message;
+        Incoming from;
+        WindowHandle gone = 0;
+    };
+
+    // Events
+    int WaitForEvents(epoll_event* events, Clock::time_point deadline);
+    int Pump(Clock::time_point deadline);
+    void HandleEvent(const epoll_event& event);
+    bool Watch(int socket, ConnectionId id, std::uint32_t events, int operation) noexcept;
+    void Unwatch(int socket) noexcept;
+    void UpdateSignal() noexcept;
+    void SetSignal(bool wanted) noexcept;
+
+    // Connections to us
+    void Accept();
+    static Descriptor OpenSpareDescriptor() noexcept;
+    bool TurnAway() noexcept;
+    void PauseListening() noexcept;
+    void ResumeListening() noexcept;
+    void ReadIncoming(const Incoming& connection);
+    bool TakePacket(const Incoming& connection, const MessagePacket& packet);
+    void Serve(const Incoming& connection, const MessagePacket& packet);
+    void EndIncoming(const Incoming& connection);
+
+    // Connections from us
+    Outgoing ConnectionTo(WindowHandle target);
+    void WriteMore(const Outgoing& connection);
+    void WatchWriting(const Outgoing& connection);
+    void ReadReplies(const Outgoing& connection);
+    bool TakeReplies(const Outgoing& connection, bool until_answer);
+    void EndOutgoing(const Outgoing& connection);
+    SendResult WaitForReply(const Outgoing& connection, PendingSend* pending,
+                            Clock::time_point deadline);
+
+    // Queue
+    void HandleWaiting(bool pumped);
+    void QueueVanished();
+    [[nodiscard]] bool HasUnread(WindowHandle peer) const;
+    void HandleQueued();
+
+    // Constant after Open.
+    const MessageWindow::Handler m_handler;
+    std::string m_folder;
+    WindowHandle m_handle = 0;
+    int m_process = 0;
+    Descriptor m_folder_lock;
+    Descriptor m_sockets;  ///< epoll of all sockets and m_signal
+    Descriptor m_signal;   ///< readable while something is queued and nobody waits for a reply
+
+    // State.
+    bool m_closed = false;
+    bool m_signalled = false;
+    bool m_listening_paused = false;
+    std::uint64_t m_handled = 0;  ///< calls of handlers so far
+    Descriptor m_listener;
+    Descriptor m_spare;  ///< given up to turn a connection away when there are no descriptors left
+    MessageWindow::PeerGone m_peer_gone;
+    ConnectionId m_last_id;
+    std::uint64_t m_last_sequence = 0;
+    std::unordered_map<ConnectionId, Incoming> m_incoming;
+    std::unordered_map<ConnectionId, Outgoing> m_outgoing;
+    std::unordered_map<WindowHandle, Outgoing> m_targets;
+    std::vector<PendingSend*> m_pending;
+    std::vector<WindowHandle> m_vanished;  ///< gone, but what they wrote may not be read yet
+    std::deque<Queued> m_queue;
+};
+
+/// The window `handle` of the calling thread; null when there is none.
+std::shared_ptr<WindowCore> FindInThread(WindowHandle handle);
+
+/// Whether a window `handle` lives in this process.
+bool LivesInProcess(WindowHandle handle);
+
+}  // namespace wavo::platform

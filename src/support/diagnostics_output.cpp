@@ -1,0 +1,155 @@
+#include "support/diagnostics_output.h"
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <exception>
+#include <utility>
+
+#include "platform/folders.h"
+#include "platform/last_error.h"
+#include "support/log_file.h"
+#include "support/report_sink.h"
+
+namespace wavo::diagnostics {
+
+namespace {
+
+constexpr std::size_t kDefaultSizeLimit = std::size_t{4} * 1024 * 1024;
+
+struct Output {
+    std::string folder;
+    std::size_t size_limit = kDefaultSizeLimit;
+    bool echo = false;
+    Observer observer;
+    bool observing = false;
+};
+
+Output& TheOutput() {
+    // Never destroyed: destructors of other statics may still report.
+    static Output& output = *new Output;
+    return output;
+}
+
+/// UTC in ISO 8601 with milliseconds.
+std::string TimeText(std::chrono::system_clock::time_point time) {
+    using namespace std::chrono;
+    const auto whole = floor<milliseconds>(time);
+    const auto day = floor<days>(whole);
+    const year_month_day date(day);
+    const hh_mm_ss clock(whole - day);
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ",
+                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                  static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
+                  static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()),
+                  static_cast<int>(clock.subseconds().count()));
+    return text.data();
+}
+
+std::string Kind(Service service, unsigned level) {
+    switch (service) {
+        case Service::kTrace:
+            return "trace " + std::to_string(level);
+        case Service::kErrorTrace:
+            return "error-trace";
+        case Service::kErrorLog:
+            return "error-log";
+    }
+    return {};
+}
+
+/// Appends with control characters in words: one report stays one line.
+void AppendEscaped(std::string_view text, std::string* line) {
+    for (const char c : text) {
+        const auto code = static_cast<unsigned char>(c);
+        if (code >= 0x20 && code != 0x7F) {
+            *line += c;
+        } else if (c == '\n') {
+            *line += "\\n";
+        } else if (c == '\r') {
+            *line += "\\r";
+        } else if (c == '\t') {
+            *line += "\\t";
+        } else {
+            constexpr std::string_view kDigits = "0123456789abcdef";
+            *line += {'\\', 'x', kDigits[code >> 4], kDigits[code & 15]};
+        }
+    }
+}
+
+std::string LineOf(const Report& report, unsigned level,
+                   std::chrono::system_clock::time_point time) {
+    std::string line = TimeText(time) + " " + Kind(report.service, level) + " ";
+    AppendEscaped(report.source, &line);
+    line += "(" + std::to_string(report.line) + "): ";
+    AppendEscaped(report.text, &line);
+    line += "\n";
+    return line;
+}
+
+const char* FileName(Service service) {
+    return service == Service::kErrorLog ? "wavo_error.log" : "wavo_trace.log";
+}
+
+void Write(const Report& report, unsigned level, std::chrono::system_clock::time_point time) {
+    const Output& output = TheOutput();
+    if (output.folder.empty() && !output.echo) {
+        return;
+    }
+    const std::string line = LineOf(report, level, time);
+    if (!output.folder.empty()) {
+        AppendToLog(output.folder + platform::PathSeparator() + FileName(report.service), line,
+                    output.size_limit);
+    }
+    if (output.echo) {
+        std::fwrite(line.data(), 1, line.size(), stderr);
+    }
+}
+
+void Observe(const Report& report) {
+    Output& output = TheOutput();
+    // What an observer reports itself is written, but not observed again.
+    if (!output.observer || output.observing) {
+        return;
+    }
+    output.observing = true;
+    const Observer observer = output.observer;  // it may set another one
+    try {
+        observer(report);
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): reports never fail
+    }
+    output.observing = false;
+}
+
+}  // namespace
+
+void SetLogFolder(const std::string& folder) {
+    TheOutput().folder = folder;
+}
+
+void SetLogSizeLimit(std::size_t bytes) {
+    TheOutput().size_limit = bytes;
+}
+
+void SetEcho(bool on) {
+    TheOutput().echo = on;
+}
+
+void SetObserver(Observer observer) {
+    TheOutput().observer = std::move(observer);
+}
+
+void Emit(const Report& report, unsigned level,
+          std::chrono::system_clock::time_point time) noexcept {
+    const platform::LastErrorKeeper keep;
+    try {
+        Write(report, level, time);
+        Observe(report);
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): reports never fail
+    }
+}
+
+}  // namespace wavo::diagnostics

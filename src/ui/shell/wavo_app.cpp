@@ -1,0 +1,105 @@
+#include "ui/shell/wavo_app.h"
+
+#include <QCommandLineParser>
+#include <QPixmap>
+#include <QSocketNotifier>
+#include <QTextStream>
+#include <cstdio>
+
+#include "platform/folders.h"
+#include "platform/process.h"
+#include "support/diagnostics.h"
+#include "support/diagnostics_output.h"
+#include "ui/shell/main_frame.h"
+#include "view/wavo_view.h"
+
+namespace wavo {
+
+CWavoApp::CWavoApp(int& argc, char** argv) : QApplication(argc, argv) {
+    setApplicationName(QStringLiteral("Wavo"));
+    setOrganizationName(QStringLiteral("Velk machine tools wavo"));
+    setApplicationVersion(QStringLiteral(WAVO_VERSION));
+}
+
+CWavoApp::~CWavoApp() = default;
+
+AppOptions CWavoApp::ParseCommandLine() {
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Live signal scope for machine tools: shows the axes of the master process as graphs."));
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Show this text and end."));
+    const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")},
+                                     QStringLiteral("Show the version and end."));
+    const QCommandLineOption screenshot(
+        QStringLiteral("screenshot"),
+        QStringLiteral("Save a picture of the window to <file> and end."), QStringLiteral("file"));
+    const QCommandLineOption after_lines(
+        QStringLiteral("after-lines"),
+        QStringLiteral("With --screenshot: wait until <lines> lines were shown (default 1000)."),
+        QStringLiteral("lines"), QStringLiteral("1000"));
+    parser.addOptions({help, version, screenshot, after_lines});
+    parser.process(*this);
+    bool is_number = false;
+    AppOptions options{parser.value(screenshot), parser.value(after_lines).toULongLong(&is_number)};
+    if (parser.isSet(help)) {
+        parser.showHelp(0);
+    }
+    if (parser.isSet(version)) {
+        parser.showVersion();
+    }
+    if (!is_number || !parser.positionalArguments().isEmpty()) {
+        QTextStream(stderr) << (is_number ? "wavo: unexpected argument: " +
+                                                parser.positionalArguments().constFirst()
+                                          : "wavo: --after-lines needs a number")
+                            << "\n";
+        std::exit(2);
+    }
+    return options;
+}
+
+void CWavoApp::InitInstance(const AppOptions& options) {
+    MTRACE(4, "CWavoApp::InitInstance(): starting");
+    StartLogs();
+    m_frame = std::make_unique<CMainFrame>();
+    WatchTermination();
+    if (!options.screenshot.isEmpty()) {
+        connect(&m_frame->View(), &CWavoView::BatchShown, this, [this, options](quint64 total) {
+            if (total >= options.after_lines) {
+                TakeScreenshot(options.screenshot);
+            }
+        });
+    }
+    m_frame->show();
+    m_frame->View().OnInitialUpdate();
+    MTRACE(4, "CWavoApp::InitInstance(): done");
+}
+
+void CWavoApp::StartLogs() {
+    diagnostics::SetLogFolder(platform::StateFolder());
+    diagnostics::SetEcho(platform::StandardErrorIsTerminal());
+}
+
+void CWavoApp::WatchTermination() {
+    const int descriptor = platform::WatchTerminationRequests();
+    if (descriptor >= 0) {
+        auto* const notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
+        connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
+            notifier->setEnabled(false);
+            m_frame->close();
+            exit(0);
+        });
+    }
+}
+
+void CWavoApp::TakeScreenshot(const QString& file) {
+    disconnect(&m_frame->View(), &CWavoView::BatchShown, this, nullptr);
+    const bool saved = m_frame->grab().save(file);
+    if (!saved) {
+        MERRLOG("CWavoApp::TakeScreenshot(): cannot write %s", file.toUtf8().constData());
+    }
+    m_frame->close();
+    exit(saved ? 0 : 1);
+}
+
+}  // namespace wavo

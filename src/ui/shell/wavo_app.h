@@ -1,0 +1,38 @@
+// The application: its options, its start and its end.
+#pragma once
+
+#include <QApplication>
+#include <memory>
+
+namespace wavo {
+
+class CMainFrame;
+
+/// What the command line asks for.
+struct AppOptions {
+    QString screenshot;       ///< file for a picture of the window; empty for none
+    quint64 after_lines = 0;  ///< lines to receive before the picture is taken
+};
+
+class CWavoApp : public QApplication {
+    Q_OBJECT
+
+ public:
+    CWavoApp(int& argc, char** argv);
+    ~CWavoApp() override;
+
+    /// Reads the command line; ends the process for --help, --version and wrong options.
+    AppOptions ParseCommandLine();
+
+    /// Makes the frame and shows it.
+    void InitInstance(const AppOptions& options);
+
+ private:
+    void StartLogs();
+    void WatchTermination();
+    void TakeScreenshot(const QString& file);
+
+    std::unique_ptr<CMainFrame> m_frame;
+};
+
+}  // namespace wavo

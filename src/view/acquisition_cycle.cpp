@@ -1,0 +1,358 @@
+#include "view/acquisition_cycle.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+
+#include "support/diagnostics.h"
+#include "ui/dialogs/graph_editor.h"
+
+namespace wavo {
+
+namespace {
+
+constexpr char kConnected[] = "Connected to the master process (Dorvane)";
+constexpr char kNotPresent[] = "Master process (Dorvane) not present";
+constexpr char kRefused[] = "The master's info block is not valid, see the error log";
+constexpr char kGone[] =
+    "The master process (Dorvane) has gone: Machine Data > Connect when it is back";
+constexpr char kLinkEnded[] = "The master process (Dorvane) has ended the link";
+constexpr char kHung[] = "The master process (Dorvane) does not respond";
+constexpr char kOverrun[] = "The value fifo ran over: Machine Data > Connect to go on";
+
+/// a x b, or the largest size when that does not fit.
+std::size_t SaturatingProduct(std::size_t a, std::size_t b) {
+    std::size_t product = 0;
+    return __builtin_mul_overflow(a, b, &product) ? std::numeric_limits<std::size_t>::max()
+                                                  : product;
+}
+
+/// The first axis named by exactly one of the characters x, y, z or c, else the first axis.
+/// REQUIRES: `names` is not empty.
+const std::string& ChooseDefaultAxis(const std::vector<std::string>& names) {
+    const auto found = std::find_if(names.begin(), names.end(), [](const std::string& name) {
+        return name.size() == 1 && std::string("xyzc").find(name[0]) != std::string::npos;
+    });
+    return found == names.end() ? names.front() : *found;
+}
+
+/// Sets a flag for the life of the object.
+class FlagScope {
+ public:
+    explicit FlagScope(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~FlagScope() { m_flag = false; }
+    FlagScope(const FlagScope&) = delete;
+    FlagScope& operator=(const FlagScope&) = delete;
+
+ private:
+    bool& m_flag;
+};
+
+}  // namespace
+
+AcquisitionCycle::AcquisitionCycle(MasterChannel& channel, GraphBoard& board, GraphEditor& editor,
+                                   AcquisitionHost& host, std::recursive_mutex& value_lock)
+    : m_channel(channel),
+      m_board(board),
+      m_editor(editor),
+      m_host(host),
+      m_value_lock(value_lock),
+      m_capabilities(channel) {}
+
+bool AcquisitionCycle::Connect(bool post) {
+    m_axis_names.clear();
+    MasterInfo info;
+    const MasterInfoStatus status = ReadMasterInfo(m_channel, info);
+    if (status != MasterInfoStatus::kPresent) {
+        m_info.master_window = 0;
+        m_host.SetPaneText(StatusPane::kMessage,
+                           status == MasterInfoStatus::kRefused ? kRefused : kNotPresent);
+        m_host.LinkChanged();
+        return false;
+    }
+    // Buffers count in cycles: those of another cycle time hold other times.
+    if (info.cycle_time != m_info.cycle_time) {
+        m_board.DropBuffers();
+    }
+    m_info = info;
+    m_axis_names = m_info.axis_names;
+    m_master_hung = false;
+    char text[64];
+    std::snprintf(text, sizeof text, "cycl. time=%.5fs", m_info.cycle_time);
+    m_host.SetPaneText(StatusPane::kCycleTime, text);
+    m_host.SetPaneText(StatusPane::kMessage, kConnected);
+    {
+        const std::lock_guard guard(m_value_lock);
+        m_editor.SetNotInitialised();
+        m_editor.ResetSelection();
+        m_editor.Init(m_board.Graphs(), m_axis_names);
+        m_editor.SetCycleTime(m_info.cycle_time);
+    }
+    if (post && !m_channel.Post(m_info.master_window, ToMaster::kLink,
+                                static_cast<std::uint64_t>(LinkRequest::kConnect))) {
+        ForgetMaster(kNotPresent);  // it ended after its info block was read
+        return false;
+    }
+    m_host.LinkChanged();
+    return true;
+}
+
+void AcquisitionCycle::ConnectByUser() {
+    if (Connect(true)) {
+        m_link_broken = false;
+        m_host.LinkChanged();
+        return;
+    }
+    m_host.ShowError("Master process (Dorvane) not present.");
+}
+
+void AcquisitionCycle::End() {
+    m_ended = true;
+    if (IsMasterKnown()) {
+        m_channel.Send(m_info.master_window, ToMaster::kLink,
+                       static_cast<std::uint64_t>(LinkRequest::kDisconnect));
+        m_info.master_window = 0;
+    }
+    m_reader.Close();
+}
+
+std::int64_t AcquisitionCycle::OnMessage(const platform::Message& message) {
+    if (m_ended) {
+        return 0;
+    }
+    if (m_master_hung) {
+        m_master_hung = false;
+        m_host.SetPaneText(StatusPane::kMessage, kConnected);
+    }
+    switch (static_cast<FromMaster>(message.number)) {
+        case FromMaster::kValues:
+            return OnMessageFromMainNewMValues(message.w_param);
+        case FromMaster::kOverrun:
+            return OnOverrun();
+        case FromMaster::kQuit:
+            return OnQuit();
+        case FromMaster::kCapabilitiesChanged:
+            m_capabilities.OnCapabilitiesChanged(m_info.master_window, m_channel.OwnWindow());
+            return 1;
+    }
+    return 0;  // a number that no master of ours uses
+}
+
+std::int64_t AcquisitionCycle::OnMessageFromMainNewMValues(std::uint64_t notice) {
+    switch (static_cast<ValuesNotice>(notice)) {
+        case ValuesNotice::kNewValues:
+            return TakeBatch();
+        case ValuesNotice::kLinkEnded:
+            return EndLink();
+    }
+    return 1;
+}
+
+std::int64_t AcquisitionCycle::TakeBatch() {
+    if (m_host.IsDrawing()) {
+        m_host.ShowError(
+            "Fatal prg. error, can not take new mvalues.\n All ax. values out of sync.");
+        return 0;
+    }
+    if (m_taking_batch) {  // the batch before still waits for its message box
+        MERRLOG(
+            "CWavoView::OnMessageFromMainNewMValues(): new values announced before the last ones "
+            "were answered");
+        return 0;
+    }
+    std::uint64_t lines = 0;
+    if (!ReceiveBatch(lines)) {
+        return 0;
+    }
+    if (!m_running) {
+        MTRACE(4, "DrawingGraphsValue(): --- tx msg. 'ready for new values'");
+        SendReady();
+        return 1;
+    }
+    MTRACE(4, "OnMessageFromMainNewMValues(): --- start to set values");
+    m_board.Distribute(m_input_buffer.get(), lines, m_info.axis_names.size());
+    MTRACE(4, "OnMessageFromMainNewMValues(): --- end of set values");
+    m_ready_pending = true;
+    m_host.DrawNewValues();
+    return 1;
+}
+
+bool AcquisitionCycle::ReceiveBatch(std::uint64_t& lines) {
+    const FlagScope taking(m_taking_batch);
+    if (!m_reader.IsOpen()) {
+        OpenReader();
+    }
+    if (!ReadWaitingLines(lines)) {
+        return false;
+    }
+    m_read_error_shown = false;
+    m_total_lines += lines;
+    m_host.SetPaneText(StatusPane::kTotalLines, std::to_string(m_total_lines));
+    if (!m_editor.IsInitialised()) {
+        InitEditor();
+    }
+    return true;
+}
+
+void AcquisitionCycle::OpenReader() {
+    const std::string name = kValueSegmentPrefix + std::to_string(m_channel.OwnWindow());
+    if (!m_reader.Open(name.c_str())) {
+        MERRLOG("CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Open() failed");
+        m_host.ShowError("Can not open mvales fifo");
+    }
+    Connect(false);
+    m_board.DropBuffers();
+    AllocateInputBuffer();
+    const std::lock_guard guard(m_value_lock);
+    m_host.RebuildGraphs();
+}
+
+void AcquisitionCycle::AllocateInputBuffer() {
+    m_input_buffer.reset();
+    m_input_capacity = 0;
+    if (m_axis_names.empty()) {
+        return;
+    }
+    if (m_info.fifo_lines == 0) {
+        Fault("Prg. error, number of fifo lines=0");
+    }
+    // Left uninitialised: what a master never fills is never touched and costs nothing.
+    const std::size_t bytes = SaturatingProduct(
+        SaturatingProduct(m_axis_names.size(), m_info.fifo_lines), sizeof(double));
+    m_input_buffer.reset(static_cast<double*>(std::malloc(bytes)));
+    if (m_input_buffer != nullptr) {
+        m_input_capacity = bytes;
+    }
+}
+
+bool AcquisitionCycle::ReadWaitingLines(std::uint64_t& lines) {
+    lines = m_reader.LinesWaiting();
+    if (m_input_capacity == 0) {
+        MERRLOG("CWavoView::OnMessageFromMainNewMValues(): value input buffer is not available");
+        m_host.ShowError("Prg.error, value input buffer is not available");
+        return false;
+    }
+    const std::size_t line_length = m_info.axis_names.size() * sizeof(double);
+    if (!m_reader.Read(m_input_buffer.get(), line_length, lines, m_input_capacity)) {
+        MERRLOG("CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed");
+        if (!m_read_error_shown) {
+            m_read_error_shown = true;
+            m_host.ShowError("Prg.error, input buffer for axis values to small");
+        }
+        return false;
+    }
+    return true;
+}
+
+void AcquisitionCycle::InitEditor() {
+    AddDefaultGraph();
+    if (!m_editor.Init(m_board.Graphs(), m_axis_names)) {
+        MERRLOG("CWavoView::OnMessageFromMainNewMValues(): m_GraphAxSelect.Init() failed");
+        m_host.ShowError("Prg.error, can not display graph data");
+    }
+}
+
+void AcquisitionCycle::AddDefaultGraph() {
+    if (!IsMasterKnown()) {
+        m_host.ShowError("Prg.error, m_MasterInfoData==NULL");
+        return;
+    }
+    if (m_axis_names.empty()) {
+        return;
+    }
+    std::vector<WavoGraph>& graphs = m_board.Graphs();
+    std::uint32_t number = 0;
+    for (const WavoGraph& graph : graphs) {
+        number = std::max(number, graph.GraphNumber);
+    }
+    WavoGraph graph;
+    graph.InitGraph(number + 1, ChooseDefaultAxis(m_axis_names).c_str(), m_host.BackgroundColor(),
+                    &m_capabilities);
+    graphs.push_back(graph);
+    m_host.ShowRunTitle();
+    // The graph gets its buffers before the values of this batch are handed out.
+    const std::lock_guard guard(m_value_lock);
+    m_host.RebuildGraphs();
+}
+
+void AcquisitionCycle::SendPendingReady() {
+    if (!m_ready_pending) {
+        return;
+    }
+    MTRACE(4, "OnDraw(): --- tx msg. 'ready for new values'");
+    SendReady();
+    m_ready_pending = false;
+}
+
+void AcquisitionCycle::SendReady() {
+    if (SendToMaster(ToMaster::kReady, 0)) {
+        ++m_batches_answered;
+    }
+}
+
+std::int64_t AcquisitionCycle::EndLink() {
+    m_reader.Close();
+    m_total_lines = 0;
+    m_host.SetPaneText(StatusPane::kTotalLines, "0");
+    ForgetMaster(kLinkEnded);
+    return 1;
+}
+
+std::int64_t AcquisitionCycle::OnOverrun() {
+    if (IsMasterKnown()) {
+        SendToMaster(ToMaster::kLink, static_cast<std::uint64_t>(LinkRequest::kDisconnect));
+    }
+    m_host.SetPaneText(StatusPane::kMessage, kOverrun);
+    m_host.ShowError("overrun value fifo (main -> wavo.) from master proc. detected");
+    m_reader.Close();
+    m_link_broken = true;
+    m_host.LinkChanged();
+    return 1;
+}
+
+std::int64_t AcquisitionCycle::OnQuit() {
+    End();
+    m_host.EndProcess();
+    return 1;
+}
+
+void AcquisitionCycle::OnPeerGone(platform::WindowHandle window) {
+    if (IsMasterKnown() && window == m_info.master_window) {
+        m_reader.Close();
+        ForgetMaster(kGone);
+    }
+}
+
+void AcquisitionCycle::ForgetMaster(const std::string& why) {
+    m_info.master_window = 0;
+    m_master_hung = false;
+    m_host.SetPaneText(StatusPane::kMessage, why);
+    m_host.LinkChanged();
+}
+
+bool AcquisitionCycle::SendToMaster(ToMaster number, std::uint64_t w_param) {
+    const platform::WindowHandle master = m_info.master_window;
+    if (master == 0) {  // it vanished since the message was owed
+        return false;
+    }
+    switch (m_channel.Send(master, number, w_param)) {
+        case platform::SendStatus::kDone:
+            return true;
+        case platform::SendStatus::kGone:
+            OnPeerGone(master);
+            return false;
+        case platform::SendStatus::kNoAnswer:
+            m_master_hung = true;
+            m_host.SetPaneText(StatusPane::kMessage, kHung);
+            return false;
+    }
+    return false;
+}
+
+void AcquisitionCycle::Fault(const std::string& text) {
+    MERRLOG("CWavoView::OnMessageFromMainNewMValues(): %s", text.c_str());
+    m_host.ShowError(text);
+}
+
+}  // namespace wavo

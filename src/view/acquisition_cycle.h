@@ -1,0 +1,149 @@
+// The road of the values: from the master's announcement of a batch to the value buffers of the
+// graphs, and the answer to the master.
+//
+// States: not connected (no master window); connected with the reader closed (until the first
+// batch); connected with the reader open; link broken (after an overrun: reader closed, master
+// window kept).
+//
+// Invariants:
+// 1. Each successful batch is answered by exactly one "ready for new values": after it was drawn
+//    when running, at once when stopped. A refused or failed batch gets none.
+// 2. Every line that was read is counted in TotalLines, running or not.
+// 3. Everything happens on the user interface thread. A message box runs an event loop, so that
+//    any handler can be entered while another one waits for its box.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "link/ax_value_reader.h"
+#include "link/capabilities.h"
+#include "link/master_channel.h"
+#include "link/master_info.h"
+#include "platform/message_window.h"
+#include "view/graph_board.h"
+
+namespace wavo {
+
+class GraphEditor;
+
+/// Panes of the status bar, by index.
+enum class StatusPane { kMessage = 0, kTotalLines = 1, kCycleTime = 2 };
+
+/// What the cycle needs of the view.
+class AcquisitionHost {
+ public:
+    virtual ~AcquisitionHost() = default;
+    /// Message box with caption "ERROR".
+    virtual void ShowError(const std::string& text) = 0;
+    virtual void SetPaneText(StatusPane pane, const std::string& text) = 0;
+    /// Makes all graphs anew, draws and shows them.
+    virtual void RebuildGraphs() = 0;
+    /// Draws the new values into all graphs and shows them; ends with SendPendingReady.
+    virtual void DrawNewValues() = 0;
+    /// True while all graphs are being drawn.
+    [[nodiscard]] virtual bool IsDrawing() const = 0;
+    /// Frame title: document name and " - running" or " - stopped".
+    virtual void ShowRunTitle() = 0;
+    /// Background colour of the graphs; a new curve contrasts with it.
+    [[nodiscard]] virtual ColorRef BackgroundColor() const = 0;
+    /// The link to the master came or went: what can be commanded has changed.
+    virtual void LinkChanged() = 0;
+    /// Ends the process with exit code 0 as soon as the handlers that run have returned.
+    virtual void EndProcess() = 0;
+};
+
+class AcquisitionCycle {
+ public:
+    /// None of the references is owned; all outlive the cycle.
+    AcquisitionCycle(MasterChannel& channel, GraphBoard& board, GraphEditor& editor,
+                     AcquisitionHost& host, std::recursive_mutex& value_lock);
+
+    /// Reads the master's info block, takes over its axes and, with `post`, announces the viewer
+    /// to the master. False when there is no master.
+    bool Connect(bool post);
+
+    /// The command: Connect(true) with its box on failure.
+    void ConnectByUser();
+
+    /// The view's end: tells the master that the viewer goes, and closes the reader. Messages that
+    /// come later are ignored.
+    void End();
+
+    /// Handles a message of the master and returns its result.
+    std::int64_t OnMessage(const platform::Message& message);
+
+    /// A window that the viewer has talked to has vanished without a word.
+    void OnPeerGone(platform::WindowHandle window);
+
+    /// Sends the "ready for new values" that is owed, if any: the end of each drawing step.
+    void SendPendingReady();
+
+    /// True = values go into the graphs.
+    void SetRunning(bool running) { m_running = running; }
+    [[nodiscard]] bool IsRunning() const { return m_running; }
+
+    [[nodiscard]] bool IsMasterKnown() const { return m_info.master_window != 0; }
+    /// Whether Connect makes sense: no master, or the link broke.
+    [[nodiscard]] bool CanConnect() const { return !IsMasterKnown() || m_link_broken; }
+    [[nodiscard]] bool IsReaderOpen() const { return m_reader.IsOpen(); }
+    [[nodiscard]] std::uint64_t TotalLines() const { return m_total_lines; }
+    /// Ready messages that the master has taken, since the start of the program.
+    [[nodiscard]] std::uint64_t BatchesAnswered() const { return m_batches_answered; }
+    /// Seconds per line; 0 before the first master.
+    [[nodiscard]] double CycleTime() const { return m_info.cycle_time; }
+    [[nodiscard]] const std::vector<std::string>& AxisNames() const { return m_axis_names; }
+    [[nodiscard]] AxisLimitsSource& Capabilities() { return m_capabilities; }
+
+ private:
+    std::int64_t OnMessageFromMainNewMValues(std::uint64_t notice);
+    std::int64_t TakeBatch();
+    /// Reads and counts the lines that wait; afterwards they stand in the input buffer.
+    bool ReceiveBatch(std::uint64_t& lines);
+    void OpenReader();
+    void AllocateInputBuffer();
+    bool ReadWaitingLines(std::uint64_t& lines);
+    void InitEditor();
+    void AddDefaultGraph();
+    std::int64_t EndLink();
+    std::int64_t OnOverrun();
+    std::int64_t OnQuit();
+    void Fault(const std::string& text);
+    /// Sends to the master and takes note of what became of it. True when the master handled it.
+    bool SendToMaster(ToMaster number, std::uint64_t w_param);
+    void SendReady();
+    void ForgetMaster(const std::string& why);
+
+    struct FreeMemory {
+        void operator()(double* memory) const { std::free(memory); }
+    };
+
+    MasterChannel& m_channel;
+    GraphBoard& m_board;
+    GraphEditor& m_editor;
+    AcquisitionHost& m_host;
+    std::recursive_mutex& m_value_lock;
+
+    MasterInfo m_info;
+    std::vector<std::string> m_axis_names;  // column order; emptied when no master was found
+    SlaveGlobalCapabilities m_capabilities;
+    AxValueReader m_reader;
+    std::unique_ptr<double[], FreeMemory> m_input_buffer;
+    std::size_t m_input_capacity = 0;  // bytes; 0 = no buffer
+    std::uint64_t m_total_lines = 0;   // since the master last ended the link
+    std::uint64_t m_batches_answered = 0;
+    bool m_link_broken = false;
+    bool m_ready_pending = false;
+    bool m_taking_batch = false;  // a batch is being taken, perhaps waiting for a message box
+    bool m_running = true;
+    bool m_ended = false;
+    bool m_read_error_shown = false;
+    bool m_master_hung = false;  // the last message sent was not answered in time
+};
+
+}  // namespace wavo

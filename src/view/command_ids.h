@@ -1,0 +1,13 @@
+// Numbers of the commands; never reused.
+#pragma once
+
+namespace wavo {
+
+enum class CommandId : int {
+    kConnect = 32773,
+    kStop = 32777,
+    kStart = 32779,
+    kExit = 57665,
+};
+
+}  // namespace wavo

@@ -1,0 +1,126 @@
+#include "view/graph_board.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "support/diagnostics.h"
+#include "view/view_settings.h"
+
+namespace wavo {
+
+GraphBoard::GraphBoard(GraphDrawHost& host, FaultReport report_fault)
+    : m_host(host), m_report_fault(std::move(report_fault)) {}
+
+std::vector<QRect> SplitGraphArea(const QRect& area, std::size_t count) {
+    std::vector<QRect> rectangles;
+    if (count == 0) {
+        return rectangles;
+    }
+    const int height = std::max(1, area.height() / static_cast<int>(count));
+    for (std::size_t i = 0; i < count; ++i) {
+        rectangles.emplace_back(area.left(), area.top() + static_cast<int>(i) * height,
+                                area.width(), height);
+    }
+    return rectangles;
+}
+
+void GraphBoard::CreateAllGraphRects(const QRect& area, double cycle_time,
+                                     const std::vector<std::string>& axis_names,
+                                     const ViewSettings& settings) {
+    m_drawers.clear();
+    const std::vector<QRect> rectangles = SplitGraphArea(area, m_graphs.size());
+    const GraphDisplaySettings display{settings.background, settings.font, settings.scale_lines_x,
+                                       settings.scale_lines_y};
+    for (std::size_t i = 0; i < m_graphs.size(); ++i) {
+        m_drawers.push_back(std::make_unique<GraphDraw>(
+            rectangles[i], m_graphs[i], m_host, display, cycle_time, settings.scale_lines_x,
+            settings.scale_lines_y, StreamsOf(m_graphs[i], cycle_time)));
+    }
+    m_distribution.assign(axis_names.size(), {});
+    for (std::size_t a = 0; a < axis_names.size(); ++a) {
+        for (GraphValue& value : m_registry.Values()) {
+            if (value.Name() == axis_names[a]) {
+                m_distribution[a].push_back(&value);
+            }
+        }
+    }
+}
+
+GraphStreams GraphBoard::StreamsOf(const WavoGraph& graph, double cycle_time) {
+    const double time_range = GraphTimeRange(graph);
+    GraphStreams streams;
+    for (std::size_t i = 0; i < graph.YCoorAxName.size(); ++i) {
+        streams.y.push_back(
+            FindBuffer(graph.YCoorAxName[i], cycle_time, time_range, graph.YCoorAxDerivation[i]));
+    }
+    if (graph.XCoorType == CoorType::kAxis) {
+        streams.x = FindBuffer(graph.XCoorAxName, cycle_time, time_range, 0);
+    }
+    return streams;
+}
+
+GraphValue* GraphBoard::FindBuffer(const std::string& axis_name, double cycle_time,
+                                   double time_range, std::int32_t derivation) {
+    if (cycle_time == 0.0) {  // no master yet: nothing is known of time
+        return nullptr;
+    }
+    const auto [value, reason] =
+        m_registry.GetGraphValueFifo(axis_name, cycle_time, time_range, derivation);
+    if (value == nullptr) {
+        MERRLOG("CWavoView::GetGraphValueFifo(): %s", reason);
+        m_report_fault(reason);
+        MERRLOG("CWavoView::CreateAllGraphRects(): GetGraphValueFifo() failed");
+    }
+    return value;
+}
+
+void GraphBoard::Layout(const QRect& area) {
+    const std::vector<QRect> rectangles = SplitGraphArea(area, m_drawers.size());
+    for (std::size_t i = 0; i < m_drawers.size(); ++i) {
+        m_drawers[i]->SetRectangle(rectangles[i]);
+    }
+}
+
+void GraphBoard::DropBuffers() {
+    for (const auto& drawer : m_drawers) {
+        drawer->DetachValues();
+    }
+    m_distribution.clear();
+    m_registry.Clear();
+}
+
+void GraphBoard::Distribute(const double* lines, std::uint64_t line_count,
+                            std::uint64_t axis_count) {
+    const std::size_t columns =
+        std::min<std::size_t>(m_distribution.size(), static_cast<std::size_t>(axis_count));
+    for (std::size_t a = 0; a < columns; ++a) {
+        for (GraphValue* const value : m_distribution[a]) {
+            if (value != nullptr) {
+                value->SetValues(lines + a, line_count, axis_count);
+            }
+        }
+    }
+}
+
+void GraphBoard::DrawAll(QPainter& painter, bool restart) {
+    for (const auto& drawer : m_drawers) {
+        drawer->DrawGraph(painter, restart);
+    }
+    for (GraphValue& value : m_registry.Values()) {
+        value.EmptyNewValues();
+    }
+}
+
+void GraphBoard::ResetBuffers() {
+    for (GraphValue& value : m_registry.Values()) {
+        value.Reset();
+    }
+}
+
+void GraphBoard::EnableBuffers() {
+    for (GraphValue& value : m_registry.Values()) {
+        value.SetEnabled(true);
+    }
+}
+
+}  // namespace wavo

@@ -1,0 +1,39 @@
+#include "view/graph_picture.h"
+
+#include <QPainter>
+
+#include "graph/draw/display_settings.h"
+#include "support/diagnostics.h"
+#include "view/graph_board.h"
+
+namespace wavo {
+
+void GraphPicture::Resize(const QSize& size, qreal device_pixel_ratio) {
+    const QSize pixels = (QSizeF(size) * device_pixel_ratio).toSize();
+    m_image = pixels.isEmpty() ? QImage() : QImage(pixels, QImage::Format_RGB32);
+    m_image.setDevicePixelRatio(device_pixel_ratio);
+}
+
+void GraphPicture::Draw(GraphBoard& board, ColorRef background, bool restart) {
+    m_image.fill(ToQColor(background));
+    if (board.Drawers().empty()) {
+        return;
+    }
+    MTRACE(4, "OnDraw(): --- start to draw all graphs");
+    if (restart) {
+        board.ResetBuffers();
+    }
+    QPainter painter(&m_image);
+    board.DrawAll(painter, restart);
+    painter.end();
+    MTRACE(4, "OnDraw(): --- end of drawing all graphs");
+}
+
+void GraphPicture::CopyTo(QPainter& painter, const QRect& exposed) const {
+    const qreal ratio = m_image.devicePixelRatio();
+    painter.drawImage(QRectF(exposed), m_image,
+                      QRectF(exposed.x() * ratio, exposed.y() * ratio, exposed.width() * ratio,
+                             exposed.height() * ratio));
+}
+
+}  // namespace wavo

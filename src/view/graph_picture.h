@@ -1,0 +1,38 @@
+// The off-screen picture of all graphs. Drawing is one step that takes the new values; exposing
+// only copies the picture.
+#pragma once
+
+#include <QImage>
+#include <QRect>
+#include <QSize>
+
+#include "graph/model/wavo_graph.h"
+
+class QPainter;
+
+namespace wavo {
+
+class GraphBoard;
+
+class GraphPicture {
+ public:
+    /// Sets the size (device-independent pixels) and the device pixels per such pixel. What was
+    /// drawn is gone.
+    void Resize(const QSize& size, qreal device_pixel_ratio);
+
+    /// Nothing can be drawn yet: the size is 0.
+    [[nodiscard]] bool IsEmpty() const { return m_image.isNull(); }
+
+    /// One drawing step. With `restart` all buffers are reset first and the graphs begin anew.
+    void Draw(GraphBoard& board, ColorRef background, bool restart);
+
+    /// Copies the part `exposed` to the widget that `painter` paints.
+    void CopyTo(QPainter& painter, const QRect& exposed) const;
+
+    [[nodiscard]] const QImage& Image() const { return m_image; }
+
+ private:
+    QImage m_image;
+};
+
+}  // namespace wavo

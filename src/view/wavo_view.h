@@ -1,0 +1,100 @@
+// The view: the widget that shows all graphs and owns everything that feeds them.
+//
+// It holds no logic of its own beyond its events: the acquisition cycle takes the values, the
+// board keeps the graphs, the picture is what is on the screen.
+//
+// Order after a batch: draw, show where visible, answer the master. A view that nobody sees draws
+// and answers all the same.
+#pragma once
+
+#include <QWidget>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "ui/dialogs/app_messages.h"
+#include "ui/dialogs/graph_editor.h"
+#include "view/acquisition_cycle.h"
+#include "view/graph_board.h"
+#include "view/graph_picture.h"
+#include "view/message_pump.h"
+#include "view/view_settings.h"
+
+namespace wavo {
+
+class CWavoView : public QWidget, private AcquisitionHost, private GraphDrawHost {
+    Q_OBJECT
+
+ public:
+    explicit CWavoView(QWidget* parent = nullptr);
+    ~CWavoView() override;
+
+    /// The first update, once the frame stands: settings, trace level, link to the master.
+    void OnInitialUpdate();
+
+    /// The frame closes: values that come later are ignored.
+    void OnClose();
+
+    /// Commands of the run control and of the machine data menu.
+    void Start();
+    void Stop();
+    void ConnectMachineData();
+
+    [[nodiscard]] const AcquisitionCycle& Acquisition() const { return m_cycle; }
+    [[nodiscard]] AxisLimitsSource& Capabilities() { return m_cycle.Capabilities(); }
+    [[nodiscard]] GraphBoard& Board() { return m_board; }
+    [[nodiscard]] platform::WindowHandle Window() const { return m_pump.OwnWindow(); }
+    [[nodiscard]] const QImage& Picture() const { return m_picture.Image(); }
+
+ signals:
+    /// A status bar pane has a new text.
+    void PaneTextChanged(wavo::StatusPane pane, const QString& text);
+    /// The frame has a new title.
+    void FrameTitleChanged(const QString& title);
+    /// What can be commanded may have changed.
+    void CommandsChanged();
+    /// A batch was drawn and answered; `total` lines have been received.
+    void BatchShown(quint64 total);
+    /// The master told the viewer to end.
+    void QuitRequested();
+
+ protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+ private:
+    // AcquisitionHost
+    void ShowError(const std::string& text) override;
+    void SetPaneText(StatusPane pane, const std::string& text) override;
+    void RebuildGraphs() override;
+    void DrawNewValues() override;
+    [[nodiscard]] bool IsDrawing() const override { return m_drawing; }
+    void ShowRunTitle() override;
+    [[nodiscard]] ColorRef BackgroundColor() const override { return m_settings.background; }
+    void LinkChanged() override;
+    void EndProcess() override;
+
+    // GraphDrawHost
+    void RecordingEnded() override;
+
+    std::int64_t OnAppMessage(AppMessage number);
+    /// One drawing step, shown at once where the view is visible; ends with the ready message
+    /// that is owed.
+    void DrawAndShow();
+
+    ViewSettings m_settings;
+    std::string m_document_name = "wavo.ini";
+    std::recursive_mutex m_value_lock;
+    std::recursive_mutex m_graph_lock;  // taken inside the value lock
+    MessagePump m_pump;
+    GraphBoard m_board;
+    WindowlessGraphEditor m_editor;
+    AcquisitionCycle m_cycle;
+    GraphPicture m_picture;
+    bool m_ready_for_painting = false;  // set by OnInitialUpdate
+    bool m_restart = false;             // the next drawing step starts all graphs anew
+    bool m_drawing = false;
+};
+
+}  // namespace wavo

@@ -1,0 +1,284 @@
+// The life of a link between two real processes: overrun, end, quit, death, restart, two viewers.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QSignalSpy>
+#include <QThread>
+
+#include "expect_errors.h"
+#include "link/master_info.h"
+#include "view/message_pump.h"
+#include "viewer_fixture.h"
+
+namespace wavo::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::Gt;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+constexpr char kGone[] =
+    "The master process (Dorvane) has gone: Machine Data > Connect when it is back";
+
+class Link : public Viewer {
+ protected:
+    QString Message() { return m_frame->PaneText(StatusPane::kMessage); }
+    bool WaitForMessage(const QString& text) {
+        return WaitFor([this, text] { return Message() == text; });
+    }
+    QAction& ConnectAction() { return *m_frame->Action(CommandId::kConnect); }
+
+    static bool PictureShowsMoreThanOneColour(const QImage& image) {
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 1; x < image.width(); ++x) {
+                if (image.pixel(x, y) != image.pixel(0, 0)) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+};
+
+TEST_F(Link, WithoutAMasterTheViewerStartsInSilenceAndConnectSaysSo) {
+    Open({"X"});
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+    EXPECT_EQ(Message(), QStringLiteral("Master process (Dorvane) not present"));
+    EXPECT_THAT(View().Board().Registry().Values(), IsEmpty());
+    ASSERT_TRUE(ConnectAction().isEnabled());
+    ConnectAction().trigger();
+    EXPECT_THAT(TakeBoxes(), ElementsAre("ERROR: Master process (Dorvane) not present."));
+}
+
+TEST_F(Link, AViewerThatWasThereFirstConnectsByCommand) {
+    Open({"X"});
+    DemoMaster master(
+        {"--motion", "circle", "--lines", "1000", "--wait-viewer", "--stay", "--cycle", "0.002"});
+    ConnectAction().trigger();
+    EXPECT_FALSE(ConnectAction().isEnabled());
+    ASSERT_TRUE(WaitForLines(1000));
+    EXPECT_THAT(Held("X"), SizeIs(1000));
+    EXPECT_EQ(m_frame->PaneText(StatusPane::kCycleTime), QStringLiteral("cycl. time=0.00200s"));
+}
+
+TEST_F(Link, AnOverrunIsShownAndConnectGoesOn) {
+    DemoMaster master({"--motion", "circle", "--fault", "overrun", "--fault-after", "500",
+                       "--fifo-lines", "200"});
+    Open({"X"});
+    ASSERT_TRUE(WaitFor([this] { return !m_boxes.empty(); }));
+    EXPECT_THAT(
+        TakeBoxes(),
+        ElementsAre("ERROR: overrun value fifo (main -> wavo.) from master proc. detected"));
+    EXPECT_FALSE(Cycle().IsReaderOpen());
+    EXPECT_TRUE(Cycle().IsMasterKnown());
+    const std::uint64_t before = Cycle().TotalLines();
+    EXPECT_THAT(before, Gt(0U));
+    ASSERT_TRUE(ConnectAction().isEnabled());
+    ConnectAction().trigger();
+    ASSERT_TRUE(WaitForLines(before + 300));
+    EXPECT_FALSE(ConnectAction().isEnabled());
+    const auto totals = master.End();
+    ASSERT_TRUE(totals);
+    EXPECT_EQ(totals->overruns, 1U);
+}
+
+TEST_F(Link, TheMastersEndForgetsItAndKeepsTheGraphs) {
+    DemoMaster master({"--motion", "circle"});
+    Open({"X"});
+    ASSERT_TRUE(WaitForLines(300));
+    ASSERT_TRUE(master.End());
+    ASSERT_TRUE(WaitForMessage(QStringLiteral("The master process (Dorvane) has ended the link")));
+    EXPECT_EQ(Cycle().TotalLines(), 0U);
+    EXPECT_FALSE(Cycle().IsMasterKnown());
+    EXPECT_FALSE(Cycle().IsReaderOpen());
+    EXPECT_THAT(Held("X"), SizeIs(Gt(0U)));
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+}
+
+TEST_F(Link, QuitEndsTheViewer) {
+    DemoMaster master({"--motion", "circle", "--fault", "quit", "--fault-after", "300"});
+    Open({"X"});
+    QSignalSpy quit(&View(), &CWavoView::QuitRequested);
+    ASSERT_TRUE(WaitFor([&quit] { return quit.count() == 1; }));
+    EXPECT_FALSE(Cycle().IsMasterKnown());
+    EXPECT_FALSE(Cycle().IsReaderOpen());
+}
+
+TEST_F(Link, ChangedCapabilitiesAreFetchedAtTheNextLookup) {
+    DemoMaster master({"--motion", "circle", "--fault", "capabilities", "--fault-after", "500",
+                       "--limits", "X=-12:34:5:6"});
+    Open({"X"});
+    AxisLimitsSource& limits = View().Capabilities();
+    ASSERT_TRUE(WaitForLines(200));
+    const std::optional<AxisCapabilities> before = limits.FindAxis("X");
+    ASSERT_TRUE(before);
+    EXPECT_EQ(before->upper_limit, 34.0);
+    EXPECT_EQ(before->lower_limit, -12.0);
+    EXPECT_EQ(before->velocity_limit, 5.0);
+    EXPECT_EQ(before->acceleration_limit, 6.0);
+    ASSERT_TRUE(WaitForLines(1000));
+    const std::optional<AxisCapabilities> after = limits.FindAxis("X");
+    ASSERT_TRUE(after);
+    EXPECT_NE(after->upper_limit, 34.0);
+}
+
+TEST_F(Link, AKilledMasterIsNoticedAndARestartedOneConnects) {
+    Open({"X"});
+    for (const char* const cycle : {"0.001", "0.001", "0.002"}) {
+        DemoMaster master({"--motion", "circle", "--cycle", cycle});
+        ConnectAction().trigger();
+        EXPECT_THAT(TakeBoxes(), IsEmpty());
+        const std::uint64_t before = Cycle().TotalLines();
+        ASSERT_TRUE(WaitForLines(before + 300));
+        const std::vector<double> held = Held("X");
+        EXPECT_THAT(held, SizeIs(Gt(200U)));
+        master.Kill();
+        ASSERT_TRUE(WaitForMessage(QString::fromLatin1(kGone)));
+        EXPECT_TRUE(ConnectAction().isEnabled());
+        EXPECT_FALSE(Cycle().IsReaderOpen());
+        EXPECT_THAT(Held("X"), SizeIs(Gt(200U)));
+        EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
+        // What the dead master left behind counts as nothing.
+        ConnectAction().trigger();
+        EXPECT_THAT(TakeBoxes(), ElementsAre("ERROR: Master process (Dorvane) not present."));
+    }
+}
+
+TEST_F(Link, ARestartedMasterWithOtherAxesFeedsTheGraphsThatFindTheirAxis) {
+    Open({"X", "Q"});
+    {
+        DemoMaster master({"--recording", RecordingPath("circle_xy_r50"), "--axes", "X,Y"});
+        ConnectAction().trigger();
+        ASSERT_TRUE(WaitForLines(200));
+        EXPECT_THAT(Held("Q"), IsEmpty());
+        ASSERT_TRUE(master.End());
+        ASSERT_TRUE(WaitFor([this] { return !Cycle().IsMasterKnown(); }));
+    }
+    DemoMaster master({"--recording", RecordingPath("helix_4axis"), "--axes", "A,Z,X,Y",
+                       "--wait-viewer", "--stay"});
+    ConnectAction().trigger();
+    ASSERT_TRUE(WaitForLines(200));
+    EXPECT_EQ(Cycle().AxisNames(), (std::vector<std::string>{"A", "Z", "X", "Y"}));
+    EXPECT_EQ(Held("X"), [this] {
+        std::vector<double> column = ReadRecording("helix_4axis", {"X"})[0];
+        column.resize(Held("X").size());
+        return column;
+    }());
+}
+
+TEST_F(Link, AHungMasterIsReportedWithinASecondAndTheLinkGoesOnAfterwards) {
+    DemoMaster master({"--motion", "circle"});
+    Open({"X"});
+    ASSERT_TRUE(WaitForLines(100));
+    // The next batch is announced meanwhile, and its answer meets a master that is stopped.
+    QThread::msleep(100);
+    master.Freeze();
+    ASSERT_TRUE(WaitForMessage(QStringLiteral("The master process (Dorvane) does not respond")));
+    const std::uint64_t before = Cycle().TotalLines();
+    EXPECT_TRUE(Cycle().IsMasterKnown());
+    master.Thaw();
+    ASSERT_TRUE(WaitForLines(before + 500));
+    EXPECT_EQ(Message(), QStringLiteral("Connected to the master process (Dorvane)"));
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+}
+
+TEST_F(Link, GarbageInTheHeadersIsRefusedAndTheViewerLives) {
+    DemoMaster master({"--motion", "circle", "--fault", "garbage-headers", "--fault-after", "300"});
+    Open({"X"});
+    ExpectAnyErrorLog expected;
+    ASSERT_TRUE(WaitFor([this] { return !m_boxes.empty(); }));
+    EXPECT_THAT(TakeBoxes(),
+                ElementsAre("ERROR: Prg.error, input buffer for axis values to small"));
+    EXPECT_TRUE(
+        expected.Saw("CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() "
+                     "failed"));
+    EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
+}
+
+TEST_F(Link, TwoViewersOnOneMasterGetEveryLineEach) {
+    DemoMaster master({"--motion", "circle", "--lines", "2000", "--wait-viewer", "--stay"});
+    Open({"X"});
+    CMainFrame second;
+    second.View().OnInitialUpdate();
+    ASSERT_TRUE(WaitFor([&] {
+        return Cycle().TotalLines() >= 1500 && second.View().Acquisition().TotalLines() >= 1500;
+    }));
+    EXPECT_NE(View().Window(), second.View().Window());
+    second.close();
+    const std::uint64_t at_close = second.View().Acquisition().TotalLines();
+    ASSERT_TRUE(WaitForLines(2000));
+    EXPECT_EQ(second.View().Acquisition().TotalLines(), at_close);
+    const auto totals = master.End();
+    ASSERT_TRUE(totals);
+    EXPECT_EQ(totals->overruns, 0U);
+}
+
+/// A bare viewer side: a message window that only counts.
+class CountingViewer {
+ public:
+    CountingViewer() {
+        EXPECT_TRUE(m_pump.Open(
+            [this](const platform::Message& message) {
+                announced += message.number == 0x52C && message.w_param == 1 ? 1 : 0;
+                return 1;
+            },
+            [](platform::WindowHandle) {}));
+        EXPECT_EQ(ReadMasterInfo(m_pump, m_info), MasterInfoStatus::kPresent);
+    }
+    void Connect() { EXPECT_TRUE(m_pump.Post(m_info.master_window, ToMaster::kLink, 2)); }
+    void Disconnect() {
+        EXPECT_EQ(m_pump.Send(m_info.master_window, ToMaster::kLink, 1),
+                  platform::SendStatus::kDone);
+    }
+    int announced = 0;
+
+ private:
+    MessagePump m_pump;
+    MasterInfo m_info;
+};
+
+TEST_F(Link, ConnectAndDisconnectMayComeInEitherOrder) {
+    DemoMaster master({"--motion", "circle"});
+    CountingViewer viewer;
+    viewer.Disconnect();  // of a link that never was
+    viewer.Connect();
+    ASSERT_TRUE(WaitFor([&] { return viewer.announced == 1; }));
+    viewer.Disconnect();
+    viewer.Connect();
+    viewer.Disconnect();  // sent: it can overtake the connect that was posted
+    viewer.Connect();
+    ASSERT_TRUE(WaitFor([&] { return viewer.announced == 2; }));
+    EXPECT_TRUE(master.IsRunning());
+}
+
+TEST_F(Link, AMasterRemovesWhatADeadOneLeftBehind) {
+    Open({"X"});
+    {
+        DemoMaster master({"--motion", "circle"});
+        ConnectAction().trigger();
+        ASSERT_TRUE(WaitForLines(10));
+        master.Kill();
+    }
+    Close();
+    EXPECT_THAT(Leftovers(), SizeIs(Gt(2U)));
+    DemoMaster master({"--motion", "circle"});
+    ASSERT_TRUE(master.End());
+    EXPECT_THAT(Leftovers(), IsEmpty());
+}
+
+TEST_F(Link, AfterBothHaveEndedNothingIsLeftBehind) {
+    {
+        DemoMaster master({"--motion", "circle"});
+        Open({"X"});
+        ASSERT_TRUE(WaitForLines(100));
+        EXPECT_THAT(Leftovers(), SizeIs(Gt(3U)));
+        m_frame->close();
+        Close();
+        ASSERT_TRUE(master.End());
+    }
+    EXPECT_THAT(Leftovers(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace wavo::testing

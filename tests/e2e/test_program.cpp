@@ -1,0 +1,106 @@
+// The viewer's program itself, as a user starts it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QFileInfo>
+#include <QImage>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include "viewer_fixture.h"
+
+namespace wavo::testing {
+namespace {
+
+using ::testing::IsEmpty;
+
+struct Ended {
+    int code = -1;
+    QString output;
+};
+
+class Program : public ::testing::Test {
+ protected:
+    void Start(const QStringList& arguments) {
+        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        m_process.start(QStringLiteral(WAVO_VIEWER), arguments);
+        ASSERT_TRUE(m_process.waitForStarted());
+    }
+    Ended WaitForEnd() {
+        EXPECT_TRUE(m_process.waitForFinished(30000));
+        EXPECT_EQ(m_process.exitStatus(), QProcess::NormalExit);
+        return {m_process.exitCode(), QString::fromUtf8(m_process.readAll())};
+    }
+    QProcess m_process;
+};
+
+TEST_F(Program, SavesAPictureWithAMovingCurve) {
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("shot.png"));
+    DemoMaster master({"--recording", RecordingPath("circle_xy_r50")});
+    Start({"--screenshot", file, "--after-lines", "1500"});
+    EXPECT_EQ(WaitForEnd().code, 0);
+    const QImage picture(file);
+    ASSERT_FALSE(picture.isNull());
+    EXPECT_EQ(picture.width(), 1100);
+    EXPECT_EQ(picture.height(), 700);
+    int curve_pixels = 0;
+    for (int y = 60; y < 650; ++y) {
+        for (int x = 20; x < 250; ++x) {
+            curve_pixels += picture.pixel(x, y) == qRgb(255, 255, 255) ? 1 : 0;
+        }
+    }
+    EXPECT_GT(curve_pixels, 100);
+    ASSERT_TRUE(master.End());
+    EXPECT_THAT(Leftovers(), IsEmpty());
+}
+
+TEST_F(Program, APictureThatCannotBeWrittenEndsWithAFailure) {
+    DemoMaster master({"--motion", "circle"});
+    Start({"--screenshot", "/nonexistent/shot.png", "--after-lines", "10"});
+    EXPECT_EQ(WaitForEnd().code, 1);
+}
+
+TEST_F(Program, EndsInOrderWhenItIsTold) {
+    DemoMaster master({"--motion", "circle"});
+    Start({});
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return master.Output().contains(QStringLiteral("connected")); }, 20000));
+    m_process.terminate();
+    EXPECT_EQ(WaitForEnd().code, 0);
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return master.Output().contains(QStringLiteral("disconnected")); }, 20000));
+    ASSERT_TRUE(master.End());
+    EXPECT_THAT(Leftovers(), IsEmpty());
+}
+
+TEST_F(Program, EndsWithCodeZeroWhenTheMasterTellsItToQuit) {
+    DemoMaster master({"--motion", "circle", "--fault", "quit", "--fault-after", "200"});
+    Start({});
+    EXPECT_EQ(WaitForEnd().code, 0);
+}
+
+TEST_F(Program, ShowsItsVersion) {
+    Start({"--version"});
+    const Ended ended = WaitForEnd();
+    EXPECT_EQ(ended.code, 0);
+    EXPECT_EQ(ended.output.trimmed(), QStringLiteral("Wavo " WAVO_VERSION));
+}
+
+TEST_F(Program, ShowsItsOptions) {
+    Start({"--help"});
+    const Ended ended = WaitForEnd();
+    EXPECT_EQ(ended.code, 0);
+    EXPECT_TRUE(ended.output.contains(QStringLiteral("--screenshot")))
+        << ended.output.toStdString();
+}
+
+TEST_F(Program, RefusesWhatItDoesNotKnow) {
+    Start({"--after-lines", "many"});
+    const Ended ended = WaitForEnd();
+    EXPECT_EQ(ended.code, 2);
+    EXPECT_TRUE(ended.output.contains(QStringLiteral("wavo: --after-lines needs a number")));
+}
+
+}  // namespace
+}  // namespace wavo::testing

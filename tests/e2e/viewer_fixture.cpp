@@ -1,0 +1,66 @@
+#include "viewer_fixture.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace wavo::testing {
+
+namespace fs = std::filesystem;
+
+Viewer::Viewer() {
+    SetBoxHandler([this](const Box& box) {
+        m_boxes.push_back(box.caption + ": " + box.text);
+        return BoxAnswer::kOk;
+    });
+}
+
+Viewer::~Viewer() {
+    m_frame.reset();
+    SetBoxHandler(nullptr);
+}
+
+void Viewer::Open(const std::vector<std::string>& axes, double time_range) {
+    m_frame = std::make_unique<CMainFrame>();
+    std::vector<WavoGraph>& graphs = View().Board().Graphs();
+    for (const std::string& axis : axes) {
+        WavoGraph graph;
+        graph.InitGraph(static_cast<std::uint32_t>(graphs.size() + 1), axis.c_str(), 0, nullptr);
+        graph.XScale.TimeRange = time_range;
+        graphs.push_back(graph);
+    }
+    m_frame->show();
+    View().OnInitialUpdate();
+}
+
+std::vector<double> Viewer::Held(const std::string& axis) {
+    std::vector<double> held;
+    for (GraphValue& value : View().Board().Registry().Values()) {
+        if (value.Name() == axis && value.DerivationOrder() == 0) {
+            double start = 0.0;
+            value.GetTimeRangeValues(held, 2.0 * value.TimeRange(), start);
+        }
+    }
+    return held;
+}
+
+std::vector<std::string> Leftovers() {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator("/dev/shm")) {
+        const std::string name = entry.path().filename().string();
+        if (name.starts_with("MachineTools_InfoData") || name.starts_with("MValues_") ||
+            name.starts_with("DataModCap")) {
+            names.push_back(name);
+        }
+    }
+    const fs::path sockets =
+        fs::path(qEnvironmentVariable("XDG_RUNTIME_DIR").toStdString()) / "wavo";
+    if (fs::exists(sockets)) {
+        for (const auto& entry : fs::directory_iterator(sockets)) {
+            names.push_back("socket " + entry.path().filename().string());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+}  // namespace wavo::testing

@@ -1,0 +1,57 @@
+// The real viewer in the test process, with message boxes that are recorded instead of shown.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QTest>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "demo_master_process.h"
+#include "ui/dialogs/message_boxes.h"
+#include "ui/shell/main_frame.h"
+#include "view/wavo_view.h"
+
+namespace wavo::testing {
+
+class Viewer : public ::testing::Test {
+ protected:
+    Viewer();
+    ~Viewer() override;
+
+    /// Makes a frame with a graph of each axis (derivation 0) that holds `time_range` seconds, and
+    /// does its first update.
+    void Open(const std::vector<std::string>& axes, double time_range = 10.0);
+    void Close() { m_frame.reset(); }
+
+    CWavoView& View() { return m_frame->View(); }
+    const AcquisitionCycle& Cycle() { return m_frame->View().Acquisition(); }
+
+    /// Keeps the events going until the condition holds.
+    static bool WaitFor(const std::function<bool()>& condition, int milliseconds = 20000) {
+        return QTest::qWaitFor(condition, milliseconds);
+    }
+    ::testing::AssertionResult WaitForLines(std::uint64_t lines, int milliseconds = 20000) {
+        if (WaitFor([this, lines] { return Cycle().TotalLines() >= lines; }, milliseconds)) {
+            return ::testing::AssertionSuccess();
+        }
+        return ::testing::AssertionFailure() << Cycle().TotalLines() << " lines of " << lines
+                                             << " and " << m_boxes.size() << " boxes";
+    }
+
+    /// What the buffer of an axis holds, oldest first.
+    std::vector<double> Held(const std::string& axis);
+
+    std::vector<std::string> TakeBoxes() { return std::exchange(m_boxes, {}); }
+
+    std::unique_ptr<CMainFrame> m_frame;
+    std::vector<std::string> m_boxes;
+};
+
+/// Names of the segments and sockets that exist now.
+std::vector<std::string> Leftovers();
+
+}  // namespace wavo::testing

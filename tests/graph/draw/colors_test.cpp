@@ -1,0 +1,50 @@
+#include "graph/draw/colors.h"
+
+#include <gtest/gtest.h>
+
+namespace wavo {
+namespace {
+
+TEST(Colors, ContrastRunsFromOneToTwentyOne) {
+    EXPECT_NEAR(Contrast(Qt::black, Qt::white), 21.0, 0.01);
+    EXPECT_NEAR(Contrast(Qt::white, Qt::black), 21.0, 0.01);
+    EXPECT_DOUBLE_EQ(Contrast(Qt::red, Qt::red), 1.0);
+}
+
+TEST(Colors, AColorThatReadsWellIsKept) {
+    EXPECT_EQ(Readable(QColor(255, 255, 0), Qt::black), QColor(255, 255, 0));
+    EXPECT_EQ(Readable(QColor(0, 0, 160), Qt::white), QColor(0, 0, 160));
+}
+
+TEST(Colors, TextsHaveContrastOnEveryBackground) {
+    for (int red = 0; red <= 255; red += 51) {
+        for (int green = 0; green <= 255; green += 51) {
+            for (int blue = 0; blue <= 255; blue += 51) {
+                const QColor background(red, green, blue);
+                const FrameColors colors(background);
+                const auto name = background.name().toStdString();
+                EXPECT_GE(Contrast(colors.text, background), kTextContrast) << name;
+                for (const QColor& curve :
+                     {background, QColor(255, 0, 0), QColor(0, 0, 255), QColor(255, 255, 0)}) {
+                    const QColor label = Readable(curve, background, colors.label_contrast);
+                    EXPECT_GE(Contrast(label, background), 3.0) << name;
+                }
+                EXPECT_GE(Contrast(colors.waiting, background), 3.0) << name;
+                EXPECT_GE(Contrast(colors.stopped, background), 3.0) << name;
+                EXPECT_GE(Contrast(colors.running, background), 3.0) << name;
+            }
+        }
+    }
+}
+
+TEST(Colors, ScaleLinesAreDimmerThanTheFrameAndTheTexts) {
+    for (const QColor& background : {QColor(Qt::black), QColor(Qt::white), QColor(20, 40, 90)}) {
+        const FrameColors colors(background);
+        EXPECT_GT(Contrast(colors.scale_line, background), 1.1);
+        EXPECT_LT(Contrast(colors.scale_line, background), Contrast(colors.frame, background));
+        EXPECT_LT(Contrast(colors.frame, background), Contrast(colors.text, background));
+    }
+}
+
+}  // namespace
+}  // namespace wavo

@@ -1,0 +1,119 @@
+#include "graph/draw/labels.h"
+
+#include <gtest/gtest.h>
+
+namespace wavo {
+namespace {
+
+constexpr LabelMetrics kMetrics{18, 250, 40, 14};
+
+std::vector<QRect> AllRectangles(const FrameLayout& layout) {
+    std::vector<QRect> all{layout.plot, layout.top_line};
+    all.insert(all.end(), layout.y_slots.begin(), layout.y_slots.end());
+    return all;
+}
+
+TEST(Labels, NothingOverlapsAndNothingLeavesTheGraphAtAnySize) {
+    for (int width = 0; width <= 900; width += 37) {
+        for (int height = 0; height <= 500; height += 23) {
+            for (const int axes : {0, 1, 2, 3, 7, 40}) {
+                const QRect rectangle(11, 13, width, height);
+                const FrameLayout layout = LayoutFrame(rectangle, kMetrics, axes);
+                ASSERT_EQ(layout.y_slots.size(), static_cast<std::size_t>(axes));
+                const std::vector<QRect> all = AllRectangles(layout);
+                for (std::size_t i = 0; i < all.size(); ++i) {
+                    ASSERT_TRUE(all[i].isEmpty() || rectangle.contains(all[i]))
+                        << width << "x" << height << " " << axes << " rectangle " << i;
+                    for (std::size_t k = i + 1; k < all.size(); ++k) {
+                        ASSERT_FALSE(all[i].intersects(all[k]))
+                            << width << "x" << height << " " << axes << ": " << i << ", " << k;
+                    }
+                }
+                if (width >= 2 && height >= 2) {
+                    ASSERT_GE(layout.plot.height() * 2, height - 1);
+                }
+            }
+        }
+    }
+}
+
+TEST(Labels, AnOrdinaryGraphHasATopLineAndASlotPerAxis) {
+    const FrameLayout layout = LayoutFrame(QRect(0, 0, 800, 400), kMetrics, 3);
+    EXPECT_EQ(layout.top_line, QRect(6, 0, 788, 18));
+    EXPECT_EQ(layout.plot, QRect(6, 18, 788, 400 - 2 * 18));
+    EXPECT_EQ(layout.y_slots[0], QRect(6, 382, 248, 18));
+    EXPECT_EQ(layout.y_slots[1], QRect(268, 382, 248, 18));
+    EXPECT_EQ(layout.y_slots[2], QRect(530, 382, 248, 18));
+}
+
+TEST(Labels, SlotsGoToASecondLineWhenTheyDoNotFitIntoOne) {
+    const FrameLayout layout = LayoutFrame(QRect(0, 0, 600, 400), kMetrics, 3);
+    EXPECT_EQ(layout.y_slots[0].top(), layout.y_slots[1].top());
+    EXPECT_GT(layout.y_slots[2].top(), layout.y_slots[0].bottom());
+    EXPECT_EQ(layout.y_slots[2].left(), layout.y_slots[0].left());
+}
+
+TEST(Labels, LowGraphsKeepThePlotArea) {
+    const FrameLayout two_lines = LayoutFrame(QRect(0, 0, 200, 80), kMetrics, 2);
+    EXPECT_FALSE(two_lines.top_line.isEmpty());
+    EXPECT_FALSE(two_lines.y_slots[1].isEmpty());
+    const FrameLayout one_line = LayoutFrame(QRect(0, 0, 200, 60), kMetrics, 2);
+    EXPECT_FALSE(one_line.top_line.isEmpty());
+    EXPECT_TRUE(one_line.y_slots[0].isEmpty());
+    const FrameLayout bare = LayoutFrame(QRect(0, 0, 200, 30), kMetrics, 2);
+    EXPECT_TRUE(bare.top_line.isEmpty());
+    EXPECT_FALSE(bare.plot.isEmpty());
+}
+
+TEST(Labels, TooManyAxesForTheWidthShowNoSlots) {
+    const FrameLayout layout = LayoutFrame(QRect(0, 0, 120, 80), kMetrics, 9);
+    for (const QRect& slot : layout.y_slots) {
+        EXPECT_TRUE(slot.isEmpty());
+    }
+    EXPECT_EQ(layout.plot.bottom(), 80 - 1 - 3);
+}
+
+struct TopLineRow {
+    int x_text;
+    int status;
+    int spacing;
+    QRect expected_x_text;
+    QRect expected_status;
+    QRect expected_spacing;
+};
+
+TEST(Labels, TopLineTextsDropOutInOrder) {
+    const QRect line(10, 0, 400, 18);
+    const auto at = [](int left, int width) { return QRect(10 + left, 0, width, 18); };
+    for (const TopLineRow& row : {
+             TopLineRow{100, 0, 80, at(0, 100), QRect(), at(320, 80)},
+             TopLineRow{100, 100, 80, at(0, 100), at(150, 100), at(320, 80)},
+             TopLineRow{310, 0, 90, at(0, 310), QRect(), QRect()},
+             TopLineRow{100, 200, 80, QRect(), at(100, 200), QRect()},
+             TopLineRow{80, 200, 87, at(0, 80), at(100, 200), QRect()},
+             TopLineRow{100, 500, 80, QRect(), at(0, 400), QRect()},
+             TopLineRow{500, 0, 80, at(0, 400), QRect(), QRect()},
+         }) {
+        const TopLinePlaces places = PlaceTopLine(line, 14, row.x_text, row.status, row.spacing);
+        EXPECT_EQ(places.x_text, row.expected_x_text) << row.x_text << " " << row.status;
+        EXPECT_EQ(places.status, row.expected_status) << row.x_text << " " << row.status;
+        EXPECT_EQ(places.x_spacing, row.expected_spacing) << row.x_text << " " << row.status;
+    }
+    EXPECT_TRUE(PlaceTopLine(QRect(), 14, 10, 10, 10).status.isEmpty());
+}
+
+TEST(Labels, ASlotDropsItsSpacingFirst) {
+    const QRect slot(10, 100, 200, 18);
+    const SlotPlaces both = PlaceSlot(slot, 14, 100, 86);
+    EXPECT_EQ(both.text, QRect(10, 100, 100, 18));
+    EXPECT_EQ(both.spacing, QRect(124, 100, 86, 18));
+    const SlotPlaces range_only = PlaceSlot(slot, 14, 100, 87);
+    EXPECT_EQ(range_only.text, QRect(10, 100, 100, 18));
+    EXPECT_TRUE(range_only.spacing.isEmpty());
+    const SlotPlaces cut = PlaceSlot(slot, 14, 300, 87);
+    EXPECT_EQ(cut.text, slot);
+    EXPECT_TRUE(cut.spacing.isEmpty());
+}
+
+}  // namespace
+}  // namespace wavo

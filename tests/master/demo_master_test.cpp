@@ -1,0 +1,388 @@
+// demo_master as a program, with viewers in this process.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <iostream>
+
+#include "child_process.h"
+#include "master/motions.h"
+#include "master/recording.h"
+#include "test_viewer.h"
+
+namespace wavo::master {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+using ::testing::StartsWith;
+using wavo::testing::ChildProcess;
+using wavo::testing::MappedSegment;
+using wavo::testing::ReadInfo;
+using wavo::testing::SegmentExists;
+using wavo::testing::TestViewer;
+
+const std::string kCircleFile = std::string(WAVO_RECORDINGS) + "/circle_xy_r50.csv.gz";
+
+class DemoMasterTest : public ::testing::Test {
+ protected:
+    void Start(const std::vector<std::string>& arguments) {
+        m_master = std::make_unique<ChildProcess>(WAVO_DEMO_MASTER, arguments);
+        ASSERT_TRUE(m_master->WaitForOutput("axes")) << m_master->Errors();
+    }
+
+    /// Runs to the end; exit status.
+    int Run(const std::vector<std::string>& arguments) {
+        m_master = std::make_unique<ChildProcess>(WAVO_DEMO_MASTER, arguments);
+        return m_master->Wait();
+    }
+
+    void TearDown() override {
+        if (m_master && !m_master->HasEnded()) {
+            m_master->RequestEnd();
+            EXPECT_EQ(m_master->Wait(), 0) << m_master->Errors();
+        }
+    }
+
+    std::string CountersLine(const TestViewer& viewer) {
+        return "viewer " + std::to_string(viewer.handle()) + ": lines sent " +
+               std::to_string(viewer.lines.size()) + ", batches answered " +
+               std::to_string(viewer.batches) + ", overruns 0\n";
+    }
+
+    std::unique_ptr<ChildProcess> m_master;
+};
+
+TEST_F(DemoMasterTest, HelpAndVersionGoToStandardOutput) {
+    EXPECT_EQ(Run({"--help"}), 0);
+    EXPECT_THAT(m_master->Output(), StartsWith("Usage: demo_master"));
+    EXPECT_EQ(Run({"--version"}), 0);
+    EXPECT_THAT(m_master->Output(), MatchesRegex("demo_master [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+TEST_F(DemoMasterTest, WrongArgumentsGoToStandardErrorWithStatus2) {
+    EXPECT_EQ(Run({"--bogus"}), 2);
+    EXPECT_EQ(m_master->Errors(),
+              "demo_master: unknown argument \"--bogus\"\nTry demo_master --help.\n");
+    EXPECT_EQ(m_master->Output(), "");
+    EXPECT_EQ(Run({"--recording", "no_such_file.csv"}), 2);
+    EXPECT_EQ(m_master->Errors(), "demo_master: no_such_file.csv: no such file\n");
+    EXPECT_EQ(Run({"--recording", kCircleFile, "--axes", "Q"}), 2);
+    EXPECT_THAT(m_master->Errors(), HasSubstr("no column \"Q\""));
+    EXPECT_EQ(Run({"--axes", "Q"}), 2);
+    EXPECT_EQ(m_master->Errors(), "demo_master: the motion has no axis \"Q\"; it has X Y\n");
+}
+
+TEST_F(DemoMasterTest, SecondMasterIsRefusedWithStatus1) {
+    Start({});
+    ChildProcess second(WAVO_DEMO_MASTER, {});
+    EXPECT_EQ(second.Wait(), 1);
+    EXPECT_THAT(second.Errors(), StartsWith("demo_master: another master is running (window "));
+}
+
+TEST_F(DemoMasterTest, ViewerGetsEveryValueOfTheRecording) {
+    Start({"--recording", kCircleFile, "--axes", "Y,X_cmd,line", "--speed", "full", "--loop", "2"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    EXPECT_THAT(viewer.info.axis_names, ElementsAre("Y", "X_cmd", "line"));
+    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.link_ends == 1; }));
+    EXPECT_EQ(m_master->Wait(), 0);
+    std::string error;
+    const auto recording = Recording::Read(kCircleFile, {"Y", "X_cmd", "line"}, &error);
+    ASSERT_TRUE(recording) << error;
+    ASSERT_EQ(viewer.lines.size(), 2 * recording->LinesPerRound());
+    std::vector<double> line(3);
+    for (std::size_t i = 0; i < viewer.lines.size(); ++i) {
+        recording->Line(i, line);
+        ASSERT_EQ(viewer.lines[i], line) << "line " << i;
+    }
+    EXPECT_THAT(m_master->Output(), HasSubstr(CountersLine(viewer)));
+    EXPECT_FALSE(SegmentExists(kInfoSegmentName));
+    EXPECT_FALSE(SegmentExists(viewer.FifoName()));
+    EXPECT_FALSE(SegmentExists(viewer.ModuleName()));
+}
+
+TEST_F(DemoMasterTest, FullSpeedLosesNoLineToAnyViewer) {
+    Start({"--motion", "noise", "--speed", "full", "--lines", "600000", "--fifo-lines", "4096"});
+    TestViewer first;
+    TestViewer second;
+    const auto begin = std::chrono::steady_clock::now();
+    ASSERT_TRUE(first.Connect());
+    ASSERT_TRUE(second.Connect());
+    EXPECT_TRUE(first.ServeUntil([&] {
+        second.Serve();
+        return first.link_ends == 1 && second.link_ends == 1;
+    }));
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
+    EXPECT_EQ(m_master->Wait(), 0);
+    EXPECT_EQ(first.lines.size(), 600000U);
+    EXPECT_GT(second.lines.size(), 0U);
+    std::cout << "lines per second: " << 600000 / time.count() << "\n";
+    std::string error;
+    const auto noise = MakeMotion(MotionKind::kNoise, {}, 0.001, 1, &error);
+    std::vector<double> line(3);
+    for (std::size_t i = 0; i < first.lines.size(); ++i) {
+        noise->Line(i, line);
+        ASSERT_EQ(first.lines[i], line) << "line " << i;
+    }
+    EXPECT_EQ(second.lines.back(), line);
+    EXPECT_THAT(m_master->Output(), HasSubstr("overruns 0\ntotal: "));
+}
+
+TEST_F(DemoMasterTest, PlaysInTimeWithoutAViewer) {
+    EXPECT_EQ(Run({"--motion", "jog", "--lines", "50"}), 0);
+    EXPECT_THAT(m_master->Output(), MatchesRegex("demo_master: window [0-9]+, cycle time 0.001 s, "
+                                                 "value FIFO 10000 lines, axes X Y Z C\n"
+                                                 "total: lines sent 0, batches answered 0, "
+                                                 "overruns 0\n"));
+}
+
+TEST_F(DemoMasterTest, WaitsForAViewerAndBeginsAnewForTheNextOne) {
+    Start({"--recording", kCircleFile, "--axes", "X,F", "--wait-viewer", "--cycle", "0.0005"});
+    std::string error;
+    const auto recording = Recording::Read(kCircleFile, {"X", "F"}, &error);
+    std::vector<double> line(2);
+    for (int round = 0; round < 2; ++round) {
+        TestViewer viewer;
+        ASSERT_TRUE(viewer.Connect());
+        EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.lines.size() > 1000; }));
+        for (std::size_t i = 0; i < viewer.lines.size(); ++i) {
+            recording->Line(i, line);
+            ASSERT_EQ(viewer.lines[i], line) << "line " << i;
+        }
+        viewer.Disconnect();
+        ASSERT_TRUE(m_master->WaitForOutput(std::to_string(viewer.handle()) + " disconnected"));
+    }
+}
+
+// What a viewer does at its start: connect, disconnect, connect.
+TEST_F(DemoMasterTest, ViewersStartLosesNoLine) {
+    Start({"--recording", kCircleFile, "--axes", "X,F", "--wait-viewer"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    viewer.Disconnect();
+    viewer.PostConnect();
+    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.lines.size() > 300; }));
+    EXPECT_EQ(viewer.failed_opens, 0);
+    std::string error;
+    const auto recording = Recording::Read(kCircleFile, {"X", "F"}, &error);
+    std::vector<double> line(2);
+    for (std::size_t i = 0; i < viewer.lines.size(); ++i) {
+        recording->Line(i, line);
+        ASSERT_EQ(viewer.lines[i], line) << "line " << i;
+    }
+}
+
+TEST_F(DemoMasterTest, SignalsEndItInOrder) {
+    for (const bool interrupt : {false, true}) {
+        Start({});
+        TestViewer viewer;
+        ASSERT_TRUE(viewer.Connect());
+        ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.batches > 5; }));
+        const platform::WindowHandle window = viewer.info.master_window;
+        interrupt ? m_master->Interrupt() : m_master->RequestEnd();
+        EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.link_ends == 1 && viewer.master_gone; }));
+        EXPECT_EQ(m_master->Wait(), 0);
+        EXPECT_EQ(m_master->Errors(), "");
+        EXPECT_THAT(m_master->Output(), HasSubstr(CountersLine(viewer)));
+        EXPECT_FALSE(SegmentExists(kInfoSegmentName));
+        EXPECT_FALSE(SegmentExists(viewer.FifoName()));
+        EXPECT_FALSE(SegmentExists(viewer.ModuleName()));
+        EXPECT_FALSE(platform::WindowExists(window));
+    }
+}
+
+TEST_F(DemoMasterTest, StayKeepsTheLinkAfterTheLastLine) {
+    Start({"--motion", "jog", "--speed", "full", "--lines", "100", "--stay"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.lines.size() == 100; }));
+    viewer.Serve(std::chrono::milliseconds(200));
+    EXPECT_EQ(viewer.link_ends, 0);
+    EXPECT_FALSE(m_master->HasEnded());
+}
+
+TEST_F(DemoMasterTest, LimitsAreThoseOfTheRecordingUnlessGiven) {
+    Start({"--recording", kCircleFile, "--axes", "X,Y,S", "--limits", "Y=-7:8:9:10"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.capability_changes == 1; }));
+    const auto records = viewer.ReadCapabilities();
+    ASSERT_TRUE(records);
+    ASSERT_EQ(records->size(), 3U);
+    EXPECT_EQ(records->at("Y"), (AxisCapabilities{8.0, -7.0, 9.0, 10.0, 0.001}));
+    EXPECT_EQ(records->at("X").velocity_limit, 400.0);
+    EXPECT_LT(records->at("X").lower_limit, -49.9);
+    EXPECT_GT(records->at("X").upper_limit, 49.9);
+    EXPECT_GE(records->at("S").upper_limit, 3000.0);
+}
+
+// ---- Faults ----
+
+TEST_F(DemoMasterTest, FaultOverrun) {
+    Start({"--fault", "overrun", "--fault-after", "50", "--fifo-lines", "200"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.overruns == 1; }));
+    // The viewer connects again, and the link works as before.
+    viewer.lines.clear();
+    viewer.PostConnect();
+    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.lines.size() > 300; }));
+    EXPECT_EQ(viewer.overruns, 1);
+    EXPECT_EQ(viewer.failed_opens, 0);
+    m_master->RequestEnd();
+    EXPECT_EQ(m_master->Wait(), 0);
+    EXPECT_THAT(m_master->Output(), HasSubstr("overruns 1\ntotal: "));
+}
+
+TEST_F(DemoMasterTest, FaultNeverReady) {
+    Start({"--fault", "never-ready", "--fault-after", "50", "--fifo-lines", "200"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.overruns == 1; }));
+    EXPECT_GT(viewer.lines.size(), 40U);
+    EXPECT_LT(viewer.lines.size(), 250U);
+}
+
+TEST_F(DemoMasterTest, FaultHangLeavesASentMessageWithoutAnswer) {
+    Start({"--fault", "hang", "--fault-after", "50"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.lines.size() > 40; }));
+    std::string error;
+    const auto window = platform::MessageWindow::Create([](const auto&) { return 0; }, &error);
+    platform::SendResult result{platform::SendStatus::kDone, 0};
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (result.status == platform::SendStatus::kDone && std::chrono::steady_clock::now() < end) {
+        viewer.Serve();
+        result = window->Send(viewer.info.master_window, {0x52D, 0, 1});
+    }
+    EXPECT_EQ(result.status, platform::SendStatus::kNoAnswer);
+    // It comes round, and the batches go on.
+    const std::size_t lines = viewer.lines.size();
+    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.lines.size() > lines + 1000; }));
+    EXPECT_EQ(viewer.overruns, 0);
+}
+
+TEST_F(DemoMasterTest, FaultDieLeavesEverythingBehindAndTheNextMasterReplacesIt) {
+    Start({"--fault", "die", "--fault-after", "50"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.master_gone; }));
+    EXPECT_EQ(m_master->Wait(), 137);
+    EXPECT_EQ(viewer.link_ends, 0);
+    EXPECT_TRUE(SegmentExists(kInfoSegmentName));
+    EXPECT_TRUE(SegmentExists(viewer.FifoName()));
+    EXPECT_FALSE(platform::WindowExists(viewer.info.master_window));
+    viewer.Detach();
+    Start({});
+    viewer.lines.clear();
+    viewer.master_gone = false;
+    ASSERT_TRUE(viewer.Connect());
+    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.lines.size() > 100; }));
+    EXPECT_EQ(viewer.failed_opens, 0);
+}
+
+TEST_F(DemoMasterTest, FaultGarbageHeaders) {
+    Start({"--fault", "garbage-headers", "--fault-after", "50", "--fifo-lines", "100"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.lines.size() > 10; }));
+    EXPECT_TRUE(viewer.ServeUntil(
+        [&] { return MappedSegment(kInfoSegmentName).Get<std::uint64_t>(24) > 1000; }));
+    const MappedSegment info(kInfoSegmentName);
+    EXPECT_EQ(info.Get<std::uint64_t>(0), viewer.info.master_window);
+    EXPECT_TRUE(std::isnan(info.Get<double>(8)));
+    EXPECT_EQ(info.Get<char>(2039), 'X') << "the last name still ends";
+    EXPECT_GT(MappedSegment(viewer.ModuleName()).Get<std::int32_t>(0), 1000);
+    EXPECT_TRUE(viewer.ServeUntil([&] {
+        const MappedSegment fifo(viewer.FifoName());
+        return fifo && fifo.Get<std::uint64_t>(32) > 1'000'000 &&
+               fifo.Get<std::uint64_t>(40) > 1'000'000;
+    }));
+}
+
+TEST_F(DemoMasterTest, FaultQuit) {
+    Start({"--fault", "quit", "--fault-after", "50"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.quits == 1; }));
+    EXPECT_TRUE(m_master->WaitForOutput(std::to_string(viewer.handle()) + " disconnected"));
+}
+
+TEST_F(DemoMasterTest, FaultCapabilities) {
+    Start({"--limits", "X=-1:2:3:4", "--fault", "capabilities", "--fault-after", "50"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.capability_changes == 1; }));
+    EXPECT_EQ(viewer.ReadCapabilities()->at("X"), (AxisCapabilities{2.0, -1.0, 3.0, 4.0, 0.001}));
+    ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.capability_changes == 2; }));
+    EXPECT_EQ(viewer.ReadCapabilities()->at("X"), (AxisCapabilities{4.0, -2.0, 6.0, 8.0, 0.001}));
+}
+
+// ---- The sample master in C ----
+
+TEST(SineMasterTest, ViewerGetsTheSineAndTheEnd) {
+    ChildProcess master(WAVO_SINE_MASTER, {});
+    ASSERT_TRUE(master.WaitForOutput("sine_master: window")) << master.Errors();
+    ChildProcess second(WAVO_SINE_MASTER, {});
+    EXPECT_EQ(second.Wait(), 1);
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    EXPECT_THAT(viewer.info.axis_names, ElementsAre("X", "Y"));
+    EXPECT_EQ(viewer.info.cycle_time, 0.001);
+    EXPECT_EQ(viewer.info.fifo_lines, 4096U);
+    ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.lines.size() > 2000; }));
+    for (std::size_t i = 1; i < viewer.lines.size(); ++i) {
+        const auto& line = viewer.lines[i];
+        const auto& before = viewer.lines[i - 1];
+        ASSERT_NEAR(std::hypot(line[0], line[1]), 100.0, 1e-9);
+        ASSERT_NEAR(std::hypot(line[0] - before[0], line[1] - before[1]),
+                    200.0 * std::sin(M_PI / 1000.0), 1e-9)
+            << "a line is missing before line " << i;
+    }
+    EXPECT_EQ(viewer.capability_changes, 1);
+    EXPECT_EQ(viewer.ReadCapabilities()->at("Y"),
+              (AxisCapabilities{120.0, -120.0, 1000.0, 10000.0, 0.001}));
+    // A reconnect and a second viewer.
+    viewer.Disconnect();
+    viewer.PostConnect();
+    TestViewer other;
+    ASSERT_TRUE(other.Connect());
+    viewer.lines.clear();
+    ASSERT_TRUE(viewer.ServeUntil([&] {
+        other.Serve();
+        return viewer.lines.size() > 200 && other.lines.size() > 200;
+    }));
+    EXPECT_EQ(viewer.failed_opens, 0);
+    master.RequestEnd();
+    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.link_ends == 1 && viewer.master_gone; }));
+    EXPECT_EQ(master.Wait(), 0);
+    EXPECT_FALSE(SegmentExists(kInfoSegmentName));
+    EXPECT_FALSE(SegmentExists(viewer.FifoName()));
+    EXPECT_FALSE(SegmentExists(viewer.ModuleName()));
+    EXPECT_FALSE(platform::WindowExists(viewer.info.master_window));
+}
+
+TEST(SineMasterTest, OverrunIsToldAndDeadViewersAreDropped) {
+    ChildProcess master(WAVO_SINE_MASTER, {});
+    ASSERT_TRUE(master.WaitForOutput("sine_master: window")) << master.Errors();
+    auto viewer = std::make_unique<TestViewer>();
+    viewer->answers = false;
+    ASSERT_TRUE(viewer->Connect());
+    ASSERT_TRUE(viewer->ServeUntil([&] { return viewer->overruns == 1; }));
+    EXPECT_EQ(viewer->batches, 1);
+    const std::string fifo = viewer->FifoName();
+    EXPECT_TRUE(SegmentExists(fifo));
+    viewer.reset();
+    TestViewer other;
+    EXPECT_TRUE(other.ServeUntil([&] { return !SegmentExists(fifo); }));
+    master.RequestEnd();
+    EXPECT_EQ(master.Wait(), 0);
+}
+
+}  // namespace
+}  // namespace wavo::master

@@ -1,0 +1,281 @@
+// What a window makes of the packets that somebody writes to its socket by hand.
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "platform/message_window.h"
+#include "platform/posix/descriptor.h"
+#include "platform/posix/message_packet.h"
+#include "window_fixture.h"
+
+namespace wavo::platform {
+
+namespace {
+
+class PacketTest : public testing::WindowTest {
+ protected:
+    void SetUp() override {
+        m_window = Make([this](const Message& message) {
+            m_seen.push_back(message);
+            return std::int64_t{message.number} + 1000;
+        });
+    }
+
+    [[nodiscard]] sockaddr_un AddressOf(WindowHandle handle) const {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const std::string path = WindowFolderPath() + "/" + std::to_string(handle);
+        std::memcpy(address.sun_path, path.c_str(), path.size());
+        return address;
+    }
+
+    [[nodiscard]] Descriptor Connect() const {
+        Descriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+        const sockaddr_un address = AddressOf(m_window->handle());
+        EXPECT_EQ(
+            ::connect(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+            0);
+        return socket;
+    }
+
+    static MessagePacket Packet(PacketKind kind, std::uint32_t number = 0) {
+        MessagePacket packet;
+        packet.kind = kind;
+        packet.number = number;
+        packet.w_param = kind == PacketKind::kHello ? 4711 : 0;
+        return packet;
+    }
+
+    static bool Write(const Descriptor& socket, const void* data, std::size_t size) {
+        return ::send(socket.number(), data, size, MSG_NOSIGNAL) == static_cast<ssize_t>(size);
+    }
+    static bool Write(const Descriptor& socket, const MessagePacket& packet) {
+        return Write(socket, &packet, sizeof packet);
+    }
+
+    /// Whether the window has closed the connection.
+    static bool IsClosed(const Descriptor& socket) {
+        MessagePacket packet;
+        const ssize_t size = ::recv(socket.number(), &packet, sizeof packet, 0);
+        return size == 0 || (size < 0 && errno == ECONNRESET);
+    }
+
+    void DispatchAll() const {
+        while (IsReadable(m_window->PollDescriptor())) {
+            m_window->Dispatch();
+        }
+    }
+
+    /// Writes `packets` after one another; the last one is the one that must not be taken.
+    void ExpectRefused(const std::vector<MessagePacket>& packets) {
+        const Descriptor socket = Connect();
+        for (const MessagePacket& packet : packets) {
+            ASSERT_TRUE(Write(socket, packet));
+        }
+        DispatchAll();
+        EXPECT_TRUE(IsClosed(socket));
+        EXPECT_TRUE(m_seen.empty());
+        ExpectWorks();
+    }
+
+    void ExpectWorks() {
+        m_seen.clear();
+        const Descriptor socket = Connect();
+        Write(socket, Packet(PacketKind::kHello));
+        Write(socket, Packet(PacketKind::kPost, 3));
+        DispatchAll();
+        ASSERT_EQ(m_seen.size(), 1U);
+        EXPECT_EQ(m_seen[0].number, 3U);
+        EXPECT_FALSE(IsClosed(socket));
+        m_seen.clear();
+    }
+
+    std::vector<Message> m_seen;
+    std::unique_ptr<MessageWindow> m_window;
+};
+
+TEST_F(PacketTest, ASendWrittenByHandIsAnsweredWithItsNumber) {
+    const Descriptor socket = Connect();
+    MessagePacket send = Packet(PacketKind::kSend, 0x52D);
+    send.sequence = 0x123456789;
+    send.w_param = 17;
+    send.l_param = -4;
+    Write(socket, Packet(PacketKind::kHello));
+    Write(socket, send);
+    DispatchAll();
+    ASSERT_EQ(m_seen.size(), 1U);
+    EXPECT_EQ(m_seen[0], (Message{0x52D, 17, -4}));
+    MessagePacket reply;
+    ASSERT_EQ(::recv(socket.number(), &reply, sizeof reply, 0), 40);
+    EXPECT_EQ(reply.magic, kPacketMagic);
+    EXPECT_EQ(std::memcmp(&reply, "WAVO\1\0\4\0", 8), 0);
+    EXPECT_EQ(reply.kind, PacketKind::kReply);
+    EXPECT_EQ(reply.sequence, 0x123456789U);
+    EXPECT_EQ(reply.l_param, 0x52D + 1000);
+}
+
+TEST_F(PacketTest, PacketsOfAnotherSizeEndTheConnection) {
+    for (const std::size_t size : {1, 8, 39, 41, 80, 5000}) {
+        for (const bool greeted : {false, true}) {
+            const Descriptor socket = Connect();
+            if (greeted) {
+                Write(socket, Packet(PacketKind::kHello));
+            }
+            std::vector<char> bytes(size, 'x');
+            const MessagePacket packet = Packet(PacketKind::kPost, 9);
+            std::memcpy(bytes.data(), &packet, std::min(size, sizeof packet));
+            ASSERT_TRUE(Write(socket, bytes.data(), bytes.size()));
+            DispatchAll();
+            EXPECT_TRUE(IsClosed(socket)) << size;
+            EXPECT_TRUE(m_seen.empty());
+        }
+    }
+    ExpectWorks();
+}
+
+TEST_F(PacketTest, AnotherMagicOrVersionEndsTheConnection) {
+    MessagePacket hello = Packet(PacketKind::kHello);
+    hello.magic ^= 1;
+    ExpectRefused({hello});
+    hello = Packet(PacketKind::kHello);
+    hello.version = 2;
+    ExpectRefused({hello});
+    MessagePacket post = Packet(PacketKind::kPost, 1);
+    post.magic = 0;
+    ExpectRefused({Packet(PacketKind::kHello), post});
+}
+
+TEST_F(PacketTest, UnexpectedKindsEndTheConnection) {
+    ExpectRefused({Packet(PacketKind::kPost, 1)});
+    ExpectRefused({Packet(PacketKind::kSend, 1)});
+    ExpectRefused({Packet(PacketKind::kReply)});
+    ExpectRefused({Packet(PacketKind::kHello), Packet(PacketKind::kHello)});
+    ExpectRefused({Packet(PacketKind::kHello), Packet(PacketKind::kReply)});
+    ExpectRefused({Packet(PacketKind::kHello), Packet(static_cast<PacketKind>(0), 1)});
+    ExpectRefused({Packet(PacketKind::kHello), Packet(static_cast<PacketKind>(5), 1)});
+}
+
+TEST_F(PacketTest, AHelloWithoutAWindowEndsTheConnection) {
+    MessagePacket hello = Packet(PacketKind::kHello);
+    hello.w_param = 0;
+    ExpectRefused({hello});
+    hello.w_param = std::uint64_t{1} << 31;
+    ExpectRefused({hello});
+}
+
+TEST_F(PacketTest, WhatCameBeforeTheGarbageIsHandled) {
+    const Descriptor socket = Connect();
+    Write(socket, Packet(PacketKind::kHello));
+    Write(socket, Packet(PacketKind::kPost, 1));
+    Write(socket, "garbage", 7);
+    Write(socket, Packet(PacketKind::kPost, 2));
+    DispatchAll();
+    ASSERT_EQ(m_seen.size(), 1U);
+    EXPECT_EQ(m_seen[0].number, 1U);
+}
+
+TEST_F(PacketTest, SilentConnectionsComeAndGo) {
+    for (int i = 0; i < 300; ++i) {
+        const Descriptor silent = Connect();
+        if (i % 3 == 0) {
+            DispatchAll();
+        }
+    }
+    std::vector<Descriptor> staying;
+    for (int i = 0; i < 50; ++i) {
+        staying.push_back(Connect());
+    }
+    DispatchAll();
+    ExpectWorks();
+    DispatchAll();
+    for (const Descriptor& socket : staying) {
+        EXPECT_FALSE(IsClosed(socket));
+    }
+}
+
+TEST_F(PacketTest, AskingWhetherAWindowExistsDoesNotDisturbIt) {
+    WindowHandle handle = m_window->handle();
+    // From another thread's view the answer is the same; from another process it is a connection.
+    EXPECT_TRUE(WindowExists(handle));
+    ExpectWorks();
+}
+
+TEST_F(PacketTest, ASenderThatReadsNoRepliesLosesItsConnection) {
+    const Descriptor socket = Connect();
+    Write(socket, Packet(PacketKind::kHello));
+    int sent = 0;
+    bool alive = true;
+    while (alive && sent < 100000) {
+        alive = Write(socket, Packet(PacketKind::kSend, 1));
+        ++sent;
+        m_window->Dispatch();
+    }
+    EXPECT_FALSE(alive);
+    ExpectWorks();
+}
+
+TEST_F(PacketTest, APeerThatAnswersGarbageCountsAsGone) {
+    // A window by hand: it listens under a number and answers with what is no reply.
+    const Descriptor listener(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    const sockaddr_un address = AddressOf(123);
+    ASSERT_EQ(
+        ::bind(listener.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(::listen(listener.number(), 5), 0);
+    std::vector<WindowHandle> gone;
+    m_window->SetPeerGoneHandler([&](WindowHandle handle) { gone.push_back(handle); });
+
+    for (const bool right_size : {false, true}) {
+        std::thread peer([&] {
+            const Descriptor socket(::accept(listener.number(), nullptr, nullptr));
+            MessagePacket packet;
+            EXPECT_EQ(::recv(socket.number(), &packet, sizeof packet, 0), 40);
+            EXPECT_EQ(packet.kind, PacketKind::kHello);
+            EXPECT_EQ(packet.w_param, m_window->handle());
+            EXPECT_EQ(::recv(socket.number(), &packet, sizeof packet, 0), 40);
+            EXPECT_EQ(packet.kind, PacketKind::kSend);
+            Write(socket, &packet, right_size ? 40 : 10);
+            ::recv(socket.number(), &packet, sizeof packet, 0);
+        });
+        EXPECT_EQ(m_window->Send(123, {1}).status, SendStatus::kGone);
+        peer.join();
+        m_window->Dispatch();
+    }
+    EXPECT_EQ(gone, (std::vector<WindowHandle>{123, 123}));
+}
+
+TEST_F(PacketTest, AReplyWithAnotherNumberIsDropped) {
+    const Descriptor listener(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    const sockaddr_un address = AddressOf(123);
+    ASSERT_EQ(
+        ::bind(listener.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(::listen(listener.number(), 5), 0);
+    std::thread peer([&] {
+        const Descriptor socket(::accept(listener.number(), nullptr, nullptr));
+        MessagePacket packet;
+        ::recv(socket.number(), &packet, sizeof packet, 0);
+        ::recv(socket.number(), &packet, sizeof packet, 0);
+        MessagePacket reply = Packet(PacketKind::kReply);
+        for (const std::uint64_t distance : {100U, 1U, 0U}) {
+            reply.sequence = packet.sequence - distance;
+            reply.l_param = static_cast<std::int64_t>(distance) + 5;
+            Write(socket, reply);
+        }
+        // Gone with the reply still unread: the reply counts.
+    });
+    const SendResult result = m_window->Send(123, {1});
+    peer.join();
+    EXPECT_EQ(result.status, SendStatus::kDone);
+    EXPECT_EQ(result.result, 5);
+}
+
+}  // namespace
+
+}  // namespace wavo::platform

@@ -1,0 +1,191 @@
+// The layers: which folder may include what. The table is the architecture; this test holds it.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace wavo {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+struct Layer {
+    std::vector<std::string> may_include;  // folders of ours, or single headers
+    bool qt = false;
+};
+
+const std::map<std::string, Layer>& Layers() {
+    static const std::map<std::string, Layer> layers = {
+        {"platform", {{}}},
+        {"support", {{"platform"}}},
+        {"link", {{"support", "platform"}}},
+        {"graph/model", {{"link/axis_capabilities.h", "support"}}},
+        {"graph/values", {{"support"}}},
+        {"graph/draw", {{"graph/model", "graph/values", "support"}, true}},
+        {"ui/dialogs", {{"graph/model", "graph/values", "link/axis_capabilities.h", "support"}, true}},
+        {"view",
+         {{"ui/dialogs", "graph/model", "graph/values", "graph/draw", "link", "support",
+           "platform"},
+          true}},
+        {"ui/shell",
+         {{"view", "ui/dialogs", "graph/model", "graph/values", "graph/draw", "link", "support",
+           "platform"},
+          true}},
+        {"master",
+         {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "support", "platform"}}},
+    };
+    return layers;
+}
+
+/// The layer that a path (relative to src, or beginning with "master/") lies in; empty for none.
+std::string LayerOf(const std::string& path) {
+    for (const auto& [name, layer] : Layers()) {
+        if (path.starts_with(name + "/")) {
+            return name;
+        }
+    }
+    return {};
+}
+
+bool IsOperatingSystemHeader(const std::string& header) {
+    static const std::regex pattern(
+        "(sys/.*|linux/.*|netinet/.*|arpa/.*|unistd|fcntl|signal|csignal|pthread|dlfcn|poll|pwd|"
+        "execinfo|termios|sched|errno|windows|winsock2?|shlobj|dbghelp|io|direct|process)\\.h|"
+        "qt_windows\\.h|csignal");
+    return std::regex_match(header, pattern);
+}
+
+/// Violations in one source text, in words.
+std::vector<std::string> Check(const std::string& path, const std::string& text) {
+    static const std::regex include_line("^\\s*#\\s*include\\s+([<\"])([^>\"]+)[>\"].*");
+    static const std::regex condition_line(
+        "^\\s*#\\s*(if|ifdef|ifndef|elif)\\b.*\\b(_WIN32|WIN32|_WIN64|__linux__|__unix__|__APPLE__|"
+        "_MSC_VER|__MINGW32__|__MINGW64__|Q_OS_\\w+).*");
+    std::vector<std::string> violations;
+    const std::string layer = LayerOf(path);
+    if (layer.empty()) {
+        return {path + ": lies in no layer"};
+    }
+    const Layer& rules = Layers().at(layer);
+    std::istringstream lines(text);
+    std::string first_include;
+    for (std::string line; std::getline(lines, line);) {
+        std::smatch match;
+        if (layer != "platform" && std::regex_match(line, match, condition_line)) {
+            violations.push_back(path + ": depends on the operating system: " + line);
+        }
+        if (!std::regex_match(line, match, include_line)) {
+            continue;
+        }
+        const std::string header = match[2];
+        if (first_include.empty()) {
+            first_include = header;
+        }
+        if (match[1] == "<") {
+            if (!rules.qt && header.starts_with("Q")) {
+                violations.push_back(path + ": no Qt here: " + header);
+            }
+            if (layer != "platform" && IsOperatingSystemHeader(header)) {
+                violations.push_back(path + ": header of an operating system: " + header);
+            }
+            continue;
+        }
+        const std::string target = LayerOf(header);
+        const bool allowed =
+            target == layer ||
+            std::any_of(rules.may_include.begin(), rules.may_include.end(),
+                        [&](const std::string& may) { return may == target || may == header; });
+        // Headers beside the file (no folder) are its own.
+        if (!allowed && header.find('/') != std::string::npos) {
+            violations.push_back(path + ": may not include " + header);
+        }
+    }
+    if (path.ends_with(".cpp") && !path.ends_with("/main.cpp")) {
+        const std::string own = fs::path(path).stem().string() + ".h";
+        if (fs::path(first_include).filename() != own &&
+            fs::exists(fs::path(WAVO_SOURCE_DIR) / "src" / fs::path(path).parent_path() / own)) {
+            violations.push_back(path + ": does not include its own header first");
+        }
+    }
+    return violations;
+}
+
+std::string ReadFile(const fs::path& path) {
+    std::ifstream file(path);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+TEST(Layers, EverySourceKeepsToTheTable) {
+    std::vector<std::string> violations;
+    std::size_t files = 0;
+    const fs::path root(WAVO_SOURCE_DIR);
+    for (const auto& [folder, base] : {std::pair{root / "src", root / "src"},
+                                       std::pair{root / "master", root}}) {
+        for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+            const std::string extension = entry.path().extension().string();
+            if (extension != ".h" && extension != ".cpp") {
+                continue;
+            }
+            ++files;
+            const std::vector<std::string> found =
+                Check(fs::relative(entry.path(), base).generic_string(), ReadFile(entry.path()));
+            violations.insert(violations.end(), found.begin(), found.end());
+        }
+    }
+    EXPECT_GT(files, 60U);
+    EXPECT_THAT(violations, IsEmpty());
+}
+
+TEST(Layers, APlantedBadIncludeIsFound) {
+    EXPECT_THAT(Check("link/line_fifo.h", "#include \"view/wavo_view.h\"\n"),
+                ElementsAre("link/line_fifo.h: may not include view/wavo_view.h"));
+    EXPECT_THAT(Check("graph/model/wavo_graph.h", "#include \"link/line_fifo.h\"\n"),
+                ElementsAre("graph/model/wavo_graph.h: may not include link/line_fifo.h"));
+    EXPECT_THAT(Check("graph/values/graph_value.h", "#include <QString>\n"),
+                ElementsAre("graph/values/graph_value.h: no Qt here: QString"));
+    EXPECT_THAT(Check("view/wavo_view.h", "#include <unistd.h>\n"),
+                ElementsAre("view/wavo_view.h: header of an operating system: unistd.h"));
+    EXPECT_THAT(Check("view/wavo_view.h", "#ifdef Q_OS_WIN\n"),
+                ElementsAre("view/wavo_view.h: depends on the operating system: #ifdef Q_OS_WIN"));
+    EXPECT_THAT(Check("link/line_fifo.cpp", "#include <atomic>\n#include \"link/line_fifo.h\"\n"),
+                ElementsAre("link/line_fifo.cpp: does not include its own header first"));
+    EXPECT_THAT(Check("view/wavo_view.cpp", "#include \"view/wavo_view.h\"\n#include <QPainter>\n"),
+                IsEmpty());
+}
+
+TEST(Layers, TheTableHasNoCycle) {
+    std::map<std::string, int> state;  // 1 = on the path, 2 = done
+    std::function<bool(const std::string&)> has_cycle = [&](const std::string& name) {
+        if (state[name] != 0) {
+            return state[name] == 1;
+        }
+        state[name] = 1;
+        for (const std::string& next : Layers().at(name).may_include) {
+            const std::string target = Layers().contains(next) ? next : LayerOf(next);
+            if (target != name && has_cycle(target)) {
+                return true;
+            }
+        }
+        state[name] = 2;
+        return false;
+    };
+    for (const auto& [name, layer] : Layers()) {
+        EXPECT_FALSE(has_cycle(name)) << name;
+    }
+}
+
+}  // namespace
+}  // namespace wavo

@@ -1,0 +1,599 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <memory>
+
+#include "expect_errors.h"
+#include "fake_acquisition_host.h"
+#include "fake_master_channel.h"
+#include "fake_shared_memory.h"
+#include "support/diagnostics.h"
+#include "test_fifo_segment.h"
+#include "ui/dialogs/graph_editor.h"
+#include "view/acquisition_cycle.h"
+
+namespace wavo {
+namespace {
+
+using diagnostics::Service;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::CollectReports;
+using testing::ExpectErrorLog;
+using testing::FakeHost;
+using testing::FakeMasterChannel;
+using testing::FifoSegment;
+
+constexpr char kReady[] = "send 815 52d 0";
+constexpr char kConnect[] = "post 815 52c 2";
+constexpr char kDisconnect[] = "send 815 52c 1";
+constexpr platform::Message kNewValues{0x52C, 1, 0};
+constexpr platform::Message kLinkEnded{0x52C, 2, 0};
+constexpr platform::Message kOverrun{0x52D, 0, 0};
+
+/// Initialised by hand, records what it is told; never posts anything.
+class FakeEditor : public GraphEditor {
+ public:
+    bool Init(std::vector<WavoGraph>& graphs, const std::vector<std::string>& axes) override {
+        happened.push_back("init " + std::to_string(graphs.size()) + " " +
+                           std::to_string(axes.size()));
+        initialised = !graphs.empty();
+        return !fails;
+    }
+    [[nodiscard]] bool IsInitialised() const override { return initialised; }
+    void SetNotInitialised() override {
+        initialised = false;
+        happened.emplace_back("not initialised");
+    }
+    void ResetSelection() override { happened.emplace_back("reset selection"); }
+    void SetCycleTime(double cycle_time) override { cycle = cycle_time; }
+    void SetAcquisitionRuns(bool) override {}
+
+    bool initialised = false;
+    bool fails = false;
+    double cycle = 0.0;
+    std::vector<std::string> happened;
+};
+
+class Cycle : public ::testing::Test {
+ protected:
+    Cycle() {
+        testing::ResetFakeSharedMemory();
+        m_host.board = &m_board;
+        m_host.cycle = &m_cycle;
+        PublishInfo({"X1", "Y1"});
+        NewFifo();
+    }
+    ~Cycle() override { _MTrace_SetLevel("default", 1); }
+
+    static void PublishInfo(const std::vector<std::string>& axes, double cycle_time = 0.004,
+                            std::uint64_t lines = 8) {
+        MasterInfoBlock block{};
+        block.master_window = FakeMasterChannel::kMaster;
+        block.cycle_time = cycle_time;
+        block.axis_count = axes.size();
+        block.fifo_lines = lines;
+        char* position = block.axis_names;
+        for (const std::string& axis : axes) {
+            std::memcpy(position, axis.c_str(), axis.size() + 1);
+            position += axis.size() + 1;
+        }
+        std::memcpy(testing::AddFakeSegment("MachineTools_InfoData", sizeof block), &block,
+                    sizeof block);
+    }
+
+    void NewFifo(std::uint64_t lines = 8, std::uint64_t doubles = 2) {
+        m_fifo = std::make_unique<FifoSegment>("MValues_4711", lines, doubles);
+    }
+
+    /// A graph of one axis, so that no default graph is added.
+    void AddGraph(const std::string& axis, std::int32_t derivation = 0) {
+        WavoGraph graph;
+        graph.InitGraph(static_cast<std::uint32_t>(m_board.Graphs().size() + 1), axis.c_str(), 0,
+                        nullptr);
+        graph.YCoorAxDerivation = {derivation};
+        m_board.Graphs().push_back(graph);
+    }
+
+    /// Connected, one batch of one line taken and answered.
+    void ConnectAndTakeFirstBatch() {
+        AddGraph("X1");
+        ASSERT_TRUE(m_cycle.Connect(true));
+        m_fifo->Write(1.0);
+        ASSERT_EQ(m_cycle.OnMessage(kNewValues), 1);
+        m_channel.Take();
+        m_host.Take();
+        m_editor.happened.clear();
+    }
+
+    [[nodiscard]] std::vector<double> Held(const std::string& name, std::int32_t derivation = 0) {
+        for (GraphValue& value : m_board.Registry().Values()) {
+            if (value.Name() == name && value.DerivationOrder() == derivation) {
+                std::vector<double> held;
+                double start = 0.0;
+                value.GetTimeRangeValues(held, value.TimeRange(), start);
+                return held;
+            }
+        }
+        ADD_FAILURE() << "no buffer " << name;
+        return {};
+    }
+
+    FakeMasterChannel m_channel;
+    FakeHost m_host;
+    FakeEditor m_editor;
+    std::recursive_mutex m_lock;
+    GraphBoard m_board{m_host, [this](const std::string& text) { m_host.ShowError(text); }};
+    AcquisitionCycle m_cycle{m_channel, m_board, m_editor, m_host, m_lock};
+    std::unique_ptr<FifoSegment> m_fifo;
+};
+
+// ---- Connect ----
+
+TEST_F(Cycle, ConnectTakesTheAxesInitialisesTheEditorAndPosts) {
+    EXPECT_TRUE(m_cycle.Connect(true));
+    EXPECT_THAT(m_cycle.AxisNames(), ElementsAre("X1", "Y1"));
+    EXPECT_EQ(m_cycle.CycleTime(), 0.004);
+    EXPECT_EQ(m_host.panes[StatusPane::kCycleTime], "cycl. time=0.00400s");
+    EXPECT_THAT(m_editor.happened, ElementsAre("not initialised", "reset selection", "init 0 2"));
+    EXPECT_EQ(m_editor.cycle, 0.004);
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kConnect));
+    EXPECT_FALSE(m_cycle.CanConnect());
+}
+
+TEST_F(Cycle, ConnectWithoutPostSaysNothingToTheMaster) {
+    EXPECT_TRUE(m_cycle.Connect(false));
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+}
+
+TEST_F(Cycle, AFailedConnectEmptiesTheAxesAndShowsNoBox) {
+    ASSERT_TRUE(m_cycle.Connect(false));
+    testing::RemoveFakeSegment("MachineTools_InfoData");
+    EXPECT_FALSE(m_cycle.Connect(true));
+    EXPECT_THAT(m_cycle.AxisNames(), IsEmpty());
+    EXPECT_FALSE(m_cycle.IsMasterKnown());
+    EXPECT_TRUE(m_cycle.CanConnect());
+    EXPECT_THAT(m_host.Take(), IsEmpty());
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+}
+
+TEST_F(Cycle, ConnectByTheUserShowsABoxWhenThereIsNoMaster) {
+    testing::RemoveFakeSegment("MachineTools_InfoData");
+    m_cycle.ConnectByUser();
+    EXPECT_THAT(m_host.Take(), ElementsAre("box Master process (Dorvane) not present."));
+}
+
+TEST_F(Cycle, ADeadMastersInfoBlockCountsAsNone) {
+    m_channel.alive.clear();
+    EXPECT_FALSE(m_cycle.Connect(true));
+    EXPECT_FALSE(m_cycle.IsMasterKnown());
+}
+
+TEST_F(Cycle, ARefusedInfoBlockEndsInTheErrorLogAndTheStatusBar) {
+    PublishInfo({"X1"}, std::numeric_limits<double>::quiet_NaN());
+    const ExpectErrorLog expected(
+        {"ReadMasterInfo(): MachineTools_InfoData refused: the cycle time is not a positive "
+         "number"});
+    EXPECT_FALSE(m_cycle.Connect(true));
+    EXPECT_EQ(m_host.panes[StatusPane::kMessage],
+              "The master's info block is not valid, see the error log");
+}
+
+TEST_F(Cycle, AnotherCycleTimeDropsAllBuffers) {
+    ConnectAndTakeFirstBatch();
+    EXPECT_EQ(m_board.Registry().Values().size(), 1U);
+    EXPECT_TRUE(m_cycle.Connect(false));
+    EXPECT_EQ(m_board.Registry().Values().size(), 1U);
+    PublishInfo({"X1", "Y1"}, 0.002);
+    EXPECT_TRUE(m_cycle.Connect(false));
+    EXPECT_THAT(m_board.Registry().Values(), IsEmpty());
+    EXPECT_THAT(m_board.DistributionLists(), IsEmpty());
+}
+
+// ---- batches ----
+
+TEST_F(Cycle, EveryLineOfABatchReachesTheBuffersInOrderAndIsAnsweredOnce) {
+    AddGraph("X1");
+    AddGraph("Y1");
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_fifo->Write(10.0);
+    m_fifo->Write(20.0);
+    m_fifo->Write(30.0);
+    m_channel.Take();
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(10.0, 20.0, 30.0));
+    EXPECT_THAT(Held("Y1"), ElementsAre(11.0, 21.0, 31.0));
+    EXPECT_EQ(m_cycle.TotalLines(), 3U);
+    EXPECT_EQ(m_host.panes[StatusPane::kTotalLines], "3");
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+    EXPECT_THAT(m_host.Take(), ElementsAre("rebuild", "draw"));
+
+    m_fifo->Write(40.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(10.0, 20.0, 30.0, 40.0));
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+    EXPECT_THAT(m_host.Take(), ElementsAre("draw"));
+}
+
+TEST_F(Cycle, AnEmptyBatchIsAnsweredToo) {
+    ConnectAndTakeFirstBatch();
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+    EXPECT_EQ(m_cycle.TotalLines(), 1U);
+}
+
+TEST_F(Cycle, DerivedStreamsOfAnAxisGetItsValuesToo) {
+    AddGraph("X1");
+    AddGraph("X1", 1);
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_fifo->Write(0.0);
+    m_fifo->Write(0.4);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(Held("X1", 1), ElementsAre(0.0, 0.4 / 0.004));
+    EXPECT_EQ(m_board.DistributionLists()[0].size(), 2U);
+    EXPECT_EQ(m_board.DistributionLists()[1].size(), 0U);
+}
+
+TEST_F(Cycle, AStoppedViewDrainsCountsAndAnswersAtOnceWithoutDrawing) {
+    ConnectAndTakeFirstBatch();
+    m_cycle.SetRunning(false);
+    m_fifo->Write(2.0);
+    m_fifo->Write(3.0);
+    _MTrace_SetLevel("default", 4);
+    const CollectReports traces(Service::kTrace);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+    EXPECT_THAT(m_host.Take(), IsEmpty());
+    EXPECT_EQ(m_cycle.TotalLines(), 3U);
+    EXPECT_THAT(Held("X1"), ElementsAre(1.0));
+    EXPECT_THAT(traces.Texts(),
+                ElementsAre("AxValueReader::ReadFromFifo(): read 2 lines from main prg.",
+                            "DrawingGraphsValue(): --- tx msg. 'ready for new values'"));
+}
+
+TEST_F(Cycle, ARunningBatchTracesTheSettingOfValuesAndTheReady) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    std::vector<std::string> texts;
+    {
+        _MTrace_SetLevel("default", 4);
+        const CollectReports traces(Service::kTrace);
+        EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+        texts = traces.Texts();
+    }
+    EXPECT_THAT(texts, Contains("OnMessageFromMainNewMValues(): --- start to set values"));
+    EXPECT_THAT(texts, Contains("OnMessageFromMainNewMValues(): --- end of set values"));
+    EXPECT_EQ(texts.back(), "OnDraw(): --- tx msg. 'ready for new values'");
+}
+
+TEST_F(Cycle, ABatchDuringDrawingIsRefusedUnread) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    m_host.drawing = true;
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    EXPECT_THAT(m_host.Take(),
+                ElementsAre("box Fatal prg. error, can not take new mvalues.\n All ax. values out "
+                            "of sync."));
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+    EXPECT_EQ(m_cycle.TotalLines(), 1U);
+    EXPECT_EQ(m_fifo->header().read_index, 1U);
+}
+
+TEST_F(Cycle, ABatchAnnouncedWhileTheReadyIsBeingSentIsTakenAndAnsweredOnce) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    m_channel.on_send = [this](ToMaster, std::uint64_t) {
+        m_channel.on_send = nullptr;
+        m_fifo->Write(3.0);
+        EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    };
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(1.0, 2.0, 3.0));
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady, kReady));
+}
+
+TEST_F(Cycle, ABatchAnnouncedWhileAnotherWaitsForItsBoxIsRefused) {
+    AddGraph("X1");
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_channel.Take();
+    testing::RemoveFakeSegment("MValues_4711");
+    m_host.on_box = [this] { EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0); };
+    const ExpectErrorLog expected(
+        {"CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Open() failed",
+         "CWavoView::OnMessageFromMainNewMValues(): new values announced before the last ones "
+         "were answered",
+         "Write(): interface is not open",
+         "CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed"});
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+}
+
+TEST_F(Cycle, AReaderThatCannotBeOpenedDoesNotStopTheStepsThatFollow) {
+    AddGraph("X1");
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_channel.Take();
+    testing::RemoveFakeSegment("MValues_4711");
+    const ExpectErrorLog expected(
+        {"CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Open() failed",
+         "Write(): interface is not open",
+         "CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed"});
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    EXPECT_THAT(m_host.Take(),
+                ElementsAre("box Can not open mvales fifo", "rebuild",
+                            "box Prg.error, input buffer for axis values to small"));
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+}
+
+TEST_F(Cycle, AMasterWithoutAxesGetsTheBoxOnEveryBatch) {
+    PublishInfo({});
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_channel.Take();
+    const std::string text = "Prg.error, value input buffer is not available";
+    const std::string log =
+        "CWavoView::OnMessageFromMainNewMValues(): value input buffer is not available";
+    const ExpectErrorLog expected({log, log});
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    EXPECT_THAT(m_host.Take(), ElementsAre("rebuild", "box " + text));
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    EXPECT_THAT(m_host.Take(), ElementsAre("box " + text));
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+}
+
+TEST_F(Cycle, AMasterWithoutFifoLinesGetsBothBoxes) {
+    PublishInfo({"X1", "Y1"}, 0.004, 0);
+    ASSERT_TRUE(m_cycle.Connect(true));
+    const ExpectErrorLog expected(
+        {"CWavoView::OnMessageFromMainNewMValues(): Prg. error, number of fifo lines=0",
+         "CWavoView::OnMessageFromMainNewMValues(): value input buffer is not available"});
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    EXPECT_THAT(m_host.Take(),
+                ElementsAre("box Prg. error, number of fifo lines=0", "rebuild",
+                            "box Prg.error, value input buffer is not available"));
+}
+
+TEST_F(Cycle, AnAbsurdNumberOfFifoLinesGivesNoBuffer) {
+    PublishInfo({"X1", "Y1"}, 0.004, std::numeric_limits<std::uint64_t>::max());
+    ASSERT_TRUE(m_cycle.Connect(true));
+    const ExpectErrorLog expected(
+        {"CWavoView::OnMessageFromMainNewMValues(): value input buffer is not available"});
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+}
+
+TEST_F(Cycle, ABatchThatIsTooLargeIsDrainedAndItsBoxShownOnceUntilABatchSucceeds) {
+    PublishInfo({"X1", "Y1"}, 0.004, 1);  // the buffer takes one line, the FIFO holds seven
+    AddGraph("X1");
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_channel.Take();
+    const std::string log =
+        "CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed";
+    const std::string box = "box Prg.error, input buffer for axis values to small";
+    const auto two_lines = [this] {
+        m_fifo->Write(1.0);
+        m_fifo->Write(2.0);
+        return m_cycle.OnMessage(kNewValues);
+    };
+    {
+        const ExpectErrorLog expected({log, log});
+        EXPECT_EQ(two_lines(), 0);
+        EXPECT_THAT(m_host.Take(), ElementsAre("rebuild", box));
+        EXPECT_EQ(m_fifo->header().read_index, 2U);
+        EXPECT_EQ(two_lines(), 0);
+        EXPECT_THAT(m_host.Take(), IsEmpty());
+        EXPECT_THAT(m_channel.Take(), IsEmpty());
+    }
+    m_fifo->Write(3.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_EQ(m_cycle.TotalLines(), 1U);
+    m_host.Take();
+    const ExpectErrorLog expected({log});
+    EXPECT_EQ(two_lines(), 0);
+    EXPECT_THAT(m_host.Take(), ElementsAre(box));
+}
+
+// ---- the default graph ----
+
+struct DefaultAxis {
+    std::vector<std::string> axes;
+    std::string chosen;
+};
+
+class DefaultGraph : public Cycle, public ::testing::WithParamInterface<DefaultAxis> {};
+
+TEST_P(DefaultGraph, IsAddedForTheFirstAxisNamedXYZOrC) {
+    const std::size_t axes = GetParam().axes.size();
+    PublishInfo(GetParam().axes);
+    NewFifo(8, axes);
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_fifo->Write(5.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    ASSERT_EQ(m_board.Graphs().size(), 1U);
+    const WavoGraph& graph = m_board.Graphs().front();
+    EXPECT_EQ(graph.GraphNumber, 1U);
+    EXPECT_THAT(graph.YCoorAxName, ElementsAre(GetParam().chosen));
+    EXPECT_THAT(graph.YCoorAxColor, ElementsAre(0xFFFFFFU));  // contrasts with black
+    EXPECT_THAT(m_host.Take(), ElementsAre("rebuild", "title running", "rebuild", "draw"));
+    EXPECT_TRUE(m_editor.IsInitialised());
+    EXPECT_EQ(Held(GetParam().chosen).size(), 1U);  // the batch that brought the graph counts
+}
+
+INSTANTIATE_TEST_SUITE_P(Axes, DefaultGraph,
+                         ::testing::Values(DefaultAxis{{"A", "y", "x"}, "y"},
+                                           DefaultAxis{{"A", "B", "c"}, "c"},
+                                           DefaultAxis{{"X", "Y", "z"}, "z"},
+                                           DefaultAxis{{"X", "Y"}, "X"},
+                                           DefaultAxis{{"x1", "xy"}, "x1"}));
+
+TEST_F(Cycle, AFailedInitOfTheEditorIsShownAndTheBatchGoesOn) {
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_channel.Take();
+    m_editor.fails = true;
+    m_fifo->Write(1.0);
+    const ExpectErrorLog expected(
+        {"CWavoView::OnMessageFromMainNewMValues(): m_GraphAxSelect.Init() failed"});
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(m_host.Take(), Contains("box Prg.error, can not display graph data"));
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+}
+
+TEST_F(Cycle, WithoutAMasterWindowNoDefaultGraphIsAdded) {
+    ConnectAndTakeFirstBatch();
+    m_board.Graphs().clear();
+    m_editor.initialised = false;
+    // The info block is gone, the open reader still has a line.
+    testing::RemoveFakeSegment("MachineTools_InfoData");
+    EXPECT_FALSE(m_cycle.Connect(false));
+    m_fifo->Write(2.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(m_host.Take(), Contains("box Prg.error, m_MasterInfoData==NULL"));
+    EXPECT_THAT(m_board.Graphs(), IsEmpty());
+}
+
+// ---- the end of a link ----
+
+TEST_F(Cycle, TheLinkEndClosesTheReaderForgetsTheMasterAndResetsTheTotal) {
+    ConnectAndTakeFirstBatch();
+    EXPECT_EQ(m_cycle.OnMessage(kLinkEnded), 1);
+    EXPECT_FALSE(m_cycle.IsReaderOpen());
+    EXPECT_FALSE(m_cycle.IsMasterKnown());
+    EXPECT_EQ(m_cycle.TotalLines(), 0U);
+    EXPECT_EQ(m_fifo->header().reader_mark, 0U);
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+    EXPECT_EQ(m_host.panes[StatusPane::kTotalLines], "0");
+    EXPECT_TRUE(m_cycle.CanConnect());
+}
+
+TEST_F(Cycle, OtherNoticesAreIgnored) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    for (const std::uint64_t notice : {0ULL, 3ULL, 0xFFFFFFFFFFFFFFFFULL}) {
+        EXPECT_EQ(m_cycle.OnMessage({0x52C, notice, 0}), 1);
+    }
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+    EXPECT_EQ(m_cycle.TotalLines(), 1U);
+}
+
+TEST_F(Cycle, UnknownMessagesAreIgnored) {
+    ConnectAndTakeFirstBatch();
+    EXPECT_EQ(m_cycle.OnMessage({0x530, 1, 0}), 0);
+    EXPECT_THAT(m_host.Take(), IsEmpty());
+}
+
+TEST_F(Cycle, AnOverrunSendsTheDisconnectThenShowsTheBoxThenCloses) {
+    ConnectAndTakeFirstBatch();
+    m_host.on_box = [this] {
+        EXPECT_THAT(m_channel.Take(), ElementsAre(kDisconnect));
+        EXPECT_TRUE(m_cycle.IsReaderOpen());
+    };
+    EXPECT_EQ(m_cycle.OnMessage(kOverrun), 1);
+    EXPECT_THAT(m_host.Take(),
+                ElementsAre("box overrun value fifo (main -> wavo.) from master proc. detected"));
+    EXPECT_FALSE(m_cycle.IsReaderOpen());
+    EXPECT_TRUE(m_cycle.IsMasterKnown());
+    EXPECT_EQ(m_cycle.TotalLines(), 1U);
+    EXPECT_TRUE(m_cycle.CanConnect());
+
+    m_cycle.ConnectByUser();
+    EXPECT_FALSE(m_cycle.CanConnect());
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kConnect));
+}
+
+TEST_F(Cycle, AnOverrunWithoutAMasterOnlyShowsTheBox) {
+    EXPECT_EQ(m_cycle.OnMessage(kOverrun), 1);
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+    EXPECT_THAT(m_host.Take(),
+                ElementsAre("box overrun value fifo (main -> wavo.) from master proc. detected"));
+}
+
+TEST_F(Cycle, QuitDisconnectsAndEndsTheProcess) {
+    ConnectAndTakeFirstBatch();
+    m_cycle.OnMessage({0x52E, 0, 0});
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kDisconnect));
+    EXPECT_THAT(m_host.Take(), ElementsAre("end process"));
+    m_cycle.End();  // the view's end says nothing a second time
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+}
+
+TEST_F(Cycle, TheViewsEndDisconnectsAndCloses) {
+    ConnectAndTakeFirstBatch();
+    m_cycle.End();
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kDisconnect));
+    EXPECT_FALSE(m_cycle.IsReaderOpen());
+    m_fifo->Write(2.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+    EXPECT_FALSE(m_cycle.IsReaderOpen());
+}
+
+TEST_F(Cycle, ChangedCapabilitiesAreFetchedAtTheNextLookup) {
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_channel.Take();
+    EXPECT_EQ(m_cycle.OnMessage({0x52F, 0, 0}), 1);
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+    const ExpectErrorLog expected(
+        {"SlaveGlobalCapabilities::GetNewCapabilitiesFromMaster(): failed to link data module "
+         "[DataModCap4711]"});
+    EXPECT_FALSE(m_cycle.Capabilities().FindAxis("X1"));
+    EXPECT_THAT(m_channel.Take(), ElementsAre("send 815 52e 0", "send 815 52f 0"));
+}
+
+// ---- a master that dies or hangs ----
+
+TEST_F(Cycle, AMasterThatVanishesIsForgottenAndTheGraphsStay) {
+    ConnectAndTakeFirstBatch();
+    m_cycle.OnPeerGone(FakeMasterChannel::kMaster);
+    EXPECT_FALSE(m_cycle.IsMasterKnown());
+    EXPECT_FALSE(m_cycle.IsReaderOpen());
+    EXPECT_EQ(m_cycle.TotalLines(), 1U);
+    EXPECT_EQ(m_board.Graphs().size(), 1U);
+    EXPECT_THAT(Held("X1"), ElementsAre(1.0));
+    EXPECT_EQ(m_host.panes[StatusPane::kMessage],
+              "The master process (Dorvane) has gone: Machine Data > Connect when it is back");
+    EXPECT_TRUE(m_cycle.CanConnect());
+}
+
+TEST_F(Cycle, AnotherWindowThatVanishesChangesNothing) {
+    ConnectAndTakeFirstBatch();
+    m_cycle.OnPeerGone(99);
+    EXPECT_TRUE(m_cycle.IsMasterKnown());
+    EXPECT_TRUE(m_cycle.IsReaderOpen());
+}
+
+TEST_F(Cycle, AMasterThatIsGoneWhenTheReadyIsSentIsForgotten) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    m_channel.alive.clear();
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_FALSE(m_cycle.IsMasterKnown());
+}
+
+TEST_F(Cycle, AMasterThatVanishesDuringTheDrawingGetsNoReady) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    m_host.on_draw = [this] { m_cycle.OnPeerGone(FakeMasterChannel::kMaster); };
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+}
+
+TEST_F(Cycle, AHungMasterIsReportedAndTheLinkStaysUntilItAnswersAgain) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    m_channel.send_status = platform::SendStatus::kNoAnswer;
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_EQ(m_host.panes[StatusPane::kMessage],
+              "The master process (Dorvane) does not respond");
+    EXPECT_TRUE(m_cycle.IsMasterKnown());
+    EXPECT_TRUE(m_cycle.IsReaderOpen());
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+
+    m_channel.send_status = platform::SendStatus::kDone;
+    m_fifo->Write(3.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_EQ(m_host.panes[StatusPane::kMessage], "Connected to the master process (Dorvane)");
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+}
+
+}  // namespace
+}  // namespace wavo

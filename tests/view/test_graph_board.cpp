@@ -1,0 +1,122 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "expect_errors.h"
+#include "view/graph_board.h"
+#include "view/view_settings.h"
+
+namespace wavo {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::ExpectErrorLog;
+
+class Board : public ::testing::Test, public GraphDrawHost {
+ protected:
+    void RecordingEnded() override {}
+
+    void AddGraph(const std::string& axis, double time_range = 10.0) {
+        WavoGraph graph;
+        graph.InitGraph(static_cast<std::uint32_t>(m_board.Graphs().size() + 1), axis.c_str(), 0,
+                        nullptr);
+        graph.XScale.TimeRange = time_range;
+        m_board.Graphs().push_back(graph);
+    }
+    void Create(double cycle_time) {
+        m_board.CreateAllGraphRects({0, 0, 300, 201}, cycle_time, {"X", "Y"}, m_settings);
+    }
+
+    std::vector<std::string> m_faults;
+    GraphBoard m_board{*this, [this](const std::string& text) { m_faults.push_back(text); }};
+    ViewSettings m_settings;
+};
+
+TEST(SplitGraphArea, GivesEqualHeightsBelowEachOther) {
+    EXPECT_THAT(SplitGraphArea(QRect(0, 10, 300, 201), 2),
+                ElementsAre(QRect(0, 10, 300, 100), QRect(0, 110, 300, 100)));
+    EXPECT_THAT(SplitGraphArea(QRect(0, 0, 300, 2), 3),
+                ElementsAre(QRect(0, 0, 300, 1), QRect(0, 1, 300, 1), QRect(0, 2, 300, 1)));
+    EXPECT_THAT(SplitGraphArea(QRect(0, 0, 300, 200), 0), IsEmpty());
+}
+
+TEST_F(Board, GraphsOfOneStreamShareABufferThatCoversTheLongestRange) {
+    AddGraph("X", 2.0);
+    AddGraph("X", 5.0);
+    AddGraph("Y", 1.0);
+    Create(0.004);
+    ASSERT_EQ(m_board.Registry().Values().size(), 2U);
+    EXPECT_EQ(m_board.Registry().Values()[0].TimeRange(), 5.0);
+    EXPECT_EQ(m_board.Drawers().size(), 3U);
+    EXPECT_EQ(m_board.Drawers()[2]->Rectangle(), QRect(0, 134, 300, 67));
+    EXPECT_THAT(m_board.DistributionLists()[0], ElementsAre(&m_board.Registry().Values()[0]));
+    EXPECT_THAT(m_board.DistributionLists()[1], ElementsAre(&m_board.Registry().Values()[1]));
+}
+
+TEST_F(Board, WithoutACycleTimeThereAreDrawersButNoBuffers) {
+    AddGraph("X");
+    Create(0.0);
+    EXPECT_EQ(m_board.Drawers().size(), 1U);
+    EXPECT_THAT(m_board.Registry().Values(), IsEmpty());
+}
+
+TEST_F(Board, AnAxisOverAnAxisAsksForBothWithTheFadeOutTime) {
+    WavoGraph graph;
+    graph.InitGraph(1, "Y", 0, nullptr);
+    graph.XCoorType = CoorType::kAxis;
+    graph.XCoorAxName = "X";
+    graph.XScale.ScaleType = ScaleTypeCode::kAxis;
+    graph.XScale.ScaleAx = ScaleAxCode::kAutomatic;
+    graph.FadeOutTime = 3.0;
+    m_board.Graphs().push_back(graph);
+    Create(0.004);
+    ASSERT_EQ(m_board.Registry().Values().size(), 2U);
+    for (const GraphValue& value : m_board.Registry().Values()) {
+        EXPECT_EQ(value.TimeRange(), 3.0);
+    }
+}
+
+TEST_F(Board, AnotherCycleTimeIsAFaultThatTheUserSees) {
+    AddGraph("X");
+    Create(0.004);
+    const ExpectErrorLog expected(
+        {"CWavoView::GetGraphValueFifo(): prg. eror can not work with different cycl. times",
+         "CWavoView::CreateAllGraphRects(): GetGraphValueFifo() failed"});
+    Create(0.008);
+    EXPECT_THAT(m_faults,
+                ElementsAre("prg. eror can not work with different cycl. times"));
+}
+
+TEST_F(Board, AxesThatNoGraphShowsHaveEmptyLists) {
+    AddGraph("Q");
+    Create(0.004);
+    EXPECT_EQ(m_board.DistributionLists().size(), 2U);
+    const double lines[] = {1.0, 2.0, 3.0, 4.0};
+    m_board.Distribute(lines, 2, 2);
+    EXPECT_EQ(m_board.Registry().Values()[0].StoredCount(), 0U);
+}
+
+TEST_F(Board, DroppingTheBuffersLeavesTheDrawersDrawable) {
+    AddGraph("X");
+    Create(0.004);
+    const double lines[] = {1.0, 2.0, 3.0, 4.0};
+    m_board.Distribute(lines, 2, 2);
+    QImage image(300, 201, QImage::Format_RGB32);
+    QPainter painter(&image);
+    m_board.DrawAll(painter, false);
+    m_board.DropBuffers();
+    EXPECT_THAT(m_board.Registry().Values(), IsEmpty());
+    image.fill(Qt::black);
+    m_board.DrawAll(painter, false);
+    painter.end();
+    bool something = false;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            something = something || image.pixelColor(x, y) != Qt::black;
+        }
+    }
+    EXPECT_TRUE(something);
+}
+
+}  // namespace
+}  // namespace wavo

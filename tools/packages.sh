@@ -1,0 +1,39 @@
+# Installs Debian packages that are missing. Sourced by ./demo, ./test and bench/run.
+#
+#   install_packages <what for> <package>...
+#
+# Says what it does. Needs root or sudo only when something is missing.
+
+install_packages() {
+    local purpose=$1 package missing=()
+    shift
+    if ! command -v dpkg-query >/dev/null 2>&1; then
+        echo "This is not a Debian system: please see to it yourself that these are there: $*"
+        return 0
+    fi
+    for package in "$@"; do
+        if ! dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed; then
+            missing+=("$package")
+        fi
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null 2>&1; then
+            echo "Missing to $purpose: ${missing[*]}" >&2
+            echo "Please install them as root: apt-get install ${missing[*]}" >&2
+            return 1
+        fi
+        as_root=(sudo)
+    fi
+    echo "==> Installing what is missing to $purpose: ${missing[*]}"
+    "${as_root[@]}" apt-get update -qq
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+packages_to_build=(g++ cmake ninja-build qt6-base-dev zlib1g-dev)
+packages_to_run=(fonts-dejavu-core)
+packages_to_test=(libgtest-dev libgmock-dev clang-format-14)
+packages_to_lint=(clang-format-14 clang-tidy-14)
+packages_to_bench=(libbenchmark-dev libboost-dev python3)
