@@ -7,7 +7,7 @@ function(wavo_flags target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic
     # Reports name our own paths, relative to the repository.
-    -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
     # GCC 12 sees overlapping copies inside std::string where there are none.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
     $<$<COMPILE_LANGUAGE:CXX>:-Werror=switch>)

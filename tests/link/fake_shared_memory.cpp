@@ -125,7 +125,9 @@ SharedSegment SharedSegment::Create(const std::string&, std::size_t) noexcept {
     return {};
 }
 void SharedSegment::Release() noexcept {}
-std::size_t RemoveLeftoverSegments(const std::string&) { return 0; }
+std::size_t RemoveLeftoverSegments(const std::string&) {
+    return 0;
+}
 
 }  // namespace platform
 

@@ -33,7 +33,8 @@ const std::map<std::string, Layer>& Layers() {
         {"graph/model", {{"link/axis_capabilities.h", "support"}}},
         {"graph/values", {{"support"}}},
         {"graph/draw", {{"graph/model", "graph/values", "support"}, true}},
-        {"ui/dialogs", {{"graph/model", "graph/values", "link/axis_capabilities.h", "support"}, true}},
+        {"ui/dialogs",
+         {{"graph/model", "graph/values", "link/axis_capabilities.h", "support"}, true}},
         {"view",
          {{"ui/dialogs", "graph/model", "graph/values", "graph/draw", "link", "support",
            "platform"},
@@ -43,7 +44,8 @@ const std::map<std::string, Layer>& Layers() {
            "platform"},
           true}},
         {"master",
-         {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "support", "platform"}}},
+         {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "support",
+           "platform"}}},
     };
     return layers;
 }
@@ -132,8 +134,8 @@ TEST(Layers, EverySourceKeepsToTheTable) {
     std::vector<std::string> violations;
     std::size_t files = 0;
     const fs::path root(WAVO_SOURCE_DIR);
-    for (const auto& [folder, base] : {std::pair{root / "src", root / "src"},
-                                       std::pair{root / "master", root}}) {
+    for (const auto& [folder, base] :
+         {std::pair{root / "src", root / "src"}, std::pair{root / "master", root}}) {
         for (const auto& entry : fs::recursive_directory_iterator(folder)) {
             const std::string extension = entry.path().extension().string();
             if (extension != ".h" && extension != ".cpp") {

@@ -18,14 +18,14 @@ namespace wavo {
 namespace {
 
 using diagnostics::Service;
+using testing::CollectReports;
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using testing::CollectReports;
 using testing::ExpectErrorLog;
 using testing::FakeHost;
 using testing::FakeMasterChannel;
 using testing::FifoSegment;
+using ::testing::IsEmpty;
 
 constexpr char kReady[] = "send 815 52d 0";
 constexpr char kConnect[] = "post 815 52c 2";
@@ -321,9 +321,8 @@ TEST_F(Cycle, AReaderThatCannotBeOpenedDoesNotStopTheStepsThatFollow) {
          "Write(): interface is not open",
          "CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed"});
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
-    EXPECT_THAT(m_host.Take(),
-                ElementsAre("box Can not open mvales fifo", "rebuild",
-                            "box Prg.error, input buffer for axis values to small"));
+    EXPECT_THAT(m_host.Take(), ElementsAre("box Can not open mvales fifo", "rebuild",
+                                           "box Prg.error, input buffer for axis values to small"));
     EXPECT_THAT(m_channel.Take(), IsEmpty());
 }
 
@@ -349,9 +348,8 @@ TEST_F(Cycle, AMasterWithoutFifoLinesGetsBothBoxes) {
         {"CWavoView::OnMessageFromMainNewMValues(): Prg. error, number of fifo lines=0",
          "CWavoView::OnMessageFromMainNewMValues(): value input buffer is not available"});
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
-    EXPECT_THAT(m_host.Take(),
-                ElementsAre("box Prg. error, number of fifo lines=0", "rebuild",
-                            "box Prg.error, value input buffer is not available"));
+    EXPECT_THAT(m_host.Take(), ElementsAre("box Prg. error, number of fifo lines=0", "rebuild",
+                                           "box Prg.error, value input buffer is not available"));
 }
 
 TEST_F(Cycle, AnAbsurdNumberOfFifoLinesGivesNoBuffer) {
@@ -582,8 +580,7 @@ TEST_F(Cycle, AHungMasterIsReportedAndTheLinkStaysUntilItAnswersAgain) {
     m_fifo->Write(2.0);
     m_channel.send_status = platform::SendStatus::kNoAnswer;
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
-    EXPECT_EQ(m_host.panes[StatusPane::kMessage],
-              "The master process (Dorvane) does not respond");
+    EXPECT_EQ(m_host.panes[StatusPane::kMessage], "The master process (Dorvane) does not respond");
     EXPECT_TRUE(m_cycle.IsMasterKnown());
     EXPECT_TRUE(m_cycle.IsReaderOpen());
     EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));

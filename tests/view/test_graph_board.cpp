@@ -9,8 +9,8 @@ namespace wavo {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::ExpectErrorLog;
+using ::testing::IsEmpty;
 
 class Board : public ::testing::Test, public GraphDrawHost {
  protected:
@@ -83,8 +83,7 @@ TEST_F(Board, AnotherCycleTimeIsAFaultThatTheUserSees) {
         {"CWavoView::GetGraphValueFifo(): prg. eror can not work with different cycl. times",
          "CWavoView::CreateAllGraphRects(): GetGraphValueFifo() failed"});
     Create(0.008);
-    EXPECT_THAT(m_faults,
-                ElementsAre("prg. eror can not work with different cycl. times"));
+    EXPECT_THAT(m_faults, ElementsAre("prg. eror can not work with different cycl. times"));
 }
 
 TEST_F(Board, AxesThatNoGraphShowsHaveEmptyLists) {

@@ -265,6 +265,7 @@ bool WindowCore::WaitAndDispatch(nanoseconds timeout) {
     const std::uint64_t before = m_handled;
     while (!m_closed && m_handled == before) {
         bool pumped = false;
+        UpdateSignal();
         if (m_queue.empty() && m_vanished.empty()) {
             if (Pump(deadline) <= 0) {
                 break;

@@ -7,7 +7,7 @@
 // 1. Whenever code of the user runs, PollDescriptor is readable if anything waits for Dispatch.
 // 2. Connections are found by numbers that are never used again: an event of a connection that a
 //    handler has ended finds nothing.
-// 3. Waiting for the answer of a Send watches the sockets only, not the queue of posted messages.
+// 3. Waiting for the answer of a Send is not disturbed by posted messages that are queued.
 #pragma once
 
 #include <sys/epoll.h>
