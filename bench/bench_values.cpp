@@ -14,6 +14,7 @@
 #include <deque>
 #include <vector>
 
+#include "bench/bench_common.h"
 #include "graph/values/graph_value.h"
 
 namespace {
@@ -43,15 +44,6 @@ const double* BatchSource(std::size_t batch) {
     return Source().data() + batch % kSourceBatches * kBatch;
 }
 
-void SetCounters(benchmark::State& state, std::size_t items_per_iteration) {
-    const auto items =
-        static_cast<double>(state.iterations()) * static_cast<double>(items_per_iteration);
-    state.SetItemsProcessed(static_cast<std::int64_t>(items));
-    // Inverted rate of items counted in thousands of millions: nanoseconds per item.
-    state.counters["ns_per_item"] =
-        benchmark::Counter(items * 1e-9, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
-}
-
 /// As the acquisition does it: one column of a batch of lines at once.
 void AppendOurs(benchmark::State& state, int order) {
     wavo::GraphValue value("X", kCycleTime, kTimeRange, order);
@@ -63,7 +55,7 @@ void AppendOurs(benchmark::State& state, int order) {
         benchmark::ClobberMemory();
     }
     benchmark::DoNotOptimize(value.LatestTime());
-    SetCounters(state, kSamples);
+    wavo::bench::SetTimePerItem(state, kSamples);
 }
 
 /// Sample by sample.
@@ -80,7 +72,7 @@ void AppendOursEach(benchmark::State& state, int order) {
         benchmark::ClobberMemory();
     }
     benchmark::DoNotOptimize(value.LatestTime());
-    SetCounters(state, kSamples);
+    wavo::bench::SetTimePerItem(state, kSamples);
 }
 
 /// The same work with containers of the standard library.
@@ -153,7 +145,8 @@ void AppendRival(benchmark::State& state, int order) {
         benchmark::ClobberMemory();
     }
     benchmark::DoNotOptimize(value.LatestTime());
-    SetCounters(state, kSamples);
+    wavo::bench::SetTimePerItem(state, kSamples);
+    state.SetLabel("deque + vector");
 }
 
 void AppendLimit(benchmark::State& state) {
@@ -174,7 +167,8 @@ void AppendLimit(benchmark::State& state) {
         benchmark::ClobberMemory();
     }
     benchmark::DoNotOptimize(slot);
-    SetCounters(state, kSamples);
+    wavo::bench::SetTimePerItem(state, kSamples);
+    state.SetLabel("plain store");
 }
 
 /// Samples that a copied history is filled with: the ring has wrapped in its middle.
@@ -199,7 +193,7 @@ void CopyOutOurs(benchmark::State& state) {
     if (out.size() < kCopied - 1 || out.back() != static_cast<double>(kFilled - 1)) {
         state.SkipWithError("not the last samples");
     }
-    SetCounters(state, kCopied);
+    wavo::bench::SetTimePerItem(state, kCopied);
 }
 
 void CopyOutRival(benchmark::State& state) {
@@ -218,7 +212,8 @@ void CopyOutRival(benchmark::State& state) {
         benchmark::DoNotOptimize(out.data());
         benchmark::ClobberMemory();
     }
-    SetCounters(state, kCopied);
+    wavo::bench::SetTimePerItem(state, kCopied);
+    state.SetLabel("deque copy");
 }
 
 void CopyOutLimit(benchmark::State& state) {
@@ -232,7 +227,8 @@ void CopyOutLimit(benchmark::State& state) {
         benchmark::DoNotOptimize(out.data());
         benchmark::ClobberMemory();
     }
-    SetCounters(state, kCopied);
+    wavo::bench::SetTimePerItem(state, kCopied);
+    state.SetLabel("memcpy");
 }
 
 }  // namespace

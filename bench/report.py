@@ -24,7 +24,8 @@ for file in sorted(arguments.results.glob("*.json")):
         if role not in ("ours", "rival", "limit"):
             continue
         row = rows.setdefault(name, {"name": name, "unit": "ns"})
-        row[role] = run["ns_per_item"]
+        # Without the counter an iteration is one item.
+        row[role] = run.get("ns_per_item", run["real_time"])
         if role != "ours":
             row[role + "_name"] = run.get("label", role)
 

@@ -90,6 +90,15 @@ std::string SetCycle(std::string_view value, DemoOptions* options) {
     return {};
 }
 
+std::string SetAnnounce(std::string_view value, DemoOptions* options) {
+    const auto number = ParseWhole<double>(value);
+    if (!number || !(*number >= 0.0 && *number <= kLongestCycle)) {
+        return "not a number of seconds from 0 to 10";
+    }
+    options->announce_interval = *number;
+    return {};
+}
+
 std::string SetLoop(std::string_view value, DemoOptions* options) {
     return SetCount(value, 0, kMostLines, &options->rounds);
 }
@@ -176,13 +185,19 @@ struct ValueOption {
     std::string_view name;
     SetOption set;
 };
-constexpr ValueOption kValueOptions[] = {
-    {"--recording", SetRecording}, {"--motion", SetMotion},
-    {"--seed", SetSeed},           {"--axes", SetAxes},
-    {"--cycle", SetCycle},         {"--loop", SetLoop},
-    {"--lines", SetLines},         {"--fifo-lines", SetFifoLines},
-    {"--speed", SetSpeed},         {"--limits", SetLimits},
-    {"--fault", SetFault},         {"--fault-after", SetFaultAfter}};
+constexpr ValueOption kValueOptions[] = {{"--recording", SetRecording},
+                                         {"--motion", SetMotion},
+                                         {"--seed", SetSeed},
+                                         {"--axes", SetAxes},
+                                         {"--cycle", SetCycle},
+                                         {"--loop", SetLoop},
+                                         {"--announce", SetAnnounce},
+                                         {"--lines", SetLines},
+                                         {"--fifo-lines", SetFifoLines},
+                                         {"--speed", SetSpeed},
+                                         {"--limits", SetLimits},
+                                         {"--fault", SetFault},
+                                         {"--fault-after", SetFaultAfter}};
 
 struct Switch {
     std::string_view name;
@@ -264,6 +279,9 @@ How it is played
   --cycle SECONDS      time per line (default 0.001)
   --speed cycle|full   full: as fast as the viewers take the lines, losing none; implies
                        --wait-viewer (default cycle: one line per cycle time)
+  --announce SECONDS   least time between two announcements of new values to a viewer, so that it
+                       does not draw more often than anybody can see (default 0.01; 0: whenever
+                       the viewer is ready, as always with --speed full)
   --wait-viewer        stand still while no viewer is connected; begin anew with the first line
                        when one connects
   --stay               after the last line keep the link until a signal ends the program

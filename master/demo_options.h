@@ -32,6 +32,7 @@ struct DemoOptions {
     std::uint64_t rounds = 0;       ///< 0: for ever
     std::uint64_t lines = 0;        ///< end after so many lines; 0: no such end
     std::uint64_t fifo_lines = 10000;
+    double announce_interval = 0.01;  ///< least seconds between two announcements to a viewer
     bool full_speed = false;
     bool wait_viewer = false;
     bool stay = false;  ///< keep the link after the last line

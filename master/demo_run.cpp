@@ -90,6 +90,10 @@ bool DemoRun::StartPublishing() {
     publishing.cycle_time = m_options.cycle_time;
     publishing.fifo_lines = m_options.fifo_lines;
     publishing.limits = Limits();
+    if (!m_options.full_speed) {
+        publishing.announce_interval = std::chrono::duration_cast<std::chrono::nanoseconds>(
+            std::chrono::duration<double>(m_options.announce_interval));
+    }
     const auto left = [this] { m_abandoned = m_abandoned || m_publisher->ConnectedCount() == 0; };
     PublisherEvents events;
     events.connected = [](const ViewerState& viewer) { PrintEvent(viewer, "connected"); };

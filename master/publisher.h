@@ -40,6 +40,9 @@ struct PublisherOptions {
     double cycle_time = 0.001;            ///< seconds per line
     std::uint64_t fifo_lines = 10000;     ///< slots of each value FIFO; one less can wait
     std::vector<AxisLimits> limits;       ///< empty: none are announced
+    /// Least time between two announcements to a viewer. Zero: a viewer that is ready gets what
+    /// there is at once, and draws as often as it can.
+    std::chrono::nanoseconds announce_interval{0};
 };
 
 struct Counters {
@@ -143,6 +146,7 @@ class MasterPublisher {
         bool reading_capabilities = false;  ///< between its two capability messages
         bool capabilities_stale = false;    ///< to be replaced when it has finished reading
         std::optional<Clock::time_point> batch_lost_at;
+        Clock::time_point announced_at{};  ///< last announcement
     };
     using ViewerMap = std::map<platform::WindowHandle, Viewer>;
 

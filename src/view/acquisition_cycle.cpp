@@ -62,6 +62,9 @@ AcquisitionCycle::AcquisitionCycle(MasterChannel& channel, GraphBoard& board, Gr
 
 bool AcquisitionCycle::Connect(bool post) {
     m_axis_names.clear();
+    if (m_ended) {  // while a batch waited for its message box
+        return false;
+    }
     MasterInfo info;
     const MasterInfoStatus status = ReadMasterInfo(m_channel, info);
     if (status != MasterInfoStatus::kPresent) {
@@ -99,6 +102,11 @@ bool AcquisitionCycle::Connect(bool post) {
 }
 
 void AcquisitionCycle::ConnectByUser() {
+    if (!IsMasterKnown()) {
+        // A reader that is still open belongs to a link that is over; the new one has a new
+        // segment.
+        m_reader.Close();
+    }
     if (Connect(true)) {
         m_link_broken = false;
         m_host.LinkChanged();
@@ -123,7 +131,7 @@ std::int64_t AcquisitionCycle::OnMessage(const platform::Message& message) {
     }
     if (m_master_hung) {
         m_master_hung = false;
-        m_host.SetPaneText(StatusPane::kMessage, kConnected);
+        m_host.SetPaneText(StatusPane::kMessage, m_link_broken ? kOverrun : kConnected);
     }
     switch (static_cast<FromMaster>(message.number)) {
         case FromMaster::kValues:
@@ -174,6 +182,7 @@ std::int64_t AcquisitionCycle::TakeBatch() {
     m_board.Distribute(m_input_buffer.get(), lines, m_info.axis_names.size());
     MTRACE(4, "OnMessageFromMainNewMValues(): --- end of set values");
     m_ready_pending = true;
+    m_ready_on_its_way = false;  // one that is, answers the batch before
     m_host.DrawNewValues();
     return 1;
 }
@@ -183,7 +192,7 @@ bool AcquisitionCycle::ReceiveBatch(std::uint64_t& lines) {
     if (!m_reader.IsOpen()) {
         OpenReader();
     }
-    if (!ReadWaitingLines(lines)) {
+    if (m_ended || !ReadWaitingLines(lines)) {
         return false;
     }
     m_read_error_shown = false;
@@ -217,10 +226,10 @@ void AcquisitionCycle::AllocateInputBuffer() {
     if (m_info.fifo_lines == 0) {
         Fault("Prg. error, number of fifo lines=0");
     }
-    // Left uninitialised: what a master never fills is never touched and costs nothing.
+    // Zeros that the system hands out untouched: what a master never fills costs nothing.
     const std::size_t bytes = SaturatingProduct(
         SaturatingProduct(m_axis_names.size(), m_info.fifo_lines), sizeof(double));
-    m_input_buffer.reset(static_cast<double*>(std::malloc(bytes)));
+    m_input_buffer.reset(static_cast<double*>(std::calloc(bytes, 1)));
     if (m_input_buffer != nullptr) {
         m_input_capacity = bytes;
     }
@@ -277,12 +286,14 @@ void AcquisitionCycle::AddDefaultGraph() {
 }
 
 void AcquisitionCycle::SendPendingReady() {
-    if (!m_ready_pending) {
+    if (!m_ready_pending || m_ready_on_its_way) {
         return;
     }
     MTRACE(4, "OnDraw(): --- tx msg. 'ready for new values'");
+    m_ready_on_its_way = true;
     SendReady();
     m_ready_pending = false;
+    m_ready_on_its_way = false;
 }
 
 void AcquisitionCycle::SendReady() {
@@ -343,8 +354,10 @@ bool AcquisitionCycle::SendToMaster(ToMaster number, std::uint64_t w_param) {
             OnPeerGone(master);
             return false;
         case platform::SendStatus::kNoAnswer:
-            m_master_hung = true;
-            m_host.SetPaneText(StatusPane::kMessage, kHung);
+            if (m_info.master_window == master) {  // it did not end the link meanwhile
+                m_master_hung = true;
+                m_host.SetPaneText(StatusPane::kMessage, kHung);
+            }
             return false;
     }
     return false;

@@ -139,6 +139,8 @@ class AcquisitionCycle {
     std::uint64_t m_batches_answered = 0;
     bool m_link_broken = false;
     bool m_ready_pending = false;
+    // The pending ready is being sent. Handlers run meanwhile: they may draw, and draw a new batch.
+    bool m_ready_on_its_way = false;
     bool m_taking_batch = false;  // a batch is being taken, perhaps waiting for a message box
     bool m_running = true;
     bool m_ended = false;

@@ -1,6 +1,7 @@
 #include "view/graph_board.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "support/diagnostics.h"
@@ -36,6 +37,8 @@ void GraphBoard::CreateAllGraphRects(const QRect& area, double cycle_time,
             rectangles[i], m_graphs[i], m_host, display, cycle_time, settings.scale_lines_x,
             settings.scale_lines_y, StreamsOf(m_graphs[i], cycle_time)));
     }
+    m_columns_share_buffers =
+        std::set<std::string>(axis_names.begin(), axis_names.end()).size() != axis_names.size();
     m_distribution.assign(axis_names.size(), {});
     for (std::size_t a = 0; a < axis_names.size(); ++a) {
         for (GraphValue& value : m_registry.Values()) {
@@ -43,6 +46,10 @@ void GraphBoard::CreateAllGraphRects(const QRect& area, double cycle_time,
                 m_distribution[a].push_back(&value);
             }
         }
+    }
+    // A box runs an event loop, which must not meet a board that is half built.
+    for (const std::string& fault : std::exchange(m_faults, {})) {
+        m_report_fault(fault);
     }
 }
 
@@ -68,7 +75,7 @@ GraphValue* GraphBoard::FindBuffer(const std::string& axis_name, double cycle_ti
         m_registry.GetGraphValueFifo(axis_name, cycle_time, time_range, derivation);
     if (value == nullptr) {
         MERRLOG("CWavoView::GetGraphValueFifo(): %s", reason);
-        m_report_fault(reason);
+        m_faults.emplace_back(reason);
         MERRLOG("CWavoView::CreateAllGraphRects(): GetGraphValueFifo() failed");
     }
     return value;
@@ -91,12 +98,30 @@ void GraphBoard::DropBuffers() {
 
 void GraphBoard::Distribute(const double* lines, std::uint64_t line_count,
                             std::uint64_t axis_count) {
+    if (m_columns_share_buffers) {
+        DistributeLineByLine(lines, line_count, axis_count);
+        return;
+    }
     const std::size_t columns =
         std::min<std::size_t>(m_distribution.size(), static_cast<std::size_t>(axis_count));
     for (std::size_t a = 0; a < columns; ++a) {
         for (GraphValue* const value : m_distribution[a]) {
             if (value != nullptr) {
                 value->SetValues(lines + a, line_count, axis_count);
+            }
+        }
+    }
+}
+
+// A buffer that takes more than one column gets the values in the order of the lines.
+void GraphBoard::DistributeLineByLine(const double* lines, std::uint64_t line_count,
+                                      std::uint64_t axis_count) {
+    const std::size_t columns =
+        std::min<std::size_t>(m_distribution.size(), static_cast<std::size_t>(axis_count));
+    for (std::uint64_t i = 0; i < line_count; ++i) {
+        for (std::size_t a = 0; a < columns; ++a) {
+            for (GraphValue* const value : m_distribution[a]) {
+                value->SetValue(lines[i * axis_count + a]);
             }
         }
     }

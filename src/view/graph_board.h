@@ -3,7 +3,8 @@
 //
 // Invariants:
 // 1. Drawers never outlive the buffers they refer to: DropBuffers detaches them first.
-// 2. Distribution list a holds every buffer of axis a of the master, whatever its derivation.
+// 2. Distribution list a holds every buffer of axis a of the master, whatever its derivation. Axes
+//    of one name share their buffers.
 #pragma once
 
 #include <QRect>
@@ -67,6 +68,8 @@ class GraphBoard {
     }
 
  private:
+    void DistributeLineByLine(const double* lines, std::uint64_t line_count,
+                              std::uint64_t axis_count);
     GraphStreams StreamsOf(const WavoGraph& graph, double cycle_time);
     GraphValue* FindBuffer(const std::string& axis_name, double cycle_time, double time_range,
                            std::int32_t derivation);
@@ -77,6 +80,8 @@ class GraphBoard {
     GraphValueRegistry m_registry;
     std::vector<std::unique_ptr<GraphDraw>> m_drawers;
     std::vector<std::vector<GraphValue*>> m_distribution;
+    std::vector<std::string> m_faults;     ///< found while the drawers are made, for the user
+    bool m_columns_share_buffers = false;  ///< the master has axes of the same name
 };
 
 /// Splits `area` into `count` rectangles of equal height (at least 1), one below the other.

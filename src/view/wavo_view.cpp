@@ -9,6 +9,12 @@
 
 namespace wavo {
 
+namespace {
+
+constexpr char kNoMessageWindow[] = "No messages from a master can arrive, see the error log";
+
+}  // namespace
+
 CWavoView::CWavoView(QWidget* parent)
     : QWidget(parent),
       m_board(*this, [this](const std::string& text) { ShowError(text); }),
@@ -28,14 +34,23 @@ void CWavoView::OnInitialUpdate() {
     _MTrace_SetLevel("default", static_cast<unsigned>(m_settings.trace_level));
     m_ready_for_painting = true;
     m_editor.SetAcquisitionRuns(m_cycle.IsRunning());
-    if (!m_pump.Open(
-            [this](const platform::Message& message) { return m_cycle.OnMessage(message); },
-            [this](platform::WindowHandle window) { m_cycle.OnPeerGone(window); })) {
-        SetPaneText(StatusPane::kMessage,
-                    "No messages from a master can arrive, see the error log");
-        return;
+    {
+        const std::lock_guard guard(m_value_lock);
+        RebuildGraphs();  // without a master too there is something to see
     }
-    m_cycle.Connect(true);
+    if (OpenMessageWindow()) {
+        m_cycle.Connect(true);
+    }
+}
+
+bool CWavoView::OpenMessageWindow() {
+    if (m_pump.OwnWindow() != 0 ||
+        m_pump.Open([this](const platform::Message& message) { return m_cycle.OnMessage(message); },
+                    [this](platform::WindowHandle window) { m_cycle.OnPeerGone(window); })) {
+        return true;
+    }
+    SetPaneText(StatusPane::kMessage, kNoMessageWindow);
+    return false;
 }
 
 void CWavoView::OnClose() {
@@ -61,7 +76,11 @@ void CWavoView::Stop() {
 }
 
 void CWavoView::ConnectMachineData() {
-    m_cycle.ConnectByUser();
+    if (OpenMessageWindow()) {
+        m_cycle.ConnectByUser();
+    } else {
+        ShowError(kNoMessageWindow);
+    }
 }
 
 bool CWavoView::event(QEvent* event) {
@@ -94,7 +113,7 @@ std::int64_t CWavoView::OnAppMessage(AppMessage number) {
 
 void CWavoView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    if (m_picture.IsEmpty()) {
+    if (!m_ready_for_painting || m_picture.IsEmpty()) {  // nothing was drawn yet
         painter.fillRect(event->rect(), ToQColor(m_settings.background));
         return;
     }

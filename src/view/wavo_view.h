@@ -79,6 +79,9 @@ class CWavoView : public QWidget, private AcquisitionHost, private GraphDrawHost
     void RecordingEnded() override;
 
     std::int64_t OnAppMessage(AppMessage number);
+    /// Makes the window for the messages of a master, unless there is one. False on failure, which
+    /// the status bar then shows.
+    bool OpenMessageWindow();
     /// One drawing step, shown at once where the view is visible; ends with the ready message
     /// that is owed.
     void DrawAndShow();

@@ -2,10 +2,10 @@
 // their own.
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QTemporaryDir>
 
 #include "expect_errors.h"
+#include "ui/shell/wavo_app.h"
 
 int main(int argc, char** argv) {
     const QTemporaryDir folder;
@@ -15,7 +15,8 @@ int main(int argc, char** argv) {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
-    QApplication app(argc, argv);
+    qputenv("LC_ALL", "C.UTF-8");  // a locale that the toolkit takes over, present everywhere
+    const wavo::CWavoApp app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     wavo::testing::InstallReportListener();
     return RUN_ALL_TESTS();

@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QThread>
 
 #include "expect_errors.h"
@@ -49,6 +51,36 @@ TEST_F(Link, WithoutAMasterTheViewerStartsInSilenceAndConnectSaysSo) {
     ASSERT_TRUE(ConnectAction().isEnabled());
     ConnectAction().trigger();
     EXPECT_THAT(TakeBoxes(), ElementsAre("ERROR: Master process (Dorvane) not present."));
+}
+
+TEST_F(Link, WithoutAMasterTheGraphsAreThereAndEmpty) {
+    Open({"X", "Y"});
+    EXPECT_THAT(View().Board().Drawers(), SizeIs(2));
+    EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
+    m_frame->resize(500, 300);
+    EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
+}
+
+TEST_F(Link, AViewerThatCouldNotMakeItsWindowTriesAgainAtConnect) {
+    const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
+    const QTemporaryDir blocked;
+    QFile file(blocked.filePath(QStringLiteral("wavo")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    qputenv("XDG_RUNTIME_DIR", blocked.path().toUtf8());
+    const QString text = QStringLiteral("No messages from a master can arrive, see the error log");
+    {
+        const ExpectAnyErrorLog expected;
+        Open({"X"});
+        EXPECT_EQ(Message(), text);
+        EXPECT_THAT(TakeBoxes(), IsEmpty());
+        ConnectAction().trigger();
+        EXPECT_THAT(TakeBoxes(), ElementsAre("ERROR: " + text.toStdString()));
+    }
+    qputenv("XDG_RUNTIME_DIR", folder);
+    DemoMaster master({"--motion", "circle"});
+    ConnectAction().trigger();
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+    ASSERT_TRUE(WaitForLines(100));
 }
 
 TEST_F(Link, AViewerThatWasThereFirstConnectsByCommand) {

@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <clocale>
 
 #include "viewer_fixture.h"
 
@@ -72,6 +73,24 @@ TEST_F(Program, EndsInOrderWhenItIsTold) {
         [&] { return master.Output().contains(QStringLiteral("disconnected")); }, 20000));
     ASSERT_TRUE(master.End());
     EXPECT_THAT(Leftovers(), IsEmpty());
+}
+
+TEST_F(Program, EndsInOrderWhileAMessageBoxWaits) {
+    DemoMaster master({"--motion", "circle", "--fault", "overrun", "--fault-after", "200",
+                       "--fifo-lines", "200"});
+    Start({});
+    // The viewer disconnects, then shows its box.
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return master.Output().contains(QStringLiteral("disconnected")); }, 20000));
+    m_process.terminate();
+    EXPECT_EQ(WaitForEnd().code, 0);
+    ASSERT_TRUE(master.End());
+    EXPECT_THAT(Leftovers(), IsEmpty());
+}
+
+TEST_F(Program, WritesNumbersWithAPointInEveryCountry) {
+    EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
+    EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C.UTF-8");
 }
 
 TEST_F(Program, EndsWithCodeZeroWhenTheMasterTellsItToQuit) {

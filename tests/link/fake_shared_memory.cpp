@@ -32,6 +32,7 @@ struct Segment {
 struct State {
     std::map<std::string, std::shared_ptr<Segment>> names;
     std::map<platform::MappingHandle, std::shared_ptr<Segment>> handles;
+    std::vector<std::shared_ptr<Segment>> masters_mappings;  // last as long as a test looks at them
     std::map<testing::FakeFailure, int> failures;
     std::vector<std::string> calls;
     platform::MappingHandle next_handle = 0x100;
@@ -63,6 +64,7 @@ void ResetFakeSharedMemory() {
 std::byte* AddFakeSegment(const std::string& name, std::size_t size, std::size_t misalignment) {
     auto segment = std::make_shared<Segment>(size, misalignment);
     Fake().names[name] = segment;
+    Fake().masters_mappings.push_back(segment);
     return segment->memory();
 }
 

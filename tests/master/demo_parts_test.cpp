@@ -187,6 +187,7 @@ TEST(DemoOptions, DefaultsPlayTheCircleForEver) {
     EXPECT_EQ(options.rounds, 0U);
     EXPECT_EQ(options.lines, 0U);
     EXPECT_EQ(options.fifo_lines, 10000U);
+    EXPECT_EQ(options.announce_interval, 0.01);
     EXPECT_TRUE(options.publish_limits);
     EXPECT_EQ(options.fault, Fault::kNone);
 }
@@ -203,6 +204,8 @@ TEST(DemoOptions, EveryOptionIsTaken) {
                                           "600000",
                                           "--fifo-lines",
                                           "2",
+                                          "--announce",
+                                          "0.25",
                                           "--speed",
                                           "full",
                                           "--wait-viewer",
@@ -221,6 +224,7 @@ TEST(DemoOptions, EveryOptionIsTaken) {
     EXPECT_EQ(options.rounds, 3U);
     EXPECT_EQ(options.lines, 600000U);
     EXPECT_EQ(options.fifo_lines, 2U);
+    EXPECT_EQ(options.announce_interval, 0.25);
     EXPECT_TRUE(options.full_speed);
     EXPECT_TRUE(options.wait_viewer);
     EXPECT_TRUE(options.stay);
@@ -245,6 +249,10 @@ TEST(DemoOptions, WrongArgumentsAreNamed) {
         EXPECT_EQ(
             Refused({"--cycle", value}),
             std::string("--cycle \"") + value + "\": not a number of seconds from 0.00001 to 10");
+    }
+    for (const char* value : {"-0.1", "x", "nan", "11"}) {
+        EXPECT_EQ(Refused({"--announce", value}), std::string("--announce \"") + value +
+                                                      "\": not a number of seconds from 0 to 10");
     }
     EXPECT_THAT(Refused({"--loop", "-1"}), HasSubstr("not a whole number from 0"));
     EXPECT_THAT(Refused({"--lines", "0"}), HasSubstr("not a whole number from 1"));
@@ -274,11 +282,11 @@ TEST(DemoOptions, HelpNamesEveryOptionAndFault) {
     EXPECT_EQ(Parse({"--version"}, &options, &error), OptionsOutcome::kVersion);
     const std::string help = DemoHelp();
     for (const char* word :
-         {"--recording",     "--motion", "--seed",       "--axes",        "--cycle",
-          "--loop",          "--lines",  "--fifo-lines", "--speed",       "--wait-viewer",
-          "--stay",          "--limits", "--fault",      "--fault-after", "--help",
-          "--version",       "overrun",  "never-ready",  "hang",          "die",
-          "garbage-headers", "quit",     "capabilities"}) {
+         {"--announce",    "--recording",     "--motion", "--seed",       "--axes",
+          "--cycle",       "--loop",          "--lines",  "--fifo-lines", "--speed",
+          "--wait-viewer", "--stay",          "--limits", "--fault",      "--fault-after",
+          "--help",        "--version",       "overrun",  "never-ready",  "hang",
+          "die",           "garbage-headers", "quit",     "capabilities"}) {
         EXPECT_THAT(help, HasSubstr(word));
     }
 }

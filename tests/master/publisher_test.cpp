@@ -206,6 +206,44 @@ TEST_F(PublisherTest, AtMostOneBatchIsOutstanding) {
     EXPECT_EQ(viewer.lines.size(), 20U);
 }
 
+TEST_F(PublisherTest, APacedViewerIsToldNoSoonerThanTheInterval) {
+    PublisherOptions options = TwoAxes();
+    options.announce_interval = std::chrono::hours(1);
+    Start(options);
+    TestViewer viewer;
+    Connect(&viewer);
+    PublishLine();
+    Settle(&viewer);
+    PublishLine();
+    Settle(&viewer);
+    EXPECT_THAT(FirstValues(viewer), ElementsAre(1.0));
+    EXPECT_EQ(m_master->Total().batches_announced, 1U);
+    EXPECT_EQ(m_master->Total().batches_answered, 1U);
+}
+
+TEST_F(PublisherTest, APacedViewerIsToldOnceTheIntervalIsOver) {
+    PublisherOptions options = TwoAxes();
+    options.announce_interval = std::chrono::milliseconds(5);
+    Start(options);
+    TestViewer viewer;
+    Connect(&viewer);
+    for (int line = 0; line < 3; ++line) {
+        PublishLine();
+        std::this_thread::sleep_for(std::chrono::milliseconds(6));
+        Settle(&viewer);
+    }
+    EXPECT_THAT(FirstValues(viewer), ElementsAre(1.0, 2.0, 3.0));
+    EXPECT_EQ(m_master->Total().batches_announced, 3U);
+}
+
+TEST_F(PublisherTest, SegmentsOfOtherViewersOfADeadMasterAreRemoved) {
+    const auto fifo = platform::SharedSegment::Create("MValues_1", 16);
+    const auto module = platform::SharedSegment::Create("DataModCap1", 16);
+    Start(TwoAxes());
+    EXPECT_FALSE(SegmentExists("MValues_1"));
+    EXPECT_FALSE(SegmentExists("DataModCap1"));
+}
+
 TEST_F(PublisherTest, ReadyWithoutABatchChangesNothing) {
     Start(TwoAxes(100));
     TestViewer viewer;

@@ -172,6 +172,20 @@ TEST(SharedMemory, ASegmentMovesWithItsName) {
     EXPECT_EQ(OpenSharedMemory(NameFor("moved")), 0U);
 }
 
+TEST(SharedMemory, LeftoversAreRemovedByTheirPrefixAndNoOthers) {
+    const SharedSegment one = SharedSegment::Create(NameFor("left-1"), 10);
+    const SharedSegment two = SharedSegment::Create(NameFor("left-2"), 10);
+    const SharedSegment other = SharedSegment::Create(NameFor("other"), 10);
+    ASSERT_TRUE(one && two && other);
+    EXPECT_EQ(RemoveLeftoverSegments(NameFor("left-")), 2U);
+    EXPECT_EQ(OpenSharedMemory(one.name()), 0U);
+    EXPECT_EQ(OpenSharedMemory(two.name()), 0U);
+    const MappingHandle kept = OpenSharedMemory(other.name());
+    EXPECT_NE(kept, 0U);
+    CloseSharedMemory(kept);
+    EXPECT_EQ(RemoveLeftoverSegments(NameFor("left-")), 0U);
+}
+
 TEST(SharedMemory, NoDescriptorStaysOpen) {
     const int before = ::dup(0);
     ::close(before);

@@ -295,6 +295,20 @@ TEST_F(Cycle, ABatchAnnouncedWhileTheReadyIsBeingSentIsTakenAndAnsweredOnce) {
     EXPECT_THAT(m_channel.Take(), ElementsAre(kReady, kReady));
 }
 
+TEST_F(Cycle, AReadyThatIsOnItsWayIsNotSentAgainByADrawingStep) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    m_channel.on_send = [this](ToMaster, std::uint64_t) {
+        m_channel.on_send = nullptr;
+        m_cycle.SendPendingReady();  // a resize, say, while a box is shown
+    };
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+    m_fifo->Write(3.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+}
+
 TEST_F(Cycle, ABatchAnnouncedWhileAnotherWaitsForItsBoxIsRefused) {
     AddGraph("X1");
     ASSERT_TRUE(m_cycle.Connect(true));
@@ -324,6 +338,45 @@ TEST_F(Cycle, AReaderThatCannotBeOpenedDoesNotStopTheStepsThatFollow) {
     EXPECT_THAT(m_host.Take(), ElementsAre("box Can not open mvales fifo", "rebuild",
                                            "box Prg.error, input buffer for axis values to small"));
     EXPECT_THAT(m_channel.Take(), IsEmpty());
+}
+
+TEST_F(Cycle, AViewThatEndsWhileABatchWaitsForItsBoxSaysNothingAfterwards) {
+    AddGraph("X1");
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_channel.Take();
+    testing::RemoveFakeSegment("MValues_4711");
+    m_host.on_box = [this] { m_cycle.End(); };
+    const ExpectErrorLog expected(
+        {"CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Open() failed"});
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    EXPECT_THAT(m_host.Take(), ElementsAre("box Can not open mvales fifo", "rebuild"));
+    EXPECT_FALSE(m_cycle.IsMasterKnown());
+    m_cycle.End();
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kDisconnect));
+}
+
+TEST_F(Cycle, ConnectStartsANewLinkEvenWhenTheReaderOfAFailedOneIsStillOpen) {
+    AddGraph("X1");
+    ASSERT_TRUE(m_cycle.Connect(true));
+    PublishInfo({"X1", "Y1"}, std::numeric_limits<double>::infinity());
+    {
+        const ExpectErrorLog expected(
+            {"ReadMasterInfo(): MachineTools_InfoData refused: the cycle time is not a positive "
+             "number",
+             "CWavoView::OnMessageFromMainNewMValues(): value input buffer is not available"});
+        EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    }
+    EXPECT_FALSE(m_cycle.IsMasterKnown());
+    EXPECT_TRUE(m_cycle.IsReaderOpen());
+    PublishInfo({"X1", "Y1"});
+    NewFifo();
+    m_channel.Take();
+    m_cycle.ConnectByUser();
+    EXPECT_FALSE(m_cycle.IsReaderOpen());
+    m_fifo->Write(2.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(2.0));
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kConnect, kReady));
 }
 
 TEST_F(Cycle, AMasterWithoutAxesGetsTheBoxOnEveryBatch) {
@@ -423,6 +476,23 @@ INSTANTIATE_TEST_SUITE_P(Axes, DefaultGraph,
                                            DefaultAxis{{"X", "Y", "z"}, "z"},
                                            DefaultAxis{{"X", "Y"}, "X"},
                                            DefaultAxis{{"x1", "xy"}, "x1"}));
+
+TEST_F(Cycle, TheDefaultGraphIsScaledToTheLimitsThatTheMasterTells) {
+    std::byte* const module = testing::AddFakeSegment("DataModCap4711", CapabilityRecordOffset(1));
+    const std::int32_t count = 1;
+    CapabilityRecord record{"X1", 250.0, -50.0, 0.0, 0.0, 0.001};
+    std::memcpy(module, &count, sizeof count);
+    std::memcpy(module + CapabilityRecordOffset(0), &record, sizeof record);
+    ASSERT_TRUE(m_cycle.Connect(true));
+    EXPECT_EQ(m_cycle.OnMessage({0x52F, 0, 0}), 1);
+    m_channel.Take();
+    m_fifo->Write(1.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    ASSERT_EQ(m_board.Graphs().size(), 1U);
+    EXPECT_EQ(m_board.Graphs()[0].YScales[0].Minimum, -50.0);
+    EXPECT_EQ(m_board.Graphs()[0].YScales[0].Maximum, 250.0);
+    EXPECT_THAT(m_channel.Take(), ElementsAre("send 815 52e 0", "send 815 52f 0", kReady));
+}
 
 TEST_F(Cycle, AFailedInitOfTheEditorIsShownAndTheBatchGoesOn) {
     ASSERT_TRUE(m_cycle.Connect(true));
@@ -590,6 +660,27 @@ TEST_F(Cycle, AHungMasterIsReportedAndTheLinkStaysUntilItAnswersAgain) {
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
     EXPECT_EQ(m_host.panes[StatusPane::kMessage], "Connected to the master process (Dorvane)");
     EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+}
+
+TEST_F(Cycle, AMasterThatEndsTheLinkInsteadOfAnsweringIsNotCalledHung) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    m_channel.send_status = platform::SendStatus::kNoAnswer;
+    m_channel.on_send = [this](ToMaster, std::uint64_t) { m_cycle.OnMessage(kLinkEnded); };
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    const std::string ended = "The master process (Dorvane) has ended the link";
+    EXPECT_EQ(m_host.panes[StatusPane::kMessage], ended);
+    m_cycle.OnMessage({0x52F, 0, 0});
+    EXPECT_EQ(m_host.panes[StatusPane::kMessage], ended);
+}
+
+TEST_F(Cycle, AnOverrunOfAHungMasterIsNotCalledConnectedWhenItSpeaksAgain) {
+    ConnectAndTakeFirstBatch();
+    m_channel.send_status = platform::SendStatus::kNoAnswer;
+    EXPECT_EQ(m_cycle.OnMessage(kOverrun), 1);
+    m_cycle.OnMessage({0x52F, 0, 0});
+    EXPECT_EQ(m_host.panes[StatusPane::kMessage],
+              "The value fifo ran over: Machine Data > Connect to go on");
 }
 
 }  // namespace

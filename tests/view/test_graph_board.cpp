@@ -95,6 +95,17 @@ TEST_F(Board, AxesThatNoGraphShowsHaveEmptyLists) {
     EXPECT_EQ(m_board.Registry().Values()[0].StoredCount(), 0U);
 }
 
+TEST_F(Board, AxesOfOneNameFeedTheirBufferLineByLine) {
+    AddGraph("X");
+    m_board.CreateAllGraphRects({0, 0, 300, 201}, 0.004, {"X", "Y", "X"}, m_settings);
+    const double lines[] = {1.0, 2.0, 3.0, 4.0, 5.0, 6.0};
+    m_board.Distribute(lines, 2, 3);
+    std::vector<double> held;
+    double start = 0.0;
+    m_board.Registry().Values()[0].GetTimeRangeValues(held, 10.0, start);
+    EXPECT_THAT(held, ElementsAre(1.0, 3.0, 4.0, 6.0));
+}
+
 TEST_F(Board, DroppingTheBuffersLeavesTheDrawersDrawable) {
     AddGraph("X");
     Create(0.004);

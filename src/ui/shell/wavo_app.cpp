@@ -4,6 +4,7 @@
 #include <QPixmap>
 #include <QSocketNotifier>
 #include <QTextStream>
+#include <clocale>
 #include <cstdio>
 
 #include "platform/folders.h"
@@ -16,6 +17,9 @@
 namespace wavo {
 
 CWavoApp::CWavoApp(int& argc, char** argv) : QApplication(argc, argv) {
+    // The toolkit has taken over the user's locale. Numbers are shown and stored with a point in
+    // every country.
+    std::setlocale(LC_NUMERIC, "C");
     setApplicationName(QStringLiteral("Wavo"));
     setOrganizationName(QStringLiteral("Velk machine tools wavo"));
     setApplicationVersion(QStringLiteral(WAVO_VERSION));
