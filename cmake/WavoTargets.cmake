@@ -4,6 +4,8 @@
 # Flags of everything that is ours.
 function(wavo_flags target)
   target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+  # "slots", "signals" and "emit" stay ordinary words.
+  target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic
     # Reports name our own paths, relative to the repository.

@@ -8,6 +8,10 @@ namespace wavo::platform {
 /// What joins folder and file names on this system: "/" or "\".
 std::string PathSeparator();
 
+/// A path from the command line in this system's form: "/" becomes "\" where that separates
+/// folders; elsewhere nothing changes.
+std::string NativePath(std::string path);
+
 /// The data folder of the product (maker folder `Velk`), without a separator at the end; created
 /// when missing. Linux: $XDG_DATA_HOME/Velk, else ~/.local/share/Velk. Windows: the common
 /// application data folder. Empty on failure; LastError() tells why.

@@ -85,20 +85,39 @@ bool AcquisitionCycle::Connect(bool post) {
     std::snprintf(text, sizeof text, "cycl. time=%.5fs", m_info.cycle_time);
     m_host.SetPaneText(StatusPane::kCycleTime, text);
     m_host.SetPaneText(StatusPane::kMessage, kConnected);
-    {
-        const std::lock_guard guard(m_value_lock);
-        m_editor.SetNotInitialised();
-        m_editor.ResetSelection();
-        m_editor.Init(m_board.Graphs(), m_axis_names);
-        m_editor.SetCycleTime(m_info.cycle_time);
-    }
-    if (post && !m_channel.Post(m_info.master_window, ToMaster::kLink,
-                                static_cast<std::uint64_t>(LinkRequest::kConnect))) {
-        ForgetMaster(kNotPresent);  // it ended after its info block was read
+    InitialiseEditor();
+    m_editor.SetCycleTime(m_info.cycle_time);
+    if (post && !JoinMaster()) {
         return false;
     }
     m_host.LinkChanged();
     return true;
+}
+
+void AcquisitionCycle::InitialiseEditor() {
+    const std::lock_guard guard(m_value_lock);
+    m_editor.SetNotInitialised();
+    m_editor.ResetSelection();
+    m_editor.Init(m_board.Graphs(), m_axis_names);
+}
+
+void AcquisitionCycle::LeaveMaster() {
+    if (IsMasterKnown()) {
+        SendToMaster(ToMaster::kLink, static_cast<std::uint64_t>(LinkRequest::kDisconnect));
+        m_reader.Close();
+    }
+}
+
+bool AcquisitionCycle::JoinMaster() {
+    if (!IsMasterKnown()) {
+        return false;
+    }
+    if (m_channel.Post(m_info.master_window, ToMaster::kLink,
+                       static_cast<std::uint64_t>(LinkRequest::kConnect))) {
+        return true;
+    }
+    ForgetMaster(kNotPresent);  // it ended after its info block was read
+    return false;
 }
 
 void AcquisitionCycle::ConnectByUser() {

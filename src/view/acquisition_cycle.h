@@ -71,6 +71,15 @@ class AcquisitionCycle {
     /// The command: Connect(true) with its box on failure.
     void ConnectByUser();
 
+    /// Tells the master, when there is one, that the viewer leaves, and closes the reader.
+    void LeaveMaster();
+
+    /// Announces the viewer to the master. False when there is none.
+    bool JoinMaster();
+
+    /// Gives the graphs and the axes to the graph editor anew.
+    void InitialiseEditor();
+
     /// The view's end: tells the master that the viewer goes, and closes the reader. Messages that
     /// come later are ignored.
     void End();

@@ -2,10 +2,14 @@
 
 #include <QPaintEvent>
 #include <QPainter>
+#include <algorithm>
 
+#include "platform/folders.h"
+#include "platform/last_error.h"
 #include "support/diagnostics.h"
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/message_boxes.h"
+#include "view/view_settings_file.h"
 
 namespace wavo {
 
@@ -19,7 +23,8 @@ CWavoView::CWavoView(QWidget* parent)
     : QWidget(parent),
       m_board(*this, [this](const std::string& text) { ShowError(text); }),
       m_editor(this),
-      m_cycle(m_pump, m_board, m_editor, *this, m_value_lock) {
+      m_cycle(m_pump, m_board, m_editor, *this, m_value_lock),
+      m_files(m_cycle, m_board, *this) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(200, 80);
@@ -29,9 +34,10 @@ CWavoView::~CWavoView() {
     m_cycle.End();
 }
 
-void CWavoView::OnInitialUpdate() {
+void CWavoView::OnInitialUpdate(const std::string& graph_file) {
     _MTrace_SetLevel("default", 1);
-    _MTrace_SetLevel("default", static_cast<unsigned>(m_settings.trace_level));
+    const std::string settings_file = ReadSettings();
+    _MTrace_SetLevel("default", static_cast<unsigned>(std::max(0, m_settings.trace_level)));
     m_ready_for_painting = true;
     m_editor.SetAcquisitionRuns(m_cycle.IsRunning());
     {
@@ -41,6 +47,24 @@ void CWavoView::OnInitialUpdate() {
     if (OpenMessageWindow()) {
         m_cycle.Connect(true);
     }
+    const std::string& file = graph_file.empty() ? settings_file : graph_file;
+    if (!file.empty()) {
+        MTRACE(1, "CWavoView::OnInitialUpdate(): read graph ini. file %s", file.c_str());
+        m_files.Open(file, FileNameOf(file), true);
+    }
+}
+
+std::string CWavoView::ReadSettings() {
+    const std::string folder = platform::DataFolder();
+    if (folder.empty()) {
+        MERRLOG("GetCommonAppDataFolder() failed %s",
+                platform::ErrorText(platform::LastError()).c_str());
+        m_settings = DefaultViewSettings();
+        return {};
+    }
+    const std::string file = folder + platform::PathSeparator() + "wavo.ini";
+    ReadProperties(file, m_settings);
+    return file;
 }
 
 bool CWavoView::OpenMessageWindow() {
@@ -65,14 +89,14 @@ void CWavoView::Start() {
     m_board.EnableBuffers();
     // At once: a restart that waited for the next batch would throw that batch away.
     DrawAndShow();
-    emit CommandsChanged();
+    Q_EMIT CommandsChanged();
 }
 
 void CWavoView::Stop() {
     m_cycle.SetRunning(false);
     ShowRunTitle();
     m_editor.SetAcquisitionRuns(false);
-    emit CommandsChanged();
+    Q_EMIT CommandsChanged();
 }
 
 void CWavoView::ConnectMachineData() {
@@ -145,7 +169,7 @@ void CWavoView::DrawAndShow() {
 
 void CWavoView::DrawNewValues() {
     DrawAndShow();
-    emit BatchShown(m_cycle.TotalLines());
+    Q_EMIT BatchShown(m_cycle.TotalLines());
 }
 
 void CWavoView::RebuildGraphs() {
@@ -157,8 +181,8 @@ void CWavoView::RebuildGraphs() {
 }
 
 void CWavoView::ShowRunTitle() {
-    emit FrameTitleChanged(QString::fromStdString(
-        m_document_name + (m_cycle.IsRunning() ? " - running" : " - stopped")));
+    Q_EMIT FrameTitleChanged(QString::fromStdString(
+        m_files.DocumentName() + (m_cycle.IsRunning() ? " - running" : " - stopped")));
 }
 
 void CWavoView::ShowError(const std::string& text) {
@@ -166,20 +190,24 @@ void CWavoView::ShowError(const std::string& text) {
 }
 
 void CWavoView::SetPaneText(StatusPane pane, const std::string& text) {
-    emit PaneTextChanged(pane, QString::fromStdString(text));
+    Q_EMIT PaneTextChanged(pane, QString::fromStdString(text));
+}
+
+void CWavoView::AddToRecentFiles(const std::string& path) {
+    Q_EMIT RecentFileOpened(QString::fromStdString(path));
 }
 
 void CWavoView::LinkChanged() {
-    emit CommandsChanged();
+    Q_EMIT CommandsChanged();
 }
 
 void CWavoView::EndProcess() {
-    emit QuitRequested();
+    Q_EMIT QuitRequested();
 }
 
 void CWavoView::RecordingEnded() {
     SendAppMessage(window(), AppMessage::kRecordingEnded, 0, 0);
-    emit CommandsChanged();
+    Q_EMIT CommandsChanged();
 }
 
 }  // namespace wavo

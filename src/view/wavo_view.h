@@ -16,21 +16,26 @@
 #include "ui/dialogs/graph_editor.h"
 #include "view/acquisition_cycle.h"
 #include "view/graph_board.h"
+#include "view/graph_files.h"
 #include "view/graph_picture.h"
 #include "view/message_pump.h"
 #include "view/view_settings.h"
 
 namespace wavo {
 
-class CWavoView : public QWidget, private AcquisitionHost, private GraphDrawHost {
+class CWavoView : public QWidget,
+                  private AcquisitionHost,
+                  private GraphDrawHost,
+                  private GraphFilesHost {
     Q_OBJECT
 
  public:
     explicit CWavoView(QWidget* parent = nullptr);
     ~CWavoView() override;
 
-    /// The first update, once the frame stands: settings, trace level, link to the master.
-    void OnInitialUpdate();
+    /// The first update, once the frame stands: settings, trace level, link to the master, graphs.
+    /// `graph_file` is the path of the graph file to open; empty: the settings file.
+    void OnInitialUpdate(const std::string& graph_file = {});
 
     /// The frame closes: values that come later are ignored.
     void OnClose();
@@ -44,15 +49,19 @@ class CWavoView : public QWidget, private AcquisitionHost, private GraphDrawHost
     [[nodiscard]] AxisLimitsSource& Capabilities() { return m_cycle.Capabilities(); }
     [[nodiscard]] GraphBoard& Board() { return m_board; }
     [[nodiscard]] platform::WindowHandle Window() const { return m_pump.OwnWindow(); }
+    [[nodiscard]] const GraphFiles& Files() const { return m_files; }
+    [[nodiscard]] const ViewSettings& Settings() const { return m_settings; }
     [[nodiscard]] const QImage& Picture() const { return m_picture.Image(); }
 
- signals:
+ Q_SIGNALS:
     /// A status bar pane has a new text.
     void PaneTextChanged(wavo::StatusPane pane, const QString& text);
     /// The frame has a new title.
     void FrameTitleChanged(const QString& title);
     /// What can be commanded may have changed.
     void CommandsChanged();
+    /// A graph file was opened that belongs into the list of recent files.
+    void RecentFileOpened(const QString& path);
     /// A batch was drawn and answered; `total` lines have been received.
     void BatchShown(quint64 total);
     /// The master told the viewer to end.
@@ -75,6 +84,9 @@ class CWavoView : public QWidget, private AcquisitionHost, private GraphDrawHost
     void LinkChanged() override;
     void EndProcess() override;
 
+    // GraphFilesHost
+    void AddToRecentFiles(const std::string& path) override;
+
     // GraphDrawHost
     void RecordingEnded() override;
 
@@ -82,18 +94,20 @@ class CWavoView : public QWidget, private AcquisitionHost, private GraphDrawHost
     /// Makes the window for the messages of a master, unless there is one. False on failure, which
     /// the status bar then shows.
     bool OpenMessageWindow();
+    /// Reads the settings; returns the path of their file, empty when there is no data folder.
+    std::string ReadSettings();
     /// One drawing step, shown at once where the view is visible; ends with the ready message
     /// that is owed.
     void DrawAndShow();
 
     ViewSettings m_settings;
-    std::string m_document_name = "wavo.ini";
     std::recursive_mutex m_value_lock;
     std::recursive_mutex m_graph_lock;  // taken inside the value lock
     MessagePump m_pump;
     GraphBoard m_board;
     WindowlessGraphEditor m_editor;
     AcquisitionCycle m_cycle;
+    GraphFiles m_files;
     GraphPicture m_picture;
     bool m_ready_for_painting = false;  // set by OnInitialUpdate
     bool m_restart = false;             // the next drawing step starts all graphs anew

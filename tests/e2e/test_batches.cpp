@@ -111,7 +111,7 @@ TEST_F(Viewer, StoppedAndStartedAgainTheValuesSinceTheStartAreShown) {
     const std::uint64_t at_start = Cycle().TotalLines();
     ASSERT_TRUE(WaitForLines(at_start + 200));
     EXPECT_THAT(Held("X"), SizeIs(Cycle().TotalLines() - at_start));
-    EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("wavo.ini - running"));
+    EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("graphs.ini - running"));
 }
 
 TEST_F(Viewer, WithoutGraphsTheFirstBatchBringsADefaultGraphAndLosesNoLine) {
@@ -122,7 +122,7 @@ TEST_F(Viewer, WithoutGraphsTheFirstBatchBringsADefaultGraphAndLosesNoLine) {
     ASSERT_THAT(View().Board().Graphs(), SizeIs(1));
     EXPECT_EQ(View().Board().Graphs()[0].YCoorAxName, std::vector<std::string>{"Y"});
     EXPECT_THAT(Held("Y"), SizeIs(1500));
-    EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("wavo.ini - running"));
+    EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("graphs.ini - running"));
 }
 
 TEST_F(Viewer, AResizeInTheMidstOfABatchLosesNothing) {

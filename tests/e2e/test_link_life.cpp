@@ -55,7 +55,7 @@ TEST_F(Link, WithoutAMasterTheViewerStartsInSilenceAndConnectSaysSo) {
 
 TEST_F(Link, WithoutAMasterTheGraphsAreThereAndEmpty) {
     Open({"X", "Y"});
-    EXPECT_THAT(View().Board().Drawers(), SizeIs(2));
+    ASSERT_TRUE(WaitFor([this] { return View().Board().Drawers().size() == 2; }));
     EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
     m_frame->resize(500, 300);
     EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));

@@ -2,17 +2,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QFileInfo>
+#include <QDir>
+#include <QFile>
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <clocale>
+#include <set>
 
+#include "platform/folders.h"
+#include "support/mini_data.h"
 #include "viewer_fixture.h"
 
 namespace wavo::testing {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 struct Ended {
@@ -96,6 +101,57 @@ TEST_F(Program, WritesNumbersWithAPointInEveryCountry) {
 TEST_F(Program, EndsWithCodeZeroWhenTheMasterTellsItToQuit) {
     DemoMaster master({"--motion", "circle", "--fault", "quit", "--fault-after", "200"});
     Start({});
+    EXPECT_EQ(WaitForEnd().code, 0);
+}
+
+TEST_F(Program, AFirstStartLeavesACompleteSettingsFileBehind) {
+    const QString file = QString::fromStdString(platform::DataFolder()) + "/wavo.ini";
+    QFile::remove(file);
+    DemoMaster master({"--motion", "circle"});
+    Start({});
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return master.Output().contains(QStringLiteral("connected")); }, 20000));
+    m_process.terminate();
+    EXPECT_EQ(WaitForEnd().code, 0);
+    MIniData settings;
+    ASSERT_TRUE(settings.Open(file.toStdString()));
+    EXPECT_THAT(settings.SectionNames(),
+                ElementsAre("BKCOLOR", "GRAPH_FONT", "SCALE_LINES", "AX_EDIT", "DATA_EXPORT"));
+    std::string value;
+    EXPECT_TRUE(settings.GetStringEntry("DATA_EXPORT", "EndOfLine", value));
+    EXPECT_EQ(value, "0x0d,0x0a");
+}
+
+TEST_F(Program, OpensTheGraphFileOfTheCommandLine) {
+    const QTemporaryDir folder;
+    const QString shot = folder.filePath(QStringLiteral("shot.png"));
+    DemoMaster master({"--recording", RecordingPath("circle_xy_r50")});
+    Start({"--screenshot", shot, "--after-lines", "500",
+           QStringLiteral(WAVO_RECORDINGS "/../graphs/circle.ini")});
+    EXPECT_EQ(WaitForEnd().code, 0);
+    const QImage picture(shot);
+    ASSERT_FALSE(picture.isNull());
+    std::set<QRgb> colours;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            colours.insert(picture.pixel(x, y));
+        }
+    }
+    // One curve of each graph of the file.
+    EXPECT_TRUE(colours.contains(qRgb(255, 96, 96)));
+    EXPECT_TRUE(colours.contains(qRgb(95, 160, 208)) || colours.contains(qRgb(96, 230, 112)));
+    EXPECT_TRUE(colours.contains(qRgb(255, 200, 64)));
+}
+
+TEST_F(Program, FindsTheGraphFileInTheDataFolderBesideIt) {
+    const QTemporaryDir folder;
+    ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("DATA")));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(WAVO_RECORDINGS "/../graphs/circle.ini"),
+                            folder.filePath(QStringLiteral("DATA/mine.ini"))));
+    DemoMaster master({"--motion", "circle"});
+    m_process.setWorkingDirectory(folder.path());
+    Start({"--screenshot", folder.filePath(QStringLiteral("shot.png")), "--after-lines", "10",
+           "mine.ini"});
     EXPECT_EQ(WaitForEnd().code, 0);
 }
 

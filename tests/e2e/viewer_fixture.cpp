@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "graph/model/graph_ini_data.h"
+#include "support/mini_data.h"
+
 namespace wavo::testing {
 
 namespace fs = std::filesystem;
@@ -21,15 +24,25 @@ Viewer::~Viewer() {
 
 void Viewer::Open(const std::vector<std::string>& axes, double time_range) {
     m_frame = std::make_unique<CMainFrame>();
-    std::vector<WavoGraph>& graphs = View().Board().Graphs();
+    std::vector<WavoGraph> graphs;
     for (const std::string& axis : axes) {
         WavoGraph graph;
         graph.InitGraph(static_cast<std::uint32_t>(graphs.size() + 1), axis.c_str(), 0, nullptr);
         graph.XScale.TimeRange = time_range;
         graphs.push_back(graph);
     }
+    const std::string file = WriteGraphFile(graphs);
     m_frame->show();
-    View().OnInitialUpdate();
+    View().OnInitialUpdate(file);
+}
+
+std::string Viewer::WriteGraphFile(const std::vector<WavoGraph>& graphs) {
+    const std::string file = m_folder.filePath(QStringLiteral("graphs.ini")).toStdString();
+    MIniData store;
+    EXPECT_TRUE(store.Open(file));
+    EXPECT_TRUE(GetGraphAsIniData(store, graphs, ""));
+    EXPECT_TRUE(store.Save());
+    return file;
 }
 
 std::vector<double> Viewer::Held(const std::string& axis) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QTemporaryDir>
 #include <QTest>
 #include <functional>
 #include <memory>
@@ -42,11 +43,15 @@ class Viewer : public ::testing::Test {
                                              << " and " << m_boxes.size() << " boxes";
     }
 
+    /// Writes a graph file into the test's folder and returns its path.
+    std::string WriteGraphFile(const std::vector<WavoGraph>& graphs);
+
     /// What the buffer of an axis holds, oldest first.
     std::vector<double> Held(const std::string& axis);
 
     std::vector<std::string> TakeBoxes() { return std::exchange(m_boxes, {}); }
 
+    QTemporaryDir m_folder;
     std::unique_ptr<CMainFrame> m_frame;
     std::vector<std::string> m_boxes;
 };

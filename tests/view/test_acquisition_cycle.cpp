@@ -1,18 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <limits>
-#include <memory>
 
+#include "cycle_fixture.h"
 #include "expect_errors.h"
-#include "fake_acquisition_host.h"
-#include "fake_master_channel.h"
-#include "fake_shared_memory.h"
-#include "support/diagnostics.h"
-#include "test_fifo_segment.h"
-#include "ui/dialogs/graph_editor.h"
-#include "view/acquisition_cycle.h"
 
 namespace wavo {
 namespace {
@@ -22,114 +14,16 @@ using testing::CollectReports;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using testing::ExpectErrorLog;
-using testing::FakeHost;
 using testing::FakeMasterChannel;
-using testing::FifoSegment;
 using ::testing::IsEmpty;
+using testing::kConnect;
+using testing::kDisconnect;
+using testing::kLinkEnded;
+using testing::kNewValues;
+using testing::kOverrun;
+using testing::kReady;
 
-constexpr char kReady[] = "send 815 52d 0";
-constexpr char kConnect[] = "post 815 52c 2";
-constexpr char kDisconnect[] = "send 815 52c 1";
-constexpr platform::Message kNewValues{0x52C, 1, 0};
-constexpr platform::Message kLinkEnded{0x52C, 2, 0};
-constexpr platform::Message kOverrun{0x52D, 0, 0};
-
-/// Initialised by hand, records what it is told; never posts anything.
-class FakeEditor : public GraphEditor {
- public:
-    bool Init(std::vector<WavoGraph>& graphs, const std::vector<std::string>& axes) override {
-        happened.push_back("init " + std::to_string(graphs.size()) + " " +
-                           std::to_string(axes.size()));
-        initialised = !graphs.empty();
-        return !fails;
-    }
-    [[nodiscard]] bool IsInitialised() const override { return initialised; }
-    void SetNotInitialised() override {
-        initialised = false;
-        happened.emplace_back("not initialised");
-    }
-    void ResetSelection() override { happened.emplace_back("reset selection"); }
-    void SetCycleTime(double cycle_time) override { cycle = cycle_time; }
-    void SetAcquisitionRuns(bool) override {}
-
-    bool initialised = false;
-    bool fails = false;
-    double cycle = 0.0;
-    std::vector<std::string> happened;
-};
-
-class Cycle : public ::testing::Test {
- protected:
-    Cycle() {
-        testing::ResetFakeSharedMemory();
-        m_host.board = &m_board;
-        m_host.cycle = &m_cycle;
-        PublishInfo({"X1", "Y1"});
-        NewFifo();
-    }
-    ~Cycle() override { _MTrace_SetLevel("default", 1); }
-
-    static void PublishInfo(const std::vector<std::string>& axes, double cycle_time = 0.004,
-                            std::uint64_t lines = 8) {
-        MasterInfoBlock block{};
-        block.master_window = FakeMasterChannel::kMaster;
-        block.cycle_time = cycle_time;
-        block.axis_count = axes.size();
-        block.fifo_lines = lines;
-        char* position = block.axis_names;
-        for (const std::string& axis : axes) {
-            std::memcpy(position, axis.c_str(), axis.size() + 1);
-            position += axis.size() + 1;
-        }
-        std::memcpy(testing::AddFakeSegment("MachineTools_InfoData", sizeof block), &block,
-                    sizeof block);
-    }
-
-    void NewFifo(std::uint64_t lines = 8, std::uint64_t doubles = 2) {
-        m_fifo = std::make_unique<FifoSegment>("MValues_4711", lines, doubles);
-    }
-
-    /// A graph of one axis, so that no default graph is added.
-    void AddGraph(const std::string& axis, std::int32_t derivation = 0) {
-        WavoGraph graph;
-        graph.InitGraph(static_cast<std::uint32_t>(m_board.Graphs().size() + 1), axis.c_str(), 0,
-                        nullptr);
-        graph.YCoorAxDerivation = {derivation};
-        m_board.Graphs().push_back(graph);
-    }
-
-    /// Connected, one batch of one line taken and answered.
-    void ConnectAndTakeFirstBatch() {
-        AddGraph("X1");
-        ASSERT_TRUE(m_cycle.Connect(true));
-        m_fifo->Write(1.0);
-        ASSERT_EQ(m_cycle.OnMessage(kNewValues), 1);
-        m_channel.Take();
-        m_host.Take();
-        m_editor.happened.clear();
-    }
-
-    [[nodiscard]] std::vector<double> Held(const std::string& name, std::int32_t derivation = 0) {
-        for (GraphValue& value : m_board.Registry().Values()) {
-            if (value.Name() == name && value.DerivationOrder() == derivation) {
-                std::vector<double> held;
-                double start = 0.0;
-                value.GetTimeRangeValues(held, value.TimeRange(), start);
-                return held;
-            }
-        }
-        ADD_FAILURE() << "no buffer " << name;
-        return {};
-    }
-
-    FakeMasterChannel m_channel;
-    FakeHost m_host;
-    FakeEditor m_editor;
-    std::recursive_mutex m_lock;
-    GraphBoard m_board{m_host, [this](const std::string& text) { m_host.ShowError(text); }};
-    AcquisitionCycle m_cycle{m_channel, m_board, m_editor, m_host, m_lock};
-    std::unique_ptr<FifoSegment> m_fifo;
-};
+using Cycle = testing::CycleFixture;
 
 // ---- Connect ----
 

@@ -76,6 +76,12 @@ TEST_F(Board, AnAxisOverAnAxisAsksForBothWithTheFadeOutTime) {
     }
 }
 
+TEST_F(Board, AGraphWithoutATimeRangeGetsABufferThatIsBounded) {
+    AddGraph("X", 0.0);
+    Create(0.004);
+    EXPECT_EQ(m_board.Registry().Values()[0].Capacity(), 250U);
+}
+
 TEST_F(Board, AnotherCycleTimeIsAFaultThatTheUserSees) {
     AddGraph("X");
     Create(0.004);

@@ -43,7 +43,10 @@ int DeviceCoordinate(int logical, double ratio) {
 }  // namespace
 
 double GraphTimeRange(const WavoGraph& graph) {
-    return graph.XCoorType == CoorType::kAxis ? graph.FadeOutTime : graph.XScale.TimeRange;
+    const double range =
+        graph.XCoorType == CoorType::kAxis ? graph.FadeOutTime : graph.XScale.TimeRange;
+    // A file can leave the range out, and a buffer without one would grow for ever.
+    return range > 0.0 ? range : kShortestStreamRange;
 }
 
 void GraphDraw::DrawBuffer::Discard() {

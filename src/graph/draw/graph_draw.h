@@ -50,7 +50,10 @@ struct GraphStreams {
     GraphValue* x = nullptr;
 };
 
-/// The time range, seconds, that the buffers of a graph have to cover.
+/// Seconds that a graph without a time range is given.
+inline constexpr double kShortestStreamRange = 1.0;
+
+/// The time range, seconds, that the buffers of a graph have to cover; above 0.
 double GraphTimeRange(const WavoGraph& graph);
 
 /// The zoom of a time graph. Start and end count from the left border of the display in which the

@@ -79,6 +79,10 @@ std::string PathSeparator() {
     return "/";
 }
 
+std::string NativePath(std::string path) {
+    return path;
+}
+
 std::string DataFolder() {
     return MakerFolder("XDG_DATA_HOME", "/.local/share");
 }

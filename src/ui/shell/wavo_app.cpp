@@ -1,6 +1,8 @@
 #include "ui/shell/wavo_app.h"
 
 #include <QCommandLineParser>
+#include <QFile>
+#include <QFileInfo>
 #include <QPixmap>
 #include <QSocketNotifier>
 #include <QTextStream>
@@ -11,6 +13,7 @@
 #include "platform/process.h"
 #include "support/diagnostics.h"
 #include "support/diagnostics_output.h"
+#include "ui/dialogs/message_boxes.h"
 #include "ui/shell/main_frame.h"
 #include "view/wavo_view.h"
 
@@ -43,18 +46,22 @@ AppOptions CWavoApp::ParseCommandLine() {
         QStringLiteral("With --screenshot: wait until <lines> lines were shown (default 1000)."),
         QStringLiteral("lines"), QStringLiteral("1000"));
     parser.addOptions({help, version, screenshot, after_lines});
+    parser.addPositionalArgument(QStringLiteral("graphs.ini"),
+                                 QStringLiteral("Graph file to open (default: the settings file)."),
+                                 QStringLiteral("[graphs.ini]"));
     parser.process(*this);
     bool is_number = false;
-    AppOptions options{parser.value(screenshot), parser.value(after_lines).toULongLong(&is_number)};
+    const QStringList files = parser.positionalArguments();
+    const AppOptions options{parser.value(screenshot),
+                             parser.value(after_lines).toULongLong(&is_number), files.value(0)};
     if (parser.isSet(help)) {
         parser.showHelp(0);
     }
     if (parser.isSet(version)) {
         parser.showVersion();
     }
-    if (!is_number || !parser.positionalArguments().isEmpty()) {
-        QTextStream(stderr) << (is_number ? "wavo: unexpected argument: " +
-                                                parser.positionalArguments().constFirst()
+    if (!is_number || files.size() > 1) {
+        QTextStream(stderr) << (is_number ? "wavo: unexpected argument: " + files[1]
                                           : "wavo: --after-lines needs a number")
                             << "\n";
         std::exit(2);
@@ -75,8 +82,27 @@ void CWavoApp::InitInstance(const AppOptions& options) {
         });
     }
     m_frame->show();
-    m_frame->View().OnInitialUpdate();
+    // In the event loop: a box that is shown meanwhile can then be left with the program's end.
+    QMetaObject::invokeMethod(
+        &m_frame->View(),
+        [this, name = options.graph_file] { m_frame->View().OnInitialUpdate(FindGraphFile(name)); },
+        Qt::QueuedConnection);
     MTRACE(4, "CWavoApp::InitInstance(): done");
+}
+
+std::string CWavoApp::FindGraphFile(const QString& name) {
+    if (name.isEmpty()) {
+        return {};
+    }
+    const std::string given = platform::NativePath(name.toStdString());
+    for (const std::string& path : {given, "DATA" + platform::PathSeparator() + given}) {
+        if (QFileInfo(QString::fromStdString(path)).isFile() &&
+            QFile(QString::fromStdString(path)).open(QIODevice::ReadOnly)) {
+            return path;
+        }
+    }
+    ShowErrorBox(activeWindow(), "Can not open file [" + name.toStdString() + "], not exist");
+    return {};
 }
 
 void CWavoApp::StartLogs() {

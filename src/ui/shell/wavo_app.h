@@ -12,6 +12,7 @@ class CMainFrame;
 struct AppOptions {
     QString screenshot;       ///< file for a picture of the window; empty for none
     quint64 after_lines = 0;  ///< lines to receive before the picture is taken
+    QString graph_file;       ///< as named on the command line; empty for none
 };
 
 class CWavoApp : public QApplication {
@@ -28,6 +29,9 @@ class CWavoApp : public QApplication {
     void InitInstance(const AppOptions& options);
 
  private:
+    /// The path of the graph file that the command line names, once it is known to exist; shows a
+    /// box and returns an empty text when it does not.
+    static std::string FindGraphFile(const QString& name);
     void StartLogs();
     void WatchTermination();
     void TakeScreenshot(const QString& file);

@@ -1,0 +1,429 @@
+#include "support/mini_data.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "platform/file.h"
+#include "platform/last_error.h"
+#include "support/diagnostics.h"
+#include "support/fast_file.h"
+#include "support/mini_data_text.h"
+
+namespace wavo {
+
+using ini::kLineEnd;
+
+namespace {
+
+using namespace std::string_view_literals;
+// The marks of 32 bits begin with those of 16, so they are looked at first.
+constexpr std::string_view kWideMarks[] = {"\xFF\xFE\0\0"sv, "\0\0\xFE\xFF"sv, "\xFF\xFE"sv,
+                                           "\xFE\xFF"sv};
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF"sv;
+
+}  // namespace
+
+template <typename Compare>
+MIniDataT<Compare>::MIniDataT(unsigned options) : m_options(options) {}
+
+template <typename Compare>
+MIniDataT<Compare>::~MIniDataT() = default;
+
+// Reading
+
+template <typename Compare>
+void MIniDataT<Compare>::Reset() {
+    MErrTrace_BeginContext();
+    m_text.Free();
+    m_arena.Free();
+    m_leading = {};
+    m_sections = {};
+    m_section_index.Free();
+    m_entry_index.Free();
+    m_indexed = nullptr;
+    m_line = 0;
+    m_dropped = 0;
+    m_is_content = true;
+    m_valid = false;
+    m_new_or_changed = true;
+    m_loaded_or_saved = false;
+    m_last_error.clear();
+    MErrTrace_EndContext();
+}
+
+/// Empties the store after a failure, whose text stays. Always false.
+template <typename Compare>
+bool MIniDataT<Compare>::Abandon() {
+    const std::string error = std::move(m_last_error);
+    Reset();
+    m_last_error = error;
+    return false;
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::Open(const std::string& path) {
+    Reset();
+    m_path = path;
+    if (!platform::Files().Exists(path)) {
+        m_valid = true;
+        return true;
+    }
+    MFastFileReader reader;
+    if (!reader.Open(path)) {
+        m_last_error = "MFastFileReader::Open() failed: " + ini::SystemText();
+        MERRTRACE("MIniData::Open(): MFastFileReader::Open() failed");
+        return false;
+    }
+    if (!ReadLines(reader)) {
+        return Abandon();
+    }
+    m_valid = true;
+    m_new_or_changed = false;
+    m_loaded_or_saved = true;
+    reader.Close();
+    return true;
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::ReadLines(MFastFileReader& reader) {
+    constexpr char kCaller[] = "MIniData::Open()";
+    // Line ends of one byte become two, so a file of short lines needs more; then the text grows.
+    const std::size_t expected =
+        static_cast<std::size_t>(std::min<std::uint64_t>(reader.FileSize(), kLargestFile));
+    if (!m_text.Reserve(expected + expected / 16 + kLineEnd.size())) {
+        return OutOfMemory("TextBuffer");
+    }
+    std::size_t empty_lines = 0;
+    for (bool is_first = true; !reader.IsEOF(); is_first = false) {
+        m_line = m_text.size();
+        switch (reader.AppendLine(m_text, kLongestLine)) {
+            case MFastFileReader::Line::kWhole:
+                break;
+            case MFastFileReader::Line::kCut:
+                // What is wrong with the line shows in its first part, if anything is.
+                return TakeLine(kCaller, is_first) &&
+                       ParseFailed("line longer than " + std::to_string(kLongestLine) +
+                                   " bytes: \"" + ini::Echo(Line(), 50) + "\"");
+            case MFastFileReader::Line::kFailed:
+                return ReadFailed();
+            case MFastFileReader::Line::kOutOfMemory:
+                return OutOfMemory("TextBuffer");
+        }
+        if (!TakeLine(kCaller, is_first)) {
+            return false;
+        }
+        empty_lines += m_text.size() == m_line ? 1 : 0;
+        if (m_text.size() + empty_lines > kLargestFile) {
+            return ParseFailed("more than " + std::to_string(kLargestFile) + " bytes");
+        }
+    }
+    // A failed read ends the lines, but it is not the end of the file: a store without the rest
+    // would be saved over it.
+    return !reader.HasFailed() || ReadFailed();
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::ReadFailed() {
+    m_last_error = "MFastFileReader::ReadLine() failed: " + ini::SystemText();
+    MERRTRACE("MIniData::Open(): MFastFileReader::ReadLine() failed");
+    return false;
+}
+
+template <typename Compare>
+std::string_view MIniDataT<Compare>::Line() const {
+    return m_text.View(m_line, m_text.size() - m_line);
+}
+
+/// Takes in the line that was read. It gets its line end when it is kept.
+template <typename Compare>
+bool MIniDataT<Compare>::TakeLine(const char* caller, bool is_first) {
+    if (is_first && !CheckMarks(caller)) {
+        return false;
+    }
+    if (m_text.size() == m_line) {
+        return true;
+    }
+    if (!parse_line()) {
+        MERRTRACE("%s: parse_line(%.60s) failed", caller, ini::Echo(Line(), 60).c_str());
+        return false;
+    }
+    if (!m_text.Reserve(kLineEnd.size())) {
+        return OutOfMemory("TextBuffer");
+    }
+    m_text.Put(kLineEnd);
+    return true;
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::CheckMarks(const char* caller) {
+    const std::string_view line = Line();
+    for (const std::string_view mark : kWideMarks) {
+        if (line.starts_with(mark)) {
+            m_last_error = "UTF16/32 Unicode format not supported.";
+            // The caller's name without its closing bracket: the path follows.
+            MERRTRACE("%.*s\"%.80s\"): UTF16/32 Unicode format not supported",
+                      static_cast<int>(std::strlen(caller)) - 1, caller, m_path.c_str());
+            return false;
+        }
+    }
+    if (line.starts_with(kUtf8Mark)) {
+        const std::size_t rest = line.size() - kUtf8Mark.size();
+        std::memmove(m_text.data() + m_line, m_text.data() + m_line + kUtf8Mark.size(), rest);
+        m_text.SetSize(m_line + rest);
+    }
+    return true;
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::parse_line() {
+    const std::string_view line = Line();
+    if (line.front() == '[') {
+        return ParseHeader();
+    }
+    const std::size_t first = ini::FirstNonBlank(line);
+    if (first == line.size() || ini::BeginsComment(line[first])) {
+        return KeepLine();
+    }
+    if (m_sections.last() == nullptr) {
+        return ParseFailed("Possible entry \"" + ini::Echo(line) + "\" found before first section");
+    }
+    return ParseEntry(first);
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::KeepLine() {
+    auto* const kept = m_arena.New<MIniDataLine>(m_line, m_text.size() - m_line);
+    if (kept == nullptr) {
+        return OutOfMemory("MIniDataLine");
+    }
+    (m_sections.last() != nullptr ? m_sections.last()->m_lines : m_leading).Append(kept);
+    return true;
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::ParseHeader() {
+    const std::string_view line = Line();
+    const std::size_t end = line.find(']');
+    if (end == std::string_view::npos) {
+        return ParseFailed("no matching ']' found in \"" + ini::Echo(line, 50) + "\"");
+    }
+    const std::string_view name = ini::Trim(line.substr(1, end - 1));
+    if (Section* const earlier = FindSection(name); earlier != nullptr) {
+        if ((m_options & kReplaceSections) == 0) {
+            return ParseFailed("Section [" + ini::Echo(name) + "] seen twice");
+        }
+        RemoveSection(*earlier);
+    }
+    auto* const section = m_arena.New<Section>(
+        m_line, line.size(), static_cast<std::size_t>(name.data() - line.data()), name.size());
+    if (section == nullptr || !m_section_index.Add(section, m_text)) {
+        return OutOfMemory("MIniDataSectionT");
+    }
+    m_sections.Append(section);
+    m_entry_index.Clear();
+    m_indexed = section;
+    return true;
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::ParseEntry(std::size_t first) {
+    const std::string_view line = Line();
+    Section& section = *m_sections.last();
+    const ini::EntryParts parts = ini::SplitEntry(line, first);
+    if (!parts.has_equals || parts.name_length == 0) {
+        if ((m_options & (kLenientEntries | kReplaceSections)) == 0) {
+            const std::string in_section = " in section " + ini::Echo(section.Name(m_text));
+            return ParseFailed(
+                parts.has_equals
+                    ? "No entry name found before '=' in \"" + ini::Echo(line) + "\"" + in_section
+                    : "No '=' found in \"" + ini::Echo(line, 50) + "\"" + in_section);
+        }
+        if (parts.name_length == 0) {
+            return KeepLine();
+        }
+    }
+    if (!m_entry_index.Reserve()) {
+        return OutOfMemory("MIniDataEntry");
+    }
+    const std::string_view name = line.substr(first, parts.name_length);
+    const std::uint32_t hash = Compare::Hash(name);
+    auto* slot = m_entry_index.FindSlot(name, hash, m_text);
+    if (!m_entry_index.IsEmpty(*slot)) {
+        if ((m_options & kReplaceEntries) == 0) {
+            return ParseFailed("Entry \"" + ini::Echo(name) + "\" seen twice in section " +
+                               ini::Echo(section.Name(m_text)));
+        }
+        RemoveEntry(section, *slot->item);
+        slot = m_entry_index.FindSlot(name, hash, m_text);
+    }
+    auto* const entry = m_arena.New<MIniDataEntry>(m_line, line.size(), parts);
+    if (entry == nullptr) {
+        return OutOfMemory("MIniDataEntry");
+    }
+    m_entry_index.Fill(slot, entry, hash);
+    section.m_lines.Append(entry);
+    return true;
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::ParseFailed(std::string error) {
+    m_last_error = std::move(error);
+    MERRTRACE("MIniData::parse_line(): %.70s", m_last_error.c_str());
+    return false;
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::OutOfMemory(const char* what) {
+    const int reason = errno != 0 ? errno : ENOMEM;
+    MERRTRACE("MIniData::parse_line(): new %s() failed: %.50s", what,
+              platform::ErrorText(reason).c_str());
+    return ParseFailed("out of memory (" + ini::Echo(Line(), 50) + ")");
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::SetContent(std::string_view text) {
+    constexpr char kCaller[] = "MIniData::SetContent()";
+    Reset();
+    const char* from = text.data();
+    const char* const end = from + text.size();
+    for (bool is_first = true; from != end; is_first = false) {
+        const char* const line_end = bytes::FindEither(from, end, '\r', '\n');
+        const std::string_view line(from, static_cast<std::size_t>(line_end - from));
+        m_line = m_text.size();
+        const bool fits = line.size() <= kLongestLine && m_line + line.size() <= kLargestFile;
+        if (!m_text.Append(line.substr(0, kLongestLine))) {
+            OutOfMemory("TextBuffer");
+            return Abandon();
+        }
+        if (!TakeLine(kCaller, is_first)) {
+            return Abandon();
+        }
+        if (!fits) {
+            ParseFailed("more than " + std::to_string(kLongestLine) + " bytes in a line, or " +
+                        std::to_string(kLargestFile) + " in all");
+            return Abandon();
+        }
+        from = line_end;
+        if (from != end) {
+            from += *from == '\r' && end - from > 1 && from[1] == '\n' ? 2 : 1;
+        }
+    }
+    m_valid = true;
+    return true;
+}
+
+template <typename Compare>
+void MIniDataT<Compare>::Clear() {
+    Reset();
+    m_valid = true;
+}
+
+// Content
+
+template <typename Compare>
+template <typename Visitor>
+void MIniDataT<Compare>::ForEachLine(Visitor visit) const {
+    const auto visit_list = [&](const MIniDataLineList& lines) {
+        for (MIniDataLine* line = lines.first(); line != nullptr; line = line->m_next) {
+            if (line->m_length != 0) {
+                visit(*line);
+            }
+        }
+    };
+    visit_list(m_leading);
+    for (Section* section = m_sections.first(); section != nullptr; section = section->m_next) {
+        visit(section->m_header);
+        visit_list(section->m_lines);
+    }
+}
+
+/// Takes a line out of the content.
+template <typename Compare>
+void MIniDataT<Compare>::Drop(MIniDataLine& line) {
+    if (line.m_length != 0) {
+        m_dropped += line.m_length + kLineEnd.size();
+        line.m_length = 0;
+        m_is_content = false;
+    }
+}
+
+template <typename Compare>
+void MIniDataT<Compare>::RemoveEntry(const Section& section, MIniDataEntry& entry) {
+    if (m_indexed == &section) {
+        m_entry_index.Remove(&entry, m_text);
+    }
+    Drop(entry);
+}
+
+template <typename Compare>
+void MIniDataT<Compare>::RemoveSection(Section& section) {
+    if (m_indexed == &section) {
+        m_entry_index.Clear();
+        m_indexed = nullptr;
+    }
+    m_section_index.Remove(&section, m_text);
+    m_sections.Remove(&section);
+    Drop(section.m_header);
+    for (MIniDataLine* line = section.m_lines.first(); line != nullptr; line = line->m_next) {
+        Drop(*line);
+    }
+}
+
+/// Puts the lines in file order into a new text without what was dropped.
+template <typename Compare>
+bool MIniDataT<Compare>::Compact() {
+    TextBuffer compact;
+    if (!compact.Reserve(ContentSize())) {
+        return false;
+    }
+    ForEachLine([&](MIniDataLine& line) {
+        const std::size_t begin = compact.size();
+        compact.Put(m_text.View(line.m_begin, line.m_length + kLineEnd.size()));
+        line.m_begin = static_cast<std::uint32_t>(begin);
+    });
+    m_text = std::move(compact);
+    m_dropped = 0;
+    m_is_content = true;
+    return true;
+}
+
+template <typename Compare>
+void MIniDataT<Compare>::SetChanged() {
+    m_is_content = false;
+    m_new_or_changed = true;
+}
+
+template <typename Compare>
+std::string MIniDataT<Compare>::Content() const {
+    std::string content;
+    content.reserve(ContentSize());
+    ForEachLine([&](const MIniDataLine& line) {
+        content += line.Text(m_text);
+        content += kLineEnd;
+    });
+    return content;
+}
+
+template <typename Compare>
+bool MIniDataT<Compare>::Save() {
+    if (!m_is_content && !Compact()) {
+        m_last_error = "out of memory (" + ini::SystemText() + ")";
+        MERRTRACE("MIniData::Save(): %s", m_last_error.c_str());
+        return false;
+    }
+    if (MFastFile_WriteLinesAtOnce(m_path, m_text.View(), m_options & (kSaveFlush | kSaveSafe)) ==
+        kWriteFailed) {
+        m_last_error = "MFastFile_WriteLinesAtOnce() failed: " + ini::SystemText();
+        MERRTRACE("MIniData::Save(): MFastFile_WriteLinesAtOnce(\"%.40s\") failed", m_path.c_str());
+        return false;
+    }
+    m_new_or_changed = false;
+    m_loaded_or_saved = true;
+    return true;
+}
+
+template class MIniDataT<MIniDataCaseSensitiveCompare>;
+
+}  // namespace wavo

@@ -1,0 +1,181 @@
+// Numbers and characters as settings and graph files hold them.
+
+#include "support/number_text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <optional>
+#include <random>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "support/character_text.h"
+
+namespace wavo {
+namespace {
+
+using ::testing::Eq;
+using ::testing::Optional;
+
+constexpr double kLargest = std::numeric_limits<double>::max();
+
+TEST(NumberText, IntegersEndWhereTheyCannotBeReadOn) {
+    for (const auto& [text, value] : std::vector<std::pair<const char*, std::int32_t>>{
+             {"0", 0},
+             {"12", 12},
+             {"-12", -12},
+             {"+12", 12},
+             {" \t12", 12},
+             {"12abc", 12},
+             {"12 13", 12},
+             {"1.9", 1},
+             {"2e5", 2},
+             {"0x10", 0},
+             {"007", 7},
+             {"", 0},
+             {" ", 0},
+             {"-", 0},
+             {"+", 0},
+             {"--1", 0},
+             {"+-1", 0},
+             {"- 1", 0},
+             {"abc", 0},
+             {".5", 0},
+             {"2147483647", INT32_MAX},
+             {"2147483648", INT32_MAX},
+             {"-2147483648", INT32_MIN},
+             {"-2147483649", INT32_MIN},
+             {"99999999999999999999999999", INT32_MAX},
+             {"-99999999999999999999999999", INT32_MIN}}) {
+        EXPECT_EQ(ReadInteger(text), value) << text;
+    }
+}
+
+TEST(NumberText, UnsignedNumbersAreNotNegative) {
+    for (const auto& [text, value] : std::vector<std::pair<const char*, std::uint32_t>>{
+             {"0", 0},
+             {"12x", 12},
+             {"-1", 0},
+             {"4294967295", UINT32_MAX},
+             {"4294967296", UINT32_MAX},
+             {"99999999999999999999999999", UINT32_MAX},
+             {"", 0}}) {
+        EXPECT_EQ(ReadUnsigned(text), value) << text;
+    }
+}
+
+TEST(NumberText, WholeNumbersAreTheWholeText) {
+    for (const auto& [text, value] :
+         std::vector<std::pair<const char*, std::int32_t>>{{"0", 0},
+                                                           {"-12", -12},
+                                                           {"+12", 12},
+                                                           {" 12 ", 12},
+                                                           {"12\t", 12},
+                                                           {"99999999999", INT32_MAX},
+                                                           {"-99999999999", INT32_MIN}}) {
+        EXPECT_THAT(ReadWholeNumber(text), Optional(value)) << text;
+    }
+    for (const char* const text : {"", " ", "abc", "12a", "1.0", "1 2", "0x10", "-", "1e3"}) {
+        EXPECT_THAT(ReadWholeNumber(text), Eq(std::nullopt)) << text;
+    }
+}
+
+TEST(NumberText, DoublesEndWhereTheyCannotBeReadOn) {
+    for (const auto& [text, value] : std::vector<std::pair<const char*, double>>{
+             {"0", 0.0},      {"1.5", 1.5},        {"-1.5", -1.5},   {"+1.5", 1.5},
+             {" \n1.5", 1.5}, {".5", 0.5},         {"-.5", -0.5},    {"5.", 5.0},
+             {"1.5mm", 1.5},  {"1,5", 1.0},        {"1e3", 1000.0},  {"1E-3", 0.001},
+             {"1e", 1.0},     {"1e+", 1.0},        {"1ex", 1.0},     {"0x10", 0.0},
+             {"1.2.3", 1.2},  {"10.000000", 10.0}, {"1e308", 1e308}, {"5e-324", 5e-324}}) {
+        EXPECT_THAT(FindDouble(text), Optional(value)) << text;
+        EXPECT_EQ(ReadDouble(text), value) << text;
+    }
+    for (const char* const text : {"", " ", "abc", ".", "-", "-.", "e5", ".e5", "inf", "-inf",
+                                   "infinity", "nan", "nan(1)", "+-1", "--1", "- 1"}) {
+        EXPECT_THAT(FindDouble(text), Eq(std::nullopt)) << text;
+        EXPECT_EQ(ReadDouble(text), 0.0) << text;
+    }
+}
+
+TEST(NumberText, DoublesThatAreTooLargeAreTheLargest) {
+    const std::string zeros(400, '0');
+    for (const std::string& text :
+         {std::string("1e309"), std::string("1.7976931348623159e308"),
+          std::string("1e999999999999"), "1" + zeros, "1" + zeros + ".5", std::string("0.001e400"),
+          "0." + zeros + "1e800", "1" + zeros + "e-50"}) {
+        EXPECT_EQ(ReadDouble(text), kLargest) << text;
+        EXPECT_EQ(ReadDouble("-" + text), -kLargest) << text;
+    }
+}
+
+TEST(NumberText, DoublesThatAreTooSmallAreZero) {
+    const std::string zeros(400, '0');
+    for (const std::string& text : {std::string("1e-400"), std::string("1e-999999999999"),
+                                    "0." + zeros + "1", "." + zeros + "1", "0." + zeros + "1e50",
+                                    "1" + zeros + "e-800", std::string("1000e-400")}) {
+        EXPECT_EQ(ReadDouble(text), 0.0) << text;
+    }
+    EXPECT_EQ(ReadDouble("0e999999999999"), 0.0);
+    EXPECT_EQ(ReadDouble("0.000e400"), 0.0);
+}
+
+TEST(NumberText, SixDecimalsAsPrintfWritesThem) {
+    std::mt19937_64 random(20261121);
+    std::vector<double> values = {0.0,  -0.0,   1.0,          -1.5,     0.0000005, 1.0 / 3.0,
+                                  1e15, 1e22,   123456.78901, kLargest, -kLargest, 5e-324,
+                                  1e-7, 0.5e-6, 1.5e-6,       2.5e-6};
+    for (int i = 0; i < 10'000; ++i) {
+        values.push_back(std::ldexp(std::uniform_real_distribution<double>(-1.0, 1.0)(random),
+                                    static_cast<int>(random() % 2000) - 1000));
+    }
+    for (const double value : values) {
+        char expected[400];
+        std::snprintf(expected, sizeof expected, "%.6f", value);
+        ASSERT_EQ(FormatSixDecimals(value), expected);
+    }
+    EXPECT_EQ(FormatSixDecimals(std::numeric_limits<double>::infinity()), "inf");
+}
+
+// Text form of characters.
+
+TEST(CharacterText, CharactersAboveTheBlankStandForThemselves) {
+    for (int code = 0; code < 256; ++code) {
+        const std::string text = FormatCharacter(static_cast<char>(code));
+        if (code > 32) {
+            EXPECT_EQ(text, std::string(1, static_cast<char>(code)));
+        } else {
+            char expected[8];
+            std::snprintf(expected, sizeof expected, "0x%02x", static_cast<unsigned>(code));
+            EXPECT_EQ(text, expected);
+        }
+        EXPECT_THAT(ParseCharacters(text), Optional(std::string(1, static_cast<char>(code))));
+    }
+}
+
+TEST(CharacterText, ListsAreJoinedByCommas) {
+    EXPECT_EQ(FormatCharacters("\r\n"), "0x0d,0x0a");
+    EXPECT_EQ(FormatCharacters(""), "");
+    EXPECT_EQ(FormatCharacters(";\n"), ";,0x0a");
+    EXPECT_EQ(FormatCharacters(std::string_view("\0 ", 2)), "0x00,0x20");
+}
+
+TEST(CharacterText, OnlyCodesAreReadInLists) {
+    for (const char* const bad : {"", "ab", ";,0x0a", "0x0a,;", "0x", "0x,0x0a", "0x0a,", ",0x0a",
+                                  "0x0a,,0x0d", "0x0a 0x0d", "0xg", "0x0a ", "0X0A", "10"}) {
+        EXPECT_THAT(ParseCharacters(bad), Eq(std::nullopt)) << bad;
+    }
+    EXPECT_EQ(ParseCharacters(","), ",");
+    EXPECT_EQ(ParseCharacters("0x3b,0x0A"), ";\n");
+    EXPECT_EQ(ParseCharacters("0x10000000000000000000009"), "\t");
+    EXPECT_EQ(ParseCharacters("0x1,0x00"), std::string("\1\0", 2));
+}
+
+}  // namespace
+}  // namespace wavo
