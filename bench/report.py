@@ -39,7 +39,7 @@ print(f"{machine['num_cpus']} CPUs at {machine['mhz_per_cpu']} MHz, load {machin
       f"medians of 5 runs")
 print(f"{'benchmark':<20} {'unit':<5} {'ours':>10} {'rival':>10} {'limit':>10} "
       f"{'rival/ours':>11} {'ours/limit':>11}  rival; limit")
-for row in rows.values():
+for row in sorted(rows.values(), key=lambda row: row["name"]):
     print(f"{row['name']:<20} {row['unit']:<5} {figure(row['ours']):>10} "
           f"{figure(row['rival']):>10} {figure(row['limit']):>10} "
           f"{row['rival'] / row['ours']:>10.2f}x {row['ours'] / row['limit']:>10.2f}x  "

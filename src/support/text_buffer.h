@@ -30,9 +30,9 @@ class TextBuffer {
     }
 
     /// Makes room for `more` bytes behind the text. False when there is no memory for it (errno
-    /// tells so); the text stays as it is.
+    /// tells so); the text stays as it is. Room for nothing has its slack too.
     [[nodiscard]] bool Reserve(std::size_t more) noexcept {
-        return more <= m_capacity - m_size || Grow(more);
+        return (more <= m_capacity - m_size && m_data != nullptr) || Grow(more);
     }
 
     /// Appends `text`, which may not lie in this buffer. False as Reserve.

@@ -42,7 +42,7 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
     m_editor.SetAcquisitionRuns(m_cycle.IsRunning());
     {
         const std::lock_guard guard(m_value_lock);
-        RebuildGraphs();  // without a master too there is something to see
+        RebuildGraphs();  // something to see until a master and a graph file are there
     }
     if (OpenMessageWindow()) {
         m_cycle.Connect(true);

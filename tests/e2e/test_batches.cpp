@@ -1,7 +1,8 @@
 // Viewer and demo_master as two real processes: every value arrives, each batch is answered once.
 //
-// A viewer that starts connects, and joins anew when it has opened its graph file. The master begins
-// with line 0 again then, so that it may have sent more lines than the viewer was to receive.
+// A viewer that starts connects, and joins anew when it has opened its graph file. The master
+// begins with line 0 again then, so that it may have sent more lines than the viewer was to
+// receive.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

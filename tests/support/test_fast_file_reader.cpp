@@ -141,6 +141,16 @@ TEST_F(FastFileReader, ALineBeyondTheLimitIsCutAndGoesOn) {
     EXPECT_TRUE(reader.IsEOF());
 }
 
+TEST_F(FastFileReader, AnEmptyLineMayBeTheFirstThingThatATextTakes) {
+    MFastFileReader reader;
+    ASSERT_TRUE(reader.Open(Make("\nabc\n")));
+    TextBuffer text;
+    EXPECT_EQ(reader.AppendLine(text, 1000), MFastFileReader::Line::kWhole);
+    EXPECT_EQ(text.View(), "");
+    EXPECT_EQ(reader.AppendLine(text, 1000), MFastFileReader::Line::kWhole);
+    EXPECT_EQ(text.View(), "abc");
+}
+
 TEST_F(FastFileReader, AMissingFileIsReportedByBothFunctions) {
     const CollectReports reports(Service::kErrorTrace);
     MFastFileReader reader;

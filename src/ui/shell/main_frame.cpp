@@ -8,6 +8,7 @@
 #include <QStatusBar>
 
 #include "ui/shell/commands.h"
+#include "ui/shell/elided_label.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -52,8 +53,10 @@ void CMainFrame::CreateMenus() {
 }
 
 void CMainFrame::CreateStatusBar() {
-    for (QLabel*& pane : m_panes) {
-        pane = new QLabel(this);
+    m_panes[0] = new ElidedLabel(this);
+    m_panes[1] = new QLabel(this);
+    m_panes[2] = new QLabel(this);
+    for (QLabel* const pane : m_panes) {
         pane->setMargin(2);
         pane->setTextFormat(Qt::PlainText);
     }

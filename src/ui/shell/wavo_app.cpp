@@ -98,7 +98,7 @@ std::string CWavoApp::FindGraphFile(const QString& name) {
     for (const std::string& path : {given, "DATA" + platform::PathSeparator() + given}) {
         if (QFileInfo(QString::fromStdString(path)).isFile() &&
             QFile(QString::fromStdString(path)).open(QIODevice::ReadOnly)) {
-            return path;
+            return QFileInfo(QString::fromStdString(path)).absoluteFilePath().toStdString();
         }
     }
     ShowErrorBox(activeWindow(), "Can not open file [" + name.toStdString() + "], not exist");

@@ -25,13 +25,14 @@ class CWavoApp : public QApplication {
     /// Reads the command line; ends the process for --help, --version and wrong options.
     AppOptions ParseCommandLine();
 
+    /// The path of the graph file `name` of the command line, as it stands or in the folder "DATA";
+    /// absolute. Shows a box and returns an empty text when there is none.
+    static std::string FindGraphFile(const QString& name);
+
     /// Makes the frame and shows it.
     void InitInstance(const AppOptions& options);
 
  private:
-    /// The path of the graph file that the command line names, once it is known to exist; shows a
-    /// box and returns an empty text when it does not.
-    static std::string FindGraphFile(const QString& name);
     void StartLogs();
     void WatchTermination();
     void TakeScreenshot(const QString& file);

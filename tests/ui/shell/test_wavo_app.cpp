@@ -1,0 +1,73 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "ui/dialogs/message_boxes.h"
+#include "ui/shell/wavo_app.h"
+
+namespace wavo {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// A folder with the files given.ini and DATA/other.ini as current folder.
+class GraphFileOfTheCommandLine : public ::testing::Test {
+ protected:
+    GraphFileOfTheCommandLine() {
+        QDir::setCurrent(m_folder.path());
+        QDir().mkdir(QStringLiteral("DATA"));
+        for (const char* name : {"given.ini", "DATA/other.ini"}) {
+            QFile file(QString::fromLatin1(name));
+            EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        }
+        SetBoxHandler([this](const Box& box) {
+            m_boxes.push_back(box);
+            return BoxAnswer::kOk;
+        });
+    }
+    ~GraphFileOfTheCommandLine() override {
+        SetBoxHandler(nullptr);
+        QDir::setCurrent(m_before);
+    }
+    [[nodiscard]] std::string Path(const char* name) const {
+        return QDir(QDir::currentPath()).filePath(QString::fromLatin1(name)).toStdString();
+    }
+
+    const QString m_before = QDir::currentPath();
+    QTemporaryDir m_folder;
+    std::vector<Box> m_boxes;
+};
+
+TEST_F(GraphFileOfTheCommandLine, IsTakenAsItStandsWhenItIsThere) {
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("given.ini")), Path("given.ini"));
+    EXPECT_THAT(m_boxes, IsEmpty());
+}
+
+TEST_F(GraphFileOfTheCommandLine, IsLookedForInTheDataFolderElse) {
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("other.ini")), Path("DATA/other.ini"));
+    EXPECT_THAT(m_boxes, IsEmpty());
+}
+
+TEST_F(GraphFileOfTheCommandLine, ThatIsNowhereIsNamedAsItWasGiven) {
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("no/such.ini")), "");
+    EXPECT_THAT(m_boxes, ElementsAre(Box{"Can not open file [no/such.ini], not exist", "ERROR",
+                                         BoxIcon::kExclamation, BoxButtons::kOk}));
+}
+
+TEST_F(GraphFileOfTheCommandLine, IsNoFolder) {
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("DATA")), "");
+    EXPECT_THAT(m_boxes, ElementsAre(Box{"Can not open file [DATA], not exist", "ERROR",
+                                         BoxIcon::kExclamation, BoxButtons::kOk}));
+}
+
+TEST_F(GraphFileOfTheCommandLine, NeedNotBeNamed) {
+    EXPECT_EQ(CWavoApp::FindGraphFile(QString()), "");
+    EXPECT_THAT(m_boxes, IsEmpty());
+}
+
+}  // namespace
+}  // namespace wavo
