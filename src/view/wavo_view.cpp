@@ -62,7 +62,7 @@ std::string CWavoView::ReadSettings() {
         m_settings = DefaultViewSettings();
         return {};
     }
-    const std::string file = folder + platform::PathSeparator() + "wavo.ini";
+    std::string file = folder + platform::PathSeparator() + "wavo.ini";
     ReadProperties(file, m_settings);
     return file;
 }

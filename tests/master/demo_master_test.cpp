@@ -21,7 +21,6 @@ using ::testing::MatchesRegex;
 using ::testing::StartsWith;
 using wavo::testing::ChildProcess;
 using wavo::testing::MappedSegment;
-using wavo::testing::ReadInfo;
 using wavo::testing::SegmentExists;
 using wavo::testing::TestViewer;
 

@@ -15,7 +15,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 std::vector<double> LineOf(const LineSource& source, std::uint64_t number) {
     std::vector<double> line(source.AxisNames().size());

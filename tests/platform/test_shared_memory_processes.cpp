@@ -58,7 +58,11 @@ TEST(SharedMemoryBetweenProcesses, ASegmentOfAnotherUserIsRefused) {
         pipe.Put(segment ? 1 : 0);
         return pipe.Get() == 1 ? 0 : 1;
     });
-    ASSERT_EQ(publisher.pipe().Get(), 1U);
+    if (publisher.pipe().Get() != 1) {
+        publisher.pipe().Put(1);
+        publisher.Wait();
+        GTEST_SKIP() << "other users cannot create segments on this machine";
+    }
     EXPECT_EQ(OpenSharedMemory(name), 0U);
     EXPECT_EQ(LastError(), EACCES);
     publisher.pipe().Put(1);

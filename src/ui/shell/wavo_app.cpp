@@ -52,8 +52,8 @@ AppOptions CWavoApp::ParseCommandLine() {
     parser.process(*this);
     bool is_number = false;
     const QStringList files = parser.positionalArguments();
-    const AppOptions options{parser.value(screenshot),
-                             parser.value(after_lines).toULongLong(&is_number), files.value(0)};
+    AppOptions options{parser.value(screenshot), parser.value(after_lines).toULongLong(&is_number),
+                       files.value(0)};
     if (parser.isSet(help)) {
         parser.showHelp(0);
     }
