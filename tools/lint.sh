@@ -15,9 +15,12 @@ if [ ${#files[@]} -eq 0 ]; then
 fi
 echo "==> clang-tidy over ${#files[@]} files"
 status=0
+# Headers that only GCC brings (libbacktrace), behind clang's own.
+gcc_headers=$(dirname "$(gcc -print-file-name=include/backtrace.h)")
 # The compiler's own warning options are not all known to clang.
 printf '%s\n' "${files[@]}" |
     xargs -P "$(nproc)" -n 2 "$tidy" -p "$build" --quiet --extra-arg=-Wno-unknown-warning-option \
+        --extra-arg=-idirafter"$gcc_headers" \
         2>/dev/null || status=$?
 if [ $status -ne 0 ]; then
     echo "clang-tidy found something" >&2

@@ -21,7 +21,6 @@ namespace {
 
 using wavo::diagnostics::Emit;
 using wavo::diagnostics::kLargestText;
-using wavo::diagnostics::Report;
 using wavo::diagnostics::Service;
 using wavo::platform::LastErrorKeeper;
 using Clock = std::chrono::system_clock;

@@ -36,7 +36,7 @@ constexpr std::array<FatalSignal, 5> kFatalSignals{{{SIGSEGV, "SIGSEGV"},
                                                     {SIGILL, "SIGILL"},
                                                     {SIGABRT, "SIGABRT"}}};
 
-constexpr std::size_t kStackSize = 256 * 1024;
+constexpr std::size_t kStackSize = std::size_t{256} * 1024;
 constexpr int kPatience = 5000;        // ms for one attempt at the backtrace
 constexpr int kWaitStep = 10;          // ms
 constexpr unsigned kAttemptLife = 20;  // s until a copy ends itself, should its parent be killed

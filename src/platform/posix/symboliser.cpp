@@ -72,6 +72,7 @@ void WriteFrame(Output* output, const char* function, const char* file, int line
         record.Text(" at ").Text(file).Text(":").Decimal(static_cast<std::uint64_t>(line));
     }
     Dl_info module{};
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): a code address is a number until it is named
     if (!output->written && ::dladdr(reinterpret_cast<void*>(output->address), &module) != 0 &&
         module.dli_fname != nullptr) {
         const char* slash = std::strrchr(module.dli_fname, '/');
@@ -87,6 +88,7 @@ void WriteFrame(Output* output, const char* function, const char* file, int line
 /// Name by the dynamic symbols alone.
 const char* ExportedName(std::uintptr_t address) {
     Dl_info info{};
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): a code address is a number until it is named
     return ::dladdr(reinterpret_cast<void*>(address), &info) != 0 ? info.dli_sname : nullptr;
 }
 

@@ -135,7 +135,8 @@ void Sweep(const std::string& folder) {
         }
     }
     for (const std::string& name : names) {
-        const std::string path = folder + "/" + name;
+        std::string path = folder;
+        path.append("/").append(name);
         // Only nobody listening is a refusal; a stopped or busy owner accepts or lets us wait.
         if (!ConnectToPath(path) && errno == ECONNREFUSED) {
             ::unlink(path.c_str());
