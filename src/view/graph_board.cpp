@@ -127,9 +127,9 @@ void GraphBoard::DistributeLineByLine(const double* lines, std::uint64_t line_co
     }
 }
 
-void GraphBoard::DrawAll(QPainter& painter, bool restart) {
+void GraphBoard::DrawAll(QImage& picture, bool restart) {
     for (const auto& drawer : m_drawers) {
-        drawer->DrawGraph(painter, restart);
+        drawer->DrawGraph(picture, restart);
     }
     for (GraphValue& value : m_registry.Values()) {
         value.EmptyNewValues();

@@ -19,7 +19,7 @@
 #include "graph/model/wavo_graph.h"
 #include "graph/values/graph_value_registry.h"
 
-class QPainter;
+class QImage;
 
 namespace wavo {
 
@@ -57,7 +57,7 @@ class GraphBoard {
     void Distribute(const double* lines, std::uint64_t line_count, std::uint64_t axis_count);
 
     /// One drawing step of all graphs; afterwards the new values of all buffers are emptied.
-    void DrawAll(QPainter& painter, bool restart);
+    void DrawAll(QImage& picture, bool restart);
 
     void ResetBuffers();
     void EnableBuffers();

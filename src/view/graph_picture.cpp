@@ -23,9 +23,7 @@ void GraphPicture::Draw(GraphBoard& board, ColorRef background, bool restart) {
     if (restart) {
         board.ResetBuffers();
     }
-    QPainter painter(&m_image);
-    board.DrawAll(painter, restart);
-    painter.end();
+    board.DrawAll(m_image, restart);
     MTRACE(4, "OnDraw(): --- end of drawing all graphs");
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QImage>
-#include <QPainter>
 #include <functional>
 #include <map>
 #include <string>
@@ -34,9 +33,7 @@ class FakeHost : public AcquisitionHost, public GraphDrawHost {
             on_draw();
         }
         QImage image(400, 200, QImage::Format_RGB32);
-        QPainter painter(&image);
-        board->DrawAll(painter, false);
-        painter.end();
+        board->DrawAll(image, false);
         cycle->SendPendingReady();
     }
     [[nodiscard]] bool IsDrawing() const override { return drawing; }

@@ -199,8 +199,9 @@ void GraphDraw::FillScaleLines() {
     FillScaleValues(m_vertical, GraphDefineGetMinMaxValue(ShownXScale()));
 }
 
-void GraphDraw::FitToDevice(const QPainter& painter) {
-    const double ratio = painter.device() != nullptr ? painter.device()->devicePixelRatioF() : 1.0;
+void GraphDraw::Invalidate() {}
+
+void GraphDraw::FitToDevice(double ratio) {
     if (ratio != m_device_ratio && ratio > 0.0) {
         m_device_ratio = ratio;
         Layout();

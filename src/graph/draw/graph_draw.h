@@ -16,6 +16,7 @@
 
 #include <QFont>
 #include <QFontMetrics>
+#include <QImage>
 #include <QPainter>
 #include <QRect>
 #include <cstdint>
@@ -82,9 +83,14 @@ class GraphDraw {
     GraphDraw(GraphDraw&&) = delete;
     GraphDraw& operator=(GraphDraw&&) = delete;
 
-    /// One drawing step. `restart`: the caller has reset all buffers, the graph begins anew. The
-    /// background is the caller's.
-    void DrawGraph(QPainter& painter, bool restart);
+    /// One drawing step. `restart`: the caller has reset all buffers, the graph begins anew.
+    /// Paints all pixels of its rectangle, the background too, and no others. REQUIRES: `picture`
+    /// has the format RGB32 and in the rectangle what the last step drew there, unless Invalidate
+    /// was called since.
+    void DrawGraph(QImage& picture, bool restart);
+
+    /// The pixels of the rectangle were lost: the next step paints all of them.
+    void Invalidate();
 
     /// Moves the graph; its curves follow at once.
     void SetRectangle(const QRect& rectangle);
@@ -167,7 +173,7 @@ class GraphDraw {
     void PrimeLines();
     void Layout();
     [[nodiscard]] int SlotWidth(const QFontMetrics& font_metrics) const;
-    void FitToDevice(const QPainter& painter);
+    void FitToDevice(double ratio);
     [[nodiscard]] PlotGeometry Geometry() const;
     void FillScaleLines();
 

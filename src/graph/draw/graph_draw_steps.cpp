@@ -25,8 +25,10 @@ constexpr std::uint64_t kAnyCount = std::numeric_limits<std::uint64_t>::max();
 
 }  // namespace
 
-void GraphDraw::DrawGraph(QPainter& painter, bool restart) {
-    FitToDevice(painter);
+void GraphDraw::DrawGraph(QImage& picture, bool restart) {
+    FitToDevice(picture.devicePixelRatioF());
+    QPainter painter(&picture);
+    painter.fillRect(m_rectangle, m_colors.background);
     if (restart || m_restart_flag) {
         Restart();
     }

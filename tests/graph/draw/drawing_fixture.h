@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QImage>
-#include <QPainter>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -96,15 +95,12 @@ class Scope {
 
     /// One step as the view does it.
     void Draw(bool restart = false) {
-        m_image.fill(Qt::black);
         if (restart) {
             for (GraphValue& value : values) {
                 value.Reset();
             }
         }
-        QPainter painter(&m_image);
-        draw->DrawGraph(painter, restart);
-        painter.end();
+        draw->DrawGraph(m_image, restart);
         for (GraphValue& value : values) {
             value.EmptyNewValues();
         }

@@ -103,10 +103,9 @@ TEST(Hostile, EveryTimeRangeAndCycleTimeWorks) {
         WavoGraph graph = TimeGraph(1.0);
         AddAxis(graph, "X", ManualScale(0.0, 1.0), TriggerTypeCode::kStartAbove, 0.5);
         QImage image(100, 100, QImage::Format_RGB32);
-        QPainter painter(&image);
         GraphDraw draw(QRect(0, 0, 100, 100), graph, host, {}, cycle_time, 5, 3,
                        {{nullptr}, nullptr});
-        draw.DrawGraph(painter, false);
+        draw.DrawGraph(image, false);
         EXPECT_EQ(draw.State(), RunState::kWaitingForStart);
     }
 }
@@ -117,13 +116,12 @@ TEST(Hostile, ADefinitionWithMissingEntriesIsCompleted) {
     graph.YScales = {ManualScale(0.0, 1.0)};
     CountingHost host;
     QImage image(400, 200, QImage::Format_RGB32);
-    QPainter painter(&image);
     // Once for the curve and once for the spacing text.
     const ExpectErrorLog expected({"GraphDefineGetMinMaxValue(): invalid ScaleType",
                                    "GraphDefineGetMinMaxValue(): invalid ScaleType"});
     GraphDraw draw(QRect(0, 0, 400, 200), graph, host, {}, 0.25, 5, 3,
                    {{nullptr, nullptr}, nullptr});
-    draw.DrawGraph(painter, false);
+    draw.DrawGraph(image, false);
     EXPECT_EQ(draw.Graph().YCoorAxColor, (std::vector<ColorRef>{0xFFFFFF, 0xFFFFFF}));
     EXPECT_EQ(draw.Graph().YCoorAxDerivation, (std::vector<std::int32_t>{0, 0}));
     EXPECT_EQ(draw.Graph().Triggers[1].TriggerType, TriggerTypeCode::kNone);
@@ -146,10 +144,8 @@ TEST(Hostile, AnyNumberOfScaleLinesWorks) {
     CountingHost host;
     QImage image(400, 200, QImage::Format_RGB32);
     image.fill(Qt::black);
-    QPainter painter(&image);
     GraphDraw draw(QRect(0, 0, 400, 200), graph, host, {}, 0.25, most, most, {{nullptr}, nullptr});
-    draw.DrawGraph(painter, false);
-    painter.end();
+    draw.DrawGraph(image, false);
     const QRect plot = draw.PlotArea();
     EXPECT_EQ(image.pixelColor(plot.center()), QColor(Qt::black))
         << "lines that cannot be told apart are left out";

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <QImage>
-#include <QPainter>
 
 #include "drawing_fixture.h"
 #include "expect_errors.h"
@@ -35,13 +34,12 @@ TEST(GraphDrawFrame, BadNumbersOfScaleLinesAreReportedAndReplaced) {
     CountingHost host;
     QImage image(400, 200, QImage::Format_RGB32);
     image.fill(Qt::black);
-    QPainter painter(&image);
     const ExpectErrorLog expected(
         {"GraphDraw::GraphDraw(): invalid number of scale lines x-corr., setting five scale line",
          "GraphDraw::GraphDraw(): invalid number of scale lines y-corr., setting three scale "
          "line"});
     GraphDraw draw(QRect(0, 0, 400, 200), OneAxis(), host, {}, 0.25, 0, -1, {{nullptr}, nullptr});
-    draw.DrawGraph(painter, false);
+    draw.DrawGraph(image, false);
     EXPECT_EQ(draw.Lines()[0]->XLines().size(), 7U);
     EXPECT_EQ(draw.Lines()[0]->YLines().size(), 5U);
 }
@@ -143,8 +141,7 @@ TEST(GraphDrawSteps, TheConstructorTakesWhatTheBufferHoldsAndDrawsNothing) {
     draw.Lines()[0]->GetYValues(shown);
     EXPECT_EQ(shown, (std::vector<double>{1, 2, 3}));
     QImage image(400, 200, QImage::Format_RGB32);
-    QPainter painter(&image);
-    draw.DrawGraph(painter, false);
+    draw.DrawGraph(image, false);
     draw.Lines()[0]->GetYValues(shown);
     EXPECT_EQ(shown, (std::vector<double>{1, 2, 3, 4}));
 }
@@ -256,11 +253,10 @@ TEST(GraphDrawSteps, AGraphWithoutYAxesIsReportedAndDrawsItsFrame) {
 TEST(GraphDrawSteps, ADifferentNumberOfBuffersIsReportedTwice) {
     CountingHost host;
     QImage image(400, 200, QImage::Format_RGB32);
-    QPainter painter(&image);
     GraphDraw draw(QRect(0, 0, 400, 200), OneAxis(), host, {}, 0.25, 5, 3, {});
     const std::string text = "GraphDraw::DrawGraph(): m_pLinesY.size()!=m_pVectYValueFifo.size()";
     const ExpectErrorLog expected({text, text});
-    draw.DrawGraph(painter, false);
+    draw.DrawGraph(image, false);
 }
 
 TEST(GraphDrawSteps, AnXScaleThatIsNoTimeRangeIsReported) {
@@ -345,13 +341,12 @@ TEST(GraphDrawBuffers, MayBeAbsent) {
     CountingHost host;
     QImage image(400, 200, QImage::Format_RGB32);
     image.fill(Qt::black);
-    QPainter painter(&image);
     GraphDraw draw(QRect(0, 0, 400, 200), OneAxis(), host, {}, 0.25, 5, 3, {{nullptr}, nullptr});
-    draw.DrawGraph(painter, false);
+    draw.DrawGraph(image, false);
     draw.SetZoomRange(0.1, 0.5);
-    draw.DrawGraph(painter, false);
+    draw.DrawGraph(image, false);
     draw.SetRestartFlag();
-    draw.DrawGraph(painter, false);
+    draw.DrawGraph(image, false);
     EXPECT_TRUE(draw.Values().empty());
     EXPECT_EQ(draw.LatestTime(), 0.0);
     std::vector<double> values;
@@ -402,9 +397,7 @@ TEST(GraphDrawDevice, CurvesUseAllPixelsOfAFineScreen) {
     QImage image(800, 400, QImage::Format_RGB32);
     image.setDevicePixelRatio(2.0);
     image.fill(Qt::black);
-    QPainter painter(&image);
-    draw.DrawGraph(painter, false);
-    painter.end();
+    draw.DrawGraph(image, false);
     const QRect plot = draw.PlotArea();
     EXPECT_EQ(draw.Lines()[0]->Point(0).x, plot.left() * 2);
     EXPECT_EQ(draw.Lines()[0]->Point(0).y, plot.bottom() * 2 + 1);
