@@ -64,9 +64,11 @@ struct Curve {
     [[nodiscard]] int Drawn(ColorRef color = kOwnColor) const {
         QImage image(401, 201, QImage::Format_RGB32);
         image.fill(Qt::black);
-        QPainter painter(&image);
-        line->DrawAllLinesXIsTime(color, &painter);
-        painter.end();
+        PlotCanvas canvas;
+        const QImage background = image;
+        canvas.Begin(image, background, QPoint(), image.rect());
+        line->DrawAllLinesXIsTime(color, &canvas);
+        canvas.End();
         last_image = image;
         int count = 0;
         for (int y = 0; y < image.height(); ++y) {
