@@ -18,6 +18,7 @@ void SetUpAxis(QCPAxis& axis) {
     axis.setTickPen(pen);
     axis.setSubTicks(false);
     axis.setTickLabelColor(Qt::lightGray);
+    axis.grid()->setVisible(true);
     axis.grid()->setPen(QPen(Qt::darkGray, 0));
     axis.grid()->setZeroLinePen(Qt::NoPen);
     axis.ticker()->setTickCount(5);
@@ -66,7 +67,7 @@ class RivalPlot::Plot {
 RivalPlot::Plot::Plot(const Scene& scene) : m_scene(scene) {
     m_plot.setViewport(QRect(QPoint(0, 0), scene.size));
     m_plot.setNotAntialiasedElements(QCP::aeAll);
-    m_plot.setPlottingHints(QCP::phFastPolylines | QCP::phCacheLabels);
+    m_plot.setPlottingHints(QCP::phCacheLabels);
     m_plot.setBackground(QBrush(Qt::black));
     for (int i = 0; i < m_plot.layerCount(); ++i) {
         m_plot.layer(i)->setMode(QCPLayer::lmLogical);

@@ -2,8 +2,9 @@
 //
 // - One plot for all graphs, all layers in one paint buffer, replotted without being shown: what
 //   is measured ends when the buffer is painted, before it is laid over the background.
-// - Adaptive sampling, no antialiasing, cosmetic pens, the fast lines for those curves that they
-//   make faster (see m_fast_lines), cached labels, fixed margins, solid grid lines, few ticks.
+// - Adaptive sampling, no antialiasing, cosmetic pens, cached labels, fixed margins, solid grid
+//   lines, few ticks. Without the plot's hint "fast polylines": cosmetic curves are drawn up to
+//   three times as fast in one call as segment by segment.
 // - Samples go to the data containers in blocks that are known to be sorted, and old ones leave by
 //   removeBefore. A classic curve is two graphs: the sweep, and what is left of the one before it.
 // - An automatic scale is kept from the extremes of the new samples; the plot searches nothing.
