@@ -11,8 +11,11 @@
 
 #include <QCoreApplication>
 #include <QImage>
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -131,6 +134,14 @@ class Acquisition {
         return true;
     }
 
+    /// Whether every graph has taken the values of `seconds`.
+    [[nodiscard]] bool HasTaken(std::size_t seconds) const {
+        const auto& drawers = m_board.Drawers();
+        return std::all_of(drawers.begin(), drawers.end(), [seconds](const auto& drawer) {
+            return std::lround(drawer->LatestTime()) == static_cast<long>(seconds);
+        });
+    }
+
  private:
     FilledFifo m_fifo;
     wavo::AxValueReader m_reader;
@@ -149,8 +160,8 @@ void AcquireOurs(benchmark::State& state) {
     for (std::size_t i = 0; i < kSecondsShown * kLinesPerSecond; i += kLargeBatch) {
         good = good && acquisition.TakeBatch(kLargeBatch);
     }
-    if (!good) {
-        state.SkipWithError("the lines could not be read");
+    if (!good || !acquisition.HasTaken(kSecondsShown)) {
+        state.SkipWithError("the lines did not arrive");
         return;
     }
     for (auto _ : state) {
