@@ -46,9 +46,12 @@ void ColumnSpans::Add(std::int32_t column, std::int32_t first_row, std::int32_t 
 
 void SpanBuilder::Column(std::int32_t column, double first, const MinMax& range, double last,
                          bool several) {
-    const std::int32_t first_row = RowOf(first);
-    std::int32_t top = several ? RowOf(range.maximum) : first_row;
-    std::int32_t bottom = several ? RowOf(range.minimum) : first_row;
+    std::int32_t top = RowOf(range.maximum);
+    std::int32_t bottom = several ? RowOf(range.minimum) : top;
+    // Where a curve rises or falls through the column, its first sample is one of these two.
+    const std::int32_t first_row = first == range.maximum   ? top
+                                   : first == range.minimum ? bottom
+                                                            : RowOf(first);
     bool ink = several;
     if (m_open && column == m_column) {
         top = std::min(top, m_top);

@@ -14,6 +14,11 @@ std::int32_t ColumnOf(const std::vector<std::uint64_t>& first_steps, std::uint64
     return static_cast<std::int32_t>(after - first_steps.begin()) - 1;
 }
 
+/// Columns from a sample that is asked for to its use.
+constexpr std::int32_t kAhead = 8;
+/// Samples of a cache line.
+constexpr std::ptrdiff_t kCacheLine = 8;
+
 /// Reads one curve into a builder.
 class Reduction {
  public:
@@ -21,6 +26,7 @@ class Reduction {
         : m_ring(curve.Ring()),
           m_pyramid(curve.Pyramid()),
           m_begin(curve.Stretch().position),
+          m_size(m_ring.Size()),
           m_may_hold_nan(m_pyramid.HasNaN()),
           m_pixels(pixels),
           m_builder(spans, pixels.rows) {}
@@ -46,6 +52,10 @@ class Reduction {
             if (next == position) {
                 return false;
             }
+            if (column + kAhead < columns) {
+                Fetch(run.position +
+                      (first_steps[static_cast<std::size_t>(column + kAhead)] - run.step));
+            }
             AddColumn(column, position, next - position);
             m_column = column;
             position = next;
@@ -56,6 +66,18 @@ class Reduction {
     }
 
  private:
+    /// Long curves do not fit into a cache: what is read of the samples themselves, where a column
+    /// begins, is asked for some columns before.
+    void Fetch(std::uint64_t position) const {
+        const std::uint64_t from = m_begin + position;
+        if (from < m_size) {
+            const double* const samples = m_ring.SlotData() + m_ring.SlotOf(from);
+            __builtin_prefetch(samples - kCacheLine);
+            __builtin_prefetch(samples);
+            __builtin_prefetch(samples + kCacheLine);
+        }
+    }
+
     void AddColumn(std::int32_t column, std::uint64_t position, std::uint64_t count) {
         const std::uint64_t first = m_begin + position;
         if (m_may_hold_nan && m_pyramid.HasNaN(m_ring, first, count)) {
@@ -84,6 +106,7 @@ class Reduction {
     const SampleRing& m_ring;
     const MinMaxPyramid& m_pyramid;
     std::uint64_t m_begin;
+    std::uint64_t m_size;
     bool m_may_hold_nan;
     const CurvePixels& m_pixels;
     SpanBuilder m_builder;

@@ -14,62 +14,22 @@ namespace {
 /// memory lies; lower ones each by itself.
 constexpr int kHighBlock = 96;
 
-/// Paints parts of one row after another.
-class RowPainter {
- public:
-    /// `under` shows what lies beneath, its top left pixel at `under_origin` of the picture;
-    /// columns and rows count from `plot_origin`.
-    RowPainter(QImage& picture, const QImage& under, const QPoint& plot_origin,
-               const QPoint& under_origin, QRgb color)
-        : m_pixels(reinterpret_cast<QRgb*>(picture.bits())),
-          m_stride(picture.bytesPerLine() / static_cast<int>(sizeof(QRgb))),
-          m_under(reinterpret_cast<const QRgb*>(under.constBits())),
-          m_under_stride(under.bytesPerLine() / static_cast<int>(sizeof(QRgb))),
-          m_plot_origin(plot_origin),
-          m_under_plot_origin(plot_origin - under_origin),
-          m_color(color) {}
-
-    void SetRow(int row) {
-        m_row = row;
-        m_to = m_pixels + (m_plot_origin.y() + row) * m_stride + m_plot_origin.x();
-        m_from =
-            m_under + (m_under_plot_origin.y() + row) * m_under_stride + m_under_plot_origin.x();
-    }
-
-    /// `spans`: null for what lies beneath alone.
-    void Paint(int block, int width, const ColumnSpans* spans) const {
-        const int first = block * kBlockColumns;
-        if (spans == nullptr) {
-            std::copy_n(m_from + first, width, m_to + first);
-            return;
-        }
-        PaintSpanRow(m_to + first, m_from + first, &spans->top[static_cast<std::size_t>(first)],
-                     &spans->bottom[static_cast<std::size_t>(first)], width, m_row, m_color);
-    }
-
- private:
-    QRgb* m_pixels;
-    std::ptrdiff_t m_stride;
-    const QRgb* m_under;
-    std::ptrdiff_t m_under_stride;
-    QPoint m_plot_origin;
-    QPoint m_under_plot_origin;
-    QRgb m_color;
-    int m_row = 0;
-    QRgb* m_to = nullptr;
-    const QRgb* m_from = nullptr;
-};
+/// A block is painted column by column when the pixels to be painted are less than one in so many
+/// of its area: single pixels cost that much more than those of a row.
+constexpr int kSparse = 6;
 
 }  // namespace
 
-void PlotCanvas::Rows::Take(int first, int last) {
-    top = std::min(top, first);
-    bottom = std::max(bottom, last);
+void PlotCanvas::Rows::Take(const Rows& other) {
+    top = std::min(top, other.top);
+    bottom = std::max(bottom, other.bottom);
+    pixels += other.pixels;
 }
 
 void PlotCanvas::Forget() {
     m_drawn.clear();
     m_drawn_rows.clear();
+    m_equal_rows.clear();
     m_painted = QRect();
 }
 
@@ -100,6 +60,9 @@ void PlotCanvas::End() {
         return;
     }
     m_drawn_rows.resize(static_cast<std::size_t>(Blocks()));
+    m_stride = m_picture->bytesPerLine() / static_cast<int>(sizeof(QRgb));
+    m_pixels = reinterpret_cast<QRgb*>(m_picture->bits()) + m_plot.top() * m_stride + m_plot.left();
+    FindEqualRows();
     if (!HasPaintings() && m_painted.isEmpty()) {
         FindRows();
         PaintBlocks();
@@ -108,7 +71,7 @@ void PlotCanvas::End() {
         Restore();
         for (std::size_t i = 0; i < m_layers.size(); ++i) {
             if (m_layers[i].spans != nullptr) {
-                PaintRows(m_rows[i], m_layers[i].spans, m_layers[i].color, *m_picture, QPoint());
+                PaintRows(m_rows[i], m_layers[i].spans, m_layers[i].color, false);
                 PaintMore(*m_layers[i].spans, m_layers[i].color);
             } else {
                 m_painted |= m_layers[i].painting(*m_picture);
@@ -177,18 +140,17 @@ void PlotCanvas::TakeSpans(const ColumnSpans& spans, std::vector<Rows>& rows) co
     for (int block = 0; block < blocks; ++block) {
         const int first = block * kBlockColumns;
         const int last = std::min(first + kBlockColumns, spans.Columns());
-        std::int16_t top = ColumnSpans::kNoTop;
-        std::int16_t bottom = ColumnSpans::kNoBottom;
+        Rows& block_rows = rows[static_cast<std::size_t>(block)];
         for (int column = first; column < last; ++column) {
-            top = std::min(top, spans.top[static_cast<std::size_t>(column)]);
-            bottom = std::max(bottom, spans.bottom[static_cast<std::size_t>(column)]);
+            const int top = spans.top[static_cast<std::size_t>(column)];
+            const int bottom = spans.bottom[static_cast<std::size_t>(column)];
+            block_rows.Take({top, bottom, std::max(0, bottom - top + 1)});
         }
-        rows[static_cast<std::size_t>(block)].Take(top, bottom);
     }
     for (const ColumnSpans::Span& span : spans.more) {
         const auto block = static_cast<std::size_t>(span.column / kBlockColumns);
         if (block < rows.size()) {
-            rows[block].Take(span.top, span.bottom);
+            rows[block].Take({span.top, span.bottom, span.bottom - span.top + 1});
         }
     }
     for (Rows& block : rows) {
@@ -203,6 +165,38 @@ void PlotCanvas::FindRows() {
         if (m_layers[i].spans != nullptr) {
             TakeSpans(*m_layers[i].spans, m_rows[i]);
         }
+    }
+}
+
+const QRgb* PlotCanvas::BackgroundRow(int row) const {
+    const QPoint at = m_plot.topLeft() + QPoint(0, row) - m_origin;
+    return reinterpret_cast<const QRgb*>(m_background->constScanLine(at.y())) + at.x();
+}
+
+QRgb* PlotCanvas::PictureRow(int row) const {
+    return m_pixels + row * m_stride;
+}
+
+void PlotCanvas::FindEqualRows() {
+    if (!m_equal_rows.empty()) {
+        return;
+    }
+    const int lowest = m_visible.bottom() - m_plot.top();
+    const int highest = m_visible.top() - m_plot.top();
+    m_equal_rows.resize(static_cast<std::size_t>(lowest) + 1);
+    const auto bytes = static_cast<std::size_t>(m_visible.width()) * sizeof(QRgb);
+    int often = highest;  // the row that the last equal ones were equal to
+    for (int row = highest; row <= lowest; ++row) {
+        const QRgb* const pixels = BackgroundRow(row);
+        const int above = std::max(highest, row - 1);
+        int equal = row;
+        if (std::memcmp(pixels, BackgroundRow(often), bytes) == 0) {
+            equal = often;
+        } else if (std::memcmp(pixels, BackgroundRow(above), bytes) == 0) {
+            equal = m_equal_rows[static_cast<std::size_t>(above)];
+            often = equal;
+        }
+        m_equal_rows[static_cast<std::size_t>(row)] = equal;
     }
 }
 
@@ -223,50 +217,64 @@ std::vector<std::uint8_t> PlotCanvas::BlocksAsBefore() const {
 
 void PlotCanvas::PaintBlocks() {
     const std::vector<std::uint8_t> same = BlocksAsBefore();
-    const auto without_same = [&same](std::vector<Rows> rows) {
-        for (std::size_t block = 0; block < rows.size(); ++block) {
-            if (same[block] != 0) {
-                rows[block] = Rows();
-            }
-        }
-        return rows;
-    };
-    // The first layer is painted in one go with the background where something was before.
+    // The first curve is painted in one go with the background where something was before.
     std::vector<Rows> first = m_drawn_rows;
-    const ColumnSpans* const first_spans = m_layers.empty() ? nullptr : m_layers[0].spans;
-    for (std::size_t block = 0; first_spans != nullptr && block < first.size(); ++block) {
-        first[block].Take(m_rows[0][block].top, m_rows[0][block].bottom);
+    const bool any = !m_layers.empty();
+    for (std::size_t block = 0; block < first.size(); ++block) {
+        if (same[block] != 0) {
+            first[block] = Rows();
+        } else if (any) {
+            first[block].Take(m_rows[0][block]);
+        }
     }
-    PaintRows(without_same(std::move(first)), first_spans,
-              first_spans == nullptr ? 0 : m_layers[0].color, *m_background, m_origin);
+    PaintRows(first, any ? m_layers[0].spans : nullptr, any ? m_layers[0].color : 0, true);
     for (std::size_t i = 0; i < m_layers.size(); ++i) {
         if (i > 0) {
-            PaintRows(without_same(m_rows[i]), m_layers[i].spans, m_layers[i].color, *m_picture,
-                      QPoint());
+            std::vector<Rows> rows = m_rows[i];
+            for (std::size_t block = 0; block < rows.size(); ++block) {
+                if (same[block] != 0) {
+                    rows[block] = Rows();
+                }
+            }
+            PaintRows(rows, m_layers[i].spans, m_layers[i].color, false);
         }
         PaintMore(*m_layers[i].spans, m_layers[i].color);
     }
 }
 
 void PlotCanvas::PaintRows(const std::vector<Rows>& rows, const ColumnSpans* spans, QRgb color,
-                           const QImage& under, const QPoint& under_origin) {
-    int top = ColumnSpans::kNoTop;
-    int bottom = ColumnSpans::kNoBottom;
+                           bool over_background) {
+    Rows all;
     int count = 0;
     for (const Rows& block : rows) {
-        top = std::min(top, block.top);
-        bottom = std::max(bottom, block.bottom);
+        all.Take(block);
         count += block.Count();
     }
     const auto blocks = static_cast<int>(rows.size());
-    RowPainter painter(*m_picture, under, m_plot.topLeft(), under_origin, color);
+    const auto paint = [&](int row, int first_block, int end_block) {
+        const int first = first_block * kBlockColumns;
+        const int end = std::min(end_block * kBlockColumns, m_visible.right() - m_plot.left() + 1);
+        QRgb* const to = PictureRow(row) + first;
+        const QRgb* const from =
+            over_background ? BackgroundRow(m_equal_rows[static_cast<std::size_t>(row)]) + first
+                            : to;
+        if (spans == nullptr) {
+            std::copy(from, from + (end - first), to);
+            return;
+        }
+        PaintSpanRow(to, from, &spans->top[static_cast<std::size_t>(first)],
+                     &spans->bottom[static_cast<std::size_t>(first)], end - first, row, color);
+    };
     if (count > kHighBlock * blocks) {
-        for (int row = top; row <= bottom; ++row) {
-            painter.SetRow(row);
+        for (int row = all.top; row <= all.bottom; ++row) {
             for (int block = 0; block < blocks; ++block) {
-                const Rows& held = rows[static_cast<std::size_t>(block)];
-                if (held.top <= row && row <= held.bottom) {
-                    painter.Paint(block, BlockWidth(block), spans);
+                const int first = block;
+                while (block < blocks && rows[static_cast<std::size_t>(block)].top <= row &&
+                       row <= rows[static_cast<std::size_t>(block)].bottom) {
+                    ++block;
+                }
+                if (block > first) {
+                    paint(row, first, block);
                 }
             }
         }
@@ -274,31 +282,58 @@ void PlotCanvas::PaintRows(const std::vector<Rows>& rows, const ColumnSpans* spa
     }
     for (int block = 0; block < blocks; ++block) {
         const Rows& held = rows[static_cast<std::size_t>(block)];
+        if (held.pixels * kSparse < held.Count() * kBlockColumns) {
+            PaintColumns(block, spans, color, over_background);
+            continue;
+        }
         for (int row = held.top; row <= held.bottom; ++row) {
-            painter.SetRow(row);
-            painter.Paint(block, BlockWidth(block), spans);
+            paint(row, block, block + 1);
         }
     }
 }
 
-void PlotCanvas::PaintMore(const ColumnSpans& spans, QRgb color) {
-    const std::ptrdiff_t stride = m_picture->bytesPerLine() / static_cast<int>(sizeof(QRgb));
-    for (const ColumnSpans::Span& span : spans.more) {
-        const int x = m_plot.left() + span.column;
-        const int top = std::max(m_visible.top(), m_plot.top() + span.top);
-        const int bottom = std::min(m_visible.bottom(), m_plot.top() + span.bottom);
-        if (x > m_visible.right() || top > bottom) {
-            continue;
+void PlotCanvas::PaintColumns(int block, const ColumnSpans* spans, QRgb color, bool restore) {
+    const int first = block * kBlockColumns;
+    const int end = first + BlockWidth(block);
+    for (std::size_t i = 0; restore && i < m_drawn.size(); ++i) {
+        const ColumnSpans& drawn = m_drawn[i].spans;
+        for (int column = first; column < std::min(end, drawn.Columns()); ++column) {
+            PaintColumn(column, drawn.top[static_cast<std::size_t>(column)],
+                        drawn.bottom[static_cast<std::size_t>(column)], nullptr);
         }
-        QRgb* pixel = reinterpret_cast<QRgb*>(m_picture->scanLine(top)) + x;
-        for (int y = top; y <= bottom; ++y, pixel += stride) {
-            *pixel = color;
+        for (const ColumnSpans::Span& span : drawn.more) {
+            if (first <= span.column && span.column < end) {
+                PaintColumn(span.column, span.top, span.bottom, nullptr);
+            }
+        }
+    }
+    for (int column = first; spans != nullptr && column < end; ++column) {
+        PaintColumn(column, spans->top[static_cast<std::size_t>(column)],
+                    spans->bottom[static_cast<std::size_t>(column)], &color);
+    }
+}
+
+void PlotCanvas::PaintColumn(int column, int top, int bottom, const QRgb* color) {
+    top = std::max(top, m_visible.top() - m_plot.top());
+    bottom = std::min(bottom, m_visible.bottom() - m_plot.top());
+    QRgb* pixel = PictureRow(top) + column;
+    for (int row = top; row <= bottom; ++row, pixel += m_stride) {
+        *pixel = color != nullptr
+                     ? *color
+                     : BackgroundRow(m_equal_rows[static_cast<std::size_t>(row)])[column];
+    }
+}
+
+void PlotCanvas::PaintMore(const ColumnSpans& spans, QRgb color) {
+    for (const ColumnSpans::Span& span : spans.more) {
+        if (m_plot.left() + span.column <= m_visible.right()) {
+            PaintColumn(span.column, span.top, span.bottom, &color);
         }
     }
 }
 
 void PlotCanvas::Restore() {
-    PaintRows(m_drawn_rows, nullptr, 0, *m_background, m_origin);
+    PaintRows(m_drawn_rows, nullptr, 0, true);
     const QRect painted = m_painted & m_visible;
     for (int y = painted.top(); y <= painted.bottom(); ++y) {
         const auto* from =
@@ -322,7 +357,7 @@ void PlotCanvas::KeepLayers() {
         }
         drawn.spans = *m_layers[i].spans;
         for (std::size_t block = 0; block < m_drawn_rows.size(); ++block) {
-            m_drawn_rows[block].Take(m_rows[i][block].top, m_rows[i][block].bottom);
+            m_drawn_rows[block].Take(m_rows[i][block]);
         }
     }
 }

@@ -60,12 +60,13 @@ class PlotCanvas {
         ColumnSpans spans;
     };
 
-    /// Rows of a block; empty when top > bottom.
+    /// Rows of a block that are covered somewhere; none when top > bottom.
     struct Rows {
         int top = ColumnSpans::kNoTop;
         int bottom = ColumnSpans::kNoBottom;
+        int pixels = 0;  ///< that are covered
 
-        void Take(int first, int last);
+        void Take(const Rows& other);
         [[nodiscard]] int Count() const { return bottom < top ? 0 : bottom - top + 1; }
     };
 
@@ -75,11 +76,19 @@ class PlotCanvas {
     [[nodiscard]] std::vector<std::uint8_t> BlocksAsBefore() const;
     void FindRows();
     void TakeSpans(const ColumnSpans& spans, std::vector<Rows>& rows) const;
+    void FindEqualRows();
     void PaintBlocks();
-    /// Paints a curve (none when null) over `under` in the rows given per block.
+    /// Paints a curve (none when null) in the rows given per block, over the background or over
+    /// what the picture shows there.
     void PaintRows(const std::vector<Rows>& rows, const ColumnSpans* spans, QRgb color,
-                   const QImage& under, const QPoint& under_origin);
+                   bool over_background);
+    /// Paints one block column by column: first the background where the curves were, then a curve
+    /// (none when null).
+    void PaintColumns(int block, const ColumnSpans* spans, QRgb color, bool restore);
+    void PaintColumn(int column, int top, int bottom, const QRgb* color);
     void PaintMore(const ColumnSpans& spans, QRgb color);
+    [[nodiscard]] const QRgb* BackgroundRow(int row) const;
+    [[nodiscard]] QRgb* PictureRow(int row) const;
     /// Brings the background back where the last drawing was.
     void Restore();
     void KeepLayers();
@@ -92,6 +101,12 @@ class PlotCanvas {
     QRect m_plot;     // as the spans count
     QRect m_visible;  // the part of it within the picture
     std::vector<Layer> m_layers;
+
+    /// Per row of the plot area, the first row with the same background: most rows look alike, and
+    /// one of them stays in the nearest cache.
+    std::vector<int> m_equal_rows;
+    QRgb* m_pixels = nullptr;  // of the picture, at the plot area's top left
+    std::ptrdiff_t m_stride = 0;
 
     std::vector<DrawnLayer> m_drawn;
     std::vector<Rows> m_drawn_rows;         // per block, of all layers of the last drawing

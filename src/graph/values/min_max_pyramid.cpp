@@ -10,37 +10,54 @@ namespace {
 constexpr std::uint8_t kHoldsNaN = 1;
 constexpr std::uint8_t kHoldsInfinite = 2;
 
-/// Stretches up to this are quicker read sample by sample.
+/// Stretches up to this are quicker read one by one.
 constexpr std::size_t kReadEach = 48;
 
-/// The smaller of `kept` and `candidate`; `kept` when the candidate is NaN.
-double Least(double kept, double candidate) {
+/// Two numbers that are handled at once.
+using Pair = double __attribute__((vector_size(16), aligned(8)));
+
+Pair LoadPair(const double* from) {
+    return *reinterpret_cast<const Pair*>(from);
+}
+
+/// The smaller of each two; `kept` where the candidate is NaN.
+Pair Least(Pair kept, Pair candidate) {
     return candidate < kept ? candidate : kept;
 }
 
-double Largest(double kept, double candidate) {
+Pair Largest(Pair kept, Pair candidate) {
     return candidate > kept ? candidate : kept;
 }
 
-/// Takes `count` minima and as many maxima into `range`. Four of each side by side: none waits
-/// for the one before it.
-void Take(const double* minima, const double* maxima, std::size_t count, MinMax& range) {
-    double least[4] = {range.minimum, range.minimum, range.minimum, range.minimum};
-    double largest[4] = {range.maximum, range.maximum, range.maximum, range.maximum};
-    std::size_t i = 0;
-    for (; i + 4 <= count; i += 4) {
-        for (std::size_t k = 0; k < 4; ++k) {
-            least[k] = Least(least[k], minima[i + k]);
-            largest[k] = Largest(largest[k], maxima[i + k]);
+/// Minimum and maximum in the making. Several side by side: none waits for the one before it.
+class Extent {
+ public:
+    /// Takes `count` minima and as many maxima in.
+    void Take(const double* minima, const double* maxima, std::size_t count) {
+        std::size_t i = 0;
+        for (; i + 4 <= count; i += 4) {
+            m_least[0] = Least(m_least[0], LoadPair(minima + i));
+            m_least[1] = Least(m_least[1], LoadPair(minima + i + 2));
+            m_largest[0] = Largest(m_largest[0], LoadPair(maxima + i));
+            m_largest[1] = Largest(m_largest[1], LoadPair(maxima + i + 2));
+        }
+        for (; i < count; ++i) {
+            m_least[0] = Least(m_least[0], Pair{minima[i], minima[i]});
+            m_largest[0] = Largest(m_largest[0], Pair{maxima[i], maxima[i]});
         }
     }
-    for (; i < count; ++i) {
-        least[0] = Least(least[0], minima[i]);
-        largest[0] = Largest(largest[0], maxima[i]);
+
+    [[nodiscard]] MinMax Result() const {
+        const Pair least = Least(m_least[0], m_least[1]);
+        const Pair largest = Largest(m_largest[0], m_largest[1]);
+        return {std::min(least[0], least[1]), std::max(largest[0], largest[1])};
     }
-    range.minimum = Least(Least(least[0], least[1]), Least(least[2], least[3]));
-    range.maximum = Largest(Largest(largest[0], largest[1]), Largest(largest[2], largest[3]));
-}
+
+ private:
+    static constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    Pair m_least[2] = {{kInfinity, kInfinity}, {kInfinity, kInfinity}};
+    Pair m_largest[2] = {{-kInfinity, -kInfinity}, {-kInfinity, -kInfinity}};
+};
 
 std::uint8_t MarksOf(const double* samples, std::size_t count) {
     // Only NaN and infinite samples leave anything but 0.
@@ -163,9 +180,9 @@ void MinMaxPyramid::UpdateLowest(const double* samples, std::size_t first_block,
     for (std::size_t block = first_block; block <= last_block; ++block) {
         const std::size_t begin = block * kFanOut;
         const std::size_t count = std::min(kFanOut, m_slots_taken - begin);
-        MinMax range;
-        Take(samples + begin, samples + begin, count, range);
-        m_levels[0].Set(block, range, MarksOf(samples + begin, count));
+        Extent extent;
+        extent.Take(samples + begin, samples + begin, count);
+        m_levels[0].Set(block, extent.Result(), MarksOf(samples + begin, count));
     }
 }
 
@@ -175,54 +192,52 @@ void MinMaxPyramid::UpdateLevel(std::size_t level, std::size_t first_block,
     for (std::size_t block = first_block; block <= last_block; ++block) {
         const std::size_t begin = block * kFanOut;
         const std::size_t end = std::min(begin + kFanOut, below.Size());
-        MinMax range;
-        Take(below.minimum.data() + begin, below.maximum.data() + begin, end - begin, range);
+        Extent extent;
+        extent.Take(below.minimum.data() + begin, below.maximum.data() + begin, end - begin);
         std::uint8_t marks = 0;
         for (std::size_t i = begin; i < end; ++i) {
             marks |= below.marks[i];
         }
-        m_levels[level].Set(block, range, marks);
+        m_levels[level].Set(block, extent.Result(), marks);
     }
 }
 
-MinMax MinMaxPyramid::Of(const SampleRing& ring, std::size_t position, std::size_t count) const {
-    MinMax range;
-    if (count == 0) {
-        return range;
-    }
-    const double* const samples = ring.SlotData();
-    ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
-        TakeSlots(samples, begin, end, range);
-        return true;
-    });
-    return range;
-}
-
+template <typename Taker>
 void MinMaxPyramid::TakeSlots(const double* samples, std::size_t begin, std::size_t end,
-                              MinMax& range) const {
+                              Taker& extent) const {
     if (end - begin <= kReadEach) {
-        Take(samples + begin, samples + begin, end - begin, range);
+        extent.Take(samples + begin, samples + begin, end - begin);
         return;
     }
     std::size_t first = CeilDivide(begin, kFanOut);
     std::size_t last = end / kFanOut;
-    Take(samples + begin, samples + begin, first * kFanOut - begin, range);
-    Take(samples + last * kFanOut, samples + last * kFanOut, end - last * kFanOut, range);
+    extent.Take(samples + begin, samples + begin, first * kFanOut - begin);
+    extent.Take(samples + last * kFanOut, samples + last * kFanOut, end - last * kFanOut);
     for (std::size_t level = 0;; ++level) {
         const double* const minima = m_levels[level].minimum.data();
         const double* const maxima = m_levels[level].maximum.data();
         if (last - first <= kReadEach || level + 1 == m_levels.size()) {
-            Take(minima + first, maxima + first, last - first, range);
+            extent.Take(minima + first, maxima + first, last - first);
             return;
         }
         const std::size_t next_first = CeilDivide(first, kFanOut);
         const std::size_t next_last = last / kFanOut;
-        Take(minima + first, maxima + first, next_first * kFanOut - first, range);
-        Take(minima + next_last * kFanOut, maxima + next_last * kFanOut, last - next_last * kFanOut,
-             range);
+        const std::size_t edge = next_last * kFanOut;
+        extent.Take(minima + first, maxima + first, next_first * kFanOut - first);
+        extent.Take(minima + edge, maxima + edge, last - edge);
         first = next_first;
         last = next_last;
     }
+}
+
+MinMax MinMaxPyramid::Of(const SampleRing& ring, std::size_t position, std::size_t count) const {
+    const double* const samples = ring.SlotData();
+    Extent extent;
+    ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
+        TakeSlots(samples, begin, end, extent);
+        return true;
+    });
+    return extent.Result();
 }
 
 bool MinMaxPyramid::HasNaN() const {
@@ -264,32 +279,30 @@ bool MinMaxPyramid::SlotsHaveNaN(const double* samples, std::size_t begin, std::
 
 MinMax MinMaxPyramid::FiniteOf(const SampleRing& ring, std::size_t position,
                                std::size_t count) const {
-    MinMax range = Of(ring, position, count);
+    const MinMax range = Of(ring, position, count);
     if (range.IsEmpty() || (std::isfinite(range.minimum) && std::isfinite(range.maximum))) {
         return range;
     }
-    range = {};
     const double* const samples = ring.SlotData();
+    Extent extent;
     ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
-        TakeFiniteSlots(samples, begin, end, range);
+        TakeFiniteSlots(samples, begin, end, extent);
         return true;
     });
-    return range;
+    return extent.Result();
 }
 
+template <typename Taker>
 void MinMaxPyramid::TakeFiniteSlots(const double* samples, std::size_t begin, std::size_t end,
-                                    MinMax& range) const {
+                                    Taker& extent) const {
     const Level& lowest = m_levels[0];
     while (begin < end) {
         const std::size_t block = begin / kFanOut;
         const std::size_t block_end = std::min(end, (block + 1) * kFanOut);
-        if ((lowest.marks[block] & kHoldsInfinite) == 0) {
-            TakeSlots(samples, begin, block_end, range);
-        } else {
-            for (std::size_t slot = begin; slot < block_end; ++slot) {
-                if (std::isfinite(samples[slot])) {
-                    Take(samples + slot, samples + slot, 1, range);
-                }
+        const bool all_finite = (lowest.marks[block] & kHoldsInfinite) == 0;
+        for (std::size_t slot = begin; slot < block_end; ++slot) {
+            if (all_finite || std::isfinite(samples[slot])) {
+                extent.Take(samples + slot, samples + slot, 1);
             }
         }
         begin = block_end;

@@ -72,9 +72,11 @@ class MinMaxPyramid {
     void UpdateSlots(const double* samples, std::size_t begin, std::size_t end);
     void UpdateLowest(const double* samples, std::size_t first_block, std::size_t last_block);
     void UpdateLevel(std::size_t level, std::size_t first_block, std::size_t last_block);
-    void TakeSlots(const double* samples, std::size_t begin, std::size_t end, MinMax& range) const;
+    template <typename Taker>
+    void TakeSlots(const double* samples, std::size_t begin, std::size_t end, Taker& extent) const;
+    template <typename Taker>
     void TakeFiniteSlots(const double* samples, std::size_t begin, std::size_t end,
-                         MinMax& range) const;
+                         Taker& extent) const;
     [[nodiscard]] bool SlotsHaveNaN(const double* samples, std::size_t begin,
                                     std::size_t end) const;
 
