@@ -30,6 +30,7 @@ using testing::ManualScale;
 using testing::Ramp;
 using testing::Scope;
 using testing::TimeGraph;
+using testing::TimeScale;
 
 /// 2 s of 0.25 s per value; triggers at 50.
 WavoGraph TwoSeconds(TriggerTypeCode trigger) {
@@ -314,6 +315,17 @@ TEST(RunStateChanges, TheSampleHalfACycleBeyondTheRangeIsCutTheOneBeforeNot) {
         const double last = part > 0.125 ? 64.0 : 63.0;
         EXPECT_EQ(scope.Shown().back(), last) << part;
     }
+}
+
+TEST(RunStateChanges, OverAnAxisWithATimeScaleBothCoordinatesAreCut) {
+    WavoGraph graph = AxisGraph(1.0, TimeScale(10.0), ManualScale(0.0, 100.0));
+    graph.Triggers[0] = {TriggerTypeCode::kStartAbove, 50.0, "Y"};
+    Scope scope(graph, 0.25, QRect(0, 0, 400, 200), 100.0);
+    scope.Feed({{60}, {1}});
+    scope.Feed({Ramp(61, 6), Ramp(2, 6)});  // 1.5 s of 1
+    EXPECT_EQ(scope.draw->State(), RunState::kStoppedAfterStart);
+    EXPECT_EQ(scope.Shown(), Ramp(60, 5));
+    EXPECT_EQ(scope.Line().Point(4).x_value, 5.0);
 }
 
 TEST(RunStateChanges, NaNFiresNothingAndInfinityDoes) {

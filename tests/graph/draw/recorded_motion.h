@@ -58,7 +58,7 @@ inline const std::map<std::string, Column>& ReadMotion(const std::string& file) 
 /// are 0.
 inline Column Derived(const Column& column, int order) {
     Column derived(column.size(), 0.0);
-    for (std::size_t i = static_cast<std::size_t>(order); i < column.size(); ++i) {
+    for (auto i = static_cast<std::size_t>(order); i < column.size(); ++i) {
         if (order == 0) {
             derived[i] = column[i];
         } else if (order == 1) {
