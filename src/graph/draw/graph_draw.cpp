@@ -133,6 +133,9 @@ void GraphDraw::CreateTriggers() {
 }
 
 void GraphDraw::PrimeLines() {
+    if (m_run_state == RunState::kWaitingForStart) {
+        return;  // nothing is shown before the trigger
+    }
     // Values that are still new come with the first step.
     const auto take_held = [this](DrawBuffer& buffer) {
         if (buffer.value != nullptr) {
@@ -239,36 +242,36 @@ void GraphDraw::SetZoomRange(double start, double end) {
         m_zoom.offset += m_zoom.start;
     }
     if (!m_zoom.active) {
-        // Where the displayed time axis begins among the samples, when it shows a recording.
+        // While a graph waits again, its last recording may still be seen.
         m_recorded_section = m_run_state == RunState::kRunningAfterStart ||
                              m_run_state == RunState::kStoppedAfterStart ||
-                             m_run_state == RunState::kStoppedAfterStop;
-        if (m_recorded_section && !m_lines.empty() && m_buffers.front().value != nullptr) {
-            m_section_start = m_buffers.front().value->PushedCount() -
-                              static_cast<double>(m_cut_count + m_lines.front()->Size());
-        }
+                             m_run_state == RunState::kStoppedAfterStop ||
+                             (m_run_state == RunState::kWaitingForStart && !m_lines.empty() &&
+                              m_lines.front()->Size() > 0);
     }
     m_zoom.start = start;
     m_zoom.end = end;
     m_zoom.graph_number = m_graph.GraphNumber;
     m_zoom.active = true;
     m_zoom.definition = m_graph;
-    MarkFullRefill();
 }
 
 void GraphDraw::RestoreZoom(const ZoomState& zoom) {
     m_zoom = zoom;
+    m_window = {};
+    // The next step shows the range or the window; here only scales that followed the values.
+    bool changed = m_graph.XScale != zoom.definition.XScale;
     m_graph.XScale = zoom.definition.XScale;
     for (std::size_t i = 0; i < std::min(m_lines.size(), zoom.definition.YScales.size()); ++i) {
+        changed |= m_graph.YScales[i] != zoom.definition.YScales[i];
         m_graph.YScales[i] = zoom.definition.YScales[i];
     }
-    m_shown_x_scale = m_graph.XScale;
-    m_window = {};
-    FillScaleLines();
-    for (const auto& line : m_lines) {
-        line->SetGeometry(Geometry(), m_device_ratio);
+    if (changed) {
+        FillScaleLines();
+        for (const auto& line : m_lines) {
+            line->SetGeometry(Geometry(), m_device_ratio);
+        }
     }
-    MarkFullRefill();
 }
 
 bool GraphDraw::GetAxValues(const std::string& axis_name, std::vector<double>& values) const {

@@ -73,8 +73,9 @@ struct ZoomState {
 
 class GraphDraw {
  public:
-    /// Builds the curves and fills each with what its buffer holds; draws nothing yet. `host` and
-    /// the streams are not owned and outlive the graph (the streams: until DetachValues).
+    /// Builds the curves and fills each with what its buffer holds, unless the graph waits for its
+    /// start trigger; draws nothing yet. `host` and the streams are not owned and outlive the graph
+    /// (the streams: until DetachValues).
     /// Numbers of scale lines below 1 are reported and replaced by 5 (x) and 3 (y).
     GraphDraw(const QRect& rectangle, const WavoGraph& graph, GraphDrawHost& host,
               const GraphDisplaySettings& settings, double cycle_time, std::int32_t x_scale_lines,
@@ -277,13 +278,11 @@ class GraphDraw {
     RunState m_restart_state = RunState::kRunning;
     bool m_restart_flag = false;
     double m_elapsed = 0.0;  ///< seconds recorded after the paint that the start trigger fired in
-    std::uint64_t m_cut_count = 0;  ///< newest samples of the buffers that the recording left out
 
     ZoomState m_zoom;
     TimeWindow m_window;
     bool m_window_taken = false;      ///< the values of this step are those of the zoom window
     bool m_recorded_section = false;  ///< the zoom was chosen in a recording
-    double m_section_start = 0.0;     ///< number of the first sample of that recording
 };
 
 }  // namespace wavo

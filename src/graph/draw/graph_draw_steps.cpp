@@ -45,7 +45,6 @@ void GraphDraw::Restart() {
         m_run_state = m_restart_state;
     }
     m_elapsed = 0.0;
-    m_cut_count = 0;
     m_zoom.active = false;
     m_zoom.first = true;
     m_recorded_section = false;
@@ -88,6 +87,10 @@ void GraphDraw::TakeValues() {
     if (Zoomed()) {
         TakeZoomWindow();
         MarkFullRefill();
+        if (m_run_state == RunState::kStoppedAfterStart ||
+            m_run_state == RunState::kStoppedAfterStop) {
+            StopValues();
+        }
         m_run_state = RunState::kRunning;
     } else {
         TakeSpanOrNew();
@@ -114,7 +117,7 @@ void GraphDraw::TakeZoomWindow() {
 
 void GraphDraw::ShowWindowOf(std::size_t axis, TimeWindow& shown) {
     GraphValue& value = *m_buffers[axis].value;
-    const double before = TimeBeforeDisplay(value);
+    const double before = m_recorded_section ? 0.0 : TimeBeforeDisplay(value);
     const double length = m_zoom.end - m_zoom.start;
     double from = m_zoom.offset + m_zoom.start + before;
     double to = m_zoom.offset + m_zoom.end + before;
@@ -127,18 +130,24 @@ void GraphDraw::ShowWindowOf(std::size_t axis, TimeWindow& shown) {
         to = length;
     }
     shown = {from - before, to - before};
+    if (m_recorded_section) {
+        // The curve still holds the whole recording; its buffer may have run on.
+        m_lines[axis]->ShowOwnWindow(from, to);
+        return;
+    }
+    // A window may reach beyond the newest sample while the buffer is not full.
+    const double held = static_cast<double>(value.StoredCount()) * m_cycle_time;
+    std::optional<SampleStretch> found;
+    if (from < held) {
+        found = value.FindDefineTimeRange(from, std::min(to, held), value.LatestTime());
+    }
     // The curve looks at the buffer's own samples: a window costs nothing per sample.
-    const std::optional<SampleStretch> found =
-        value.FindDefineTimeRange(from, to, value.LatestTime());
     m_lines[axis]->ShowWindow(value.Values(), found.value_or(SampleStretch()));
 }
 
 double GraphDraw::TimeBeforeDisplay(const GraphValue& value) const {
-    if (m_recorded_section) {
-        return std::max(0.0, m_section_start - value.DroppedCount()) * m_cycle_time;
-    }
     const double held = static_cast<double>(value.StoredCount()) * m_cycle_time;
-    return std::max(0.0, held - m_graph.XScale.TimeRange);
+    return std::max(0.0, held - GraphTimeRange(m_graph));
 }
 
 void GraphDraw::ShowScale(double time_range) {
@@ -253,7 +262,6 @@ void GraphDraw::StepWaitingForStart() {
     }
     m_run_state = RunState::kRunningAfterStart;
     m_elapsed = 0.0;
-    m_cut_count = 0;
     if (!IsTimeGraph()) {
         drop_before(m_x_buffer);
         m_graph.XScale.TimeRange = m_graph.FadeOutTime;
@@ -277,9 +285,6 @@ void GraphDraw::StepRunningAfterStart() {
                 buffer.DropBack(beyond);
             }
         };
-        if (m_buffers.front().values.size() >= beyond) {
-            m_cut_count = beyond;
-        }
         std::for_each(m_buffers.begin(), m_buffers.end(), cut);
         cut(m_x_buffer);
     }
@@ -297,17 +302,12 @@ void GraphDraw::StepWaitingForStop() {
         const std::uint64_t size = buffer.values.size();
         buffer.DropBack(size > index ? size - index - 1 : 0);
     };
-    const std::uint64_t taken = m_buffers.empty() ? 0 : m_buffers.front().values.size();
-    m_cut_count = taken > index ? taken - index - 1 : 0;
     std::for_each(m_buffers.begin(), m_buffers.end(), keep_up_to);
     keep_up_to(m_x_buffer);
     StopValues();
 }
 
 void GraphDraw::StepStopped() {
-    if (!m_buffers.empty()) {
-        m_cut_count += m_buffers.front().values.size();
-    }
     StopValues();
     DiscardValues();
 }

@@ -49,6 +49,8 @@ LinesDrawAxis::LinesDrawAxis(const PlotGeometry& geometry, ScaleDefinition& x_sc
 void LinesDrawAxis::Empty() {
     m_curve.Clear();
     m_points.Clear();
+    m_x_mapping.ForgetLast();
+    m_y_mapping.ForgetLast();
     m_x_auto.Reset();
     m_y_auto.Reset();
     ++m_changes;
@@ -141,6 +143,18 @@ void LinesDrawAxis::DrawLinesXIsTime(const std::vector<double>& values, double s
 
 void LinesDrawAxis::ShowWindow(const SampleRing& ring, const SampleStretch& stretch) {
     m_curve.ShowWindow(ring, stretch);
+    FitScaleToWindow();
+}
+
+void LinesDrawAxis::ShowOwnWindow(double from, double to) {
+    const std::uint64_t held = m_curve.HeldSamples();
+    const std::uint64_t end = ToCount(to / m_settings.cycle_time, held);
+    const std::uint64_t count = ToCount((to - from) / m_settings.cycle_time, end);
+    m_curve.ShowOwnWindow({end - count, count});
+    FitScaleToWindow();
+}
+
+void LinesDrawAxis::FitScaleToWindow() {
     // The scale fits the window alone, whatever was drawn before.
     m_y_auto.Reset();
     MTRACE(4, "CheckYScaleValue(): --- starting");

@@ -95,6 +95,10 @@ class LinesDrawAxis {
     /// adapts an automatic scale to it. The ring is not owned and stays until KeepWindow or Empty.
     void ShowWindow(const SampleRing& ring, const SampleStretch& stretch);
 
+    /// The same for the times from `from` to `to`, seconds from the oldest sample that the curve
+    /// holds.
+    void ShowOwnWindow(double from, double to);
+
     /// Makes what a window shows the curve's own, before its ring goes.
     void KeepWindow() { m_curve.KeepWindow(); }
 
@@ -139,6 +143,7 @@ class LinesDrawAxis {
     [[nodiscard]] Extremes HeldExtremes(double LinePoint::*value);
     [[nodiscard]] QColor DrawColor(ColorRef color) const;
     void PixelsChanged();
+    void FitScaleToWindow();
     // Both draw in device pixels and return what they may have touched.
     QRect DrawSegments(QImage& picture, const QColor& color) const;
     QRect DrawOverAxis(QImage& picture, const QColor& color);

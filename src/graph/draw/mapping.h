@@ -75,6 +75,9 @@ class AxisMapping {
     /// Spreads a range over the lines.
     void Fill(const ScaleRange& range) { FillScaleValues(m_lines, range); }
 
+    /// Forgets the last value mapped.
+    void ForgetLast() { m_last_value = std::numeric_limits<double>::quiet_NaN(); }
+
     /// Starts the segment search at the first segment again.
     void ResetSegment() { m_segment = 0; }
 

@@ -109,8 +109,19 @@ void TimeCurve::ShowWindow(const SampleRing& ring, const SampleStretch& stretch)
     ++m_version;
 }
 
+void TimeCurve::ShowOwnWindow(const SampleStretch& stretch) {
+    if (m_window != nullptr && m_window != &m_own) {
+        return;  // there are no samples of its own
+    }
+    if (m_window == nullptr || m_window_stretch != stretch) {
+        m_window = &m_own;
+        m_window_stretch = stretch;
+        ++m_version;
+    }
+}
+
 void TimeCurve::KeepWindow() {
-    if (m_window == nullptr) {
+    if (m_window == nullptr || m_window == &m_own) {
         return;
     }
     std::vector<double> samples;

@@ -10,7 +10,8 @@
 //    overwritten from its front once it is full: place 0 then is what was written there last.
 // 3. In continuity mode times grow by addition of the step until the FIFO has scrolled once; from
 //    then on the time of a place is place x step.
-// 4. A window shows samples of another ring. The curve holds none of its own then.
+// 4. A window shows samples of another ring, or a part of the curve's own until Clear. Nothing is
+//    added while there is one.
 #pragma once
 
 #include <cstddef>
@@ -53,11 +54,15 @@ class TimeCurve {
     /// Shows a stretch of another ring, the first sample at time 0. The ring is not owned; it stays
     /// until the next window, Clear or KeepWindow.
     void ShowWindow(const SampleRing& ring, const SampleStretch& stretch);
+    /// Shows a stretch of the samples that the curve holds itself.
+    void ShowOwnWindow(const SampleStretch& stretch);
     /// Copies what a window shows, before its ring goes.
     void KeepWindow();
 
     [[nodiscard]] std::uint64_t MaxPoints() const { return m_max_points; }
     [[nodiscard]] std::uint64_t Size() const;
+    /// Samples of the curve itself, whatever a window shows.
+    [[nodiscard]] std::uint64_t HeldSamples() const { return m_own.Size(); }
     /// Sample and time, seconds, at a place. REQUIRES: place < Size().
     [[nodiscard]] double Sample(std::uint64_t place) const;
     [[nodiscard]] double Time(std::uint64_t place) const;

@@ -168,11 +168,11 @@ TEST(GraphDrawSteps, OverAnAxisPointsCanBeDrawnInsteadOfLines) {
     WavoGraph graph = AxisGraph(10.0, ManualScale(0.0, 10.0), ManualScale(0.0, 10.0));
     graph.ModeAx = AxisDrawMode::kPoints;
     Scope scope(graph);
-    scope.Feed({{2.0, 5.0, 5.0}, {2.0, 5.0, 2.0}});
+    scope.Feed({{2.0, 6.0, 2.0}, {2.0, 6.0, 6.0}});
     const LinePoint second = scope.Line().Point(1);
     const QImage& image = scope.Image();
     EXPECT_NE(image.pixelColor(second.x, second.y), scope.Background());
-    const int between = second.y + 12;  // clear of point and mark
+    const int between = second.y + 17;  // clear of points, mark and scale lines
     EXPECT_EQ(image.pixelColor(second.x, between), scope.Background()) << "a line";
 }
 
