@@ -22,6 +22,7 @@
 #include <string>
 #include <vector>
 
+#include "graph/draw/line_point.h"
 #include "graph/draw/mapping.h"
 #include "graph/draw/scale.h"
 #include "graph/model/wavo_graph.h"
@@ -33,16 +34,6 @@ struct PlotGeometry {
     QRect plot;
     ScaleLines vertical;
     ScaleLines horizontal;
-};
-
-/// A point of a curve.
-struct LinePoint {
-    std::int32_t x = 0;    ///< pixel
-    std::int32_t y = 0;    ///< pixel
-    double y_value = 0.0;  ///< axis units
-    double x_value = 0.0;  ///< axis units; seconds over time
-
-    friend bool operator==(const LinePoint&, const LinePoint&) = default;
 };
 
 /// Colour that stands for the curve's own colour (bit 28).
