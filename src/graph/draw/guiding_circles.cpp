@@ -70,9 +70,10 @@ std::vector<Arc> ArcsInside(const CirclePlace& circle, const QRectF& area) {
     if (!x_angles || !y_angles) {
         return arcs;
     }
-    // Both spans are mirrored: at minus the angle for x, at half a turn minus the angle for y.
+    // Angles from minus to plus half a turn. Both spans are mirrored: at minus the angle for x, at
+    // half a turn minus the angle for y.
     for (const Arc& x : {*x_angles, Arc{-x_angles->to, -x_angles->from}}) {
-        for (const double turn : {-2.0 * pi, 0.0, 2.0 * pi}) {
+        for (const double turn : {-2.0 * pi, 0.0}) {
             for (const Arc& y : {Arc{y_angles->from + pi / 2.0, y_angles->to + pi / 2.0},
                                  Arc{pi / 2.0 - y_angles->to, pi / 2.0 - y_angles->from}}) {
                 const Arc both{std::max(x.from, y.from + turn), std::min(x.to, y.to + turn)};
