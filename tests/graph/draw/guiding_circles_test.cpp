@@ -132,7 +132,14 @@ TEST(PlaceCircle, ThereIsNoneOnAScaleWithoutExtent) {
     EXPECT_FALSE(PlaceCircle(1.0, 1.0, XLines(plot, kNaN, 1), y).has_value());
     EXPECT_FALSE(PlaceCircle(1.0, 1.0, XLines(plot, -1e308, 1e308), y).has_value());
     EXPECT_FALSE(PlaceCircle(1.0, 1.0, XLines(QRect(0, 0, 1, 1), -1, 1), y).has_value());
-    EXPECT_FALSE(PlaceCircle(1.0, 1.0, XLines(plot, 1e200, 1.0000001e200), y).has_value());
+}
+
+TEST(PlaceCircle, ThereIsNoneTooFarAwayForItsPlaceToBeTold) {
+    const QRect plot(0, 0, 201, 101);
+    const ScaleLines y = YLines(plot, -10, 10);
+    EXPECT_TRUE(PlaceCircle(1.0, 1.0, XLines(plot, 1e6, 1e6 + 1.0), y).has_value());
+    EXPECT_FALSE(PlaceCircle(1.0, 1.0, XLines(plot, 1e6, 1e6 + 1e-6), y).has_value());
+    EXPECT_FALSE(PlaceCircle(1e6, 1.0, XLines(plot, -1e-6, 1e-6), y).has_value());
 }
 
 TEST(PlaceCircles, AreThoseOfTheGraph) {
