@@ -18,4 +18,17 @@ inline void SetTimePerItem(benchmark::State& state, std::size_t items_per_iterat
         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
+/// Reports an amount of memory as the counter bytes_per_item. Such a benchmark has no time.
+inline void SetBytesPerItem(benchmark::State& state, double bytes) {
+    state.counters["bytes_per_item"] = bytes;
+}
+
+/// Reports the part of one core that is busy, percent, as the counter percent_of_core, when an
+/// iteration is the work of `seconds`.
+inline void SetShareOfCore(benchmark::State& state, double seconds) {
+    state.counters["percent_of_core"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) * seconds * 0.01,
+                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
 }  // namespace wavo::bench

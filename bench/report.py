@@ -18,14 +18,20 @@ for file in sorted(arguments.results.glob("*.json")):
         if run.get("aggregate_name") != "median":
             continue
         parts = run["run_name"].split("/")
-        if parts[-1] in ("real_time", "process_time"):
+        if parts[-1] in ("real_time", "process_time") or parts[-1].startswith("iterations:"):
             parts.pop()
         name, role = "/".join(parts[:-1]), parts[-1]
         if role not in ("ours", "rival", "limit"):
             continue
         row = rows.setdefault(name, {"name": name, "unit": "ns"})
-        # Without the counter an iteration is one item.
-        row[role] = run.get("ns_per_item", run["real_time"])
+        if "bytes_per_item" in run:
+            row["unit"] = "bytes"
+            row[role] = run["bytes_per_item"]
+        else:
+            # Without the counter an iteration is one item.
+            row[role] = run.get("ns_per_item", run["real_time"])
+        if "percent_of_core" in run:
+            row[role + "_percent_of_core"] = run["percent_of_core"]
         if role != "ours":
             row[role + "_name"] = run.get("label", role)
 
@@ -34,16 +40,28 @@ def figure(value):
     return f"{value:,.2f}" if value < 100 else f"{value:,.0f}"
 
 
+def readable(row):
+    """Unit for a row whose times are long, and what to divide its figures by."""
+    largest = max(row["ours"], row["rival"])
+    if row["unit"] != "ns" or largest < 1e5:
+        return row["unit"], 1
+    return ("us", 1e3) if largest < 1e8 else ("ms", 1e6)
+
+
 print()
 print(f"{machine['num_cpus']} CPUs at {machine['mhz_per_cpu']} MHz, load {machine['load_avg']}, "
       f"medians of 5 runs")
-print(f"{'benchmark':<20} {'unit':<5} {'ours':>10} {'rival':>10} {'limit':>10} "
+print(f"{'benchmark':<24} {'unit':<5} {'ours':>10} {'rival':>10} {'limit':>10} "
       f"{'rival/ours':>11} {'ours/limit':>11}  rival; limit")
 for row in sorted(rows.values(), key=lambda row: row["name"]):
-    print(f"{row['name']:<20} {row['unit']:<5} {figure(row['ours']):>10} "
-          f"{figure(row['rival']):>10} {figure(row['limit']):>10} "
+    unit, divisor = readable(row)
+    busy = ""
+    if "ours_percent_of_core" in row:
+        busy = f"; ours busy {row['ours_percent_of_core']:.1f}% of a core"
+    print(f"{row['name']:<24} {unit:<5} {figure(row['ours'] / divisor):>10} "
+          f"{figure(row['rival'] / divisor):>10} {figure(row['limit'] / divisor):>10} "
           f"{row['rival'] / row['ours']:>10.2f}x {row['ours'] / row['limit']:>10.2f}x  "
-          f"{row['rival_name']}; {row['limit_name']}")
+          f"{row['rival_name']}; {row['limit_name']}{busy}")
 if arguments.json:
     arguments.json.write_text(json.dumps(list(rows.values()), indent=1) + "\n")
     print(f"\nFigures written to {arguments.json}")

@@ -12,10 +12,17 @@ void GraphPicture::Resize(const QSize& size, qreal device_pixel_ratio) {
     const QSize pixels = (QSizeF(size) * device_pixel_ratio).toSize();
     m_image = pixels.isEmpty() ? QImage() : QImage(pixels, QImage::Format_RGB32);
     m_image.setDevicePixelRatio(device_pixel_ratio);
+    m_blank = true;
 }
 
 void GraphPicture::Draw(GraphBoard& board, ColorRef background, bool restart) {
-    m_image.fill(ToQColor(background));
+    if (m_blank) {
+        m_image.fill(ToQColor(background));
+        for (const auto& drawer : board.Drawers()) {
+            drawer->Invalidate();
+        }
+        m_blank = false;
+    }
     if (board.Drawers().empty()) {
         return;
     }

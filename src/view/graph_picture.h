@@ -23,6 +23,9 @@ class GraphPicture {
     /// Nothing can be drawn yet: the size is 0.
     [[nodiscard]] bool IsEmpty() const { return m_image.isNull(); }
 
+    /// The graphs are others: the next step draws the whole picture.
+    void Invalidate() { m_blank = true; }
+
     /// One drawing step. With `restart` all buffers are reset first and the graphs begin anew.
     void Draw(GraphBoard& board, ColorRef background, bool restart);
 
@@ -33,6 +36,7 @@ class GraphPicture {
 
  private:
     QImage m_image;
+    bool m_blank = true;  ///< nothing has been drawn on the image yet
 };
 
 }  // namespace wavo

@@ -176,6 +176,7 @@ void CWavoView::RebuildGraphs() {
     {
         const std::lock_guard guard(m_graph_lock);
         m_board.CreateAllGraphRects(rect(), m_cycle.CycleTime(), m_cycle.AxisNames(), m_settings);
+        m_picture.Invalidate();
     }
     DrawAndShow();
 }

@@ -1,7 +1,6 @@
 #include "graph/draw/graph_draw.h"
 
 #include <QFontMetrics>
-#include <QPaintDevice>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -103,6 +102,8 @@ void GraphDraw::CreateLines() {
     const PlotGeometry geometry = Geometry();
     for (std::size_t i = 0; i < m_graph.YCoorAxName.size(); ++i) {
         LinesDrawAxis::Settings settings;
+        settings.x_type = m_graph.XCoorType;
+        settings.background = m_settings.background;
         settings.mode = m_graph.Mode;
         settings.mode_ax = m_graph.ModeAx;
         settings.axis_name = m_graph.YCoorAxName[i];
@@ -163,18 +164,14 @@ void GraphDraw::Layout() {
     m_metrics.minimum_slot = 5 * font_metrics.averageCharWidth();
     m_metrics.slot_width = SlotWidth(font_metrics);
     m_layout = LayoutFrame(m_rectangle, m_metrics, static_cast<int>(m_buffers.size()));
-    const QRect& plot = m_layout.plot;
-    const int left = DeviceCoordinate(plot.left(), m_device_ratio);
-    const int top = DeviceCoordinate(plot.top(), m_device_ratio);
-    const int right = DeviceCoordinate(plot.right() + 1, m_device_ratio) - 1;
-    const int bottom = DeviceCoordinate(plot.bottom() + 1, m_device_ratio) - 1;
-    m_device_plot = QRect(QPoint(left, top), QPoint(right, bottom));
+    m_device_plot = ToDevice(m_layout.plot);
     m_vertical = VerticalScaleLines(m_device_plot, m_x_scale_lines);
     m_horizontal = HorizontalScaleLines(m_device_plot, m_y_scale_lines);
     FillScaleLines();
     for (const auto& line : m_lines) {
         line->SetGeometry(Geometry(), m_device_ratio);
     }
+    Invalidate();
 }
 
 int GraphDraw::SlotWidth(const QFontMetrics& font_metrics) const {
@@ -191,6 +188,14 @@ int GraphDraw::SlotWidth(const QFontMetrics& font_metrics) const {
            2 * m_metrics.gap;
 }
 
+QRect GraphDraw::ToDevice(const QRect& logical) const {
+    const int left = DeviceCoordinate(logical.left(), m_device_ratio);
+    const int top = DeviceCoordinate(logical.top(), m_device_ratio);
+    const int right = DeviceCoordinate(logical.right() + 1, m_device_ratio) - 1;
+    const int bottom = DeviceCoordinate(logical.bottom() + 1, m_device_ratio) - 1;
+    return {QPoint(left, top), QPoint(right, bottom)};
+}
+
 PlotGeometry GraphDraw::Geometry() const {
     return {m_device_plot, m_vertical, m_horizontal};
 }
@@ -199,7 +204,9 @@ void GraphDraw::FillScaleLines() {
     FillScaleValues(m_vertical, GraphDefineGetMinMaxValue(ShownXScale()));
 }
 
-void GraphDraw::Invalidate() {}
+void GraphDraw::Invalidate() {
+    m_frame_valid = false;
+}
 
 void GraphDraw::FitToDevice(double ratio) {
     if (ratio != m_device_ratio && ratio > 0.0) {
@@ -291,6 +298,9 @@ bool GraphDraw::GetAxValues(const std::string& axis_name, std::vector<double>& v
 }
 
 void GraphDraw::DetachValues() {
+    for (const auto& line : m_lines) {
+        line->KeepWindow();
+    }
     for (DrawBuffer& buffer : m_buffers) {
         buffer.value = nullptr;
     }

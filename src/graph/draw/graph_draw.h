@@ -17,10 +17,11 @@
 #include <QFont>
 #include <QFontMetrics>
 #include <QImage>
-#include <QPainter>
 #include <QRect>
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,7 @@
 #include "graph/draw/labels.h"
 #include "graph/draw/lines_draw_axis.h"
 #include "graph/draw/mapping.h"
+#include "graph/draw/plot_canvas.h"
 #include "graph/draw/run_state.h"
 #include "graph/draw/texts.h"
 #include "graph/model/wavo_graph.h"
@@ -110,7 +112,7 @@ class GraphDraw {
     /// span. False, an error-log entry and no values for a name that the graph does not know.
     bool GetAxValues(const std::string& axis_name, std::vector<double>& values) const;
 
-    /// Forgets the buffers, before they go. The curves stay as they are.
+    /// Forgets the buffers, before they go. The curves keep what they show.
     void DetachValues();
 
     /// Makes the next step empty the curves, reset the graph's buffers and begin anew.
@@ -160,6 +162,24 @@ class GraphDraw {
         void DropBack(std::uint64_t count);
     };
 
+    /// What the texts of the frame say.
+    struct FrameContent {
+        TimeWindow window;
+        RunState state = RunState::kRunning;
+        ScaleDefinition x;
+        std::vector<ScaleDefinition> y;
+
+        friend bool operator==(const FrameContent&, const FrameContent&) = default;
+    };
+
+    /// Lines of the plot area that move with the scales; pixels of the device.
+    struct FrameLines {
+        std::map<std::int32_t, QRgb> zero_rows;
+        std::optional<std::int32_t> zero_column;
+
+        friend bool operator==(const FrameLines&, const FrameLines&) = default;
+    };
+
     /// A trigger with the test of its type; null for a type that has none.
     struct TriggerData {
         std::size_t axis;  ///< whose values are tested
@@ -175,13 +195,14 @@ class GraphDraw {
     [[nodiscard]] int SlotWidth(const QFontMetrics& font_metrics) const;
     void FitToDevice(double ratio);
     [[nodiscard]] PlotGeometry Geometry() const;
+    [[nodiscard]] QRect ToDevice(const QRect& logical) const;
     void FillScaleLines();
 
     // The step (graph_draw_steps.cpp).
     void Restart();
     void TakeValues();
     void TakeZoomWindow();
-    void TakeWindowOf(DrawBuffer& buffer, TimeWindow& shown) const;
+    void ShowWindowOf(std::size_t axis, TimeWindow& shown);
     [[nodiscard]] double TimeBeforeDisplay(const GraphValue& value) const;
     void TakeSpanOrNew();
     void TakeRefill(DrawBuffer& buffer) const;
@@ -197,12 +218,21 @@ class GraphDraw {
     void DiscardValues();
     void MarkFullRefill();
     void CheckScales();
-    void DrawFrame(QPainter& painter);
-    void DrawFrameLines(QPainter& painter) const;
-    void DrawZeroLines(QPainter& painter) const;
-    void DrawGraphs(QPainter& painter);
-    void DrawLine(LinesDrawAxis& line, const DrawBuffer& buffer, QPainter& painter);
+    void DrawGraphs(QImage& picture);
+    void DrawLine(LinesDrawAxis& line, const DrawBuffer& buffer, PlotCanvas* canvas);
     void ReportDifferentSizes() const;
+
+    // Everything but the curves (graph_draw_frame.cpp).
+    void DrawFrame(QImage& picture);
+    void MakeFrame(const QRect& rectangle);
+    [[nodiscard]] FrameContent FrameNow() const;
+    [[nodiscard]] FrameLines LinesNow() const;
+    void DrawFrameLines();
+    void DrawFrameTexts();
+    // The rows of the frame above and below the plot area: those of the texts.
+    [[nodiscard]] QRect AbovePlot() const;
+    [[nodiscard]] QRect BelowPlot() const;
+    void CopyFrame(QImage& picture, const QRect& part) const;
 
     [[nodiscard]] bool IsTimeGraph() const { return m_graph.XCoorType != CoorType::kAxis; }
     [[nodiscard]] bool Zoomed() const { return m_zoom.active && IsTimeGraph(); }
@@ -232,6 +262,13 @@ class GraphDraw {
     ScaleLines m_horizontal;  ///< without values: they differ per y axis
 
     ScaleDefinition m_shown_x_scale;  ///< of a time graph: the x scale, or the zoomed span
+    QImage m_frame;                   ///< the graph without its curves
+    QRect m_frame_rectangle;          ///< where it stands in the picture, device pixels
+    bool m_frame_valid = false;       ///< frame and picture show what was drawn last
+    FrameContent m_drawn_content;
+    FrameLines m_drawn_lines;
+    PlotCanvas m_canvas;
+
     std::vector<DrawBuffer> m_buffers;
     DrawBuffer m_x_buffer;
     std::vector<std::unique_ptr<LinesDrawAxis>> m_lines;

@@ -2,13 +2,10 @@
 // frame and texts, draw the curves.
 #include "graph/draw/graph_draw.h"
 
-#include <QString>
 #include <algorithm>
 #include <limits>
-#include <map>
 #include <optional>
 
-#include "graph/draw/frame_painter.h"
 #include "support/diagnostics.h"
 
 namespace wavo {
@@ -18,17 +15,12 @@ namespace {
 /// Times closer than this are one time.
 constexpr double kTimeTolerance = 1e-6;
 
-/// Part of a curve's colour in its zero line.
-constexpr double kZeroLinePart = 0.45;
-
 constexpr std::uint64_t kAnyCount = std::numeric_limits<std::uint64_t>::max();
 
 }  // namespace
 
 void GraphDraw::DrawGraph(QImage& picture, bool restart) {
     FitToDevice(picture.devicePixelRatioF());
-    QPainter painter(&picture);
-    painter.fillRect(m_rectangle, m_colors.background);
     if (restart || m_restart_flag) {
         Restart();
     }
@@ -39,9 +31,9 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart) {
     TestTriggerCondition();
     MTRACE(4, "DrawGraph(): --- end of test trigger condition");
     CheckScales();
-    DrawFrame(painter);
+    DrawFrame(picture);
     MTRACE(4, "DrawGraph(): --- starting to draw graphs");
-    DrawGraphs(painter);
+    DrawGraphs(picture);
     MTRACE(4, "DrawGraph(): --- end of drawing graphs");
 }
 
@@ -104,35 +96,30 @@ void GraphDraw::TakeValues() {
 }
 
 void GraphDraw::TakeZoomWindow() {
-    for (DrawBuffer& buffer : m_buffers) {
-        if (buffer.value == nullptr) {
+    for (std::size_t i = 0; i < m_buffers.size(); ++i) {
+        if (m_buffers[i].value == nullptr) {
             continue;
         }
         TimeWindow shown;
-        TakeWindowOf(buffer, shown);
+        ShowWindowOf(i, shown);
         if (!m_window_taken) {
             m_window_taken = true;
             m_window = shown;
         }
     }
-    if (!m_window_taken) {
-        return;  // without buffers the curves keep what they show
-    }
-    ShowScale(m_zoom.end - m_zoom.start);
-    for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        if (m_buffers[i].value != nullptr) {
-            m_lines[i]->Empty();
-        }
+    if (m_window_taken) {  // without buffers the curves keep what they show
+        ShowScale(m_zoom.end - m_zoom.start);
     }
 }
 
-void GraphDraw::TakeWindowOf(DrawBuffer& buffer, TimeWindow& shown) const {
-    const double before = TimeBeforeDisplay(*buffer.value);
+void GraphDraw::ShowWindowOf(std::size_t axis, TimeWindow& shown) {
+    GraphValue& value = *m_buffers[axis].value;
+    const double before = TimeBeforeDisplay(value);
     const double length = m_zoom.end - m_zoom.start;
     double from = m_zoom.offset + m_zoom.start + before;
     double to = m_zoom.offset + m_zoom.end + before;
-    if (to > buffer.value->TimeRange()) {
-        to = buffer.value->TimeRange();
+    if (to > value.TimeRange()) {
+        to = value.TimeRange();
         from = to - length;
     }
     if (from < 0.0) {
@@ -140,8 +127,10 @@ void GraphDraw::TakeWindowOf(DrawBuffer& buffer, TimeWindow& shown) const {
         to = length;
     }
     shown = {from - before, to - before};
-    buffer.value->GetDefineTimeRangeValue(buffer.values, from, to, buffer.value->LatestTime());
-    buffer.start_time = 0.0;
+    // The curve looks at the buffer's own samples: a window costs nothing per sample.
+    const std::optional<SampleStretch> found =
+        value.FindDefineTimeRange(from, to, value.LatestTime());
+    m_lines[axis]->ShowWindow(value.Values(), found.value_or(SampleStretch()));
 }
 
 double GraphDraw::TimeBeforeDisplay(const GraphValue& value) const {
@@ -331,6 +320,9 @@ void GraphDraw::StopValues() {
 
 void GraphDraw::CheckScales() {
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        if (m_window_taken && m_buffers[i].value != nullptr) {
+            continue;  // the scale was fitted to the window
+        }
         m_lines[i]->CheckYScaleValue(m_buffers[i].values);
         if (!IsTimeGraph()) {
             m_lines[i]->CheckXScaleValue(m_x_buffer.values);
@@ -339,85 +331,23 @@ void GraphDraw::CheckScales() {
     }
 }
 
-void GraphDraw::DrawFrame(QPainter& painter) {
-    if (m_lines.empty()) {
-        MERRLOG("GraphDraw::DrawGraph(): invalid size of m_pLinesY");
-    }
-    DrawFrameLines(painter);
-    FrameTexts texts;
-    texts.x_text = QString::fromStdString(XText(m_graph, m_window));
-    texts.x_spacing = QString::fromStdString(XSpacingText(m_graph, ShownXScale(), m_x_scale_lines));
-    texts.state = m_run_state;
-    for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        texts.y.push_back({QString::fromStdString(YText(m_graph, i)),
-                           QString::fromStdString(YSpacingText(m_graph, i, m_y_scale_lines)),
-                           ToQColor(m_graph.YCoorAxColor[i])});
-    }
-    if (!m_layout.plot.isEmpty()) {
-        painter.save();
-        painter.setFont(m_font);
-        PaintTexts(painter, m_layout, m_metrics, texts, m_colors);
-        painter.restore();
-    }
-}
-
-void GraphDraw::DrawFrameLines(QPainter& painter) const {
-    if (m_layout.plot.isEmpty()) {
-        return;
-    }
-    painter.save();
-    painter.scale(1.0 / m_device_ratio, 1.0 / m_device_ratio);
-    painter.setRenderHint(QPainter::Antialiasing, false);
-    PaintScaleLines(painter, m_vertical, m_horizontal, m_colors);
-    if (m_graph.ZeroLines) {
-        DrawZeroLines(painter);
-    }
-    PaintBorder(painter, m_device_plot, m_colors);
-    painter.restore();
-}
-
-void GraphDraw::DrawZeroLines(QPainter& painter) const {
-    const auto zero_color = [this](const LinesDrawAxis& line) {
-        return Blend(m_colors.background, ToQColor(line.Color()), kZeroLinePart);
-    };
-    std::map<std::int32_t, QColor> rows;
-    for (const auto& line : m_lines) {
-        const std::optional<std::int32_t> row = ZeroPixel(Coordinate::kY, line->YLines());
-        if (row.has_value() && !rows.emplace(*row, zero_color(*line)).second) {
-            rows[*row] = m_colors.shared_zero_line;
-        }
-    }
-    for (const auto& [row, color] : rows) {
-        PaintZeroLine(painter, Coordinate::kY, row, m_device_plot, color);
-    }
-    const std::optional<std::int32_t> column = ZeroPixel(Coordinate::kX, m_vertical);
-    if (!IsTimeGraph() && column.has_value() && !m_lines.empty()) {
-        PaintZeroLine(painter, Coordinate::kX, *column, m_device_plot,
-                      zero_color(*m_lines.front()));
-    }
-}
-
-void GraphDraw::DrawGraphs(QPainter& painter) {
+void GraphDraw::DrawGraphs(QImage& picture) {
     ReportDifferentSizes();
-    painter.save();
-    painter.scale(1.0 / m_device_ratio, 1.0 / m_device_ratio);
+    m_canvas.Begin(picture, m_frame, m_frame_rectangle.topLeft(), m_device_plot);
+    PlotCanvas* const canvas = m_layout.plot.isEmpty() ? nullptr : &m_canvas;
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        DrawLine(*m_lines[i], m_buffers[i], painter);
+        DrawLine(*m_lines[i], m_buffers[i], canvas);
     }
-    painter.restore();
+    m_canvas.End();
 }
 
-void GraphDraw::DrawLine(LinesDrawAxis& line, const DrawBuffer& buffer, QPainter& painter) {
-    QPainter* const target = m_layout.plot.isEmpty() ? nullptr : &painter;
+void GraphDraw::DrawLine(LinesDrawAxis& line, const DrawBuffer& buffer, PlotCanvas* canvas) {
     if (!IsTimeGraph()) {
-        line.DrawLinesXIsAx(m_x_buffer.values, buffer.values, target);
-    } else if (m_window_taken && buffer.value != nullptr) {
-        line.ShowWindow(buffer.values);
-        line.DrawAllLinesXIsTime(kOwnColor, target);
+        line.DrawLinesXIsAx(m_x_buffer.values, buffer.values, canvas);
     } else if (buffer.values.empty()) {
-        line.DrawAllLinesXIsTime(kOwnColor, target);
+        line.DrawAllLinesXIsTime(kOwnColor, canvas);
     } else {
-        line.DrawLinesXIsTime(buffer.values, buffer.start_time, target);
+        line.DrawLinesXIsTime(buffer.values, buffer.start_time, canvas);
     }
 }
 

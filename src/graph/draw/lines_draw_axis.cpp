@@ -1,8 +1,7 @@
 #include "graph/draw/lines_draw_axis.h"
 
 #include <QLine>
-#include <QPoint>
-#include <QVarLengthArray>
+#include <QPainter>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -15,14 +14,11 @@ namespace wavo {
 
 namespace {
 
-/// Sweep times beyond the range by less than this still belong to the sweep.
-constexpr double kTimeTolerance = 1e-6;
-
 /// More points than any machine records; keeps a wild range from becoming a number of points.
 constexpr std::uint64_t kMostPoints = std::uint64_t{1} << 31U;
 
-bool IsGap(const LinePoint& point) {
-    return std::isnan(point.y_value) || std::isnan(point.x_value);
+Extremes ToExtremes(const MinMax& range) {
+    return range.IsEmpty() ? Extremes() : Extremes{true, range.minimum, range.maximum};
 }
 
 ScaleRange RangeOf(const ScaleDefinition& scale) {
@@ -40,22 +36,22 @@ LinesDrawAxis::LinesDrawAxis(const PlotGeometry& geometry, ScaleDefinition& x_sc
     : m_settings(std::move(settings)),
       m_x_scale(x_scale),
       m_y_scale(y_scale),
-      m_max_points(MaxCurvePoints(m_settings.range, m_settings.cycle_time)),
       m_plot(geometry.plot),
       m_x_mapping(Coordinate::kX, geometry.vertical),
-      m_y_mapping(Coordinate::kY, geometry.horizontal) {
+      m_y_mapping(Coordinate::kY, geometry.horizontal),
+      m_curve(m_settings.mode, m_settings.cycle_time,
+              MaxCurvePoints(m_settings.range, m_settings.cycle_time)),
+      m_points(m_curve.MaxPoints()) {
     m_x_mapping.Fill(RangeOf(m_x_scale));
     m_y_mapping.Fill(RangeOf(m_y_scale));
-    Empty();
 }
 
 void LinesDrawAxis::Empty() {
-    m_points.clear();
-    m_write_index = 0;
-    // One step before the left border: the first value of a sweep goes to 0.
-    m_sweep_position = -m_settings.cycle_time;
+    m_curve.Clear();
+    m_points.Clear();
     m_x_auto.Reset();
     m_y_auto.Reset();
+    ++m_changes;
 }
 
 void LinesDrawAxis::SetGeometry(const PlotGeometry& geometry, double device_ratio) {
@@ -67,13 +63,20 @@ void LinesDrawAxis::SetGeometry(const PlotGeometry& geometry, double device_rati
     m_y_mapping.SetLines(geometry.horizontal);
     m_y_mapping.Fill(RangeOf(m_y_scale));
     m_y_mapping.ResetSegment();
+    PixelsChanged();
     MapAll(true, true);
 }
 
 void LinesDrawAxis::XScaleChanged() {
     m_x_mapping.Fill(RangeOf(m_x_scale));
     m_x_mapping.ResetSegment();
+    m_shape.XChanged();
     MapAll(true, false);
+}
+
+void LinesDrawAxis::PixelsChanged() {
+    m_shape.XChanged();
+    m_shape.YChanged();
 }
 
 void LinesDrawAxis::MapPoint(LinePoint& point, bool force_x, bool force_y) {
@@ -85,6 +88,21 @@ void LinesDrawAxis::MapAll(bool force_x, bool force_y) {
     for (LinePoint& point : m_points) {
         MapPoint(point, force_x, force_y);
     }
+    ++m_changes;
+}
+
+std::size_t LinesDrawAxis::Size() const {
+    return m_settings.x_type == CoorType::kAxis ? m_points.Size()
+                                                : static_cast<std::size_t>(m_curve.Size());
+}
+
+LinePoint LinesDrawAxis::Point(std::size_t place) const {
+    if (m_settings.x_type == CoorType::kAxis) {
+        return m_points[place];
+    }
+    const double value = m_curve.Sample(place);
+    const double time = m_curve.Time(place);
+    return {m_x_mapping.MapForced(time), m_y_mapping.MapForced(value), value, time};
 }
 
 LinePoint LinesDrawAxis::MakePoint(double x_value, double y_value) {
@@ -102,126 +120,58 @@ double LinesDrawAxis::GetXTimeRange() const {
 }
 
 void LinesDrawAxis::DrawLinesXIsTime(const std::vector<double>& values, double start_time,
-                                     QPainter* painter) {
+                                     PlotCanvas* canvas) {
     if (values.empty()) {
         return;
     }
-    if (start_time == 0.0) {
-        m_sweep_position = 0.0;
+    m_curve.BeginBatch(start_time == 0.0, m_x_scale.TimeRange);
+    if (m_settings.mode != GraphMode::kContinuity) {
+        m_curve.AddClassic(values, m_x_scale.TimeRange);
+        m_y_auto.CountDrawn(values.size());
+    } else if (values.size() <= m_curve.MaxPoints()) {
+        m_curve.AddContinuity(values);
+        m_y_auto.CountDrawn(values.size());
     } else {
-        m_sweep_position += m_settings.cycle_time;
-        if (m_sweep_position > m_x_scale.TimeRange + kTimeTolerance) {
-            m_sweep_position = 0.0;
-        }
-    }
-    if (m_settings.mode == GraphMode::kContinuity) {
-        AddContinuity(values);
-    } else {
-        AddClassic(values);
-    }
-    DrawAllLinesXIsTime(kOwnColor, painter);
-}
-
-void LinesDrawAxis::AddContinuity(const std::vector<double>& values) {
-    if (values.size() > m_max_points) {
         MERRLOG(
             "LinesDrawAxis::DrawLinesXIsTime(): number of new values > number of max. values in "
             "line-fifo");
-        return;
     }
-    const std::uint64_t room =
-        m_max_points - std::min<std::uint64_t>(m_points.size(), m_max_points);
-    const std::size_t fitting = std::min<std::uint64_t>(room, values.size());
-    AppendContinuity(values.data(), fitting);
-    if (fitting < values.size()) {
-        ScrollContinuity(values.data() + fitting, values.size() - fitting);
-    }
-    m_y_auto.CountDrawn(values.size());
+    DrawAllLinesXIsTime(kOwnColor, canvas);
 }
 
-void LinesDrawAxis::AppendContinuity(const double* values, std::size_t count) {
-    double time = m_points.empty() ? 0.0 : m_points.back().x_value + m_settings.cycle_time;
-    for (std::size_t i = 0; i < count; ++i) {
-        m_points.push_back(MakePoint(time, values[i]));
-        time += m_settings.cycle_time;
+void LinesDrawAxis::ShowWindow(const SampleRing& ring, const SampleStretch& stretch) {
+    m_curve.ShowWindow(ring, stretch);
+    // The scale fits the window alone, whatever was drawn before.
+    m_y_auto.Reset();
+    MTRACE(4, "CheckYScaleValue(): --- starting");
+    if (m_y_auto.Check(m_y_scale, ToExtremes(m_curve.FiniteExtremes()), m_curve.MaxPoints(),
+                       [] { return Extremes(); })) {
+        ApplyScaleChange(m_y_mapping, m_y_scale);
     }
-}
-
-void LinesDrawAxis::ScrollContinuity(const double* values, std::size_t count) {
-    m_points.erase(m_points.begin(), m_points.begin() + static_cast<std::ptrdiff_t>(count));
-    double place = 0.0;
-    for (LinePoint& point : m_points) {
-        point.x_value = place * m_settings.cycle_time;
-        MapPoint(point, false, false);
-        place += 1.0;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        m_points.push_back(MakePoint(place * m_settings.cycle_time, values[i]));
-        place += 1.0;
-    }
-}
-
-void LinesDrawAxis::AddClassic(const std::vector<double>& values) {
-    const double step = m_settings.cycle_time;
-    const double end = m_x_scale.TimeRange + kTimeTolerance;
-    double sweep_start = m_sweep_position;
-    double j = 0.0;
-    for (const double value : values) {
-        const double time = sweep_start + j * step;
-        const LinePoint point = MakePoint(time, value);
-        if (m_points.size() < m_max_points) {
-            m_points.push_back(point);
-        } else {
-            if (m_write_index >= m_max_points) {
-                m_write_index = 0;
-            }
-            m_points[m_write_index] = point;
-            ++m_write_index;
-        }
-        m_sweep_position = time;
-        j += 1.0;
-        if (sweep_start + j * step > end) {
-            // The sweep has arrived at the right border, which is the left one of the next sweep:
-            // the next value stands one step from it.
-            sweep_start = 0.0;
-            m_sweep_position = 0.0;
-            j = 1.0;
-        }
-    }
-    m_y_auto.CountDrawn(values.size());
-}
-
-void LinesDrawAxis::ShowWindow(const std::vector<double>& values) {
-    m_points.clear();
-    m_write_index = 0;
-    double place = 0.0;
-    for (const double value : values) {
-        m_points.push_back(MakePoint(place * m_settings.cycle_time, value));
-        place += 1.0;
-    }
-    m_y_auto.CountDrawn(values.size());
+    MTRACE(4, "CheckYScaleValue(): --- leaving");
 }
 
 void LinesDrawAxis::DrawLinesXIsAx(const std::vector<double>& x_values,
-                                   const std::vector<double>& y_values, QPainter* painter) {
+                                   const std::vector<double>& y_values, PlotCanvas* canvas) {
     if (x_values.size() != y_values.size()) {
         MERRLOG(
             "LinesDrawAxis::DrawLinesXIsAx(): number of values x-coor. and number of values "
             "y-coor. are not equal");
     } else {
         for (std::size_t i = 0; i < x_values.size(); ++i) {
-            if (m_points.size() >= m_max_points) {
-                m_points.pop_front();
-            }
-            m_points.push_back(MakePoint(x_values[i], y_values[i]));
+            m_points.Add(MakePoint(x_values[i], y_values[i]));
         }
         m_x_auto.CountDrawn(x_values.size());
         m_y_auto.CountDrawn(y_values.size());
+        ++m_changes;
     }
-    DrawAllLinesXIsAx(kOwnColor, painter);
+    DrawAllLinesXIsAx(kOwnColor, canvas);
 }
 
-Extremes LinesDrawAxis::HeldExtremes(double LinePoint::*value) const {
+Extremes LinesDrawAxis::HeldExtremes(double LinePoint::*value) {
+    if (m_settings.x_type != CoorType::kAxis) {
+        return ToExtremes(m_curve.FiniteExtremes());
+    }
     Extremes extremes;
     for (const LinePoint& point : m_points) {
         extremes.Add(point.*value);
@@ -233,13 +183,14 @@ void LinesDrawAxis::ApplyScaleChange(AxisMapping& mapping, const ScaleDefinition
     mapping.Fill(RangeOf(scale));
     m_x_mapping.ResetSegment();
     m_y_mapping.ResetSegment();
+    PixelsChanged();
     MapAll(false, true);
 }
 
 void LinesDrawAxis::CheckXScaleValue(const std::vector<double>& x_values) {
     MTRACE(4, "CheckXScaleValue(): --- starting");
     const auto held = [this] { return HeldExtremes(&LinePoint::x_value); };
-    if (m_x_auto.Check(m_x_scale, x_values, m_max_points, held)) {
+    if (m_x_auto.Check(m_x_scale, ExtremesOf(x_values), MaxPoints(), held)) {
         ApplyScaleChange(m_x_mapping, m_x_scale);
     }
     MTRACE(4, "CheckXScaleValue(): --- leaving");
@@ -248,7 +199,7 @@ void LinesDrawAxis::CheckXScaleValue(const std::vector<double>& x_values) {
 void LinesDrawAxis::CheckYScaleValue(const std::vector<double>& y_values) {
     MTRACE(4, "CheckYScaleValue(): --- starting");
     const auto held = [this] { return HeldExtremes(&LinePoint::y_value); };
-    if (m_y_auto.Check(m_y_scale, y_values, m_max_points, held)) {
+    if (m_y_auto.Check(m_y_scale, ExtremesOf(y_values), MaxPoints(), held)) {
         ApplyScaleChange(m_y_mapping, m_y_scale);
     }
     MTRACE(4, "CheckYScaleValue(): --- leaving");
@@ -258,92 +209,77 @@ QColor LinesDrawAxis::DrawColor(ColorRef color) const {
     return ToQColor((color & kOwnColor) != 0 ? m_settings.color : color);
 }
 
-void LinesDrawAxis::DrawAllLinesXIsTime(ColorRef color, QPainter* painter) {
+void LinesDrawAxis::DrawAllLinesXIsTime(ColorRef color, PlotCanvas* canvas) {
     MTRACE(4, "DrawAllLinesXIsTime(): --- starting");
-    if (painter != nullptr && m_points.size() >= 2) {
-        DrawSegments(*painter, DrawColor(color), true);
+    if (canvas != nullptr && m_curve.Size() >= 2 &&
+        m_shape.Update(m_curve, m_x_mapping, m_y_mapping, m_plot, m_settings.cycle_time)) {
+        const QColor drawn = DrawColor(color);
+        if (m_shape.HasSpans()) {
+            canvas->Add(m_shape.Spans(), drawn.rgb());
+        } else {
+            canvas->Add([this, drawn](QImage& picture) { return DrawSegments(picture, drawn); },
+                        m_shape.Version());
+        }
     }
     MTRACE(4, "DrawAllLinesXIsTime(): --- leaving");
 }
 
-void LinesDrawAxis::DrawAllLinesXIsAx(ColorRef color, QPainter* painter) {
-    MTRACE(4, "DrawAllLinesXIsAx(): --- starting");
-    if (painter != nullptr && m_points.size() >= 2) {
-        if (m_settings.mode_ax == AxisDrawMode::kPoints) {
-            DrawPoints(*painter, DrawColor(color));
-        } else {
-            DrawSegments(*painter, DrawColor(color), false);
-        }
-    }
-    MTRACE(4, "DrawAllLines(): --- leaving");
-}
-
-void LinesDrawAxis::DrawSegments(QPainter& painter, const QColor& color, bool over_time) const {
-    // Each segment on its own: the picture does not depend on how many are drawn in one call.
-    std::vector<QLine> segments;
-    segments.reserve(m_points.size());
-    const LinePoint* previous = nullptr;
-    for (std::size_t place = 0; place < m_points.size(); ++place) {
-        const LinePoint& point = m_points[place];
-        if (IsGap(point)) {
-            previous = nullptr;
-            continue;
-        }
-        const bool sweep_gap = over_time && previous != nullptr &&
-                               (previous->x_value > point.x_value || place == m_write_index);
-        if (previous != nullptr && !sweep_gap) {
-            segments.emplace_back(previous->x, previous->y, point.x, point.y);
-        }
-        previous = &point;
-    }
-    // Where the ring is closed, in the middle of a sweep, its last point leads to its first.
-    const bool closed = over_time && m_write_index > 0 && m_write_index < m_points.size();
-    const LinePoint& first = m_points.front();
-    if (closed && previous == &m_points.back() && !IsGap(first) &&
-        previous->x_value <= first.x_value) {
-        segments.emplace_back(previous->x, previous->y, first.x, first.y);
-    }
-    painter.save();
-    painter.setClipRect(m_plot, Qt::IntersectClip);
-    painter.setRenderHint(QPainter::Antialiasing, false);
+QRect LinesDrawAxis::DrawSegments(QImage& picture, const QColor& color) const {
+    QPainter painter(&picture);
+    painter.scale(1.0 / picture.devicePixelRatio(), 1.0 / picture.devicePixelRatio());
+    painter.setClipRect(m_plot);
     QPen pen(color);
     pen.setWidth(1);
     pen.setCosmetic(true);
     painter.setPen(pen);
+    // Each segment on its own: the picture does not depend on how many are drawn in one call.
+    const std::vector<QLine>& segments = m_shape.Segments();
     painter.drawLines(segments.data(), static_cast<int>(segments.size()));
-    painter.restore();
+    QRect touched;
+    for (const QLine& segment : segments) {
+        touched |= QRect(segment.p1(), QSize(1, 1)) | QRect(segment.p2(), QSize(1, 1));
+    }
+    return touched;
 }
 
-void LinesDrawAxis::DrawPoints(QPainter& painter, const QColor& color) const {
-    const int size =
+void LinesDrawAxis::DrawAllLinesXIsAx(ColorRef color, PlotCanvas* canvas) {
+    MTRACE(4, "DrawAllLinesXIsAx(): --- starting");
+    if (canvas != nullptr && m_points.Size() >= 2) {
+        const QColor drawn = DrawColor(color);
+        canvas->Add([this, drawn](QImage& picture) { return DrawOverAxis(picture, drawn); },
+                    m_changes);
+    }
+    MTRACE(4, "DrawAllLines(): --- leaving");
+}
+
+QRect LinesDrawAxis::DrawOverAxis(QImage& picture, const QColor& color) {
+    AxisCurve::Style style;
+    style.points = m_settings.mode_ax == AxisDrawMode::kPoints;
+    style.point_size =
         std::max(1, static_cast<int>(std::lround(m_settings.point_size * m_device_ratio)));
-    painter.save();
-    painter.setClipRect(m_plot, Qt::IntersectClip);
-    QPoint last(std::numeric_limits<int>::min(), 0);
-    for (const LinePoint& point : m_points) {
-        const QPoint corner(point.x - size / 2, point.y - size / 2);
-        if (!IsGap(point) && corner != last) {
-            painter.fillRect(QRect(corner, QSize(size, size)), color);
-            last = corner;
-        }
-    }
-    painter.restore();
-}
-
-void LinesDrawAxis::CopyValues(double LinePoint::*value, std::vector<double>& out) const {
-    out.clear();
-    out.reserve(m_points.size());
-    for (std::size_t i = 0; i < m_points.size(); ++i) {
-        out.push_back(m_points[(m_write_index + i) % m_points.size()].*value);
-    }
+    style.color = color;
+    style.background = ToQColor(m_settings.background);
+    style.device_ratio = m_device_ratio;
+    style.fade_out_age = m_settings.fade_out_time / m_settings.cycle_time;
+    return m_points.Draw(picture, m_plot, style);
 }
 
 void LinesDrawAxis::GetYValues(std::vector<double>& out) const {
-    CopyValues(&LinePoint::y_value, out);
+    if (m_settings.x_type != CoorType::kAxis) {
+        m_curve.CopySamples(out);
+        return;
+    }
+    out.clear();
+    for (const LinePoint& point : m_points) {
+        out.push_back(point.y_value);
+    }
 }
 
 void LinesDrawAxis::GetXValues(std::vector<double>& out) const {
-    CopyValues(&LinePoint::x_value, out);
+    out.clear();
+    for (const LinePoint& point : m_points) {
+        out.push_back(point.x_value);
+    }
 }
 
 }  // namespace wavo

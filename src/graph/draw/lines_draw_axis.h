@@ -1,30 +1,34 @@
-// The curve of one y axis: a FIFO of points that are mapped to pixels, and its drawing.
+// The curve of one y axis: its samples, their mapping to pixels, and its drawing.
 //
 // Over time a curve is filled in one of two ways. Classic: a sweep from left to right that, when
 // it has reached the right border, goes on from the left and overwrites the oldest points at a
 // write index. Continuity: points fill the FIFO from the left, then scroll, so that new values
 // enter at the right. Over an axis, points follow one another and the oldest leave.
 //
+// A curve over time keeps samples alone; times and pixels follow from places and scales (see
+// time_curve.h). A curve over an axis keeps points that are mapped when they arrive.
+//
 // Invariants:
 // 1. The FIFO holds at most MaxPoints() points, except while it shows a window (ShowWindow).
-// 2. In continuity mode a full FIFO has its point k at the time k x step.
-// 3. The write index is 0 until the FIFO is full; it is the place of the oldest point then.
-// 4. A point whose value or x value is NaN is a gap in the curve.
-// 5. Pixels are those of the geometry last set: device pixels.
+// 2. A point whose value or x value is NaN is a gap in the curve.
+// 3. Pixels are those of the geometry last set: device pixels.
 #pragma once
 
 #include <QColor>
-#include <QPainter>
+#include <QImage>
 #include <QRect>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <string>
 #include <vector>
 
+#include "graph/draw/axis_curve.h"
+#include "graph/draw/curve_shape.h"
 #include "graph/draw/line_point.h"
 #include "graph/draw/mapping.h"
+#include "graph/draw/plot_canvas.h"
 #include "graph/draw/scale.h"
+#include "graph/draw/time_curve.h"
 #include "graph/model/wavo_graph.h"
 
 namespace wavo {
@@ -46,14 +50,16 @@ class LinesDrawAxis {
  public:
     /// What a curve is, apart from its scales.
     struct Settings {
+        CoorType x_type = CoorType::kTime;
         GraphMode mode{};
         AxisDrawMode mode_ax{};
         std::string axis_name;
         std::int32_t derivation = 0;
         ColorRef color = 0;
+        ColorRef background = 0;     ///< behind the curve
         double cycle_time = 0.0;     ///< seconds from point to point
         double range = 0.0;          ///< seconds that the FIFO covers
-        double fade_out_time = 0.0;  ///< seconds
+        double fade_out_time = 0.0;  ///< seconds after which a point over an axis has vanished
         double point_size = 2.0;     ///< logical pixels, for AxisDrawMode::kPoints
     };
 
@@ -81,20 +87,25 @@ class LinesDrawAxis {
 
     /// Adds the new values of a paint, the first of which was taken at `start_time` (seconds; 0
     /// begins a sweep at the left), and draws the curve. Without new values nothing is drawn.
-    /// `painter` may be null: the values are added only.
-    void DrawLinesXIsTime(const std::vector<double>& values, double start_time, QPainter* painter);
+    /// `canvas` may be null: the values are added only. Else the curve must stay until the
+    /// drawing ends.
+    void DrawLinesXIsTime(const std::vector<double>& values, double start_time, PlotCanvas* canvas);
 
-    /// Replaces the curve by values in the order of time, the first at 0.
-    void ShowWindow(const std::vector<double>& values);
+    /// Replaces the curve by a stretch of a ring, in the order of time, the first sample at 0, and
+    /// adapts an automatic scale to it. The ring is not owned and stays until KeepWindow or Empty.
+    void ShowWindow(const SampleRing& ring, const SampleStretch& stretch);
 
-    /// Draws the whole curve; nothing for fewer than 2 points or without a painter.
-    void DrawAllLinesXIsTime(ColorRef color, QPainter* painter);
+    /// Makes what a window shows the curve's own, before its ring goes.
+    void KeepWindow() { m_curve.KeepWindow(); }
+
+    /// Draws the whole curve; nothing for fewer than 2 points or without a canvas.
+    void DrawAllLinesXIsTime(ColorRef color, PlotCanvas* canvas);
 
     /// Adds points over an axis and draws the curve. Lists of different length are reported and
     /// not added.
     void DrawLinesXIsAx(const std::vector<double>& x_values, const std::vector<double>& y_values,
-                        QPainter* painter);
-    void DrawAllLinesXIsAx(ColorRef color, QPainter* painter);
+                        PlotCanvas* canvas);
+    void DrawAllLinesXIsAx(ColorRef color, PlotCanvas* canvas);
 
     /// Adapts an automatic scale to the values that are about to be added.
     void CheckXScaleValue(const std::vector<double>& x_values);
@@ -103,14 +114,14 @@ class LinesDrawAxis {
     /// The time range of the x scale, seconds. 0 and an error-log entry when it is no time range.
     [[nodiscard]] double GetXTimeRange() const;
 
-    [[nodiscard]] std::uint64_t MaxPoints() const { return m_max_points; }
-    [[nodiscard]] std::size_t Size() const { return m_points.size(); }
+    [[nodiscard]] std::uint64_t MaxPoints() const { return m_curve.MaxPoints(); }
+    [[nodiscard]] std::size_t Size() const;
     /// The point at a place of the FIFO. REQUIRES: place < Size().
-    [[nodiscard]] LinePoint Point(std::size_t place) const { return m_points[place]; }
-    [[nodiscard]] std::uint64_t WriteIndex() const { return m_write_index; }
-    [[nodiscard]] double SweepPosition() const { return m_sweep_position; }
+    [[nodiscard]] LinePoint Point(std::size_t place) const;
+    [[nodiscard]] std::uint64_t WriteIndex() const { return m_curve.WriteIndex(); }
+    [[nodiscard]] double SweepPosition() const { return m_curve.SweepPosition(); }
 
-    /// Copies the values of all points, oldest first.
+    /// Copies the values of all points, oldest first; x values over an axis only.
     void GetYValues(std::vector<double>& out) const;
     void GetXValues(std::vector<double>& out) const;
 
@@ -122,35 +133,31 @@ class LinesDrawAxis {
     [[nodiscard]] const ScaleLines& XLines() const { return m_x_mapping.Lines(); }
 
  private:
-    void AddContinuity(const std::vector<double>& values);
-    void AddClassic(const std::vector<double>& values);
-    void AppendContinuity(const double* values, std::size_t count);
-    void ScrollContinuity(const double* values, std::size_t count);
     LinePoint MakePoint(double x_value, double y_value);
     void MapAll(bool force_x, bool force_y);
     void ApplyScaleChange(AxisMapping& mapping, const ScaleDefinition& scale);
-    [[nodiscard]] Extremes HeldExtremes(double LinePoint::*value) const;
+    [[nodiscard]] Extremes HeldExtremes(double LinePoint::*value);
     [[nodiscard]] QColor DrawColor(ColorRef color) const;
-    void DrawSegments(QPainter& painter, const QColor& color, bool over_time) const;
-    void DrawPoints(QPainter& painter, const QColor& color) const;
-    /// Copies one value of all points, oldest first.
-    void CopyValues(double LinePoint::*value, std::vector<double>& out) const;
+    void PixelsChanged();
+    // Both draw in device pixels and return what they may have touched.
+    QRect DrawSegments(QImage& picture, const QColor& color) const;
+    QRect DrawOverAxis(QImage& picture, const QColor& color);
 
     // Constant after construction.
     Settings m_settings;
     ScaleDefinition& m_x_scale;
     ScaleDefinition& m_y_scale;
-    std::uint64_t m_max_points;
 
     QRect m_plot;
     double m_device_ratio = 1.0;
     AxisMapping m_x_mapping;
     AxisMapping m_y_mapping;
-    std::deque<LinePoint> m_points;
-    double m_sweep_position = 0.0;  ///< seconds, time of the last value of the sweep
-    std::uint64_t m_write_index = 0;
+    TimeCurve m_curve;
+    AxisCurve m_points;  ///< over an axis
     AutoScale m_x_auto;
     AutoScale m_y_auto;
+    std::uint64_t m_changes = 0;  ///< of what is drawn over an axis
+    CurveShape m_shape;
 };
 
 }  // namespace wavo

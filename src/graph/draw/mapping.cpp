@@ -95,11 +95,19 @@ std::int32_t AxisMapping::Map(double value, bool force) {
         return m_last_pixel;
     }
     m_last_value = value;
-    m_last_pixel = Compute(value);
+    m_last_pixel = Compute(value, [this](double within) { return FindSegment(within); });
     return m_last_pixel;
 }
 
-std::int32_t AxisMapping::Compute(double value) {
+std::int32_t AxisMapping::MapForced(double value) const {
+    if (std::isnan(value)) {
+        return 0;
+    }
+    return Compute(value, [this](double within) { return FindLowestSegment(within); });
+}
+
+template <typename Find>
+std::int32_t AxisMapping::Compute(double value, Find find) const {
     if (m_lines.empty()) {
         return 0;
     }
@@ -115,27 +123,37 @@ std::int32_t AxisMapping::Compute(double value) {
         // A scale without extent: the value stands in the middle, where it can be seen.
         return ToPixel((static_cast<double>(FirstEnd(first)) + SecondEnd(last)) / 2.0);
     }
-    return FindSegment(value) ? Interpolate(value) : FirstEnd(first);
+    const std::size_t segment = find(value);
+    return segment + 1 < m_lines.size() ? Interpolate(value, segment) : FirstEnd(first);
 }
 
-bool AxisMapping::FindSegment(double value) {
+std::size_t AxisMapping::FindSegment(double value) {
     const std::size_t segments = m_lines.size() - 1;
     for (std::size_t tried = 0; tried <= segments; ++tried) {
         if (m_segment >= segments) {
             m_segment = 0;
         }
         if (m_lines[m_segment].value <= value && value <= m_lines[m_segment + 1].value) {
-            return true;
+            return m_segment;
         }
         ++m_segment;
     }
     m_segment = 0;
-    return false;
+    return segments;
 }
 
-std::int32_t AxisMapping::Interpolate(double value) const {
-    const ScaleLine& lower = m_lines[m_segment];
-    const ScaleLine& upper = m_lines[m_segment + 1];
+std::size_t AxisMapping::FindLowestSegment(double value) const {
+    const auto upper =
+        std::lower_bound(m_lines.begin() + 1, m_lines.end(), value,
+                         [](const ScaleLine& line, double wanted) { return line.value < wanted; });
+    const auto segment = static_cast<std::size_t>(upper - m_lines.begin()) - 1;
+    const bool found = upper != m_lines.end() && m_lines[segment].value <= value;
+    return found ? segment : m_lines.size() - 1;
+}
+
+std::int32_t AxisMapping::Interpolate(double value, std::size_t segment) const {
+    const ScaleLine& lower = m_lines[segment];
+    const ScaleLine& upper = m_lines[segment + 1];
     if (upper.value == lower.value) {
         return FirstEnd(lower);
     }

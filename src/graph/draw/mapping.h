@@ -65,6 +65,10 @@ class AxisMapping {
     /// gets the same pixel. NaN maps to 0: a caller draws nothing there.
     std::int32_t Map(double value, bool force);
 
+    /// The pixel of a value whatever was mapped before: where two segments of the scale meet, the
+    /// lower one counts. Never falls back as the value grows (x) or as it shrinks (y).
+    [[nodiscard]] std::int32_t MapForced(double value) const;
+
     /// Takes other scale lines; the values stay unset until Fill.
     void SetLines(ScaleLines lines) { m_lines = std::move(lines); }
 
@@ -77,9 +81,14 @@ class AxisMapping {
     [[nodiscard]] const ScaleLines& Lines() const { return m_lines; }
 
  private:
-    [[nodiscard]] std::int32_t Compute(double value);
-    [[nodiscard]] bool FindSegment(double value);
-    [[nodiscard]] std::int32_t Interpolate(double value) const;
+    /// The pixel of a value, given a function that finds the segment of a value within the scale.
+    template <typename FindSegment>
+    [[nodiscard]] std::int32_t Compute(double value, FindSegment find) const;
+    /// Number of the segment that holds a value, from the one found last on; the number of segments
+    /// when there is none.
+    [[nodiscard]] std::size_t FindSegment(double value);
+    [[nodiscard]] std::size_t FindLowestSegment(double value) const;
+    [[nodiscard]] std::int32_t Interpolate(double value, std::size_t segment) const;
     [[nodiscard]] std::int32_t FirstEnd(const ScaleLine& line) const {
         return m_coordinate == Coordinate::kX ? line.x1 : line.y1;
     }

@@ -59,8 +59,16 @@ void Extremes::Add(double value) {
     maximum = std::max(maximum, value);
 }
 
-bool AutoScale::Check(ScaleDefinition& scale, const std::vector<double>& new_values,
-                      std::uint64_t max_points, const std::function<Extremes()>& held) {
+Extremes ExtremesOf(const std::vector<double>& values) {
+    Extremes extremes;
+    for (const double value : values) {
+        extremes.Add(value);
+    }
+    return extremes;
+}
+
+bool AutoScale::Check(ScaleDefinition& scale, const Extremes& new_values, std::uint64_t max_points,
+                      const std::function<Extremes()>& held) {
     if (scale.ScaleAx != ScaleAxCode::kAutomatic) {
         m_drawn = 0;
         return false;
@@ -77,8 +85,9 @@ bool AutoScale::Check(ScaleDefinition& scale, const std::vector<double>& new_val
         m_drawn = 0;
     }
     const Extremes before = m_running;
-    for (const double value : new_values) {
-        m_running.Add(value);
+    if (new_values.set) {
+        m_running.Add(new_values.minimum);
+        m_running.Add(new_values.maximum);
     }
     if (!m_running.set) {
         return false;

@@ -38,6 +38,9 @@ struct Extremes {
     void Add(double value);
 };
 
+/// Smallest and largest of a list of values.
+Extremes ExtremesOf(const std::vector<double>& values);
+
 /// Keeps one automatic scale. One per curve and coordinate.
 class AutoScale {
  public:
@@ -45,8 +48,8 @@ class AutoScale {
     /// most points the curve holds, `held` gives the extremes of those it holds now (it is asked
     /// only when the scale may shrink). True when the scale changed; nothing happens for a
     /// scale that is not automatic.
-    bool Check(ScaleDefinition& scale, const std::vector<double>& new_values,
-               std::uint64_t max_points, const std::function<Extremes()>& held);
+    bool Check(ScaleDefinition& scale, const Extremes& new_values, std::uint64_t max_points,
+               const std::function<Extremes()>& held);
 
     /// Counts values that were drawn.
     void CountDrawn(std::uint64_t values) { m_drawn += values; }

@@ -252,7 +252,16 @@ void GraphValue::GetTimeRangeValues(std::vector<double>& out, double span,
 
 void GraphValue::GetDefineTimeRangeValue(std::vector<double>& out, double from, double to,
                                          double now) {
-    out.clear();
+    const std::optional<SampleStretch> found = FindDefineTimeRange(from, to, now);
+    if (!found.has_value()) {
+        out = m_range_result;
+        return;
+    }
+    m_values.CopyOut(out, found->position, found->count);
+    m_range_result = out;
+}
+
+std::optional<SampleStretch> GraphValue::FindDefineTimeRange(double from, double to, double now) {
     if (m_first_range_request) {
         m_reference_time = now;
         m_first_range_request = false;
@@ -260,15 +269,13 @@ void GraphValue::GetDefineTimeRangeValue(std::vector<double>& out, double from, 
     }
     if (to < 0.0 || from < 0.0 || to - from < 0.0) {
         MERRLOG("GraphValue::GetDefineTimeRangeValue(): invalid time range");
-        out = m_range_result;
-        return;
+        return std::nullopt;
     }
     const double count_exact = (to - from) / m_cycle_time;
     // Not `to`: it is measured back from the reference time, with the rounding that this brings.
     const double end_time = m_reference_time - (m_reference_time - to);
     if (end_time < 0.0) {
-        out = m_range_result;
-        return;
+        return std::nullopt;
     }
     double end_exact = end_time / m_cycle_time;
     const auto size = static_cast<double>(m_values.Size());
@@ -278,8 +285,8 @@ void GraphValue::GetDefineTimeRangeValue(std::vector<double>& out, double from, 
     const auto end = TruncateToCount<std::uint64_t>(end_exact);
     const auto count = TruncateToCount<std::uint64_t>(count_exact);
     const std::uint64_t first = end >= count ? end - count : 0;
-    m_values.CopyOut(out, first, end - first);
-    m_range_result = out;
+    const std::uint64_t held = m_values.Size();
+    return SampleStretch{first, std::min(end - first, held - std::min(first, held))};
 }
 
 bool GraphValue::HistoryFull() const {

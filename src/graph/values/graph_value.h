@@ -20,12 +20,21 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "graph/values/sample_ring.h"
 
 namespace wavo {
+
+/// `count` samples of a ring from a position on.
+struct SampleStretch {
+    std::uint64_t position = 0;
+    std::uint64_t count = 0;
+
+    friend bool operator==(const SampleStretch&, const SampleStretch&) = default;
+};
 
 class GraphValue {
  public:
@@ -70,6 +79,10 @@ class GraphValue {
     /// sample held) to `out`. `now` is latched by the first request. A request that cannot be
     /// served gives the result of the last one that could.
     void GetDefineTimeRangeValue(std::vector<double>& out, double from, double to, double now);
+
+    /// Where the samples stand in Values() that GetDefineTimeRangeValue would copy; nothing is
+    /// copied and no result kept. Nothing for a request that cannot be served.
+    std::optional<SampleStretch> FindDefineTimeRange(double from, double to, double now);
 
     /// Makes the next GetDefineTimeRangeValue latch its reference time again.
     void MarkFirstRangeRequest() { m_first_range_request = true; }

@@ -55,6 +55,8 @@ SampleRing& SampleRing::operator=(SampleRing&& other) noexcept {
     m_run_begin = std::exchange(other.m_run_begin, 0);
     m_run_end = std::exchange(other.m_run_end, 0);
     m_run_grows = std::exchange(other.m_run_grows, false);
+    ++m_moves;
+    ++other.m_moves;
     return *this;
 }
 
@@ -102,8 +104,29 @@ void SampleRing::Replace(double sample) {
     StoreAtWrite(sample);
 }
 
+bool SampleRing::Push(std::span<const double> samples, std::uint64_t limit) {
+    while (!samples.empty()) {
+        if (Size() < limit) {
+            if (!MakeRoom()) {
+                return false;
+            }
+            OpenRun(RunKind::kGrow, limit - m_size);
+        } else {
+            OpenRun(RunKind::kReplace, samples.size());
+        }
+        const std::span<double> room = RunRoom();
+        const std::size_t count = std::min(room.size(), samples.size());
+        std::copy_n(samples.data(), count, room.data());
+        Advance(count);
+        CloseRun();
+        samples = samples.subspan(count);
+    }
+    return true;
+}
+
 void SampleRing::Clear() {
     Settle();
+    ++m_moves;
     m_size = 0;
     m_appended = 0;
     m_write = m_run_begin = m_run_end = 0;
@@ -155,6 +178,9 @@ bool SampleRing::GrowAllocation() {
         return false;
     }
     CopyParts(Range(0, m_size), data.get());
+    if (m_size != 0 && OldestSlot() != 0) {
+        ++m_moves;
+    }
     m_data = std::move(data);
     m_slots = slots;
     m_write = m_run_begin = m_run_end = m_size;

@@ -53,6 +53,8 @@ class SampleRing {
     [[nodiscard]] std::uint64_t Appended() const { return m_appended + RunLength(); }
     /// Sequence number of the oldest sample held: the number of samples dropped since Clear.
     [[nodiscard]] std::uint64_t FirstSequence() const { return Appended() - Size(); }
+    /// Changes whenever a sample that is held has got another slot or the counts began anew.
+    [[nodiscard]] std::uint64_t Moves() const { return m_moves; }
     /// Places that are allocated.
     [[nodiscard]] std::size_t Slots() const { return m_slots; }
 
@@ -63,6 +65,9 @@ class SampleRing {
     }
     /// The sample at a position. REQUIRES: position < Size().
     [[nodiscard]] double operator[](std::size_t position) const { return m_data[SlotOf(position)]; }
+
+    /// The samples by slot. Valid until the next change.
+    [[nodiscard]] const double* SlotData() const { return m_data.get(); }
 
     /// At most `count` samples from `position` on, never past the newest. Valid until the next
     /// change.
@@ -82,6 +87,10 @@ class SampleRing {
     void DropFront();
     /// Drops the oldest sample and adds one at the back; needs no memory. REQUIRES: !Empty().
     void Replace(double sample);
+    /// Adds samples at the back; where more than `limit` would be held, each takes the place of
+    /// the oldest. False when there is no memory for one: those before it are in.
+    /// REQUIRES: limit >= 1 and Size() <= limit.
+    [[nodiscard]] bool Push(std::span<const double> samples, std::uint64_t limit);
     /// Drops all samples and counts from 0 again. Keeps the allocation.
     void Clear();
 
@@ -114,6 +123,7 @@ class SampleRing {
     std::unique_ptr<double[]> m_data;
     std::size_t m_slots = 0;
     std::uint64_t m_expected_size = 0;
+    std::uint64_t m_moves = 0;
 
     std::size_t m_size = 0;        // without the samples of the run
     std::uint64_t m_appended = 0;  // without the samples of the run

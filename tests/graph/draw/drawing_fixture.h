@@ -120,6 +120,7 @@ class Scope {
         return shown;
     }
     [[nodiscard]] const QImage& Image() const { return m_image; }
+    [[nodiscard]] QColor Background() const { return ToQColor(settings.background); }
 
     /// Number of pixels of a colour in the plot area; texts in the same colour stand outside.
     [[nodiscard]] int Count(const QColor& color) const {

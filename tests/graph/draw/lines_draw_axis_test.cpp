@@ -26,8 +26,17 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 struct Curve {
     Curve(GraphMode mode, double range, double step,
           const ScaleDefinition& y = ManualScale(0.0, 10.0))
-        : x_scale(TimeScale(range)), y_scale(y) {
+        : Curve(TimeScale(range), y, mode, range, step) {}
+
+    /// Over an axis.
+    Curve(const ScaleDefinition& x, const ScaleDefinition& y)
+        : Curve(x, y, GraphMode::kContinuity, 1.0, 0.25) {}
+
+    Curve(const ScaleDefinition& x, const ScaleDefinition& y, GraphMode mode, double range,
+          double step)
+        : x_scale(x), y_scale(y) {
         LinesDrawAxis::Settings settings;
+        settings.x_type = x.ScaleType == ScaleTypeCode::kTime ? CoorType::kTime : CoorType::kAxis;
         settings.mode = mode;
         settings.axis_name = "X";
         settings.color = 0x0000FF;  // red
@@ -64,9 +73,11 @@ struct Curve {
     [[nodiscard]] int Drawn(ColorRef color = kOwnColor) const {
         QImage image(401, 201, QImage::Format_RGB32);
         image.fill(Qt::black);
-        QPainter painter(&image);
-        line->DrawAllLinesXIsTime(color, &painter);
-        painter.end();
+        PlotCanvas canvas;
+        const QImage background = image;
+        canvas.Begin(image, background, QPoint(), image.rect());
+        line->DrawAllLinesXIsTime(color, &canvas);
+        canvas.End();
         last_image = image;
         int count = 0;
         for (int y = 0; y < image.height(); ++y) {
@@ -355,10 +366,8 @@ TEST(Curve, TellsThatItsXScaleIsNoTime) {
     EXPECT_EQ(curve.line->GetXTimeRange(), 0.0);
 }
 
-TEST(AxisCurve, KeepsTheNewestPoints) {
-    Curve curve(GraphMode::kContinuity, 1.0, 0.25);
-    curve.x_scale = ManualScale(0.0, 10.0);
-    curve.line->XScaleChanged();
+TEST(CurveOverAnAxis, KeepsTheNewestPoints) {
+    const Curve curve(ManualScale(0.0, 10.0), ManualScale(0.0, 10.0));
     curve.line->DrawLinesXIsAx({1, 2, 3}, {4, 5, 6}, nullptr);
     EXPECT_EQ(curve.line->Point(0).x, 40);
     EXPECT_EQ(curve.line->Point(0).y, 120);
@@ -367,9 +376,8 @@ TEST(AxisCurve, KeepsTheNewestPoints) {
     EXPECT_EQ(curve.Values(), Ramp(6, 5));
 }
 
-TEST(AxisCurve, ListsOfDifferentLengthAreReportedAndNotAdded) {
-    Curve curve(GraphMode::kContinuity, 1.0, 0.25);
-    curve.x_scale = ManualScale(0.0, 10.0);
+TEST(CurveOverAnAxis, ListsOfDifferentLengthAreReportedAndNotAdded) {
+    const Curve curve(ManualScale(0.0, 10.0), ManualScale(0.0, 10.0));
     const ExpectErrorLog expected(
         {"LinesDrawAxis::DrawLinesXIsAx(): number of values x-coor. and number of values y-coor. "
          "are not equal"});
@@ -377,7 +385,7 @@ TEST(AxisCurve, ListsOfDifferentLengthAreReportedAndNotAdded) {
     EXPECT_EQ(curve.line->Size(), 0U);
 }
 
-TEST(AxisCurve, AutomaticXScaleFollowsItsOwnValues) {
+TEST(CurveOverAnAxis, AutomaticXScaleFollowsItsOwnValues) {
     Curve curve(GraphMode::kContinuity, 1000.0, 0.25, AutomaticScale());
     curve.x_scale = AutomaticScale();
     curve.line->CheckYScaleValue({0.0, 1.0});

@@ -52,7 +52,7 @@ TEST(Scale, LinesCutTheScaleIntoOnePartMore) {
 TEST(AutoScale, FirstValueSetsBothSides) {
     AutoScale automatic;
     ScaleDefinition scale = Axis(ScaleAxCode::kAutomatic, -99.0, 99.0);
-    EXPECT_TRUE(automatic.Check(scale, {2.0, 4.0}, 1000, NoPoints));
+    EXPECT_TRUE(automatic.Check(scale, ExtremesOf({2.0, 4.0}), 1000, NoPoints));
     EXPECT_DOUBLE_EQ(scale.Minimum, 2.0 - 2.0 / 20);
     EXPECT_DOUBLE_EQ(scale.Maximum, 4.0 + 2.0 / 20);
 }
@@ -60,13 +60,13 @@ TEST(AutoScale, FirstValueSetsBothSides) {
 TEST(AutoScale, OnlyTheSideThatChangedGetsTheMargin) {
     AutoScale automatic;
     ScaleDefinition scale = Axis(ScaleAxCode::kAutomatic, 0.0, 0.0);
-    (void)automatic.Check(scale, {0.0, 10.0}, 1000, NoPoints);
+    (void)automatic.Check(scale, ExtremesOf({0.0, 10.0}), 1000, NoPoints);
     automatic.CountDrawn(2);
     const double minimum = scale.Minimum;
-    EXPECT_TRUE(automatic.Check(scale, {12.0}, 1000, NoPoints));
+    EXPECT_TRUE(automatic.Check(scale, ExtremesOf({12.0}), 1000, NoPoints));
     EXPECT_DOUBLE_EQ(scale.Maximum, 12.6);
     EXPECT_EQ(scale.Minimum, minimum);
-    EXPECT_TRUE(automatic.Check(scale, {-8.0}, 1000, NoPoints));
+    EXPECT_TRUE(automatic.Check(scale, ExtremesOf({-8.0}), 1000, NoPoints));
     EXPECT_DOUBLE_EQ(scale.Maximum, 12.6);
     EXPECT_DOUBLE_EQ(scale.Minimum, -9.0);
 }
@@ -74,18 +74,18 @@ TEST(AutoScale, OnlyTheSideThatChangedGetsTheMargin) {
 TEST(AutoScale, ValuesInsideChangeNothing) {
     AutoScale automatic;
     ScaleDefinition scale = Axis(ScaleAxCode::kAutomatic, 0.0, 0.0);
-    (void)automatic.Check(scale, {0.0, 10.0}, 1000, NoPoints);
+    (void)automatic.Check(scale, ExtremesOf({0.0, 10.0}), 1000, NoPoints);
     automatic.CountDrawn(1);
     const ScaleDefinition before = scale;
-    EXPECT_FALSE(automatic.Check(scale, {5.0, 0.0, 10.0}, 1000, NoPoints));
-    EXPECT_FALSE(automatic.Check(scale, {}, 1000, NoPoints));
+    EXPECT_FALSE(automatic.Check(scale, ExtremesOf({5.0, 0.0, 10.0}), 1000, NoPoints));
+    EXPECT_FALSE(automatic.Check(scale, ExtremesOf({}), 1000, NoPoints));
     EXPECT_EQ(scale, before);
 }
 
 TEST(AutoScale, AConstantSignalGetsAScale) {
     AutoScale automatic;
     ScaleDefinition scale = Axis(ScaleAxCode::kAutomatic, 0.0, 0.0);
-    EXPECT_TRUE(automatic.Check(scale, {5.0}, 1000, NoPoints));
+    EXPECT_TRUE(automatic.Check(scale, ExtremesOf({5.0}), 1000, NoPoints));
     EXPECT_NEAR(scale.Maximum, 5.0 + 1e-6 + 2e-6 / 20, 1e-12);
     EXPECT_NEAR(scale.Minimum, 5.0 - 1e-6 - 2e-6 / 20, 1e-12);
 }
@@ -101,16 +101,16 @@ TEST(AutoScale, ShrinksAfterATenthOfTheCurve) {
         points.Add(3.0);
         return points;
     };
-    (void)automatic.Check(scale, {-100.0, 100.0}, 109, NoPoints);
+    (void)automatic.Check(scale, ExtremesOf({-100.0, 100.0}), 109, NoPoints);
     automatic.CountDrawn(9);
-    EXPECT_FALSE(automatic.Check(scale, {2.0}, 109, held));
+    EXPECT_FALSE(automatic.Check(scale, ExtremesOf({2.0}), 109, held));
     EXPECT_EQ(asked, 0);
     automatic.CountDrawn(1);  // 109 / 10 is 10: reached
-    EXPECT_TRUE(automatic.Check(scale, {2.0}, 109, held));
+    EXPECT_TRUE(automatic.Check(scale, ExtremesOf({2.0}), 109, held));
     EXPECT_EQ(asked, 1);
     EXPECT_DOUBLE_EQ(scale.Minimum, 0.9);
     EXPECT_DOUBLE_EQ(scale.Maximum, 3.1);
-    EXPECT_FALSE(automatic.Check(scale, {2.0}, 109, held)) << "the count starts again";
+    EXPECT_FALSE(automatic.Check(scale, ExtremesOf({2.0}), 109, held)) << "the count starts again";
     EXPECT_EQ(asked, 1);
 }
 
@@ -123,18 +123,18 @@ TEST(AutoScale, ACurveOfFewPointsMayShrinkEachTime) {
         points.Add(2.0);
         return points;
     };
-    EXPECT_TRUE(automatic.Check(scale, {}, 9, held));
-    EXPECT_TRUE(automatic.Check(scale, {}, 9, held));
+    EXPECT_TRUE(automatic.Check(scale, ExtremesOf({}), 9, held));
+    EXPECT_TRUE(automatic.Check(scale, ExtremesOf({}), 9, held));
 }
 
 TEST(AutoScale, AManualScaleIsLeftAloneAndResetsTheCount) {
     AutoScale automatic;
     ScaleDefinition scale = Axis(ScaleAxCode::kAutomatic, 0.0, 0.0);
-    (void)automatic.Check(scale, {0.0, 10.0}, 100, NoPoints);
+    (void)automatic.Check(scale, ExtremesOf({0.0, 10.0}), 100, NoPoints);
     automatic.CountDrawn(50);
     scale.ScaleAx = ScaleAxCode::kManual;
     const ScaleDefinition before = scale;
-    EXPECT_FALSE(automatic.Check(scale, {1000.0}, 100, NoPoints));
+    EXPECT_FALSE(automatic.Check(scale, ExtremesOf({1000.0}), 100, NoPoints));
     EXPECT_EQ(scale, before);
     scale.ScaleAx = ScaleAxCode::kAutomatic;
     int asked = 0;
@@ -142,7 +142,7 @@ TEST(AutoScale, AManualScaleIsLeftAloneAndResetsTheCount) {
         ++asked;
         return Extremes{};
     };
-    (void)automatic.Check(scale, {5.0}, 100, held);
+    (void)automatic.Check(scale, ExtremesOf({5.0}), 100, held);
     EXPECT_EQ(asked, 0);
 }
 
@@ -150,9 +150,9 @@ TEST(AutoScale, ValuesThatAreNotFiniteNeverTouchIt) {
     AutoScale automatic;
     ScaleDefinition scale = Axis(ScaleAxCode::kAutomatic, -1.0, 1.0);
     const ScaleDefinition before = scale;
-    EXPECT_FALSE(automatic.Check(scale, {kNaN, kInf, -kInf}, 1000, NoPoints));
+    EXPECT_FALSE(automatic.Check(scale, ExtremesOf({kNaN, kInf, -kInf}), 1000, NoPoints));
     EXPECT_EQ(scale, before);
-    EXPECT_TRUE(automatic.Check(scale, {kNaN, 4.0, kInf, 6.0, -kInf}, 1000, NoPoints));
+    EXPECT_TRUE(automatic.Check(scale, ExtremesOf({kNaN, 4.0, kInf, 6.0, -kInf}), 1000, NoPoints));
     EXPECT_DOUBLE_EQ(scale.Minimum, 3.9);
     EXPECT_DOUBLE_EQ(scale.Maximum, 6.1);
 }
@@ -160,11 +160,11 @@ TEST(AutoScale, ValuesThatAreNotFiniteNeverTouchIt) {
 TEST(AutoScale, TheLargestNumbersStayFinite) {
     AutoScale automatic;
     ScaleDefinition scale = Axis(ScaleAxCode::kAutomatic, 0.0, 0.0);
-    EXPECT_TRUE(automatic.Check(scale, {-kMax, kMax}, 1000, NoPoints));
+    EXPECT_TRUE(automatic.Check(scale, ExtremesOf({-kMax, kMax}), 1000, NoPoints));
     EXPECT_EQ(scale.Minimum, -kMax);
     EXPECT_EQ(scale.Maximum, kMax);
     automatic.Reset();
-    EXPECT_TRUE(automatic.Check(scale, {1e300, 1e300}, 1000, NoPoints));
+    EXPECT_TRUE(automatic.Check(scale, ExtremesOf({1e300, 1e300}), 1000, NoPoints));
     EXPECT_EQ(scale.Minimum, 1e300);
     EXPECT_EQ(scale.Maximum, 1e300);
 }

@@ -1,0 +1,37 @@
+#include "graph/draw/span_pixels.h"
+
+#include <cstring>
+
+namespace wavo {
+
+namespace {
+
+// Eight columns at once.
+constexpr int kLanes = 8;
+using Rows = std::int16_t __attribute__((vector_size(2 * kLanes)));
+using Pixels = std::int32_t __attribute__((vector_size(4 * kLanes)));
+
+}  // namespace
+
+void PaintSpanRow(std::uint32_t* pixels, const std::uint32_t* under, const std::int16_t* top,
+                  const std::int16_t* bottom, int count, int row, std::uint32_t color) {
+    const auto row16 = static_cast<std::int16_t>(row);
+    int i = 0;
+    for (; i + kLanes <= count; i += kLanes) {
+        Rows first;
+        Rows last;
+        Pixels below;
+        std::memcpy(&first, top + i, sizeof(first));
+        std::memcpy(&last, bottom + i, sizeof(last));
+        std::memcpy(&below, under + i, sizeof(below));
+        const Rows covered = (first <= row16) & (row16 <= last);
+        const Pixels mask = __builtin_convertvector(covered, Pixels);
+        const Pixels result = (mask & static_cast<std::int32_t>(color)) | (~mask & below);
+        std::memcpy(pixels + i, &result, sizeof(result));
+    }
+    for (; i < count; ++i) {
+        pixels[i] = top[i] <= row16 && row16 <= bottom[i] ? color : under[i];
+    }
+}
+
+}  // namespace wavo

@@ -1,0 +1,16 @@
+// The innermost loops of painting: pixels of a few columns, row by row.
+#pragma once
+
+#include <cstdint>
+
+namespace wavo {
+
+/// Columns that are painted together.
+inline constexpr int kBlockColumns = 16;
+
+/// One row of `count` columns: `color` where the row lies from top to
+/// bottom of the column, else `under`. `under` may be `pixels`.
+void PaintSpanRow(std::uint32_t* pixels, const std::uint32_t* under, const std::int16_t* top,
+                  const std::int16_t* bottom, int count, int row, std::uint32_t color);
+
+}  // namespace wavo

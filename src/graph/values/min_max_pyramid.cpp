@@ -1,0 +1,312 @@
+#include "graph/values/min_max_pyramid.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace wavo {
+
+namespace {
+
+constexpr std::uint8_t kHoldsNaN = 1;
+constexpr std::uint8_t kHoldsInfinite = 2;
+
+/// Stretches up to this are quicker read one by one.
+constexpr std::size_t kReadEach = 48;
+
+/// Two numbers that are handled at once.
+using Pair = double __attribute__((vector_size(16), aligned(8)));
+
+Pair LoadPair(const double* from) {
+    return *reinterpret_cast<const Pair*>(from);
+}
+
+/// The smaller of each two; `kept` where the candidate is NaN.
+Pair Least(Pair kept, Pair candidate) {
+    return candidate < kept ? candidate : kept;
+}
+
+Pair Largest(Pair kept, Pair candidate) {
+    return candidate > kept ? candidate : kept;
+}
+
+/// Minimum and maximum in the making. Several side by side: none waits for the one before it.
+class Extent {
+ public:
+    /// Takes `count` minima and as many maxima in.
+    void Take(const double* minima, const double* maxima, std::size_t count) {
+        std::size_t i = 0;
+        for (; i + 4 <= count; i += 4) {
+            m_least[0] = Least(m_least[0], LoadPair(minima + i));
+            m_least[1] = Least(m_least[1], LoadPair(minima + i + 2));
+            m_largest[0] = Largest(m_largest[0], LoadPair(maxima + i));
+            m_largest[1] = Largest(m_largest[1], LoadPair(maxima + i + 2));
+        }
+        for (; i < count; ++i) {
+            m_least[0] = Least(m_least[0], Pair{minima[i], minima[i]});
+            m_largest[0] = Largest(m_largest[0], Pair{maxima[i], maxima[i]});
+        }
+    }
+
+    [[nodiscard]] MinMax Result() const {
+        const Pair least = Least(m_least[0], m_least[1]);
+        const Pair largest = Largest(m_largest[0], m_largest[1]);
+        return {std::min(least[0], least[1]), std::max(largest[0], largest[1])};
+    }
+
+ private:
+    static constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    Pair m_least[2] = {{kInfinity, kInfinity}, {kInfinity, kInfinity}};
+    Pair m_largest[2] = {{-kInfinity, -kInfinity}, {-kInfinity, -kInfinity}};
+};
+
+std::uint8_t MarksOf(const double* samples, std::size_t count) {
+    // Only NaN and infinite samples leave anything but 0.
+    double sum = 0.0;
+    for (std::size_t i = 0; i < count; ++i) {
+        sum += samples[i] * 0.0;
+    }
+    if (sum == 0.0) {
+        return 0;
+    }
+    std::uint8_t marks = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (std::isnan(samples[i])) {
+            marks |= kHoldsNaN;
+        } else if (std::isinf(samples[i])) {
+            marks |= kHoldsInfinite;
+        }
+    }
+    return marks;
+}
+
+std::size_t CeilDivide(std::size_t dividend, std::size_t divisor) {
+    return (dividend + divisor - 1) / divisor;
+}
+
+/// Calls `work` with the one or two ranges of slots (begin, end) that a stretch of the ring
+/// occupies. Stops when it returns false.
+template <typename Work>
+void ForSlots(const SampleRing& ring, std::size_t position, std::size_t count, Work work) {
+    if (count == 0) {
+        return;
+    }
+    const std::size_t begin = ring.SlotOf(position);
+    const std::size_t in_first = std::min(count, ring.Slots() - begin);
+    if (work(begin, begin + in_first) && in_first < count) {
+        work(0, count - in_first);
+    }
+}
+
+}  // namespace
+
+void MinMaxPyramid::Level::Resize(std::size_t blocks, std::size_t expected) {
+    minimum.reserve(expected);
+    maximum.reserve(expected);
+    marks.reserve(expected);
+    minimum.resize(blocks);
+    maximum.resize(blocks);
+    marks.resize(blocks);
+}
+
+void MinMaxPyramid::Level::Set(std::size_t block, const MinMax& range, std::uint8_t block_marks) {
+    minimum[block] = range.minimum;
+    maximum[block] = range.maximum;
+    marks[block] = block_marks;
+}
+
+void MinMaxPyramid::ResizeLevels(std::size_t slots, std::size_t expected_slots) {
+    m_slots_taken = slots;
+    std::size_t level = 0;
+    std::size_t blocks = slots;
+    std::size_t expected = expected_slots;
+    do {
+        blocks = CeilDivide(blocks, kFanOut);
+        expected = CeilDivide(expected, kFanOut);
+        if (level == m_levels.size()) {
+            m_levels.emplace_back();
+            if (level != 0) {
+                // What the level below holds already has no block here yet.
+                m_levels[level].Resize(blocks, expected);
+                UpdateLevel(level, 0, blocks - 1);
+            }
+        }
+        m_levels[level].Resize(blocks, expected);
+        ++level;
+    } while (blocks > kFanOut);
+}
+
+void MinMaxPyramid::Update(const SampleRing& ring) {
+    if (m_started && m_moves == ring.Moves() && m_appended == ring.Appended()) {
+        return;
+    }
+    const std::size_t size = ring.Size();
+    const bool anew = !m_started || m_moves != ring.Moves() || ring.Appended() - m_appended >= size;
+    if (anew) {
+        m_levels.clear();
+        m_slots_taken = 0;
+    }
+    const std::size_t count = anew ? size : static_cast<std::size_t>(ring.Appended() - m_appended);
+    m_started = true;
+    m_moves = ring.Moves();
+    m_appended = ring.Appended();
+    if (size == 0) {
+        return;
+    }
+    const std::size_t taken =
+        std::max(m_slots_taken, size == ring.Slots() ? size : ring.SlotOf(size - 1) + 1);
+    if (taken != m_slots_taken) {
+        ResizeLevels(taken, ring.Slots());
+    }
+    const double* const samples = ring.SlotData();
+    ForSlots(ring, size - count, count, [&](std::size_t begin, std::size_t end) {
+        UpdateSlots(samples, begin, end);
+        return true;
+    });
+}
+
+void MinMaxPyramid::UpdateSlots(const double* samples, std::size_t begin, std::size_t end) {
+    std::size_t first = begin / kFanOut;
+    std::size_t last = (end - 1) / kFanOut;
+    UpdateLowest(samples, first, last);
+    for (std::size_t level = 1; level < m_levels.size(); ++level) {
+        first /= kFanOut;
+        last /= kFanOut;
+        UpdateLevel(level, first, last);
+    }
+}
+
+void MinMaxPyramid::UpdateLowest(const double* samples, std::size_t first_block,
+                                 std::size_t last_block) {
+    for (std::size_t block = first_block; block <= last_block; ++block) {
+        const std::size_t begin = block * kFanOut;
+        const std::size_t count = std::min(kFanOut, m_slots_taken - begin);
+        Extent extent;
+        extent.Take(samples + begin, samples + begin, count);
+        m_levels[0].Set(block, extent.Result(), MarksOf(samples + begin, count));
+    }
+}
+
+void MinMaxPyramid::UpdateLevel(std::size_t level, std::size_t first_block,
+                                std::size_t last_block) {
+    const Level& below = m_levels[level - 1];
+    for (std::size_t block = first_block; block <= last_block; ++block) {
+        const std::size_t begin = block * kFanOut;
+        const std::size_t end = std::min(begin + kFanOut, below.Size());
+        Extent extent;
+        extent.Take(below.minimum.data() + begin, below.maximum.data() + begin, end - begin);
+        std::uint8_t marks = 0;
+        for (std::size_t i = begin; i < end; ++i) {
+            marks |= below.marks[i];
+        }
+        m_levels[level].Set(block, extent.Result(), marks);
+    }
+}
+
+template <typename Taker>
+void MinMaxPyramid::TakeSlots(const double* samples, std::size_t begin, std::size_t end,
+                              Taker& extent) const {
+    if (end - begin <= kReadEach) {
+        extent.Take(samples + begin, samples + begin, end - begin);
+        return;
+    }
+    std::size_t first = CeilDivide(begin, kFanOut);
+    std::size_t last = end / kFanOut;
+    extent.Take(samples + begin, samples + begin, first * kFanOut - begin);
+    extent.Take(samples + last * kFanOut, samples + last * kFanOut, end - last * kFanOut);
+    for (std::size_t level = 0;; ++level) {
+        const double* const minima = m_levels[level].minimum.data();
+        const double* const maxima = m_levels[level].maximum.data();
+        if (last - first <= kReadEach || level + 1 == m_levels.size()) {
+            extent.Take(minima + first, maxima + first, last - first);
+            return;
+        }
+        const std::size_t next_first = CeilDivide(first, kFanOut);
+        const std::size_t next_last = last / kFanOut;
+        const std::size_t edge = next_last * kFanOut;
+        extent.Take(minima + first, maxima + first, next_first * kFanOut - first);
+        extent.Take(minima + edge, maxima + edge, last - edge);
+        first = next_first;
+        last = next_last;
+    }
+}
+
+MinMax MinMaxPyramid::Of(const SampleRing& ring, std::size_t position, std::size_t count) const {
+    const double* const samples = ring.SlotData();
+    Extent extent;
+    ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
+        TakeSlots(samples, begin, end, extent);
+        return true;
+    });
+    return extent.Result();
+}
+
+bool MinMaxPyramid::HasNaN() const {
+    if (m_levels.empty()) {
+        return false;
+    }
+    const std::vector<std::uint8_t>& marks = m_levels.back().marks;
+    return std::any_of(marks.begin(), marks.end(),
+                       [](std::uint8_t mark) { return (mark & kHoldsNaN) != 0; });
+}
+
+bool MinMaxPyramid::HasNaN(const SampleRing& ring, std::size_t position, std::size_t count) const {
+    if (!HasNaN() || count == 0) {
+        return false;
+    }
+    const double* const samples = ring.SlotData();
+    bool found = false;
+    ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
+        found = SlotsHaveNaN(samples, begin, end);
+        return !found;
+    });
+    return found;
+}
+
+bool MinMaxPyramid::SlotsHaveNaN(const double* samples, std::size_t begin, std::size_t end) const {
+    const Level& lowest = m_levels[0];
+    while (begin < end) {
+        const std::size_t block = begin / kFanOut;
+        const std::size_t block_end = std::min(end, (block + 1) * kFanOut);
+        if ((lowest.marks[block] & kHoldsNaN) != 0 &&
+            std::any_of(samples + begin, samples + block_end,
+                        [](double sample) { return std::isnan(sample); })) {
+            return true;
+        }
+        begin = block_end;
+    }
+    return false;
+}
+
+MinMax MinMaxPyramid::FiniteOf(const SampleRing& ring, std::size_t position,
+                               std::size_t count) const {
+    const MinMax range = Of(ring, position, count);
+    if (range.IsEmpty() || (std::isfinite(range.minimum) && std::isfinite(range.maximum))) {
+        return range;
+    }
+    const double* const samples = ring.SlotData();
+    Extent extent;
+    ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
+        TakeFiniteSlots(samples, begin, end, extent);
+        return true;
+    });
+    return extent.Result();
+}
+
+template <typename Taker>
+void MinMaxPyramid::TakeFiniteSlots(const double* samples, std::size_t begin, std::size_t end,
+                                    Taker& extent) const {
+    const Level& lowest = m_levels[0];
+    while (begin < end) {
+        const std::size_t block = begin / kFanOut;
+        const std::size_t block_end = std::min(end, (block + 1) * kFanOut);
+        const bool all_finite = (lowest.marks[block] & kHoldsInfinite) == 0;
+        for (std::size_t slot = begin; slot < block_end; ++slot) {
+            if (all_finite || std::isfinite(samples[slot])) {
+                extent.Take(samples + slot, samples + slot, 1);
+            }
+        }
+        begin = block_end;
+    }
+}
+
+}  // namespace wavo

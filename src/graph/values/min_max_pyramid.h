@@ -1,0 +1,90 @@
+// Smallest and largest sample of any stretch of a ring, found without looking at each sample.
+//
+// Over the slots of the ring lie blocks of 16, over these blocks of 16 blocks, and so on; each
+// block keeps the minimum and the maximum of what lies under it. A stretch is made of a few samples
+// at its edges and of a few blocks per level between them. The blocks follow the slots, not the
+// positions, so that a sample that arrives changes one block per level and no other.
+//
+// Invariants:
+// 1. After Update(ring) every block over slots that hold samples is right.
+// 2. A block that holds a NaN or an infinite sample is marked; NaN takes no part in its minimum and
+//    maximum.
+// 3. Its memory is 1/7 of that of the samples.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "graph/values/sample_ring.h"
+
+namespace wavo {
+
+/// Minimum and maximum of a set of samples; maximum < minimum when there was none but NaN.
+struct MinMax {
+    double minimum = std::numeric_limits<double>::infinity();
+    double maximum = -std::numeric_limits<double>::infinity();
+
+    [[nodiscard]] bool IsEmpty() const { return maximum < minimum; }
+};
+
+class MinMaxPyramid {
+ public:
+    /// Takes in what has arrived in the ring since the last Update. Costs a few operations per new
+    /// sample; after the ring has moved its samples, all are taken in anew. REQUIRES: the same ring
+    /// each time (or Clear in between); the ring replaces samples only when all slots are in use.
+    void Update(const SampleRing& ring);
+
+    /// Forgets the ring and frees the memory.
+    void Clear() { *this = MinMaxPyramid(); }
+
+    /// Minimum and maximum of `count` samples from `position` on, infinite ones included, NaN not.
+    /// REQUIRES: Update(ring) since its last change; position + count <= ring.Size().
+    [[nodiscard]] MinMax Of(const SampleRing& ring, std::size_t position, std::size_t count) const;
+
+    /// Whether any sample at all is NaN. REQUIRES: Update since the last change of the ring.
+    [[nodiscard]] bool HasNaN() const;
+
+    /// Whether one of `count` samples from `position` on is NaN. REQUIRES: as Of.
+    [[nodiscard]] bool HasNaN(const SampleRing& ring, std::size_t position,
+                              std::size_t count) const;
+
+    /// Minimum and maximum of the finite ones of `count` samples. REQUIRES: as Of.
+    [[nodiscard]] MinMax FiniteOf(const SampleRing& ring, std::size_t position,
+                                  std::size_t count) const;
+
+ private:
+    static constexpr std::size_t kFanOut = 16;
+
+    struct Level {
+        std::vector<double> minimum;
+        std::vector<double> maximum;
+        std::vector<std::uint8_t> marks;
+
+        void Resize(std::size_t blocks, std::size_t expected);
+        void Set(std::size_t block, const MinMax& range, std::uint8_t marks);
+        [[nodiscard]] std::size_t Size() const { return minimum.size(); }
+    };
+
+    void ResizeLevels(std::size_t slots, std::size_t expected_slots);
+    /// Makes the blocks over the slots from `begin` to before `end` right.
+    void UpdateSlots(const double* samples, std::size_t begin, std::size_t end);
+    void UpdateLowest(const double* samples, std::size_t first_block, std::size_t last_block);
+    void UpdateLevel(std::size_t level, std::size_t first_block, std::size_t last_block);
+    template <typename Taker>
+    void TakeSlots(const double* samples, std::size_t begin, std::size_t end, Taker& extent) const;
+    template <typename Taker>
+    void TakeFiniteSlots(const double* samples, std::size_t begin, std::size_t end,
+                         Taker& extent) const;
+    [[nodiscard]] bool SlotsHaveNaN(const double* samples, std::size_t begin,
+                                    std::size_t end) const;
+
+    std::vector<Level> m_levels;    // from the samples upwards
+    std::size_t m_slots_taken = 0;  // slots that hold or held samples
+    std::uint64_t m_appended = 0;   // of the ring at the last Update
+    std::uint64_t m_moves = 0;
+    bool m_started = false;
+};
+
+}  // namespace wavo

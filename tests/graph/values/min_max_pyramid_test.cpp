@@ -1,0 +1,131 @@
+#include "graph/values/min_max_pyramid.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace wavo {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+/// A ring of at most `limit` samples with its pyramid.
+struct Watched {
+    explicit Watched(std::size_t most) : limit(most) { ring.SetExpectedSize(most); }
+
+    void Push(const std::vector<double>& samples) {
+        ASSERT_TRUE(ring.Push(samples, limit));
+        pyramid.Update(ring);
+    }
+
+    /// Looks at each sample of a stretch.
+    [[nodiscard]] MinMax Expected(std::size_t position, std::size_t count, bool finite) const {
+        MinMax range;
+        for (std::size_t i = position; i < position + count; ++i) {
+            const double sample = ring[i];
+            if (std::isnan(sample) || (finite && std::isinf(sample))) {
+                continue;
+            }
+            range.minimum = std::min(range.minimum, sample);
+            range.maximum = std::max(range.maximum, sample);
+        }
+        return range;
+    }
+
+    void ExpectRight(std::size_t position, std::size_t count) const {
+        const MinMax expected = Expected(position, count, false);
+        const MinMax found = pyramid.Of(ring, position, count);
+        ASSERT_EQ(found.minimum, expected.minimum) << position << " + " << count;
+        ASSERT_EQ(found.maximum, expected.maximum) << position << " + " << count;
+        const MinMax finite = pyramid.FiniteOf(ring, position, count);
+        ASSERT_EQ(finite.minimum, Expected(position, count, true).minimum);
+        ASSERT_EQ(finite.maximum, Expected(position, count, true).maximum);
+        bool nan = false;
+        for (std::size_t i = position; i < position + count; ++i) {
+            nan = nan || std::isnan(ring[i]);
+        }
+        ASSERT_EQ(pyramid.HasNaN(ring, position, count), nan) << position << " + " << count;
+    }
+
+    std::size_t limit;
+    SampleRing ring;
+    MinMaxPyramid pyramid;
+};
+
+std::vector<double> Noise(std::mt19937& random, std::size_t count, int odd_ones) {
+    std::uniform_real_distribution<double> value(-1.0, 1.0);
+    std::uniform_int_distribution<int> kind(0, 99);
+    std::vector<double> samples(count);
+    for (double& sample : samples) {
+        sample = value(random);
+        if (kind(random) < odd_ones) {
+            const int which = kind(random) % 3;
+            sample = which == 0 ? kNaN : which == 1 ? kInf : -kInf;
+        }
+    }
+    return samples;
+}
+
+TEST(MinMaxPyramid, AgreesWithLookingAtEachSampleWhileTheRingFillsAndTurns) {
+    for (const std::size_t limit : {1U, 15U, 16U, 17U, 300U, 5000U, 70000U}) {
+        for (const int odd_ones : {0, 2, 60}) {
+            std::mt19937 random(static_cast<unsigned>(limit) + static_cast<unsigned>(odd_ones));
+            Watched watched(limit);
+            for (int batch = 0; batch < 40; ++batch) {
+                const std::size_t count = 1 + random() % (limit / 8 + 1);
+                watched.Push(Noise(random, count, odd_ones));
+                const std::size_t size = watched.ring.Size();
+                watched.ExpectRight(0, size);
+                for (int query = 0; query < 20; ++query) {
+                    const std::size_t position = random() % size;
+                    watched.ExpectRight(position, random() % (size - position + 1));
+                }
+            }
+        }
+    }
+}
+
+TEST(MinMaxPyramid, TakesAllAnewWhenTheRingHasMovedItsSamples) {
+    Watched watched(100);
+    for (int i = 0; i < 130; ++i) {
+        watched.Push({static_cast<double>(i)});
+    }
+    ASSERT_NE(watched.ring.SlotOf(0), 0U);
+    watched.limit = 400;
+    watched.ring.SetExpectedSize(400);
+    for (int i = 0; i < 250; ++i) {
+        watched.Push({static_cast<double>(-i)});
+        watched.ExpectRight(0, watched.ring.Size());
+        watched.ExpectRight(20, 60);
+    }
+    watched.ring.Clear();
+    watched.Push({7.0, 8.0});
+    watched.ExpectRight(0, 2);
+    EXPECT_EQ(watched.pyramid.Of(watched.ring, 0, 2).maximum, 8.0);
+}
+
+TEST(MinMaxPyramid, ABatchOfTheWholeRingReplacesAll) {
+    Watched watched(1000);
+    watched.Push(std::vector<double>(1000, 5.0));
+    watched.Push(std::vector<double>(1000, 3.0));
+    EXPECT_EQ(watched.pyramid.Of(watched.ring, 0, 1000).maximum, 3.0);
+}
+
+TEST(MinMaxPyramid, NothingAndNaNAloneAreEmpty) {
+    Watched watched(100);
+    EXPECT_FALSE(watched.pyramid.HasNaN());
+    EXPECT_TRUE(watched.pyramid.Of(watched.ring, 0, 0).IsEmpty());
+    watched.Push(std::vector<double>(50, kNaN));
+    EXPECT_TRUE(watched.pyramid.HasNaN());
+    EXPECT_TRUE(watched.pyramid.Of(watched.ring, 0, 50).IsEmpty());
+    watched.Push(std::vector<double>(100, 1.0));
+    EXPECT_FALSE(watched.pyramid.HasNaN());
+}
+
+}  // namespace
+}  // namespace wavo
