@@ -27,6 +27,9 @@ class Reduction {
           m_pyramid(curve.Pyramid()),
           m_begin(curve.Stretch().position),
           m_size(m_ring.Size()),
+          m_samples(m_ring.SlotData()),
+          m_slots(m_ring.Slots()),
+          m_oldest(m_size == 0 ? 0 : m_ring.SlotOf(0)),
           m_may_hold_nan(m_pyramid.HasNaN()),
           m_pixels(pixels),
           m_builder(spans, pixels.rows) {}
@@ -66,12 +69,17 @@ class Reduction {
     }
 
  private:
+    [[nodiscard]] std::size_t SlotOf(std::uint64_t position) const {
+        const std::size_t slot = m_oldest + static_cast<std::size_t>(position);
+        return slot < m_slots ? slot : slot - m_slots;
+    }
+
     /// Long curves do not fit into a cache: what is read of the samples themselves, where a column
     /// begins, is asked for some columns before.
     void Fetch(std::uint64_t position) const {
         const std::uint64_t from = m_begin + position;
         if (from < m_size) {
-            const double* const samples = m_ring.SlotData() + m_ring.SlotOf(from);
+            const double* const samples = m_samples + SlotOf(from);
             __builtin_prefetch(samples - kCacheLine);
             __builtin_prefetch(samples);
             __builtin_prefetch(samples + kCacheLine);
@@ -84,12 +92,17 @@ class Reduction {
             AddEach(column, first, count);
             return;
         }
+        const std::size_t begin = SlotOf(first);
+        const std::size_t end = begin + count;
         if (count == 1) {
-            m_builder.Sample(column, m_ring[first]);
-            return;
+            m_builder.Sample(column, m_samples[begin]);
+        } else if (end <= m_slots) {
+            m_builder.Column(column, m_samples[begin], m_pyramid.OfSlots(m_samples, begin, end),
+                             m_samples[end - 1], true);
+        } else {
+            m_builder.Column(column, m_samples[begin], m_pyramid.Of(m_ring, first, count),
+                             m_samples[end - 1 - m_slots], true);
         }
-        m_builder.Column(column, m_ring[first], m_pyramid.Of(m_ring, first, count),
-                         m_ring[first + count - 1], true);
     }
 
     void AddEach(std::int32_t column, std::uint64_t first, std::uint64_t count) {
@@ -107,6 +120,9 @@ class Reduction {
     const MinMaxPyramid& m_pyramid;
     std::uint64_t m_begin;
     std::uint64_t m_size;
+    const double* m_samples;  // by slot
+    std::size_t m_slots;
+    std::size_t m_oldest;  // slot of the ring's oldest sample
     bool m_may_hold_nan;
     const CurvePixels& m_pixels;
     SpanBuilder m_builder;

@@ -102,7 +102,8 @@ void PixelEdges::Find(const AxisMapping& mapping, Coordinate coordinate, std::in
                       std::int32_t pixels) {
     const ScaleLines& lines = mapping.Lines();
     const std::int32_t direction = coordinate == Coordinate::kX ? 1 : -1;
-    m_edges.assign(static_cast<std::size_t>(pixels), -kInfinity);
+    m_edges.assign(static_cast<std::size_t>(pixels) + 1, -kInfinity);
+    m_edges.back() = std::numeric_limits<double>::quiet_NaN();
     for (std::int32_t index = 1; index < pixels; ++index) {
         // Pixels are truncated: a row begins where the one below it ends.
         const std::int32_t pixel = first + direction * index;
@@ -111,8 +112,9 @@ void PixelEdges::Find(const AxisMapping& mapping, Coordinate coordinate, std::in
             ValueAt(lines, coordinate, border),
             [&](double value) { return (mapping.MapForced(value) - first) * direction >= index; });
     }
-    m_edges_last = pixels - 1;
-    m_last = m_edges_last;
+    m_size = pixels;
+    m_last = pixels - 1;
+    m_offset = direction > 0 ? 0.0 : 1.0;
     m_origin = lines.empty() ? 0.0 : lines.front().value;
     const double span = lines.empty() ? 0.0 : lines.back().value - m_origin;
     const double scale = static_cast<double>(pixels - 1) / span;

@@ -4,6 +4,7 @@
 // the very same pixels for a multiplication and a comparison.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -21,7 +22,7 @@ class PixelEdges {
     void Find(const AxisMapping& mapping, Coordinate coordinate, std::int32_t first,
               std::int32_t pixels);
 
-    [[nodiscard]] std::int32_t Size() const { return static_cast<std::int32_t>(m_edges.size()); }
+    [[nodiscard]] std::int32_t Size() const { return m_size; }
 
     /// The least value whose pixel has an index of at least `index`; infinite where none has.
     [[nodiscard]] double Edge(std::int32_t index) const {
@@ -30,27 +31,26 @@ class PixelEdges {
 
     /// The index of the pixel of a value; not for NaN.
     [[nodiscard]] std::int32_t IndexOf(double value) const {
-        const double estimate = (value - m_origin) * m_pixels_per_unit;
-        // A comparison that fails for NaN (of an infinite value) keeps 0.
-        std::int32_t index =
-            estimate > 0.0
-                ? (estimate < m_last ? static_cast<std::int32_t>(estimate) : m_edges_last)
-                : 0;
-        while (index < m_edges_last && value >= m_edges[static_cast<std::size_t>(index) + 1]) {
-            ++index;
+        // Not further off than a pixel or two; 0 also where an infinite value makes it NaN.
+        const double estimate = (value - m_origin) * m_pixels_per_unit + m_offset;
+        const double bounded = estimate > 0.0 ? std::min(estimate, m_last) : 0.0;
+        const double* edge = m_edges.data() + static_cast<std::int32_t>(bounded);
+        while (value >= edge[1]) {
+            ++edge;
         }
-        while (index > 0 && value < m_edges[static_cast<std::size_t>(index)]) {
-            --index;
+        while (value < edge[0]) {
+            --edge;
         }
-        return index;
+        return static_cast<std::int32_t>(edge - m_edges.data());
     }
 
  private:
-    std::vector<double> m_edges;
-    std::int32_t m_edges_last = 0;
+    std::vector<double> m_edges;  // from minus infinity to, as the end of a search, NaN
+    std::int32_t m_size = 0;
     double m_last = 0.0;
     double m_origin = 0.0;
     double m_pixels_per_unit = 0.0;
+    double m_offset = 0.0;
 };
 
 /// The steps of a curve over time by pixel columns: step k stands at k x step.

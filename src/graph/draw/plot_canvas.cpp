@@ -62,6 +62,10 @@ void PlotCanvas::End() {
     m_drawn_rows.resize(static_cast<std::size_t>(Blocks()));
     m_stride = m_picture->bytesPerLine() / static_cast<int>(sizeof(QRgb));
     m_pixels = reinterpret_cast<QRgb*>(m_picture->bits()) + m_plot.top() * m_stride + m_plot.left();
+    const QPoint under = m_plot.topLeft() - m_origin;
+    m_under_stride = m_background->bytesPerLine() / static_cast<int>(sizeof(QRgb));
+    m_under = reinterpret_cast<const QRgb*>(m_background->constBits()) +
+              under.y() * m_under_stride + under.x();
     FindEqualRows();
     if (!HasPaintings() && m_painted.isEmpty()) {
         FindRows();
@@ -140,12 +144,10 @@ void PlotCanvas::TakeSpans(const ColumnSpans& spans, std::vector<Rows>& rows) co
     for (int block = 0; block < blocks; ++block) {
         const int first = block * kBlockColumns;
         const int last = std::min(first + kBlockColumns, spans.Columns());
-        Rows& block_rows = rows[static_cast<std::size_t>(block)];
-        for (int column = first; column < last; ++column) {
-            const int top = spans.top[static_cast<std::size_t>(column)];
-            const int bottom = spans.bottom[static_cast<std::size_t>(column)];
-            block_rows.Take({top, bottom, std::max(0, bottom - top + 1)});
-        }
+        const BlockRows found =
+            FindBlockRows(&spans.top[static_cast<std::size_t>(first)],
+                          &spans.bottom[static_cast<std::size_t>(first)], last - first);
+        rows[static_cast<std::size_t>(block)] = {found.top, found.bottom, found.pixels};
     }
     for (const ColumnSpans::Span& span : spans.more) {
         const auto block = static_cast<std::size_t>(span.column / kBlockColumns);
@@ -169,8 +171,7 @@ void PlotCanvas::FindRows() {
 }
 
 const QRgb* PlotCanvas::BackgroundRow(int row) const {
-    const QPoint at = m_plot.topLeft() + QPoint(0, row) - m_origin;
-    return reinterpret_cast<const QRgb*>(m_background->constScanLine(at.y())) + at.x();
+    return m_under + row * m_under_stride;
 }
 
 QRgb* PlotCanvas::PictureRow(int row) const {

@@ -107,6 +107,8 @@ class PlotCanvas {
     std::vector<int> m_equal_rows;
     QRgb* m_pixels = nullptr;  // of the picture, at the plot area's top left
     std::ptrdiff_t m_stride = 0;
+    const QRgb* m_under = nullptr;  // the background at the plot area's top left
+    std::ptrdiff_t m_under_stride = 0;
 
     std::vector<DrawnLayer> m_drawn;
     std::vector<Rows> m_drawn_rows;         // per block, of all layers of the last drawing

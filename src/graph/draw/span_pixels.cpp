@@ -1,6 +1,8 @@
 #include "graph/draw/span_pixels.h"
 
+#include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 namespace wavo {
 
@@ -11,7 +13,27 @@ constexpr int kLanes = 8;
 using Rows = std::int16_t __attribute__((vector_size(2 * kLanes)));
 using Pixels = std::int32_t __attribute__((vector_size(4 * kLanes)));
 
+template <typename Count>
+BlockRows FindRows(const std::int16_t* top, const std::int16_t* bottom, Count count) {
+    std::int16_t first = top[0];
+    std::int16_t last = bottom[0];
+    int pixels = 0;
+    for (int i = 0; i < count; ++i) {
+        first = std::min(first, top[i]);
+        last = std::max(last, bottom[i]);
+        pixels += std::max(0, bottom[i] - top[i] + 1);
+    }
+    return {first, last, pixels};
+}
+
 }  // namespace
+
+BlockRows FindBlockRows(const std::int16_t* top, const std::int16_t* bottom, int count) {
+    // A number known to the compiler becomes a few vector operations.
+    return count == kBlockColumns
+               ? FindRows(top, bottom, std::integral_constant<int, kBlockColumns>())
+               : FindRows(top, bottom, count);
+}
 
 void PaintSpanRow(std::uint32_t* pixels, const std::uint32_t* under, const std::int16_t* top,
                   const std::int16_t* bottom, int count, int row, std::uint32_t color) {

@@ -240,6 +240,12 @@ MinMax MinMaxPyramid::Of(const SampleRing& ring, std::size_t position, std::size
     return extent.Result();
 }
 
+MinMax MinMaxPyramid::OfSlots(const double* slots, std::size_t begin, std::size_t end) const {
+    Extent extent;
+    TakeSlots(slots, begin, end, extent);
+    return extent.Result();
+}
+
 bool MinMaxPyramid::HasNaN() const {
     if (m_levels.empty()) {
         return false;

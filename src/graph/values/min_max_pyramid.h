@@ -43,6 +43,9 @@ class MinMaxPyramid {
     /// REQUIRES: Update(ring) since its last change; position + count <= ring.Size().
     [[nodiscard]] MinMax Of(const SampleRing& ring, std::size_t position, std::size_t count) const;
 
+    /// The same for the samples of the slots from `begin` to before `end` of ring.SlotData().
+    [[nodiscard]] MinMax OfSlots(const double* slots, std::size_t begin, std::size_t end) const;
+
     /// Whether any sample at all is NaN. REQUIRES: Update since the last change of the ring.
     [[nodiscard]] bool HasNaN() const;
 

@@ -170,7 +170,6 @@ TEST(GraphDrawSteps, OverAnAxisPointsCanBeDrawnInsteadOfLines) {
     Scope scope(graph);
     scope.Feed({{2.0, 5.0, 5.0}, {2.0, 5.0, 2.0}});
     const LinePoint second = scope.Line().Point(1);
-    const LinePoint third = scope.Line().Point(2);
     const QImage& image = scope.Image();
     EXPECT_NE(image.pixelColor(second.x, second.y), scope.Background());
     const int between = second.y + 12;  // clear of point and mark

@@ -228,6 +228,33 @@ TEST(Zoom, AutomaticScaleFollowsTheWindow) {
     EXPECT_DOUBLE_EQ(scope.Line().YLines().back().value, 5.15);
 }
 
+TEST(Zoom, ShowsTheSpacingOfTheDisplayedSpan) {
+    // The end of the top line, where the spacing stands.
+    const auto spacing = [](const Scope& scope) {
+        return scope.Image().copy(300, 0, 100, scope.draw->PlotArea().top());
+    };
+    WavoGraph graph = TwoSeconds();
+    Scope zoomed(graph);
+    zoomed.Feed({Ramp(0, 8)});
+    const QImage full = spacing(zoomed);
+    zoomed.draw->SetZoomRange(0.5, 1.5);
+    zoomed.Draw();
+    graph.XScale.TimeRange = 1.0;
+    Scope short_range(graph);
+    short_range.Draw();
+    EXPECT_EQ(spacing(zoomed), spacing(short_range));
+    EXPECT_NE(spacing(zoomed), full);
+}
+
+TEST(Zoom, OnlyTheDisplayedSpanIsZoomedNotTheDefinition) {
+    Scope scope(TwoSeconds());
+    scope.Feed({Ramp(0, 8)});
+    const WavoGraph before = scope.draw->Graph();
+    scope.draw->SetZoomRange(0.5, 1.5);
+    scope.Draw();
+    EXPECT_EQ(scope.draw->Graph(), before);
+}
+
 TEST(Zoom, AGraphOverAnAxisHasNone) {
     Scope scope(AxisGraph(1.0, ManualScale(0.0, 10.0), ManualScale(0.0, 10.0)));
     scope.Feed({{1, 2}, {3, 4}});

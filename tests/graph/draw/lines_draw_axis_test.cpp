@@ -396,6 +396,24 @@ TEST(CurveOverAnAxis, AutomaticXScaleFollowsItsOwnValues) {
     EXPECT_DOUBLE_EQ(curve.y_scale.Maximum, 1.05);
 }
 
+TEST(AxisCurve, AChangedScaleForcesTheYMappingAlone) {
+    Curve curve(GraphMode::kContinuity, 1000.0, 0.25, AutomaticScale());
+    curve.x_scale = AutomaticScale();
+    const auto add = [&curve](double value) {
+        curve.line->CheckYScaleValue({value});
+        curve.line->CheckXScaleValue({value});
+        curve.line->DrawLinesXIsAx({value}, {value}, nullptr);
+    };
+    add(5.0);
+    EXPECT_EQ(curve.line->Point(0).x, 200);
+    EXPECT_EQ(curve.line->Point(0).y, 100);
+    add(105.0);
+    EXPECT_EQ(curve.line->Point(0).x, 200) << "the x value mapped last keeps its pixel";
+    EXPECT_EQ(curve.line->Point(0).y, 199);
+    add(205.0);
+    EXPECT_EQ(curve.line->Point(0).x, 0) << "another one was mapped in between";
+}
+
 TEST(CurveTraces, AreExactAtLevelFour) {
     Curve curve(GraphMode::kContinuity, 1.0, 0.25);
     _MTrace_SetLevel("default", 4);
