@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace wavo {
 
@@ -27,7 +28,8 @@ bool IsGap(const LinePoint& point) {
 class Fading {
  public:
     explicit Fading(double fade_out_age)
-        : m_per_sample(fade_out_age > 0.0 ? LevelMask::kOpaque / fade_out_age : 0.0) {}
+        : m_per_sample(fade_out_age > 0.0 ? LevelMask::kOpaque / std::max(fade_out_age, 1.0)
+                                          : 0.0) {}
 
     [[nodiscard]] LevelMask::Level At(std::size_t age) const {
         const double level = LevelMask::kOpaque - m_per_sample * static_cast<double>(age);
@@ -58,35 +60,43 @@ QRect Bounds(const LinePoint* first, const LinePoint* end, std::int32_t before, 
         return static_cast<int>(std::clamp<std::int64_t>(pixel, least, most));
     };
     // One pixel beyond the area stays recognizable as outside.
-    return QRect(QPoint(inside(std::int64_t{left} - before, area.left(), area.right() + 1),
-                        inside(std::int64_t{top} - before, area.top(), area.bottom() + 1)),
-                 QPoint(inside(std::int64_t{right} + after, area.left() - 1, area.right()),
-                        inside(std::int64_t{bottom} + after, area.top() - 1, area.bottom())));
+    const QRect bounds(QPoint(inside(std::int64_t{left} - before, area.left(), area.right() + 1),
+                              inside(std::int64_t{top} - before, area.top(), area.bottom() + 1)),
+                       QPoint(inside(std::int64_t{right} + after, area.left() - 1, area.right()),
+                              inside(std::int64_t{bottom} + after, area.top() - 1, area.bottom())));
+    return bounds.isEmpty() ? QRect() : bounds;
 }
 
 std::uint32_t Opacity(double coverage) {
     return static_cast<std::uint32_t>(std::lround(std::clamp(coverage, 0.0, 1.0) * 255.0));
 }
 
-/// Marks a point with a disc in a rim, both with smooth edges.
+/// The place nearest to `pixel` that is at least `reach` away from what lies outside least to most;
+/// the middle when there is no such place.
+std::int32_t Within(std::int32_t pixel, int least, int most, int reach) {
+    return most - least < 2 * reach ? least + (most - least) / 2
+                                    : std::clamp(pixel, least + reach, most - reach);
+}
+
+/// Marks a point with a disc in a rim, both with smooth edges. At the edge of the area, where
+/// points stand that are out of scale, the mark is moved inside: half of it would be overlooked.
 QRect DrawMark(QImage& picture, const QRect& area, const LinePoint& point,
                const AxisCurve::Style& style) {
     const double ratio =
         style.device_ratio > 0.0 ? std::min(style.device_ratio, kMostDeviceRatio) : 1.0;
     const double radius = kMarkRadius * ratio;
     const double rim = radius + kMarkRim * ratio;
-    const auto reach = static_cast<std::int32_t>(std::ceil(rim));
-    const QRect box = Bounds(&point, &point + 1, reach, reach, area);
-    if (box.isEmpty()) {
-        return {};
-    }
+    const auto reach = static_cast<int>(std::ceil(rim));
+    const QPoint centre(Within(point.x, area.left(), area.right(), reach),
+                        Within(point.y, area.top(), area.bottom(), reach));
+    const QRect box =
+        QRect(centre - QPoint(reach, reach), centre + QPoint(reach, reach)).intersected(area);
     const QRgb disc_color = style.color.rgb();
     const QRgb rim_color = style.background.rgb();
     for (int y = box.top(); y <= box.bottom(); ++y) {
         auto* const pixels = reinterpret_cast<QRgb*>(picture.scanLine(y));
         for (int x = box.left(); x <= box.right(); ++x) {
-            const double distance = std::hypot(static_cast<double>(x) - point.x,  //
-                                               static_cast<double>(y) - point.y);
+            const double distance = std::hypot(x - centre.x(), y - centre.y());
             pixels[x] = BlendPixel(pixels[x], rim_color, Opacity(rim + 0.5 - distance));
             pixels[x] = BlendPixel(pixels[x], disc_color, Opacity(radius + 0.5 - distance));
         }
@@ -122,7 +132,7 @@ std::size_t AxisCurve::FirstVisible(double fade_out_age) const {
 }
 
 QRect AxisCurve::Draw(QImage& picture, const QRect& plot, const Style& style) {
-    const QRect area = plot & picture.rect();
+    const QRect area = plot.isEmpty() ? QRect() : plot & picture.rect();
     if (Size() < 2 || area.isEmpty()) {
         return {};
     }
@@ -176,11 +186,13 @@ void AxisCurve::DrawPoints(std::size_t first, std::int32_t size, double fade_out
     const std::size_t count = Size();
     for (std::size_t i = first; i < count; ++i) {
         const LinePoint& point = points[i];
-        if (IsGap(point)) {
+        const auto covers = [&point](const LinePoint& next) {
+            return next.x == point.x && next.y == point.y && !IsGap(next);
+        };
+        if (IsGap(point) || (i + 1 < count && covers(points[i + 1]))) {
             continue;
         }
-        const LevelMask::Level level = fading.At(count - 1 - i);
-        m_mask.Square({point.x, point.y, level}, size);
+        m_mask.Square({point.x, point.y, fading.At(count - 1 - i)}, size);
     }
 }
 

@@ -61,8 +61,7 @@ class AxisCurve {
     void DrawLines(std::size_t first, double fade_out_age);
     void DrawPoints(std::size_t first, std::int32_t size, double fade_out_age);
 
-    const std::uint64_t m_max_points;
-
+    std::uint64_t m_max_points;       ///< constant after construction
     std::vector<LinePoint> m_points;  ///< dropped points, then those of the curve
     std::size_t m_dropped = 0;
     LevelMask m_mask;  ///< kept for its memory

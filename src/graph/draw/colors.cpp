@@ -20,6 +20,9 @@ double Luminance(const QColor& color) {
 /// Part of the greatest contrast there can be that a coloured text has to reach.
 constexpr double kLabelPart = 0.7;
 
+/// A guiding circle is read less than a text, and behind the curve: part of a text's contrast.
+constexpr double kCirclePart = 0.75;
+
 double LabelContrast(const QColor& background) {
     return std::min(kTextContrast, kLabelPart * Contrast(ForegroundOn(background), background));
 }
@@ -69,6 +72,9 @@ FrameColors::FrameColors(const QColor& background_color)
     waiting = Readable(QColor(240, 176, 48), background, label_contrast);
     running = Readable(QColor(80, 200, 96), background, label_contrast);
     stopped = Readable(QColor(240, 96, 80), background, label_contrast);
+    const double circle_contrast = kCirclePart * label_contrast;
+    circle = Readable(QColor(80, 130, 210), background, circle_contrast);
+    other_circle = Readable(QColor(200, 120, 50), background, circle_contrast);
 }
 
 }  // namespace wavo

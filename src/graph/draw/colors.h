@@ -33,6 +33,8 @@ struct FrameColors {
     QColor running;           ///< status text: recording
     QColor stopped;           ///< status text: recording ended
     QColor shared_zero_line;  ///< a zero line that several curves have in common
+    QColor circle;            ///< a guiding circle
+    QColor other_circle;      ///< a guiding circle behind a curve that is coloured like `circle`
     /// Contrast wanted of coloured texts: on a grey background less, so that the colours can still
     /// be told apart.
     double label_contrast;

@@ -1,7 +1,6 @@
 #include "graph/draw/level_mask.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
@@ -12,9 +11,9 @@ namespace {
 /// Bytes of the mask that are looked at in one go.
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 
-/// Binary places of a coordinate across a line. 33 bits before the point still fit.
-constexpr int kPlaces = 24;
-constexpr double kUnit = static_cast<double>(std::int64_t{1} << kPlaces);
+/// Pixels by which a place that is half way between two pixels goes to the second; more than the
+/// numbers are inexact, so that a line looks the same whatever part of it is drawn.
+constexpr double kTie = 1e-8;
 
 /// A line seen along its longer side: `along` goes by one from pixel to pixel, `across` follows.
 /// Coordinates count from the corner of the area.
@@ -24,42 +23,38 @@ struct Walk {
         : along(from_along),
           direction(to_along < from_along ? -1 : 1),
           length(std::abs(to_along - from_along)),
-          across(from_across),
+          across(static_cast<double>(from_across) + 0.5 + kTie),
           slope(static_cast<double>(to_across - from_across) / static_cast<double>(length)) {}
 
-    /// Steps that lie in 0 to size - 1 along the line; empty when first > last.
-    void ClipAlong(std::int64_t size) {
-        first = std::max<std::int64_t>(0, direction > 0 ? -along : along - (size - 1));
-        last = std::min(length, direction > 0 ? size - 1 - along : along);
+    /// The pixel across the line after a number of steps, before it is cut to a whole number.
+    [[nodiscard]] double Across(std::int64_t step) const {
+        return across + slope * static_cast<double>(step);
     }
 
-    /// Takes off the steps at both ends that lie outside 0 to size - 1 across the line.
-    void ClipAcross(std::int64_t size) {
-        place = static_cast<std::int64_t>(std::floor(
-            (static_cast<double>(across) + slope * static_cast<double>(first) + 0.5) * kUnit));
-        step = static_cast<std::int64_t>(slope * kUnit);
-        std::int64_t end = place + step * (last - first);
-        while (first <= last &&
-               static_cast<std::uint64_t>(place >> kPlaces) >= static_cast<std::uint64_t>(size)) {
+    /// Restricts first and last to the steps inside an area of these sizes; first > last when there
+    /// are none.
+    void Clip(std::int64_t along_size, std::int64_t across_size) {
+        first = std::max<std::int64_t>(0, direction > 0 ? -along : along - (along_size - 1));
+        last = std::min(length, direction > 0 ? along_size - 1 - along : along);
+        const auto outside = [this, across_size](std::int64_t step) {
+            const double pixel = Across(step);
+            return pixel < 0.0 || pixel >= static_cast<double>(across_size);
+        };
+        while (first <= last && outside(first)) {
             ++first;
-            place += step;
         }
-        while (first <= last &&
-               static_cast<std::uint64_t>(end >> kPlaces) >= static_cast<std::uint64_t>(size)) {
+        while (first <= last && outside(last)) {
             --last;
-            end -= step;
         }
     }
 
     std::int64_t along;
     std::int64_t direction;
     std::int64_t length;
-    std::int64_t across;
+    double across;  ///< with half a pixel, so that cutting it rounds
     double slope;
-    std::int64_t first = 0;  ///< step of the first pixel to draw
+    std::int64_t first = 0;
     std::int64_t last = -1;
-    std::int64_t place = 0;  ///< across at `first`, with kPlaces binary places, rounding included
-    std::int64_t step = 0;
 };
 
 }  // namespace
@@ -96,8 +91,7 @@ void LevelMask::LongLine(const Spot& from, const Spot& to) {
     const std::int64_t to_y = to.y - top;
     const bool steep = std::abs(to_y - from_y) > std::abs(to_x - from_x);
     Walk walk = steep ? Walk(from_y, from_x, to_y, to_x) : Walk(from_x, from_y, to_x, to_y);
-    walk.ClipAlong(steep ? m_height : m_width);
-    walk.ClipAcross(steep ? m_width : m_height);
+    walk.Clip(steep ? m_height : m_width, steep ? m_width : m_height);
 
     const auto stride = static_cast<std::int64_t>(m_stride);
     const std::int64_t along_stride = steep ? stride : 1;
@@ -109,16 +103,15 @@ void LevelMask::LongLine(const Spot& from, const Spot& to) {
     std::uint8_t* const levels = m_levels.data();
     std::int64_t offset = (walk.along + walk.direction * walk.first) * along_stride;
     for (std::int64_t i = walk.first; i <= walk.last; ++i) {
-        levels[offset + (walk.place >> kPlaces) * across_stride] = Byte(level);
+        levels[offset + static_cast<std::int64_t>(walk.Across(i)) * across_stride] = Byte(level);
         offset += walk.direction * along_stride;
-        walk.place += walk.step;
         level += level_step;
     }
 }
 
-void LevelMask::Square(const Spot& corner, std::int32_t side) {
-    const std::int64_t x = std::int64_t{corner.x} - static_cast<std::int32_t>(m_left);
-    const std::int64_t y = std::int64_t{corner.y} - static_cast<std::int32_t>(m_top);
+void LevelMask::Square(const Spot& centre, std::int32_t side) {
+    const std::int64_t x = std::int64_t{centre.x} - side / 2 - static_cast<std::int32_t>(m_left);
+    const std::int64_t y = std::int64_t{centre.y} - side / 2 - static_cast<std::int32_t>(m_top);
     const std::int64_t first_column = std::max<std::int64_t>(x, 0);
     const std::int64_t end_column = std::min<std::int64_t>(x + side, m_width);
     const std::int64_t first_row = std::max<std::int64_t>(y, 0);
@@ -130,7 +123,7 @@ void LevelMask::Square(const Spot& corner, std::int32_t side) {
     for (std::int64_t row = first_row; row < end_row; ++row) {
         std::uint8_t* const start = m_levels.data() + static_cast<std::size_t>(row) * m_stride +
                                     static_cast<std::size_t>(first_column);
-        std::fill_n(start, columns, Byte(corner.level));
+        std::fill_n(start, columns, Byte(centre.level));
     }
 }
 

@@ -66,8 +66,9 @@ class LevelMask {
         }
     }
 
-    /// A square of `side` pixels with its left top corner at the spot.
-    void Square(const Spot& corner, std::int32_t side);
+    /// A square of `side` pixels around the spot, which has one pixel more to the left and above
+    /// when the side is even.
+    void Square(const Spot& centre, std::int32_t side);
 
     /// Lays a colour on the picture through the mask and empties the mask. REQUIRES: `picture` has
     /// the format RGB32 and contains the area.
@@ -75,7 +76,8 @@ class LevelMask {
 
  private:
     static bool Near(std::int32_t a, std::int32_t b) noexcept {
-        return static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b) + 1U <= 2U;
+        const std::int64_t distance = std::int64_t{a} - b;
+        return distance >= -1 && distance <= 1;
     }
     static std::uint8_t Byte(Level level) noexcept {
         return static_cast<std::uint8_t>((level + 0x8000) >> 16);

@@ -46,5 +46,19 @@ TEST(Colors, ScaleLinesAreDimmerThanTheFrameAndTheTexts) {
     }
 }
 
+TEST(Colors, GuidingCirclesAreColouredAndStandOutFromTheScaleLines) {
+    for (int grey = 0; grey <= 255; grey += 15) {
+        const QColor background(grey, grey, grey);
+        const FrameColors colors(background);
+        for (const QColor& circle : {colors.circle, colors.other_circle}) {
+            EXPECT_GT(Contrast(circle, background), Contrast(colors.scale_line, background))
+                << grey;
+            EXPECT_GT(Contrast(circle, background), 2.0) << grey;
+            EXPECT_GT(circle.hsvSaturation(), 40) << grey;
+        }
+        EXPECT_GT(colors.circle.blue(), colors.other_circle.blue()) << grey;
+    }
+}
+
 }  // namespace
 }  // namespace wavo
