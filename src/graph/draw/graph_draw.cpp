@@ -167,6 +167,7 @@ void GraphDraw::Layout() {
     m_metrics.minimum_slot = 5 * font_metrics.averageCharWidth();
     m_metrics.slot_width = SlotWidth(font_metrics);
     m_layout = LayoutFrame(m_rectangle, m_metrics, static_cast<int>(m_buffers.size()));
+    m_layout.plot = RoundPlot(m_layout.plot, m_graph);
     m_device_plot = ToDevice(m_layout.plot);
     m_vertical = VerticalScaleLines(m_device_plot, m_x_scale_lines);
     m_horizontal = HorizontalScaleLines(m_device_plot, m_y_scale_lines);

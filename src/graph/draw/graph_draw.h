@@ -27,6 +27,7 @@
 
 #include "graph/draw/colors.h"
 #include "graph/draw/display_settings.h"
+#include "graph/draw/guiding_circles.h"
 #include "graph/draw/labels.h"
 #include "graph/draw/lines_draw_axis.h"
 #include "graph/draw/mapping.h"
@@ -177,6 +178,7 @@ class GraphDraw {
     struct FrameLines {
         std::map<std::int32_t, QRgb> zero_rows;
         std::optional<std::int32_t> zero_column;
+        GuidingCircles circles;
 
         friend bool operator==(const FrameLines&, const FrameLines&) = default;
     };

@@ -73,6 +73,9 @@ GraphDraw::FrameContent GraphDraw::FrameNow() const {
 
 GraphDraw::FrameLines GraphDraw::LinesNow() const {
     FrameLines lines;
+    if (!m_lines.empty()) {
+        lines.circles = PlaceCircles(m_graph, m_vertical, m_lines.front()->YLines());
+    }
     if (!m_graph.ZeroLines) {
         return lines;
     }
@@ -104,6 +107,10 @@ void GraphDraw::DrawFrameLines() {
         const QColor color =
             Blend(m_colors.background, ToQColor(m_lines.front()->Color()), kZeroLinePart);
         PaintZeroLine(painter, Coordinate::kX, *m_drawn_lines.zero_column, m_device_plot, color);
+    }
+    if (!m_lines.empty()) {
+        PaintCircles(painter, m_device_plot, m_drawn_lines.circles,
+                     CircleColor(m_colors, ToQColor(m_lines.front()->Color())), m_device_ratio);
     }
     PaintBorder(painter, m_device_plot, m_colors);
 }

@@ -327,6 +327,7 @@ void GraphDraw::CheckScales() {
         if (!IsTimeGraph()) {
             m_lines[i]->CheckXScaleValue(m_x_buffer.values);
             FillScaleLines();
+            m_graph.UpdateGuidingCircles();
         }
     }
 }

@@ -25,6 +25,8 @@ struct CirclePlace {
     double y = 0.0;
     double x_radius = 0.0;  ///< above 0
     double y_radius = 0.0;
+
+    friend bool operator==(const CirclePlace&, const CirclePlace&) = default;
 };
 
 /// The place of a circle with radii in x units and y units on scale lines with their values.
@@ -37,6 +39,8 @@ std::optional<CirclePlace> PlaceCircle(double x_radius, double y_radius, const S
 struct GuidingCircles {
     std::optional<CirclePlace> inner;
     std::optional<CirclePlace> outer;
+
+    friend bool operator==(const GuidingCircles&, const GuidingCircles&) = default;
 };
 
 /// The circles of an axis-over-axis graph, by its radii as they are; none for a graph over time.

@@ -29,8 +29,8 @@ struct Curve {
         : Curve(TimeScale(range), y, mode, range, step) {}
 
     /// Over an axis.
-    Curve(const ScaleDefinition& x, const ScaleDefinition& y)
-        : Curve(x, y, GraphMode::kContinuity, 1.0, 0.25) {}
+    Curve(const ScaleDefinition& x, const ScaleDefinition& y, double range = 1.0)
+        : Curve(x, y, GraphMode::kContinuity, range, 0.25) {}
 
     Curve(const ScaleDefinition& x, const ScaleDefinition& y, GraphMode mode, double range,
           double step)
@@ -396,9 +396,8 @@ TEST(CurveOverAnAxis, AutomaticXScaleFollowsItsOwnValues) {
     EXPECT_DOUBLE_EQ(curve.y_scale.Maximum, 1.05);
 }
 
-TEST(AxisCurve, AChangedScaleForcesTheYMappingAlone) {
-    Curve curve(GraphMode::kContinuity, 1000.0, 0.25, AutomaticScale());
-    curve.x_scale = AutomaticScale();
+TEST(CurveOverAnAxis, AChangedScaleForcesTheYMappingAlone) {
+    const Curve curve(AutomaticScale(), AutomaticScale(), 1000.0);
     const auto add = [&curve](double value) {
         curve.line->CheckYScaleValue({value});
         curve.line->CheckXScaleValue({value});
