@@ -4,13 +4,6 @@
 
 namespace wavo {
 
-namespace {
-
-/// Shorter segments never end early.
-constexpr std::int32_t kLongWayDown = 181;
-
-}  // namespace
-
 bool EndsEarly(std::int32_t rows) {
     if (rows < kLongWayDown) {
         return false;

@@ -18,6 +18,8 @@ namespace wavo {
 /// Whether the painter leaves the last row of a segment that goes one column to the right and
 /// `rows` rows down in its first column.
 bool EndsEarly(std::int32_t rows);
+/// Segments that go down less never end early.
+inline constexpr std::int32_t kLongWayDown = 181;
 
 /// Rows of a plot area that a curve covers, column by column; row 0 is the top.
 struct ColumnSpans {

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "graph/draw/curve_reduction.h"
-
 namespace wavo {
 
 void CurveShape::XChanged() {
@@ -27,7 +25,7 @@ bool CurveShape::Update(TimeCurve& curve, const AxisMapping& x, const AxisMappin
     FindPixels(curve, x, y, plot, step);
     const CurvePixels pixels{
         curve.TimesAreSums() ? m_sum_columns.FirstSteps() : m_step_columns.FirstSteps(), m_rows};
-    m_has_spans = ReduceCurve(curve, pixels, m_spans);
+    m_has_spans = ReduceCurve(curve, pixels, m_room, m_spans);
     m_segments.clear();
     if (!m_has_spans) {
         m_segments = CurveSegments(curve, pixels, plot.bottomLeft());

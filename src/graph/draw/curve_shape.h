@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "graph/draw/column_spans.h"
+#include "graph/draw/curve_reduction.h"
 #include "graph/draw/mapping.h"
 #include "graph/draw/pixel_edges.h"
 #include "graph/draw/time_curve.h"
@@ -49,6 +50,7 @@ class CurveShape {
     std::uint64_t m_curve_version = 0;  // that the shape is of
     std::uint64_t m_version = 0;
     bool m_has_spans = false;
+    ReductionRoom m_room;
     ColumnSpans m_spans;
     std::vector<QLine> m_segments;
 };

@@ -121,6 +121,15 @@ void PixelEdges::Find(const AxisMapping& mapping, Coordinate coordinate, std::in
     m_pixels_per_unit = std::isfinite(scale) && std::isfinite(span) ? scale : 0.0;
 }
 
+void PixelEdges::IndicesOf(std::span<const double> values, std::int32_t* indices) const {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        indices[i] = static_cast<std::int32_t>(Estimate(values[i]));
+    }
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        indices[i] = Settle(indices[i], values[i]);
+    }
+}
+
 void StepColumns::Find(const PixelEdges& columns, double step, std::uint64_t most) {
     m_first.assign(static_cast<std::size_t>(columns.Size()) + 1, most);
     m_first[0] = 0;

@@ -4,9 +4,9 @@
 // the very same pixels for a multiplication and a comparison.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "graph/draw/mapping.h"
@@ -31,10 +31,25 @@ class PixelEdges {
 
     /// The index of the pixel of a value; not for NaN.
     [[nodiscard]] std::int32_t IndexOf(double value) const {
-        // Not further off than a pixel or two; 0 also where an infinite value makes it NaN.
+        return Settle(static_cast<std::int32_t>(Estimate(value)), value);
+    }
+
+    /// The same for many values. `indices` has room for them.
+    void IndicesOf(std::span<const double> values, std::int32_t* indices) const;
+
+ private:
+    /// Not further off than a pixel or two; 0 where an infinite value makes it NaN.
+    [[nodiscard]] double Estimate(double value) const {
         const double estimate = (value - m_origin) * m_pixels_per_unit + m_offset;
-        const double bounded = estimate > 0.0 ? std::min(estimate, m_last) : 0.0;
-        const double* edge = m_edges.data() + static_cast<std::int32_t>(bounded);
+        const double not_below = estimate > 0.0 ? estimate : 0.0;
+        return not_below < m_last ? not_below : m_last;
+    }
+
+    [[nodiscard]] std::int32_t Settle(std::int32_t index, double value) const {
+        const double* edge = m_edges.data() + index;
+        // Mostly it is right or one off: both without a branch that is hard to foresee.
+        edge += static_cast<int>(value >= edge[1]);
+        edge -= static_cast<int>(value < edge[0]);
         while (value >= edge[1]) {
             ++edge;
         }
@@ -44,7 +59,6 @@ class PixelEdges {
         return static_cast<std::int32_t>(edge - m_edges.data());
     }
 
- private:
     std::vector<double> m_edges;  // from minus infinity to, as the end of a search, NaN
     std::int32_t m_size = 0;
     double m_last = 0.0;

@@ -147,7 +147,8 @@ void PlotCanvas::TakeSpans(const ColumnSpans& spans, std::vector<Rows>& rows) co
         const BlockRows found =
             FindBlockRows(&spans.top[static_cast<std::size_t>(first)],
                           &spans.bottom[static_cast<std::size_t>(first)], last - first);
-        rows[static_cast<std::size_t>(block)] = {found.top, found.bottom, found.pixels};
+        rows[static_cast<std::size_t>(block)] = {found.top, found.bottom, found.pixels,
+                                                 found.full_top, found.full_bottom};
     }
     for (const ColumnSpans::Span& span : spans.more) {
         const auto block = static_cast<std::size_t>(span.column / kBlockColumns);
@@ -216,16 +217,26 @@ std::vector<std::uint8_t> PlotCanvas::BlocksAsBefore() const {
     return same;
 }
 
+bool PlotCanvas::IsOneCurveAsBefore() const {
+    return m_layers.size() == 1 && m_drawn.size() == 1 && m_layers[0].color == m_drawn[0].color;
+}
+
 void PlotCanvas::PaintBlocks() {
     const std::vector<std::uint8_t> same = BlocksAsBefore();
     // The first curve is painted in one go with the background where something was before.
     std::vector<Rows> first = m_drawn_rows;
     const bool any = !m_layers.empty();
+    const bool one_curve = IsOneCurveAsBefore();
     for (std::size_t block = 0; block < first.size(); ++block) {
         if (same[block] != 0) {
             first[block] = Rows();
         } else if (any) {
-            first[block].Take(m_rows[0][block]);
+            const Rows& now = m_rows[0][block];
+            first[block].Take(now);
+            // What one curve covers in every column of a block, before and now, stays as it is.
+            first[block].keep_full = one_curve;
+            first[block].full_top = std::max(first[block].full_top, now.full_top);
+            first[block].full_bottom = std::min(first[block].full_bottom, now.full_bottom);
         }
     }
     PaintRows(first, any ? m_layers[0].spans : nullptr, any ? m_layers[0].color : 0, true);
@@ -249,34 +260,20 @@ void PlotCanvas::PaintRows(const std::vector<Rows>& rows, const ColumnSpans* spa
     int count = 0;
     for (const Rows& block : rows) {
         all.Take(block);
-        count += block.Count();
+        const bool keeps = block.keep_full && block.full_top <= block.full_bottom;
+        count += block.Count() - (keeps ? block.full_bottom - block.full_top + 1 : 0);
     }
     const auto blocks = static_cast<int>(rows.size());
-    const auto paint = [&](int row, int first_block, int end_block) {
-        const int first = first_block * kBlockColumns;
-        const int end = std::min(end_block * kBlockColumns, m_visible.right() - m_plot.left() + 1);
-        QRgb* const to = PictureRow(row) + first;
-        const QRgb* const from =
-            over_background ? BackgroundRow(m_equal_rows[static_cast<std::size_t>(row)]) + first
-                            : to;
-        if (spans == nullptr) {
-            std::copy(from, from + (end - first), to);
-            return;
-        }
-        PaintSpanRow(to, from, &spans->top[static_cast<std::size_t>(first)],
-                     &spans->bottom[static_cast<std::size_t>(first)], end - first, row, color);
-    };
     if (count > kHighBlock * blocks) {
         for (int row = all.top; row <= all.bottom; ++row) {
-            for (int block = 0; block < blocks; ++block) {
-                const int first = block;
-                while (block < blocks && rows[static_cast<std::size_t>(block)].top <= row &&
-                       row <= rows[static_cast<std::size_t>(block)].bottom) {
-                    ++block;
-                }
-                if (block > first) {
-                    paint(row, first, block);
-                }
+            const auto painted = [row](const Rows& held) {
+                return held.Has(row) && !held.Keeps(row);
+            };
+            for (auto end = rows.begin(); end != rows.end();) {
+                const auto begin = std::find_if(end, rows.end(), painted);
+                end = std::find_if_not(begin, rows.end(), painted);
+                PaintRowPart(row, static_cast<int>(begin - rows.begin()),
+                             static_cast<int>(end - rows.begin()), spans, color, over_background);
             }
         }
         return;
@@ -288,9 +285,29 @@ void PlotCanvas::PaintRows(const std::vector<Rows>& rows, const ColumnSpans* spa
             continue;
         }
         for (int row = held.top; row <= held.bottom; ++row) {
-            paint(row, block, block + 1);
+            if (!held.Keeps(row)) {
+                PaintRowPart(row, block, block + 1, spans, color, over_background);
+            }
         }
     }
+}
+
+void PlotCanvas::PaintRowPart(int row, int first_block, int end_block, const ColumnSpans* spans,
+                              QRgb color, bool over_background) {
+    const int first = first_block * kBlockColumns;
+    const int end = std::min(end_block * kBlockColumns, m_visible.right() - m_plot.left() + 1);
+    if (end <= first) {
+        return;
+    }
+    QRgb* const to = PictureRow(row) + first;
+    const QRgb* const from =
+        over_background ? BackgroundRow(m_equal_rows[static_cast<std::size_t>(row)]) + first : to;
+    if (spans == nullptr) {
+        std::copy(from, from + (end - first), to);
+        return;
+    }
+    PaintSpanRow(to, from, &spans->top[static_cast<std::size_t>(first)],
+                 &spans->bottom[static_cast<std::size_t>(first)], end - first, row, color);
 }
 
 void PlotCanvas::PaintColumns(int block, const ColumnSpans* spans, QRgb color, bool restore) {
@@ -360,6 +377,9 @@ void PlotCanvas::KeepLayers() {
         for (std::size_t block = 0; block < m_drawn_rows.size(); ++block) {
             m_drawn_rows[block].Take(m_rows[i][block]);
         }
+    }
+    if (m_layers.size() == 1 && m_layers[0].spans != nullptr) {
+        m_drawn_rows = m_rows[0];
     }
 }
 

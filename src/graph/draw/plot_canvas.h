@@ -65,15 +65,26 @@ class PlotCanvas {
         int top = ColumnSpans::kNoTop;
         int bottom = ColumnSpans::kNoBottom;
         int pixels = 0;  ///< that are covered
+        // Rows in between that every column covers, none when full_top > full_bottom.
+        int full_top = ColumnSpans::kNoTop;
+        int full_bottom = ColumnSpans::kNoBottom;
+        bool keep_full = false;  ///< they need not be painted
 
         void Take(const Rows& other);
         [[nodiscard]] int Count() const { return bottom < top ? 0 : bottom - top + 1; }
+        [[nodiscard]] bool Has(int row) const { return top <= row && row <= bottom; }
+        /// A row that need not be painted.
+        [[nodiscard]] bool Keeps(int row) const {
+            return keep_full && full_top <= row && row <= full_bottom;
+        }
     };
 
     [[nodiscard]] bool HasPaintings() const;
     [[nodiscard]] bool LayersAreAsBefore() const;
     [[nodiscard]] bool BlockIsAsBefore(int block) const;
     [[nodiscard]] std::vector<std::uint8_t> BlocksAsBefore() const;
+    /// One curve, and the same one as before.
+    [[nodiscard]] bool IsOneCurveAsBefore() const;
     void FindRows();
     void TakeSpans(const ColumnSpans& spans, std::vector<Rows>& rows) const;
     void FindEqualRows();
@@ -82,6 +93,9 @@ class PlotCanvas {
     /// what the picture shows there.
     void PaintRows(const std::vector<Rows>& rows, const ColumnSpans* spans, QRgb color,
                    bool over_background);
+    /// Paints a part of a row, blocks from `first_block` to before `end_block`.
+    void PaintRowPart(int row, int first_block, int end_block, const ColumnSpans* spans, QRgb color,
+                      bool over_background);
     /// Paints one block column by column: first the background where the curves were, then a curve
     /// (none when null).
     void PaintColumns(int block, const ColumnSpans* spans, QRgb color, bool restore);

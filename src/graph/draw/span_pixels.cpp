@@ -17,13 +17,17 @@ template <typename Count>
 BlockRows FindRows(const std::int16_t* top, const std::int16_t* bottom, Count count) {
     std::int16_t first = top[0];
     std::int16_t last = bottom[0];
+    std::int16_t full_top = top[0];
+    std::int16_t full_bottom = bottom[0];
     int pixels = 0;
     for (int i = 0; i < count; ++i) {
+        full_top = std::max(full_top, top[i]);
+        full_bottom = std::min(full_bottom, bottom[i]);
         first = std::min(first, top[i]);
         last = std::max(last, bottom[i]);
         pixels += std::max(0, bottom[i] - top[i] + 1);
     }
-    return {first, last, pixels};
+    return {first, last, pixels, full_top, full_bottom};
 }
 
 }  // namespace

@@ -10,9 +10,11 @@ inline constexpr int kBlockColumns = 16;
 
 /// What the spans of a block cover.
 struct BlockRows {
-    int top;     ///< first row; above the last one when there is none
-    int bottom;  ///< last row
-    int pixels;  ///< number of pixels
+    int top;       ///< first row; above the last one when there is none
+    int bottom;    ///< last row
+    int pixels;    ///< number of pixels
+    int full_top;  ///< the rows that every column covers; none when below full_bottom
+    int full_bottom;
 };
 
 /// Looks at `count` columns, at most kBlockColumns.
