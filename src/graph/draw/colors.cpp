@@ -31,12 +31,29 @@ int BlendByte(int under, int over, double part) {
     return static_cast<int>(std::lround(under + (over - under) * part));
 }
 
+double ContrastOfLuminances(double a, double b) {
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
+/// `color` with as much of its hue as there can be; greys have none and stay as they are.
+QColor Pure(const QColor& color) {
+    constexpr double kPlainHue = 128.0;  // least spread of the components of a plain colour
+    const int most = std::max({color.red(), color.green(), color.blue()});
+    const int least = std::min({color.red(), color.green(), color.blue()});
+    if (most == least) {
+        return color;
+    }
+    const auto stretch = [most, least](int component) {
+        return (component - least) * most / (most - least);
+    };
+    const QColor pure(stretch(color.red()), stretch(color.green()), stretch(color.blue()));
+    return Blend(color, pure, std::min(1.0, (most - least) / kPlainHue));
+}
+
 }  // namespace
 
 double Contrast(const QColor& a, const QColor& b) {
-    const double first = Luminance(a) + 0.05;
-    const double second = Luminance(b) + 0.05;
-    return std::max(first, second) / std::min(first, second);
+    return ContrastOfLuminances(Luminance(a), Luminance(b));
 }
 
 QColor ForegroundOn(const QColor& background) {
@@ -52,10 +69,20 @@ QColor Blend(const QColor& under, const QColor& over, double part) {
 
 QColor Readable(const QColor& color, const QColor& background, double contrast) {
     constexpr int kSteps = 20;
+    const double background_luminance = Luminance(background);
+    const auto reads_well = [background_luminance, contrast](const QColor& tried) {
+        return ContrastOfLuminances(Luminance(tried), background_luminance) >= contrast;
+    };
+    if (reads_well(color)) {
+        return color;
+    }
     const QColor foreground = ForegroundOn(background);
-    for (int step = 0; step < kSteps; ++step) {
-        const QColor tried = Blend(color, foreground, static_cast<double>(step) / kSteps);
-        if (Contrast(tried, background) >= contrast) {
+    // What gets dark keeps its hue to the eye only when it gets purer.
+    const QColor pure = foreground == QColor(0, 0, 0) ? Pure(color) : color;
+    for (int step = 1; step < kSteps; ++step) {
+        const double part = static_cast<double>(step) / kSteps;
+        const QColor tried = Blend(Blend(color, pure, part), foreground, part);
+        if (reads_well(tried)) {
             return tried;
         }
     }

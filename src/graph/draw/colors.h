@@ -18,7 +18,7 @@ QColor ForegroundOn(const QColor& background);
 QColor Blend(const QColor& under, const QColor& over, double part);
 
 /// `color`, brightened or darkened just so far that it has the contrast wanted, or as much as
-/// there can be.
+/// there can be. A colour that is darkened gets purer, so that its hue can still be told.
 QColor Readable(const QColor& color, const QColor& background, double contrast = kTextContrast);
 
 /// The colours of frame and texts on a background.

@@ -1,7 +1,8 @@
 #include "graph/draw/frame_painter.h"
 
 #include <QFontMetrics>
-#include <cstdlib>
+
+#include "graph/draw/shortened_text.h"
 
 namespace wavo {
 
@@ -55,22 +56,14 @@ QColor StatusColor(RunState state, const FrameColors& colors) {
     return colors.text;
 }
 
-/// Width of a text; 0 for none.
-int TextWidth(const QFontMetrics& metrics, const QString& text) {
-    return text.isEmpty() ? 0 : metrics.horizontalAdvance(text) + 1;
-}
-
 void PaintText(QPainter& painter, const QRect& place, const QString& text, const QColor& color,
                Qt::Alignment alignment) {
     if (place.isEmpty() || text.isEmpty()) {
         return;
     }
-    const QFontMetrics metrics = painter.fontMetrics();
-    const QString shown = TextWidth(metrics, text) <= place.width()
-                              ? text
-                              : metrics.elidedText(text, Qt::ElideRight, place.width());
     painter.setPen(color);
-    painter.drawText(place, static_cast<int>(alignment) | Qt::TextSingleLine, shown);
+    painter.drawText(place, static_cast<int>(alignment) | Qt::TextSingleLine,
+                     ShortenedText(text, painter.fontMetrics(), place.width()));
 }
 
 }  // namespace

@@ -42,7 +42,8 @@ void PaintZeroLine(QPainter& painter, Coordinate coordinate, std::int32_t pixel,
 /// Paints the border of the plot area. Device pixels.
 void PaintBorder(QPainter& painter, const QRect& plot, const FrameColors& colors);
 
-/// Paints all texts with the painter's font. Logical pixels.
+/// Paints all texts with the painter's font, shortened (see shortened_text.h) where there is no
+/// room for all of a text. Logical pixels.
 void PaintTexts(QPainter& painter, const FrameLayout& layout, const LabelMetrics& metrics,
                 const FrameTexts& texts, const FrameColors& colors);
 

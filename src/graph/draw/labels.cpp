@@ -11,6 +11,9 @@ constexpr int kSideMargin = 6;
 constexpr int kBareMargin = 3;
 /// Below this a graph is only its plot area.
 constexpr int kSmallWidth = 60;
+/// Parts of a slot that range and name take, and the name alone; percent.
+constexpr int kRangePercent = 50;
+constexpr int kNamePercent = 25;
 
 /// Whether the plot area keeps half of the height beside so many text lines.
 bool LinesFit(int height, int line_height, int lines) {
@@ -19,6 +22,28 @@ bool LinesFit(int height, int line_height, int lines) {
 
 int CeilDivide(int dividend, int divisor) {
     return (dividend + divisor - 1) / divisor;
+}
+
+/// Text lines for the y axes when each slot is so wide.
+int RowsOfSlots(int inner_width, int slot_width, int y_axes) {
+    return CeilDivide(y_axes, std::clamp(inner_width / std::max(slot_width, 1), 1, y_axes));
+}
+
+/// Text lines below the plot area: with full slots while they take a third of the height at most,
+/// else with slots for the ranges alone, and where not even these fit, for the names alone.
+int BottomRows(int inner_width, int height, const LabelMetrics& metrics, int y_axes) {
+    int rows = RowsOfSlots(inner_width, metrics.slot_width, y_axes);
+    if (rows == 1 || rows * metrics.line_height <= height / 3) {
+        return LinesFit(height, metrics.line_height, rows + 1) ? rows : 0;
+    }
+    rows = RowsOfSlots(inner_width, metrics.slot_width * kRangePercent / 100, y_axes);
+    if (!LinesFit(height, metrics.line_height, rows + 1)) {
+        rows = RowsOfSlots(inner_width, metrics.slot_width * kNamePercent / 100, y_axes);
+    }
+    while (rows > 0 && !LinesFit(height, metrics.line_height, rows + 1)) {
+        --rows;
+    }
+    return rows;
 }
 
 }  // namespace
@@ -40,12 +65,7 @@ FrameLayout LayoutFrame(const QRect& rectangle, const LabelMetrics& metrics, int
     int rows = 0;
     int columns = 1;
     if (wide && y_axes > 0) {
-        const int wanted_columns =
-            std::clamp(inner_width / std::max(metrics.slot_width, 1), 1, y_axes);
-        rows = CeilDivide(y_axes, wanted_columns);
-        while (rows > 0 && !LinesFit(height, metrics.line_height, rows + 1)) {
-            --rows;
-        }
+        rows = BottomRows(inner_width, height, metrics, y_axes);
         columns = rows > 0 ? CeilDivide(y_axes, rows) : 1;
     }
     const int pitch = inner_width / columns;

@@ -3,7 +3,8 @@
 // Above the plot area is one line with the text of the x coordinate (left), the run state (middle)
 // and the spacing of the vertical lines (right); below it is a slot for each y axis with its range
 // and spacing. The slots depend on the size of the graph alone, so that a changing number does
-// not move the picture.
+// not move the picture. When the slots would take much of the height, they become narrower and the
+// spacing goes before the plot area shrinks further.
 //
 // Invariants:
 // 1. No two rectangles overlap and none leaves the graph rectangle.

@@ -16,6 +16,18 @@ TEST(Colors, AColorThatReadsWellIsKept) {
     EXPECT_EQ(Readable(QColor(0, 0, 160), Qt::white), QColor(0, 0, 160));
 }
 
+TEST(Colors, AColorThatIsDarkenedGetsPurer) {
+    const QColor grey(128, 128, 128);
+    const double contrast = FrameColors(grey).label_contrast;
+    const QColor pale_blue(64, 160, 255);
+    const QColor dark_blue = Readable(pale_blue, grey, contrast);
+    EXPECT_GE(Contrast(dark_blue, grey), contrast);
+    EXPECT_GT(dark_blue.hsvSaturation(), pale_blue.hsvSaturation());
+    EXPECT_NEAR(dark_blue.hsvHue(), pale_blue.hsvHue(), 6);
+    const QColor dark_grey = Readable(QColor(150, 150, 150), grey, contrast);
+    EXPECT_EQ(dark_grey.hsvSaturation(), 0);
+}
+
 TEST(Colors, TextsHaveContrastOnEveryBackground) {
     for (int red = 0; red <= 255; red += 51) {
         for (int green = 0; green <= 255; green += 51) {

@@ -65,12 +65,22 @@ class CountingHost : public GraphDrawHost {
     int ended = 0;
 };
 
+/// What a graph is drawn into, and how the user wants it to look.
+struct ScopeLooks {
+    QSize size{400, 200};  ///< of the image, logical pixels
+    double ratio = 1.0;    ///< device pixels per logical pixel
+    GraphDisplaySettings settings;
+};
+
 /// One graph as the view keeps it.
 class Scope {
  public:
     explicit Scope(const WavoGraph& graph, double cycle_time = 0.25,
-                   const QRect& rectangle = QRect(0, 0, 400, 200), double buffer_range = 0.0)
-        : m_image(400, 200, QImage::Format_RGB32) {
+                   const QRect& rectangle = QRect(0, 0, 400, 200), double buffer_range = 0.0,
+                   const ScopeLooks& looks = {})
+        : settings(looks.settings), m_image(looks.size * looks.ratio, QImage::Format_RGB32) {
+        m_image.setDevicePixelRatio(looks.ratio);
+        m_image.fill(Qt::black);
         const double range = buffer_range > 0.0 ? buffer_range : GraphTimeRange(graph);
         GraphStreams streams;
         for (std::size_t i = 0; i < graph.YCoorAxName.size(); ++i) {
@@ -80,8 +90,8 @@ class Scope {
         if (graph.XCoorType == CoorType::kAxis) {
             streams.x = &values.emplace_back(graph.XCoorAxName, cycle_time, range, 0);
         }
-        draw = std::make_unique<GraphDraw>(rectangle, graph, host, settings, cycle_time, 5, 3,
-                                           streams);
+        draw = std::make_unique<GraphDraw>(rectangle, graph, host, settings, cycle_time,
+                                           settings.scale_lines_x, settings.scale_lines_y, streams);
     }
 
     /// Gives each stream its values; in the order of the y axes, then x.

@@ -53,6 +53,19 @@ TEST(Labels, SlotsGoToASecondLineWhenTheyDoNotFitIntoOne) {
     EXPECT_EQ(layout.y_slots[2].left(), layout.y_slots[0].left());
 }
 
+TEST(Labels, SlotsGetNarrowerBeforeTheyTakeMoreThanAThirdOfTheHeight) {
+    const FrameLayout full = LayoutFrame(QRect(0, 0, 640, 216), kMetrics, 8);
+    EXPECT_EQ(full.plot.height(), 216 - 18 - 4 * 18);
+    EXPECT_EQ(full.y_slots[2].left(), full.y_slots[0].left());
+    const FrameLayout ranges = LayoutFrame(QRect(0, 0, 640, 215), kMetrics, 8);
+    EXPECT_EQ(ranges.plot.height(), 215 - 18 - 2 * 18);
+    EXPECT_EQ(ranges.y_slots[3].top(), ranges.y_slots[0].top());
+    EXPECT_EQ(ranges.y_slots[4].left(), ranges.y_slots[0].left());
+    const FrameLayout names = LayoutFrame(QRect(0, 0, 640, 107), kMetrics, 8);
+    EXPECT_EQ(names.plot.height(), 107 - 18 - 18);
+    EXPECT_EQ(names.y_slots[7].top(), names.y_slots[0].top());
+}
+
 TEST(Labels, LowGraphsKeepThePlotArea) {
     const FrameLayout two_lines = LayoutFrame(QRect(0, 0, 200, 80), kMetrics, 2);
     EXPECT_FALSE(two_lines.top_line.isEmpty());

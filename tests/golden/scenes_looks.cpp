@@ -1,0 +1,90 @@
+// Backgrounds, device pixels, and a graph among other things.
+#include "golden/scenes.h"
+
+namespace wavo::testing {
+
+namespace {
+
+/// Three curves, zero lines and a run state: every colour of a graph.
+WavoGraph Colourful() {
+    WavoGraph graph = TimeGraph(4.0);
+    graph.ZeroLines = true;
+    AddCurve(graph, "X", kYellow, ManualScale(-10.0, 30.0));
+    AddCurve(graph, "Y", kBlue, ManualScale(-30.0, 10.0));
+    AddCurve(graph, "Z", kRed, ManualScale(-10.0, 10.0));
+    graph.Triggers[0] = {TriggerTypeCode::kStopAbove, 1e6, "X"};
+    return graph;
+}
+
+std::vector<std::vector<double>> Values() {
+    return {Sine(400, 200.0, 8.0, 6.0), Sine(400, 130.0, 9.0, -15.0), Sine(400, 90.0, 6.0)};
+}
+
+QImage On(const QColor& background) {
+    return PictureOf(Colourful(), Values(), Looks(QSize(480, 160), background));
+}
+
+QImage OnDark() {
+    return On(QColor(0x10, 0x14, 0x18));
+}
+
+QImage OnWhite() {
+    return On(Qt::white);
+}
+
+QImage OnGrey() {
+    return On(QColor(0x80, 0x80, 0x80));
+}
+
+QImage OnBlue() {
+    return On(QColor(0x00, 0x40, 0xC0));
+}
+
+/// Curves in the colour of the background, in its complement, and next to it.
+QImage CurvesLikeTheBackground() {
+    WavoGraph graph = TimeGraph(4.0);
+    AddCurve(graph, "same", 0x808080, ManualScale(-10.0, 10.0));
+    AddCurve(graph, "complement", ComplementColor(0x808080), ManualScale(-10.0, 10.0));
+    AddCurve(graph, "near", 0x90A080, ManualScale(-10.0, 10.0));
+    return PictureOf(graph, {Sine(400, 200.0, 8.0), Sine(400, 130.0, 8.0), Sine(400, 90.0, 6.0)},
+                     Looks(QSize(400, 140), QColor(0x80, 0x80, 0x80)));
+}
+
+QImage WaitingOnWhite() {
+    WavoGraph graph = TimeGraph(1.0);
+    AddCurve(graph, "X", 0x000000, ManualScale(-10.0, 10.0));
+    graph.Triggers[0] = {TriggerTypeCode::kStartAbove, 1e6, "X"};
+    return PictureOf(graph, {Sine(400, 200.0, 8.0)}, Looks(QSize(400, 100), Qt::white));
+}
+
+QImage HiDpi2() {
+    ScopeLooks looks = Looks(QSize(240, 110), QColor(0x10, 0x14, 0x18));
+    looks.ratio = 2.0;
+    return PictureOf(Colourful(), Values(), looks);
+}
+
+/// The graph paints its own rectangle and no other pixel.
+QImage AmongOthers() {
+    const QRect rectangle(30, 20, 240, 100);
+    Scope scope(Colourful(), kCycle, rectangle, 0.0,
+                Looks(QSize(300, 140), QColor(0x10, 0x14, 0x18)));
+    FeedInSteps(scope, Values(), 10);
+    return scope.Image();
+}
+
+}  // namespace
+
+std::vector<Scene> LooksScenes() {
+    return {
+        {"background_dark", &OnDark},
+        {"background_white", &OnWhite},
+        {"background_grey", &OnGrey},
+        {"background_blue", &OnBlue},
+        {"curves_like_the_background", &CurvesLikeTheBackground},
+        {"state_waiting_on_white", &WaitingOnWhite},
+        {"hidpi_2", &HiDpi2},
+        {"among_others", &AmongOthers},
+    };
+}
+
+}  // namespace wavo::testing
