@@ -16,7 +16,7 @@ constexpr int kHighBlock = 96;
 
 /// A block is painted column by column when the pixels to be painted are less than one in so many
 /// of its area: single pixels cost that much more than those of a row.
-constexpr int kSparse = 6;
+constexpr int kSparse = 4;
 
 }  // namespace
 
