@@ -32,18 +32,28 @@ Pair Largest(Pair kept, Pair candidate) {
 /// Minimum and maximum in the making. Several side by side: none waits for the one before it.
 class Extent {
  public:
-    /// Takes `count` minima and as many maxima in.
-    void Take(const double* minima, const double* maxima, std::size_t count) {
+    /// Takes samples in.
+    [[gnu::always_inline]] void Take(const double* samples, std::size_t count) {
+        Take(samples, samples, count);
+    }
+
+    /// Takes `count` minima and as many maxima in. Taking one twice does no harm: the last four
+    /// may overlap those before.
+    [[gnu::always_inline]] void Take(const double* minima, const double* maxima,
+                                     std::size_t count) {
+        if (count < 4) {
+            for (std::size_t i = 0; i < count; ++i) {
+                m_least[0] = Least(m_least[0], Pair{minima[i], minima[i]});
+                m_largest[0] = Largest(m_largest[0], Pair{maxima[i], maxima[i]});
+            }
+            return;
+        }
         std::size_t i = 0;
         for (; i + 4 <= count; i += 4) {
-            m_least[0] = Least(m_least[0], LoadPair(minima + i));
-            m_least[1] = Least(m_least[1], LoadPair(minima + i + 2));
-            m_largest[0] = Largest(m_largest[0], LoadPair(maxima + i));
-            m_largest[1] = Largest(m_largest[1], LoadPair(maxima + i + 2));
+            TakeFour(minima + i, maxima + i);
         }
-        for (; i < count; ++i) {
-            m_least[0] = Least(m_least[0], Pair{minima[i], minima[i]});
-            m_largest[0] = Largest(m_largest[0], Pair{maxima[i], maxima[i]});
+        if (i != count) {
+            TakeFour(minima + count - 4, maxima + count - 4);
         }
     }
 
@@ -54,6 +64,13 @@ class Extent {
     }
 
  private:
+    void TakeFour(const double* minima, const double* maxima) {
+        m_least[0] = Least(m_least[0], LoadPair(minima));
+        m_least[1] = Least(m_least[1], LoadPair(minima + 2));
+        m_largest[0] = Largest(m_largest[0], LoadPair(maxima));
+        m_largest[1] = Largest(m_largest[1], LoadPair(maxima + 2));
+    }
+
     static constexpr double kInfinity = std::numeric_limits<double>::infinity();
     Pair m_least[2] = {{kInfinity, kInfinity}, {kInfinity, kInfinity}};
     Pair m_largest[2] = {{-kInfinity, -kInfinity}, {-kInfinity, -kInfinity}};
@@ -181,7 +198,7 @@ void MinMaxPyramid::UpdateLowest(const double* samples, std::size_t first_block,
         const std::size_t begin = block * kFanOut;
         const std::size_t count = std::min(kFanOut, m_slots_taken - begin);
         Extent extent;
-        extent.Take(samples + begin, samples + begin, count);
+        extent.Take(samples + begin, count);
         m_levels[0].Set(block, extent.Result(), MarksOf(samples + begin, count));
     }
 }
@@ -204,20 +221,23 @@ void MinMaxPyramid::UpdateLevel(std::size_t level, std::size_t first_block,
 
 template <typename Taker>
 void MinMaxPyramid::TakeSlots(const double* samples, std::size_t begin, std::size_t end,
-                              Taker& extent) const {
+                              Taker& result) const {
+    Taker extent = result;  // stays in registers
     if (end - begin <= kReadEach) {
-        extent.Take(samples + begin, samples + begin, end - begin);
+        extent.Take(samples + begin, end - begin);
+        result = extent;
         return;
     }
     std::size_t first = CeilDivide(begin, kFanOut);
     std::size_t last = end / kFanOut;
-    extent.Take(samples + begin, samples + begin, first * kFanOut - begin);
-    extent.Take(samples + last * kFanOut, samples + last * kFanOut, end - last * kFanOut);
+    extent.Take(samples + begin, first * kFanOut - begin);
+    extent.Take(samples + last * kFanOut, end - last * kFanOut);
     for (std::size_t level = 0;; ++level) {
         const double* const minima = m_levels[level].minimum.data();
         const double* const maxima = m_levels[level].maximum.data();
         if (last - first <= kReadEach || level + 1 == m_levels.size()) {
             extent.Take(minima + first, maxima + first, last - first);
+            result = extent;
             return;
         }
         const std::size_t next_first = CeilDivide(first, kFanOut);
@@ -308,7 +328,7 @@ void MinMaxPyramid::TakeFiniteSlots(const double* samples, std::size_t begin, st
         const bool all_finite = (lowest.marks[block] & kHoldsInfinite) == 0;
         for (std::size_t slot = begin; slot < block_end; ++slot) {
             if (all_finite || std::isfinite(samples[slot])) {
-                extent.Take(samples + slot, samples + slot, 1);
+                extent.Take(samples + slot, 1);
             }
         }
         begin = block_end;
