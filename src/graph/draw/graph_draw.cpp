@@ -53,7 +53,7 @@ double GraphTimeRange(const WavoGraph& graph) {
 
 void GraphDraw::DrawBuffer::Discard() {
     if (values.capacity() > kValuesKept) {
-        values = {};  // a refill takes as many as the curve holds
+        std::vector<double>().swap(values);  // a refill takes as many as the curve holds
     }
     values.clear();
     start_time = 0.0;
