@@ -15,7 +15,7 @@ std::int32_t ColumnOf(const std::vector<std::uint64_t>& first_steps, std::uint64
 }
 
 /// Columns from a sample that is asked for to its use.
-constexpr std::int32_t kAhead = 8;
+constexpr std::size_t kAhead = 8;
 /// Samples of a cache line.
 constexpr std::ptrdiff_t kCacheLine = 8;
 
@@ -97,9 +97,9 @@ class Reduction {
             if (next == position) {
                 return false;
             }
-            if (column + kAhead < columns) {
-                Fetch(run.position +
-                      (first_steps[static_cast<std::size_t>(column + kAhead)] - run.step));
+            const std::size_t ahead = static_cast<std::size_t>(column) + kAhead;
+            if (ahead + 1 < first_steps.size()) {
+                Fetch(run.position + (first_steps[ahead] - run.step));
             }
             work(column, position, next - position);
             position = next;
