@@ -14,7 +14,7 @@ constexpr std::uint8_t kHoldsInfinite = 2;
 constexpr std::size_t kReadEach = 48;
 
 /// Two numbers that are handled at once.
-using Pair = double __attribute__((vector_size(16), aligned(8)));
+using Pair = double __attribute__((vector_size(16), aligned(8), may_alias));
 
 Pair LoadPair(const double* from) {
     return *reinterpret_cast<const Pair*>(from);
@@ -152,8 +152,10 @@ void MinMaxPyramid::Update(const SampleRing& ring) {
     if (size == 0) {
         return;
     }
+    // Where the samples lie around the end, all slots have been written before.
+    const bool around_end = ring.SlotOf(0) > ring.SlotOf(size - 1);
     const std::size_t taken =
-        std::max(m_slots_taken, size == ring.Slots() ? size : ring.SlotOf(size - 1) + 1);
+        std::max(m_slots_taken, around_end ? ring.Slots() : ring.SlotOf(size - 1) + 1);
     if (taken != m_slots_taken) {
         ResizeLevels(taken, ring.Slots());
     }

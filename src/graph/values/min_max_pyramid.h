@@ -33,7 +33,7 @@ class MinMaxPyramid {
  public:
     /// Takes in what has arrived in the ring since the last Update. Costs a few operations per new
     /// sample; after the ring has moved its samples, all are taken in anew. REQUIRES: the same ring
-    /// each time (or Clear in between); the ring replaces samples only when all slots are in use.
+    /// each time (or Clear in between).
     void Update(const SampleRing& ring);
 
     /// Forgets the ring and frees the memory.
