@@ -239,8 +239,11 @@ void LinesDrawAxis::DrawAllLinesXIsTime(ColorRef color, PlotCanvas* canvas) {
 }
 
 QRect LinesDrawAxis::DrawSegments(QImage& picture, const QColor& color) const {
-    QPainter painter(&picture);
-    painter.scale(1.0 / picture.devicePixelRatio(), 1.0 / picture.devicePixelRatio());
+    // The same pixels without a ratio: scaling by the ratio and back may miss 1 by a rounding, and
+    // segments then leave pixels beside those of their ends.
+    QImage pixels(picture.bits(), picture.width(), picture.height(), picture.bytesPerLine(),
+                  picture.format());
+    QPainter painter(&pixels);
     painter.setClipRect(m_plot);
     QPen pen(color);
     pen.setWidth(1);
