@@ -253,7 +253,7 @@ TEST(GraphDrawRandom, OneCurveIsPaintedAsAnew) {
         AddAxis(graph, "Y", AutomaticScale());
         WavoGraph manual = TimeGraph(6.0, mode);
         AddAxis(manual, "Y", ManualScale(-4.0, 4.0));
-        for (unsigned seed = 0; seed < 3; ++seed) {
+        for (unsigned seed = 0; seed < 2; ++seed) {
             Live(graph, seed, 150);
             Live(manual, seed, 150);
         }
@@ -264,7 +264,7 @@ TEST(GraphDrawRandom, SeveralCurvesWithTriggersArePaintedAsAnew) {
     for (const GraphMode mode : {GraphMode::kClassic, GraphMode::kContinuity}) {
         for (const TriggerTypeCode trigger :
              {TriggerTypeCode::kNone, TriggerTypeCode::kStartAbove, TriggerTypeCode::kStopAbove}) {
-            for (unsigned seed = 0; seed < 3; ++seed) {
+            for (unsigned seed = 0; seed < 2; ++seed) {
                 Live(ManyAxes(mode, trigger), seed, 120);
             }
         }
@@ -276,7 +276,7 @@ TEST(GraphDrawRandom, ACurveOverAnAxisIsPaintedAsAnew) {
         WavoGraph graph = AxisGraph(2.0, AutomaticScale(), AutomaticScale());
         graph.ModeAx = mode;
         graph.ZeroLines = true;
-        for (unsigned seed = 0; seed < 3; ++seed) {
+        for (unsigned seed = 0; seed < 2; ++seed) {
             Live(graph, seed, 120);
         }
     }
