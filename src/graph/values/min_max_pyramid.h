@@ -80,6 +80,13 @@ class MinMaxPyramid {
     template <typename Taker>
     void TakeFiniteSlots(const double* samples, std::size_t begin, std::size_t end,
                          Taker& extent) const;
+    /// The largest block without a mark that begins at a slot and ends by `end`.
+    struct CleanBlock {
+        std::size_t level = 0;
+        std::size_t slots = 0;  ///< 0: there is none
+    };
+    [[nodiscard]] CleanBlock LargestClean(std::size_t begin, std::size_t end,
+                                          std::uint8_t mark) const;
     [[nodiscard]] bool SlotsHaveNaN(const double* samples, std::size_t begin,
                                     std::size_t end) const;
 

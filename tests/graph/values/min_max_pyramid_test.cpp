@@ -147,5 +147,21 @@ TEST(MinMaxPyramid, FollowsARingThatHoldsLessThanItHasRoomFor) {
     }
 }
 
+TEST(MinMaxPyramid, FindsTheFewOddSamplesOfALongStretch) {
+    std::mt19937 random(9);
+    for (int round = 0; round < 30; ++round) {
+        std::vector<double> samples = Noise(random, 70000, 0);
+        for (const double odd : {kNaN, kInf, -kInf}) {
+            samples[random() % samples.size()] = odd;
+        }
+        Watched watched(60000);
+        watched.Push(samples);
+        watched.ExpectRight(0, 60000);
+        const std::size_t position = random() % 60000;
+        watched.ExpectRight(position, 60000 - position);
+        watched.ExpectRight(position / 2, random() % (60000 - position / 2) + 1);
+    }
+}
+
 }  // namespace
 }  // namespace wavo
