@@ -16,8 +16,8 @@ std::int32_t ColumnOf(const std::vector<std::uint64_t>& first_steps, std::uint64
 
 /// Columns from a sample that is asked for to its use.
 constexpr std::size_t kAhead = 8;
-/// Samples of a cache line.
-constexpr std::ptrdiff_t kCacheLine = 8;
+/// Bytes.
+constexpr std::uintptr_t kCacheLine = 64;
 
 /// Reads one curve.
 class Reduction {
@@ -119,10 +119,11 @@ class Reduction {
     void Fetch(std::uint64_t position) const {
         const std::uint64_t from = m_begin + position;
         if (from < m_size) {
-            const double* const samples = m_samples + SlotOf(from);
-            __builtin_prefetch(samples - kCacheLine);
-            __builtin_prefetch(samples);
-            __builtin_prefetch(samples + kCacheLine);
+            // Addresses, not pointers: those beside may lie outside the ring.
+            const auto address = reinterpret_cast<std::uintptr_t>(m_samples + SlotOf(from));
+            __builtin_prefetch(reinterpret_cast<const void*>(address - kCacheLine));
+            __builtin_prefetch(reinterpret_cast<const void*>(address));
+            __builtin_prefetch(reinterpret_cast<const void*>(address + kCacheLine));
         }
     }
 

@@ -14,7 +14,7 @@ constexpr std::uint8_t kHoldsInfinite = 2;
 constexpr std::size_t kReadEach = 48;
 
 /// Two numbers that are handled at once.
-using Pair = double __attribute__((vector_size(16), aligned(8)));
+using Pair = double __attribute__((vector_size(16), aligned(8), may_alias));
 
 Pair LoadPair(const double* from) {
     return *reinterpret_cast<const Pair*>(from);
@@ -169,8 +169,10 @@ void MinMaxPyramid::Update(const SampleRing& ring) {
     if (size == 0) {
         return;
     }
+    // Where the samples lie around the end, all slots have been written before.
+    const bool around_end = ring.SlotOf(0) > ring.SlotOf(size - 1);
     const std::size_t taken =
-        std::max(m_slots_taken, size == ring.Slots() ? size : ring.SlotOf(size - 1) + 1);
+        std::max(m_slots_taken, around_end ? ring.Slots() : ring.SlotOf(size - 1) + 1);
     if (taken != m_slots_taken) {
         ResizeLevels(taken, ring.Slots());
     }
@@ -288,17 +290,27 @@ bool MinMaxPyramid::HasNaN(const SampleRing& ring, std::size_t position, std::si
     return found;
 }
 
+MinMaxPyramid::CleanBlock MinMaxPyramid::LargestClean(std::size_t begin, std::size_t end,
+                                                      std::uint8_t mark) const {
+    CleanBlock largest;
+    std::size_t slots = kFanOut;
+    for (std::size_t level = 0; level < m_levels.size(); ++level, slots *= kFanOut) {
+        if (begin % slots != 0 || end - begin < slots ||
+            (m_levels[level].marks[begin / slots] & mark) != 0) {
+            break;
+        }
+        largest = {level, slots};
+    }
+    return largest;
+}
+
 bool MinMaxPyramid::SlotsHaveNaN(const double* samples, std::size_t begin, std::size_t end) const {
-    const Level& lowest = m_levels[0];
     while (begin < end) {
-        const std::size_t block = begin / kFanOut;
-        const std::size_t block_end = std::min(end, (block + 1) * kFanOut);
-        if ((lowest.marks[block] & kHoldsNaN) != 0 &&
-            std::any_of(samples + begin, samples + block_end,
-                        [](double sample) { return std::isnan(sample); })) {
+        const CleanBlock clean = LargestClean(begin, end, kHoldsNaN);
+        if (clean.slots == 0 && std::isnan(samples[begin])) {
             return true;
         }
-        begin = block_end;
+        begin += std::max<std::size_t>(1, clean.slots);
     }
     return false;
 }
@@ -321,17 +333,16 @@ MinMax MinMaxPyramid::FiniteOf(const SampleRing& ring, std::size_t position,
 template <typename Taker>
 void MinMaxPyramid::TakeFiniteSlots(const double* samples, std::size_t begin, std::size_t end,
                                     Taker& extent) const {
-    const Level& lowest = m_levels[0];
     while (begin < end) {
-        const std::size_t block = begin / kFanOut;
-        const std::size_t block_end = std::min(end, (block + 1) * kFanOut);
-        const bool all_finite = (lowest.marks[block] & kHoldsInfinite) == 0;
-        for (std::size_t slot = begin; slot < block_end; ++slot) {
-            if (all_finite || std::isfinite(samples[slot])) {
-                extent.Take(samples + slot, 1);
-            }
+        const CleanBlock clean = LargestClean(begin, end, kHoldsInfinite);
+        if (clean.slots != 0) {
+            const Level& level = m_levels[clean.level];
+            const std::size_t block = begin / clean.slots;
+            extent.Take(&level.minimum[block], &level.maximum[block], 1);
+        } else if (std::isfinite(samples[begin])) {
+            extent.Take(samples + begin, 1);
         }
-        begin = block_end;
+        begin += std::max<std::size_t>(1, clean.slots);
     }
 }
 
