@@ -92,9 +92,9 @@ constexpr double kLargestScaled = 4294967295.0;
 
 /// The millionths nearest to a number, the even ones between two.
 /// REQUIRES: 0 <= magnitude < kLargestScaled.
-std::uint64_t RoundedMillionths(double magnitude) noexcept {
+std::int64_t RoundedMillionths(double magnitude) noexcept {
     const double product = magnitude * 1e6;
-    const auto below = static_cast<std::uint64_t>(product);
+    const auto below = static_cast<std::int64_t>(product);
     const double rest = product - static_cast<double>(below);
     // The product is off by no more than half its last place. So it lies on the same side of the
     // middle as the true one, unless it is the middle itself.
@@ -194,7 +194,7 @@ char* WriteSixDecimals(double value, char* to) noexcept {
     }
     *to = '-';
     to += std::signbit(value) ? 1 : 0;
-    const std::uint64_t millionths = RoundedMillionths(magnitude);
+    const auto millionths = static_cast<std::uint64_t>(RoundedMillionths(magnitude));
     to = WriteWhole(static_cast<std::uint32_t>(millionths / 1'000'000), to);
     const auto decimals = static_cast<std::uint32_t>(millionths % 1'000'000);
     *to = '.';
