@@ -165,7 +165,7 @@ std::vector<double> HardNumbers(int count) {
         // Exact ties: odd multiples of 2^-7 have seven decimals and end in 5.
         values.push_back(static_cast<double>(random() % (1ULL << 39U) * 2 + 1) / 128.0);
         // As near to a tie as numbers come, on both sides, at all sizes that are scaled.
-        const double tie = (static_cast<double>(random() >> (random() % 53 + 12)) + 0.5) / 1e6;
+        const double tie = (static_cast<double>(random() >> (random() % 52 + 12)) + 0.5) / 1e6;
         values.push_back(tie);
         values.push_back(std::nextafter(tie, 0.0));
         values.push_back(std::nextafter(tie, kLargest));

@@ -390,6 +390,8 @@ TEST_F(Export, HandlesEventsBetweenWrites) {
     };
     Save();
     EXPECT_EQ(m_files.writes, 5);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(handled, 4);
 }
 
 TEST_F(Export, OnAQuickDiskDoesNotStopForEvents) {
