@@ -24,7 +24,8 @@ CWavoView::CWavoView(QWidget* parent)
       m_board(*this, [this](const std::string& text) { ShowError(text); }),
       m_editor(this),
       m_cycle(m_pump, m_board, m_editor, *this, m_value_lock),
-      m_files(m_cycle, m_board, *this) {
+      m_files(m_cycle, m_board, *this),
+      m_data_export(m_board, *this) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(200, 80);
@@ -54,17 +55,31 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
     }
 }
 
-std::string CWavoView::ReadSettings() {
+std::string CWavoView::SettingsFile() {
     const std::string folder = platform::DataFolder();
     if (folder.empty()) {
         MERRLOG("GetCommonAppDataFolder() failed %s",
                 platform::ErrorText(platform::LastError()).c_str());
-        m_settings = DefaultViewSettings();
         return {};
     }
-    std::string file = folder + platform::PathSeparator() + "wavo.ini";
-    ReadProperties(file, m_settings);
+    return folder + platform::PathSeparator() + "wavo.ini";
+}
+
+std::string CWavoView::ReadSettings() {
+    std::string file = SettingsFile();
+    if (file.empty()) {
+        m_settings = DefaultViewSettings();
+    } else {
+        ReadProperties(file, m_settings);
+    }
     return file;
+}
+
+void CWavoView::SaveSettings() {
+    const std::string& current = m_files.CurrentPath();
+    if (const std::string file = current.empty() ? SettingsFile() : current; !file.empty()) {
+        WriteProperties(file, m_settings);
+    }
 }
 
 bool CWavoView::OpenMessageWindow() {
@@ -78,6 +93,7 @@ bool CWavoView::OpenMessageWindow() {
 }
 
 void CWavoView::OnClose() {
+    m_data_export.Cancel();
     m_cycle.End();
 }
 
@@ -110,14 +126,14 @@ void CWavoView::ConnectMachineData() {
 bool CWavoView::event(QEvent* event) {
     if (event->type() == AppMessageEvent::EventType()) {
         auto* const message = static_cast<AppMessageEvent*>(event);
-        message->SetResult(OnAppMessage(message->number()));
+        message->SetResult(OnAppMessage(*message));
         return true;
     }
     return QWidget::event(event);
 }
 
-std::int64_t CWavoView::OnAppMessage(AppMessage number) {
-    switch (number) {
+std::int64_t CWavoView::OnAppMessage(const AppMessageEvent& message) {
+    switch (message.number()) {
         case AppMessage::kEditorClosed:
         case AppMessage::kGraphChanged: {
             const std::lock_guard guard(m_value_lock);
@@ -125,6 +141,7 @@ std::int64_t CWavoView::OnAppMessage(AppMessage number) {
             return 1;
         }
         case AppMessage::kSaveValues:
+            return m_data_export.OnSaveValues(reinterpret_cast<const WavoGraph*>(message.lParam()));
         case AppMessage::kZoomOut:
         case AppMessage::kCloseEditor:
         case AppMessage::kSelectGraph:
@@ -203,6 +220,7 @@ void CWavoView::LinkChanged() {
 }
 
 void CWavoView::EndProcess() {
+    m_data_export.Cancel();
     Q_EMIT QuitRequested();
 }
 

@@ -15,6 +15,7 @@
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/graph_editor.h"
 #include "view/acquisition_cycle.h"
+#include "view/data_export.h"
 #include "view/graph_board.h"
 #include "view/graph_files.h"
 #include "view/graph_picture.h"
@@ -25,6 +26,7 @@ namespace wavo {
 
 class CWavoView : public QWidget,
                   private AcquisitionHost,
+                  private DataExportHost,
                   private GraphDrawHost,
                   private GraphFilesHost {
     Q_OBJECT
@@ -87,13 +89,22 @@ class CWavoView : public QWidget,
     // GraphFilesHost
     void AddToRecentFiles(const std::string& path) override;
 
+    // DataExportHost
+    [[nodiscard]] ExportSettings& CurrentExportSettings() override {
+        return m_settings.export_settings;
+    }
+    void SaveSettings() override;
+    [[nodiscard]] QWidget* ExportWindow() override { return window(); }
+
     // GraphDrawHost
     void RecordingEnded() override;
 
-    std::int64_t OnAppMessage(AppMessage number);
+    std::int64_t OnAppMessage(const AppMessageEvent& message);
     /// Makes the window for the messages of a master, unless there is one. False on failure, which
     /// the status bar then shows.
     bool OpenMessageWindow();
+    /// The path of the settings file; empty, with an error-log entry, without a data folder.
+    static std::string SettingsFile();
     /// Reads the settings; returns the path of their file, empty when there is no data folder.
     std::string ReadSettings();
     /// One drawing step, shown at once where the view is visible; ends with the ready message
@@ -108,6 +119,7 @@ class CWavoView : public QWidget,
     WindowlessGraphEditor m_editor;
     AcquisitionCycle m_cycle;
     GraphFiles m_files;
+    DataExport m_data_export;
     GraphPicture m_picture;
     bool m_ready_for_painting = false;  // set by OnInitialUpdate
     bool m_restart = false;             // the next drawing step starts all graphs anew

@@ -7,8 +7,8 @@
 #include <QMenuBar>
 #include <QStatusBar>
 
+#include "ui/dialogs/elided_label.h"
 #include "ui/shell/commands.h"
-#include "ui/shell/elided_label.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
