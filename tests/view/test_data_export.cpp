@@ -25,9 +25,9 @@
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/export_progress.h"
 #include "ui/dialogs/path_save_data.h"
+#include "ui/dialogs/view_settings.h"
 #include "view/data_export.h"
 #include "view/graph_board.h"
-#include "view/view_settings.h"
 
 namespace wavo {
 namespace {

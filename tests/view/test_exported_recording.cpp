@@ -13,9 +13,9 @@
 #include "master/recording.h"
 #include "temporary_folder.h"
 #include "ui/dialogs/path_save_data.h"
+#include "ui/dialogs/view_settings.h"
 #include "view/data_export.h"
 #include "view/graph_board.h"
-#include "view/view_settings.h"
 
 namespace wavo {
 namespace {
