@@ -115,8 +115,9 @@ void CAxSelect::OnAddYAxis() {
     std::size_t index = 0;
     const bool added = Change([&](WavoGraph& graph) {
         index = graph.YCoorAxName.size();
-        if ((graph.XScale.ScaleType == ScaleTypeCode::kAxis && index > 0) ||
-            !IsMasterAxis(axis.name)) {
+        const bool over_axis = graph.XCoorType == CoorType::kAxis ||
+                               graph.XScale.ScaleType == ScaleTypeCode::kAxis;
+        if ((over_axis && index > 0) || !IsMasterAxis(axis.name)) {
             return false;
         }
         AddYAxis(graph, axis, m_limits == nullptr ? std::nullopt : m_limits->FindAxis(axis.name));

@@ -192,9 +192,6 @@ QWidget* EditorStrip::MakeYGroup() {
     Place(*grid, kYAxes, 2, 1, 4);
     Place(*grid, kTrigger, 3, 0, 3);
     Place(*grid, kTriggerState, 3, 3, 2);
-    for (const EditorControl id : {kAddYAxis, kDeleteYAxis}) {
-        Control(id)->setFixedWidth(fontMetrics().horizontalAdvance(QStringLiteral("ADD")) + 24);
-    }
     Combo(kYAxis)->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     grid->setColumnStretch(2, 1);
     group->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);

@@ -326,7 +326,7 @@ TEST_F(GraphEditorTest, AddAfterTheLastAxisWasRemovedMakesTheFirstOne) {
     Click(kDeleteYAxis);
     EXPECT_THAT(m_graphs[0].YScales, IsEmpty());
     EXPECT_EQ(Text(kYAxes), "");
-    ChooseYAxis("Z", 0);
+    Type(kYAxis, "Z");
     Click(kAddYAxis);
     EXPECT_THAT(m_graphs[0].YCoorAxName, ElementsAre("Z"));
     EXPECT_EQ(m_graphs[0].YScales.size(), 1U);

@@ -5,11 +5,10 @@
 namespace wavo {
 namespace {
 
-using enum EditorControl;
-using testing::AxisGraph;
 using testing::Describe;
 using ::testing::ElementsAreArray;
-using testing::TimeGraph;
+using testing::Input;
+using testing::Row;
 
 class EveryHandler : public testing::EditorFixture, public ::testing::WithParamInterface<Row> {};
 
