@@ -115,8 +115,8 @@ void CAxSelect::OnAddYAxis() {
     std::size_t index = 0;
     const bool added = Change([&](WavoGraph& graph) {
         index = graph.YCoorAxName.size();
-        const bool over_axis = graph.XCoorType == CoorType::kAxis ||
-                               graph.XScale.ScaleType == ScaleTypeCode::kAxis;
+        const bool over_axis =
+            graph.XCoorType == CoorType::kAxis || graph.XScale.ScaleType == ScaleTypeCode::kAxis;
         if ((over_axis && index > 0) || !IsMasterAxis(axis.name)) {
             return false;
         }

@@ -21,9 +21,13 @@ namespace {
 
 /// Widest text of the edits for bounds and for times, and of the combos.
 constexpr char kWidestBound[] = "-100000000.000000";
-constexpr char kWidestTime[] = "10000.000";
-constexpr int kAxisCharacters = 8;
-constexpr int kSpacing = 4;
+constexpr char kWidestTime[] = "1000.000";
+constexpr int kAxisCharacters = 5;
+constexpr int kGraphNumberCharacters = 2;
+constexpr int kSpacing = 3;
+/// Pixels that an edit and a button keep around their text.
+constexpr int kEditFrame = 12;
+constexpr int kButtonFrame = 20;
 
 bool IsBound(EditorControl id) {
     return id == EditorControl::kXMinimum || id == EditorControl::kXMaximum ||
@@ -32,6 +36,10 @@ bool IsBound(EditorControl id) {
 
 ControlRow TextsOf(const EditorRow& row) {
     return {static_cast<int>(row.id), row.text, row.tip};
+}
+
+QString Label(EditorControl id) {
+    return QString::fromUtf8(FindEditorRow(id).text);
 }
 
 QComboBox* MakeCombo(QWidget* parent) {
@@ -53,8 +61,8 @@ QLineEdit* MakeEdit(const EditorRow& row, QWidget* parent) {
     const char* const widest = row.id == EditorControl::kDerivation ? "000"
                                : IsBound(row.id)                    ? kWidestBound
                                                                     : kWidestTime;
-    // The frame and the margins that a line edit keeps around its text.
-    edit->setFixedWidth(edit->fontMetrics().horizontalAdvance(QString::fromLatin1(widest)) + 14);
+    edit->setFixedWidth(edit->fontMetrics().horizontalAdvance(QString::fromLatin1(widest)) +
+                        kEditFrame);
     edit->setAlignment(Qt::AlignRight);
     return edit;
 }
@@ -129,9 +137,10 @@ void EditorStrip::SetTabOrder() {
 
 QGroupBox* EditorStrip::MakeGroup(const char* title, QGridLayout*& grid) {
     auto* const group = new QGroupBox(QString::fromLatin1(title), this);
+    group->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     grid = new QGridLayout(group);
-    grid->setContentsMargins(2 * kSpacing, kSpacing, 2 * kSpacing, kSpacing);
-    grid->setHorizontalSpacing(kSpacing);
+    grid->setContentsMargins(kSpacing + 2, kSpacing, kSpacing + 2, kSpacing);
+    grid->setHorizontalSpacing(kSpacing + 1);
     grid->setVerticalSpacing(2);
     for (int row = 0; row < 4; ++row) {
         grid->setRowStretch(row, 1);
@@ -139,7 +148,8 @@ QGroupBox* EditorStrip::MakeGroup(const char* title, QGridLayout*& grid) {
     return group;
 }
 
-void EditorStrip::Place(QGridLayout& grid, EditorControl id, int row, int column, int columns) {
+void EditorStrip::Place(QGridLayout& grid, EditorControl id, int row, int column, int columns,
+                        int unit_columns) {
     const EditorRow& about = FindEditorRow(id);
     QWidget* const control = Control(id);
     const bool labelled = about.kind == ControlKind::kCombo || about.kind == ControlKind::kEdit ||
@@ -150,7 +160,8 @@ void EditorStrip::Place(QGridLayout& grid, EditorControl id, int row, int column
                        Qt::AlignRight | Qt::AlignVCenter);
     }
     if (*about.unit != '\0') {
-        grid.addWidget(new QLabel(QString::fromUtf8(about.unit)), row, column + columns);
+        grid.addWidget(new QLabel(QString::fromUtf8(about.unit)), row, column + columns, 1,
+                       unit_columns);
     }
 }
 
@@ -158,7 +169,7 @@ QWidget* EditorStrip::MakeGraphGroup() {
     using enum EditorControl;
     QGridLayout* grid = nullptr;
     QGroupBox* const group = MakeGroup("graph", grid);
-    Combo(kGraphNumber)->setMinimumContentsLength(3);
+    Combo(kGraphNumber)->setMinimumContentsLength(kGraphNumberCharacters);
     Place(*grid, kGraphNumber, 0, 1);
     Place(*grid, kDeleteGraph, 1, 0, 2);
     Place(*grid, kSaveValues, 2, 0, 2);
@@ -186,12 +197,16 @@ QWidget* EditorStrip::MakeYGroup() {
     QGroupBox* const group = MakeGroup("y-coordinate", grid);
     Place(*grid, kYAxis, 0, 1, 2);
     grid->addWidget(Control(kColor), 0, 3, Qt::AlignVCenter);
-    Place(*grid, kDerivation, 1, 1);
     Place(*grid, kAddYAxis, 0, 4);
+    Place(*grid, kDerivation, 1, 1, 1, 2);
     Place(*grid, kDeleteYAxis, 1, 4);
     Place(*grid, kYAxes, 2, 1, 4);
-    Place(*grid, kTrigger, 3, 0, 3);
-    Place(*grid, kTriggerState, 3, 3, 2);
+    grid->addWidget(Control(kTrigger), 3, 0, 1, 2);
+    grid->addWidget(Control(kTriggerState), 3, 2, 1, 3);
+    for (const EditorControl id : {kAddYAxis, kDeleteYAxis}) {
+        Control(id)->setFixedWidth(fontMetrics().horizontalAdvance(Label(id)) + kButtonFrame);
+    }
+    Control(kColor)->setFixedWidth(Control(kColor)->sizeHint().height() * 2);
     Combo(kYAxis)->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     grid->setColumnStretch(2, 1);
     group->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
@@ -203,13 +218,12 @@ QWidget* EditorStrip::MakeXScaleGroup() {
     QGridLayout* grid = nullptr;
     QGroupBox* const group = MakeGroup("scale x", grid);
     Place(*grid, kXTime, 0, 0);
-    grid->addWidget(Control(kTimeRange), 0, 2, Qt::AlignRight);
-    grid->addWidget(new QLabel(QString::fromLatin1(FindEditorRow(kTimeRange).unit)), 0, 3);
-    Place(*grid, kXAutomatic, 1, 0);
-    grid->addWidget(Control(kAllGraphs), 1, 1, 1, 3, Qt::AlignRight);
+    Place(*grid, kTimeRange, 0, 2);
+    Place(*grid, kXAutomatic, 1, 0, 2);
+    grid->addWidget(Control(kAllGraphs), 1, 2, 1, 2);
     Place(*grid, kXManual, 2, 0);
-    Place(*grid, kXMinimum, 2, 2);
-    Place(*grid, kXMaximum, 3, 2);
+    Place(*grid, kXMinimum, 2, 2, 2);
+    Place(*grid, kXMaximum, 3, 2, 2);
     return group;
 }
 

@@ -65,7 +65,8 @@ class EditorStrip : public QWidget {
     QWidget* MakeViewGroup();
     /// Puts a control into a cell, with its label in the cell before it and its unit in the one
     /// behind.
-    void Place(QGridLayout& grid, EditorControl id, int row, int column, int columns = 1);
+    void Place(QGridLayout& grid, EditorControl id, int row, int column, int columns = 1,
+               int unit_columns = 1);
     void MakeExclusive(std::initializer_list<EditorControl> radios);
     void SetTabOrder();
 

@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
+#include <QPushButton>
 #include <cmath>
 #include <set>
 
@@ -65,15 +66,20 @@ TEST_F(EditorParts, TheTabKeyGoesInReadingOrder) {
 std::vector<std::string> CutOffTexts(const QWidget& strip) {
     std::vector<std::string> cut_off;
     for (const QWidget* const widget : strip.findChildren<QWidget*>()) {
-        const bool shows_text = qobject_cast<const QAbstractButton*>(widget) != nullptr ||
-                                qobject_cast<const QLabel*>(widget) != nullptr;
+        const auto* const button = qobject_cast<const QPushButton*>(widget);
+        const bool shows_text =
+            button == nullptr && (qobject_cast<const QAbstractButton*>(widget) != nullptr ||
+                                  qobject_cast<const QLabel*>(widget) != nullptr);
+        const bool narrow =
+            button != nullptr &&
+            button->fontMetrics().horizontalAdvance(button->text()) + 8 > button->width();
         const QRect place(widget->mapTo(&strip, QPoint(0, 0)), widget->size());
         if (!widget->isVisible()) {
             continue;
         }
         if ((shows_text && (widget->width() < widget->minimumSizeHint().width() ||
                             widget->height() < widget->minimumSizeHint().height())) ||
-            !strip.rect().contains(place)) {
+            narrow || !strip.rect().contains(place)) {
             cut_off.push_back(widget->objectName().toStdString() + " " +
                               std::to_string(widget->width()));
         }
