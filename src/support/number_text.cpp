@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
+#include <cstring>
 #include <limits>
 #include <system_error>
 
@@ -84,6 +86,63 @@ bool IsAtLeastOne(std::string_view number) {
     return places + (negative ? -exponent : exponent) > 0;
 }
 
+/// Below this the whole part fits into 32 bits, and the millionths are known to half of one: their
+/// number stays below 2^52.
+constexpr double kLargestScaled = 4294967295.0;
+
+/// The millionths nearest to a number, the even ones between two.
+/// REQUIRES: 0 <= magnitude < kLargestScaled.
+std::int64_t RoundedMillionths(double magnitude) noexcept {
+    const double product = magnitude * 1e6;
+    const auto below = static_cast<std::int64_t>(product);
+    const double rest = product - static_cast<double>(below);
+    // The product is off by no more than half its last place. So it lies on the same side of the
+    // middle as the true one, unless it is the middle itself.
+    if (rest == 0.5) {
+        // The sign of this is exact.
+        const double beyond = std::fma(magnitude, 1e6, -(static_cast<double>(below) + 0.5));
+        return below + (beyond > 0.0 || (beyond == 0.0 && below % 2 == 1) ? 1 : 0);
+    }
+    return below + (rest > 0.5 ? 1 : 0);
+}
+
+/// The numbers below 1000 with three digits, and behind them how many of these lead with 0 (as many
+/// as can be left out). Four bytes more, so that each can be read from its second digit on.
+constexpr auto kTriples = [] {
+    std::array<char, 4 * 1000 + 4> triples{};
+    for (std::size_t number = 0; number < 1000; ++number) {
+        char* const triple = triples.data() + 4 * number;
+        triple[0] = static_cast<char>('0' + number / 100);
+        triple[1] = static_cast<char>('0' + number / 10 % 10);
+        triple[2] = static_cast<char>('0' + number % 10);
+        triple[3] = static_cast<char>(number < 10 ? 2 : number < 100 ? 1 : 0);
+    }
+    return triples;
+}();
+
+/// Writes three digits, and one byte behind them.
+void WriteTriple(std::uint32_t number, char* to) noexcept {
+    std::memcpy(to, kTriples.data() + std::size_t{4} * number, 4);
+}
+
+/// The same without leading zeros; returns one past the last digit.
+char* WriteLeadingTriple(std::uint32_t number, char* to) noexcept {
+    const char* const triple = kTriples.data() + std::size_t{4} * number;
+    const auto zeros = static_cast<std::size_t>(triple[3]);
+    std::memcpy(to, triple + zeros, 4);
+    return to + 3 - zeros;
+}
+
+/// Writes an integer, and up to three bytes behind it; returns one past the last digit.
+char* WriteWhole(std::uint32_t number, char* to) noexcept {
+    if (number < 1000) {
+        return WriteLeadingTriple(number, to);
+    }
+    to = WriteWhole(number / 1000, to);
+    WriteTriple(number % 1000, to);
+    return to + 3;
+}
+
 }  // namespace
 
 std::int32_t ReadInteger(std::string_view text) noexcept {
@@ -124,11 +183,24 @@ std::optional<double> FindDouble(std::string_view text) noexcept {
 }
 
 std::string FormatSixDecimals(double value) {
-    // The largest double has 309 digits before the point.
-    std::array<char, 352> text;
-    const auto [end, error] =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 6);
-    return error == std::errc() ? std::string(text.data(), end) : std::string();
+    std::array<char, kSixDecimalsRoom> text;
+    return {text.data(), WriteSixDecimals(value, text.data())};
+}
+
+char* WriteSixDecimals(double value, char* to) noexcept {
+    const double magnitude = std::fabs(value);
+    if (!(magnitude < kLargestScaled)) {  // no number, too
+        return std::to_chars(to, to + kSixDecimalsRoom, value, std::chars_format::fixed, 6).ptr;
+    }
+    *to = '-';
+    to += std::signbit(value) ? 1 : 0;
+    const auto millionths = static_cast<std::uint64_t>(RoundedMillionths(magnitude));
+    to = WriteWhole(static_cast<std::uint32_t>(millionths / 1'000'000), to);
+    const auto decimals = static_cast<std::uint32_t>(millionths % 1'000'000);
+    *to = '.';
+    WriteTriple(decimals / 1000, to + 1);
+    WriteTriple(decimals % 1000, to + 4);
+    return to + 7;
 }
 
 }  // namespace wavo

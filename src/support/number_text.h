@@ -6,6 +6,7 @@
 // none. What lies beyond the largest value becomes that value, so every result is finite.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -32,5 +33,13 @@ std::optional<double> FindDouble(std::string_view text) noexcept;
 
 /// A number as "%.6f" writes it.
 std::string FormatSixDecimals(double value);
+
+/// Bytes that WriteSixDecimals needs: sign, 309 digits, point and decimals, and some that it writes
+/// beyond the text.
+inline constexpr std::size_t kSixDecimalsRoom = 328;
+
+/// The same into memory, without a NUL; returns one past the last character. REQUIRES: there is
+/// room for kSixDecimalsRoom bytes.
+char* WriteSixDecimals(double value, char* to) noexcept;
 
 }  // namespace wavo

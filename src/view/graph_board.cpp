@@ -25,6 +25,18 @@ std::vector<QRect> SplitGraphArea(const QRect& area, std::size_t count) {
     return rectangles;
 }
 
+const GraphDraw* GraphBoard::FindDrawerWithValues(std::uint32_t graph_number) const {
+    const GraphDraw* found = nullptr;
+    double latest = 0.0;
+    for (const auto& drawer : m_drawers) {
+        if (drawer->Graph().GraphNumber == graph_number && drawer->LatestTime() > latest) {
+            found = drawer.get();
+            latest = drawer->LatestTime();
+        }
+    }
+    return found;
+}
+
 void GraphBoard::CreateAllGraphRects(const QRect& area, double cycle_time,
                                      const std::vector<std::string>& axis_names,
                                      const ViewSettings& settings) {

@@ -40,6 +40,10 @@ class GraphBoard {
         return m_drawers;
     }
 
+    /// The drawer of a graph that holds values, of several of that number the one with the newest;
+    /// null when there is none.
+    [[nodiscard]] const GraphDraw* FindDrawerWithValues(std::uint32_t graph_number) const;
+
     /// Makes a drawer for every graph, one below the other in `area` (pixels), with the buffers of
     /// its streams, and rebuilds the distribution lists for `axis_names`. While `cycle_time`
     /// (seconds) is 0 the drawers get no buffers.

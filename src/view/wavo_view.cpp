@@ -26,7 +26,8 @@ CWavoView::CWavoView(QWidget* parent)
       m_board(*this, [this](const std::string& text) { ShowError(text); }),
       m_editor(std::make_unique<CAxSelect>(this, this)),
       m_cycle(m_pump, m_board, *m_editor, *this, m_value_lock),
-      m_files(m_cycle, m_board, *this) {
+      m_files(m_cycle, m_board, *this),
+      m_data_export(m_board, *this) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(200, 80);
@@ -76,6 +77,13 @@ void CWavoView::SetTraceLevel() const {
     _MTrace_SetLevel("default", static_cast<unsigned>(std::max(0, m_settings.trace_level)));
 }
 
+void CWavoView::SaveSettings() {
+    const std::string& current = m_files.CurrentPath();
+    if (const std::string& file = current.empty() ? m_settings_file : current; !file.empty()) {
+        WriteProperties(file, m_settings);
+    }
+}
+
 bool CWavoView::OpenMessageWindow() {
     if (m_pump.OwnWindow() != 0 ||
         m_pump.Open([this](const platform::Message& message) { return m_cycle.OnMessage(message); },
@@ -87,6 +95,7 @@ bool CWavoView::OpenMessageWindow() {
 }
 
 void CWavoView::OnClose() {
+    m_data_export.Cancel();
     m_cycle.End();
 }
 
@@ -148,14 +157,14 @@ void CWavoView::EditAdditionalText() {
 bool CWavoView::event(QEvent* event) {
     if (event->type() == AppMessageEvent::EventType()) {
         auto* const message = static_cast<AppMessageEvent*>(event);
-        message->SetResult(OnAppMessage(message->number(), message->lParam()));
+        message->SetResult(OnAppMessage(*message));
         return true;
     }
     return QWidget::event(event);
 }
 
-std::int64_t CWavoView::OnAppMessage(AppMessage number, std::int64_t l_param) {
-    switch (number) {
+std::int64_t CWavoView::OnAppMessage(const AppMessageEvent& message) {
+    switch (message.number()) {
         case AppMessage::kEditorClosed:
             ShowOrHideGraphEditor(false);
             [[fallthrough]];
@@ -164,10 +173,11 @@ std::int64_t CWavoView::OnAppMessage(AppMessage number, std::int64_t l_param) {
             RebuildGraphs();
             return 1;
         }
-        case AppMessage::kZoomOut:
-            ZoomOut(static_cast<std::uint32_t>(l_param));
-            return 1;
         case AppMessage::kSaveValues:
+            return m_data_export.OnSaveValues(reinterpret_cast<const WavoGraph*>(message.lParam()));
+        case AppMessage::kZoomOut:
+            ZoomOut(static_cast<std::uint32_t>(message.lParam()));
+            return 1;
         case AppMessage::kCloseEditor:
         case AppMessage::kSelectGraph:
         case AppMessage::kSelectGraphAndTime:
@@ -340,6 +350,7 @@ void CWavoView::LinkChanged() {
 }
 
 void CWavoView::EndProcess() {
+    m_data_export.Cancel();
     Q_EMIT QuitRequested();
 }
 

@@ -16,6 +16,7 @@
 #include "ui/dialogs/ax_select.h"
 #include "ui/dialogs/view_settings.h"
 #include "view/acquisition_cycle.h"
+#include "view/data_export.h"
 #include "view/graph_board.h"
 #include "view/graph_files.h"
 #include "view/graph_picture.h"
@@ -26,6 +27,7 @@ namespace wavo {
 
 class CWavoView : public QWidget,
                   private AcquisitionHost,
+                  private DataExportHost,
                   private GraphDrawHost,
                   private GraphFilesHost {
     Q_OBJECT
@@ -109,10 +111,17 @@ class CWavoView : public QWidget,
     // GraphFilesHost
     void AddToRecentFiles(const std::string& path) override;
 
+    // DataExportHost
+    [[nodiscard]] ExportSettings& CurrentExportSettings() override {
+        return m_settings.export_settings;
+    }
+    void SaveSettings() override;
+    [[nodiscard]] QWidget* ExportWindow() override { return window(); }
+
     // GraphDrawHost
     void RecordingEnded() override;
 
-    std::int64_t OnAppMessage(AppMessage number, std::int64_t l_param);
+    std::int64_t OnAppMessage(const AppMessageEvent& message);
     /// Puts the editor to the top and the graphs below it.
     void LayOut();
     void ShowOrHideGraphEditor(bool show);
@@ -139,6 +148,7 @@ class CWavoView : public QWidget,
     std::unique_ptr<CAxSelect> m_editor;  // a child; goes before the graphs that it refers to
     AcquisitionCycle m_cycle;
     GraphFiles m_files;
+    DataExport m_data_export;
     GraphPicture m_picture;
     ZoomHistory m_zoom_history;
     bool m_ready_for_painting = false;  // set by OnInitialUpdate

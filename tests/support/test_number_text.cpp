@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -126,21 +128,78 @@ TEST(NumberText, DoublesThatAreTooSmallAreZero) {
     EXPECT_EQ(ReadDouble("0.000e400"), 0.0);
 }
 
-TEST(NumberText, SixDecimalsAsPrintfWritesThem) {
+/// Numbers that are hard to round to six decimals: `count` of each kind but the first.
+std::vector<double> HardNumbers(int count) {
     std::mt19937_64 random(20261121);
-    std::vector<double> values = {0.0,  -0.0,   1.0,          -1.5,     0.0000005, 1.0 / 3.0,
-                                  1e15, 1e22,   123456.78901, kLargest, -kLargest, 5e-324,
-                                  1e-7, 0.5e-6, 1.5e-6,       2.5e-6};
-    for (int i = 0; i < 10'000; ++i) {
-        values.push_back(std::ldexp(std::uniform_real_distribution<double>(-1.0, 1.0)(random),
-                                    static_cast<int>(random() % 2000) - 1000));
+    std::vector<double> values = {0.0,
+                                  5e-324,
+                                  1e-7,
+                                  0.5e-6,
+                                  1.5e-6,
+                                  2.5e-6,
+                                  5e-7,
+                                  1.0 / 3.0,
+                                  0.9999995,
+                                  999.9999995,
+                                  1e15,
+                                  1e22,
+                                  1e300,
+                                  123456.78901,
+                                  kLargest,
+                                  2.2e-308,
+                                  4294967294.9999995,
+                                  4294967295.0,
+                                  4294967295.9999998};
+    for (const double special :
+         {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {
+        values.push_back(special);
     }
+    // The first that is scaled no more, and its neighbours.
+    for (const double edge : {1000.0, 1e6, 1e9, 4294967295.0, 4503599627.370496}) {
+        values.push_back(std::nextafter(edge, 0.0));
+        values.push_back(std::nextafter(edge, kLargest));
+    }
+    for (int i = 0; i < count; ++i) {
+        // Any bits: all magnitudes, subnormal ones, infinities and what is no number.
+        values.push_back(std::bit_cast<double>(random()));
+        // Exact ties: odd multiples of 2^-7 have seven decimals and end in 5.
+        values.push_back(static_cast<double>(random() % (1ULL << 39U) * 2 + 1) / 128.0);
+        // As near to a tie as numbers come, on both sides, at all sizes that are scaled.
+        const double tie = (static_cast<double>(random() >> (random() % 52 + 12)) + 0.5) / 1e6;
+        values.push_back(tie);
+        values.push_back(std::nextafter(tie, 0.0));
+        values.push_back(std::nextafter(tie, kLargest));
+        // What machines send: decimals, and their neighbours.
+        const double decimal = static_cast<double>(random() % 10'000'000'000) / 1e6;
+        values.push_back(decimal);
+        values.push_back(std::nextafter(decimal, 0.0));
+        values.push_back(static_cast<double>(random() >> 20U) / 1e7);
+    }
+    return values;
+}
+
+TEST(NumberText, SixDecimalsAsPrintfWritesThem) {
+    const std::vector<double> values = HardNumbers(70'000);
+    int compared = 0;
     for (const double value : values) {
-        char expected[400];
-        std::snprintf(expected, sizeof expected, "%.6f", value);
-        ASSERT_EQ(FormatSixDecimals(value), expected);
+        for (const double number : {value, -value}) {
+            char expected[400];
+            std::snprintf(expected, sizeof expected, "%.6f", number);
+            ASSERT_EQ(FormatSixDecimals(number), expected);
+            ++compared;
+        }
     }
-    EXPECT_EQ(FormatSixDecimals(std::numeric_limits<double>::infinity()), "inf");
+    EXPECT_GT(compared, 1'000'000);
+}
+
+TEST(NumberText, SixDecimalsStayWithinTheRoomThatTheyNeed) {
+    for (const double number : HardNumbers(1000)) {
+        std::array<char, kSixDecimalsRoom + 1> text;
+        text.fill('#');
+        char* const end = WriteSixDecimals(number, text.data());
+        EXPECT_EQ(std::string(text.data(), end), FormatSixDecimals(number));
+        EXPECT_EQ(text.back(), '#');
+    }
 }
 
 // Text form of characters.

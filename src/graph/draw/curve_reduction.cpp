@@ -15,9 +15,9 @@ std::int32_t ColumnOf(const std::vector<std::uint64_t>& first_steps, std::uint64
 }
 
 /// Columns from a sample that is asked for to its use.
-constexpr std::int32_t kAhead = 8;
-/// Samples of a cache line.
-constexpr std::ptrdiff_t kCacheLine = 8;
+constexpr std::size_t kAhead = 8;
+/// Bytes.
+constexpr std::uintptr_t kCacheLine = 64;
 
 /// Reads one curve.
 class Reduction {
@@ -97,9 +97,9 @@ class Reduction {
             if (next == position) {
                 return false;
             }
-            if (column + kAhead < columns) {
-                Fetch(run.position +
-                      (first_steps[static_cast<std::size_t>(column + kAhead)] - run.step));
+            const std::size_t ahead = static_cast<std::size_t>(column) + kAhead;
+            if (ahead + 1 < first_steps.size()) {
+                Fetch(run.position + (first_steps[ahead] - run.step));
             }
             work(column, position, next - position);
             position = next;
@@ -119,10 +119,11 @@ class Reduction {
     void Fetch(std::uint64_t position) const {
         const std::uint64_t from = m_begin + position;
         if (from < m_size) {
-            const double* const samples = m_samples + SlotOf(from);
-            __builtin_prefetch(samples - kCacheLine);
-            __builtin_prefetch(samples);
-            __builtin_prefetch(samples + kCacheLine);
+            // Addresses, not pointers: those beside may lie outside the ring.
+            const auto address = reinterpret_cast<std::uintptr_t>(m_samples + SlotOf(from));
+            __builtin_prefetch(reinterpret_cast<const void*>(address - kCacheLine));
+            __builtin_prefetch(reinterpret_cast<const void*>(address));
+            __builtin_prefetch(reinterpret_cast<const void*>(address + kCacheLine));
         }
     }
 

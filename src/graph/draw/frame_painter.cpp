@@ -112,12 +112,17 @@ void PaintTexts(QPainter& painter, const FrameLayout& layout, const LabelMetrics
               Qt::AlignRight | Qt::AlignVCenter);
     for (std::size_t i = 0; i < texts.y.size() && i < layout.y_slots.size(); ++i) {
         const YLabel& label = texts.y[i];
-        const SlotPlaces places =
-            PlaceSlot(layout.y_slots[i], metrics.gap, TextWidth(font_metrics, label.text),
-                      TextWidth(font_metrics, label.spacing));
+        const QRect& slot = layout.y_slots[i];
+        const SlotPlaces places = PlaceSlot(slot, metrics.gap, TextWidth(font_metrics, label.text),
+                                            TextWidth(font_metrics, label.spacing));
         const QColor color = Readable(label.color, colors.background, colors.label_contrast);
-        PaintText(painter, places.text, label.text, color, Qt::AlignLeft | Qt::AlignVCenter);
-        PaintText(painter, places.spacing, label.spacing, color, Qt::AlignLeft | Qt::AlignVCenter);
+        const auto alignment = Qt::AlignLeft | Qt::AlignVCenter;
+        if (places.spacing.isEmpty()) {
+            PaintText(painter, slot, label.alone, color, alignment);
+            continue;
+        }
+        PaintText(painter, places.text, label.text, color, alignment);
+        PaintText(painter, places.spacing, label.spacing, color, alignment);
     }
 }
 

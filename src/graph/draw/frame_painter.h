@@ -17,6 +17,7 @@ namespace wavo {
 struct YLabel {
     QString text;
     QString spacing;
+    QString alone;  ///< the text where the spacing, which names the derivation, does not fit
     QColor color;
 };
 

@@ -17,6 +17,9 @@ constexpr std::int32_t kDefaultYScaleLines = 3;
 /// A zoom shorter than this, seconds, shows nothing.
 constexpr double kSmallestZoom = 0.0001;
 
+/// Room for new values that is kept from step to step.
+constexpr std::size_t kValuesKept = 16384;
+
 std::int32_t CheckedXLines(std::int32_t lines) {
     if (lines >= 1) {
         return lines;
@@ -49,6 +52,9 @@ double GraphTimeRange(const WavoGraph& graph) {
 }
 
 void GraphDraw::DrawBuffer::Discard() {
+    if (values.capacity() > kValuesKept) {
+        std::vector<double>().swap(values);  // a refill takes as many as the curve holds
+    }
     values.clear();
     start_time = 0.0;
 }

@@ -122,8 +122,11 @@ void GraphDraw::DrawFrameTexts() {
         QString::fromStdString(XSpacingText(m_graph, m_drawn_content.x, m_x_scale_lines));
     texts.state = m_run_state;
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        const std::string marked_name =
+            AxisLabel(m_graph.YCoorAxName[i], m_graph.YCoorAxDerivation[i]);
         texts.y.push_back({QString::fromStdString(YText(m_graph, i)),
                            QString::fromStdString(YSpacingText(m_graph, i, m_y_scale_lines)),
+                           QString::fromStdString(YTextNamed(m_graph, i, marked_name)),
                            ToQColor(m_graph.YCoorAxColor[i])});
     }
     if (m_layout.plot.isEmpty() || m_frame.isNull()) {

@@ -65,7 +65,8 @@ void LinesDrawAxis::SetGeometry(const PlotGeometry& geometry, double device_rati
     m_y_mapping.SetLines(geometry.horizontal);
     m_y_mapping.Fill(RangeOf(m_y_scale));
     m_y_mapping.ResetSegment();
-    PixelsChanged();
+    m_shape.XChanged();
+    m_shape.YChanged();
     MapAll(true, true);
 }
 
@@ -74,11 +75,6 @@ void LinesDrawAxis::XScaleChanged() {
     m_x_mapping.ResetSegment();
     m_shape.XChanged();
     MapAll(true, false);
-}
-
-void LinesDrawAxis::PixelsChanged() {
-    m_shape.XChanged();
-    m_shape.YChanged();
 }
 
 void LinesDrawAxis::MapPoint(LinePoint& point, bool force_x, bool force_y) {
@@ -158,8 +154,11 @@ void LinesDrawAxis::FitScaleToWindow() {
     // The scale fits the window alone, whatever was drawn before.
     m_y_auto.Reset();
     MTRACE(4, "CheckYScaleValue(): --- starting");
-    if (m_y_auto.Check(m_y_scale, ToExtremes(m_curve.FiniteExtremes()), m_curve.MaxPoints(),
-                       [] { return Extremes(); })) {
+    const ScaleDefinition before = m_y_scale;
+    const bool checked = m_y_auto.Check(m_y_scale, ToExtremes(m_curve.FiniteExtremes()),
+                                        m_curve.MaxPoints(), [] { return Extremes(); });
+    // A window that stands still has the same scale each time.
+    if (checked && m_y_scale != before) {
         ApplyScaleChange(m_y_mapping, m_y_scale);
     }
     MTRACE(4, "CheckYScaleValue(): --- leaving");
@@ -177,7 +176,7 @@ void LinesDrawAxis::DrawLinesXIsAx(const std::vector<double>& x_values,
         }
         m_x_auto.CountDrawn(x_values.size());
         m_y_auto.CountDrawn(y_values.size());
-        ++m_changes;
+        m_changes += x_values.size();
     }
     DrawAllLinesXIsAx(kOwnColor, canvas);
 }
@@ -197,7 +196,11 @@ void LinesDrawAxis::ApplyScaleChange(AxisMapping& mapping, const ScaleDefinition
     mapping.Fill(RangeOf(scale));
     m_x_mapping.ResetSegment();
     m_y_mapping.ResetSegment();
-    PixelsChanged();
+    if (&mapping == &m_x_mapping) {
+        m_shape.XChanged();
+    } else {
+        m_shape.YChanged();
+    }
     MapAll(false, true);
 }
 
@@ -239,8 +242,11 @@ void LinesDrawAxis::DrawAllLinesXIsTime(ColorRef color, PlotCanvas* canvas) {
 }
 
 QRect LinesDrawAxis::DrawSegments(QImage& picture, const QColor& color) const {
-    QPainter painter(&picture);
-    painter.scale(1.0 / picture.devicePixelRatio(), 1.0 / picture.devicePixelRatio());
+    // The same pixels without a ratio: scaling by the ratio and back may miss 1 by a rounding, and
+    // segments then leave pixels beside those of their ends.
+    QImage pixels(picture.bits(), picture.width(), picture.height(), picture.bytesPerLine(),
+                  picture.format());
+    QPainter painter(&pixels);
     painter.setClipRect(m_plot);
     QPen pen(color);
     pen.setWidth(1);

@@ -142,7 +142,6 @@ class LinesDrawAxis {
     void ApplyScaleChange(AxisMapping& mapping, const ScaleDefinition& scale);
     [[nodiscard]] Extremes HeldExtremes(double LinePoint::*value);
     [[nodiscard]] QColor DrawColor(ColorRef color) const;
-    void PixelsChanged();
     void FitScaleToWindow();
     // Both draw in device pixels and return what they may have touched.
     QRect DrawSegments(QImage& picture, const QColor& color) const;

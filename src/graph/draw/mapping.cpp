@@ -157,11 +157,13 @@ std::int32_t AxisMapping::Interpolate(double value, std::size_t segment) const {
     if (upper.value == lower.value) {
         return FirstEnd(lower);
     }
-    if (m_coordinate == Coordinate::kX) {
-        return ToPixel(Between(lower.x1, upper.x1, value - lower.value, upper.value - lower.value));
-    }
-    // From the upper line, so that truncation goes the same way on the screen for both ends.
-    return ToPixel(Between(upper.y1, lower.y1, value - upper.value, lower.value - upper.value));
+    // y from the upper line, so that truncation goes the same way on the screen for both ends.
+    const double pixel =
+        m_coordinate == Coordinate::kX
+            ? Between(lower.x1, upper.x1, value - lower.value, upper.value - lower.value)
+            : Between(upper.y1, lower.y1, value - upper.value, lower.value - upper.value);
+    // A scale line at infinity or at no number leaves nothing to divide by.
+    return std::isnan(pixel) ? FirstEnd(lower) : ToPixel(pixel);
 }
 
 }  // namespace wavo

@@ -22,7 +22,7 @@ double FromKey(std::int64_t key) {
 }
 
 /// The least value for which `reached` holds, which holds for all above it; `guess` is near it.
-/// Infinite when it holds nowhere.
+/// NaN when it holds nowhere.
 template <typename Reached>
 double LeastValue(double guess, Reached reached) {
     const std::int64_t least = KeyOf(-kInfinity);
@@ -53,7 +53,8 @@ double LeastValue(double guess, Reached reached) {
                 (static_cast<std::uint64_t>(above) - static_cast<std::uint64_t>(below)) / 2);
         (reached(FromKey(middle)) ? above : below) = middle;
     }
-    return FromKey(above);
+    return above != most || reached(kInfinity) ? FromKey(above)
+                                               : std::numeric_limits<double>::quiet_NaN();
 }
 
 /// The value where the scale lines reach a place between pixels.
@@ -114,11 +115,14 @@ void PixelEdges::Find(const AxisMapping& mapping, Coordinate coordinate, std::in
     }
     m_size = pixels;
     m_last = pixels - 1;
-    m_offset = direction > 0 ? 0.0 : 1.0;
     m_origin = lines.empty() ? 0.0 : lines.front().value;
     const double span = lines.empty() ? 0.0 : lines.back().value - m_origin;
     const double scale = static_cast<double>(pixels - 1) / span;
-    m_pixels_per_unit = std::isfinite(scale) && std::isfinite(span) ? scale : 0.0;
+    const bool even = std::isfinite(scale) && std::isfinite(span);
+    m_pixels_per_unit = even ? scale : 0.0;
+    // Without an estimate the search goes up from the first pixel: there may be edges that no
+    // value reaches, and from above them it would find no way down.
+    m_offset = even && direction < 0 ? 1.0 : 0.0;
 }
 
 void PixelEdges::IndicesOf(std::span<const double> values, std::int32_t* indices) const {

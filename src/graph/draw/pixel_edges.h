@@ -24,7 +24,7 @@ class PixelEdges {
 
     [[nodiscard]] std::int32_t Size() const { return m_size; }
 
-    /// The least value whose pixel has an index of at least `index`; infinite where none has.
+    /// The least value whose pixel has an index of at least `index`; NaN where none has.
     [[nodiscard]] double Edge(std::int32_t index) const {
         return m_edges[static_cast<std::size_t>(index)];
     }
@@ -59,7 +59,7 @@ class PixelEdges {
         return static_cast<std::int32_t>(edge - m_edges.data());
     }
 
-    std::vector<double> m_edges;  // from minus infinity to, as the end of a search, NaN
+    std::vector<double> m_edges;  // from minus infinity up; NaN, which ends a search, at the end
     std::int32_t m_size = 0;
     double m_last = 0.0;
     double m_origin = 0.0;

@@ -16,7 +16,7 @@ constexpr int kHighBlock = 96;
 
 /// A block is painted column by column when the pixels to be painted are less than one in so many
 /// of its area: single pixels cost that much more than those of a row.
-constexpr int kSparse = 6;
+constexpr int kSparse = 4;
 
 }  // namespace
 
@@ -61,8 +61,11 @@ void PlotCanvas::End() {
     }
     m_drawn_rows.resize(static_cast<std::size_t>(Blocks()));
     m_stride = m_picture->bytesPerLine() / static_cast<int>(sizeof(QRgb));
-    m_pixels = reinterpret_cast<QRgb*>(m_picture->bits()) + m_plot.top() * m_stride + m_plot.left();
-    const QPoint under = m_plot.topLeft() - m_origin;
+    // The plot area may begin above the picture: rows count from the first visible one.
+    m_first_row = m_visible.top() - m_plot.top();
+    m_pixels =
+        reinterpret_cast<QRgb*>(m_picture->bits()) + m_visible.top() * m_stride + m_visible.left();
+    const QPoint under = m_visible.topLeft() - m_origin;
     m_under_stride = m_background->bytesPerLine() / static_cast<int>(sizeof(QRgb));
     m_under = reinterpret_cast<const QRgb*>(m_background->constBits()) +
               under.y() * m_under_stride + under.x();
@@ -172,11 +175,11 @@ void PlotCanvas::FindRows() {
 }
 
 const QRgb* PlotCanvas::BackgroundRow(int row) const {
-    return m_under + row * m_under_stride;
+    return m_under + (row - m_first_row) * m_under_stride;
 }
 
 QRgb* PlotCanvas::PictureRow(int row) const {
-    return m_pixels + row * m_stride;
+    return m_pixels + (row - m_first_row) * m_stride;
 }
 
 void PlotCanvas::FindEqualRows() {
@@ -334,11 +337,10 @@ void PlotCanvas::PaintColumns(int block, const ColumnSpans* spans, QRgb color, b
 void PlotCanvas::PaintColumn(int column, int top, int bottom, const QRgb* color) {
     top = std::max(top, m_visible.top() - m_plot.top());
     bottom = std::min(bottom, m_visible.bottom() - m_plot.top());
-    QRgb* pixel = PictureRow(top) + column;
-    for (int row = top; row <= bottom; ++row, pixel += m_stride) {
-        *pixel = color != nullptr
-                     ? *color
-                     : BackgroundRow(m_equal_rows[static_cast<std::size_t>(row)])[column];
+    for (int row = top; row <= bottom; ++row) {
+        PictureRow(row)[column] =
+            color != nullptr ? *color
+                             : BackgroundRow(m_equal_rows[static_cast<std::size_t>(row)])[column];
     }
 }
 
@@ -371,6 +373,7 @@ void PlotCanvas::KeepLayers() {
         drawn.color = m_layers[i].color;
         drawn.version = m_layers[i].version;
         if (drawn.painted) {
+            drawn.spans.Clear(0);
             continue;
         }
         drawn.spans = *m_layers[i].spans;

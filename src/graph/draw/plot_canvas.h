@@ -32,10 +32,12 @@ class PlotCanvas {
 
     /// Begins a drawing. `background` is the picture of the graph without curves, its top left
     /// pixel at `origin` of the picture; it covers the plot area. Both stay until End. Nothing is
-    /// drawn when the plot area begins left of the picture.
+    /// drawn when the plot area begins left of the picture. REQUIRES: background, origin and plot
+    /// area are those of the last drawing, unless Forget was called since.
     void Begin(QImage& picture, const QImage& background, const QPoint& origin, const QRect& plot);
 
-    /// Lists a curve in an opaque colour. `spans` stays unchanged until End.
+    /// Lists a curve in an opaque colour. `spans` stays unchanged until End. REQUIRES: it has the
+    /// columns of the plot area, and rows within it.
     void Add(const ColumnSpans& spans, QRgb color);
 
     /// Lists a curve that draws itself, clipped to the plot area. `version` changes with what it
@@ -119,9 +121,10 @@ class PlotCanvas {
     /// Per row of the plot area, the first row with the same background: most rows look alike, and
     /// one of them stays in the nearest cache.
     std::vector<int> m_equal_rows;
-    QRgb* m_pixels = nullptr;  // of the picture, at the plot area's top left
+    int m_first_row = 0;       // of the plot area that is visible
+    QRgb* m_pixels = nullptr;  // of the picture, at the visible part's top left
     std::ptrdiff_t m_stride = 0;
-    const QRgb* m_under = nullptr;  // the background at the plot area's top left
+    const QRgb* m_under = nullptr;  // the background at the visible part's top left
     std::ptrdiff_t m_under_stride = 0;
 
     std::vector<DrawnLayer> m_drawn;

@@ -56,11 +56,15 @@ std::string XText(const WavoGraph& graph, const TimeWindow& window) {
 }
 
 std::string YText(const WavoGraph& graph, std::size_t axis) {
+    return YTextNamed(graph, axis, graph.YCoorAxName[axis]);
+}
+
+std::string YTextNamed(const WavoGraph& graph, std::size_t axis, const std::string& name) {
     const ScaleDefinition& scale = graph.YScales[axis];
     if (scale.ScaleType != ScaleTypeCode::kAxis) {
         return "?";
     }
-    return Join({"Y: ", graph.YCoorAxName[axis], "=", RangeText(GraphDefineGetMinMaxValue(scale))});
+    return Join({"Y: ", name, "=", RangeText(GraphDefineGetMinMaxValue(scale))});
 }
 
 std::string XSpacingText(const WavoGraph& graph, const ScaleDefinition& shown_scale,

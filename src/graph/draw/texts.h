@@ -31,6 +31,9 @@ std::string XText(const WavoGraph& graph, const TimeWindow& window);
 /// REQUIRES: axis < graph.YCoorAxName.size() and graph.YScales.size().
 std::string YText(const WavoGraph& graph, std::size_t axis);
 
+/// The same text with another name for the axis. REQUIRES: as YText.
+std::string YTextNamed(const WavoGraph& graph, std::size_t axis, const std::string& name);
+
 /// "dT=2.0s" or "name:   dx=2.0" for `lines` lines on the scale that is shown.
 std::string XSpacingText(const WavoGraph& graph, const ScaleDefinition& shown_scale,
                          std::int32_t lines);

@@ -40,9 +40,16 @@ void TimeCurve::BeginBatch(bool at_start, double range) {
 }
 
 void TimeCurve::Push(std::span<const double> samples) {
+    const std::uint64_t before = m_own.Appended();
     if (!m_own.Push(samples, m_max_points)) {
-        m_max_points = std::max<std::uint64_t>(1, m_own.Size());
         MERRLOG("LinesDrawAxis::DrawLinesXIsTime(): out of memory for the curve");
+        m_max_points = std::max<std::uint64_t>(1, m_own.Size());
+        if (m_own.Empty()) {
+            m_anchors.clear();
+        } else {
+            // The others take the place of the oldest, which asks for no memory.
+            (void)m_own.Push(samples.subspan(m_own.Appended() - before), m_max_points);
+        }
     }
     ++m_version;
 }
@@ -94,8 +101,8 @@ void TimeCurve::ForgetOldAnchors() {
 }
 
 void TimeCurve::ShowWindow(const SampleRing& ring, const SampleStretch& stretch) {
-    const bool same =
-        m_window == &ring && m_window_stretch == stretch && m_window_appended == ring.Appended();
+    const bool same = m_window == &ring && m_window_stretch == stretch &&
+                      m_window_appended == ring.Appended() && m_window_moves == ring.Moves();
     if (same) {
         return;
     }
@@ -106,6 +113,7 @@ void TimeCurve::ShowWindow(const SampleRing& ring, const SampleStretch& stretch)
     }
     m_window_stretch = stretch;
     m_window_appended = ring.Appended();
+    m_window_moves = ring.Moves();
     ++m_version;
 }
 
@@ -130,7 +138,9 @@ void TimeCurve::KeepWindow() {
     // A ring of its own as long as the window, shown as a window.
     m_own = SampleRing();
     m_own.SetExpectedSize(samples.size());
-    Push(samples);
+    if (!samples.empty() && !m_own.Push(samples, samples.size())) {
+        MERRLOG("LinesDrawAxis::KeepWindow(): out of memory for the curve");
+    }
     m_pyramid.Clear();
     m_window = &m_own;
     m_window_stretch = {0, m_own.Size()};

@@ -108,8 +108,9 @@ class TimeCurve {
     const SampleRing* m_window = nullptr;
     SampleStretch m_window_stretch;
     std::uint64_t m_window_appended = 0;  // of the window's ring when it was shown last
-    std::int64_t m_sweep = -1;            // step that the next sample follows; -1: it begins at 0
-    std::uint64_t m_newest_step = 0;      // of a sweep
+    std::uint64_t m_window_moves = 0;
+    std::int64_t m_sweep = -1;        // step that the next sample follows; -1: it begins at 0
+    std::uint64_t m_newest_step = 0;  // of a sweep
     std::deque<Anchor> m_anchors;
     std::vector<double> m_sums;  // times of every kSumDistance-th place, while times are sums
     std::uint64_t m_version = 0;

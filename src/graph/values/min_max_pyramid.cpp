@@ -14,7 +14,7 @@ constexpr std::uint8_t kHoldsInfinite = 2;
 constexpr std::size_t kReadEach = 48;
 
 /// Two numbers that are handled at once.
-using Pair = double __attribute__((vector_size(16), aligned(8)));
+using Pair = double __attribute__((vector_size(16), aligned(8), may_alias));
 
 Pair LoadPair(const double* from) {
     return *reinterpret_cast<const Pair*>(from);
@@ -32,18 +32,28 @@ Pair Largest(Pair kept, Pair candidate) {
 /// Minimum and maximum in the making. Several side by side: none waits for the one before it.
 class Extent {
  public:
-    /// Takes `count` minima and as many maxima in.
-    void Take(const double* minima, const double* maxima, std::size_t count) {
+    /// Takes samples in.
+    [[gnu::always_inline]] void Take(const double* samples, std::size_t count) {
+        Take(samples, samples, count);
+    }
+
+    /// Takes `count` minima and as many maxima in. Taking one twice does no harm: the last four
+    /// may overlap those before.
+    [[gnu::always_inline]] void Take(const double* minima, const double* maxima,
+                                     std::size_t count) {
+        if (count < 4) {
+            for (std::size_t i = 0; i < count; ++i) {
+                m_least[0] = Least(m_least[0], Pair{minima[i], minima[i]});
+                m_largest[0] = Largest(m_largest[0], Pair{maxima[i], maxima[i]});
+            }
+            return;
+        }
         std::size_t i = 0;
         for (; i + 4 <= count; i += 4) {
-            m_least[0] = Least(m_least[0], LoadPair(minima + i));
-            m_least[1] = Least(m_least[1], LoadPair(minima + i + 2));
-            m_largest[0] = Largest(m_largest[0], LoadPair(maxima + i));
-            m_largest[1] = Largest(m_largest[1], LoadPair(maxima + i + 2));
+            TakeFour(minima + i, maxima + i);
         }
-        for (; i < count; ++i) {
-            m_least[0] = Least(m_least[0], Pair{minima[i], minima[i]});
-            m_largest[0] = Largest(m_largest[0], Pair{maxima[i], maxima[i]});
+        if (i != count) {
+            TakeFour(minima + count - 4, maxima + count - 4);
         }
     }
 
@@ -54,6 +64,13 @@ class Extent {
     }
 
  private:
+    void TakeFour(const double* minima, const double* maxima) {
+        m_least[0] = Least(m_least[0], LoadPair(minima));
+        m_least[1] = Least(m_least[1], LoadPair(minima + 2));
+        m_largest[0] = Largest(m_largest[0], LoadPair(maxima));
+        m_largest[1] = Largest(m_largest[1], LoadPair(maxima + 2));
+    }
+
     static constexpr double kInfinity = std::numeric_limits<double>::infinity();
     Pair m_least[2] = {{kInfinity, kInfinity}, {kInfinity, kInfinity}};
     Pair m_largest[2] = {{-kInfinity, -kInfinity}, {-kInfinity, -kInfinity}};
@@ -152,8 +169,10 @@ void MinMaxPyramid::Update(const SampleRing& ring) {
     if (size == 0) {
         return;
     }
+    // Where the samples lie around the end, all slots have been written before.
+    const bool around_end = ring.SlotOf(0) > ring.SlotOf(size - 1);
     const std::size_t taken =
-        std::max(m_slots_taken, size == ring.Slots() ? size : ring.SlotOf(size - 1) + 1);
+        std::max(m_slots_taken, around_end ? ring.Slots() : ring.SlotOf(size - 1) + 1);
     if (taken != m_slots_taken) {
         ResizeLevels(taken, ring.Slots());
     }
@@ -181,7 +200,7 @@ void MinMaxPyramid::UpdateLowest(const double* samples, std::size_t first_block,
         const std::size_t begin = block * kFanOut;
         const std::size_t count = std::min(kFanOut, m_slots_taken - begin);
         Extent extent;
-        extent.Take(samples + begin, samples + begin, count);
+        extent.Take(samples + begin, count);
         m_levels[0].Set(block, extent.Result(), MarksOf(samples + begin, count));
     }
 }
@@ -204,20 +223,23 @@ void MinMaxPyramid::UpdateLevel(std::size_t level, std::size_t first_block,
 
 template <typename Taker>
 void MinMaxPyramid::TakeSlots(const double* samples, std::size_t begin, std::size_t end,
-                              Taker& extent) const {
+                              Taker& result) const {
+    Taker extent = result;  // stays in registers
     if (end - begin <= kReadEach) {
-        extent.Take(samples + begin, samples + begin, end - begin);
+        extent.Take(samples + begin, end - begin);
+        result = extent;
         return;
     }
     std::size_t first = CeilDivide(begin, kFanOut);
     std::size_t last = end / kFanOut;
-    extent.Take(samples + begin, samples + begin, first * kFanOut - begin);
-    extent.Take(samples + last * kFanOut, samples + last * kFanOut, end - last * kFanOut);
+    extent.Take(samples + begin, first * kFanOut - begin);
+    extent.Take(samples + last * kFanOut, end - last * kFanOut);
     for (std::size_t level = 0;; ++level) {
         const double* const minima = m_levels[level].minimum.data();
         const double* const maxima = m_levels[level].maximum.data();
         if (last - first <= kReadEach || level + 1 == m_levels.size()) {
             extent.Take(minima + first, maxima + first, last - first);
+            result = extent;
             return;
         }
         const std::size_t next_first = CeilDivide(first, kFanOut);
@@ -268,17 +290,27 @@ bool MinMaxPyramid::HasNaN(const SampleRing& ring, std::size_t position, std::si
     return found;
 }
 
+MinMaxPyramid::CleanBlock MinMaxPyramid::LargestClean(std::size_t begin, std::size_t end,
+                                                      std::uint8_t mark) const {
+    CleanBlock largest;
+    std::size_t slots = kFanOut;
+    for (std::size_t level = 0; level < m_levels.size(); ++level, slots *= kFanOut) {
+        if (begin % slots != 0 || end - begin < slots ||
+            (m_levels[level].marks[begin / slots] & mark) != 0) {
+            break;
+        }
+        largest = {level, slots};
+    }
+    return largest;
+}
+
 bool MinMaxPyramid::SlotsHaveNaN(const double* samples, std::size_t begin, std::size_t end) const {
-    const Level& lowest = m_levels[0];
     while (begin < end) {
-        const std::size_t block = begin / kFanOut;
-        const std::size_t block_end = std::min(end, (block + 1) * kFanOut);
-        if ((lowest.marks[block] & kHoldsNaN) != 0 &&
-            std::any_of(samples + begin, samples + block_end,
-                        [](double sample) { return std::isnan(sample); })) {
+        const CleanBlock clean = LargestClean(begin, end, kHoldsNaN);
+        if (clean.slots == 0 && std::isnan(samples[begin])) {
             return true;
         }
-        begin = block_end;
+        begin += std::max<std::size_t>(1, clean.slots);
     }
     return false;
 }
@@ -301,17 +333,16 @@ MinMax MinMaxPyramid::FiniteOf(const SampleRing& ring, std::size_t position,
 template <typename Taker>
 void MinMaxPyramid::TakeFiniteSlots(const double* samples, std::size_t begin, std::size_t end,
                                     Taker& extent) const {
-    const Level& lowest = m_levels[0];
     while (begin < end) {
-        const std::size_t block = begin / kFanOut;
-        const std::size_t block_end = std::min(end, (block + 1) * kFanOut);
-        const bool all_finite = (lowest.marks[block] & kHoldsInfinite) == 0;
-        for (std::size_t slot = begin; slot < block_end; ++slot) {
-            if (all_finite || std::isfinite(samples[slot])) {
-                extent.Take(samples + slot, samples + slot, 1);
-            }
+        const CleanBlock clean = LargestClean(begin, end, kHoldsInfinite);
+        if (clean.slots != 0) {
+            const Level& level = m_levels[clean.level];
+            const std::size_t block = begin / clean.slots;
+            extent.Take(&level.minimum[block], &level.maximum[block], 1);
+        } else if (std::isfinite(samples[begin])) {
+            extent.Take(samples + begin, 1);
         }
-        begin = block_end;
+        begin += std::max<std::size_t>(1, clean.slots);
     }
 }
 

@@ -33,7 +33,7 @@ class MinMaxPyramid {
  public:
     /// Takes in what has arrived in the ring since the last Update. Costs a few operations per new
     /// sample; after the ring has moved its samples, all are taken in anew. REQUIRES: the same ring
-    /// each time (or Clear in between); the ring replaces samples only when all slots are in use.
+    /// each time (or Clear in between).
     void Update(const SampleRing& ring);
 
     /// Forgets the ring and frees the memory.
@@ -80,6 +80,13 @@ class MinMaxPyramid {
     template <typename Taker>
     void TakeFiniteSlots(const double* samples, std::size_t begin, std::size_t end,
                          Taker& extent) const;
+    /// The largest block without a mark that begins at a slot and ends by `end`.
+    struct CleanBlock {
+        std::size_t level = 0;
+        std::size_t slots = 0;  ///< 0: there is none
+    };
+    [[nodiscard]] CleanBlock LargestClean(std::size_t begin, std::size_t end,
+                                          std::uint8_t mark) const;
     [[nodiscard]] bool SlotsHaveNaN(const double* samples, std::size_t begin,
                                     std::size_t end) const;
 

@@ -53,7 +53,7 @@ CAddText::CAddText(std::string& text, QWidget* parent) : QDialog(parent), m_text
 }
 
 void CAddText::accept() {
-    m_text = FindControl<QLineEdit>(*this, add_text::kText)->text().toStdString();
+    m_text = LineText(*this, add_text::kText).toStdString();
     QDialog::accept();
 }
 

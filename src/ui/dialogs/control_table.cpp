@@ -1,6 +1,7 @@
 #include "ui/dialogs/control_table.h"
 
 #include <QAbstractButton>
+#include <QLineEdit>
 #include <algorithm>
 #include <cassert>
 
@@ -30,6 +31,12 @@ QLabel* MakeLabel(const ControlRow& row, QWidget& control) {
     label->setBuddy(&control);
     label->setToolTip(control.toolTip());
     return label;
+}
+
+QString LineText(const QWidget& dialog, int id) {
+    QString text = FindControl<QLineEdit>(dialog, id)->text();
+    text.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
+    return text.replace(u'\n', u' ').replace(u'\r', u' ');
 }
 
 }  // namespace wavo

@@ -76,8 +76,9 @@ void CTriggerCondition::CreateControls() {
     InitControl(*name, row(tc::kAxisName));
     name->setTextFormat(Qt::PlainText);
     name->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    QLabel* const name_label = MakeLabel(row(tc::kAxisName), *name);
     auto* const name_line = new QFormLayout;
-    name_line->addRow(MakeLabel(row(tc::kAxisName), *name), name);
+    name_line->addRow(name_label, name);
 
     auto* const mode = new QGroupBox(QStringLiteral("trigger mode"));
     auto* const modes = new QVBoxLayout(mode);
@@ -90,8 +91,11 @@ void CTriggerCondition::CreateControls() {
 
     auto* const value = new QLineEdit;
     InitControl(*value, row(tc::kValue));
+    value->setMinimumWidth(value->fontMetrics().averageCharWidth() * 30);
+    QLabel* const value_label = MakeLabel(row(tc::kValue), *value);
+    name_label->setMinimumWidth(value_label->sizeHint().width());
     auto* const value_line = new QFormLayout;
-    value_line->addRow(MakeLabel(row(tc::kValue), *value), value);
+    value_line->addRow(value_label, value);
 
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     InitControl(*buttons->button(QDialogButtonBox::Ok), row(tc::kOk));
@@ -136,7 +140,7 @@ void CTriggerCondition::accept() {
     for (const auto& [type, id] : tc::kTriggers) {
         if (checked(id)) {
             m_entry.TriggerType = type;
-            const QString text = FindControl<QLineEdit>(*this, tc::kValue)->text();
+            const QString text = LineText(*this, tc::kValue);
             if (!text.isEmpty()) {
                 m_entry.TriggerValue = ReadDouble(text.toStdString());
             }

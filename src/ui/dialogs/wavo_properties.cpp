@@ -78,6 +78,13 @@ std::string ToBytes(const QString& text) {
     return (single_bytes ? text.toLatin1() : text.toUtf8()).toStdString();
 }
 
+/// An edit for a few characters.
+QLineEdit* MakeShortEdit(int id) {
+    auto* const edit = Make<QLineEdit>(id);
+    edit->setMaximumWidth(edit->fontMetrics().averageCharWidth() * 24);
+    return edit;
+}
+
 QString FromBytes(const std::string& bytes) {
     return QString::fromLatin1(QByteArray::fromStdString(bytes));
 }
@@ -144,7 +151,7 @@ QFormLayout* CWavoProperties::CreateDisplayPart() {
     form->addRow(MakeLabel(Row(wp::kBackground), *background), background);
     form->addRow(font_label, font);
     for (const int id : {wp::kScaleLinesX, wp::kScaleLinesY}) {
-        auto* const edit = Make<QLineEdit>(id);
+        QLineEdit* const edit = MakeShortEdit(id);
         form->addRow(MakeLabel(Row(id), *edit), edit);
     }
     form->addRow(Make<QCheckBox>(wp::kShowGraphEditor));
@@ -155,7 +162,7 @@ QGroupBox* CWavoProperties::CreateExportPart() {
     auto* const group = new QGroupBox(QStringLiteral("save values (data export)"));
     auto* const form = new QFormLayout(group);
     for (const int id : {wp::kSeparator, wp::kDecimalPoint, wp::kEndOfLine}) {
-        auto* const edit = Make<QLineEdit>(id);
+        QLineEdit* const edit = MakeShortEdit(id);
         form->addRow(MakeLabel(Row(id), *edit), edit);
     }
     auto* const file = Make<QLineEdit>(wp::kDataFile);
@@ -227,9 +234,9 @@ void CWavoProperties::SelectFont() {
 }
 
 void CWavoProperties::SelectDataFile() {
-    const auto path =
-        ChooseSaveFile(this, {QStringLiteral("Save As"), Text(wp::kDataFile), QStringLiteral("txt"),
-                              QStringLiteral("Data Files (*.txt)|*.txt|All Files (*.*)|*.*||")});
+    const auto path = ChooseSaveFile(
+        this, {QStringLiteral("Save As"), LineText(*this, wp::kDataFile), QStringLiteral("txt"),
+               QStringLiteral("Data Files (*.txt)|*.txt|All Files (*.*)|*.*||")});
     if (path) {
         SetText(wp::kDataFile, *path);
     }
@@ -244,19 +251,15 @@ void CWavoProperties::SetDefaultValues() {
 
 void CWavoProperties::accept() {
     m_edited.scale_lines_x =
-        ParseScaleLines(Text(wp::kScaleLinesX).toStdString(), kDefaultScaleLinesX);
+        ParseScaleLines(LineText(*this, wp::kScaleLinesX).toStdString(), kDefaultScaleLinesX);
     m_edited.scale_lines_y =
-        ParseScaleLines(Text(wp::kScaleLinesY).toStdString(), kDefaultScaleLinesY);
+        ParseScaleLines(LineText(*this, wp::kScaleLinesY).toStdString(), kDefaultScaleLinesY);
     m_edited.show_graph_editor = FindControl<QCheckBox>(*this, wp::kShowGraphEditor)->isChecked();
-    m_edited.export_settings =
-        ParseExportTexts({ToBytes(Text(wp::kSeparator)), ToBytes(Text(wp::kDecimalPoint)),
-                          ToBytes(Text(wp::kEndOfLine)), Text(wp::kDataFile).toStdString()});
+    m_edited.export_settings = ParseExportTexts(
+        {ToBytes(LineText(*this, wp::kSeparator)), ToBytes(LineText(*this, wp::kDecimalPoint)),
+         ToBytes(LineText(*this, wp::kEndOfLine)), LineText(*this, wp::kDataFile).toStdString()});
     m_settings = m_edited;
     QDialog::accept();
-}
-
-QString CWavoProperties::Text(int id) const {
-    return FindControl<QLineEdit>(*this, id)->text();
 }
 
 void CWavoProperties::SetText(int id, const QString& text) {

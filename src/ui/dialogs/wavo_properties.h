@@ -35,7 +35,6 @@ class CWavoProperties : public QDialog {
     void SelectFont();
     void SelectDataFile();
     void SetDefaultValues();
-    [[nodiscard]] QString Text(int id) const;
     void SetText(int id, const QString& text);
 
     ViewSettings& m_settings;  ///< the caller's

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QFontMetricsF>
 #include <limits>
 
@@ -86,6 +87,35 @@ TEST(DisplaySettings, WildNumbersGiveAUsableFont) {
 TEST(DisplaySettings, ColorsHaveRedInTheLowByte) {
     EXPECT_EQ(ToQColor(0x00563412), QColor(0x12, 0x34, 0x56));
     EXPECT_EQ(ToQColor(0xFF000000), QColor(0, 0, 0));
+}
+
+TEST(DisplaySettings, ColorsLoseNothingButTheirOpacity) {
+    EXPECT_EQ(ToColorRef(QColor(0x12, 0x34, 0x56)), 0x00563412U);
+    EXPECT_EQ(ToColorRef(QColor(255, 0, 0, 17)), 0x000000FFU);
+}
+
+TEST(DisplaySettings, TheDescriptionOfAFontMakesItAgain) {
+    QFont font(QStringLiteral("DejaVu Sans"));
+    font.setPixelSize(17);
+    font.setWeight(QFont::Bold);
+    font.setItalic(true);
+    font.setUnderline(true);
+    font.setStrikeOut(true);
+    const FontDescription description = DescribeFont(font);
+    FontDescription expected = Sans(-17);
+    expected.weight = 700;
+    expected.italic = true;
+    expected.underline = true;
+    expected.strike_out = true;
+    EXPECT_EQ(description, expected);
+    EXPECT_EQ(DescribeFont(MakeFont(description)), description);
+}
+
+TEST(DisplaySettings, AFontInPointsIsDescribedInPixels) {
+    QFont font(QStringLiteral("DejaVu Sans"));
+    font.setPointSize(30);
+    EXPECT_EQ(DescribeFont(font).height, -QFontInfo(font).pixelSize());
+    EXPECT_LT(DescribeFont(font).height, -1);
 }
 
 }  // namespace

@@ -127,5 +127,41 @@ TEST(MinMaxPyramid, NothingAndNaNAloneAreEmpty) {
     EXPECT_FALSE(watched.pyramid.HasNaN());
 }
 
+TEST(MinMaxPyramid, FollowsARingThatHoldsLessThanItHasRoomFor) {
+    // A stream that was allowed nothing but grew, and then was given a bound, ends like that.
+    std::mt19937 random(5);
+    for (const bool often : {true, false}) {
+        Watched watched(3000);
+        watched.Push(Noise(random, 1500, 0));
+        watched.limit = 1500;
+        ASSERT_GT(watched.ring.Slots(), 1500U);
+        for (int batch = 0; batch < 300; ++batch) {
+            ASSERT_TRUE(watched.ring.Push(Noise(random, 1 + random() % 90, batch % 3), 1500));
+            if (often || batch % 40 == 39) {
+                watched.pyramid.Update(watched.ring);
+                const std::size_t position = random() % 1500;
+                watched.ExpectRight(0, 1500);
+                watched.ExpectRight(position, random() % (1500 - position) + 1);
+            }
+        }
+    }
+}
+
+TEST(MinMaxPyramid, FindsTheFewOddSamplesOfALongStretch) {
+    std::mt19937 random(9);
+    for (int round = 0; round < 30; ++round) {
+        std::vector<double> samples = Noise(random, 70000, 0);
+        for (const double odd : {kNaN, kInf, -kInf}) {
+            samples[random() % samples.size()] = odd;
+        }
+        Watched watched(60000);
+        watched.Push(samples);
+        watched.ExpectRight(0, 60000);
+        const std::size_t position = random() % 60000;
+        watched.ExpectRight(position, 60000 - position);
+        watched.ExpectRight(position / 2, random() % (60000 - position / 2) + 1);
+    }
+}
+
 }  // namespace
 }  // namespace wavo

@@ -1,0 +1,55 @@
+#include "ui/dialogs/file_dialogs.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <utility>
+
+namespace wavo {
+
+namespace {
+
+FileHandler& Handler() {
+    static FileHandler handler;
+    return handler;
+}
+
+QStringList NameFilters(const std::vector<FileFilter>& filters) {
+    QStringList names;
+    for (const FileFilter& filter : filters) {
+        // The toolkit takes "*.*" at its word and hides the files without a point.
+        names.append(QString::fromStdString(
+            filter.name + " (" + (filter.pattern == "*.*" ? "*" : filter.pattern) + ")"));
+    }
+    return names;
+}
+
+}  // namespace
+
+std::optional<std::string> AskForFile(QWidget* parent, const FileQuestion& question) {
+    if (Handler()) {
+        return Handler()(question);
+    }
+    const bool is_saving = question.purpose == FileQuestion::Purpose::kSave;
+    QFileDialog dialog(parent);
+    dialog.setAcceptMode(is_saving ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode(is_saving ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    dialog.setDefaultSuffix(QString::fromStdString(question.default_extension));
+    dialog.setNameFilters(NameFilters(question.filters));
+    if (!question.initial_path.empty()) {
+        const QFileInfo initial(QString::fromStdString(question.initial_path));
+        dialog.setDirectory(initial.absolutePath());
+        dialog.selectFile(initial.fileName());
+    }
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+        return std::nullopt;
+    }
+    return QDir::toNativeSeparators(dialog.selectedFiles().front()).toStdString();
+}
+
+void SetFileHandler(FileHandler handler) {
+    Handler() = std::move(handler);
+}
+
+}  // namespace wavo

@@ -1,0 +1,131 @@
+#include "ui/dialogs/path_save_data.h"
+
+#include <QFileInfo>
+#include <QFontMetrics>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <algorithm>
+#include <optional>
+
+#include "ui/dialogs/controls.h"
+#include "ui/dialogs/elided_label.h"
+#include "ui/dialogs/file_dialogs.h"
+#include "ui/dialogs/message_boxes.h"
+
+namespace wavo {
+
+namespace {
+
+/// Characters of a path that can be read without scrolling.
+constexpr int kPathCharacters = 56;
+
+const PathSaveDataControl& ControlOf(PathSaveDataId id) {
+    return *std::find_if(kPathSaveDataControls.begin(), kPathSaveDataControls.end(),
+                         [id](const PathSaveDataControl& control) { return control.id == id; });
+}
+
+template <typename Widget>
+Widget* MakeControl(PathSaveDataId id, QWidget* parent) {
+    auto* const control = new Widget(parent);
+    SetControlId(*control, static_cast<int>(id));
+    control->setToolTip(QString::fromLatin1(ControlOf(id).tooltip));
+    return control;
+}
+
+QPushButton* MakeButton(PathSaveDataId id, QWidget* parent) {
+    auto* const button = MakeControl<QPushButton>(id, parent);
+    button->setText(QString::fromLatin1(ControlOf(id).text));
+    return button;
+}
+
+QLabel* MakeLabel(PathSaveDataId id, QWidget* control) {
+    auto* const label =
+        new QLabel(QString::fromLatin1(ControlOf(id).text), control->parentWidget());
+    label->setBuddy(control);
+    return label;
+}
+
+QString Joined(const std::vector<std::string>& names) {
+    QStringList list;
+    for (const std::string& name : names) {
+        list.append(QString::fromStdString(name));
+    }
+    return list.join(u',');
+}
+
+/// Asks whether a file may be replaced.
+bool MayReplace(QWidget* parent, const std::string& path) {
+    return ShowBox(parent, {"file " + path + " already exist, override ?", "file exist",
+                            BoxIcon::kExclamation, BoxButtons::kOkCancel}) == BoxAnswer::kOk;
+}
+
+}  // namespace
+
+PathSaveData::PathSaveData(const std::string& path, const std::vector<std::string>& axis_names,
+                           QWidget* parent)
+    : QDialog(parent), m_path(path) {
+    setWindowTitle(QStringLiteral("Save Values"));
+    auto* const axes = MakeControl<ElidedLabel>(PathSaveDataId::kAxes, this);
+    axes->setTextFormat(Qt::PlainText);
+    axes->setText(Joined(axis_names));
+    axes->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_path_edit = MakeControl<QLineEdit>(PathSaveDataId::kPath, this);
+    m_path_edit->setText(QString::fromStdString(path));
+    m_path_edit->setMinimumWidth(fontMetrics().averageCharWidth() * kPathCharacters);
+    LayOut();
+    m_path_edit->setFocus();
+}
+
+void PathSaveData::LayOut() {
+    auto* const axes = FindControl(*this, static_cast<int>(PathSaveDataId::kAxes));
+    auto* const browse = MakeButton(PathSaveDataId::kBrowse, this);
+    browse->setAutoDefault(false);
+    connect(browse, &QPushButton::clicked, this, [this] { ChoosePath(); });
+    auto* const ok = MakeButton(PathSaveDataId::kOk, this);
+    ok->setDefault(true);
+    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
+    auto* const cancel = MakeButton(PathSaveDataId::kCancel, this);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+
+    auto* const grid = new QGridLayout(this);
+    grid->addWidget(MakeLabel(PathSaveDataId::kAxes, axes), 0, 0);
+    grid->addWidget(axes, 0, 1, 1, 2);
+    grid->addWidget(MakeLabel(PathSaveDataId::kPath, m_path_edit), 1, 0);
+    grid->addWidget(m_path_edit, 1, 1);
+    grid->addWidget(browse, 1, 2);
+    grid->setColumnStretch(1, 1);
+    auto* const buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(ok);
+    buttons->addWidget(cancel);
+    grid->setRowStretch(2, 1);
+    grid->addLayout(buttons, 3, 0, 1, 3);
+    setTabOrder(m_path_edit, browse);
+    setTabOrder(browse, ok);
+    setTabOrder(ok, cancel);
+}
+
+void PathSaveData::accept() {
+    m_path = m_path_edit->text().toStdString();
+    QDialog::accept();
+}
+
+void PathSaveData::ChoosePath() {
+    const std::optional<std::string> path =
+        AskForFile(this, {FileQuestion::Purpose::kSave,
+                          "txt",
+                          m_path_edit->text().toStdString(),
+                          {{"Data Files", "*.txt"}, {"All Files", "*.*"}}});
+    if (!path.has_value()) {
+        return;
+    }
+    const QString text = QString::fromStdString(*path);
+    if (!QFileInfo::exists(text) || MayReplace(this, *path)) {
+        m_path_edit->setText(text);
+    }
+}
+
+}  // namespace wavo

@@ -1,0 +1,225 @@
+// The commands "Properties" and "Add. Text" in the window, from the menu to the picture and the
+// settings file.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QFile>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include "dialog_driver.h"
+#include "expect_errors.h"
+#include "fake_shared_memory.h"
+#include "graph/model/graph_ini_data.h"
+#include "support/diagnostics.h"
+#include "ui/dialogs/add_text.h"
+#include "ui/dialogs/add_text_controls.h"
+#include "ui/dialogs/choosers.h"
+#include "ui/dialogs/wavo_properties.h"
+#include "ui/dialogs/wavo_properties_controls.h"
+#include "ui/shell/commands.h"
+#include "ui/shell/main_frame.h"
+#include "view/wavo_view.h"
+
+namespace wavo {
+namespace {
+
+using namespace testing;
+namespace wp = wavo_properties;
+
+class SettingsCommands : public ::testing::Test {
+ protected:
+    SettingsCommands() {
+        ResetFakeSharedMemory();
+        for (const char* const name : {"XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_STATE_HOME"}) {
+            qputenv(name, m_folder.path().toUtf8());
+        }
+        m_frame = std::make_unique<CMainFrame>();
+        m_frame->resize(600, 400);
+        m_frame->show();
+        View().OnInitialUpdate(GraphFile());
+        QApplication::processEvents();
+    }
+    ~SettingsCommands() override {
+        m_frame.reset();
+        SetColorChooser(nullptr);
+        _MTrace_SetLevel("default", 1);
+    }
+
+    /// A file with one graph and the text "first".
+    std::string GraphFile() {
+        WavoGraph graph;
+        graph.InitGraph(1, "X", 0, nullptr);
+        MIniData store;
+        const std::string path = m_folder.filePath(QStringLiteral("graphs.ini")).toStdString();
+        EXPECT_TRUE(store.Open(path));
+        EXPECT_TRUE(GetGraphAsIniData(store, {graph}, "first"));
+        EXPECT_TRUE(store.Save());
+        return path;
+    }
+
+    /// Triggers a command and does something to its dialog.
+    template <typename Dialog, typename Action>
+    void Run(CommandId command, const Action& action) {
+        bool was_there = false;
+        QTimer::singleShot(0, m_frame.get(), [&] {
+            auto* const dialog = dynamic_cast<Dialog*>(QApplication::activeModalWidget());
+            was_there = dialog != nullptr;
+            if (was_there) {
+                action(*dialog);
+            }
+        });
+        m_frame->Action(command)->trigger();
+        EXPECT_TRUE(was_there);
+    }
+
+    CWavoView& View() { return m_frame->View(); }
+    [[nodiscard]] std::string SettingsText() const {
+        QFile file(m_folder.filePath(QStringLiteral("Velk/wavo.ini")));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll().toStdString();
+    }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<CMainFrame> m_frame;
+};
+
+TEST_F(SettingsCommands, StandInTheFileMenuBeforeExit) {
+    EXPECT_EQ(static_cast<int>(CommandId::kProperties), 32781);
+    EXPECT_EQ(static_cast<int>(CommandId::kAdditionalText), 32786);
+    std::vector<std::string> texts;
+    for (const QAction* const action : m_frame->menuBar()->actions()[0]->menu()->actions()) {
+        texts.push_back(action->isSeparator() ? "-" : action->text().toStdString());
+    }
+    EXPECT_THAT(texts, ::testing::ElementsAre("Proper&ties", "Add. &Text", "-", "E&xit"));
+    for (const CommandId id : {CommandId::kProperties, CommandId::kAdditionalText}) {
+        EXPECT_TRUE(m_frame->Action(id)->isEnabled());
+        EXPECT_STREQ(FindCommand(id).status_text, "");
+    }
+}
+
+TEST_F(SettingsCommands, PropertiesAreShownAtOnceAndWrittenToTheFile) {
+    SetColorChooser([](QWidget*, const QColor&) { return QColor(0x10, 0x20, 0x30); });
+    Run<CWavoProperties>(CommandId::kProperties, [&](CWavoProperties& dialog) {
+        EXPECT_EQ(TextOf(dialog, wp::kScaleLinesX), "5");
+        Click(dialog, wp::kBackground);
+        Type(dialog, wp::kScaleLinesX, QStringLiteral("8"));
+        Type(dialog, wp::kSeparator, QStringLiteral("0x09"));
+        Click(dialog, wp::kShowGraphEditor);
+        EXPECT_EQ(View().Settings(), DefaultViewSettings());
+        Click(dialog, wp::kOk);
+    });
+    ViewSettings expected = DefaultViewSettings();
+    expected.background = 0x302010;
+    expected.scale_lines_x = 8;
+    expected.export_settings.separator = '\t';
+    expected.show_graph_editor = false;
+    EXPECT_EQ(View().Settings(), expected);
+    EXPECT_EQ(View().Picture().pixelColor(0, 0), QColor(0x10, 0x20, 0x30));
+    for (const char* const line : {"red=16\r\n", "green=32\r\n", "blue=48\r\n", "x=8\r\n",
+                                   "Separator=0x09\r\n", "ShowDialog=0\r\n"}) {
+        EXPECT_THAT(SettingsText(), ::testing::HasSubstr(line));
+    }
+}
+
+TEST_F(SettingsCommands, EveryLookIsRedrawnAtOnce) {
+    const struct {
+        int id;
+        const char* typed;
+    } rows[] = {{wp::kScaleLinesX, "8"}, {wp::kScaleLinesY, "6"}};
+    for (const auto& row : rows) {
+        const QImage before = View().Picture().copy();
+        Run<CWavoProperties>(CommandId::kProperties, [&](CWavoProperties& dialog) {
+            Type(dialog, row.id, QString::fromLatin1(row.typed));
+            Click(dialog, wp::kOk);
+        });
+        EXPECT_NE(View().Picture(), before) << row.id;
+    }
+    SetFontChooser([](QWidget*, const QFont&) {
+        QFont font(QStringLiteral("DejaVu Sans"));
+        font.setPixelSize(27);
+        return font;
+    });
+    const QImage before = View().Picture().copy();
+    Run<CWavoProperties>(CommandId::kProperties, [](CWavoProperties& dialog) {
+        Click(dialog, wp::kSelectFont);
+        Click(dialog, wp::kOk);
+    });
+    SetFontChooser(nullptr);
+    EXPECT_NE(View().Picture(), before);
+    EXPECT_THAT(SettingsText(), ::testing::HasSubstr("height=-27\r\nname=DejaVu Sans\r\n"));
+}
+
+TEST_F(SettingsCommands, CancelledPropertiesChangeNothing) {
+    const std::string before = SettingsText();
+    const QImage picture = View().Picture().copy();
+    Run<CWavoProperties>(CommandId::kProperties, [&](CWavoProperties& dialog) {
+        Type(dialog, wp::kScaleLinesX, QStringLiteral("8"));
+        Click(dialog, wp::kCancel);
+    });
+    EXPECT_EQ(View().Settings(), DefaultViewSettings());
+    EXPECT_EQ(SettingsText(), before);
+    EXPECT_EQ(View().Picture(), picture);
+}
+
+TEST_F(SettingsCommands, PropertiesThatCannotBeWrittenAreUsedAllTheSame) {
+    const QString file = m_folder.filePath(QStringLiteral("Velk/wavo.ini"));
+    ASSERT_TRUE(QFile::remove(file));
+    ASSERT_TRUE(QDir().mkpath(file + QStringLiteral("/folder")));
+    const ExpectErrorLog expected(
+        {"CWavoView::WriteProperties: failed to open '" + file.toStdString() + "'",
+         "CWavoView::WriteProperties: failed to svae '" + file.toStdString() + "'"});
+    Run<CWavoProperties>(CommandId::kProperties, [&](CWavoProperties& dialog) {
+        Type(dialog, wp::kScaleLinesX, QStringLiteral("8"));
+        Click(dialog, wp::kOk);
+    });
+    EXPECT_EQ(View().Settings().scale_lines_x, 8);
+}
+
+TEST_F(SettingsCommands, TheTextOfTheGraphsIsShownInTheInverseOfTheBackground) {
+    EXPECT_EQ(View().Files().AdditionalText(), "first");
+    Run<CAddText>(CommandId::kAdditionalText, [&](CAddText& dialog) {
+        EXPECT_EQ(TextOf(dialog, add_text::kText), "first");
+        Type(dialog, add_text::kText, QString());
+        Click(dialog, add_text::kOk);
+    });
+    EXPECT_EQ(View().Files().AdditionalText(), "");
+    const QImage without = View().Picture().copy();
+    Run<CAddText>(CommandId::kAdditionalText, [&](CAddText& dialog) {
+        Type(dialog, add_text::kText, QStringLiteral("second"));
+        EXPECT_EQ(View().Files().AdditionalText(), "");
+        Click(dialog, add_text::kOk);
+    });
+    EXPECT_EQ(View().Files().AdditionalText(), "second");
+    QImage expected = without.copy();
+    TextBand().PutOn(expected, {"second", View().Settings().font, 0xFFFFFF});
+    EXPECT_NE(expected, without);
+    EXPECT_EQ(View().Picture(), expected);
+}
+
+TEST_F(SettingsCommands, ACancelledTextStays) {
+    const QImage picture = View().Picture().copy();
+    Run<CAddText>(CommandId::kAdditionalText, [&](CAddText& dialog) {
+        Type(dialog, add_text::kText, QStringLiteral("second"));
+        Click(dialog, add_text::kCancel);
+    });
+    EXPECT_EQ(View().Files().AdditionalText(), "first");
+    EXPECT_EQ(View().Picture(), picture);
+}
+
+TEST_F(SettingsCommands, PropertiesSetTheTraceLevelOfTheSettings) {
+    _MTrace_SetLevel("default", 4);
+    Run<CWavoProperties>(CommandId::kProperties,
+                         [](CWavoProperties& dialog) { Click(dialog, wp::kOk); });
+    EXPECT_EQ(_MTrace_TestLevel("default", 2), 0);
+    EXPECT_NE(_MTrace_TestLevel("default", 1), 0);
+}
+
+}  // namespace
+}  // namespace wavo

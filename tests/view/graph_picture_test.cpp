@@ -1,0 +1,132 @@
+#include "view/graph_picture.h"
+
+#include <gtest/gtest.h>
+
+#include <QPainter>
+#include <array>
+#include <cmath>
+#include <memory>
+
+#include "ui/dialogs/view_settings.h"
+#include "view/graph_board.h"
+
+namespace wavo {
+namespace {
+
+constexpr QSize kSize(400, 201);
+constexpr double kCycleTime = 0.01;
+
+/// Two graphs and their picture, fed in batches as the view does it.
+class Screen : public GraphDrawHost {
+ public:
+    explicit Screen(double ratio, GraphMode mode = GraphMode::kContinuity) {
+        for (const char* const axis : {"X", "Y"}) {
+            WavoGraph graph;
+            graph.InitGraph(static_cast<std::uint32_t>(m_board.Graphs().size() + 1), axis, 0,
+                            nullptr);
+            graph.XScale.TimeRange = 2.0;
+            graph.Mode = mode;
+            m_board.Graphs().push_back(graph);
+        }
+        m_picture.Resize(kSize, ratio);
+        Rebuild();
+    }
+    void RecordingEnded() override {}
+
+    void Rebuild() {
+        m_board.CreateAllGraphRects(QRect(QPoint(), kSize), kCycleTime, {"X", "Y"}, settings);
+        m_picture.Invalidate();
+    }
+    void Resize(double ratio) { m_picture.Resize(kSize, ratio); }
+
+    /// One batch of `lines` lines, drawn with `text` over it.
+    void Step(int lines, const std::string& text, bool restart = false) {
+        for (int i = 0; i < lines; ++i) {
+            const double t = kCycleTime * static_cast<double>(m_line++);
+            const std::array<double, 2> line{8.0 * std::sin(7.0 * t), 9.0 * std::sin(11.0 * t)};
+            m_board.Distribute(line.data(), 1, 2);
+        }
+        m_picture.Draw(m_board, settings.background, restart, Text(text));
+    }
+    [[nodiscard]] BandText Text(const std::string& text) const {
+        return {text, settings.font, ComplementColor(settings.background)};
+    }
+    [[nodiscard]] const QImage& Image() const { return m_picture.Image(); }
+
+    ViewSettings settings;
+
+ private:
+    GraphBoard m_board{*this, [](const std::string&) {}};
+    GraphPicture m_picture;
+    int m_line = 0;
+};
+
+class Picture : public ::testing::TestWithParam<double> {};
+INSTANTIATE_TEST_SUITE_P(Ratios, Picture, ::testing::Values(1.0, 1.5, 2.0));
+
+TEST_P(Picture, IsThatOfTheGraphsWithTheTextOverIt) {
+    for (const GraphMode mode : {GraphMode::kContinuity, GraphMode::kClassic}) {
+        Screen with_text(GetParam(), mode);
+        Screen without(GetParam(), mode);
+        for (int step = 0; step < 60; ++step) {
+            const bool restart = step == 40;
+            with_text.Step(step % 9, "additional text", restart);
+            without.Step(step % 9, "", restart);
+            QImage expected = without.Image().copy();
+            TextBand().PutOn(expected, without.Text("additional text"));
+            ASSERT_NE(expected, without.Image());
+            ASSERT_EQ(with_text.Image(), expected) << "step " << step;
+        }
+    }
+}
+
+TEST_P(Picture, ShowsWhatIsUnderTheTextWhenItGoes) {
+    Screen with_text(GetParam());
+    Screen without(GetParam());
+    for (int step = 0; step < 30; ++step) {
+        with_text.Step(5, step % 3 == 2 ? "" : "text " + std::to_string(step));
+        without.Step(5, "");
+        if (step % 3 == 2) {
+            ASSERT_EQ(with_text.Image(), without.Image()) << "step " << step;
+        } else {
+            ASSERT_NE(with_text.Image(), without.Image()) << "step " << step;
+        }
+    }
+}
+
+TEST_P(Picture, CarriesNoTextIntoANewSizeOrNewGraphs) {
+    Screen with_text(GetParam());
+    Screen without(GetParam());
+    for (Screen* const screen : {&with_text, &without}) {
+        screen->Step(50, screen == &with_text ? "text" : "");
+        screen->Rebuild();
+        screen->Step(5, "");
+    }
+    EXPECT_EQ(with_text.Image(), without.Image());
+    for (Screen* const screen : {&with_text, &without}) {
+        screen->Step(50, screen == &with_text ? "text" : "");
+        screen->Resize(4.0 - GetParam());
+        screen->Step(5, "");
+    }
+    EXPECT_EQ(with_text.Image(), without.Image());
+}
+
+TEST(PictureWithoutGraphs, ShowsTheTextOnTheBackground) {
+    class Host : public GraphDrawHost {
+        void RecordingEnded() override {}
+    } host;
+    GraphBoard board(host, [](const std::string&) {});
+    GraphPicture picture;
+    picture.Resize(kSize, 1.0);
+    const BandText text{"text", {}, 0xFFFFFF};
+    for (int step = 0; step < 3; ++step) {
+        picture.Draw(board, 0x102030, false, text);
+        QImage expected(kSize, QImage::Format_RGB32);
+        expected.fill(QColor(0x30, 0x20, 0x10));
+        TextBand().PutOn(expected, text);
+        EXPECT_EQ(picture.Image(), expected);
+    }
+}
+
+}  // namespace
+}  // namespace wavo

@@ -1,0 +1,96 @@
+// The view's side of saving values: the message of the graph editor, and the settings.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLineEdit>
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <string>
+
+#include "expect_errors.h"
+#include "temporary_folder.h"
+#include "ui/dialogs/app_messages.h"
+#include "ui/dialogs/controls.h"
+#include "ui/dialogs/path_save_data.h"
+#include "view/view_settings_file.h"
+#include "view/wavo_view.h"
+
+namespace wavo {
+namespace {
+
+using testing::ExpectErrorLog;
+
+class ViewExport : public ::testing::Test {
+ protected:
+    ViewExport() { ::setenv("XDG_DATA_HOME", m_folder.path().c_str(), 1); }
+    ~ViewExport() override { ::unsetenv("XDG_DATA_HOME"); }
+
+    void ShowGraphWithValues() {
+        WavoGraph graph;
+        graph.InitGraph(1, "X", 0, nullptr);
+        m_view.Board().Graphs() = {graph};
+        m_view.Board().CreateAllGraphRects({0, 0, 300, 200}, 0.004, {"X"}, m_view.Settings());
+        const double values[] = {1.25, -2.0};
+        m_view.Board().Distribute(values, 2, 1);
+    }
+    std::int64_t Send(const WavoGraph* graph) {
+        return SendAppMessage(&m_view, AppMessage::kSaveValues, 0,
+                              reinterpret_cast<std::int64_t>(graph));
+    }
+    void WhenAsked(const std::function<void(PathSaveData&)>& action) {
+        QMetaObject::invokeMethod(
+            qApp,
+            [this, action] {
+                ++m_asked;
+                action(dynamic_cast<PathSaveData&>(*QApplication::activeModalWidget()));
+            },
+            Qt::QueuedConnection);
+    }
+
+    const testing::TemporaryFolder m_folder;
+    CWavoView m_view;
+    int m_asked = 0;
+};
+
+TEST_F(ViewExport, TheMessageOfTheEditorSavesTheValuesOfItsGraph) {
+    ShowGraphWithValues();
+    const std::string path = m_folder.File("chosen.txt");
+    WhenAsked([&](PathSaveData& dialog) {
+        FindControl<QLineEdit>(dialog, static_cast<int>(PathSaveDataId::kPath))
+            ->setText(QString::fromStdString(path));
+        dialog.accept();
+    });
+    EXPECT_EQ(Send(&m_view.Board().Graphs().front()), 1);
+    EXPECT_EQ(m_folder.Read("chosen.txt"), "X\r\n1.250000\r\n-2.000000\r\n");
+    EXPECT_EQ(m_view.Settings().export_settings.data_file, path);
+    ViewSettings stored;
+    ReadProperties(m_folder.File("Velk/wavo.ini"), stored);
+    EXPECT_EQ(stored.export_settings.data_file, path);
+}
+
+TEST_F(ViewExport, AMessageWithoutAGraphDoesNothing) {
+    EXPECT_EQ(Send(nullptr), 1);
+}
+
+TEST_F(ViewExport, AMessageWithAGraphThatIsNotDrawnIsAnError) {
+    WavoGraph graph;
+    graph.InitGraph(9, "X", 0, nullptr);
+    const ExpectErrorLog expected({"CWavoView::OnMessageFromAxSelectSaveValues: Graph not found"});
+    EXPECT_EQ(Send(&graph), 1);
+}
+
+TEST_F(ViewExport, ClosingTheWindowLeavesTheDialog) {
+    ShowGraphWithValues();
+    WhenAsked([this](PathSaveData& dialog) {
+        m_view.OnClose();
+        EXPECT_FALSE(dialog.isVisible());
+    });
+    EXPECT_EQ(Send(&m_view.Board().Graphs().front()), 1);
+    EXPECT_EQ(m_asked, 1);
+}
+
+}  // namespace
+}  // namespace wavo
