@@ -1,0 +1,82 @@
+// The graph editor with real controls, operated as a user would, between a list of graphs and a
+// view that records its messages.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QTest>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "expect_errors.h"
+#include "link/axis_capabilities.h"
+#include "support/diagnostics.h"
+#include "ui/dialogs/ax_select.h"
+#include "ui/dialogs/choosers.h"
+#include "ui/dialogs/controls.h"
+#include "ui/dialogs/message_boxes.h"
+
+namespace wavo::testing {
+
+/// Everything that a record says but the derived radii, one entry per line.
+std::string Describe(const WavoGraph& graph);
+
+/// A graph over time with y axes X, X' and Y.
+WavoGraph TimeGraph(std::uint32_t number = 1);
+/// X over Y with manual scales: x from -10 to 30, y from -5 to 5.
+WavoGraph AxisGraph(std::uint32_t number = 1);
+
+/// Keeps the messages that it gets: "590", "591 1", "593 1"; of 0x592, the number of the graph.
+class RecordingView : public QObject {
+ public:
+    bool event(QEvent* event) override;
+    /// What came since the last call; posted messages are delivered first.
+    std::vector<std::string> Take();
+
+ private:
+    std::vector<std::string> m_messages;
+};
+
+class KnownLimits : public AxisLimitsSource {
+ public:
+    std::optional<AxisCapabilities> FindAxis(const std::string& name) override;
+    std::map<std::string, AxisCapabilities> axes;
+};
+
+class EditorFixture : public ::testing::Test {
+ protected:
+    EditorFixture();
+    ~EditorFixture() override;
+
+    /// Gives the editor graphs to edit; drops the messages of that.
+    void Begin(std::vector<WavoGraph> graphs);
+
+    template <typename Widget = QWidget>
+    [[nodiscard]] Widget& Get(EditorControl id) {
+        return *FindControl<Widget>(*m_editor, static_cast<int>(id));
+    }
+    void Click(EditorControl id);
+    /// Replaces the text of an edit, or of the edit part of a combo, in one step.
+    void Type(EditorControl id, const std::string& text);
+    /// Chooses an entry of a combo from its list.
+    void Choose(EditorControl id, const std::string& text);
+    /// Shows a y axis: its name and derivation are typed.
+    void ChooseYAxis(const std::string& name, int derivation);
+
+    [[nodiscard]] bool IsChecked(EditorControl id) { return m_editor->IsChecked(id); }
+    [[nodiscard]] bool IsEnabled(EditorControl id) { return Get(id).isEnabled(); }
+    [[nodiscard]] std::string Text(EditorControl id) { return m_editor->Text(id); }
+    [[nodiscard]] std::vector<std::string> Entries(EditorControl id);
+
+    std::vector<WavoGraph> m_graphs;
+    RecordingView m_view;
+    KnownLimits m_limits;
+    std::vector<Box> m_boxes;
+    std::unique_ptr<CAxSelect> m_editor = std::make_unique<CAxSelect>(&m_view);
+};
+
+}  // namespace wavo::testing

@@ -1,0 +1,206 @@
+// The parts of the graph editor: the table of its controls, its layout, the colours of new curves.
+#include <QAbstractButton>
+#include <QLabel>
+#include <QLayout>
+#include <QLineEdit>
+#include <QPushButton>
+#include <cmath>
+#include <set>
+
+#include "editor_fixture.h"
+#include "graph/draw/colors.h"
+#include "graph/draw/display_settings.h"
+#include "ui/dialogs/curve_palette.h"
+#include "ui/dialogs/flow_layout.h"
+
+namespace wavo {
+namespace {
+
+using enum EditorControl;
+using testing::AxisGraph;
+using testing::TimeGraph;
+
+using EditorParts = testing::EditorFixture;
+
+TEST_F(EditorParts, EveryControlIsThereOnceWithAToolTip) {
+    std::set<int> numbers;
+    for (const EditorRow& row : EditorControls()) {
+        const int number = static_cast<int>(row.id);
+        EXPECT_TRUE(numbers.insert(number).second) << number;
+        EXPECT_EQ(m_editor->findChildren<QWidget*>(ControlName(number)).size(), 1) << number;
+        EXPECT_FALSE(Get(row.id).toolTip().isEmpty()) << number;
+        EXPECT_EQ(&FindEditorRow(row.id), &row);
+    }
+    const std::set<int> all = {2,    1003, 1005, 1006, 1007, 1009, 1010, 1011, 1012, 1013,
+                               1015, 1016, 1018, 1019, 1021, 1022, 1023, 1025, 1028, 1030,
+                               1036, 1037, 1041, 1043, 1044, 1045, 1046, 1047, 1048, 1050,
+                               1053, 1059, 1062, 1064, 1072, 1074, 1077};
+    EXPECT_EQ(numbers, all);
+    for (const QWidget* const widget : m_editor->findChildren<QWidget*>()) {
+        const QString name = widget->objectName();
+        if (name.startsWith(QStringLiteral("control_"))) {
+            EXPECT_EQ(numbers.count(name.mid(8).toInt()), 1U) << name.toStdString();
+        }
+    }
+}
+
+TEST_F(EditorParts, TheTabKeyGoesInReadingOrder) {
+    Begin({AxisGraph()});
+    std::vector<QWidget*> expected;
+    for (const EditorRow& row : EditorControls()) {
+        expected.push_back(&Get(row.id));
+    }
+    std::vector<QWidget*> order;
+    for (QWidget* widget = expected.front();; widget = widget->nextInFocusChain()) {
+        if (!order.empty() && widget == expected.front()) {
+            break;
+        }
+        if (widget->objectName().startsWith(QStringLiteral("control_"))) {
+            order.push_back(widget);
+        }
+    }
+    EXPECT_EQ(order, expected);
+}
+
+/// Texts that a widget has no room for.
+std::vector<std::string> CutOffTexts(const QWidget& strip) {
+    std::vector<std::string> cut_off;
+    for (const QWidget* const widget : strip.findChildren<QWidget*>()) {
+        const auto* const button = qobject_cast<const QPushButton*>(widget);
+        const bool shows_text =
+            button == nullptr && (qobject_cast<const QAbstractButton*>(widget) != nullptr ||
+                                  qobject_cast<const QLabel*>(widget) != nullptr);
+        const bool narrow =
+            button != nullptr &&
+            button->fontMetrics().horizontalAdvance(button->text()) + 8 > button->width();
+        const QRect place(widget->mapTo(&strip, QPoint(0, 0)), widget->size());
+        if (!widget->isVisible()) {
+            continue;
+        }
+        if ((shows_text && (widget->width() < widget->minimumSizeHint().width() ||
+                            widget->height() < widget->minimumSizeHint().height())) ||
+            narrow || !strip.rect().contains(place)) {
+            cut_off.push_back(widget->objectName().toStdString() + " " +
+                              std::to_string(widget->width()));
+        }
+        const auto* const edit = qobject_cast<const QLineEdit*>(widget);
+        if (edit != nullptr && !edit->isReadOnly() &&
+            edit->fontMetrics().horizontalAdvance(edit->text()) > edit->width() - 8) {
+            cut_off.push_back("text of " + widget->objectName().toStdString());
+        }
+    }
+    return cut_off;
+}
+
+TEST_F(EditorParts, NothingIsCutOffAtAnyUsualWidth) {
+    WavoGraph graph = AxisGraph();
+    graph.XScale.Minimum = -1e8;
+    graph.YScales[0].Minimum = -1e8;
+    graph.XScale.Maximum = 1e8;
+    Begin({graph});
+    int before = 0;
+    for (const int width : {1920, 1366, 1280, 1024, 800, 640}) {
+        m_editor->resize(width, m_editor->heightForWidth(width));
+        EXPECT_THAT(CutOffTexts(*m_editor), ::testing::IsEmpty()) << width;
+        EXPECT_GE(m_editor->height(), before) << width;
+        before = m_editor->height();
+    }
+}
+
+TEST_F(EditorParts, AllGroupsStandInOneRowOnASmallScreen) {
+    EXPECT_EQ(m_editor->heightForWidth(1366), m_editor->heightForWidth(4000));
+}
+
+TEST(FlowLayoutTest, BreaksRowsAndSharesWhatIsLeft) {
+    QWidget window;
+    auto* const flow = new FlowLayout(&window);
+    flow->setContentsMargins(1, 2, 3, 4);
+    flow->setSpacing(5);
+    QWidget* widgets[3];
+    for (QWidget*& widget : widgets) {
+        widget = new QWidget(&window);
+        widget->setFixedSize(100, 20);
+        flow->addWidget(widget);
+    }
+    widgets[1]->setFixedSize(QWIDGETSIZE_MAX, 30);
+    widgets[1]->setMinimumWidth(100);
+    widgets[1]->setMaximumWidth(QWIDGETSIZE_MAX);
+    widgets[1]->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    EXPECT_EQ(flow->count(), 3);
+    EXPECT_EQ(flow->heightForWidth(314), 2 + 30 + 4);
+    EXPECT_EQ(flow->heightForWidth(313), 2 + 30 + 5 + 20 + 4);
+    EXPECT_EQ(flow->sizeHint(), QSize(314, 36));
+    flow->setGeometry({0, 0, 400, 36});
+    EXPECT_EQ(widgets[0]->x(), 1);
+    EXPECT_EQ(widgets[1]->geometry().left(), 106);
+    EXPECT_EQ(widgets[1]->width(), 186);
+    EXPECT_EQ(widgets[2]->x(), 297);
+}
+
+/// A colour as eyes see it that lack one kind of cones (0 none lacks, 1 to 3: long, middle, short).
+std::array<double, 3> Seen(ColorRef color, int lacking) {
+    static const double kMatrices[4][3][3] = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
+                                              {{0.152286, 1.052583, -0.204868},
+                                               {0.114503, 0.786281, 0.099216},
+                                               {-0.003882, -0.048116, 1.051998}},
+                                              {{0.367322, 0.860646, -0.227968},
+                                               {0.280085, 0.672501, 0.047413},
+                                               {-0.011820, 0.042940, 0.968881}},
+                                              {{1.255528, -0.076749, -0.178779},
+                                               {-0.078411, 0.930809, 0.147602},
+                                               {0.004733, 0.691367, 0.303900}}};
+    double linear[3];
+    for (int i = 0; i < 3; ++i) {
+        const double part = (color >> (8 * i) & 0xFF) / 255.0;
+        linear[i] = part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    }
+    double seen[3];
+    for (int i = 0; i < 3; ++i) {
+        const double* const m = kMatrices[lacking][i];
+        seen[i] = std::clamp(m[0] * linear[0] + m[1] * linear[1] + m[2] * linear[2], 0.0, 1.0);
+    }
+    const auto f = [](double t) { return t > 0.008856 ? std::cbrt(t) : 7.787 * t + 16.0 / 116.0; };
+    const double x = f((0.4124 * seen[0] + 0.3576 * seen[1] + 0.1805 * seen[2]) / 0.9505);
+    const double y = f(0.2126 * seen[0] + 0.7152 * seen[1] + 0.0722 * seen[2]);
+    const double z = f((0.0193 * seen[0] + 0.1192 * seen[1] + 0.9505 * seen[2]) / 1.089);
+    return {116 * y - 16, 500 * (x - y), 200 * (y - z)};
+}
+
+TEST(CurvePaletteTest, AllColorsDifferForEverybody) {
+    const auto colors = CurveColors();
+    for (int lacking = 0; lacking < 4; ++lacking) {
+        for (std::size_t i = 0; i < colors.size(); ++i) {
+            for (std::size_t j = 0; j < i; ++j) {
+                const auto a = Seen(colors[i], lacking);
+                const auto b = Seen(colors[j], lacking);
+                const double distance = std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
+                EXPECT_GE(distance, 20.0) << i << " and " << j << ", lacking " << lacking;
+            }
+        }
+    }
+}
+
+TEST(CurvePaletteTest, EveryColorThatIsTakenStandsOutFromTheBackground) {
+    for (const ColorRef background : {0x000000U, 0xFFFFFFU, 0xFF0000U, 0x404040U}) {
+        ColorRef color = FirstCurveColor(background);
+        EXPECT_GE(Contrast(ToQColor(color), ToQColor(background)), 4.5) << background;
+        std::vector<ColorRef> used = {color};
+        for (int i = 0; i < 20; ++i) {
+            color = NextCurveColor(color, background, used);
+            EXPECT_GE(Contrast(ToQColor(color), ToQColor(background)), 2.5) << background;
+            used.push_back(color);
+        }
+    }
+}
+
+TEST(CurvePaletteTest, AllTwelveAreTakenOnBlackBeforeOneComesAgain) {
+    std::vector<ColorRef> used = {FirstCurveColor(0)};
+    while (used.size() < 12) {
+        used.push_back(NextCurveColor(used.back(), 0, used));
+    }
+    EXPECT_EQ(std::set<ColorRef>(used.begin(), used.end()).size(), 12U);
+    EXPECT_EQ(NextCurveColor(used.back(), 0, used), used.front());
+}
+
+}  // namespace
+}  // namespace wavo

@@ -1,0 +1,181 @@
+// The view and its graph editor: where it stands, what its messages do, and stepping back from
+// zooms.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QTemporaryDir>
+
+#include "ui/dialogs/controls.h"
+#include "ui/dialogs/message_boxes.h"
+#include "view/wavo_view.h"
+
+namespace wavo {
+namespace {
+
+using ::testing::IsEmpty;
+
+WavoGraph TimeGraph(std::uint32_t number) {
+    WavoGraph graph;
+    graph.InitGraph(number, "X", 0, nullptr);
+    return graph;
+}
+
+class ViewWithEditor : public ::testing::Test {
+ protected:
+    ViewWithEditor() {
+        qputenv("XDG_DATA_HOME", m_folder.path().toUtf8());
+        qputenv("XDG_RUNTIME_DIR", m_folder.path().toUtf8());
+        SetBoxHandler([this](const Box& box) {
+            m_boxes.push_back(box.text);
+            return BoxAnswer::kOk;
+        });
+        m_view = std::make_unique<CWavoView>();
+        m_view->resize(1366, 700);
+        m_view->show();
+        m_view->OnInitialUpdate();
+        QApplication::sendPostedEvents();
+    }
+    ~ViewWithEditor() override {
+        m_view.reset();
+        SetBoxHandler(nullptr);
+        qunsetenv("XDG_DATA_HOME");
+        qunsetenv("XDG_RUNTIME_DIR");
+    }
+
+    /// Graphs over time, as if a file with them was opened.
+    void Show(std::vector<WavoGraph> graphs) {
+        m_view->Board().Graphs() = std::move(graphs);
+        m_view->Editor().Init(m_view->Board().Graphs(), {"X", "Y"});
+        QApplication::sendPostedEvents();
+    }
+    QAbstractButton& Button(EditorControl id) {
+        return *FindControl<QAbstractButton>(m_view->Editor(), static_cast<int>(id));
+    }
+    [[nodiscard]] bool IsEnabled(EditorControl id) {
+        return FindControl(m_view->Editor(), static_cast<int>(id))->isEnabled();
+    }
+    [[nodiscard]] const GraphDraw& Drawer(std::size_t index) {
+        return *m_view->Board().Drawers().at(index);
+    }
+
+    QTemporaryDir m_folder;
+    std::vector<std::string> m_boxes;
+    std::unique_ptr<CWavoView> m_view;
+};
+
+TEST_F(ViewWithEditor, StandsAboveTheGraphs) {
+    Show({TimeGraph(1), TimeGraph(2)});
+    EXPECT_THAT(m_boxes, IsEmpty());
+    ASSERT_TRUE(m_view->IsGraphEditorShown());
+    const QRect editor = m_view->Editor().geometry();
+    EXPECT_EQ(editor.topLeft(), QPoint(0, 0));
+    EXPECT_EQ(editor.width(), 1366);
+    EXPECT_EQ(m_view->GraphArea(), QRect(0, editor.height() + 1, 1366, 700 - editor.height() - 1));
+    EXPECT_EQ(Drawer(0).Rectangle().top(), editor.height() + 1);
+    m_view->resize(640, 700);
+    EXPECT_GT(m_view->Editor().height(), editor.height());
+    EXPECT_EQ(m_view->Editor().width(), 640);
+    EXPECT_EQ(Drawer(0).Rectangle().top(), m_view->Editor().height() + 1);
+}
+
+TEST_F(ViewWithEditor, LeavesAllRoomToTheGraphsWhenItIsClosed) {
+    Show({TimeGraph(1)});
+    Button(EditorControl::kClose).click();
+    EXPECT_FALSE(m_view->IsGraphEditorShown());
+    EXPECT_EQ(m_view->GraphArea(), m_view->rect());
+    EXPECT_EQ(Drawer(0).Rectangle().top(), 0);
+    m_view->ShowGraphEditor();
+    EXPECT_TRUE(m_view->IsGraphEditorShown());
+    EXPECT_TRUE(m_view->Editor().IsShown());
+    EXPECT_EQ(Drawer(0).Rectangle().top(), m_view->Editor().height() + 1);
+}
+
+TEST_F(ViewWithEditor, ShowsAChangeAtOnce) {
+    Show({TimeGraph(1)});
+    EXPECT_TRUE(Drawer(0).Graph().ZeroLines);
+    Button(EditorControl::kZeroLines).click();
+    QApplication::sendPostedEvents();
+    EXPECT_FALSE(Drawer(0).Graph().ZeroLines);
+    Button(EditorControl::kDeleteGraph).click();
+    QApplication::sendPostedEvents();
+    EXPECT_THAT(m_view->Board().Drawers(), IsEmpty());
+}
+
+TEST_F(ViewWithEditor, TellsARecordHowLargeItsGraphIsDrawn) {
+    Show({TimeGraph(1)});
+    const QRect plot = Drawer(0).PlotArea();
+    EXPECT_GT(plot.height(), 0);
+    EXPECT_EQ(m_view->Board().Graphs()[0].Drawn.width, plot.width());
+    EXPECT_EQ(m_view->Board().Graphs()[0].Drawn.height, plot.height());
+    m_view->resize(1000, 500);
+    EXPECT_EQ(m_view->Board().Graphs()[0].Drawn.width, Drawer(0).PlotArea().width());
+    EXPECT_LT(m_view->Board().Graphs()[0].Drawn.width, plot.width());
+}
+
+TEST_F(ViewWithEditor, StepsBackFromZoomsOneByOne) {
+    Show({TimeGraph(1), TimeGraph(2)});
+    m_view->ZoomGraph(0, 1.0, 3.0);
+    m_view->ZoomGraph(0, 0.5, 1.0);
+    EXPECT_TRUE(Drawer(0).Zoom().active);
+    EXPECT_FALSE(Drawer(1).Zoom().active);
+    EXPECT_FALSE(IsEnabled(EditorControl::kTimeRange));
+    EXPECT_FALSE(IsEnabled(EditorControl::kAllGraphs));
+    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "0.500");
+    Button(EditorControl::kZoomOut).click();
+    EXPECT_EQ(Drawer(0).Zoom().start, 1.0);
+    EXPECT_EQ(Drawer(0).Zoom().end, 3.0);
+    EXPECT_FALSE(IsEnabled(EditorControl::kTimeRange));
+    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "2.000");
+    Button(EditorControl::kZoomOut).click();
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+    EXPECT_EQ(Drawer(0).Graph().XScale.TimeRange, 10.0);
+    EXPECT_EQ(Drawer(0).State(), RunState::kRunning);
+    EXPECT_TRUE(IsEnabled(EditorControl::kTimeRange));
+    EXPECT_TRUE(IsEnabled(EditorControl::kAllGraphs));
+    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "10.000");
+    Button(EditorControl::kZoomOut).click();  // nothing left
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+}
+
+TEST_F(ViewWithEditor, ZoomsAllGraphsOverTimeTogether) {
+    WavoGraph over_axis = TimeGraph(3);
+    over_axis.XCoorType = CoorType::kAxis;
+    over_axis.XScale = {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, 0.0, 1.0};
+    Show({TimeGraph(1), TimeGraph(2), over_axis});
+    Button(EditorControl::kAllGraphs).setChecked(true);
+    m_view->ZoomGraph(1, 1.0, 3.0);
+    EXPECT_TRUE(Drawer(0).Zoom().active);
+    EXPECT_TRUE(Drawer(1).Zoom().active);
+    EXPECT_FALSE(Drawer(2).Zoom().active);
+    m_view->ZoomOut(2);
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+    EXPECT_FALSE(Drawer(1).Zoom().active);
+    EXPECT_TRUE(IsEnabled(EditorControl::kAllGraphs));
+}
+
+TEST_F(ViewWithEditor, ForgetsZoomsWhenTheGraphsAreMadeAnewOrRestarted) {
+    Show({TimeGraph(1)});
+    m_view->ZoomGraph(0, 1.0, 3.0);
+    Button(EditorControl::kZeroLines).click();
+    QApplication::sendPostedEvents();
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+    EXPECT_TRUE(IsEnabled(EditorControl::kTimeRange));
+    m_view->ZoomGraph(0, 1.0, 3.0);
+    m_view->Start();
+    EXPECT_TRUE(IsEnabled(EditorControl::kTimeRange));
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+}
+
+TEST_F(ViewWithEditor, AllowsSavingOnlyWhileItIsStopped) {
+    Show({TimeGraph(1)});
+    EXPECT_FALSE(IsEnabled(EditorControl::kSaveValues));
+    m_view->Stop();
+    EXPECT_TRUE(IsEnabled(EditorControl::kSaveValues));
+    m_view->Start();
+    EXPECT_FALSE(IsEnabled(EditorControl::kSaveValues));
+}
+
+}  // namespace
+}  // namespace wavo
