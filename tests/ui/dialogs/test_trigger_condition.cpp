@@ -65,20 +65,20 @@ TEST(TriggerCondition, ControlsHaveTheirNumbersAndTexts) {
 
 TEST(TriggerCondition, ShowsTheEntry) {
     const struct {
-        int type;
         double value;
-        int radio;
         const char* text;
+        int type;
+        int radio;
     } rows[] = {
-        {2, 1.5, 1049, "1.500000"},
-        {3, -12.25, 1051, "-12.250000"},
-        {4, 1e8, 1050, "100000000.000000"},
-        {5, 0.0000004, 1052, "0.000000"},
-        {2, -0.0, 1049, "-0.000000"},
-        {1, 7.0, 1054, ""},
-        {0, 7.0, 1054, ""},
-        {6, 7.0, 1054, ""},
-        {-1, 7.0, 1054, ""},
+        {1.5, "1.500000", 2, 1049},
+        {-12.25, "-12.250000", 3, 1051},
+        {1e8, "100000000.000000", 4, 1050},
+        {0.0000004, "0.000000", 5, 1052},
+        {-0.0, "-0.000000", 2, 1049},
+        {7.0, "", 1, 1054},
+        {7.0, "", 0, 1054},
+        {7.0, "", 6, 1054},
+        {7.0, "", -1, 1054},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.type);
@@ -94,16 +94,16 @@ TEST(TriggerCondition, ShowsTheEntry) {
 
 TEST(TriggerCondition, OkTakesTheCheckedTypeAndTheValue) {
     const struct {
-        int radio;
         const char* typed;
-        int type;
         double value;
+        int radio;
+        int type;
     } rows[] = {
-        {1049, "2.5", 2, 2.5},    {1051, "-3", 3, -3.0}, {1050, "1e3", 4, 1000.0},
-        {1052, " .5xyz", 5, 0.5}, {1049, "abc", 2, 0.0},  // no number is 0
-        {1049, " ", 2, 0.0},      {1049, "1,5", 2, 1.0},  // a comma is no decimal point
-        {1051, "", 3, 42.0},                              // empty keeps the value
-        {1054, "17", 1, 42.0},                            // the value is not read
+        {"2.5", 2.5, 1049, 2},    {"-3", -3.0, 1051, 3}, {"1e3", 1000.0, 1050, 4},
+        {" .5xyz", 0.5, 1052, 5}, {"abc", 0.0, 1049, 2},  // no number is 0
+        {" ", 0.0, 1049, 2},      {"1,5", 1.0, 1049, 2},  // a comma is no decimal point
+        {"", 42.0, 1051, 3},                              // empty keeps the value
+        {"17", 42.0, 1054, 1},                            // the value is not read
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.typed);

@@ -57,7 +57,7 @@ class SettingsCommands : public ::testing::Test {
         WavoGraph graph;
         graph.InitGraph(1, "X", 0, nullptr);
         MIniData store;
-        const std::string path = m_folder.filePath(QStringLiteral("graphs.ini")).toStdString();
+        std::string path = m_folder.filePath(QStringLiteral("graphs.ini")).toStdString();
         EXPECT_TRUE(store.Open(path));
         EXPECT_TRUE(GetGraphAsIniData(store, {graph}, "first"));
         EXPECT_TRUE(store.Save());
