@@ -8,6 +8,7 @@ enum class CommandId : int {
     kStop = 32777,
     kStart = 32779,
     kProperties = 32781,
+    kShowGraphEditor = 32782,
     kAdditionalText = 32786,
     kExit = 57665,
 };

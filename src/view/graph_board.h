@@ -70,6 +70,8 @@ class GraphBoard {
  private:
     void DistributeLineByLine(const double* lines, std::uint64_t line_count,
                               std::uint64_t axis_count);
+    /// Tells the definitions how large their graphs are drawn.
+    void NoteDrawnSizes();
     GraphStreams StreamsOf(const WavoGraph& graph, double cycle_time);
     GraphValue* FindBuffer(const std::string& axis_name, double cycle_time, double time_range,
                            std::int32_t derivation);

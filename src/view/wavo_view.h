@@ -13,13 +13,14 @@
 #include <string>
 
 #include "ui/dialogs/app_messages.h"
-#include "ui/dialogs/graph_editor.h"
+#include "ui/dialogs/ax_select.h"
 #include "ui/dialogs/view_settings.h"
 #include "view/acquisition_cycle.h"
 #include "view/graph_board.h"
 #include "view/graph_files.h"
 #include "view/graph_picture.h"
 #include "view/message_pump.h"
+#include "view/zoom_history.h"
 
 namespace wavo {
 
@@ -52,9 +53,23 @@ class CWavoView : public QWidget,
     /// file with the graphs.
     void EditAdditionalText();
 
+    /// Shows the graph editor above the graphs.
+    void ShowGraphEditor();
+    [[nodiscard]] bool IsGraphEditorShown() const { return m_editor->isVisibleTo(this); }
+
+    /// Zooms the drawn graph of an index (with the editor's `all graphs` every graph over time) to
+    /// a span of its displayed time axis, seconds. Nothing for a graph that is not over time.
+    void ZoomGraph(std::size_t index, double start, double end);
+    /// Steps the graph of a number (with `all graphs` every graph over time) back to the zoom
+    /// before.
+    void ZoomOut(std::uint32_t graph_number);
+
     [[nodiscard]] const AcquisitionCycle& Acquisition() const { return m_cycle; }
     [[nodiscard]] AxisLimitsSource& Capabilities() { return m_cycle.Capabilities(); }
     [[nodiscard]] GraphBoard& Board() { return m_board; }
+    [[nodiscard]] CAxSelect& Editor() { return *m_editor; }
+    /// Where the graphs are drawn: below the editor.
+    [[nodiscard]] QRect GraphArea() const;
     [[nodiscard]] platform::WindowHandle Window() const { return m_pump.OwnWindow(); }
     [[nodiscard]] const GraphFiles& Files() const { return m_files; }
     [[nodiscard]] const ViewSettings& Settings() const { return m_settings; }
@@ -97,7 +112,14 @@ class CWavoView : public QWidget,
     // GraphDrawHost
     void RecordingEnded() override;
 
-    std::int64_t OnAppMessage(AppMessage number);
+    std::int64_t OnAppMessage(AppMessage number, std::int64_t l_param);
+    /// Puts the editor to the top and the graphs below it.
+    void LayOut();
+    void ShowOrHideGraphEditor(bool show);
+    void ClearZoomHistory();
+    void TellZoom(const GraphDraw& drawer);
+    /// The drawers that a zoom of one of them is for.
+    [[nodiscard]] std::vector<GraphDraw*> ZoomedTogether(const GraphDraw& drawer) const;
     /// Makes the window for the messages of a master, unless there is one. False on failure, which
     /// the status bar then shows.
     bool OpenMessageWindow();
@@ -114,10 +136,11 @@ class CWavoView : public QWidget,
     std::recursive_mutex m_graph_lock;  // taken inside the value lock
     MessagePump m_pump;
     GraphBoard m_board;
-    WindowlessGraphEditor m_editor;
+    std::unique_ptr<CAxSelect> m_editor;  // a child; goes before the graphs that it refers to
     AcquisitionCycle m_cycle;
     GraphFiles m_files;
     GraphPicture m_picture;
+    ZoomHistory m_zoom_history;
     bool m_ready_for_painting = false;  // set by OnInitialUpdate
     bool m_restart = false;             // the next drawing step starts all graphs anew
     bool m_drawing = false;

@@ -13,6 +13,7 @@ constexpr Command kCommands[] = {
     {CommandId::kStop, "stop", "Stop\tCtrl+H", "stop wavo.\nstop"},
     {CommandId::kStart, "start", "St&art\tCtrl+A", "start wavo.\nstart"},
     {CommandId::kProperties, "properties", "Proper&ties", ""},
+    {CommandId::kShowGraphEditor, "graph_editor", "Graph Editor", ""},
     {CommandId::kAdditionalText, "additional_text", "Add. &Text", ""},
     {CommandId::kExit, "exit", "E&xit", "end wavo.\nexit"},
 };

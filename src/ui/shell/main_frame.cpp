@@ -45,6 +45,7 @@ QAction* CMainFrame::AddCommand(QMenu& menu, CommandId id, const std::function<v
 void CMainFrame::CreateMenus() {
     QMenu* const file = menuBar()->addMenu(QStringLiteral("&File"));
     AddCommand(*file, CommandId::kProperties, [this] { m_view->EditProperties(); });
+    AddCommand(*file, CommandId::kShowGraphEditor, [this] { m_view->ShowGraphEditor(); });
     AddCommand(*file, CommandId::kAdditionalText, [this] { m_view->EditAdditionalText(); });
     file->addSeparator();
     AddCommand(*file, CommandId::kExit, [this] { close(); });
@@ -81,6 +82,7 @@ void CMainFrame::UpdateCommands() {
     Action(CommandId::kConnect)->setEnabled(cycle.CanConnect());
     Action(CommandId::kStart)->setEnabled(!cycle.IsRunning());
     Action(CommandId::kStop)->setEnabled(cycle.IsRunning());
+    Action(CommandId::kShowGraphEditor)->setEnabled(!m_view->IsGraphEditorShown());
 }
 
 QAction* CMainFrame::Action(CommandId id) const {
