@@ -26,7 +26,13 @@ CWavoView::CWavoView(QWidget* parent)
       m_board(*this, [this](const std::string& text) { ShowError(text); }),
       m_editor(std::make_unique<CAxSelect>(this, this)),
       m_cycle(m_pump, m_board, *m_editor, *this, m_value_lock),
-      m_files(m_cycle, m_board, *this) {
+      m_files(m_cycle, m_board, *this),
+      m_file_commands(m_files, m_board, m_cycle, *this, m_value_lock),
+      m_run_control(m_cycle, m_board, *m_editor, *this),
+      m_mouse(m_board, *this),
+      m_keys(m_board, *this),
+      m_printer({[this] { return m_picture.Image(); }, [this] { return GraphArea(); },
+                 [this] { return m_settings.background; }}) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(200, 80);
@@ -90,25 +96,6 @@ void CWavoView::OnClose() {
     m_cycle.End();
 }
 
-void CWavoView::Start() {
-    m_cycle.SetRunning(true);
-    m_restart = true;
-    ShowRunTitle();
-    m_editor->SetAcquisitionRuns(true);
-    ClearZoomHistory();
-    m_board.EnableBuffers();
-    // At once: a restart that waited for the next batch would throw that batch away.
-    DrawAndShow();
-    Q_EMIT CommandsChanged();
-}
-
-void CWavoView::Stop() {
-    m_cycle.SetRunning(false);
-    ShowRunTitle();
-    m_editor->SetAcquisitionRuns(false);
-    Q_EMIT CommandsChanged();
-}
-
 void CWavoView::ConnectMachineData() {
     if (OpenMessageWindow()) {
         m_cycle.ConnectByUser();
@@ -124,7 +111,7 @@ void CWavoView::EditProperties() {
     }
     const bool editor_was_wanted = m_settings.show_graph_editor;
     m_settings = settings;
-    WriteProperties(m_settings_file, m_settings);
+    WriteProperties(SettingsFile(), m_settings);
     SetTraceLevel();
     {
         const std::lock_guard guard(m_value_lock);
@@ -184,6 +171,7 @@ void CWavoView::paintEvent(QPaintEvent* event) {
         return;
     }
     m_picture.CopyTo(painter, event->rect());
+    PaintBands(painter, m_board, m_settings.background);
 }
 
 void CWavoView::resizeEvent(QResizeEvent* event) {
@@ -247,13 +235,17 @@ void CWavoView::DrawNewValues() {
 void CWavoView::RebuildGraphs() {
     m_editor->SetBackground(m_settings.background);
     ClearZoomHistory();
+    m_mouse.Cancel();
+    m_keys.Cancel();
     {
         const std::lock_guard guard(m_graph_lock);
         m_board.CreateAllGraphRects(GraphArea(), m_cycle.CycleTime(), m_cycle.AxisNames(),
                                     m_settings);
         m_picture.Invalidate();
     }
+    m_run_control.OnGraphsRebuilt();
     DrawAndShow();
+    Q_EMIT CommandsChanged();
 }
 
 void CWavoView::ClearZoomHistory() {
@@ -288,6 +280,7 @@ void CWavoView::ZoomGraph(std::size_t index, double start, double end) {
     }
     TellZoom(drawer);
     DrawAndShow();
+    Q_EMIT CommandsChanged();  // a zoomed graph leaves the state that its trigger brought it to
 }
 
 void CWavoView::ZoomOut(std::uint32_t graph_number) {
@@ -328,6 +321,9 @@ void CWavoView::ShowError(const std::string& text) {
 }
 
 void CWavoView::SetPaneText(StatusPane pane, const std::string& text) {
+    if (pane == StatusPane::kMessage) {
+        m_link_text = text;
+    }
     Q_EMIT PaneTextChanged(pane, QString::fromStdString(text));
 }
 

@@ -49,7 +49,16 @@ enum class EditorControl : int {
     kFadeOutTime = 1077,
 };
 
-enum class ControlKind { kRadio, kCheck, kButton, kCombo, kEdit, kReadOnlyEdit, kStatic, kColorField };
+enum class ControlKind {
+    kRadio,
+    kCheck,
+    kButton,
+    kCombo,
+    kEdit,
+    kReadOnlyEdit,
+    kStatic,
+    kColorField
+};
 
 struct EditorRow {
     EditorControl id;
