@@ -28,14 +28,18 @@ bool PrintPicture(QPagedPaintDevice& device, const QImage& picture, const QRect&
     }
     if (!picture.isNull() && !graph_area.isEmpty()) {
         const double scale = static_cast<double>(device.width()) / graph_area.width();
-        const QRectF source(0.0, graph_area.top() * picture.devicePixelRatio(), picture.width(),
-                            picture.height());
+        // The whole picture's size from the top of the area on is stretched to the area's size;
+        // what would stand below the picture's end is left out.
+        const double top = graph_area.top() * picture.devicePixelRatio();
+        const double part = (picture.height() - top) / picture.height();
+        const QRectF source(0.0, top, picture.width(), picture.height() - top);
         painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
         painter.setRenderHint(QPainter::LosslessImageRendering);
         QImage pixels = picture;
         pixels.setDevicePixelRatio(1.0);
-        painter.drawImage(QRectF(0.0, 0.0, graph_area.width() * scale, graph_area.height() * scale),
-                          pixels, source);
+        painter.drawImage(
+            QRectF(0.0, 0.0, graph_area.width() * scale, graph_area.height() * scale * part),
+            pixels, source);
     }
     return painter.end();
 }
