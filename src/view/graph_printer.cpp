@@ -59,6 +59,11 @@ QPrinter& GraphPrinter::Printer() {
     if (m_printer == nullptr) {
         m_printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
         m_printer->setPageOrientation(QPageLayout::Landscape);
+        const QRect area = m_source.graph_area();
+        if (static_cast<double>(m_printer->width()) * area.height() >
+            static_cast<double>(m_printer->height()) * area.width()) {
+            m_printer->setPageOrientation(QPageLayout::Portrait);  // landscape would cut it off
+        }
         m_printer->setDocName(QStringLiteral("Wavo"));
     }
     return *m_printer;

@@ -3,7 +3,8 @@
 // Invariants:
 // 1. The picture is printed with the pixels that it has: neither smoothed nor compressed with loss.
 // 2. Its height follows from its width while the graphs fill the picture; what does not fit on the
-//    page is cut off.
+//    page is cut off. The page lies, or stands where the graphs would not fit otherwise, until the
+//    user chooses.
 // 3. Before a picture is printed whose background is not white, the user is asked.
 #pragma once
 

@@ -53,6 +53,7 @@ class Printing : public ::testing::Test {
                  m_dialogs.emplace_back("print");
                  printer.setOutputFormat(QPrinter::PdfFormat);
                  printer.setOutputFileName(m_file);
+                 m_orientation = printer.pageLayout().orientation();
                  return m_accept;
              },
              [this](QPrinter&, QWidget*) {
@@ -77,6 +78,7 @@ class Printing : public ::testing::Test {
         {[this] { return m_picture; }, [this] { return m_area; }, [this] { return m_background; }}};
     BoxAnswer m_answer = BoxAnswer::kYes;
     bool m_accept = true;
+    QPageLayout::Orientation m_orientation{};
     std::vector<Box> m_boxes;
     std::vector<std::string> m_dialogs;
 };
@@ -111,6 +113,18 @@ TEST_F(Printing, NothingIsPrintedWhenTheDialogIsCancelled) {
     m_accept = false;
     m_printer.Print(nullptr);
     EXPECT_FALSE(QFile::exists(m_file));
+}
+
+TEST_F(Printing, AWidePictureGetsALyingPage) {
+    m_printer.Print(nullptr);
+    EXPECT_EQ(m_orientation, QPageLayout::Landscape);
+}
+
+TEST_F(Printing, APictureThatALyingPageWouldCutOffGetsAStandingOne) {
+    m_area = QRect(0, 0, 400, 300);
+    m_picture = Picture({400, 300});
+    m_printer.Print(nullptr);
+    EXPECT_EQ(m_orientation, QPageLayout::Portrait);
 }
 
 TEST_F(Printing, ThePageSetupHasItsDialogAndNoQuestion) {
