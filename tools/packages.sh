@@ -34,7 +34,7 @@ install_packages() {
 
 packages_to_build=(g++ cmake ninja-build qt6-base-dev zlib1g-dev)
 packages_to_run=(fonts-dejavu-core)
-packages_to_test=(libgtest-dev libgmock-dev clang-format-14 locales)
+packages_to_test=(libgtest-dev libgmock-dev clang-format-14 locales poppler-utils)
 packages_to_lint=(clang-format-14 clang-tidy-14)
 packages_to_fuzz=(clang-14 libclang-rt-14-dev)
 packages_to_bench=(libbenchmark-dev libboost-dev libqcustomplot-dev libsimpleini-dev python3)

@@ -6,10 +6,20 @@ namespace wavo {
 enum class CommandId : int {
     kConnect = 32773,
     kStop = 32777,
+    kStartAfterTrigger = 32778,
     kStart = 32779,
     kProperties = 32781,
     kShowGraphEditor = 32782,
     kAdditionalText = 32786,
+    kNew = 57600,
+    kOpen = 57601,
+    kSave = 57603,
+    kSaveAs = 57604,
+    kPageSetup = 57606,
+    kPrint = 57607,
+    kPrintPreview = 57609,
+    kRecentFile = 57616,  ///< the newest; the numbers up to kLastRecentFile are older ones
+    kLastRecentFile = 57631,
     kExit = 57665,
 };
 

@@ -94,6 +94,11 @@ GraphValue* GraphBoard::FindBuffer(const std::string& axis_name, double cycle_ti
     return value;
 }
 
+void GraphBoard::Clear() {
+    m_drawers.clear();
+    m_graphs.clear();
+}
+
 void GraphBoard::Layout(const QRect& area) {
     const std::vector<QRect> rectangles = SplitGraphArea(area, m_drawers.size());
     for (std::size_t i = 0; i < m_drawers.size(); ++i) {
@@ -170,7 +175,10 @@ void GraphBoard::ResetBuffers() {
 
 void GraphBoard::EnableBuffers() {
     for (GraphValue& value : m_registry.Values()) {
-        value.SetEnabled(true);
+        if (!value.Enabled()) {  // it missed samples
+            value.ForgetHistory();
+            value.SetEnabled(true);
+        }
     }
 }
 

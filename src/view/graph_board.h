@@ -54,6 +54,9 @@ class GraphBoard {
     /// Moves every drawer to its place in `area`.
     void Layout(const QRect& area);
 
+    /// Destroys all graphs: definitions and drawers. The buffers stay.
+    void Clear();
+
     /// Destroys all buffers and empties the distribution lists. The drawers keep what they show.
     void DropBuffers();
 
@@ -64,6 +67,7 @@ class GraphBoard {
     void DrawAll(QImage& picture, bool restart);
 
     void ResetBuffers();
+    /// Lets all buffers take values again; those that missed some begin their derivatives anew.
     void EnableBuffers();
 
     /// The buffers of column a, in the order in which they were made.

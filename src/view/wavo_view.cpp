@@ -19,6 +19,12 @@ namespace {
 
 constexpr char kNoMessageWindow[] = "No messages from a master can arrive, see the error log";
 
+/// The settings file of a viewer without a graph file; empty when there is no data folder.
+std::string DefaultSettingsFile() {
+    const std::string folder = platform::DataFolder();
+    return folder.empty() ? folder : folder + platform::PathSeparator() + "wavo.ini";
+}
+
 }  // namespace
 
 CWavoView::CWavoView(QWidget* parent)
@@ -27,7 +33,13 @@ CWavoView::CWavoView(QWidget* parent)
       m_editor(std::make_unique<CAxSelect>(this, this)),
       m_cycle(m_pump, m_board, *m_editor, *this, m_value_lock),
       m_files(m_cycle, m_board, *this),
-      m_data_export(m_board, *this) {
+      m_data_export(m_board, *this),
+      m_file_commands(m_files, m_board, m_cycle, *this, m_value_lock),
+      m_run_control(m_cycle, m_board, *m_editor, *this),
+      m_mouse(m_board, *this),
+      m_keys(m_board, *this),
+      m_printer({[this] { return m_picture.Image(); }, [this] { return GraphArea(); },
+                 [this] { return m_settings.background; }}) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(200, 80);
@@ -62,14 +74,13 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
 }
 
 void CWavoView::ReadSettings() {
-    const std::string folder = platform::DataFolder();
-    if (folder.empty()) {
+    m_settings_file = DefaultSettingsFile();
+    if (m_settings_file.empty()) {
         MERRLOG("GetCommonAppDataFolder() failed %s",
                 platform::ErrorText(platform::LastError()).c_str());
         m_settings = DefaultViewSettings();
         return;
     }
-    m_settings_file = folder + platform::PathSeparator() + "wavo.ini";
     ReadProperties(m_settings_file, m_settings);
 }
 
@@ -78,8 +89,9 @@ void CWavoView::SetTraceLevel() const {
 }
 
 void CWavoView::SaveSettings() {
-    const std::string& current = m_files.CurrentPath();
-    if (const std::string& file = current.empty() ? m_settings_file : current; !file.empty()) {
+    const std::string known = SettingsFile();
+    const std::string file = known.empty() ? DefaultSettingsFile() : known;
+    if (!file.empty()) {
         WriteProperties(file, m_settings);
     }
 }
@@ -99,25 +111,6 @@ void CWavoView::OnClose() {
     m_cycle.End();
 }
 
-void CWavoView::Start() {
-    m_cycle.SetRunning(true);
-    m_restart = true;
-    ShowRunTitle();
-    m_editor->SetAcquisitionRuns(true);
-    ClearZoomHistory();
-    m_board.EnableBuffers();
-    // At once: a restart that waited for the next batch would throw that batch away.
-    DrawAndShow();
-    Q_EMIT CommandsChanged();
-}
-
-void CWavoView::Stop() {
-    m_cycle.SetRunning(false);
-    ShowRunTitle();
-    m_editor->SetAcquisitionRuns(false);
-    Q_EMIT CommandsChanged();
-}
-
 void CWavoView::ConnectMachineData() {
     if (OpenMessageWindow()) {
         m_cycle.ConnectByUser();
@@ -133,7 +126,7 @@ void CWavoView::EditProperties() {
     }
     const bool editor_was_wanted = m_settings.show_graph_editor;
     m_settings = settings;
-    WriteProperties(m_settings_file, m_settings);
+    WriteProperties(SettingsFile(), m_settings);
     SetTraceLevel();
     {
         const std::lock_guard guard(m_value_lock);
@@ -194,6 +187,7 @@ void CWavoView::paintEvent(QPaintEvent* event) {
         return;
     }
     m_picture.CopyTo(painter, event->rect());
+    PaintBands(painter, m_board, m_settings.background);
 }
 
 void CWavoView::resizeEvent(QResizeEvent* event) {
@@ -257,13 +251,17 @@ void CWavoView::DrawNewValues() {
 void CWavoView::RebuildGraphs() {
     m_editor->SetBackground(m_settings.background);
     ClearZoomHistory();
+    m_mouse.Cancel();
+    m_keys.Cancel();
     {
         const std::lock_guard guard(m_graph_lock);
         m_board.CreateAllGraphRects(GraphArea(), m_cycle.CycleTime(), m_cycle.AxisNames(),
                                     m_settings);
         m_picture.Invalidate();
     }
+    m_run_control.OnGraphsRebuilt();
     DrawAndShow();
+    Q_EMIT CommandsChanged();
 }
 
 void CWavoView::ClearZoomHistory() {
@@ -298,6 +296,7 @@ void CWavoView::ZoomGraph(std::size_t index, double start, double end) {
     }
     TellZoom(drawer);
     DrawAndShow();
+    Q_EMIT CommandsChanged();  // a zoomed graph leaves the state that its trigger brought it to
 }
 
 void CWavoView::ZoomOut(std::uint32_t graph_number) {
@@ -338,6 +337,9 @@ void CWavoView::ShowError(const std::string& text) {
 }
 
 void CWavoView::SetPaneText(StatusPane pane, const std::string& text) {
+    if (pane == StatusPane::kMessage) {
+        m_link_text = text;
+    }
     Q_EMIT PaneTextChanged(pane, QString::fromStdString(text));
 }
 

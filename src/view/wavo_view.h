@@ -8,28 +8,41 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/ax_select.h"
 #include "ui/dialogs/view_settings.h"
 #include "view/acquisition_cycle.h"
+#include "view/command_target.h"
 #include "view/data_export.h"
+#include "view/file_commands.h"
 #include "view/graph_board.h"
 #include "view/graph_files.h"
 #include "view/graph_picture.h"
+#include "view/graph_printer.h"
 #include "view/message_pump.h"
+#include "view/run_control.h"
+#include "view/view_keys.h"
+#include "view/view_mouse.h"
 #include "view/zoom_history.h"
 
 namespace wavo {
 
 class CWavoView : public QWidget,
+                  public CommandTarget,
                   private AcquisitionHost,
                   private DataExportHost,
+                  private FileCommandsHost,
                   private GraphDrawHost,
-                  private GraphFilesHost {
+                  private GraphFilesHost,
+                  private RunControlHost,
+                  private ZoomHost {
     Q_OBJECT
 
  public:
@@ -43,9 +56,16 @@ class CWavoView : public QWidget,
     /// The frame closes: values that come later are ignored.
     void OnClose();
 
-    /// Commands of the run control and of the machine data menu.
-    void Start();
-    void Stop();
+    // CommandTarget
+    [[nodiscard]] bool IsEnabled(CommandId id) const override;
+    [[nodiscard]] bool IsChecked(CommandId id) const override;
+    void Execute(CommandId id) override;
+
+    /// Where the commands of the recent files find them: the path of the newest for 0, of the one
+    /// before for 1; empty when there is none.
+    using RecentFileList = std::function<std::string(int index)>;
+    void SetRecentFiles(RecentFileList recent_files) { m_recent_files = std::move(recent_files); }
+
     void ConnectMachineData();
 
     /// Lets the user edit the settings. With OK they are written to the settings file and shown at
@@ -64,8 +84,9 @@ class CWavoView : public QWidget,
     void ZoomGraph(std::size_t index, double start, double end);
     /// Steps the graph of a number (with `all graphs` every graph over time) back to the zoom
     /// before.
-    void ZoomOut(std::uint32_t graph_number);
+    void ZoomOut(std::uint32_t graph_number) override;
 
+    [[nodiscard]] GraphPrinter& Printer() { return m_printer; }
     [[nodiscard]] const AcquisitionCycle& Acquisition() const { return m_cycle; }
     [[nodiscard]] AxisLimitsSource& Capabilities() { return m_cycle.Capabilities(); }
     [[nodiscard]] GraphBoard& Board() { return m_board; }
@@ -95,6 +116,10 @@ class CWavoView : public QWidget,
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
  private:
     // AcquisitionHost
@@ -117,10 +142,35 @@ class CWavoView : public QWidget,
     }
     void SaveSettings() override;
     [[nodiscard]] QWidget* ExportWindow() override { return window(); }
+    // FileCommandsHost
+    [[nodiscard]] ViewSettings& MutableSettings() override { return m_settings; }
+    void ShowSettings() override;
+    void ShowNoGraphs() override;
+    void ShowTitle(const std::string& title) override;
+    void CurrentFileChanged() override;
+    [[nodiscard]] QWidget* DialogParent() override { return this; }
+
+    // RunControlHost
+    void ForgetZooms() override { ClearZoomHistory(); }
+    void LeaveZooms() override;
+    void Redraw(bool restart) override;
+    void ShowRunHint(const std::string& text) override;
+    void RunStateChanged() override;
+
+    // ZoomHost
+    void SelectInEditor(std::uint32_t graph_number) override;
+    [[nodiscard]] bool IsZoomEnabled() const override { return m_editor->ZoomEnabled(); }
+    [[nodiscard]] bool IsBusy() const override { return m_drawing; }
+    [[nodiscard]] double TimeStep() const override { return m_cycle.CycleTime(); }
+    void ZoomTo(std::uint32_t graph_number, const ZoomSpan& span) override;
+    void UpdatePart(const QRect& part) override { update(part); }
+    void RepaintPart(const QRect& part) override { repaint(part); }
 
     // GraphDrawHost
     void RecordingEnded() override;
 
+    /// Path of a command of the recent files; empty when there is none.
+    [[nodiscard]] std::string RecentFile(CommandId id) const;
     std::int64_t OnAppMessage(const AppMessageEvent& message);
     /// Puts the editor to the top and the graphs below it.
     void LayOut();
@@ -135,12 +185,16 @@ class CWavoView : public QWidget,
     /// Reads the settings from their file, whose path stays empty when there is no data folder.
     void ReadSettings();
     void SetTraceLevel() const;
+    /// Where changed settings go: the current graph file, else the settings file.
+    [[nodiscard]] std::string SettingsFile() const;
     /// One drawing step, shown at once where the view is visible; ends with the ready message
     /// that is owed.
     void DrawAndShow();
 
     ViewSettings m_settings;
     std::string m_settings_file;  // where the settings came from and go to
+    std::string m_link_text;      // what the first status bar pane says of the master
+    RecentFileList m_recent_files;
     std::recursive_mutex m_value_lock;
     std::recursive_mutex m_graph_lock;  // taken inside the value lock
     MessagePump m_pump;
@@ -149,6 +203,11 @@ class CWavoView : public QWidget,
     AcquisitionCycle m_cycle;
     GraphFiles m_files;
     DataExport m_data_export;
+    FileCommands m_file_commands;
+    RunControl m_run_control;
+    ViewMouse m_mouse;
+    ViewKeys m_keys;
+    GraphPrinter m_printer;
     GraphPicture m_picture;
     ZoomHistory m_zoom_history;
     bool m_ready_for_painting = false;  // set by OnInitialUpdate

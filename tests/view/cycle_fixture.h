@@ -41,7 +41,9 @@ class FakeEditor : public GraphEditor {
     }
     void ResetSelection() override { happened.emplace_back("reset selection"); }
     void SetCycleTime(double cycle_time) override { cycle = cycle_time; }
-    void SetAcquisitionRuns(bool) override {}
+    void SetAcquisitionRuns(bool runs) override {
+        happened.emplace_back(runs ? "acquisition runs" : "acquisition stands");
+    }
 
     bool initialised = false;
     bool fails = false;

@@ -131,5 +131,34 @@ TEST_F(Board, DroppingTheBuffersLeavesTheDrawersDrawable) {
     EXPECT_TRUE(something);
 }
 
+TEST_F(Board, EnablingABufferThatMissedSamplesBeginsItsDerivativeAnew) {
+    AddGraph("X");
+    AddGraph("Y");
+    m_board.Graphs()[0].YCoorAxDerivation = {1};
+    m_board.Graphs()[1].YCoorAxDerivation = {1};
+    Create(1.0);
+    const double before[] = {1.0, 1.0, 2.0, 2.0};
+    m_board.Distribute(before, 2, 2);
+    m_board.Registry().Values()[0].SetEnabled(false);
+    m_board.EnableBuffers();
+    const double after[] = {900.0, 900.0, 901.0, 901.0};
+    m_board.Distribute(after, 2, 2);
+    std::vector<double> held;
+    double start = 0.0;
+    m_board.Registry().Values()[0].GetTimeRangeValues(held, 10.0, start);
+    EXPECT_THAT(held, ElementsAre(0.0, 1.0, 0.0, 1.0));
+    m_board.Registry().Values()[1].GetTimeRangeValues(held, 10.0, start);
+    EXPECT_THAT(held, ElementsAre(0.0, 1.0, 898.0, 1.0));  // it missed nothing
+}
+
+TEST_F(Board, ClearingLeavesTheBuffers) {
+    AddGraph("X");
+    Create(0.004);
+    m_board.Clear();
+    EXPECT_THAT(m_board.Graphs(), IsEmpty());
+    EXPECT_THAT(m_board.Drawers(), IsEmpty());
+    EXPECT_EQ(m_board.Registry().Values().size(), 1U);
+}
+
 }  // namespace
 }  // namespace wavo

@@ -163,7 +163,7 @@ TEST_F(ViewWithEditor, ForgetsZoomsWhenTheGraphsAreMadeAnewOrRestarted) {
     EXPECT_FALSE(Drawer(0).Zoom().active);
     EXPECT_TRUE(IsEnabled(EditorControl::kTimeRange));
     m_view->ZoomGraph(0, 1.0, 3.0);
-    m_view->Start();
+    m_view->Execute(CommandId::kStart);
     EXPECT_TRUE(IsEnabled(EditorControl::kTimeRange));
     EXPECT_FALSE(Drawer(0).Zoom().active);
 }
@@ -171,9 +171,9 @@ TEST_F(ViewWithEditor, ForgetsZoomsWhenTheGraphsAreMadeAnewOrRestarted) {
 TEST_F(ViewWithEditor, AllowsSavingOnlyWhileItIsStopped) {
     Show({TimeGraph(1)});
     EXPECT_FALSE(IsEnabled(EditorControl::kSaveValues));
-    m_view->Stop();
+    m_view->Execute(CommandId::kStop);
     EXPECT_TRUE(IsEnabled(EditorControl::kSaveValues));
-    m_view->Start();
+    m_view->Execute(CommandId::kStart);
     EXPECT_FALSE(IsEnabled(EditorControl::kSaveValues));
 }
 

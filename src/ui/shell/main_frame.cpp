@@ -52,8 +52,8 @@ void CMainFrame::CreateMenus() {
     QMenu* const machine = menuBar()->addMenu(QStringLiteral("&Machine Data"));
     AddCommand(*machine, CommandId::kConnect, [this] { m_view->ConnectMachineData(); });
     QMenu* const run = menuBar()->addMenu(QStringLiteral("&Run control"));
-    AddCommand(*run, CommandId::kStart, [this] { m_view->Start(); });
-    AddCommand(*run, CommandId::kStop, [this] { m_view->Stop(); });
+    AddCommand(*run, CommandId::kStart, [this] { m_view->Execute(CommandId::kStart); });
+    AddCommand(*run, CommandId::kStop, [this] { m_view->Execute(CommandId::kStop); });
 }
 
 void CMainFrame::CreateStatusBar() {

@@ -191,6 +191,24 @@ TEST(GraphValueTest, WhileDisabledSamplesChangeNothing) {
     EXPECT_EQ(value.Values()[2], (3.0 - 2.0) / 0.004);
 }
 
+TEST(GraphValueTest, AForgottenHistoryMakesNoDerivativeAcrossTheGap) {
+    for (const std::int32_t order : {0, 1, 2, 3}) {
+        SCOPED_TRACE(order);
+        GraphValue value("X", 1.0, 100.0, order);
+        const double before[] = {5.0, 5.0, 5.0, 5.0, 5.0, 5.0};
+        value.SetValues(before, 6, 1);
+        value.ForgetHistory();
+        const double after[] = {900.0, 900.0, 900.0, 900.0, 900.0, 903.0};
+        value.SetValues(after, 6, 1);
+        ASSERT_EQ(value.Values().Size(), 12U);  // what was stored stays
+        for (std::size_t i = 6; i < 11; ++i) {
+            EXPECT_EQ(value.Values()[i], order == 0 ? 900.0 : 0.0);
+        }
+        EXPECT_EQ(value.Values()[11], order == 0 ? 903.0 : 3.0);
+        EXPECT_EQ(value.NewCount(), 12U);
+    }
+}
+
 TEST(GraphValueTest, NewValuesAreThoseSinceTheyWereEmptied) {
     GraphValue value("X", 0.5, 100.0, 0);
     std::vector<double> out = {9.0};

@@ -1,0 +1,327 @@
+// The view as a widget: commands, mouse, keys and printing as a user meets them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QFile>
+#include <QPainter>
+#include <QPrinter>
+#include <QResizeEvent>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <future>
+#include <thread>
+
+#include "fake_shared_memory.h"
+#include "graph/model/graph_ini_data.h"
+#include "link/wire_format.h"
+#include "platform/message_window.h"
+#include "ui/dialogs/controls.h"
+#include "ui/dialogs/message_boxes.h"
+#include "view/wavo_view.h"
+
+namespace wavo {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// The window of a master that takes every message, in a thread of its own.
+class MasterWindow {
+ public:
+    MasterWindow() {
+        std::promise<platform::WindowHandle> made;
+        m_thread = std::thread([this, &made] {
+            std::string error;
+            const auto window = platform::MessageWindow::Create(
+                [](const platform::Message&) { return std::int64_t{1}; }, &error);
+            EXPECT_NE(window, nullptr) << error;
+            made.set_value(window == nullptr ? 0 : window->handle());
+            while (window != nullptr && !m_ended) {
+                window->WaitAndDispatch(std::chrono::milliseconds(5));
+            }
+        });
+        m_handle = made.get_future().get();
+    }
+    ~MasterWindow() {
+        m_ended = true;
+        m_thread.join();
+    }
+    [[nodiscard]] platform::WindowHandle Handle() const { return m_handle; }
+
+ private:
+    std::atomic<bool> m_ended = false;
+    platform::WindowHandle m_handle = 0;
+    std::thread m_thread;
+};
+
+/// A view with two graphs of X1 over time, connected to a master that sends nothing.
+class View : public ::testing::Test {
+ protected:
+    View() {
+        qputenv("XDG_DATA_HOME", m_folder.path().toLocal8Bit());
+        SetBoxHandler([this](const Box& box) {
+            m_boxes.push_back(box.text);
+            return BoxAnswer::kOk;
+        });
+        testing::ResetFakeSharedMemory();
+        MasterInfoBlock block{};
+        block.master_window = m_master.Handle();
+        block.cycle_time = 0.004;
+        block.axis_count = 1;
+        block.fifo_lines = 8;
+        std::memcpy(block.axis_names, "X1", 3);
+        std::memcpy(testing::AddFakeSegment("MachineTools_InfoData", sizeof block), &block,
+                    sizeof block);
+        m_view.resize(800, 600);
+        m_view.show();
+        m_view.OnInitialUpdate(GraphFile());
+        QCoreApplication::processEvents();
+    }
+    ~View() override { SetBoxHandler(nullptr); }
+
+    std::string GraphFile() {
+        std::vector<WavoGraph> graphs(2);
+        for (std::uint32_t i = 0; i < 2; ++i) {
+            graphs[i].InitGraph(i + 1, "X1", 0, nullptr);
+            graphs[i].XScale.TimeRange = 4.0;
+        }
+        graphs[1].Triggers = {{TriggerTypeCode::kStopAbove, 5.0, "X1"}};
+        const std::string path = m_folder.filePath(QStringLiteral("graphs.ini")).toStdString();
+        MIniData store;
+        EXPECT_TRUE(store.Open(path));
+        EXPECT_TRUE(GetGraphAsIniData(store, graphs, ""));
+        EXPECT_TRUE(store.Save());
+        return path;
+    }
+
+    /// Gives the graphs so many values and draws them.
+    void Feed(int count, double height = 1.0) {
+        for (int i = 0; i < count; ++i) {
+            for (GraphValue& value : m_view.Board().Registry().Values()) {
+                value.SetValue(height * std::sin(i * 0.05));
+            }
+        }
+        QResizeEvent draw(m_view.size(), m_view.size());
+        QCoreApplication::sendEvent(&m_view, &draw);
+    }
+    /// What stands on the screen, without the graph editor.
+    [[nodiscard]] QImage Shown() {
+        QImage shown = m_view.grab().toImage();
+        QPainter(&shown).fillRect(0, 0, shown.width(), m_view.GraphArea().top(), Qt::black);
+        return shown;
+    }
+    void Check(int control, bool checked) {
+        FindControl<QCheckBox>(m_view.Editor(), control)->setChecked(checked);
+    }
+    [[nodiscard]] const GraphDraw& Drawer(std::size_t index) {
+        return *m_view.Board().Drawers()[index];
+    }
+    [[nodiscard]] QPoint PlotPoint(std::size_t index, double part) {
+        const QRect plot = Drawer(index).PlotArea();
+        return {plot.left() + static_cast<int>(part * plot.width()), plot.center().y()};
+    }
+    void Drag(std::size_t index, double from, double to) {
+        QTest::mousePress(&m_view, Qt::RightButton, Qt::NoModifier, PlotPoint(index, from));
+        QTest::mouseMove(&m_view, PlotPoint(index, to));
+        QTest::mouseRelease(&m_view, Qt::RightButton, Qt::NoModifier, PlotPoint(index, to));
+    }
+
+    QTemporaryDir m_folder;
+    MasterWindow m_master;
+    std::vector<std::string> m_boxes;
+    CWavoView m_view;
+};
+
+constexpr int kZoomEnable = 1072;
+constexpr int kAllGraphs = 1030;
+
+TEST_F(View, ADragWithTheRightButtonZoomsAtOnceAndIsSteppedBack) {
+    Check(kZoomEnable, true);
+    Feed(1000);
+    const QImage before = m_view.Picture().copy();
+    Drag(0, 0.25, 0.75);
+    EXPECT_TRUE(Drawer(0).Zoom().active);
+    EXPECT_NEAR(Drawer(0).Zoom().start, 1.0, 0.02);
+    EXPECT_NEAR(Drawer(0).Zoom().end, 3.0, 0.02);
+    EXPECT_FALSE(Drawer(1).Zoom().active);
+    EXPECT_NE(m_view.Picture(), before);
+    EXPECT_FALSE(FindControl(m_view.Editor(), kAllGraphs)->isEnabled());
+    QTest::keyClick(&m_view, Qt::Key_Minus);
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+    EXPECT_TRUE(FindControl(m_view.Editor(), kAllGraphs)->isEnabled());
+}
+
+TEST_F(View, WithoutTheBoxTheMouseDoesNotZoom) {
+    Check(kZoomEnable, false);
+    Feed(1000);
+    Drag(0, 0.25, 0.75);
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+}
+
+TEST_F(View, WithAllGraphsAZoomAndItsWayBackAreForAll) {
+    Check(kZoomEnable, true);
+    Check(kAllGraphs, true);
+    Feed(1000);
+    Drag(1, 0.25, 0.75);
+    EXPECT_TRUE(Drawer(0).Zoom().active);
+    EXPECT_TRUE(Drawer(1).Zoom().active);
+    QTest::keyClick(&m_view, Qt::Key_Backspace);
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+    EXPECT_FALSE(Drawer(1).Zoom().active);
+}
+
+TEST_F(View, TheBandStandsOverThePictureNotInIt) {
+    Check(kZoomEnable, true);
+    Feed(1000);
+    const QImage picture = m_view.Picture().copy();
+    const QImage before = Shown();
+    QTest::mousePress(&m_view, Qt::RightButton, Qt::NoModifier, PlotPoint(0, 0.25));
+    QTest::mouseMove(&m_view, PlotPoint(0, 0.75));
+    const QImage during = Shown();
+    EXPECT_EQ(m_view.Picture(), picture);
+    const QPoint inside = PlotPoint(0, 0.6);
+    EXPECT_NE(during.pixelColor(inside), before.pixelColor(inside));
+    EXPECT_EQ(during.pixelColor(PlotPoint(0, 0.9)), before.pixelColor(PlotPoint(0, 0.9)));
+    QTest::keyClick(&m_view, Qt::Key_Escape);
+    EXPECT_EQ(Shown(), before);
+    QTest::mouseRelease(&m_view, Qt::RightButton, Qt::NoModifier, PlotPoint(0, 0.75));
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+}
+
+TEST_F(View, ARestartForgetsTheZooms) {
+    Check(kZoomEnable, true);
+    Feed(1000);
+    QTest::keyClick(&m_view, Qt::Key_Plus);
+    ASSERT_TRUE(Drawer(0).Zoom().active);
+    m_view.Execute(CommandId::kStop);
+    m_view.Execute(CommandId::kStart);
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+    EXPECT_TRUE(FindControl(m_view.Editor(), kAllGraphs)->isEnabled());
+}
+
+TEST_F(View, StartAfterTriggerLeavesTheZoomOfAnotherGraph) {
+    Check(kZoomEnable, true);
+    Feed(500);
+    QTest::keyClick(&m_view, Qt::Key_Plus);
+    ASSERT_TRUE(Drawer(0).Zoom().active);
+    Feed(100, 10.0);
+    ASSERT_TRUE(m_view.IsEnabled(CommandId::kStartAfterTrigger));
+    m_view.Execute(CommandId::kStartAfterTrigger);
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+    EXPECT_FALSE(m_view.IsEnabled(CommandId::kStartAfterTrigger));
+}
+
+TEST_F(View, SaysWhatAGraphNeedsThatIsMadeAnewAfterItsTrigger) {
+    QSignalSpy panes(&m_view, &CWavoView::PaneTextChanged);
+    Feed(100, 10.0);
+    ASSERT_EQ(Drawer(1).State(), RunState::kStoppedAfterStop);
+    SendAppMessage(&m_view, AppMessage::kGraphChanged, 0, 1);
+    ASSERT_EQ(panes.size(), 1);
+    EXPECT_EQ(panes[0][1].toString(),
+              "A graph was made anew after its trigger had stopped it: Run control > Stop, then "
+              "Start to go on");
+    panes.clear();
+    m_view.Execute(CommandId::kStop);
+    m_view.Execute(CommandId::kStart);
+    EXPECT_EQ(panes.back()[1].toString(), "Connected to the master process (Dorvane)");
+}
+
+TEST_F(View, TitlesFollowTheCommands) {
+    QSignalSpy titles(&m_view, &CWavoView::FrameTitleChanged);
+    m_view.Execute(CommandId::kStop);
+    m_view.Execute(CommandId::kStart);
+    m_view.Execute(CommandId::kNew);
+    m_view.Execute(CommandId::kStop);
+    std::vector<std::string> seen;
+    for (const QList<QVariant>& title : titles) {
+        seen.push_back(title[0].toString().toStdString());
+    }
+    EXPECT_THAT(seen, ElementsAre("graphs.ini - stopped", "graphs.ini - running", "new",
+                                  "graphs.ini - stopped"));
+}
+
+TEST_F(View, OffersWhatMakesSense) {
+    EXPECT_FALSE(m_view.IsEnabled(CommandId::kStart));
+    EXPECT_TRUE(m_view.IsEnabled(CommandId::kStop));
+    EXPECT_FALSE(m_view.IsEnabled(CommandId::kStartAfterTrigger));
+    EXPECT_FALSE(m_view.IsEnabled(CommandId::kConnect));
+    EXPECT_TRUE(m_view.IsEnabled(CommandId::kNew));
+    EXPECT_TRUE(m_view.IsEnabled(CommandId::kOpen));
+    EXPECT_TRUE(m_view.IsEnabled(CommandId::kSave));
+    EXPECT_TRUE(m_view.IsEnabled(CommandId::kSaveAs));
+    EXPECT_FALSE(m_view.IsEnabled(CommandId::kShowGraphEditor));  // it is shown
+    EXPECT_TRUE(m_view.IsEnabled(CommandId::kPrint));
+    EXPECT_TRUE(m_view.IsEnabled(CommandId::kPrintPreview));
+    EXPECT_TRUE(m_view.IsEnabled(CommandId::kPageSetup));
+    EXPECT_TRUE(m_view.IsEnabled(CommandId::kProperties));
+    EXPECT_TRUE(m_view.IsEnabled(CommandId::kAdditionalText));
+    EXPECT_FALSE(m_view.IsEnabled(CommandId::kRecentFile));
+    EXPECT_FALSE(m_view.IsEnabled(CommandId::kExit));  // not the view's
+    SendAppMessage(&m_view.Editor(), AppMessage::kCloseEditor, 0, 0);
+    EXPECT_TRUE(m_view.IsEnabled(CommandId::kShowGraphEditor));
+    m_view.Execute(CommandId::kShowGraphEditor);
+    EXPECT_FALSE(m_view.IsEnabled(CommandId::kShowGraphEditor));
+}
+
+TEST_F(View, ACommandThatIsNotOfferedDoesNothing) {
+    QSignalSpy titles(&m_view, &CWavoView::FrameTitleChanged);
+    m_view.Execute(CommandId::kConnect);
+    m_view.Execute(CommandId::kStart);
+    m_view.Execute(CommandId::kRecentFile);
+    m_view.Execute(CommandId::kExit);
+    EXPECT_THAT(m_boxes, IsEmpty());
+    EXPECT_EQ(titles.size(), 0);
+}
+
+TEST_F(View, RecentFilesComeFromTheirList) {
+    m_view.SetRecentFiles([this](int index) {
+        return index == 1 ? m_folder.filePath(QStringLiteral("gone.ini")).toStdString()
+                          : std::string();
+    });
+    const auto second = static_cast<CommandId>(static_cast<int>(CommandId::kRecentFile) + 1);
+    EXPECT_FALSE(m_view.IsEnabled(CommandId::kRecentFile));
+    ASSERT_TRUE(m_view.IsEnabled(second));
+    m_view.Execute(second);
+    EXPECT_THAT(m_boxes,
+                ElementsAre("file " + m_folder.filePath(QStringLiteral("gone.ini")).toStdString() +
+                            " not exist !"));
+}
+
+TEST_F(View, NewShowsNoGraphs) {
+    Feed(100);
+    m_view.Execute(CommandId::kNew);
+    EXPECT_THAT(m_view.Board().Drawers(), IsEmpty());
+    const QImage& picture = m_view.Picture();
+    for (int y = 0; y < picture.height(); y += 7) {
+        for (int x = 0; x < picture.width(); x += 7) {
+            ASSERT_EQ(picture.pixelColor(x, y), QColor(Qt::black));
+        }
+    }
+}
+
+TEST_F(View, PrintsWhatItShows) {
+    SendAppMessage(&m_view.Editor(), AppMessage::kCloseEditor, 0, 0);
+    Feed(1000);
+    SetBoxHandler([](const Box&) { return BoxAnswer::kYes; });
+    const QString file =
+        qEnvironmentVariable("WAVO_KEEP_PAGE", m_folder.filePath(QStringLiteral("page.pdf")));
+    m_view.Printer().SetDialogs({[&](QPrinter& printer, QWidget* parent) {
+                                     EXPECT_EQ(parent, &m_view);
+                                     printer.setOutputFormat(QPrinter::PdfFormat);
+                                     printer.setOutputFileName(file);
+                                     return true;
+                                 },
+                                 {},
+                                 {}});
+    m_view.Execute(CommandId::kPrint);
+    EXPECT_GT(QFile(file).size(), 1000);
+}
+
+}  // namespace
+}  // namespace wavo
