@@ -19,6 +19,12 @@ namespace {
 
 constexpr char kNoMessageWindow[] = "No messages from a master can arrive, see the error log";
 
+/// The settings file of a viewer without a graph file; empty when there is no data folder.
+std::string DefaultSettingsFile() {
+    const std::string folder = platform::DataFolder();
+    return folder.empty() ? folder : folder + platform::PathSeparator() + "wavo.ini";
+}
+
 }  // namespace
 
 CWavoView::CWavoView(QWidget* parent)
@@ -58,14 +64,13 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
 }
 
 void CWavoView::ReadSettings() {
-    const std::string folder = platform::DataFolder();
-    if (folder.empty()) {
+    m_settings_file = DefaultSettingsFile();
+    if (m_settings_file.empty()) {
         MERRLOG("GetCommonAppDataFolder() failed %s",
                 platform::ErrorText(platform::LastError()).c_str());
         m_settings = DefaultViewSettings();
         return;
     }
-    m_settings_file = folder + platform::PathSeparator() + "wavo.ini";
     ReadProperties(m_settings_file, m_settings);
 }
 
@@ -75,7 +80,9 @@ void CWavoView::SetTraceLevel() const {
 
 void CWavoView::SaveSettings() {
     const std::string& current = m_files.CurrentPath();
-    if (const std::string& file = current.empty() ? m_settings_file : current; !file.empty()) {
+    const std::string& known = current.empty() ? m_settings_file : current;
+    const std::string file = known.empty() ? DefaultSettingsFile() : known;
+    if (!file.empty()) {
         WriteProperties(file, m_settings);
     }
 }
