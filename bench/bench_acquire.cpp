@@ -26,9 +26,9 @@
 #include "link/ax_value_reader.h"
 #include "link/wire_format.h"
 #include "platform/shared_memory.h"
+#include "ui/dialogs/view_settings.h"
 #include "view/graph_board.h"
 #include "view/graph_picture.h"
-#include "view/view_settings.h"
 
 namespace {
 

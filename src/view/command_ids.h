@@ -7,6 +7,8 @@ enum class CommandId : int {
     kConnect = 32773,
     kStop = 32777,
     kStart = 32779,
+    kProperties = 32781,
+    kAdditionalText = 32786,
     kExit = 57665,
 };
 

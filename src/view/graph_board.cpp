@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "support/diagnostics.h"
-#include "view/view_settings.h"
+#include "ui/dialogs/view_settings.h"
 
 namespace wavo {
 

@@ -36,7 +36,9 @@ class GraphFiles {
     [[nodiscard]] const std::string& CurrentPath() const { return m_current_path; }
     /// First part of the frame title.
     [[nodiscard]] const std::string& DocumentName() const { return m_document_name; }
+    /// The line of text that belongs to the graphs, UTF-8; kept in their file.
     [[nodiscard]] const std::string& AdditionalText() const { return m_additional_text; }
+    void SetAdditionalText(const std::string& text) { m_additional_text = text; }
 
  private:
     AcquisitionCycle& m_cycle;

@@ -12,10 +12,18 @@ void GraphPicture::Resize(const QSize& size, qreal device_pixel_ratio) {
     const QSize pixels = (QSizeF(size) * device_pixel_ratio).toSize();
     m_image = pixels.isEmpty() ? QImage() : QImage(pixels, QImage::Format_RGB32);
     m_image.setDevicePixelRatio(device_pixel_ratio);
+    m_band.Forget();
     m_blank = true;
 }
 
-void GraphPicture::Draw(GraphBoard& board, ColorRef background, bool restart) {
+void GraphPicture::Draw(GraphBoard& board, ColorRef background, bool restart,
+                        const BandText& text) {
+    m_band.TakeOff(m_image);
+    DrawGraphs(board, background, restart);
+    m_band.PutOn(m_image, text);
+}
+
+void GraphPicture::DrawGraphs(GraphBoard& board, ColorRef background, bool restart) {
     if (m_blank) {
         m_image.fill(ToQColor(background));
         for (const auto& drawer : board.Drawers()) {

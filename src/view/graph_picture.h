@@ -1,5 +1,5 @@
-// The off-screen picture of all graphs. Drawing is one step that takes the new values; exposing
-// only copies the picture.
+// The off-screen picture of all graphs, with the additional text over its bottom. Drawing is one
+// step that takes the new values; exposing only copies the picture.
 #pragma once
 
 #include <QImage>
@@ -7,6 +7,7 @@
 #include <QSize>
 
 #include "graph/model/wavo_graph.h"
+#include "view/text_band.h"
 
 class QPainter;
 
@@ -26,8 +27,9 @@ class GraphPicture {
     /// The graphs are others: the next step draws the whole picture.
     void Invalidate() { m_blank = true; }
 
-    /// One drawing step. With `restart` all buffers are reset first and the graphs begin anew.
-    void Draw(GraphBoard& board, ColorRef background, bool restart);
+    /// One drawing step; `text` stands over the graphs afterwards. With `restart` all buffers are
+    /// reset first and the graphs begin anew.
+    void Draw(GraphBoard& board, ColorRef background, bool restart, const BandText& text = {});
 
     /// Copies the part `exposed` to the widget that `painter` paints.
     void CopyTo(QPainter& painter, const QRect& exposed) const;
@@ -35,7 +37,10 @@ class GraphPicture {
     [[nodiscard]] const QImage& Image() const { return m_image; }
 
  private:
+    void DrawGraphs(GraphBoard& board, ColorRef background, bool restart);
+
     QImage m_image;
+    TextBand m_band;
     bool m_blank = true;  ///< nothing has been drawn on the image yet
 };
 

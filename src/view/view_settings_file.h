@@ -13,7 +13,7 @@
 #include <string>
 
 #include "support/mini_data.h"
-#include "view/view_settings.h"
+#include "ui/dialogs/view_settings.h"
 
 namespace wavo {
 

@@ -7,8 +7,10 @@
 #include "platform/folders.h"
 #include "platform/last_error.h"
 #include "support/diagnostics.h"
+#include "ui/dialogs/add_text.h"
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/message_boxes.h"
+#include "ui/dialogs/wavo_properties.h"
 #include "view/view_settings_file.h"
 
 namespace wavo {
@@ -36,8 +38,8 @@ CWavoView::~CWavoView() {
 
 void CWavoView::OnInitialUpdate(const std::string& graph_file) {
     _MTrace_SetLevel("default", 1);
-    const std::string settings_file = ReadSettings();
-    _MTrace_SetLevel("default", static_cast<unsigned>(std::max(0, m_settings.trace_level)));
+    ReadSettings();
+    SetTraceLevel();
     m_ready_for_painting = true;
     m_editor.SetAcquisitionRuns(m_cycle.IsRunning());
     {
@@ -47,24 +49,27 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
     if (OpenMessageWindow()) {
         m_cycle.Connect(true);
     }
-    const std::string& file = graph_file.empty() ? settings_file : graph_file;
+    const std::string& file = graph_file.empty() ? m_settings_file : graph_file;
     if (!file.empty()) {
         MTRACE(1, "CWavoView::OnInitialUpdate(): read graph ini. file %s", file.c_str());
         m_files.Open(file, FileNameOf(file), true);
     }
 }
 
-std::string CWavoView::ReadSettings() {
+void CWavoView::ReadSettings() {
     const std::string folder = platform::DataFolder();
     if (folder.empty()) {
         MERRLOG("GetCommonAppDataFolder() failed %s",
                 platform::ErrorText(platform::LastError()).c_str());
         m_settings = DefaultViewSettings();
-        return {};
+        return;
     }
-    std::string file = folder + platform::PathSeparator() + "wavo.ini";
-    ReadProperties(file, m_settings);
-    return file;
+    m_settings_file = folder + platform::PathSeparator() + "wavo.ini";
+    ReadProperties(m_settings_file, m_settings);
+}
+
+void CWavoView::SetTraceLevel() const {
+    _MTrace_SetLevel("default", static_cast<unsigned>(std::max(0, m_settings.trace_level)));
 }
 
 bool CWavoView::OpenMessageWindow() {
@@ -104,6 +109,26 @@ void CWavoView::ConnectMachineData() {
         m_cycle.ConnectByUser();
     } else {
         ShowError(kNoMessageWindow);
+    }
+}
+
+void CWavoView::EditProperties() {
+    ViewSettings settings = m_settings;
+    if (CWavoProperties(settings, this).exec() != QDialog::Accepted) {
+        return;
+    }
+    m_settings = settings;
+    WriteProperties(m_settings_file, m_settings);
+    SetTraceLevel();
+    const std::lock_guard guard(m_value_lock);
+    RebuildGraphs();
+}
+
+void CWavoView::EditAdditionalText() {
+    std::string text = m_files.AdditionalText();
+    if (CAddText(text, this).exec() == QDialog::Accepted) {
+        m_files.SetAdditionalText(text);
+        DrawAndShow();
     }
 }
 
@@ -157,7 +182,9 @@ void CWavoView::DrawAndShow() {
             m_picture.Resize(size(), devicePixelRatioF());  // moved to another screen
         }
         m_drawing = true;
-        m_picture.Draw(m_board, m_settings.background, m_restart);
+        m_picture.Draw(
+            m_board, m_settings.background, m_restart,
+            {m_files.AdditionalText(), m_settings.font, ComplementColor(m_settings.background)});
         m_restart = false;
         m_drawing = false;
         if (isVisible()) {

@@ -14,12 +14,12 @@
 
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/graph_editor.h"
+#include "ui/dialogs/view_settings.h"
 #include "view/acquisition_cycle.h"
 #include "view/graph_board.h"
 #include "view/graph_files.h"
 #include "view/graph_picture.h"
 #include "view/message_pump.h"
-#include "view/view_settings.h"
 
 namespace wavo {
 
@@ -44,6 +44,13 @@ class CWavoView : public QWidget,
     void Start();
     void Stop();
     void ConnectMachineData();
+
+    /// Lets the user edit the settings. With OK they are written to the settings file and shown at
+    /// once.
+    void EditProperties();
+    /// Lets the user edit the text below the graphs. With OK it is shown at once; it goes into the
+    /// file with the graphs.
+    void EditAdditionalText();
 
     [[nodiscard]] const AcquisitionCycle& Acquisition() const { return m_cycle; }
     [[nodiscard]] AxisLimitsSource& Capabilities() { return m_cycle.Capabilities(); }
@@ -94,13 +101,15 @@ class CWavoView : public QWidget,
     /// Makes the window for the messages of a master, unless there is one. False on failure, which
     /// the status bar then shows.
     bool OpenMessageWindow();
-    /// Reads the settings; returns the path of their file, empty when there is no data folder.
-    std::string ReadSettings();
+    /// Reads the settings from their file, whose path stays empty when there is no data folder.
+    void ReadSettings();
+    void SetTraceLevel() const;
     /// One drawing step, shown at once where the view is visible; ends with the ready message
     /// that is owed.
     void DrawAndShow();
 
     ViewSettings m_settings;
+    std::string m_settings_file;  // where the settings came from and go to
     std::recursive_mutex m_value_lock;
     std::recursive_mutex m_graph_lock;  // taken inside the value lock
     MessagePump m_pump;

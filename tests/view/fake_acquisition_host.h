@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "ui/dialogs/view_settings.h"
 #include "view/acquisition_cycle.h"
-#include "view/view_settings.h"
 
 namespace wavo::testing {
 

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "expect_errors.h"
+#include "ui/dialogs/view_settings.h"
 #include "view/graph_board.h"
-#include "view/view_settings.h"
 
 namespace wavo {
 namespace {

@@ -1,6 +1,7 @@
 #include "graph/draw/display_settings.h"
 
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QFontMetricsF>
 #include <algorithm>
 #include <cmath>
@@ -24,7 +25,7 @@ int EmHeightOfCell(QFont font, std::int32_t cell_height) {
 
 QFont MakeFont(const FontDescription& description) {
     QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    if (description.face != "System") {
+    if (description.face != kSystemFace) {
         font.setFamilies({QString::fromStdString(description.face)});
         const std::int32_t height = std::clamp(description.height, -kMaxFontHeight, kMaxFontHeight);
         if (height > 0) {
@@ -47,9 +48,25 @@ QFont MakeFont(const FontDescription& description) {
     return font;
 }
 
+FontDescription DescribeFont(const QFont& font) {
+    FontDescription description;
+    description.height = -std::max(1, QFontInfo(font).pixelSize());
+    description.weight = font.weight();
+    description.italic = font.italic();
+    description.underline = font.underline();
+    description.strike_out = font.strikeOut();
+    description.face = font.family().toStdString();
+    return description;
+}
+
 QColor ToQColor(ColorRef color) {
     return {static_cast<int>(color & 0xFFU), static_cast<int>((color >> 8U) & 0xFFU),
             static_cast<int>((color >> 16U) & 0xFFU)};
+}
+
+ColorRef ToColorRef(const QColor& color) {
+    return static_cast<ColorRef>(color.red()) | static_cast<ColorRef>(color.green()) << 8U |
+           static_cast<ColorRef>(color.blue()) << 16U;
 }
 
 }  // namespace wavo

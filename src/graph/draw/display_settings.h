@@ -10,6 +10,9 @@
 
 namespace wavo {
 
+/// The face that stands for the platform's own interface font.
+inline constexpr char kSystemFace[] = "System";
+
 /// A font by the fields that the settings keep.
 struct FontDescription {
     std::int32_t height = 8;  ///< pixels; > 0 cell height, < 0 em height, 0 natural
@@ -25,7 +28,7 @@ struct FontDescription {
     std::uint8_t clip_precision = 0;
     std::uint8_t quality = 0;
     std::uint8_t pitch_and_family = 0x20;
-    std::string face = "System";
+    std::string face = kSystemFace;
 
     friend bool operator==(const FontDescription&, const FontDescription&) = default;
 };
@@ -43,7 +46,14 @@ struct GraphDisplaySettings {
 /// natural size; every other face is used at the height given. Needs a QGuiApplication.
 QFont MakeFont(const FontDescription& description);
 
+/// The description that makes this font again, as far as the fields can say it: the first family,
+/// the em height in whole pixels, weight and style.
+FontDescription DescribeFont(const QFont& font);
+
 /// The opaque colour of the lower three bytes.
 QColor ToQColor(ColorRef color);
+
+/// The three colour bytes of a colour; how opaque it is is lost.
+ColorRef ToColorRef(const QColor& color);
 
 }  // namespace wavo

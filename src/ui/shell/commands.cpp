@@ -12,6 +12,8 @@ constexpr Command kCommands[] = {
      "connecting machine data\nconnecting"},
     {CommandId::kStop, "stop", "Stop\tCtrl+H", "stop wavo.\nstop"},
     {CommandId::kStart, "start", "St&art\tCtrl+A", "start wavo.\nstart"},
+    {CommandId::kProperties, "properties", "Proper&ties", ""},
+    {CommandId::kAdditionalText, "additional_text", "Add. &Text", ""},
     {CommandId::kExit, "exit", "E&xit", "end wavo.\nexit"},
 };
 

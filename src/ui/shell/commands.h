@@ -11,7 +11,7 @@ struct Command {
     CommandId id;
     const char* object_name;  ///< of its QAction; unique
     const char* text;         ///< "&" marks the mnemonic; "\t" begins the shortcut
-    const char* status_text;  ///< prompt, "\n", tool tip
+    const char* status_text;  ///< prompt, "\n", tool tip; empty for none
 };
 
 /// All commands, each once.

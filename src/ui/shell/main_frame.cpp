@@ -7,8 +7,8 @@
 #include <QMenuBar>
 #include <QStatusBar>
 
+#include "ui/dialogs/elided_label.h"
 #include "ui/shell/commands.h"
-#include "ui/shell/elided_label.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -44,6 +44,9 @@ QAction* CMainFrame::AddCommand(QMenu& menu, CommandId id, const std::function<v
 
 void CMainFrame::CreateMenus() {
     QMenu* const file = menuBar()->addMenu(QStringLiteral("&File"));
+    AddCommand(*file, CommandId::kProperties, [this] { m_view->EditProperties(); });
+    AddCommand(*file, CommandId::kAdditionalText, [this] { m_view->EditAdditionalText(); });
+    file->addSeparator();
     AddCommand(*file, CommandId::kExit, [this] { close(); });
     QMenu* const machine = menuBar()->addMenu(QStringLiteral("&Machine Data"));
     AddCommand(*machine, CommandId::kConnect, [this] { m_view->ConnectMachineData(); });

@@ -1,4 +1,4 @@
-#include "ui/shell/elided_label.h"
+#include "ui/dialogs/elided_label.h"
 
 #include <QPainter>
 #include <QStyle>
