@@ -86,6 +86,37 @@ void CWavoView::OnClose() {
     m_cycle.End();
 }
 
+bool CWavoView::IsEnabled(CommandId id) const {
+    if (id == CommandId::kConnect) {
+        return m_cycle.CanConnect();
+    }
+    if (id == CommandId::kStart || id == CommandId::kStop) {
+        return m_cycle.IsRunning() == (id == CommandId::kStop);
+    }
+    return id == CommandId::kProperties || id == CommandId::kAdditionalText;
+}
+
+bool CWavoView::IsChecked(CommandId) const {
+    return false;
+}
+
+void CWavoView::Execute(CommandId id) {
+    if (!IsEnabled(id)) {
+        return;
+    }
+    if (id == CommandId::kConnect) {
+        ConnectMachineData();
+    } else if (id == CommandId::kStart) {
+        Start();
+    } else if (id == CommandId::kStop) {
+        Stop();
+    } else if (id == CommandId::kProperties) {
+        EditProperties();
+    } else if (id == CommandId::kAdditionalText) {
+        EditAdditionalText();
+    }
+}
+
 void CWavoView::Start() {
     m_cycle.SetRunning(true);
     m_restart = true;

@@ -8,14 +8,17 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/graph_editor.h"
 #include "ui/dialogs/view_settings.h"
 #include "view/acquisition_cycle.h"
+#include "view/command_target.h"
 #include "view/graph_board.h"
 #include "view/graph_files.h"
 #include "view/graph_picture.h"
@@ -24,6 +27,7 @@
 namespace wavo {
 
 class CWavoView : public QWidget,
+                  public CommandTarget,
                   private AcquisitionHost,
                   private GraphDrawHost,
                   private GraphFilesHost {
@@ -39,6 +43,16 @@ class CWavoView : public QWidget,
 
     /// The frame closes: values that come later are ignored.
     void OnClose();
+
+    // CommandTarget
+    [[nodiscard]] bool IsEnabled(CommandId id) const override;
+    [[nodiscard]] bool IsChecked(CommandId id) const override;
+    void Execute(CommandId id) override;
+
+    /// Where the commands of the recent files find them: the path of the newest for 0, of the one
+    /// before for 1; empty when there is none.
+    using RecentFileList = std::function<std::string(int index)>;
+    void SetRecentFiles(RecentFileList recent_files) { m_recent_files = std::move(recent_files); }
 
     /// Commands of the run control and of the machine data menu.
     void Start();
@@ -118,6 +132,7 @@ class CWavoView : public QWidget,
     AcquisitionCycle m_cycle;
     GraphFiles m_files;
     GraphPicture m_picture;
+    RecentFileList m_recent_files;
     bool m_ready_for_painting = false;  // set by OnInitialUpdate
     bool m_restart = false;             // the next drawing step starts all graphs anew
     bool m_drawing = false;
