@@ -6,14 +6,27 @@
 
 namespace wavo {
 
+namespace {
+
+/// Whether all edges run along rows or columns of pixels: they need no half covered pixels.
+bool IsUpright(const QPolygonF& points) {
+    for (qsizetype index = 1; index < points.size(); ++index) {
+        if (points[index].x() != points[index - 1].x() &&
+            points[index].y() != points[index - 1].y()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
 IconSketch::IconSketch(QPainter& painter, int side, const QPalette& palette, bool disabled)
     : m_painter(painter),
       m_unit(side / 16.0),
       m_palette(palette),
       m_dark(palette.color(QPalette::Window).lightness() < 128),
-      m_disabled(disabled) {
-    m_painter.setRenderHint(QPainter::Antialiasing);
-}
+      m_disabled(disabled) {}
 
 QColor IconSketch::Color(IconInk ink) const {
     QColor color;
@@ -66,7 +79,10 @@ void IconSketch::Polygon(const std::vector<QPointF>& corners, IconInk fill, Icon
     const int pen = PenWidth(1);
     m_painter.setPen(QPen(Color(outline), pen, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
     m_painter.setBrush(Color(fill));
-    m_painter.drawPolygon(Snapped(corners, pen));
+    QPolygonF closed = Snapped(corners, pen);
+    closed << closed.first();
+    m_painter.setRenderHint(QPainter::Antialiasing, !IsUpright(closed));
+    m_painter.drawPolygon(closed);
 }
 
 void IconSketch::Box(double left, double top, double right, double bottom, IconInk fill,
@@ -75,6 +91,7 @@ void IconSketch::Box(double left, double top, double right, double bottom, IconI
 }
 
 void IconSketch::Circle(double x, double y, double radius, IconInk fill, IconInk outline) {
+    m_painter.setRenderHint(QPainter::Antialiasing);
     m_painter.setPen(QPen(Color(outline), PenWidth(1)));
     m_painter.setBrush(Color(fill));
     m_painter.drawEllipse(QPointF(x * m_unit, y * m_unit), radius * m_unit, radius * m_unit);
@@ -84,7 +101,9 @@ void IconSketch::Line(const std::vector<QPointF>& points, IconInk ink, double wi
     const int pen = PenWidth(width);
     m_painter.setPen(QPen(Color(ink), pen, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
     m_painter.setBrush(Qt::NoBrush);
-    m_painter.drawPolyline(Snapped(points, pen));
+    const QPolygonF line = Snapped(points, pen);
+    m_painter.setRenderHint(QPainter::Antialiasing, !IsUpright(line));
+    m_painter.drawPolyline(line);
 }
 
 }  // namespace wavo

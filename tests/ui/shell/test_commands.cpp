@@ -177,19 +177,6 @@ TEST_F(Frame, TheMenuOfLooksChangesTheLook) {
     EXPECT_FALSE(m_frame.Action(CommandId::kLookStudio)->isChecked());
 }
 
-TEST_F(Frame, MnemonicsAreUniqueWithinEachMenuThatWeNamed) {
-    for (QAction* const top : m_frame.menuBar()->actions()) {
-        std::set<QChar> seen;
-        for (const QAction* const action : top->menu()->actions()) {
-            const qsizetype at = action->text().indexOf(u'&');
-            if (at >= 0 && action->isVisible()) {
-                EXPECT_TRUE(seen.insert(action->text()[at + 1].toLower()).second)
-                    << action->text().toStdString();
-            }
-        }
-    }
-}
-
 TEST_F(Frame, StatusTextsAndToolTipsComeFromTheTable) {
     const QAction* const connect = m_frame.Action(CommandId::kConnect);
     EXPECT_EQ(connect->statusTip(), "connecting machine data");

@@ -101,7 +101,9 @@ TEST_P(EveryLook, IsChosenShownAndRemembered) {
     const CommandId id = GetParam().id;
     {
         CMainFrame frame(&settings);
+        frame.show();
         frame.Action(id)->trigger();
+        QCoreApplication::processEvents();  // the windows take the colours over
         EXPECT_EQ(settings.value(QStringLiteral("ApplicationLook")).toInt(), static_cast<int>(id));
         EXPECT_EQ(QApplication::palette().color(QPalette::Window), QColor(GetParam().window));
         EXPECT_EQ(frame.palette().color(QPalette::WindowText), QColor(GetParam().text));
@@ -111,8 +113,11 @@ TEST_P(EveryLook, IsChosenShownAndRemembered) {
                   QColor(GetParam().bar_text));
     }
     ApplyLook(FindLook(static_cast<int>(kDefaultLook)));
-    const CMainFrame again(&settings);
-    EXPECT_EQ(QApplication::palette().color(QPalette::Window), QColor(GetParam().window));
+    CMainFrame again(&settings);
+    again.show();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(again.palette().color(QPalette::Window), QColor(GetParam().window));
+    EXPECT_EQ(again.menuBar()->palette().color(QPalette::ButtonText), QColor(GetParam().bar_text));
     for (const Look& look : Looks()) {
         EXPECT_EQ(again.Action(look.id)->isChecked(), look.id == id);
     }
