@@ -37,6 +37,7 @@ void GraphBoard::CreateAllGraphRects(const QRect& area, double cycle_time,
             rectangles[i], m_graphs[i], m_host, display, cycle_time, settings.scale_lines_x,
             settings.scale_lines_y, StreamsOf(m_graphs[i], cycle_time)));
     }
+    NoteDrawnSizes();
     m_columns_share_buffers =
         std::set<std::string>(axis_names.begin(), axis_names.end()).size() != axis_names.size();
     m_distribution.assign(axis_names.size(), {});
@@ -81,10 +82,28 @@ GraphValue* GraphBoard::FindBuffer(const std::string& axis_name, double cycle_ti
     return value;
 }
 
+void GraphBoard::Clear() {
+    m_drawers.clear();
+    m_graphs.clear();
+}
+
 void GraphBoard::Layout(const QRect& area) {
     const std::vector<QRect> rectangles = SplitGraphArea(area, m_drawers.size());
     for (std::size_t i = 0; i < m_drawers.size(); ++i) {
         m_drawers[i]->SetRectangle(rectangles[i]);
+    }
+    NoteDrawnSizes();
+}
+
+void GraphBoard::NoteDrawnSizes() {
+    // The user may have added or removed graphs since the drawers were made.
+    for (const auto& drawer : m_drawers) {
+        const auto graph = std::find_if(m_graphs.begin(), m_graphs.end(), [&](const WavoGraph& g) {
+            return g.GraphNumber == drawer->Graph().GraphNumber;
+        });
+        if (graph != m_graphs.end()) {
+            graph->Drawn = {drawer->PlotArea().width(), drawer->PlotArea().height()};
+        }
     }
 }
 
@@ -144,7 +163,10 @@ void GraphBoard::ResetBuffers() {
 
 void GraphBoard::EnableBuffers() {
     for (GraphValue& value : m_registry.Values()) {
-        value.SetEnabled(true);
+        if (!value.Enabled()) {  // it missed samples
+            value.ForgetHistory();
+            value.SetEnabled(true);
+        }
     }
 }
 

@@ -50,6 +50,9 @@ class GraphBoard {
     /// Moves every drawer to its place in `area`.
     void Layout(const QRect& area);
 
+    /// Destroys all graphs: definitions and drawers. The buffers stay.
+    void Clear();
+
     /// Destroys all buffers and empties the distribution lists. The drawers keep what they show.
     void DropBuffers();
 
@@ -60,6 +63,7 @@ class GraphBoard {
     void DrawAll(QImage& picture, bool restart);
 
     void ResetBuffers();
+    /// Lets all buffers take values again; those that missed some begin their derivatives anew.
     void EnableBuffers();
 
     /// The buffers of column a, in the order in which they were made.
@@ -70,6 +74,8 @@ class GraphBoard {
  private:
     void DistributeLineByLine(const double* lines, std::uint64_t line_count,
                               std::uint64_t axis_count);
+    /// Tells the definitions how large their graphs are drawn.
+    void NoteDrawnSizes();
     GraphStreams StreamsOf(const WavoGraph& graph, double cycle_time);
     GraphValue* FindBuffer(const std::string& axis_name, double cycle_time, double time_range,
                            std::int32_t derivation);

@@ -46,4 +46,15 @@ bool GraphFiles::Open(const std::string& path, const std::string& display_name,
     return read;
 }
 
+bool GraphFiles::Save() const {
+    MIniData store(MIniData::kSaveFlush | MIniData::kSaveSafe);
+    const bool saved = store.Open(m_current_path) &&
+                       GetGraphAsIniData(store, m_board.Graphs(), m_additional_text) &&
+                       store.Save();
+    if (!saved) {
+        MErrTrace_Dump();
+    }
+    return saved;
+}
+
 }  // namespace wavo

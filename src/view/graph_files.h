@@ -1,4 +1,4 @@
-// Graph files: which one is current, and opening one.
+// Graph files: which one is current, opening one and writing it.
 //
 // Invariant: a file that cannot be read leaves graphs, additional text and document name as they
 // were, and the link to the master as it was before.
@@ -32,8 +32,12 @@ class GraphFiles {
     /// again, so that the next batch finds the new graphs. A fault is shown to the user; false.
     bool Open(const std::string& path, const std::string& display_name, bool add_to_recent);
 
+    /// Writes graphs and additional text to the current file. False when any step of that failed.
+    bool Save() const;
+
     /// The file that Save writes; empty before one was opened.
     [[nodiscard]] const std::string& CurrentPath() const { return m_current_path; }
+    void SetCurrentPath(const std::string& path) { m_current_path = path; }
     /// First part of the frame title.
     [[nodiscard]] const std::string& DocumentName() const { return m_document_name; }
     /// The line of text that belongs to the graphs, UTF-8; kept in their file.

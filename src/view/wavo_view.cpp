@@ -24,12 +24,21 @@ constexpr char kNoMessageWindow[] = "No messages from a master can arrive, see t
 CWavoView::CWavoView(QWidget* parent)
     : QWidget(parent),
       m_board(*this, [this](const std::string& text) { ShowError(text); }),
-      m_editor(this),
-      m_cycle(m_pump, m_board, m_editor, *this, m_value_lock),
-      m_files(m_cycle, m_board, *this) {
+      m_editor(std::make_unique<CAxSelect>(this, this)),
+      m_cycle(m_pump, m_board, *m_editor, *this, m_value_lock),
+      m_files(m_cycle, m_board, *this),
+      m_file_commands(m_files, m_board, m_cycle, *this, m_value_lock),
+      m_run_control(m_cycle, m_board, *m_editor, *this),
+      m_mouse(m_board, *this),
+      m_keys(m_board, *this),
+      m_printer({[this] { return m_picture.Image(); }, [this] { return GraphArea(); },
+                 [this] { return m_settings.background; }}) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(200, 80);
+    m_editor->hide();
+    m_editor->SetAxisLimits(&m_cycle.Capabilities());
+    connect(m_editor.get(), &CAxSelect::SelectionReset, this, [this] { m_zoom_history.Clear(); });
 }
 
 CWavoView::~CWavoView() {
@@ -41,7 +50,8 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
     ReadSettings();
     SetTraceLevel();
     m_ready_for_painting = true;
-    m_editor.SetAcquisitionRuns(m_cycle.IsRunning());
+    ShowOrHideGraphEditor(m_settings.show_graph_editor);
+    m_editor->SetAcquisitionRuns(m_cycle.IsRunning());
     {
         const std::lock_guard guard(m_value_lock);
         RebuildGraphs();  // something to see until a master and a graph file are there
@@ -86,55 +96,6 @@ void CWavoView::OnClose() {
     m_cycle.End();
 }
 
-bool CWavoView::IsEnabled(CommandId id) const {
-    if (id == CommandId::kConnect) {
-        return m_cycle.CanConnect();
-    }
-    if (id == CommandId::kStart || id == CommandId::kStop) {
-        return m_cycle.IsRunning() == (id == CommandId::kStop);
-    }
-    return id == CommandId::kProperties || id == CommandId::kAdditionalText;
-}
-
-bool CWavoView::IsChecked(CommandId) const {
-    return false;
-}
-
-void CWavoView::Execute(CommandId id) {
-    if (!IsEnabled(id)) {
-        return;
-    }
-    if (id == CommandId::kConnect) {
-        ConnectMachineData();
-    } else if (id == CommandId::kStart) {
-        Start();
-    } else if (id == CommandId::kStop) {
-        Stop();
-    } else if (id == CommandId::kProperties) {
-        EditProperties();
-    } else if (id == CommandId::kAdditionalText) {
-        EditAdditionalText();
-    }
-}
-
-void CWavoView::Start() {
-    m_cycle.SetRunning(true);
-    m_restart = true;
-    ShowRunTitle();
-    m_editor.SetAcquisitionRuns(true);
-    m_board.EnableBuffers();
-    // At once: a restart that waited for the next batch would throw that batch away.
-    DrawAndShow();
-    Q_EMIT CommandsChanged();
-}
-
-void CWavoView::Stop() {
-    m_cycle.SetRunning(false);
-    ShowRunTitle();
-    m_editor.SetAcquisitionRuns(false);
-    Q_EMIT CommandsChanged();
-}
-
 void CWavoView::ConnectMachineData() {
     if (OpenMessageWindow()) {
         m_cycle.ConnectByUser();
@@ -148,11 +109,19 @@ void CWavoView::EditProperties() {
     if (CWavoProperties(settings, this).exec() != QDialog::Accepted) {
         return;
     }
+    const bool editor_was_wanted = m_settings.show_graph_editor;
     m_settings = settings;
-    WriteProperties(m_settings_file, m_settings);
+    WriteProperties(SettingsFile(), m_settings);
     SetTraceLevel();
-    const std::lock_guard guard(m_value_lock);
-    RebuildGraphs();
+    {
+        const std::lock_guard guard(m_value_lock);
+        RebuildGraphs();
+    }
+    if (!editor_was_wanted && m_settings.show_graph_editor) {
+        ShowGraphEditor();
+    } else if (editor_was_wanted && !m_settings.show_graph_editor) {
+        PostAppMessage(m_editor.get(), AppMessage::kCloseEditor, 0, 0);
+    }
 }
 
 void CWavoView::EditAdditionalText() {
@@ -166,22 +135,26 @@ void CWavoView::EditAdditionalText() {
 bool CWavoView::event(QEvent* event) {
     if (event->type() == AppMessageEvent::EventType()) {
         auto* const message = static_cast<AppMessageEvent*>(event);
-        message->SetResult(OnAppMessage(message->number()));
+        message->SetResult(OnAppMessage(message->number(), message->lParam()));
         return true;
     }
     return QWidget::event(event);
 }
 
-std::int64_t CWavoView::OnAppMessage(AppMessage number) {
+std::int64_t CWavoView::OnAppMessage(AppMessage number, std::int64_t l_param) {
     switch (number) {
         case AppMessage::kEditorClosed:
+            ShowOrHideGraphEditor(false);
+            [[fallthrough]];
         case AppMessage::kGraphChanged: {
             const std::lock_guard guard(m_value_lock);
             RebuildGraphs();
             return 1;
         }
-        case AppMessage::kSaveValues:
         case AppMessage::kZoomOut:
+            ZoomOut(static_cast<std::uint32_t>(l_param));
+            return 1;
+        case AppMessage::kSaveValues:
         case AppMessage::kCloseEditor:
         case AppMessage::kSelectGraph:
         case AppMessage::kSelectGraphAndTime:
@@ -198,12 +171,41 @@ void CWavoView::paintEvent(QPaintEvent* event) {
         return;
     }
     m_picture.CopyTo(painter, event->rect());
+    PaintBands(painter, m_board, m_settings.background);
 }
 
 void CWavoView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     m_picture.Resize(size(), devicePixelRatioF());
-    m_board.Layout(rect());
+    LayOut();
+    DrawAndShow();
+}
+
+QRect CWavoView::GraphArea() const {
+    QRect area = rect();
+    if (IsGraphEditorShown()) {
+        area.setTop(std::min(m_editor->y() + m_editor->height() + 1, height()));
+    }
+    return area;
+}
+
+void CWavoView::LayOut() {
+    if (IsGraphEditorShown()) {
+        m_editor->setGeometry(0, 0, width(), m_editor->heightForWidth(width()));
+    }
+    const std::lock_guard guard(m_graph_lock);
+    m_board.Layout(GraphArea());
+    m_picture.Invalidate();
+}
+
+void CWavoView::ShowOrHideGraphEditor(bool show) {
+    m_editor->setVisible(show);
+    LayOut();
+    Q_EMIT CommandsChanged();
+}
+
+void CWavoView::ShowGraphEditor() {
+    ShowOrHideGraphEditor(true);
     DrawAndShow();
 }
 
@@ -231,12 +233,82 @@ void CWavoView::DrawNewValues() {
 }
 
 void CWavoView::RebuildGraphs() {
+    m_editor->SetBackground(m_settings.background);
+    ClearZoomHistory();
+    m_mouse.Cancel();
+    m_keys.Cancel();
     {
         const std::lock_guard guard(m_graph_lock);
-        m_board.CreateAllGraphRects(rect(), m_cycle.CycleTime(), m_cycle.AxisNames(), m_settings);
+        m_board.CreateAllGraphRects(GraphArea(), m_cycle.CycleTime(), m_cycle.AxisNames(),
+                                    m_settings);
         m_picture.Invalidate();
     }
+    m_run_control.OnGraphsRebuilt();
     DrawAndShow();
+    Q_EMIT CommandsChanged();
+}
+
+void CWavoView::ClearZoomHistory() {
+    m_zoom_history.Clear();
+    m_editor->SetZoomed(false);
+}
+
+std::vector<GraphDraw*> CWavoView::ZoomedTogether(const GraphDraw& drawer) const {
+    std::vector<GraphDraw*> together;
+    for (const auto& other : m_board.Drawers()) {
+        const bool over_time = other->Graph().XCoorType == CoorType::kTime;
+        if (over_time && (other.get() == &drawer || m_editor->AllGraphs())) {
+            together.push_back(other.get());
+        }
+    }
+    return together;
+}
+
+void CWavoView::ZoomGraph(std::size_t index, double start, double end) {
+    const GraphDraw& drawer = *m_board.Drawers()[index];
+    for (GraphDraw* const graph : ZoomedTogether(drawer)) {
+        ZoomState before = graph->Zoom();
+        before.definition = graph->Graph();
+        graph->SetZoomRange(start, end);
+        if (!graph->Zoom().active || graph->Zoom().start != start || graph->Zoom().end != end) {
+            continue;  // refused, and reported
+        }
+        for (GraphValue* const value : graph->Values()) {
+            value->MarkFirstRangeRequest();
+        }
+        m_zoom_history.Push(graph->Graph().GraphNumber, before);
+    }
+    TellZoom(drawer);
+    DrawAndShow();
+    Q_EMIT CommandsChanged();  // a zoomed graph leaves the state that its trigger brought it to
+}
+
+void CWavoView::ZoomOut(std::uint32_t graph_number) {
+    const auto& drawers = m_board.Drawers();
+    const auto drawer = std::find_if(drawers.begin(), drawers.end(), [&](const auto& graph) {
+        return graph->Graph().GraphNumber == graph_number;
+    });
+    if (drawer == drawers.end() || m_zoom_history.IsEmpty()) {
+        return;
+    }
+    for (GraphDraw* const graph : ZoomedTogether(**drawer)) {
+        if (const std::optional<ZoomState> before =
+                m_zoom_history.Pop(graph->Graph().GraphNumber)) {
+            graph->RestoreZoom(*before);
+        }
+    }
+    TellZoom(**drawer);
+    DrawAndShow();
+}
+
+// The editor shows how long a span is seen; it is not to be edited while that is a zoom.
+void CWavoView::TellZoom(const GraphDraw& drawer) {
+    const ZoomState& zoom = drawer.Zoom();
+    const GraphAndTime shown{drawer.Graph().GraphNumber,
+                             zoom.active ? zoom.end - zoom.start : drawer.Graph().XScale.TimeRange};
+    SendAppMessage(m_editor.get(), AppMessage::kSelectGraphAndTime, 0,
+                   reinterpret_cast<std::int64_t>(&shown));
+    m_editor->SetZoomed(!m_zoom_history.IsEmpty());
 }
 
 void CWavoView::ShowRunTitle() {
@@ -249,6 +321,9 @@ void CWavoView::ShowError(const std::string& text) {
 }
 
 void CWavoView::SetPaneText(StatusPane pane, const std::string& text) {
+    if (pane == StatusPane::kMessage) {
+        m_link_text = text;
+    }
     Q_EMIT PaneTextChanged(pane, QString::fromStdString(text));
 }
 

@@ -13,24 +13,34 @@
 #include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "ui/dialogs/app_messages.h"
-#include "ui/dialogs/graph_editor.h"
+#include "ui/dialogs/ax_select.h"
 #include "ui/dialogs/view_settings.h"
 #include "view/acquisition_cycle.h"
 #include "view/command_target.h"
+#include "view/file_commands.h"
 #include "view/graph_board.h"
 #include "view/graph_files.h"
 #include "view/graph_picture.h"
+#include "view/graph_printer.h"
 #include "view/message_pump.h"
+#include "view/run_control.h"
+#include "view/view_keys.h"
+#include "view/view_mouse.h"
+#include "view/zoom_history.h"
 
 namespace wavo {
 
 class CWavoView : public QWidget,
                   public CommandTarget,
                   private AcquisitionHost,
+                  private FileCommandsHost,
                   private GraphDrawHost,
-                  private GraphFilesHost {
+                  private GraphFilesHost,
+                  private RunControlHost,
+                  private ZoomHost {
     Q_OBJECT
 
  public:
@@ -54,9 +64,6 @@ class CWavoView : public QWidget,
     using RecentFileList = std::function<std::string(int index)>;
     void SetRecentFiles(RecentFileList recent_files) { m_recent_files = std::move(recent_files); }
 
-    /// Commands of the run control and of the machine data menu.
-    void Start();
-    void Stop();
     void ConnectMachineData();
 
     /// Lets the user edit the settings. With OK they are written to the settings file and shown at
@@ -66,9 +73,24 @@ class CWavoView : public QWidget,
     /// file with the graphs.
     void EditAdditionalText();
 
+    /// Shows the graph editor above the graphs.
+    void ShowGraphEditor();
+    [[nodiscard]] bool IsGraphEditorShown() const { return m_editor->isVisibleTo(this); }
+
+    /// Zooms the drawn graph of an index (with the editor's `all graphs` every graph over time) to
+    /// a span of its displayed time axis, seconds. Nothing for a graph that is not over time.
+    void ZoomGraph(std::size_t index, double start, double end);
+    /// Steps the graph of a number (with `all graphs` every graph over time) back to the zoom
+    /// before.
+    void ZoomOut(std::uint32_t graph_number) override;
+
+    [[nodiscard]] GraphPrinter& Printer() { return m_printer; }
     [[nodiscard]] const AcquisitionCycle& Acquisition() const { return m_cycle; }
     [[nodiscard]] AxisLimitsSource& Capabilities() { return m_cycle.Capabilities(); }
     [[nodiscard]] GraphBoard& Board() { return m_board; }
+    [[nodiscard]] CAxSelect& Editor() { return *m_editor; }
+    /// Where the graphs are drawn: below the editor.
+    [[nodiscard]] QRect GraphArea() const;
     [[nodiscard]] platform::WindowHandle Window() const { return m_pump.OwnWindow(); }
     [[nodiscard]] const GraphFiles& Files() const { return m_files; }
     [[nodiscard]] const ViewSettings& Settings() const { return m_settings; }
@@ -92,6 +114,10 @@ class CWavoView : public QWidget,
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
  private:
     // AcquisitionHost
@@ -108,31 +134,73 @@ class CWavoView : public QWidget,
     // GraphFilesHost
     void AddToRecentFiles(const std::string& path) override;
 
+    // FileCommandsHost
+    [[nodiscard]] ViewSettings& MutableSettings() override { return m_settings; }
+    void ShowSettings() override;
+    void ShowNoGraphs() override;
+    void ShowTitle(const std::string& title) override;
+    void CurrentFileChanged() override;
+    [[nodiscard]] QWidget* DialogParent() override { return this; }
+
+    // RunControlHost
+    void ForgetZooms() override { ClearZoomHistory(); }
+    void LeaveZooms() override;
+    void Redraw(bool restart) override;
+    void ShowRunHint(const std::string& text) override;
+    void RunStateChanged() override;
+
+    // ZoomHost
+    void SelectInEditor(std::uint32_t graph_number) override;
+    [[nodiscard]] bool IsZoomEnabled() const override { return m_editor->ZoomEnabled(); }
+    [[nodiscard]] bool IsBusy() const override { return m_drawing; }
+    [[nodiscard]] double TimeStep() const override { return m_cycle.CycleTime(); }
+    void ZoomTo(std::uint32_t graph_number, const ZoomSpan& span) override;
+    void UpdatePart(const QRect& part) override { update(part); }
+    void RepaintPart(const QRect& part) override { repaint(part); }
+
     // GraphDrawHost
     void RecordingEnded() override;
 
-    std::int64_t OnAppMessage(AppMessage number);
+    /// Path of a command of the recent files; empty when there is none.
+    [[nodiscard]] std::string RecentFile(CommandId id) const;
+    std::int64_t OnAppMessage(AppMessage number, std::int64_t l_param);
+    /// Puts the editor to the top and the graphs below it.
+    void LayOut();
+    void ShowOrHideGraphEditor(bool show);
+    void ClearZoomHistory();
+    void TellZoom(const GraphDraw& drawer);
+    /// The drawers that a zoom of one of them is for.
+    [[nodiscard]] std::vector<GraphDraw*> ZoomedTogether(const GraphDraw& drawer) const;
     /// Makes the window for the messages of a master, unless there is one. False on failure, which
     /// the status bar then shows.
     bool OpenMessageWindow();
     /// Reads the settings from their file, whose path stays empty when there is no data folder.
     void ReadSettings();
     void SetTraceLevel() const;
+    /// Where changed settings go: the current graph file, else the settings file.
+    [[nodiscard]] std::string SettingsFile() const;
     /// One drawing step, shown at once where the view is visible; ends with the ready message
     /// that is owed.
     void DrawAndShow();
 
     ViewSettings m_settings;
     std::string m_settings_file;  // where the settings came from and go to
+    std::string m_link_text;      // what the first status bar pane says of the master
+    RecentFileList m_recent_files;
     std::recursive_mutex m_value_lock;
     std::recursive_mutex m_graph_lock;  // taken inside the value lock
     MessagePump m_pump;
     GraphBoard m_board;
-    WindowlessGraphEditor m_editor;
+    std::unique_ptr<CAxSelect> m_editor;  // a child; goes before the graphs that it refers to
     AcquisitionCycle m_cycle;
     GraphFiles m_files;
+    FileCommands m_file_commands;
+    RunControl m_run_control;
+    ViewMouse m_mouse;
+    ViewKeys m_keys;
+    GraphPrinter m_printer;
     GraphPicture m_picture;
-    RecentFileList m_recent_files;
+    ZoomHistory m_zoom_history;
     bool m_ready_for_painting = false;  // set by OnInitialUpdate
     bool m_restart = false;             // the next drawing step starts all graphs anew
     bool m_drawing = false;

@@ -62,7 +62,7 @@ TEST_P(Answers, EachBatchIsAnsweredExactlyOnceAndEveryLineCounted) {
         case Shown::kRunning:
             break;
         case Shown::kStopped:
-            View().Stop();
+            View().Execute(CommandId::kStop);
             break;
         case Shown::kHidden:
             m_frame->hide();
@@ -105,12 +105,12 @@ TEST_F(Viewer, StoppedAndStartedAgainTheValuesSinceTheStartAreShown) {
     DemoMaster master({"--motion", "circle"});
     Open({"X"});
     ASSERT_TRUE(WaitForLines(200));
-    View().Stop();
+    View().Execute(CommandId::kStop);
     const std::size_t held = Held("X").size();
     const std::uint64_t total = Cycle().TotalLines();
     ASSERT_TRUE(WaitForLines(total + 200));
     EXPECT_THAT(Held("X"), SizeIs(held));
-    View().Start();
+    View().Execute(CommandId::kStart);
     EXPECT_THAT(Held("X"), IsEmpty());
     const std::uint64_t at_start = Cycle().TotalLines();
     ASSERT_TRUE(WaitForLines(at_start + 200));

@@ -34,7 +34,7 @@ const std::map<std::string, Layer>& Layers() {
         {"graph/values", {{"support"}}},
         {"graph/draw", {{"graph/model", "graph/values", "support"}, true}},
         {"ui/dialogs",
-         {{"graph/model", "graph/values", "graph/draw/display_settings.h",
+         {{"graph/model", "graph/values", "graph/draw/colors.h", "graph/draw/display_settings.h",
            "link/axis_capabilities.h", "support"},
           true}},
         {"view",

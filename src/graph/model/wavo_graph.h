@@ -8,6 +8,9 @@
 // 2. With XCoorType kAxis there is one y axis at most.
 // 3. A graph holds start triggers or stop triggers, never both.
 // 4. GraphNumber is unique within a list of graphs.
+// 5. What the layout notes in a record is no part of the definition: it is never stored, and
+// records
+//    that differ in nothing else are equal.
 //
 // The enumeration codes are stored in graph files and never change.
 #pragma once
@@ -61,6 +64,15 @@ struct ScaleDefinition {
     friend bool operator==(const ScaleDefinition&, const ScaleDefinition&) = default;
 };
 
+/// Size of the area that a graph's curves are drawn in, pixels; 0 before the first layout.
+struct DrawnSize {
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+
+    /// A note of the screen says nothing of the graph: all are equal.
+    friend bool operator==(const DrawnSize&, const DrawnSize&) { return true; }
+};
+
 class WavoGraph {
  public:
     WavoGraph() = default;
@@ -99,6 +111,7 @@ class WavoGraph {
     double InnerGuidingCircleDY = kNoRadius;  ///< units of the first y axis; derived
     double OuterGuidingCircleDX = kNoRadius;
     double OuterGuidingCircleDY = kNoRadius;
+    DrawnSize Drawn;  ///< transient, written by the layout
 };
 
 /// The complement of a colour in each of its three colour bytes; the top byte is 0.

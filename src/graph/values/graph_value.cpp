@@ -67,6 +67,11 @@ void GraphValue::SetEnabled(bool enabled) {
     }
 }
 
+void GraphValue::ForgetHistory() {
+    m_values.CloseRun();  // a run of a derived stream needs the history
+    m_history.clear();
+}
+
 void GraphValue::SetValueAtRunEnd(double sample) {
     if (!m_enabled) {
         return;

@@ -88,6 +88,11 @@ class GraphValue {
     void MarkFirstRangeRequest() { m_first_range_request = true; }
 
     void SetEnabled(bool enabled);
+
+    /// Forgets the raw samples that derivatives are made from: the next ones do not follow them.
+    /// What is stored stays. Call it for a buffer that was disabled and missed samples.
+    void ForgetHistory();
+
     [[nodiscard]] bool Enabled() const { return m_enabled; }
 
     /// Grows the buffer to a longer time range; all held samples and the four counters stay, the

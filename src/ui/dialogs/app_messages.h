@@ -18,12 +18,18 @@ enum class AppMessage : std::uint32_t {
     kZoomOut = 0x593,             ///< editor to view, sent: lParam graph number
     kCloseEditor = 0x658,         ///< view to editor
     kSelectGraph = 0x659,         ///< view to editor: lParam graph number
-    kSelectGraphAndTime = 0x65A,  ///< view to editor: lParam pointer to graph number and time
+    kSelectGraphAndTime = 0x65A,  ///< view to editor: lParam pointer to a GraphAndTime
     kRecordingEnded = 0x6BC,      ///< graph to frame, sent: a recording after a start trigger ended
 };
 
 /// lParam of kGraphChanged when no particular graph changed: the 32-bit value, zero-extended.
 inline constexpr std::int64_t kNoGraph = 0xFFFFFFFF;
+
+/// What kSelectGraphAndTime points to.
+struct GraphAndTime {
+    std::uint32_t graph_number;
+    double time;  ///< seconds
+};
 
 class AppMessageEvent : public QEvent {
  public:

@@ -15,11 +15,27 @@ struct Choosers {
     ColorChooser color;
     FontChooser font;
     SaveFileChooser save_file;
+    OpenFileChooser open_file;
 };
 
 Choosers& Replacements() {
     static Choosers choosers;
     return choosers;
+}
+
+/// Shows a file dialog whose mode is set; the chosen path.
+std::optional<QString> RunFileDialog(QFileDialog& dialog, const SaveFileQuestion& question) {
+    dialog.setDefaultSuffix(question.default_suffix);
+    dialog.setNameFilters(FileDialogFilters(question.filters).split(QStringLiteral(";;")));
+    const QFileInfo initial(question.initial_path);
+    if (!question.initial_path.isEmpty()) {
+        dialog.setDirectory(initial.absolutePath());
+        dialog.selectFile(initial.fileName());
+    }
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+        return std::nullopt;
+    }
+    return QDir::toNativeSeparators(dialog.selectedFiles().constFirst());
 }
 
 }  // namespace
@@ -48,17 +64,17 @@ std::optional<QString> ChooseSaveFile(QWidget* parent, const SaveFileQuestion& q
     QFileDialog dialog(parent, question.caption);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
-    dialog.setDefaultSuffix(question.default_suffix);
-    dialog.setNameFilters(FileDialogFilters(question.filters).split(QStringLiteral(";;")));
-    const QFileInfo initial(question.initial_path);
-    if (!question.initial_path.isEmpty()) {
-        dialog.setDirectory(initial.absolutePath());
-        dialog.selectFile(initial.fileName());
+    return RunFileDialog(dialog, question);
+}
+
+std::optional<QString> ChooseOpenFile(QWidget* parent, const OpenFileQuestion& question) {
+    if (Replacements().open_file) {
+        return Replacements().open_file(parent, question);
     }
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
-        return std::nullopt;
-    }
-    return QDir::toNativeSeparators(dialog.selectedFiles().constFirst());
+    QFileDialog dialog(parent, question.caption);
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    return RunFileDialog(dialog, question);
 }
 
 void SetColorChooser(ColorChooser chooser) {
@@ -71,6 +87,10 @@ void SetFontChooser(FontChooser chooser) {
 
 void SetSaveFileChooser(SaveFileChooser chooser) {
     Replacements().save_file = std::move(chooser);
+}
+
+void SetOpenFileChooser(OpenFileChooser chooser) {
+    Replacements().open_file = std::move(chooser);
 }
 
 QString FileDialogFilters(const QString& filters) {

@@ -36,6 +36,13 @@ FrameMenus::FrameMenus(QMainWindow& frame, const CommandActions& actions, const 
     ShowRecentFiles({}, {});
 }
 
+FrameMenus::~FrameMenus() {
+    m_show_all->disconnect(&m_frame);
+    for (const auto& content : m_contents) {
+        content->menu->disconnect(&m_frame);
+    }
+}
+
 void FrameMenus::MakeRecentFileActions(const CommandActions::Handler& handler) {
     for (int index = 0; index < RecentFiles::kMost; ++index) {
         auto* const action = new QAction(&m_frame);

@@ -23,6 +23,10 @@ class FrameMenus {
     /// menus show.
     FrameMenus(QMainWindow& frame, const CommandActions& actions, const BarSetup& setup,
                const CommandActions::Handler& handler);
+    /// The menus stay with the frame, but nothing of them comes here any more.
+    ~FrameMenus();
+    FrameMenus(const FrameMenus&) = delete;
+    FrameMenus& operator=(const FrameMenus&) = delete;
 
     /// Shows the texts (see RecentFiles::ItemText) in the place of the command of recent files.
     void ShowRecentFiles(const QStringList& texts, const QStringList& paths);

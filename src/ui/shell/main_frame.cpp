@@ -65,7 +65,9 @@ CMainFrame::CMainFrame(QSettings* settings)
     qApp->installEventFilter(this);
 }
 
-CMainFrame::~CMainFrame() = default;
+CMainFrame::~CMainFrame() {
+    m_view->disconnect(this);  // it goes after what shows its news
+}
 
 void CMainFrame::ConnectView() {
     m_view->SetRecentFiles(

@@ -1,0 +1,350 @@
+#include "ui/dialogs/ax_select.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <algorithm>
+#include <utility>
+
+#include "support/diagnostics.h"
+#include "support/number_text.h"
+#include "ui/dialogs/color_field.h"
+#include "ui/dialogs/curve_palette.h"
+#include "ui/dialogs/message_boxes.h"
+#include "ui/dialogs/trigger_condition.h"
+
+namespace wavo {
+
+namespace {
+
+using enum EditorControl;
+
+bool ShowTriggerDialog(TriggerEntry& trigger, QWidget* parent) {
+    return CTriggerCondition(trigger, parent).exec() == QDialog::Accepted;
+}
+
+}  // namespace
+
+CAxSelect::CAxSelect(QObject* view, QWidget* parent)
+    : EditorStrip(parent),
+      m_view(view),
+      m_trigger_dialog(ShowTriggerDialog),
+      m_picked_color(FirstCurveColor(m_background)) {
+    ConnectControls();
+    ConnectTexts();
+    SetAcquisitionRuns(true);
+    ShowNoGraph();
+}
+
+CAxSelect::~CAxSelect() {
+    // Controls that go may still tell that they lose the focus.
+    for (QObject* const child : findChildren<QObject*>()) {
+        child->disconnect(this);
+    }
+}
+
+void CAxSelect::OnClick(EditorControl id, void (CAxSelect::*handler)()) {
+    connect(static_cast<QAbstractButton*>(Control(id)), &QAbstractButton::clicked, this, handler);
+}
+
+void CAxSelect::OnEdit(EditorControl id, void (CAxSelect::*handler)()) {
+    auto* const edit = static_cast<QLineEdit*>(Control(id));
+    connect(edit, &QLineEdit::textEdited, this, [this, id, handler] {
+        const Typing typing(*this, id);
+        (this->*handler)();
+    });
+    connect(edit, &QLineEdit::editingFinished, this, [this, id] { ShowTakenNumber(id); });
+}
+
+void CAxSelect::OnCombo(EditorControl id, void (CAxSelect::*handler)()) {
+    connect(Combo(id), &QComboBox::activated, this, handler);
+    connect(Combo(id)->lineEdit(), &QLineEdit::textEdited, this, [this, id, handler] {
+        const Typing typing(*this, id);
+        (this->*handler)();
+    });
+}
+
+void CAxSelect::ConnectControls() {
+    OnClick(kClose, &CAxSelect::Close);
+    OnClick(kDeleteGraph, &CAxSelect::DeleteGraph);
+    OnClick(kSaveValues, &CAxSelect::SaveValues);
+    OnClick(kZoomOut, &CAxSelect::ZoomOut);
+    OnClick(kXIsTime, &CAxSelect::OnXIsTime);
+    OnClick(kXIsAxis, &CAxSelect::OnXIsAxis);
+    OnClick(kAddYAxis, &CAxSelect::OnAddYAxis);
+    OnClick(kDeleteYAxis, &CAxSelect::OnDeleteYAxis);
+    OnClick(kColor, &CAxSelect::OnColor);
+    OnClick(kTrigger, &CAxSelect::OnTrigger);
+    OnClick(kXTime, &CAxSelect::OnXTime);
+    OnClick(kXAutomatic, &CAxSelect::OnXAutomatic);
+    OnClick(kXManual, &CAxSelect::OnXManual);
+    OnClick(kAllGraphs, &CAxSelect::OnAllGraphs);
+    OnClick(kYAutomatic, &CAxSelect::OnYAutomatic);
+    OnClick(kYManual, &CAxSelect::OnYManual);
+    OnClick(kAutoCircle, &CAxSelect::OnAutoCircle);
+    OnClick(kZeroLines, &CAxSelect::OnZeroLines);
+    const auto on_choice = [this](EditorControl id, auto handler) {
+        connect(static_cast<QAbstractButton*>(Control(id)), &QAbstractButton::clicked, this,
+                handler);
+    };
+    on_choice(kClassic, [this] { SetMode(GraphMode::kClassic); });
+    on_choice(kContinuity, [this] { SetMode(GraphMode::kContinuity); });
+    on_choice(kLines, [this] { SetModeAx(AxisDrawMode::kLines); });
+    on_choice(kPoints, [this] { SetModeAx(AxisDrawMode::kPoints); });
+}
+
+void CAxSelect::ConnectTexts() {
+    OnCombo(kGraphNumber, &CAxSelect::SelectGraph);
+    OnCombo(kXAxis, &CAxSelect::OnXAxis);
+    OnCombo(kYAxis, &CAxSelect::OnYAxis);
+    OnEdit(kDerivation, &CAxSelect::OnYAxis);
+    OnEdit(kTimeRange, &CAxSelect::OnTimeRange);
+    OnEdit(kFadeOutTime, &CAxSelect::OnFadeOutTime);
+    const auto on_number = [this](EditorControl id, void (CAxSelect::*handler)(EditorControl)) {
+        auto* const edit = static_cast<QLineEdit*>(Control(id));
+        connect(edit, &QLineEdit::textEdited, this, [this, id, handler] {
+            const Typing typing(*this, id);
+            (this->*handler)(id);
+        });
+        connect(edit, &QLineEdit::editingFinished, this, [this, id] { ShowTakenNumber(id); });
+    };
+    on_number(kXMinimum, &CAxSelect::OnXBound);
+    on_number(kXMaximum, &CAxSelect::OnXBound);
+    on_number(kYMinimum, &CAxSelect::OnYBound);
+    on_number(kYMaximum, &CAxSelect::OnYBound);
+    on_number(kInnerCircle, &CAxSelect::OnCircle);
+    on_number(kOuterCircle, &CAxSelect::OnCircle);
+}
+
+bool CAxSelect::Init(std::vector<WavoGraph>& graphs, const std::vector<std::string>& axis_names) {
+    m_graphs = &graphs;
+    m_axis_names = axis_names;
+    FillCombos();
+    m_initialised = !graphs.empty();
+    m_notify = !graphs.empty();
+    if (graphs.empty()) {
+        ShowNoGraph();
+        PostAppMessage(m_view, AppMessage::kGraphChanged, 0, kNoGraph);
+    } else {
+        Show(graphs.front(), 0);
+        Announce(graphs.front().GraphNumber);
+    }
+    return true;
+}
+
+void CAxSelect::FillCombos() {
+    for (const EditorControl id : {kGraphNumber, kXAxis, kYAxis}) {
+        Combo(id)->clear();
+    }
+    for (const WavoGraph& graph : *m_graphs) {
+        Combo(kGraphNumber)->addItem(QString::number(graph.GraphNumber));
+    }
+    for (const std::string& name : m_axis_names) {
+        Combo(kXAxis)->addItem(QString::fromStdString(name));
+        Combo(kYAxis)->addItem(QString::fromStdString(name));
+    }
+}
+
+void CAxSelect::ResetSelection() {
+    SetZoomed(false);
+    Q_EMIT SelectionReset();
+}
+
+void CAxSelect::SetCycleTime(double cycle_time) {
+    Control(kTimeRange)
+        ->setToolTip(QString::fromUtf8(FindEditorRow(kTimeRange).tip) +
+                     QStringLiteral("\nThe master sends a value every %1 s.").arg(cycle_time));
+}
+
+void CAxSelect::SetAcquisitionRuns(bool runs) {
+    SetEnabled(kSaveValues, !runs);
+}
+
+void CAxSelect::SetBackground(ColorRef background) {
+    if (background == m_background) {
+        return;
+    }
+    m_background = background;
+    m_picked_color = FirstCurveColor(background);
+    ShowColor();
+}
+
+void CAxSelect::SetZoomed(bool zoomed) {
+    m_zoomed = zoomed;
+    EnableTimeRange();
+}
+
+void CAxSelect::SetTriggerDialog(TriggerDialog dialog) {
+    m_trigger_dialog = dialog ? std::move(dialog) : ShowTriggerDialog;
+}
+
+bool CAxSelect::event(QEvent* event) {
+    if (event->type() == AppMessageEvent::EventType()) {
+        auto* const message = static_cast<AppMessageEvent*>(event);
+        message->SetResult(OnMessage(message->number(), message->lParam()));
+        return true;
+    }
+    const bool handled = EditorStrip::event(event);
+    if (event->type() == QEvent::Show || event->type() == QEvent::WindowActivate) {
+        m_shown = isVisible();
+    }
+    return handled;
+}
+
+std::int64_t CAxSelect::OnMessage(AppMessage number, std::int64_t l_param) {
+    switch (number) {
+        case AppMessage::kCloseEditor:
+            Close();
+            return 1;
+        case AppMessage::kSelectGraph:
+            if (m_graphs != nullptr && m_graphs->size() >= 2) {
+                SelectByMessage(static_cast<std::uint32_t>(l_param));
+            }
+            return 1;
+        case AppMessage::kSelectGraphAndTime: {
+            const auto* const chosen = reinterpret_cast<const GraphAndTime*>(l_param);
+            if (chosen != nullptr && Find(chosen->graph_number) != nullptr) {
+                SelectByMessage(chosen->graph_number);
+                SetNumber(kTimeRange, chosen->time, 3);
+            }
+            return 1;
+        }
+        case AppMessage::kEditorClosed:
+        case AppMessage::kGraphChanged:
+        case AppMessage::kSaveValues:
+        case AppMessage::kZoomOut:
+        case AppMessage::kRecordingEnded:
+            break;  // not meant for the editor
+    }
+    return 0;
+}
+
+void CAxSelect::SelectByMessage(std::uint32_t graph_number) {
+    if (Find(graph_number) != nullptr) {
+        SetText(kGraphNumber, QString::number(graph_number));
+        SelectGraph();
+    }
+}
+
+void CAxSelect::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape) {
+        Close();
+        return;
+    }
+    EditorStrip::keyPressEvent(event);
+}
+
+void CAxSelect::Close() {
+    SendAppMessage(m_view, AppMessage::kEditorClosed, 0, 0);
+    m_shown = false;
+}
+
+std::uint32_t CAxSelect::SelectedNumber() const {
+    return static_cast<std::uint32_t>(std::max(0, ReadInteger(Text(kGraphNumber))));
+}
+
+WavoGraph* CAxSelect::Find(std::uint32_t graph_number) const {
+    if (m_graphs == nullptr || graph_number == 0) {
+        return nullptr;
+    }
+    const auto found = std::find_if(
+        m_graphs->begin(), m_graphs->end(),
+        [graph_number](const WavoGraph& graph) { return graph.GraphNumber == graph_number; });
+    return found == m_graphs->end() ? nullptr : &*found;
+}
+
+void CAxSelect::WriteBack(WavoGraph copy) {
+    copy.UpdateGuidingCircles();
+    if (WavoGraph* const graph = Find(copy.GraphNumber)) {
+        *graph = std::move(copy);
+    }
+}
+
+void CAxSelect::Announce(std::int64_t graph_number) {
+    if (m_notify) {
+        PostAppMessage(m_view, AppMessage::kGraphChanged, 0, graph_number);
+    }
+}
+
+bool CAxSelect::Change(const std::function<bool(WavoGraph&)>& change, bool announce) {
+    const WavoGraph* const graph = Selected();
+    if (graph == nullptr) {
+        ShowAgain();
+        return false;
+    }
+    WavoGraph copy = *graph;
+    if (!change(copy)) {
+        return false;
+    }
+    const std::uint32_t number = copy.GraphNumber;
+    WriteBack(std::move(copy));
+    if (announce) {
+        Announce(number);
+    }
+    return true;
+}
+
+void CAxSelect::SelectGraph() {
+    const std::uint32_t number = SelectedNumber();
+    if (number == 0 || m_graphs == nullptr) {
+        return;
+    }
+    if (const WavoGraph* const graph = Find(number)) {
+        Show(*graph, 0);
+        return;
+    }
+    CreateGraph(number);
+}
+
+void CAxSelect::CreateGraph(std::uint32_t number) {
+    WavoGraph graph;
+    graph.InitGraph(number, nullptr, m_background, m_limits);
+    graph.UpdateGuidingCircles();
+    m_graphs->push_back(graph);
+    m_initialised = true;
+    m_notify = true;
+    Combo(kGraphNumber)->addItem(QString::number(number));
+    Show(graph, 0);
+    Announce(number);
+}
+
+void CAxSelect::DeleteGraph() {
+    const WavoGraph* const graph = Selected();
+    if (graph == nullptr) {
+        return;
+    }
+    QComboBox& combo = *Combo(kGraphNumber);
+    combo.removeItem(combo.findText(QString::number(graph->GraphNumber)));
+    m_graphs->erase(m_graphs->begin() + (graph - m_graphs->data()));
+    if (m_graphs->empty()) {
+        combo.setEditText({});
+        ShowNoGraph();
+        Announce(kNoGraph);
+        return;
+    }
+    combo.setCurrentIndex(0);
+    combo.setEditText(combo.itemText(0));
+    SelectGraph();
+    Announce(SelectedNumber());
+}
+
+void CAxSelect::SaveValues() {
+    const WavoGraph* const graph = Selected();
+    if (graph == nullptr) {
+        ShowBox(this, {"Select a graph in the 'graph no.' input box", "graph not defined",
+                       BoxIcon::kExclamation, BoxButtons::kOk});
+        return;
+    }
+    // A copy: saving may show dialogs, and the list may change meanwhile.
+    const WavoGraph copy = *graph;
+    SendAppMessage(m_view, AppMessage::kSaveValues, 0, reinterpret_cast<std::int64_t>(&copy));
+}
+
+void CAxSelect::ZoomOut() {
+    if (const WavoGraph* const graph = Selected()) {
+        SendAppMessage(m_view, AppMessage::kZoomOut, 0, graph->GraphNumber);
+    }
+}
+
+}  // namespace wavo

@@ -1,0 +1,175 @@
+// The graph editor: a strip of controls above the graphs that shows one graph definition and
+// changes it.
+//
+// Every change is made to a copy of the selected record, which goes back whole into the view's
+// list, with its derived radii; the view is then told by a posted message. Selected is the graph
+// whose number stands in the combo of the graph numbers.
+//
+// Invariants:
+// 1. Without a selected graph no record is changed and no change announced.
+// 2. What the editor writes into its controls never counts as a change.
+// 3. No record is referred to across an event loop: a dialog's result goes to the graph that has
+//    the number then, if it still has that axis.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "graph/model/wavo_graph.h"
+#include "ui/dialogs/app_messages.h"
+#include "ui/dialogs/editor_strip.h"
+#include "ui/dialogs/graph_editor.h"
+
+namespace wavo {
+
+class AxisLimitsSource;
+
+class CAxSelect : public EditorStrip, public GraphEditor {
+    Q_OBJECT
+
+ public:
+    /// `view` gets the messages; may be null; not owned, outlives the editor.
+    explicit CAxSelect(QObject* view, QWidget* parent = nullptr);
+    ~CAxSelect() override;
+
+    // GraphEditor
+    bool Init(std::vector<WavoGraph>& graphs, const std::vector<std::string>& axis_names) override;
+    [[nodiscard]] bool IsInitialised() const override { return m_initialised; }
+    void SetNotInitialised() override { m_initialised = false; }
+    void ResetSelection() override;
+    void SetCycleTime(double cycle_time) override;
+    void SetAcquisitionRuns(bool runs) override;
+
+    /// Where the scale of a new y axis comes from; may be null; not owned, outlives the editor.
+    void SetAxisLimits(AxisLimitsSource* limits) { m_limits = limits; }
+
+    /// The background of the graphs: colours of new curves stand out from it.
+    void SetBackground(ColorRef background);
+
+    /// While a graph is zoomed, its time range cannot be edited.
+    void SetZoomed(bool zoomed);
+
+    /// Shows a graph by its number, with one of its y axes. False, and an error-log entry, for a
+    /// number that no graph has.
+    bool SetWindowData(std::uint32_t graph_number, std::size_t axis);
+
+    /// Whether the editor has been in use since it was closed last.
+    [[nodiscard]] bool IsShown() const { return m_shown; }
+    /// Whether times and zooms are for all graphs.
+    [[nodiscard]] bool AllGraphs() const { return IsChecked(EditorControl::kAllGraphs); }
+    /// Whether the mouse zooms.
+    [[nodiscard]] bool ZoomEnabled() const { return IsChecked(EditorControl::kZoomEnable); }
+    /// The colour that the next y axis gets.
+    [[nodiscard]] ColorRef PickedColor() const { return m_picked_color; }
+
+    /// Lets the user edit a trigger over `parent`; false when nothing was decided.
+    using TriggerDialog = std::function<bool(TriggerEntry& trigger, QWidget* parent)>;
+    /// Asks `dialog` from now on instead of showing the dialog; null shows it again.
+    void SetTriggerDialog(TriggerDialog dialog);
+
+ Q_SIGNALS:
+    /// Zooms can no longer be stepped back from.
+    void SelectionReset();
+
+ protected:
+    bool event(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+    // Lifecycle, messages and selection (ax_select.cpp).
+    void ConnectControls();
+    void ConnectTexts();
+    void OnClick(EditorControl id, void (CAxSelect::*handler)());
+    void OnEdit(EditorControl id, void (CAxSelect::*handler)());
+    void OnCombo(EditorControl id, void (CAxSelect::*handler)());
+    std::int64_t OnMessage(AppMessage number, std::int64_t l_param);
+    void SelectByMessage(std::uint32_t graph_number);
+    void FillCombos();
+    void Close();
+    void SelectGraph();
+    void CreateGraph(std::uint32_t number);
+    void DeleteGraph();
+    void SaveValues();
+    void ZoomOut();
+
+    // The list (ax_select.cpp).
+    [[nodiscard]] std::uint32_t SelectedNumber() const;
+    [[nodiscard]] WavoGraph* Find(std::uint32_t graph_number) const;
+    [[nodiscard]] WavoGraph* Selected() const { return Find(SelectedNumber()); }
+    /// Puts a changed copy back.
+    void WriteBack(WavoGraph copy);
+    /// Tells the view which graph changed; kNoGraph for none.
+    void Announce(std::int64_t graph_number);
+    /// Changes a copy of the selected graph and puts it back; with `announce`, tells the view.
+    /// `change` returns whether it changed anything. False when nothing was put back.
+    bool Change(const std::function<bool(WavoGraph&)>& change, bool announce = true);
+
+    // Showing (ax_select_show.cpp).
+    void Show(const WavoGraph& graph, std::size_t axis);
+    void ShowAgain();
+    void ShowWithChosenAxis();
+    void ShowNoGraph();
+    void ShowCoordinates(const WavoGraph& graph, std::size_t axis);
+    void ShowScales(const WavoGraph& graph, std::size_t axis);
+    void DisplayScaleAx(const ScaleDefinition& scale, EditorControl automatic, EditorControl manual,
+                        EditorControl minimum, EditorControl maximum);
+    void ShowCircles(const WavoGraph& graph);
+    void EnableControls(const WavoGraph& graph);
+    void EnableTimeRange();
+    void ShowColor();
+    void ShowTakenNumber(EditorControl id);
+
+    // Coordinates and axes (ax_select_axes.cpp).
+    [[nodiscard]] std::int32_t Derivation() const;
+    [[nodiscard]] std::optional<std::size_t> ChosenAxis(const WavoGraph& graph) const;
+    [[nodiscard]] bool IsMasterAxis(const std::string& name) const;
+    void OnXIsTime();
+    void OnXIsAxis();
+    void OnXAxis();
+    void OnYAxis();
+    void OnAddYAxis();
+    void OnDeleteYAxis();
+    void OnColor();
+    void OnTrigger();
+    void TakeNextColor(const WavoGraph& graph);
+
+    // Scales, modes and circles (ax_select_scales.cpp).
+    void ReadXScale(WavoGraph& graph) const;
+    void ApplyTimeToAllGraphs(double time);
+    void TakeTime();
+    void OnXTime();
+    void OnXAutomatic();
+    void OnXManual();
+    void OnTimeRange();
+    void OnAllGraphs();
+    void OnXBound(EditorControl id);
+    void OnYBound(EditorControl id);
+    void OnYAutomatic();
+    void OnYManual();
+    void SetMode(GraphMode mode);
+    void SetModeAx(AxisDrawMode mode);
+    void OnAutoCircle();
+    void OnZeroLines();
+    void OnCircle(EditorControl id);
+    void OnFadeOutTime();
+
+    // Constant after construction.
+    QObject* m_view;
+    TriggerDialog m_trigger_dialog;
+
+    std::vector<WavoGraph>* m_graphs = nullptr;  // the view's
+    std::vector<std::string> m_axis_names;       // that the master offers
+    AxisLimitsSource* m_limits = nullptr;
+    std::uint32_t m_shown_graph = 0;  // number of the graph that the controls show; 0 for none
+    std::int32_t m_color_index = -1;  // y axis whose colour the colour field shows; -1 for none
+    ColorRef m_background = 0;
+    ColorRef m_picked_color;
+    bool m_initialised = false;
+    bool m_notify = false;  // changes are announced
+    bool m_shown = false;
+    bool m_zoomed = false;
+};
+
+}  // namespace wavo

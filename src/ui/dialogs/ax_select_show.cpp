@@ -1,0 +1,191 @@
+// Showing: every control from the record of a graph.
+#include <QComboBox>
+#include <algorithm>
+
+#include "graph/draw/display_settings.h"
+#include "support/diagnostics.h"
+#include "support/number_text.h"
+#include "ui/dialogs/ax_select.h"
+#include "ui/dialogs/color_field.h"
+#include "ui/dialogs/graph_edits.h"
+
+namespace wavo {
+
+using enum EditorControl;
+
+namespace {
+
+std::optional<double> Radius(double radius) {
+    return radius == kNoRadius ? std::nullopt : std::optional(radius);
+}
+
+}  // namespace
+
+bool CAxSelect::SetWindowData(std::uint32_t graph_number, std::size_t axis) {
+    const WavoGraph* const graph = Find(graph_number);
+    if (graph == nullptr) {
+        MERRLOG("CAxSelect::SetWindowData(): unknow graph-id: %u", graph_number);
+        return false;
+    }
+    Show(*graph, axis);
+    return true;
+}
+
+void CAxSelect::Show(const WavoGraph& graph, std::size_t axis) {
+    m_shown_graph = graph.GraphNumber;
+    SetText(kGraphNumber, QString::number(graph.GraphNumber));
+    ShowCoordinates(graph, axis);
+    ShowScales(graph, axis);
+    ShowCircles(graph);
+    EnableControls(graph);
+    m_color_index = axis < graph.YCoorAxName.size() ? static_cast<std::int32_t>(axis) : -1;
+    ShowColor();
+}
+
+void CAxSelect::ShowAgain() {
+    if (const WavoGraph* const graph = Find(m_shown_graph)) {
+        const std::string number = Text(kGraphNumber);
+        Show(*graph, ChosenAxis(*graph).value_or(0));
+        // The user may be about to type another number.
+        SetText(kGraphNumber, QString::fromStdString(number));
+    } else {
+        ShowNoGraph();
+    }
+}
+
+void CAxSelect::ShowWithChosenAxis() {
+    if (const WavoGraph* const graph = Selected()) {
+        Show(*graph, ChosenAxis(*graph).value_or(0));
+    }
+}
+
+void CAxSelect::ShowNoGraph() {
+    WavoGraph graph;
+    graph.InitGraph(0, nullptr, 0, nullptr);
+    const std::string number = Text(kGraphNumber);
+    Show(graph, 0);
+    SetText(kGraphNumber, QString::fromStdString(number));
+    SetText(kYAxes, {});
+}
+
+void CAxSelect::ShowCoordinates(const WavoGraph& graph, std::size_t axis) {
+    const bool x_is_axis = graph.XCoorType == CoorType::kAxis;
+    SetChecked(x_is_axis ? kXIsAxis : kXIsTime, true);
+    if (x_is_axis) {
+        SetText(kXAxis, QString::fromStdString(graph.XCoorAxName));
+    }
+    SetChecked(graph.Mode == GraphMode::kClassic ? kClassic : kContinuity, true);
+    SetChecked(graph.ModeAx == AxisDrawMode::kLines ? kLines : kPoints, true);
+    SetChecked(kZeroLines, graph.ZeroLines);
+    SetText(kYAxes, QString::fromStdString(YAxesText(graph)));
+    if (axis < graph.YCoorAxName.size()) {
+        SetText(kYAxis, QString::fromStdString(graph.YCoorAxName[axis]));
+        SetText(kDerivation, QString::number(DerivationOf(graph, axis)));
+    } else if (x_is_axis || Text(kDerivation).empty()) {
+        SetText(kDerivation, QStringLiteral("0"));
+    }
+    SetText(kTriggerState, TriggerOf(graph, axis).TriggerType == TriggerTypeCode::kNone
+                               ? QStringLiteral("not defined")
+                               : QStringLiteral("defined"));
+}
+
+void CAxSelect::ShowScales(const WavoGraph& graph, std::size_t axis) {
+    SetNumber(kTimeRange, graph.XScale.TimeRange, 3);
+    SetChecked(kXTime, graph.XScale.ScaleType == ScaleTypeCode::kTime);
+    DisplayScaleAx(graph.XScale, kXAutomatic, kXManual, kXMinimum, kXMaximum);
+    if (axis < graph.YScales.size()) {
+        DisplayScaleAx(graph.YScales[axis], kYAutomatic, kYManual, kYMinimum, kYMaximum);
+        return;
+    }
+    SetChecked(kYAutomatic, false);
+    SetChecked(kYManual, false);
+    SetText(kYMinimum, {});
+    SetText(kYMaximum, {});
+}
+
+void CAxSelect::DisplayScaleAx(const ScaleDefinition& scale, EditorControl automatic,
+                               EditorControl manual, EditorControl minimum, EditorControl maximum) {
+    const bool is_axis = scale.ScaleType == ScaleTypeCode::kAxis;
+    if (!is_axis && scale.ScaleType != ScaleTypeCode::kTime) {
+        MERRLOG("CAxSelect::DisplayScaleAx(): invalid scale type");
+    }
+    SetChecked(automatic, is_axis && scale.ScaleAx == ScaleAxCode::kAutomatic);
+    SetChecked(manual, is_axis && scale.ScaleAx == ScaleAxCode::kManual);
+    // A range that was never given leaves its edits free for one.
+    const bool given =
+        (is_axis && scale.ScaleAx == ScaleAxCode::kManual) || scale.Maximum > scale.Minimum;
+    SetNumber(minimum, given ? std::optional(scale.Minimum) : std::nullopt, 6);
+    SetNumber(maximum, given ? std::optional(scale.Maximum) : std::nullopt, 6);
+}
+
+void CAxSelect::ShowCircles(const WavoGraph& graph) {
+    SetChecked(kAutoCircle, graph.AutoCircle);
+    SetNumber(kInnerCircle, Radius(graph.InnerGuidingCircleDX), 3);
+    SetNumber(kOuterCircle, Radius(graph.OuterGuidingCircleDX), 3);
+    SetNumber(kFadeOutTime, graph.FadeOutTime, 3);
+}
+
+void CAxSelect::EnableControls(const WavoGraph& graph) {
+    const bool x_is_axis = graph.XCoorType == CoorType::kAxis;
+    const bool free_scales = !(x_is_axis && graph.AutoCircle);
+    for (const EditorControl id :
+         {kXManual, kLines, kPoints, kAutoCircle, kInnerCircle, kOuterCircle, kFadeOutTime}) {
+        SetEnabled(id, x_is_axis);
+    }
+    for (const EditorControl id : {kXTime, kClassic, kContinuity, kDerivation}) {
+        SetEnabled(id, !x_is_axis);
+    }
+    SetEnabled(kXAutomatic, x_is_axis && free_scales);
+    SetEnabled(kYAutomatic, free_scales);
+    EnableTimeRange();
+}
+
+void CAxSelect::EnableTimeRange() {
+    const bool enabled = !m_zoomed && IsChecked(kXIsTime);
+    SetEnabled(kTimeRange, enabled);
+    SetEnabled(kAllGraphs, enabled);
+}
+
+void CAxSelect::ShowColor() {
+    ColorRef color = m_picked_color;
+    const WavoGraph* const graph = Find(m_shown_graph);
+    if (m_color_index >= 0 && graph != nullptr) {
+        const auto index = static_cast<std::size_t>(m_color_index);
+        color = index < graph->YCoorAxColor.size() ? graph->YCoorAxColor[index] : 0xFFFFFF;
+    }
+    static_cast<ColorField*>(Control(kColor))->SetColor(ToQColor(color));
+}
+
+// A number that was typed is replaced by what became of it: a default, a bound, a round circle.
+void CAxSelect::ShowTakenNumber(EditorControl id) {
+    const WavoGraph* const graph = Selected();
+    if (graph == nullptr) {
+        return;
+    }
+    const std::optional<std::size_t> axis = ChosenAxis(*graph);
+    const ScaleDefinition* const y_scale =
+        axis.has_value() && *axis < graph->YScales.size() ? &graph->YScales[*axis] : nullptr;
+    const auto show = [this, id](double value, int decimals) {
+        if (ReadDouble(Text(id)) != value || Text(id).empty()) {
+            SetNumber(id, value, decimals);
+        }
+    };
+    const bool x_manual = graph->XScale.ScaleType == ScaleTypeCode::kAxis &&
+                          graph->XScale.ScaleAx == ScaleAxCode::kManual;
+    const bool y_manual = y_scale != nullptr && y_scale->ScaleAx == ScaleAxCode::kManual;
+    if (id == kTimeRange && graph->XCoorType == CoorType::kTime) {
+        show(graph->XScale.TimeRange, 3);
+    } else if (id == kFadeOutTime) {
+        show(graph->FadeOutTime, 3);
+    } else if (x_manual && id == kXMinimum) {
+        show(graph->XScale.Minimum, 6);
+    } else if (x_manual && id == kXMaximum) {
+        show(graph->XScale.Maximum, 6);
+    } else if (y_manual && id == kYMinimum) {
+        show(y_scale->Minimum, 6);
+    } else if (y_manual && id == kYMaximum) {
+        show(y_scale->Maximum, 6);
+    }
+}
+
+}  // namespace wavo

@@ -1,0 +1,315 @@
+#include "ui/dialogs/editor_strip.h"
+
+#include <QAbstractButton>
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include "ui/dialogs/color_field.h"
+#include "ui/dialogs/control_table.h"
+#include "ui/dialogs/flow_layout.h"
+
+namespace wavo {
+
+namespace {
+
+/// Widest text of the edits for bounds and for times, and of the combos.
+constexpr char kWidestBound[] = "-100000000.000000";
+constexpr char kWidestTime[] = "10000.000";
+constexpr int kAxisCharacters = 8;
+constexpr int kSpacing = 4;
+
+bool IsBound(EditorControl id) {
+    return id == EditorControl::kXMinimum || id == EditorControl::kXMaximum ||
+           id == EditorControl::kYMinimum || id == EditorControl::kYMaximum;
+}
+
+ControlRow TextsOf(const EditorRow& row) {
+    return {static_cast<int>(row.id), row.text, row.tip};
+}
+
+QComboBox* MakeCombo(QWidget* parent) {
+    auto* const combo = new QComboBox(parent);
+    combo->setEditable(true);
+    combo->setInsertPolicy(QComboBox::NoInsert);
+    combo->setCompleter(nullptr);  // what was typed is what is meant
+    combo->setMinimumContentsLength(kAxisCharacters);
+    combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    return combo;
+}
+
+QLineEdit* MakeEdit(const EditorRow& row, QWidget* parent) {
+    auto* const edit = new QLineEdit(parent);
+    if (row.kind == ControlKind::kReadOnlyEdit) {
+        edit->setReadOnly(true);
+        return edit;
+    }
+    const char* const widest = row.id == EditorControl::kDerivation ? "000"
+                               : IsBound(row.id)                    ? kWidestBound
+                                                                    : kWidestTime;
+    // The frame and the margins that a line edit keeps around its text.
+    edit->setFixedWidth(edit->fontMetrics().horizontalAdvance(QString::fromLatin1(widest)) + 14);
+    edit->setAlignment(Qt::AlignRight);
+    return edit;
+}
+
+}  // namespace
+
+EditorStrip::EditorStrip(QWidget* parent) : QWidget(parent) {
+    setAutoFillBackground(true);
+    MakeControls();
+    auto* const flow = new FlowLayout(this);
+    flow->setContentsMargins(kSpacing, kSpacing, kSpacing, kSpacing);
+    flow->setSpacing(kSpacing);
+    for (QWidget* const group : {MakeGraphGroup(), MakeXGroup(), MakeYGroup(), MakeXScaleGroup(),
+                                 MakeYScaleGroup(), MakeCirclesGroup(), MakeViewGroup()}) {
+        flow->addWidget(group);
+    }
+    SetTabOrder();
+}
+
+void EditorStrip::MakeControls() {
+    for (const EditorRow& row : EditorControls()) {
+        QWidget* const control = MakeControl(row);
+        InitControl(*control, TextsOf(row));
+        m_controls[row.id] = control;
+    }
+    using enum EditorControl;
+    MakeExclusive({kXIsTime, kXIsAxis});
+    MakeExclusive({kClassic, kContinuity});
+    MakeExclusive({kLines, kPoints});
+    MakeExclusive({kXTime, kXAutomatic, kXManual});
+    MakeExclusive({kYAutomatic, kYManual});
+}
+
+QWidget* EditorStrip::MakeControl(const EditorRow& row) {
+    switch (row.kind) {
+        case ControlKind::kRadio:
+            return new QRadioButton(this);
+        case ControlKind::kCheck:
+            return new QCheckBox(this);
+        case ControlKind::kButton:
+            return new QPushButton(this);
+        case ControlKind::kCombo:
+            return MakeCombo(this);
+        case ControlKind::kEdit:
+        case ControlKind::kReadOnlyEdit:
+            return MakeEdit(row, this);
+        case ControlKind::kStatic:
+            return new QLabel(this);
+        case ControlKind::kColorField:
+            return new ColorField(this);
+    }
+    return nullptr;
+}
+
+void EditorStrip::MakeExclusive(std::initializer_list<EditorControl> radios) {
+    auto* const group = new QButtonGroup(this);
+    for (const EditorControl id : radios) {
+        group->addButton(static_cast<QAbstractButton*>(Control(id)));
+    }
+}
+
+void EditorStrip::SetTabOrder() {
+    QWidget* before = nullptr;
+    for (const EditorRow& row : EditorControls()) {
+        QWidget* const control = Control(row.id);
+        if (before != nullptr) {
+            setTabOrder(before, control);
+        }
+        before = control;
+    }
+}
+
+QGroupBox* EditorStrip::MakeGroup(const char* title, QGridLayout*& grid) {
+    auto* const group = new QGroupBox(QString::fromLatin1(title), this);
+    grid = new QGridLayout(group);
+    grid->setContentsMargins(2 * kSpacing, kSpacing, 2 * kSpacing, kSpacing);
+    grid->setHorizontalSpacing(kSpacing);
+    grid->setVerticalSpacing(2);
+    for (int row = 0; row < 4; ++row) {
+        grid->setRowStretch(row, 1);
+    }
+    return group;
+}
+
+void EditorStrip::Place(QGridLayout& grid, EditorControl id, int row, int column, int columns) {
+    const EditorRow& about = FindEditorRow(id);
+    QWidget* const control = Control(id);
+    const bool labelled = about.kind == ControlKind::kCombo || about.kind == ControlKind::kEdit ||
+                          about.kind == ControlKind::kReadOnlyEdit;
+    grid.addWidget(control, row, column, 1, columns);
+    if (labelled && *about.text != '\0') {
+        grid.addWidget(MakeLabel(TextsOf(about), *control), row, column - 1,
+                       Qt::AlignRight | Qt::AlignVCenter);
+    }
+    if (*about.unit != '\0') {
+        grid.addWidget(new QLabel(QString::fromUtf8(about.unit)), row, column + columns);
+    }
+}
+
+QWidget* EditorStrip::MakeGraphGroup() {
+    using enum EditorControl;
+    QGridLayout* grid = nullptr;
+    QGroupBox* const group = MakeGroup("graph", grid);
+    Combo(kGraphNumber)->setMinimumContentsLength(3);
+    Place(*grid, kGraphNumber, 0, 1);
+    Place(*grid, kDeleteGraph, 1, 0, 2);
+    Place(*grid, kSaveValues, 2, 0, 2);
+    Place(*grid, kClose, 3, 0, 2);
+    return group;
+}
+
+QWidget* EditorStrip::MakeXGroup() {
+    using enum EditorControl;
+    QGridLayout* grid = nullptr;
+    QGroupBox* const group = MakeGroup("x-coordinate", grid);
+    Place(*grid, kXIsTime, 0, 0);
+    Place(*grid, kXIsAxis, 0, 1);
+    Place(*grid, kXAxis, 1, 1);
+    Place(*grid, kClassic, 2, 0);
+    Place(*grid, kContinuity, 2, 1);
+    Place(*grid, kLines, 3, 0);
+    Place(*grid, kPoints, 3, 1);
+    return group;
+}
+
+QWidget* EditorStrip::MakeYGroup() {
+    using enum EditorControl;
+    QGridLayout* grid = nullptr;
+    QGroupBox* const group = MakeGroup("y-coordinate", grid);
+    Place(*grid, kYAxis, 0, 1, 2);
+    grid->addWidget(Control(kColor), 0, 3, Qt::AlignVCenter);
+    Place(*grid, kDerivation, 1, 1);
+    Place(*grid, kAddYAxis, 0, 4);
+    Place(*grid, kDeleteYAxis, 1, 4);
+    Place(*grid, kYAxes, 2, 1, 4);
+    Place(*grid, kTrigger, 3, 0, 3);
+    Place(*grid, kTriggerState, 3, 3, 2);
+    for (const EditorControl id : {kAddYAxis, kDeleteYAxis}) {
+        Control(id)->setFixedWidth(fontMetrics().horizontalAdvance(QStringLiteral("ADD")) + 24);
+    }
+    Combo(kYAxis)->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    grid->setColumnStretch(2, 1);
+    group->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    return group;
+}
+
+QWidget* EditorStrip::MakeXScaleGroup() {
+    using enum EditorControl;
+    QGridLayout* grid = nullptr;
+    QGroupBox* const group = MakeGroup("scale x", grid);
+    Place(*grid, kXTime, 0, 0);
+    grid->addWidget(Control(kTimeRange), 0, 2, Qt::AlignRight);
+    grid->addWidget(new QLabel(QString::fromLatin1(FindEditorRow(kTimeRange).unit)), 0, 3);
+    Place(*grid, kXAutomatic, 1, 0);
+    grid->addWidget(Control(kAllGraphs), 1, 1, 1, 3, Qt::AlignRight);
+    Place(*grid, kXManual, 2, 0);
+    Place(*grid, kXMinimum, 2, 2);
+    Place(*grid, kXMaximum, 3, 2);
+    return group;
+}
+
+QWidget* EditorStrip::MakeYScaleGroup() {
+    using enum EditorControl;
+    QGridLayout* grid = nullptr;
+    QGroupBox* const group = MakeGroup("scale y", grid);
+    Place(*grid, kYAutomatic, 0, 0, 2);
+    Place(*grid, kYManual, 1, 0, 2);
+    Place(*grid, kYMinimum, 2, 1);
+    Place(*grid, kYMaximum, 3, 1);
+    return group;
+}
+
+QWidget* EditorStrip::MakeCirclesGroup() {
+    using enum EditorControl;
+    QGridLayout* grid = nullptr;
+    QGroupBox* const group = MakeGroup("axis over axis", grid);
+    Place(*grid, kAutoCircle, 0, 0, 3);
+    Place(*grid, kInnerCircle, 1, 1);
+    Place(*grid, kOuterCircle, 2, 1);
+    Place(*grid, kFadeOutTime, 3, 1);
+    return group;
+}
+
+QWidget* EditorStrip::MakeViewGroup() {
+    using enum EditorControl;
+    QGridLayout* grid = nullptr;
+    QGroupBox* const group = MakeGroup("display", grid);
+    Place(*grid, kZeroLines, 0, 0);
+    Place(*grid, kZoomEnable, 1, 0);
+    Place(*grid, kZoomOut, 2, 0);
+    return group;
+}
+
+QComboBox* EditorStrip::Combo(EditorControl id) const {
+    return static_cast<QComboBox*>(Control(id));
+}
+
+bool EditorStrip::IsChecked(EditorControl id) const {
+    return static_cast<const QAbstractButton*>(Control(id))->isChecked();
+}
+
+std::string EditorStrip::Text(EditorControl id) const {
+    switch (FindEditorRow(id).kind) {
+        case ControlKind::kCombo:
+            return Combo(id)->currentText().toStdString();
+        case ControlKind::kEdit:
+        case ControlKind::kReadOnlyEdit:
+            return static_cast<const QLineEdit*>(Control(id))->text().toStdString();
+        case ControlKind::kStatic:
+            return static_cast<const QLabel*>(Control(id))->text().toStdString();
+        case ControlKind::kRadio:
+        case ControlKind::kCheck:
+        case ControlKind::kButton:
+            return static_cast<const QAbstractButton*>(Control(id))->text().toStdString();
+        case ControlKind::kColorField:
+            break;
+    }
+    return {};
+}
+
+void EditorStrip::SetChecked(EditorControl id, bool checked) {
+    auto* const button = static_cast<QAbstractButton*>(Control(id));
+    QButtonGroup* const group = button->group();
+    if (group != nullptr && !checked) {
+        // A group that allows one checked button only does not let it be unchecked.
+        group->setExclusive(false);
+        button->setChecked(false);
+        group->setExclusive(true);
+        return;
+    }
+    button->setChecked(checked);
+}
+
+void EditorStrip::SetText(EditorControl id, const QString& text) {
+    if (id == m_typed) {
+        return;
+    }
+    QWidget* const control = Control(id);
+    if (auto* const combo = qobject_cast<QComboBox*>(control)) {
+        combo->setCurrentIndex(combo->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive));
+        combo->setEditText(text);
+    } else if (auto* const edit = qobject_cast<QLineEdit*>(control)) {
+        edit->setText(text);
+        edit->setCursorPosition(0);
+    } else if (auto* const label = qobject_cast<QLabel*>(control)) {
+        label->setText(text);
+    }
+}
+
+void EditorStrip::SetNumber(EditorControl id, std::optional<double> value, int decimals) {
+    SetText(id, value.has_value() ? QString::number(*value, 'f', decimals) : QString());
+}
+
+void EditorStrip::SetEnabled(EditorControl id, bool enabled) {
+    Control(id)->setEnabled(enabled);
+}
+
+}  // namespace wavo

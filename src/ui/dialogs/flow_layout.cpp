@@ -1,0 +1,99 @@
+#include "ui/dialogs/flow_layout.h"
+
+#include <algorithm>
+
+namespace wavo {
+
+FlowLayout::~FlowLayout() {
+    for (const QLayoutItem* const item : m_items) {
+        delete item;
+    }
+}
+
+QLayoutItem* FlowLayout::itemAt(int index) const {
+    return index >= 0 && index < count() ? m_items[static_cast<std::size_t>(index)] : nullptr;
+}
+
+QLayoutItem* FlowLayout::takeAt(int index) {
+    QLayoutItem* const item = itemAt(index);
+    if (item != nullptr) {
+        m_items.erase(m_items.begin() + index);
+    }
+    return item;
+}
+
+std::vector<FlowLayout::Row> FlowLayout::RowsFor(int width) const {
+    std::vector<Row> rows;
+    for (std::size_t i = 0; i < m_items.size(); ++i) {
+        const QSize size = m_items[i]->sizeHint();
+        if (rows.empty() || rows.back().width + spacing() + size.width() > width) {
+            rows.push_back({i, i + 1, size.width(), size.height()});
+            continue;
+        }
+        rows.back().end = i + 1;
+        rows.back().width += spacing() + size.width();
+        rows.back().height = std::max(rows.back().height, size.height());
+    }
+    return rows;
+}
+
+int FlowLayout::heightForWidth(int width) const {
+    const QMargins margins = contentsMargins();
+    int height = margins.top() + margins.bottom() - spacing();
+    for (const Row& row : RowsFor(width - margins.left() - margins.right())) {
+        height += row.height + spacing();
+    }
+    return height;
+}
+
+QSize FlowLayout::sizeHint() const {
+    const QMargins margins = contentsMargins();
+    QSize size(-spacing(), 0);
+    for (const QLayoutItem* const item : m_items) {
+        size.rwidth() += item->sizeHint().width() + spacing();
+        size.setHeight(std::max(size.height(), item->sizeHint().height()));
+    }
+    return size.grownBy(margins);
+}
+
+QSize FlowLayout::minimumSize() const {
+    QSize size;
+    for (const QLayoutItem* const item : m_items) {
+        size = size.expandedTo(item->minimumSize());
+    }
+    return size.grownBy(contentsMargins());
+}
+
+void FlowLayout::setGeometry(const QRect& rectangle) {
+    QLayout::setGeometry(rectangle);
+    const QRect area = rectangle.marginsRemoved(contentsMargins());
+    QPoint corner = area.topLeft();
+    for (const Row& row : RowsFor(area.width())) {
+        PlaceRow(row, corner, area.width());
+        corner.ry() += row.height + spacing();
+    }
+}
+
+void FlowLayout::PlaceRow(const Row& row, const QPoint& corner, int width) {
+    const auto expands = [](const QLayoutItem* item) {
+        return (item->expandingDirections() & Qt::Horizontal) != 0;
+    };
+    const auto first = m_items.begin() + static_cast<std::ptrdiff_t>(row.first);
+    const auto end = m_items.begin() + static_cast<std::ptrdiff_t>(row.end);
+    auto expanding = std::count_if(first, end, expands);
+    int left_over = std::max(0, width - row.width);
+    int x = corner.x();
+    for (auto item = first; item != end; ++item) {
+        int item_width = std::min((*item)->sizeHint().width(), width);
+        if (expands(*item)) {
+            const int part = left_over / static_cast<int>(expanding);
+            item_width += part;
+            left_over -= part;
+            --expanding;
+        }
+        (*item)->setGeometry({x, corner.y(), item_width, row.height});
+        x += item_width + spacing();
+    }
+}
+
+}  // namespace wavo

@@ -1,0 +1,110 @@
+#include "view/file_commands.h"
+
+#include <QFileInfo>
+#include <QString>
+#include <optional>
+
+#include "ui/dialogs/choosers.h"
+#include "ui/dialogs/message_boxes.h"
+#include "view/view_settings_file.h"
+
+namespace wavo {
+
+namespace {
+
+SaveFileQuestion GraphFileQuestion(const char* caption, const std::string& path) {
+    return {QString::fromLatin1(caption), QString::fromStdString(path), QStringLiteral("ini"),
+            QStringLiteral("Ini Files (*.ini)|*.ini|All Files (*.*)|*.*||")};
+}
+
+bool Exists(const std::string& path) {
+    return QFileInfo::exists(QString::fromStdString(path));
+}
+
+}  // namespace
+
+void FileCommands::New() {
+    {
+        const std::lock_guard guard(m_value_lock);
+        m_board.Clear();
+        m_cycle.InitialiseEditor();
+    }
+    m_host.ShowTitle("new");
+    m_files.SetAdditionalText({});
+    m_host.ShowNoGraphs();
+}
+
+void FileCommands::Open() {
+    const std::optional<QString> chosen =
+        ChooseOpenFile(m_host.DialogParent(), GraphFileQuestion("Open", m_files.CurrentPath()));
+    if (!chosen) {
+        return;
+    }
+    const std::string path = chosen->toStdString();
+    const ViewSettings before = m_host.MutableSettings();
+    m_files.SetCurrentPath(path);
+    ReadSettings(path);
+    if (!m_files.Open(path, FileNameOf(path), true) && m_host.MutableSettings() != before) {
+        m_host.ShowSettings();  // nobody else does without new graphs
+    }
+    m_host.CurrentFileChanged();
+}
+
+void FileCommands::OpenRecent(const std::string& path) {
+    const ViewSettings before = m_host.MutableSettings();
+    m_files.Open(path, FileNameOf(path), false);
+    m_files.SetCurrentPath(path);
+    ReadSettings(path);
+    if (m_host.MutableSettings() != before) {
+        m_host.ShowSettings();
+    }
+    m_host.CurrentFileChanged();
+}
+
+void FileCommands::Save() {
+    if (Write()) {
+        WriteSettings();
+        m_host.ShowRunTitle();
+    }
+}
+
+void FileCommands::SaveAs() {
+    const std::optional<QString> chosen =
+        ChooseSaveFile(m_host.DialogParent(), GraphFileQuestion("Save As", m_files.CurrentPath()));
+    if (!chosen) {
+        return;
+    }
+    const std::string path = chosen->toStdString();
+    if (Exists(path) && ShowBox(m_host.DialogParent(),
+                                {"file " + path + " already exist, override ?", "file exist",
+                                 BoxIcon::kExclamation, BoxButtons::kOkCancel}) != BoxAnswer::kOk) {
+        return;
+    }
+    m_files.SetCurrentPath(path);
+    Write();
+    m_host.ShowTitle(FileNameOf(path));
+    WriteSettings();
+    m_host.CurrentFileChanged();
+}
+
+void FileCommands::ReadSettings(const std::string& path) {
+    if (Exists(path)) {
+        ReadProperties(path, m_host.MutableSettings());
+    } else {
+        m_host.MutableSettings() = DefaultViewSettings();
+    }
+}
+
+void FileCommands::WriteSettings() {
+    WriteProperties(m_files.CurrentPath(), m_host.MutableSettings());
+}
+
+bool FileCommands::Write() {
+    if (m_files.Save()) {
+        return true;
+    }
+    ShowErrorBox(m_host.DialogParent(), "Failed to create ini. data file");
+    return false;
+}
+
+}  // namespace wavo

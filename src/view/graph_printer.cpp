@@ -1,0 +1,105 @@
+#include "view/graph_printer.h"
+
+#include <QPageSetupDialog>
+#include <QPagedPaintDevice>
+#include <QPainter>
+#include <QPrintDialog>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
+#include <QScreen>
+#include <QWidget>
+#include <utility>
+
+#include "support/diagnostics.h"
+#include "ui/dialogs/message_boxes.h"
+
+namespace wavo {
+
+namespace {
+
+constexpr ColorRef kWhite = 0xFFFFFF;
+
+}  // namespace
+
+bool PrintPicture(QPagedPaintDevice& device, const QImage& picture, const QRect& graph_area) {
+    QPainter painter;
+    if (!painter.begin(&device)) {
+        return false;
+    }
+    if (!picture.isNull() && !graph_area.isEmpty()) {
+        const double scale = static_cast<double>(device.width()) / graph_area.width();
+        const QRectF source(0.0, graph_area.top() * picture.devicePixelRatio(), picture.width(),
+                            picture.height());
+        painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+        painter.setRenderHint(QPainter::LosslessImageRendering);
+        QImage pixels = picture;
+        pixels.setDevicePixelRatio(1.0);
+        painter.drawImage(QRectF(0.0, 0.0, graph_area.width() * scale, graph_area.height() * scale),
+                          pixels, source);
+    }
+    return painter.end();
+}
+
+GraphPrinter::GraphPrinter(Source source) : m_source(std::move(source)) {}
+GraphPrinter::~GraphPrinter() = default;
+
+bool GraphPrinter::Prepare(QWidget* parent) const {
+    return m_source.background() == kWhite ||
+           ShowBox(parent, {"     Back ground color is not white !\r\n"
+                            "               Continue printing ?",
+                            "Inconvenient back ground color", BoxIcon::kQuestion,
+                            BoxButtons::kYesNo}) == BoxAnswer::kYes;
+}
+
+QPrinter& GraphPrinter::Printer() {
+    if (m_printer == nullptr) {
+        m_printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+        m_printer->setPageOrientation(QPageLayout::Landscape);
+        m_printer->setDocName(QStringLiteral("Wavo"));
+    }
+    return *m_printer;
+}
+
+void GraphPrinter::Print(QWidget* parent) {
+    if (!Prepare(parent)) {
+        return;
+    }
+    const bool accepted = m_dialogs.print
+                              ? m_dialogs.print(Printer(), parent)
+                              : QPrintDialog(&Printer(), parent).exec() == QDialog::Accepted;
+    if (accepted && !PrintPicture(Printer(), m_source.picture(), m_source.graph_area())) {
+        MERRLOG("GraphPrinter::Print(): cannot print");
+        ShowErrorBox(parent, "Can not print");
+    }
+}
+
+void GraphPrinter::Preview(QWidget* parent) {
+    if (!Prepare(parent)) {
+        return;
+    }
+    // One picture for the whole preview: it is painted again at every change of its window.
+    const QImage picture = m_source.picture();
+    const QRect area = m_source.graph_area();
+    const auto paint = [&](QPrinter& printer) { PrintPicture(printer, picture, area); };
+    if (m_dialogs.preview) {
+        m_dialogs.preview(Printer(), parent, paint);
+        return;
+    }
+    QPrintPreviewDialog dialog(&Printer(), parent);
+    if (parent != nullptr) {
+        dialog.resize(parent->screen()->availableSize() * 3 / 4);
+    }
+    QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog,
+                     [&](QPrinter* printer) { paint(*printer); });
+    dialog.exec();
+}
+
+void GraphPrinter::SetUpPage(QWidget* parent) {
+    if (m_dialogs.page_setup) {
+        m_dialogs.page_setup(Printer(), parent);
+        return;
+    }
+    QPageSetupDialog(&Printer(), parent).exec();
+}
+
+}  // namespace wavo

@@ -1,0 +1,69 @@
+// Printing of the picture of the graphs: on one page, across its printable width.
+//
+// Invariants:
+// 1. The picture is printed with the pixels that it has: neither smoothed nor compressed with loss.
+// 2. Its height follows from its width; what does not fit on the page is cut off.
+// 3. Before a picture is printed whose background is not white, the user is asked.
+#pragma once
+
+#include <QImage>
+#include <QRect>
+#include <functional>
+#include <memory>
+
+#include "graph/model/wavo_graph.h"
+
+class QPagedPaintDevice;
+class QPrinter;
+class QWidget;
+
+namespace wavo {
+
+/// Paints `picture`, from the top of `graph_area` (logical pixels) on, on the first page of
+/// `device`. False when the device cannot be painted on.
+bool PrintPicture(QPagedPaintDevice& device, const QImage& picture, const QRect& graph_area);
+
+/// The platform's dialogs of printing; a null one shows the real dialog. False: the user cancelled.
+struct PrintDialogs {
+    std::function<bool(QPrinter&, QWidget* parent)> print;
+    std::function<bool(QPrinter&, QWidget* parent)> page_setup;
+    /// Shows pages that `paint` paints on the printer.
+    std::function<void(QPrinter&, QWidget* parent, const std::function<void(QPrinter&)>& paint)>
+        preview;
+};
+
+class GraphPrinter {
+ public:
+    /// What is printed: the picture that is shown, and the area of the graphs in it.
+    struct Source {
+        std::function<QImage()> picture;
+        std::function<QRect()> graph_area;
+        std::function<ColorRef()> background;
+    };
+
+    explicit GraphPrinter(Source source);
+    ~GraphPrinter();
+    GraphPrinter(const GraphPrinter&) = delete;
+    GraphPrinter& operator=(const GraphPrinter&) = delete;
+
+    /// Lets the user choose how to print over `parent`, and prints. A failure is shown.
+    void Print(QWidget* parent);
+    /// Shows the page as it would be printed.
+    void Preview(QWidget* parent);
+    /// Lets the user choose printer and page.
+    void SetUpPage(QWidget* parent);
+
+    /// Uses these dialogs from now on.
+    void SetDialogs(PrintDialogs dialogs) { m_dialogs = std::move(dialogs); }
+
+ private:
+    /// Asks where the background is not white. False: do not print.
+    [[nodiscard]] bool Prepare(QWidget* parent) const;
+    QPrinter& Printer();
+
+    const Source m_source;
+    PrintDialogs m_dialogs;
+    std::unique_ptr<QPrinter> m_printer;  // made when first needed: looking for printers takes time
+};
+
+}  // namespace wavo

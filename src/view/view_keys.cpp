@@ -1,0 +1,126 @@
+#include "view/view_keys.h"
+
+#include <algorithm>
+
+namespace wavo {
+
+namespace {
+
+constexpr int kStepsPerPlot = 50;
+
+}  // namespace
+
+bool ViewKeys::KeyPress(int key, Qt::KeyboardModifiers modifiers) {
+    if (Current() == nullptr) {
+        return false;
+    }
+    switch (key) {
+        case Qt::Key_Up:
+            return Select(-1);
+        case Qt::Key_Down:
+            return Select(1);
+        case Qt::Key_Left:
+            return MoveMark(-1, modifiers);
+        case Qt::Key_Right:
+            return MoveMark(1, modifiers);
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            return ZoomToBand();
+        case Qt::Key_Plus:
+            return ZoomToMiddle();
+        case Qt::Key_Minus:
+        case Qt::Key_Backspace:
+            return StepBack();
+        case Qt::Key_Escape: {
+            const bool marked = m_marked;
+            Cancel();
+            return marked;
+        }
+        default:
+            return false;
+    }
+}
+
+bool ViewKeys::Select(int step) {
+    const auto count = static_cast<int>(m_board.Drawers().size());
+    const int next =
+        std::clamp(std::min(static_cast<int>(m_current), count - 1) + step, 0, count - 1);
+    Cancel();
+    m_current = static_cast<std::size_t>(next);
+    m_host.SelectInEditor(Current()->Graph().GraphNumber);
+    return true;
+}
+
+bool ViewKeys::MoveMark(int direction, Qt::KeyboardModifiers modifiers) {
+    GraphDraw* const drawer = Current();
+    if (!m_host.IsZoomEnabled() || drawer->Graph().XCoorType != CoorType::kTime) {
+        return true;
+    }
+    const QRect& plot = drawer->PlotArea();
+    if (!m_marked) {
+        m_marked = true;
+        m_anchor = m_mark = plot.center().x();
+    }
+    const int step =
+        (modifiers & Qt::ControlModifier) != 0 ? 1 : std::max(1, plot.width() / kStepsPerPlot);
+    m_mark =
+        std::clamp(m_mark + direction * step, plot.left(), std::max(plot.left(), plot.right()));
+    if ((modifiers & Qt::ShiftModifier) == 0) {
+        m_anchor = m_mark;
+    }
+    drawer->SetTracker(
+        BandBetween(*drawer, std::min(m_anchor, m_mark), std::max(m_anchor, m_mark)));
+    m_host.UpdatePart(drawer->Rectangle());
+    return true;
+}
+
+bool ViewKeys::ZoomToBand() {
+    const GraphDraw* const drawer = Current();
+    ZoomSpan span;
+    const bool zooms = m_host.IsZoomEnabled() && !m_host.IsBusy() && m_marked &&
+                       SpanOfBand(*drawer, m_host.TimeStep(), span);
+    const std::uint32_t number = drawer->Graph().GraphNumber;
+    Cancel();
+    if (zooms) {
+        m_host.ZoomTo(number, span);
+    } else {
+        m_host.SelectInEditor(number);
+    }
+    return true;
+}
+
+bool ViewKeys::ZoomToMiddle() {
+    GraphDraw* const drawer = Current();
+    if (!m_host.IsZoomEnabled() || drawer->Graph().XCoorType != CoorType::kTime) {
+        return true;
+    }
+    const QRect& plot = drawer->PlotArea();
+    Cancel();
+    m_marked = true;
+    drawer->SetTracker(
+        BandBetween(*drawer, plot.left() + plot.width() / 4, plot.left() + 3 * plot.width() / 4));
+    return ZoomToBand();
+}
+
+bool ViewKeys::StepBack() {
+    const std::uint32_t number = Current()->Graph().GraphNumber;
+    Cancel();
+    m_host.ZoomOut(number);
+    return true;
+}
+
+void ViewKeys::Cancel() {
+    GraphDraw* const drawer = Current();
+    if (m_marked && drawer != nullptr) {
+        drawer->SetTracker({});
+        m_host.UpdatePart(drawer->Rectangle());
+    }
+    m_marked = false;
+}
+
+GraphDraw* ViewKeys::Current() const {
+    const auto& drawers = m_board.Drawers();
+    return drawers.empty() ? nullptr : drawers[std::min(m_current, drawers.size() - 1)].get();
+}
+
+}  // namespace wavo

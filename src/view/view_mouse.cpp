@@ -1,0 +1,84 @@
+#include "view/view_mouse.h"
+
+#include <algorithm>
+#include <iterator>
+#include <vector>
+
+namespace wavo {
+
+void ViewMouse::LeftButtonDown(const QPoint& point) {
+    // The editor may change the list of graphs: collected first.
+    std::vector<std::uint32_t> numbers;
+    for (const auto& drawer : m_board.Drawers()) {
+        if (drawer->Rectangle().contains(point)) {
+            numbers.push_back(drawer->Graph().GraphNumber);
+        }
+    }
+    for (const std::uint32_t number : numbers) {
+        m_host.SelectInEditor(number);
+    }
+}
+
+bool ViewMouse::RightButtonDown(const QPoint& point) {
+    LeftButtonDown(point);
+    Cancel();
+    if (!m_host.IsZoomEnabled()) {
+        return true;
+    }
+    if (m_host.IsBusy()) {
+        return false;
+    }
+    const auto& drawers = m_board.Drawers();
+    const auto found = std::find_if(drawers.begin(), drawers.end(), [&](const auto& drawer) {
+        return drawer->Rectangle().contains(point);
+    });
+    if (found != drawers.end() && (*found)->Graph().XCoorType == CoorType::kTime) {
+        m_selected = static_cast<std::size_t>(std::distance(drawers.begin(), found));
+        m_anchor = point;
+    }
+    return true;
+}
+
+void ViewMouse::MouseMove(const QPoint& point) {
+    GraphDraw* const drawer = Selected();
+    if (drawer == nullptr || m_anchor.x() >= point.x()) {
+        return;
+    }
+    drawer->SetTracker(BandBetween(*drawer, m_anchor.x(), point.x()));
+    m_host.UpdatePart(drawer->Rectangle());
+}
+
+void ViewMouse::RightButtonUp(const QPoint& point) {
+    GraphDraw* const drawer = Selected();
+    if (drawer == nullptr) {
+        return;
+    }
+    ZoomSpan span;
+    const bool zooms = SpanOfBand(*drawer, m_host.TimeStep(), span);
+    const std::uint32_t number = drawer->Graph().GraphNumber;
+    const QRect rectangle = drawer->Rectangle();
+    drawer->SetTracker({});
+    m_selected.reset();
+    if (zooms) {
+        m_host.ZoomTo(number, span);
+    } else {
+        m_host.RepaintPart(rectangle);
+        LeftButtonDown(point);
+    }
+}
+
+void ViewMouse::Cancel() {
+    if (GraphDraw* const drawer = Selected()) {
+        drawer->SetTracker({});
+        m_host.UpdatePart(drawer->Rectangle());
+    }
+    m_selected.reset();
+}
+
+GraphDraw* ViewMouse::Selected() const {
+    return m_selected && *m_selected < m_board.Drawers().size()
+               ? m_board.Drawers()[*m_selected].get()
+               : nullptr;
+}
+
+}  // namespace wavo

@@ -1,0 +1,52 @@
+#include "view/zoom_band.h"
+
+#include <QColor>
+#include <QPainter>
+#include <algorithm>
+
+#include "graph/draw/display_settings.h"
+
+namespace wavo {
+
+namespace {
+
+constexpr int kFillAlpha = 70;
+
+}  // namespace
+
+QRect BandBetween(const GraphDraw& drawer, int left, int right) {
+    const QRect& graph = drawer.Rectangle();
+    const QRect band(QPoint(left, graph.top() + 1), QPoint(right, graph.bottom() - 1));
+    return band & graph;
+}
+
+bool SpanOfBand(const GraphDraw& drawer, double time_step, ZoomSpan& span) {
+    const QRect& band = drawer.Tracker();
+    const QRect& plot = drawer.PlotArea();
+    if (band.isNull() || plot.isEmpty()) {
+        return false;
+    }
+    span.from = drawer.PixelToTime(std::clamp(band.left(), plot.left(), plot.right()));
+    span.to = drawer.PixelToTime(std::clamp(band.right(), plot.left(), plot.right()));
+    return span.from >= 0.0 && span.to > span.from &&
+           span.to - span.from >= kFewestZoomedSteps * time_step;
+}
+
+void PaintBands(QPainter& painter, const GraphBoard& board, ColorRef background) {
+    for (const auto& drawer : board.Drawers()) {
+        const QRect& band = drawer->Tracker();
+        if (band.isNull()) {
+            continue;
+        }
+        const QColor color =
+            ToQColor(background).lightness() < 128 ? QColor(Qt::white) : QColor(Qt::black);
+        QColor fill = color;
+        fill.setAlpha(kFillAlpha);
+        painter.fillRect(band, fill);
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(color, 1, Qt::DashLine));
+        painter.drawRect(band.adjusted(0, 0, -1, -1));
+    }
+}
+
+}  // namespace wavo

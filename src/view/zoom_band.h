@@ -1,0 +1,34 @@
+// The rubber band of a zoom that is being chosen, by mouse or by keys. The graph keeps it as its
+// tracker; it is painted over the picture when the view is exposed, never into it.
+#pragma once
+
+#include <QRect>
+
+#include "graph/draw/graph_draw.h"
+#include "graph/model/wavo_graph.h"
+#include "view/graph_board.h"
+
+class QPainter;
+
+namespace wavo {
+
+/// Lines that a zoom has to show at least.
+inline constexpr double kFewestZoomedSteps = 5.0;
+
+/// A span of a displayed time axis, seconds.
+struct ZoomSpan {
+    double from = 0.0;
+    double to = 0.0;
+};
+
+/// The band between two pixel columns of a graph, over its whole height but for the border.
+QRect BandBetween(const GraphDraw& drawer, int left, int right);
+
+/// Takes the span of the graph's band; false when there is no band or it shows less than
+/// kFewestZoomedSteps times `time_step` (seconds). A band that leaves the plot area ends with it.
+bool SpanOfBand(const GraphDraw& drawer, double time_step, ZoomSpan& span);
+
+/// Paints the bands of all graphs, to be told from `background`.
+void PaintBands(QPainter& painter, const GraphBoard& board, ColorRef background);
+
+}  // namespace wavo
