@@ -4,6 +4,16 @@
 namespace wavo {
 
 enum class CommandId : int {
+    kCustomize = 126,
+    kLookClassic = 210,
+    kLookFlat = 211,
+    kLookNative = 212,
+    kLookBlueBars = 213,
+    kLookStudio = 214,
+    kLookBlue = 215,
+    kLookBlack = 216,
+    kLookSilver = 217,
+    kLookAqua = 218,
     kConnect = 32773,
     kStop = 32777,
     kStartAfterTrigger = 32778,
@@ -20,7 +30,12 @@ enum class CommandId : int {
     kPrintPreview = 57609,
     kRecentFile = 57616,  ///< the newest; the numbers up to kLastRecentFile are older ones
     kLastRecentFile = 57631,
+    kAbout = 57664,
     kExit = 57665,
+    kNextPane = 57680,
+    kPreviousPane = 57681,
+    kToolBars = 59392,
+    kStatusBar = 59393,
 };
 
 }  // namespace wavo

@@ -89,8 +89,7 @@ void CWavoView::SetTraceLevel() const {
 }
 
 void CWavoView::SaveSettings() {
-    const std::string known = SettingsFile();
-    const std::string file = known.empty() ? DefaultSettingsFile() : known;
+    const std::string file = m_settings_file.empty() ? DefaultSettingsFile() : m_settings_file;
     if (!file.empty()) {
         WriteProperties(file, m_settings);
     }
@@ -126,7 +125,7 @@ void CWavoView::EditProperties() {
     }
     const bool editor_was_wanted = m_settings.show_graph_editor;
     m_settings = settings;
-    WriteProperties(SettingsFile(), m_settings);
+    SaveSettings();
     SetTraceLevel();
     {
         const std::lock_guard guard(m_value_lock);

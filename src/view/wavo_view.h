@@ -185,8 +185,6 @@ class CWavoView : public QWidget,
     /// Reads the settings from their file, whose path stays empty when there is no data folder.
     void ReadSettings();
     void SetTraceLevel() const;
-    /// Where changed settings go: the current graph file, else the settings file.
-    [[nodiscard]] std::string SettingsFile() const;
     /// One drawing step, shown at once where the view is visible; ends with the ready message
     /// that is owed.
     void DrawAndShow();

@@ -94,10 +94,6 @@ std::string CWavoView::RecentFile(CommandId id) const {
     return index >= 0 && m_recent_files ? m_recent_files(index) : std::string();
 }
 
-std::string CWavoView::SettingsFile() const {
-    return m_files.CurrentPath().empty() ? m_settings_file : m_files.CurrentPath();
-}
-
 void CWavoView::ShowSettings() {
     const std::lock_guard guard(m_value_lock);
     RebuildGraphs();

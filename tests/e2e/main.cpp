@@ -9,7 +9,8 @@
 
 int main(int argc, char** argv) {
     const QTemporaryDir folder;
-    for (const char* name : {"XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_STATE_HOME"}) {
+    for (const char* name :
+         {"XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CONFIG_HOME"}) {
         qputenv(name, folder.path().toUtf8());
     }
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {

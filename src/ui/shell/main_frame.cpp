@@ -1,59 +1,91 @@
 #include "ui/shell/main_frame.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDir>
+#include <QFileInfo>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
+#include <QSettings>
 #include <QStatusBar>
+#include <QToolBar>
+#include <algorithm>
 
 #include "ui/dialogs/elided_label.h"
-#include "ui/shell/commands.h"
+#include "ui/shell/about_dlg.h"
+#include "ui/shell/command_icons.h"
+#include "ui/shell/customize_dialog.h"
+#include "ui/shell/looks.h"
+#include "ui/shell/pane_cycle.h"
+#include "ui/shell/version_data.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
 
-CMainFrame::CMainFrame() : m_view(new CWavoView(this)) {
+namespace {
+
+constexpr int kLayoutVersion = 1;  // of stored layouts; other ones are not read
+
+CommandId StoredLook(QSettings* settings) {
+    const int number =
+        settings == nullptr
+            ? static_cast<int>(kDefaultLook)
+            : settings->value(QStringLiteral("ApplicationLook"), static_cast<int>(kDefaultLook))
+                  .toInt();
+    return FindLook(number).id;
+}
+
+}  // namespace
+
+CMainFrame::CMainFrame(QSettings* settings)
+    : m_settings(settings),
+      m_view(new CWavoView(this)),
+      m_bars(LoadBarSetup(settings)),
+      m_user_images(LoadUserImages(QStringLiteral("./UserImages.bmp"))),
+      m_actions(*this, [this](CommandId id) { OnCommand(id); }),
+      m_menus(*this, m_actions, m_bars, [this](CommandId id) { OnCommand(id); }),
+      m_recent_files(settings),
+      m_look(StoredLook(settings)) {
     setWindowTitle(QStringLiteral("Wavo"));
+    setWindowIcon(ProgramIcon());
     setCentralWidget(m_view);
-    CreateMenus();
+    if (m_view->focusPolicy() == Qt::NoFocus) {
+        m_view->setFocusPolicy(Qt::StrongFocus);
+    }
+    ApplyLook(FindLook(static_cast<int>(m_look)));
     CreateStatusBar();
+    RebuildToolBars();
+    ConnectView();
+    ShowRecentFiles();
+    resize(1100, 700);
+    RestoreLayout();
+    UpdateCommands();
+    qApp->installEventFilter(this);
+}
+
+CMainFrame::~CMainFrame() {
+    m_view->disconnect(this);  // it goes after what shows its news
+}
+
+void CMainFrame::ConnectView() {
+    m_view->SetRecentFiles(
+        [this](int index) { return m_recent_files.Paths().value(index).toStdString(); });
     connect(m_view, &CWavoView::PaneTextChanged, this,
             [this](StatusPane pane, const QString& text) {
                 m_panes[static_cast<int>(pane)]->setText(text);
             });
     connect(m_view, &CWavoView::FrameTitleChanged, this, &QWidget::setWindowTitle);
     connect(m_view, &CWavoView::CommandsChanged, this, &CMainFrame::UpdateCommands);
-    connect(m_view, &CWavoView::QuitRequested, this, [] { QCoreApplication::exit(0); });
-    resize(1100, 700);
-    UpdateCommands();
-}
-
-QAction* CMainFrame::AddCommand(QMenu& menu, CommandId id, const std::function<void()>& handler) {
-    const Command& command = FindCommand(id);
-    const QStringList text = QString::fromLatin1(command.text).split(u'\t');
-    const QStringList status = QString::fromLatin1(command.status_text).split(u'\n');
-    QAction* const action = menu.addAction(text.value(0));
-    action->setObjectName(QString::fromLatin1(command.object_name));
-    action->setShortcut(QKeySequence(text.value(1)));
-    action->setStatusTip(status.value(0));
-    action->setToolTip(status.value(1).trimmed());
-    connect(action, &QAction::triggered, this, handler);
-    return action;
-}
-
-void CMainFrame::CreateMenus() {
-    QMenu* const file = menuBar()->addMenu(QStringLiteral("&File"));
-    AddCommand(*file, CommandId::kProperties, [this] { m_view->EditProperties(); });
-    AddCommand(*file, CommandId::kShowGraphEditor, [this] { m_view->ShowGraphEditor(); });
-    AddCommand(*file, CommandId::kAdditionalText, [this] { m_view->EditAdditionalText(); });
-    file->addSeparator();
-    AddCommand(*file, CommandId::kExit, [this] { close(); });
-    QMenu* const machine = menuBar()->addMenu(QStringLiteral("&Machine Data"));
-    AddCommand(*machine, CommandId::kConnect, [this] { m_view->ConnectMachineData(); });
-    QMenu* const run = menuBar()->addMenu(QStringLiteral("&Run control"));
-    AddCommand(*run, CommandId::kStart, [this] { m_view->Execute(CommandId::kStart); });
-    AddCommand(*run, CommandId::kStop, [this] { m_view->Execute(CommandId::kStop); });
+    connect(m_view, &CWavoView::RecentFileOpened, this, [this](const QString& path) {
+        m_recent_files.Add(QFileInfo(path).absoluteFilePath());
+        ShowRecentFiles();
+    });
+    connect(m_view, &CWavoView::QuitRequested, this, [this] {
+        StoreLayout();
+        QCoreApplication::exit(0);
+    });
 }
 
 void CMainFrame::CreateStatusBar() {
@@ -75,27 +107,160 @@ void CMainFrame::CreateStatusBar() {
     m_panes[1]->setToolTip(
         QStringLiteral("Lines received from the master since it started the link"));
     m_panes[2]->setToolTip(QStringLiteral("Cycle time of the master, seconds per line"));
+    statusBar()->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(statusBar(), &QWidget::customContextMenuRequested, this,
+            [this](const QPoint& point) { LookMenu().popup(statusBar()->mapToGlobal(point)); });
+}
+
+void CMainFrame::RebuildToolBars() {
+    m_actions.SetUserImages(m_bars.user_images, m_user_images);
+    setIconSize(QSize(m_bars.icon_size, m_bars.icon_size));
+    QList<QToolBar*> before = findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly);
+    for (const BarContent& content : m_bars.bars) {
+        const QString name = QStringLiteral("tool_bar_") + content.name;
+        const auto same = std::find_if(before.begin(), before.end(), [&](const QToolBar* bar) {
+            return bar->objectName() == name;
+        });
+        QToolBar* const bar = same != before.end() ? *same : addToolBar(content.name);
+        if (same != before.end()) {
+            before.erase(same);
+        }
+        bar->setObjectName(name);
+        bar->clear();
+        bar->setAllowedAreas(Qt::AllToolBarAreas);
+        for (const int item : content.items) {
+            if (item == kSeparatorItem) {
+                bar->addSeparator();
+            } else {
+                bar->addAction(Action(static_cast<CommandId>(item)));
+            }
+        }
+    }
+    qDeleteAll(before);
+}
+
+void CMainFrame::SetBars(const BarSetup& bars) {
+    m_bars = bars;
+    Normalize(m_bars);
+    RebuildToolBars();
+    SaveBarSetup(m_settings, m_bars);
+}
+
+void CMainFrame::RestoreLayout() {
+    if (m_settings != nullptr) {
+        restoreGeometry(m_settings->value(QStringLiteral("WindowPlace")).toByteArray());
+        restoreState(m_settings->value(QStringLiteral("BarPlaces")).toByteArray(), kLayoutVersion);
+        statusBar()->setVisible(m_settings->value(QStringLiteral("StatusBar"), true).toBool());
+    }
+}
+
+void CMainFrame::StoreLayout() {
+    if (m_settings != nullptr) {
+        m_settings->setValue(QStringLiteral("WindowPlace"), saveGeometry());
+        m_settings->setValue(QStringLiteral("BarPlaces"), saveState(kLayoutVersion));
+        m_settings->setValue(QStringLiteral("StatusBar"), !statusBar()->isHidden());
+        SaveBarSetup(m_settings, m_bars);
+        m_settings->sync();
+    }
 }
 
 void CMainFrame::UpdateCommands() {
-    const AcquisitionCycle& cycle = m_view->Acquisition();
-    Action(CommandId::kConnect)->setEnabled(cycle.CanConnect());
-    Action(CommandId::kStart)->setEnabled(!cycle.IsRunning());
-    Action(CommandId::kStop)->setEnabled(cycle.IsRunning());
-    Action(CommandId::kShowGraphEditor)->setEnabled(!m_view->IsGraphEditorShown());
+    for (const Command& command : Commands()) {
+        QAction* const action = Action(command.id);
+        if (command.owner == CommandOwner::kView) {
+            action->setEnabled(m_view->IsEnabled(command.id));
+        } else if (command.id == CommandId::kStatusBar) {
+            action->setChecked(!statusBar()->isHidden());
+        } else if (action->isCheckable()) {
+            action->setChecked(command.id == m_look);
+        }
+    }
 }
 
-QAction* CMainFrame::Action(CommandId id) const {
-    return findChild<QAction*>(QString::fromLatin1(FindCommand(id).object_name));
+void CMainFrame::ShowRecentFiles() {
+    QStringList texts;
+    for (const QString& path : m_recent_files.Paths()) {
+        texts << RecentFiles::ItemText(static_cast<int>(texts.size()), path, QDir::currentPath());
+    }
+    m_menus.ShowRecentFiles(texts, m_recent_files.Paths());
+    UpdateCommands();
+}
+
+void CMainFrame::OnCommand(CommandId id) {
+    const Command* const command = FindCommand(id);
+    if (command != nullptr) {
+        m_bars.used_commands.insert(static_cast<int>(id));
+    }
+    if (command == nullptr || command->owner == CommandOwner::kView) {
+        m_view->Execute(id);
+    } else {
+        ExecuteOwn(id);
+    }
+    UpdateCommands();
+}
+
+void CMainFrame::ExecuteOwn(CommandId id) {
+    if (id >= CommandId::kLookClassic && id <= CommandId::kLookAqua) {
+        SetLook(id);
+    } else if (id == CommandId::kCustomize) {
+        Customize();
+    } else if (id == CommandId::kStatusBar) {
+        statusBar()->setVisible(statusBar()->isHidden());
+    } else if (id == CommandId::kAbout) {
+        ShowAbout();
+    } else if (id == CommandId::kNextPane || id == CommandId::kPreviousPane) {
+        GoToPane(*this, id == CommandId::kNextPane);
+    } else if (id == CommandId::kExit) {
+        close();
+    }
+}
+
+void CMainFrame::SetLook(CommandId id) {
+    m_look = id;
+    ApplyLook(FindLook(static_cast<int>(id)));
+    if (m_settings != nullptr) {
+        m_settings->setValue(QStringLiteral("ApplicationLook"), static_cast<int>(id));
+    }
+}
+
+void CMainFrame::Customize() {
+    CustomizeDialog dialog(m_bars, m_user_images, this);
+    if (dialog.exec() == QDialog::Accepted) {
+        SetBars(dialog.Setup());
+    }
+}
+
+void CMainFrame::ShowAbout() {
+    CAboutDlg(AboutText(BuiltVersion(), ReadServicePack(InstallRoot())), this).exec();
 }
 
 QString CMainFrame::PaneText(StatusPane pane) const {
     return m_panes[static_cast<int>(pane)]->text();
 }
 
+QMenu* CMainFrame::createPopupMenu() {
+    auto* const menu = new QMenu(this);
+    m_menus.FillBarsMenu(*menu);
+    return menu;
+}
+
 void CMainFrame::closeEvent(QCloseEvent* event) {
+    StoreLayout();
     m_view->OnClose();
     event->accept();
+}
+
+bool CMainFrame::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride && watched->isWidgetType() &&
+        static_cast<QWidget*>(watched)->window() == this) {
+        // An edit would take Ctrl+A and the like for itself.
+        const auto& key = *static_cast<QKeyEvent*>(event);
+        if (m_actions.FindShortcut(QKeySequence(key.keyCombination())) != nullptr) {
+            event->ignore();
+            return true;
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
 
 }  // namespace wavo

@@ -1,14 +1,26 @@
-// The main window: menus and status bar around the view.
+// The main window: menus, tool bars and status bar around the view.
+//
+// Invariants:
+// 1. What can be commanded is asked from the view whenever it may have changed, without waiting
+//    for the event loop.
+// 2. What the user arranged (look, place of the window, bars, recent files) is in the settings
+//    when the window has closed.
 #pragma once
 
 #include <QMainWindow>
-#include <functional>
+#include <memory>
 #include <string>
 
+#include "ui/shell/bar_setup.h"
+#include "ui/shell/command_actions.h"
+#include "ui/shell/frame_menus.h"
+#include "ui/shell/recent_files.h"
 #include "view/acquisition_cycle.h"
 #include "view/command_ids.h"
 
 class QLabel;
+class QSettings;
+class QToolBar;
 
 namespace wavo {
 
@@ -18,26 +30,55 @@ class CMainFrame : public QMainWindow {
     Q_OBJECT
 
  public:
-    CMainFrame();
+    /// `settings` is not owned and outlives the frame; null: nothing is remembered.
+    explicit CMainFrame(QSettings* settings = nullptr);
+    ~CMainFrame() override;
 
     [[nodiscard]] CWavoView& View() { return *m_view; }
 
-    /// The action of a command.
-    [[nodiscard]] QAction* Action(CommandId id) const;
+    /// The action of a command; null for one that has none.
+    [[nodiscard]] QAction* Action(CommandId id) const { return m_actions.Find(id); }
 
     /// Text of a status bar pane.
     [[nodiscard]] QString PaneText(StatusPane pane) const;
 
+    /// What the tool bars and menus show now.
+    [[nodiscard]] const BarSetup& Bars() const { return m_bars; }
+    /// Shows and stores another arrangement.
+    void SetBars(const BarSetup& bars);
+
+    /// The menu of looks that pops up over the status bar.
+    [[nodiscard]] QMenu& LookMenu() { return m_menus.LookMenu(); }
+
+    /// What a right click on a bar shows; owned by the caller.
+    QMenu* createPopupMenu() override;
+
  protected:
     void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-    QAction* AddCommand(QMenu& menu, CommandId id, const std::function<void()>& handler);
-    void CreateMenus();
+    void ConnectView();
     void CreateStatusBar();
+    void RebuildToolBars();
+    void RestoreLayout();
+    void StoreLayout();
     void UpdateCommands();
+    void ShowRecentFiles();
+    void OnCommand(CommandId id);
+    void ExecuteOwn(CommandId id);
+    void SetLook(CommandId id);
+    void Customize();
+    void ShowAbout();
 
+    QSettings* const m_settings;
     CWavoView* m_view;  // child
+    BarSetup m_bars;
+    std::vector<QIcon> m_user_images;
+    CommandActions m_actions;
+    FrameMenus m_menus;
+    RecentFiles m_recent_files;
+    CommandId m_look;
     QLabel* m_panes[3] = {};
 };
 

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QPixmap>
+#include <QScreen>
 #include <QSocketNotifier>
 #include <QTextStream>
 #include <clocale>
@@ -26,6 +27,7 @@ CWavoApp::CWavoApp(int& argc, char** argv) : QApplication(argc, argv) {
     setApplicationName(QStringLiteral("Wavo"));
     setOrganizationName(QStringLiteral("Velk machine tools wavo"));
     setApplicationVersion(QStringLiteral(WAVO_VERSION));
+    setDesktopFileName(QStringLiteral("wavo"));
 }
 
 CWavoApp::~CWavoApp() = default;
@@ -72,9 +74,15 @@ AppOptions CWavoApp::ParseCommandLine() {
 void CWavoApp::InitInstance(const AppOptions& options) {
     MTRACE(4, "CWavoApp::InitInstance(): starting");
     StartLogs();
-    m_frame = std::make_unique<CMainFrame>();
+    // A picture shows the same on every machine: nothing is remembered for it.
+    if (options.screenshot.isEmpty()) {
+        m_settings = std::make_unique<QSettings>();
+    }
+    m_frame = std::make_unique<CMainFrame>(m_settings.get());
     WatchTermination();
-    if (!options.screenshot.isEmpty()) {
+    if (options.screenshot.isEmpty()) {
+        FitIntoScreen(*m_frame);
+    } else {
         connect(&m_frame->View(), &CWavoView::BatchShown, this, [this, options](quint64 total) {
             if (total >= options.after_lines) {
                 TakeScreenshot(options.screenshot);
@@ -85,7 +93,10 @@ void CWavoApp::InitInstance(const AppOptions& options) {
     // In the event loop: a box that is shown meanwhile can then be left with the program's end.
     QMetaObject::invokeMethod(
         &m_frame->View(),
-        [this, name = options.graph_file] { m_frame->View().OnInitialUpdate(FindGraphFile(name)); },
+        [this, name = options.graph_file] {
+            m_graph_file = FindGraphFile(name);
+            m_frame->View().OnInitialUpdate(m_graph_file);
+        },
         Qt::QueuedConnection);
     MTRACE(4, "CWavoApp::InitInstance(): done");
 }
@@ -103,6 +114,11 @@ std::string CWavoApp::FindGraphFile(const QString& name) {
     }
     ShowErrorBox(activeWindow(), "Can not open file [" + name.toStdString() + "], not exist");
     return {};
+}
+
+void CWavoApp::FitIntoScreen(QWidget& window) {
+    const QSize room = window.screen()->availableGeometry().size();
+    window.resize(window.size().boundedTo(room));
 }
 
 void CWavoApp::StartLogs() {

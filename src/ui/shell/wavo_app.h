@@ -2,7 +2,9 @@
 #pragma once
 
 #include <QApplication>
+#include <QSettings>
 #include <memory>
+#include <string>
 
 namespace wavo {
 
@@ -33,11 +35,15 @@ class CWavoApp : public QApplication {
     void InitInstance(const AppOptions& options);
 
  private:
+    /// Makes a window no larger than its screen.
+    static void FitIntoScreen(QWidget& window);
     void StartLogs();
     void WatchTermination();
     void TakeScreenshot(const QString& file);
 
-    std::unique_ptr<CMainFrame> m_frame;
+    std::string m_graph_file;  ///< of the command line, once it is known to exist
+    std::unique_ptr<QSettings> m_settings;
+    std::unique_ptr<CMainFrame> m_frame;  // before the settings go
 };
 
 }  // namespace wavo

@@ -1,0 +1,82 @@
+#include "ui/shell/command_actions.h"
+
+#include <QKeySequence>
+#include <QPixmap>
+
+#include "ui/shell/command_icons.h"
+
+namespace wavo {
+
+namespace {
+
+constexpr int kUserImageSize = 16;
+
+bool ShowsCheckMark(CommandId id) {
+    return id == CommandId::kStatusBar ||
+           (id >= CommandId::kLookClassic && id <= CommandId::kLookAqua);
+}
+
+}  // namespace
+
+std::vector<QIcon> LoadUserImages(const QString& file) {
+    std::vector<QIcon> images;
+    const QImage strip = QImage(file).convertToFormat(QImage::Format_ARGB32);
+    for (int x = 0; x + kUserImageSize <= strip.width() && strip.height() >= kUserImageSize;
+         x += kUserImageSize) {
+        QImage image = strip.copy(x, 0, kUserImageSize, kUserImageSize);
+        for (int row = 0; row < kUserImageSize; ++row) {
+            for (int column = 0; column < kUserImageSize; ++column) {
+                if (image.pixel(column, row) == qRgb(192, 192, 192)) {
+                    image.setPixel(column, row, qRgba(0, 0, 0, 0));
+                }
+            }
+        }
+        images.emplace_back(QPixmap::fromImage(image));
+    }
+    return images;
+}
+
+CommandActions::CommandActions(QWidget& frame, const Handler& handler) {
+    for (const Command& command : Commands()) {
+        auto* const action = new QAction(MenuText(command), &frame);
+        const QString shortcut = ShortcutText(command);
+        action->setObjectName(QString::fromLatin1(command.object_name));
+        action->setShortcut(QKeySequence(shortcut));
+        action->setStatusTip(StatusPrompt(command));
+        action->setToolTip(shortcut.isEmpty() ? ToolTip(command)
+                                              : ToolTip(command) + " (" + shortcut + ")");
+        action->setIcon(CommandIcon(command.id));
+        action->setCheckable(ShowsCheckMark(command.id));
+        action->setMenuRole(QAction::NoRole);
+        QObject::connect(action, &QAction::triggered, &frame,
+                         [handler, id = command.id] { handler(id); });
+        frame.addAction(action);
+        m_actions[command.id] = action;
+    }
+}
+
+QAction* CommandActions::Find(CommandId id) const {
+    const auto found = m_actions.find(id);
+    return found == m_actions.end() ? nullptr : found->second;
+}
+
+void CommandActions::SetUserImages(const std::map<int, int>& by_command,
+                                   const std::vector<QIcon>& images) {
+    for (const auto& [id, action] : m_actions) {
+        const auto found = by_command.find(static_cast<int>(id));
+        const bool own =
+            found == by_command.end() || static_cast<std::size_t>(found->second) >= images.size();
+        action->setIcon(own ? CommandIcon(id) : images[static_cast<std::size_t>(found->second)]);
+    }
+}
+
+QAction* CommandActions::FindShortcut(const QKeySequence& keys) const {
+    for (const auto& [id, action] : m_actions) {
+        if (action->isEnabled() && !keys.isEmpty() && action->shortcut() == keys) {
+            return action;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace wavo

@@ -1,0 +1,151 @@
+#include "ui/shell/look_style.h"
+
+#include <QLinearGradient>
+#include <QMenuBar>
+#include <QPainter>
+#include <QStatusBar>
+#include <QStyleFactory>
+#include <QStyleOption>
+#include <QToolBar>
+#include <QToolButton>
+
+namespace wavo {
+
+namespace {
+
+bool IsBar(const QWidget* widget) {
+    return qobject_cast<const QMenuBar*>(widget) != nullptr ||
+           qobject_cast<const QToolBar*>(widget) != nullptr ||
+           qobject_cast<const QStatusBar*>(widget) != nullptr;
+}
+
+bool StandsInToolBar(const QWidget* widget) {
+    return widget != nullptr && qobject_cast<const QToolBar*>(widget->parentWidget()) != nullptr;
+}
+
+}  // namespace
+
+LookStyle::LookStyle(const Look& look)
+    : QProxyStyle(QStyleFactory::create(QString::fromLatin1(look.style))), m_look(look) {}
+
+void LookStyle::polish(QWidget* widget) {
+    QProxyStyle::polish(widget);
+    if (IsBar(widget)) {
+        widget->setPalette(BarPalette(m_look));
+    }
+}
+
+void LookStyle::unpolish(QWidget* widget) {
+    if (IsBar(widget)) {
+        widget->setPalette(QPalette());
+    }
+    QProxyStyle::unpolish(widget);
+}
+
+int LookStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                         QStyleHintReturn* data) const {
+    if (hint == SH_EtchDisabledText || hint == SH_DitherDisabledText) {
+        return 0;  // a second, shifted text is hard to read
+    }
+    return QProxyStyle::styleHint(hint, option, widget, data);
+}
+
+void LookStyle::FillBar(QPainter& painter, const QRect& area, bool upright) const {
+    const QColor top(m_look.bar_top);
+    const QColor bottom(m_look.bar_bottom);
+    QLinearGradient gradient(area.topLeft(), upright ? area.topRight() : area.bottomLeft());
+    gradient.setColorAt(0, top);
+    gradient.setColorAt(1, bottom);
+    if (m_look.bars == BarPainting::kGlass) {
+        const bool dark = top.lightness() < 128;
+        gradient.setColorAt(0.45, dark ? top.darker(115) : top.darker(103));
+        gradient.setColorAt(0.46, bottom);
+        gradient.setColorAt(1, dark ? bottom.lighter(125) : bottom.lighter(106));
+    }
+    painter.fillRect(area, gradient);
+}
+
+void LookStyle::FillHot(QPainter& painter, const QRect& area, bool pressed) const {
+    const QColor top(m_look.hot_top);
+    const QColor bottom(m_look.hot_bottom);
+    QLinearGradient gradient(area.topLeft(), area.bottomLeft());
+    gradient.setColorAt(0, pressed ? bottom : top);
+    gradient.setColorAt(1, pressed ? top : bottom);
+    painter.fillRect(area, gradient);
+    painter.setPen(QColor(m_look.hot_border));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(area.adjusted(0, 0, -1, -1));
+}
+
+void LookStyle::DrawMenuBarItem(const QStyleOption& option, QPainter& painter,
+                                const QWidget* widget) const {
+    const auto& item = static_cast<const QStyleOptionMenuItem&>(option);
+    // The part of the whole bar that this item covers.
+    painter.save();
+    painter.setClipRect(item.rect);
+    FillBar(painter, widget != nullptr ? widget->rect() : item.rect, false);
+    painter.restore();
+    const bool enabled = (item.state & State_Enabled) != 0;
+    const bool hot = enabled && (item.state & State_Selected) != 0;
+    if (hot) {
+        FillHot(painter, item.rect, (item.state & State_Sunken) != 0);
+    }
+    int alignment = Qt::AlignCenter | Qt::TextShowMnemonic | Qt::TextDontClip | Qt::TextSingleLine;
+    if (proxy()->styleHint(SH_UnderlineShortcut, &item, widget, nullptr) == 0) {
+        alignment |= Qt::TextHideMnemonic;
+    }
+    QPalette palette = BarPalette(m_look);
+    if (hot) {
+        palette.setColor(QPalette::ButtonText, QColor(m_look.hot_text));
+    }
+    proxy()->drawItemText(&painter, item.rect, alignment, palette, enabled, item.text,
+                          QPalette::ButtonText);
+}
+
+void LookStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                            const QWidget* widget) const {
+    if (m_look.bars != BarPainting::kRaised) {
+        if (element == CE_MenuBarItem) {
+            DrawMenuBarItem(*option, *painter, widget);
+            return;
+        }
+        if (element == CE_MenuBarEmptyArea) {
+            FillBar(*painter, widget != nullptr ? widget->rect() : option->rect, false);
+            return;
+        }
+        if (element == CE_ToolBar) {
+            FillBar(*painter, option->rect, (option->state & State_Horizontal) == 0);
+            return;
+        }
+        if (element == CE_MenuItem) {
+            QStyleOptionMenuItem item(*static_cast<const QStyleOptionMenuItem*>(option));
+            item.palette.setColor(QPalette::Highlight, QColor(m_look.hot_bottom));
+            item.palette.setColor(QPalette::HighlightedText, QColor(m_look.hot_text));
+            QProxyStyle::drawControl(element, &item, painter, widget);
+            return;
+        }
+    }
+    QProxyStyle::drawControl(element, option, painter, widget);
+}
+
+void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
+                              QPainter* painter, const QWidget* widget) const {
+    if (m_look.bars != BarPainting::kRaised) {
+        if (element == PE_PanelStatusBar) {
+            FillBar(*painter, option->rect, false);
+            return;
+        }
+        if (element == PE_PanelButtonTool && StandsInToolBar(widget)) {
+            const bool pressed = (option->state & (State_Sunken | State_On)) != 0;
+            const bool below_pointer = (option->state & State_Enabled) != 0 &&
+                                       (option->state & (State_MouseOver | State_HasFocus)) != 0;
+            if (pressed || below_pointer) {
+                FillHot(*painter, option->rect, pressed);
+            }
+            return;
+        }
+    }
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+}
+
+}  // namespace wavo

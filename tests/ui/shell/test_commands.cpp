@@ -1,0 +1,324 @@
+// The tables of commands and menus, and the menus, actions and shortcuts that are made from them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QTest>
+#include <QToolBar>
+#include <memory>
+#include <set>
+
+#include "ui/shell/commands.h"
+#include "ui/shell/main_frame.h"
+#include "ui/shell/menu_table.h"
+#include "view/wavo_view.h"
+
+namespace wavo {
+namespace {
+
+using ::testing::ElementsAre;
+
+struct Line {
+    int depth;
+    std::string text;
+    int id;
+
+    friend bool operator==(const Line&, const Line&) = default;
+    friend void PrintTo(const Line& line, std::ostream* out) {
+        *out << line.depth << " \"" << line.text << "\" " << line.id;
+    }
+};
+
+const Line kSeparatorLine1{1, "-", 0};
+
+const std::vector<Line>& ExpectedMenuBar() {
+    static const std::vector<Line> lines = {
+        {0, "&File", 0},
+        {1, "&New\tCtrl+N", 57600},
+        {1, "&Open...\tCtrl+O", 57601},
+        {1, "&Save\tCtrl+S", 57603},
+        {1, "Save &As...", 57604},
+        kSeparatorLine1,
+        {1, "&Print...\tCtrl+P", 57607},
+        {1, "Print Pre&view", 57609},
+        {1, "P&rint Setup...", 57606},
+        kSeparatorLine1,
+        {1, "Proper&ties", 32781},
+        {1, "Add. &Text", 32786},
+        kSeparatorLine1,
+        {1, "Recent &File", 57616},
+        kSeparatorLine1,
+        {1, "E&xit", 57665},
+        {0, "&View", 0},
+        {1, "&Toolbars and Docking Windows", 59392},
+        {1, "&Status Bar", 59393},
+        {1, "&Application Look", 0},
+        {2, "Windows &2000", 210},
+        {2, "Office &XP", 211},
+        {2, "&Windows XP", 212},
+        {2, "Office 200&3", 213},
+        {2, "Visual Studio.NET 200&5", 214},
+        {2, "Office 200&7", 0},
+        {3, "&Blue Style", 215},
+        {3, "B&lack Style", 216},
+        {3, "&Silver Style", 217},
+        {3, "&Aqua Style", 218},
+        {1, "Graph Editor", 32782},
+        {0, "&Machine Data", 0},
+        {1, "&Connect Machine data", 32773},
+        {0, "&Run control", 0},
+        {1, "St&art\tCtrl+A", 32779},
+        {1, "Stop\tCtrl+H", 32777},
+        {1, "Start after &trigger\tCtrl+T", 32778},
+        {0, "&Help", 0},
+        {1, "&About Wavo...", 57664},
+    };
+    return lines;
+}
+
+/// The number of the command that an action stands for; 0 for none.
+int IdOf(const CMainFrame& frame, const QAction& action) {
+    for (const Command& command : Commands()) {
+        if (frame.Action(command.id) == &action ||
+            action.objectName() == QLatin1String(command.object_name) + QStringLiteral("_menu")) {
+            return static_cast<int>(command.id);
+        }
+    }
+    return 0;
+}
+
+void CollectLines(const CMainFrame& frame, const QList<QAction*>& actions, int depth,
+                  std::vector<Line>& lines) {
+    for (const QAction* const action : actions) {
+        if (!action->isVisible()) {
+            continue;
+        }
+        std::string text = action->isSeparator() ? "-" : action->text().toStdString();
+        if (!action->shortcut().isEmpty()) {
+            text += "\t" + action->shortcut().toString().toStdString();
+        }
+        const int id = IdOf(frame, *action);
+        lines.push_back({depth, text, id});
+        if (action->menu() != nullptr && id != static_cast<int>(CommandId::kToolBars)) {
+            CollectLines(frame, action->menu()->actions(), depth + 1, lines);
+        }
+    }
+}
+
+class Frame : public ::testing::Test {
+ protected:
+    QMenu& Menu(const char* text) {
+        for (QAction* const action : m_frame.menuBar()->actions()) {
+            if (action->text() == QLatin1String(text)) {
+                return *action->menu();
+            }
+        }
+        ADD_FAILURE() << text;
+        return *m_frame.menuBar()->actions().front()->menu();
+    }
+
+    CMainFrame m_frame;
+};
+
+TEST(CommandTable, NumbersAndNamesAreUnique) {
+    std::set<int> ids;
+    std::set<std::string> names;
+    for (const Command& command : Commands()) {
+        EXPECT_TRUE(ids.insert(static_cast<int>(command.id)).second) << command.object_name;
+        EXPECT_TRUE(names.insert(command.object_name).second) << command.object_name;
+    }
+    EXPECT_EQ(FindCommand(static_cast<CommandId>(1)), nullptr);
+}
+
+TEST(CommandTable, EveryCommandHasAPromptAndAToolTip) {
+    for (const Command& command : Commands()) {
+        EXPECT_FALSE(StatusPrompt(command).isEmpty()) << command.object_name;
+        if (command.id != CommandId::kRecentFile) {  // has a path as its tool tip
+            EXPECT_FALSE(ToolTip(command).isEmpty()) << command.object_name;
+        }
+    }
+}
+
+TEST(CommandTable, TheBasicCommandsAreThese) {
+    std::vector<int> ids;
+    for (const CommandId id : BasicCommands()) {
+        ids.push_back(static_cast<int>(id));
+    }
+    EXPECT_THAT(ids, ElementsAre(57600, 57601, 57603, 57607, 57665, 32773, 32779, 32777, 32778,
+                                 57664, 59393, 59392, 213, 214, 215, 217, 216, 218));
+}
+
+TEST_F(Frame, ShowsAllMenusToTheLetter) {
+    std::vector<Line> lines;
+    CollectLines(m_frame, m_frame.menuBar()->actions(), 0, lines);
+    EXPECT_EQ(lines, ExpectedMenuBar());
+}
+
+TEST_F(Frame, ShowsTheMenuOfLooksToTheLetter) {
+    std::vector<std::string> texts;
+    for (const QAction* const action : m_frame.LookMenu().actions()) {
+        texts.push_back(action->text().toStdString());
+    }
+    EXPECT_THAT(texts, ElementsAre("Office 2007 (&Blue Style)", "Office 2007 (B&lack Style)",
+                                   "Office 2007 (&Silver Style)", "Office 2007 (&Aqua Style)"));
+    std::vector<int> ids;
+    for (const LookMenuRow& row : LookMenuRows()) {
+        ids.push_back(static_cast<int>(row.id));
+    }
+    EXPECT_THAT(ids, ElementsAre(215, 216, 217, 218));
+}
+
+TEST_F(Frame, TheMenuOfLooksChangesTheLook) {
+    m_frame.LookMenu().actions()[1]->trigger();
+    EXPECT_TRUE(m_frame.Action(CommandId::kLookBlack)->isChecked());
+    EXPECT_FALSE(m_frame.Action(CommandId::kLookStudio)->isChecked());
+}
+
+TEST_F(Frame, StatusTextsAndToolTipsComeFromTheTable) {
+    const QAction* const connect = m_frame.Action(CommandId::kConnect);
+    EXPECT_EQ(connect->statusTip(), "connecting machine data");
+    EXPECT_EQ(connect->toolTip(), "connecting");
+    EXPECT_EQ(m_frame.Action(CommandId::kStop)->statusTip(), "stop wavo.");
+    EXPECT_EQ(m_frame.Action(CommandId::kStop)->toolTip(), "stop (Ctrl+H)");
+    EXPECT_EQ(m_frame.Action(CommandId::kStart)->statusTip(), "start wavo.");
+    EXPECT_EQ(m_frame.Action(CommandId::kStart)->toolTip(), "start (Ctrl+A)");
+    const QAction* const after = m_frame.Action(CommandId::kStartAfterTrigger);
+    EXPECT_EQ(after->statusTip(), "start after trigger event");
+    EXPECT_EQ(after->toolTip(), "start after trigger (Ctrl+T)");
+    EXPECT_EQ(m_frame.Action(CommandId::kRecentFile)->statusTip(), "Open this document");
+}
+
+TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
+    std::map<std::string, int> shortcuts;
+    for (const Command& command : Commands()) {
+        const QString text = m_frame.Action(command.id)->shortcut().toString();
+        if (!text.isEmpty()) {
+            EXPECT_TRUE(shortcuts.emplace(text.toStdString(), static_cast<int>(command.id)).second);
+        }
+    }
+    const std::map<std::string, int> expected = {
+        {"Ctrl+N", 57600}, {"Ctrl+O", 57601}, {"Ctrl+S", 57603},
+        {"Ctrl+P", 57607}, {"Ctrl+A", 32779}, {"Ctrl+H", 32777},
+        {"Ctrl+T", 32778}, {"F6", 57680},     {"Shift+F6", 57681}};
+    EXPECT_EQ(shortcuts, expected);
+}
+
+TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
+    for (const Command& command : Commands()) {
+        EXPECT_EQ(m_frame.Action(command.id)->isEnabled(),
+                  command.owner == CommandOwner::kShell || m_frame.View().IsEnabled(command.id))
+            << command.object_name;
+    }
+    EXPECT_TRUE(m_frame.Action(CommandId::kStop)->isEnabled());
+    EXPECT_FALSE(m_frame.Action(CommandId::kStart)->isEnabled());
+}
+
+TEST_F(Frame, StopAndStartChangeWhatCanBeCommandedAtOnce) {
+    m_frame.Action(CommandId::kStop)->trigger();
+    EXPECT_FALSE(m_frame.Action(CommandId::kStop)->isEnabled());
+    EXPECT_TRUE(m_frame.Action(CommandId::kStart)->isEnabled());
+    m_frame.Action(CommandId::kStart)->trigger();
+    EXPECT_TRUE(m_frame.Action(CommandId::kStop)->isEnabled());
+}
+
+TEST_F(Frame, AShortcutWorksWhileAnEditHasTheKeyboard) {
+    m_frame.show();
+    m_frame.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&m_frame));
+    auto* const edit = new QLineEdit(QStringLiteral("text"), &m_frame.View());
+    edit->show();
+    edit->setFocus();
+    m_frame.Action(CommandId::kStop)->trigger();
+    QTest::keyClick(edit, Qt::Key_A, Qt::ControlModifier);
+    EXPECT_TRUE(m_frame.Action(CommandId::kStop)->isEnabled());  // started
+    EXPECT_FALSE(edit->hasSelectedText());
+    // Start is not to be had now: the edit has its own meaning of the keys.
+    QTest::keyClick(edit, Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(edit->selectedText(), "text");
+}
+
+TEST_F(Frame, APromptStandsInTheStatusBarWhileACommandIsPointedAt) {
+    m_frame.show();
+    QMenu& menu = Menu("&Run control");
+    menu.popup(QPoint(0, 0));
+    menu.setActiveAction(m_frame.Action(CommandId::kStop));
+    EXPECT_EQ(m_frame.statusBar()->currentMessage(), "stop wavo.");
+    menu.close();
+}
+
+TEST_F(Frame, TheStatusBarIsShownAndHidden) {
+    QAction* const action = m_frame.Action(CommandId::kStatusBar);
+    EXPECT_TRUE(action->isChecked());
+    action->trigger();
+    EXPECT_TRUE(m_frame.statusBar()->isHidden());
+    EXPECT_FALSE(action->isChecked());
+    action->trigger();
+    EXPECT_FALSE(m_frame.statusBar()->isHidden());
+    EXPECT_TRUE(action->isChecked());
+}
+
+TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
+    const std::unique_ptr<QMenu> menu(m_frame.createPopupMenu());
+    std::vector<std::string> texts;
+    for (const QAction* const action : menu->actions()) {
+        texts.push_back(action->text().toStdString());
+    }
+    EXPECT_THAT(texts, ElementsAre("Standard", "", "Customize..."));
+    m_frame.show();
+    const QToolBar* const bar = m_frame.findChild<QToolBar*>();
+    EXPECT_TRUE(bar->isVisible());
+    menu->actions().front()->trigger();
+    EXPECT_FALSE(bar->isVisible());
+}
+
+TEST_F(Frame, F6GoesThroughThePanesAndBack) {
+    m_frame.show();
+    m_frame.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&m_frame));
+    m_frame.View().setFocus();
+    QTest::keyClick(&m_frame, Qt::Key_F6);
+    ASSERT_NE(m_frame.focusWidget(), nullptr);
+    EXPECT_NE(qobject_cast<QToolBar*>(m_frame.focusWidget()->parentWidget()), nullptr);
+    QTest::keyClick(m_frame.focusWidget(), Qt::Key_F6, Qt::ShiftModifier);
+    EXPECT_EQ(m_frame.focusWidget(), &m_frame.View());
+    QTest::keyClick(&m_frame.View(), Qt::Key_F6, Qt::ShiftModifier);
+    EXPECT_NE(m_frame.focusWidget(), &m_frame.View());
+    QTest::keyClick(m_frame.focusWidget(), Qt::Key_F6);
+    EXPECT_EQ(m_frame.focusWidget(), &m_frame.View());
+}
+
+TEST_F(Frame, ShortMenusShowBasicAndUsedCommandsAndTheOthersOnDemand) {
+    BarSetup bars = m_frame.Bars();
+    bars.full_menus = false;
+    m_frame.SetBars(bars);
+    QMenu& file = Menu("&File");
+    const auto holds = [&](CommandId id) { return file.actions().contains(m_frame.Action(id)); };
+    const auto show = [&] {
+        file.popup(QPoint(0, 0));
+        file.close();
+    };
+    show();
+    EXPECT_TRUE(holds(CommandId::kNew));
+    EXPECT_FALSE(holds(CommandId::kSaveAs));
+    EXPECT_EQ(file.actions().back()->text(), "Show all commands");
+
+    bars.used_commands = {static_cast<int>(CommandId::kSaveAs)};
+    m_frame.SetBars(bars);
+    show();
+    EXPECT_TRUE(holds(CommandId::kSaveAs));
+    EXPECT_FALSE(holds(CommandId::kPageSetup));
+
+    file.actions().back()->trigger();
+    file.popup(QPoint(0, 0));
+    EXPECT_TRUE(holds(CommandId::kPageSetup));
+    EXPECT_EQ(file.actions().back()->text(), "E&xit");
+    file.close();
+    show();
+    EXPECT_FALSE(holds(CommandId::kPageSetup));
+}
+
+}  // namespace
+}  // namespace wavo
