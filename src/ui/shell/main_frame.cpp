@@ -231,7 +231,7 @@ void CMainFrame::Customize() {
 }
 
 void CMainFrame::ShowAbout() {
-    CAboutDlg(AboutText(BuiltVersion(), ReadServicePack(InstallRoot())), this).exec();
+    CAboutDlg(AboutText(OwnVersion(), ReadServicePack(InstallRoot())), this).exec();
 }
 
 QString CMainFrame::PaneText(StatusPane pane) const {
