@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
         qputenv(name, folder.path().toUtf8());
     }
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_QPA_PLATFORM", wavo::testing::kEndToEndPlatform);
     }
     qputenv("LC_ALL", "C.UTF-8");  // a locale that the toolkit takes over, present everywhere
     const wavo::CWavoApp app(argc, argv);

@@ -36,5 +36,6 @@ class FastFileWrite : public ::testing::Test {
     TemporaryFolder m_folder;
     const std::string m_path;
     const CollectReports m_traces{diagnostics::Service::kErrorTrace};
+};
 
 }  // namespace wavo::testing

@@ -30,5 +30,6 @@ class MiniDataFiles : public ::testing::Test {
     TemporaryFolder m_folder;
     const std::string m_path;
     const CollectReports m_traces{diagnostics::Service::kErrorTrace};
+};
 
 }  // namespace wavo::testing

@@ -15,6 +15,7 @@
 #include "failing_malloc.h"
 #include "fast_file_fixture.h"
 #include "faulty_files.h"
+#include "matches_pattern.h"
 #include "support/fast_file.h"
 #include "system_facts.h"
 #include "temporary_folder.h"
@@ -31,9 +32,7 @@ using testing::FailingMalloc;
 using testing::FastFileWrite;
 using testing::FaultyFiles;
 using ::testing::IsEmpty;
-using ::testing::MatchesRegex;
-
-;
+using testing::MatchesPattern;
 
 TEST_F(FastFileWrite, ModeZeroMakesANewFileAndFailsOnAnExistingOne) {
     EXPECT_EQ(Write("abc", kWriteNew), 3U);
@@ -97,7 +96,7 @@ TEST_F(FastFileWrite, ReplacingGoesThroughATemporaryFileBesideTheTarget) {
     EXPECT_TRUE(files.write_through()) << "the flag is forced on";
     EXPECT_EQ(fs::path(files.written_path()).parent_path(), m_folder.path());
     EXPECT_THAT(fs::path(files.written_path()).filename().string(),
-                MatchesRegex("ffw[0-9A-F][0-9A-F][0-9A-F][0-9A-F][.]tmp"));
+                MatchesPattern("ffw[0-9A-F][0-9A-F][0-9A-F][0-9A-F][.]tmp"));
     EXPECT_THAT(Names(), ElementsAre("target.ini"));
 }
 
@@ -107,7 +106,7 @@ TEST_F(FastFileWrite, APathWithoutAFolderIsReplacedInTheCurrentFolder) {
     FaultyFiles files;
     EXPECT_EQ(MFastFile_WriteAtOnce("target.ini", "abc", 3, kWriteReplace), 3U);
     fs::current_path(before);
-    EXPECT_THAT(files.written_path(), MatchesRegex("ffw....[.]tmp"));
+    EXPECT_THAT(files.written_path(), MatchesPattern("ffw....[.]tmp"));
     EXPECT_EQ(Content(), "abc");
 }
 

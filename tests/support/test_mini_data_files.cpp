@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -16,7 +15,6 @@
 namespace wavo {
 namespace {
 
-namespace fs = std::filesystem;
 using diagnostics::Service;
 using testing::Call;
 using testing::CollectReports;
@@ -27,8 +25,6 @@ using ::testing::IsEmpty;
 using testing::MiniDataFiles;
 
 constexpr unsigned kSafe = MIniData::kSaveFlush | MIniData::kSaveSafe;
-
-;
 
 TEST_F(MiniDataFiles, ANewStoreIsSavedWithItsFile) {
     MIniData store(kSafe);

@@ -155,8 +155,15 @@ class WindowsFiles final : public FileOperations {
     }
 
     bool Rename(const std::string& from, const std::string& to) override {
-        return !HasNul(from) && !HasNul(to) &&
-               ::MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+        if (HasNul(from) || HasNul(to)) {
+            return false;
+        }
+        const DWORD attributes = AttributesOf(to);
+        if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+            ::SetLastError(ERROR_ACCESS_DENIED);
+            return false;
+        }
+        return ::MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
     }
 
     bool Remove(const std::string& path) override {

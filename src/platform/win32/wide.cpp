@@ -5,6 +5,9 @@
 namespace wavo::platform {
 
 std::wstring Wide(std::string_view text) {
+    if (text.empty()) {
+        return {};  // the call takes that for a fault, and would set the last error
+    }
     const int size = static_cast<int>(text.size());
     const int length = ::MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0);
     std::wstring wide(static_cast<std::size_t>(length), L'\0');
@@ -13,6 +16,9 @@ std::wstring Wide(std::string_view text) {
 }
 
 std::string Utf8(std::wstring_view text) {
+    if (text.empty()) {
+        return {};
+    }
     const int size = static_cast<int>(text.size());
     const int length =
         ::WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr);

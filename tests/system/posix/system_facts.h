@@ -10,6 +10,9 @@ namespace wavo::testing {
 /// The environment variable below whose folder the data folder lies.
 inline constexpr char kDataHome[] = "XDG_DATA_HOME";
 
+/// The toolkit's platform for end-to-end tests: the windows need no display.
+inline constexpr char kEndToEndPlatform[] = "offscreen";
+
 /// Numbers that the system gives, and platform::LastError() tells.
 inline constexpr int kFileExists = EEXIST;
 inline constexpr int kNoSuchFolder = ENOENT;

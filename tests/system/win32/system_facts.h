@@ -9,6 +9,10 @@ namespace wavo::testing {
 /// The environment variable below whose folder the data folder lies.
 inline constexpr char kDataHome[] = "WAVO_DATA_HOME";
 
+/// The toolkit's platform for end-to-end tests: a program without real windows could not be asked
+/// to end.
+inline constexpr char kEndToEndPlatform[] = "windows";
+
 /// Numbers that the system gives, and platform::LastError() tells.
 inline constexpr int kFileExists = 80;
 inline constexpr int kNoSuchFolder = 3;
