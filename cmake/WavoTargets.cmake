@@ -1,6 +1,13 @@
 # Functions that make this project's libraries, programs and tests, so that flags and include
 # folders are set in one place.
 
+# What stands before the folders of this build where the programs run: under Wine they lie on a drive.
+if(CMAKE_CROSSCOMPILING AND WIN32)
+  set(WAVO_DRIVE "Z:")
+else()
+  set(WAVO_DRIVE "")
+endif()
+
 # Flags of everything that is ours.
 function(wavo_flags target)
   target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
@@ -25,6 +32,13 @@ function(wavo_flags target)
   endif()
 endfunction()
 
+# Programs for Windows: with a static Qt, the platform for tests is linked in beside the usual one.
+function(wavo_windows target)
+  if(WIN32)
+    qt_import_plugins(${target} INCLUDE Qt6::QOffscreenIntegrationPlugin)
+  endif()
+endfunction()
+
 # wavo_library(<name> SOURCES ... [LINK ...]): one folder, one static library.
 function(wavo_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
@@ -44,6 +58,7 @@ function(wavo_test name)
     target_link_libraries(${name} PRIVATE wavo_test_main)
   endif()
   wavo_flags(${name})
+  wavo_windows(${name})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()

@@ -31,7 +31,7 @@ int main(int argc, char** argv) {
     constexpr int kWrongArguments = 2;
     wavo::platform::InstallCrashHook("", kVersion);
     wavo::diagnostics::SetEcho(true);
-    const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    const std::vector<std::string> arguments = wavo::platform::CommandLineArguments(argc, argv);
     DemoOptions options;
     std::string error;
     switch (ParseDemoOptions(arguments, &options, &error)) {

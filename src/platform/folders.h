@@ -13,8 +13,9 @@ std::string PathSeparator();
 std::string NativePath(std::string path);
 
 /// The data folder of the product (maker folder `Velk`), without a separator at the end; created
-/// when missing. Linux: $XDG_DATA_HOME/Velk, else ~/.local/share/Velk. Windows: the common
-/// application data folder. Empty on failure; LastError() tells why.
+/// when missing. Linux: $XDG_DATA_HOME/Velk, else ~/.local/share/Velk. Windows: Velk in
+/// the common application data folder, or in the folder that WAVO_DATA_HOME names. Empty on
+/// failure; LastError() tells why.
 std::string DataFolder();
 
 /// The folder for logs, created when missing. Linux: $XDG_STATE_HOME/Velk, else

@@ -4,15 +4,20 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace wavo::platform {
 
 /// Number of this process.
 std::uint32_t ProcessId() noexcept;
 
-/// Asks the system to tell of a request to end (POSIX: SIGINT, SIGTERM, SIGHUP; Windows: the
-/// console's close and break) instead of ending the process at once. Returns a descriptor that
-/// becomes readable on the first request, -1 where there is none to watch.
+/// The arguments of main() behind the program's name, in UTF-8.
+std::vector<std::string> CommandLineArguments(int argc, char** argv);
+
+/// Asks the system to tell of a request to end instead of ending the process at once. POSIX:
+/// SIGINT, SIGTERM, SIGHUP. Windows: the console's interrupt, break and close; and WM_CLOSE to a
+/// thread that shows no window, for which MessageWindow::WaitAndDispatch looks out. Returns a
+/// descriptor that becomes readable on the first request, -1 where there is none to watch.
 int WatchTerminationRequests() noexcept;
 
 /// Whether the end was requested since WatchTerminationRequests.

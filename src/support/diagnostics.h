@@ -17,7 +17,11 @@
 
 #include <cstdint>
 
-#if defined(__GNUC__)
+#if defined(__GNUC__) && !defined(__clang__)
+// The formats of standard C, also where the system's own library has others.
+#define WAVO_PRINTF(format_index, first_argument) \
+    __attribute__((format(gnu_printf, format_index, first_argument)))
+#elif defined(__GNUC__)
 #define WAVO_PRINTF(format_index, first_argument) \
     __attribute__((format(printf, format_index, first_argument)))
 #else

@@ -11,7 +11,8 @@
 namespace wavo {
 
 std::string FileNameOf(const std::string& path) {
-    return path.substr(path.rfind(platform::PathSeparator()) + 1);
+    const std::string native = platform::NativePath(path);
+    return native.substr(native.rfind(platform::PathSeparator()) + 1);
 }
 
 bool GraphFiles::Open(const std::string& path, const std::string& display_name,

@@ -7,12 +7,12 @@
 #include <QTest>
 #include <algorithm>
 #include <charconv>
-#include <csignal>
 #include <iostream>
 #include <sstream>
 
 #include "link/wire_format.h"
 #include "platform/shared_memory.h"
+#include "system/other_process.h"
 
 namespace wavo::testing {
 
@@ -86,11 +86,11 @@ void DemoMaster::Kill() {
 }
 
 void DemoMaster::Freeze() {
-    ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);
+    FreezeProcess(m_process.processId());
 }
 
 void DemoMaster::Thaw() {
-    ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
+    ThawProcess(m_process.processId());
 }
 
 QString RecordingPath(const std::string& name) {

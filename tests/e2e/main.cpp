@@ -5,16 +5,17 @@
 #include <QTemporaryDir>
 
 #include "expect_errors.h"
+#include "system_facts.h"
 #include "ui/shell/wavo_app.h"
 
 int main(int argc, char** argv) {
     const QTemporaryDir folder;
     for (const char* name :
-         {"XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CONFIG_HOME"}) {
+         {"XDG_RUNTIME_DIR", wavo::testing::kDataHome, "XDG_STATE_HOME", "XDG_CONFIG_HOME"}) {
         qputenv(name, folder.path().toUtf8());
     }
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_QPA_PLATFORM", wavo::testing::kEndToEndPlatform);
     }
     qputenv("LC_ALL", "C.UTF-8");  // a locale that the toolkit takes over, present everywhere
     const wavo::CWavoApp app(argc, argv);

@@ -2,9 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QThread>
 
 #include "expect_errors.h"
@@ -59,28 +57,6 @@ TEST_F(Link, WithoutAMasterTheGraphsAreThereAndEmpty) {
     EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
     m_frame->resize(900, 550);
     EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
-}
-
-TEST_F(Link, AViewerThatCouldNotMakeItsWindowTriesAgainAtConnect) {
-    const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
-    const QTemporaryDir blocked;
-    QFile file(blocked.filePath(QStringLiteral("wavo")));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    qputenv("XDG_RUNTIME_DIR", blocked.path().toUtf8());
-    const QString text = QStringLiteral("No messages from a master can arrive, see the error log");
-    {
-        const ExpectAnyErrorLog expected;
-        Open({"X"});
-        EXPECT_EQ(Message(), text);
-        EXPECT_THAT(TakeBoxes(), IsEmpty());
-        ConnectAction().trigger();
-        EXPECT_THAT(TakeBoxes(), ElementsAre("ERROR: " + text.toStdString()));
-    }
-    qputenv("XDG_RUNTIME_DIR", folder);
-    DemoMaster master({"--motion", "circle"});
-    ConnectAction().trigger();
-    EXPECT_THAT(TakeBoxes(), IsEmpty());
-    ASSERT_TRUE(WaitForLines(100));
 }
 
 TEST_F(Link, AViewerThatWasThereFirstConnectsByCommand) {
@@ -282,34 +258,6 @@ TEST_F(Link, ConnectAndDisconnectMayComeInEitherOrder) {
     viewer.Connect();
     ASSERT_TRUE(WaitFor([&] { return viewer.announced == 2; }));
     EXPECT_TRUE(master.IsRunning());
-}
-
-TEST_F(Link, AMasterRemovesWhatADeadOneLeftBehind) {
-    Open({"X"});
-    {
-        DemoMaster master({"--motion", "circle"});
-        ConnectAction().trigger();
-        ASSERT_TRUE(WaitForLines(10));
-        master.Kill();
-    }
-    Close();
-    EXPECT_THAT(Leftovers(), SizeIs(Gt(2U)));
-    DemoMaster master({"--motion", "circle"});
-    ASSERT_TRUE(master.End());
-    EXPECT_THAT(Leftovers(), IsEmpty());
-}
-
-TEST_F(Link, AfterBothHaveEndedNothingIsLeftBehind) {
-    {
-        DemoMaster master({"--motion", "circle"});
-        Open({"X"});
-        ASSERT_TRUE(WaitForLines(100));
-        EXPECT_THAT(Leftovers(), SizeIs(Gt(3U)));
-        m_frame->close();
-        Close();
-        ASSERT_TRUE(master.End());
-    }
-    EXPECT_THAT(Leftovers(), IsEmpty());
 }
 
 }  // namespace

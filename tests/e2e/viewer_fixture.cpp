@@ -1,14 +1,9 @@
 #include "viewer_fixture.h"
 
-#include <algorithm>
-#include <filesystem>
-
 #include "graph/model/graph_ini_data.h"
 #include "support/mini_data.h"
 
 namespace wavo::testing {
-
-namespace fs = std::filesystem;
 
 Viewer::Viewer() {
     SetBoxHandler([this](const Box& box) {
@@ -54,26 +49,6 @@ std::vector<double> Viewer::Held(const std::string& axis) {
         }
     }
     return held;
-}
-
-std::vector<std::string> Leftovers() {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator("/dev/shm")) {
-        const std::string name = entry.path().filename().string();
-        if (name.starts_with("MachineTools_InfoData") || name.starts_with("MValues_") ||
-            name.starts_with("DataModCap")) {
-            names.push_back(name);
-        }
-    }
-    const fs::path sockets =
-        fs::path(qEnvironmentVariable("XDG_RUNTIME_DIR").toStdString()) / "wavo";
-    if (fs::exists(sockets)) {
-        for (const auto& entry : fs::directory_iterator(sockets)) {
-            names.push_back("socket " + entry.path().filename().string());
-        }
-    }
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 }  // namespace wavo::testing

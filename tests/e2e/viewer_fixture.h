@@ -56,7 +56,4 @@ class Viewer : public ::testing::Test {
     std::vector<std::string> m_boxes;
 };
 
-/// Names of the segments and sockets that exist now.
-std::vector<std::string> Leftovers();
-
 }  // namespace wavo::testing

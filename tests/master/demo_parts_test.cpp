@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include "master/demo_options.h"
 #include "master/motions.h"
@@ -89,7 +90,7 @@ TEST(Motions, NoiseHasItsSpreadAndDependsOnTheSeedAlone) {
         EXPECT_EQ(line, LineOf(*same, n));
         differing += line != LineOf(*other, n) ? 1 : 0;
         const double deviation =
-            line[0] - 5.0 * std::sin(2.0 * M_PI * static_cast<double>(n) * 0.001 / 4.0);
+            line[0] - 5.0 * std::sin(2.0 * std::numbers::pi * static_cast<double>(n) * 0.001 / 4.0);
         sum += deviation;
         squares += deviation * deviation;
     }

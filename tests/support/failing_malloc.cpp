@@ -2,6 +2,8 @@
 
 #include <cerrno>
 
+#include "platform/last_error.h"
+
 namespace {
 
 std::size_t g_smallest = 0;
@@ -14,7 +16,7 @@ bool Fails(std::size_t size) {
         return false;
     }
     ++g_failed;
-    errno = ENOMEM;
+    wavo::platform::SetLastError(ENOMEM);
     return true;
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "matches_pattern.h"
 #include "support/diagnostics.h"
 #include "temporary_folder.h"
 
@@ -14,7 +15,7 @@ namespace wavo {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::MatchesRegex;
+using testing::MatchesPattern;
 
 namespace {
 
@@ -53,10 +54,10 @@ TEST_F(DiagnosticsOutputTest, ALineHasTimeKindPlaceAndText) {
         "20[0-9][0-9]-[01][0-9]-[0-3][0-9]T[0-2][0-9]:[0-5][0-9]:[0-6][0-9]"
         "\\.[0-9][0-9][0-9]Z ";
     EXPECT_THAT(m_folder.Lines(kTraceFile),
-                ElementsAre(MatchesRegex(time + "trace 4 src/t\\.cpp\\(7\\): progress"),
-                            MatchesRegex(time + "error-trace src/e\\.cpp\\(8\\): fault")));
+                ElementsAre(MatchesPattern(time + "trace 4 src/t\\.cpp\\(7\\): progress"),
+                            MatchesPattern(time + "error-trace src/e\\.cpp\\(8\\): fault")));
     EXPECT_THAT(m_folder.Lines(kErrorFile),
-                ElementsAre(MatchesRegex(time + "error-log src/a\\.cpp\\(12\\): entry")));
+                ElementsAre(MatchesPattern(time + "error-log src/a\\.cpp\\(12\\): entry")));
 }
 
 TEST_F(DiagnosticsOutputTest, OneReportIsOneLineWhateverItsText) {
@@ -136,11 +137,13 @@ TEST_F(DiagnosticsOutputTest, TheObserverIsCalledAfterTheLineIsWritten) {
 }
 
 TEST_F(DiagnosticsOutputTest, AFolderNameMayHoldAnyCharacters) {
-    const std::string folder = m_folder.File("\xC3\xA4 \xE6\x97\xA5");
+    const std::filesystem::path folder =
+        std::filesystem::path(m_folder.path()) / std::filesystem::path(u8"\u00e4 \u65e5");
     std::filesystem::create_directory(folder);
-    diagnostics::SetLogFolder(folder);
+    const std::u8string name = folder.u8string();
+    diagnostics::SetLogFolder(std::string(name.begin(), name.end()));
     Log("entry");
-    EXPECT_TRUE(std::filesystem::exists(folder + "/wavo_error.log"));
+    EXPECT_TRUE(std::filesystem::exists(folder / "wavo_error.log"));
 }
 
 }  // namespace

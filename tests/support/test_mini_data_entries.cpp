@@ -17,7 +17,9 @@
 
 #include "expect_errors.h"
 #include "failing_malloc.h"
+#include "platform/last_error.h"
 #include "support/mini_data.h"
+#include "system_facts.h"
 #include "temporary_folder.h"
 
 namespace wavo {
@@ -154,13 +156,13 @@ class CommaLocale {
         const std::string command =
             "localedef -i de_DE -f UTF-8 " + m_folder.File("de_DE.UTF-8") + " >/dev/null 2>&1";
         if (std::system(command.c_str()) == 0) {
-            ::setenv("LOCPATH", m_folder.path().c_str(), 1);
+            testing::SetVariable("LOCPATH", m_folder.path());
             std::setlocale(LC_ALL, "de_DE.UTF-8");
         }
     }
     ~CommaLocale() {
         std::setlocale(LC_ALL, "C");
-        ::unsetenv("LOCPATH");
+        testing::UnsetVariable("LOCPATH");
     }
     CommaLocale(const CommaLocale&) = delete;
     CommaLocale& operator=(const CommaLocale&) = delete;
@@ -258,7 +260,7 @@ TEST_F(MiniDataEntries, WithoutMemorySettersFailAndTheStoreStaysAsItWas) {
                 ElementsAre("MIniDataSectionT::SetStringEntry(): add_new_entry() failed",
                             "MIniData::SetStringEntry(): add_new_section() failed",
                             "MIniDataSectionT::SetStringEntry(): cannot change entry \"x\""));
-    EXPECT_THAT(m_store.LastErrorText(), "out of memory (Cannot allocate memory)");
+    EXPECT_THAT(m_store.LastErrorText(), "out of memory (" + platform::ErrorText(ENOMEM) + ")");
 }
 
 TEST_F(MiniDataEntries, WithoutMemoryForAnIndexEntriesAreFoundAllTheSame) {

@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QTemporaryDir>
 
+#include "system_facts.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/message_boxes.h"
 #include "view/wavo_view.h"
@@ -25,7 +26,7 @@ WavoGraph TimeGraph(std::uint32_t number) {
 class ViewWithEditor : public ::testing::Test {
  protected:
     ViewWithEditor() {
-        qputenv("XDG_DATA_HOME", m_folder.path().toUtf8());
+        qputenv(testing::kDataHome, m_folder.path().toUtf8());
         qputenv("XDG_RUNTIME_DIR", m_folder.path().toUtf8());
         SetBoxHandler([this](const Box& box) {
             m_boxes.push_back(box.text);
@@ -40,7 +41,7 @@ class ViewWithEditor : public ::testing::Test {
     ~ViewWithEditor() override {
         m_view.reset();
         SetBoxHandler(nullptr);
-        qunsetenv("XDG_DATA_HOME");
+        qunsetenv(testing::kDataHome);
         qunsetenv("XDG_RUNTIME_DIR");
     }
 

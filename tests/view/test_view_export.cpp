@@ -11,6 +11,7 @@
 #include <string>
 
 #include "expect_errors.h"
+#include "system_facts.h"
 #include "temporary_folder.h"
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/controls.h"
@@ -25,8 +26,8 @@ using testing::ExpectErrorLog;
 
 class ViewExport : public ::testing::Test {
  protected:
-    ViewExport() { ::setenv("XDG_DATA_HOME", m_folder.path().c_str(), 1); }
-    ~ViewExport() override { ::unsetenv("XDG_DATA_HOME"); }
+    ViewExport() { testing::SetVariable(testing::kDataHome, m_folder.path()); }
+    ~ViewExport() override { testing::UnsetVariable(testing::kDataHome); }
 
     void ShowGraphWithValues() {
         WavoGraph graph;

@@ -21,6 +21,7 @@
 #include "graph/model/graph_ini_data.h"
 #include "link/wire_format.h"
 #include "platform/message_window.h"
+#include "system_facts.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/message_boxes.h"
 #include "view/wavo_view.h"
@@ -64,7 +65,7 @@ class MasterWindow {
 class View : public ::testing::Test {
  protected:
     View() {
-        qputenv("XDG_DATA_HOME", m_folder.path().toLocal8Bit());
+        qputenv(testing::kDataHome, m_folder.path().toLocal8Bit());
         SetBoxHandler([this](const Box& box) {
             m_boxes.push_back(box.text);
             return BoxAnswer::kOk;

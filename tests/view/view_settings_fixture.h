@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/folders.h"
+#include "system_facts.h"
 #include "temporary_folder.h"
 #include "view/view_settings_file.h"
 
@@ -38,8 +39,8 @@ inline std::string FailedToSave(const std::string& path) {
 /// A data folder and a settings file of one test.
 class ViewSettingsFile : public ::testing::Test {
  protected:
-    ViewSettingsFile() { ::setenv("XDG_DATA_HOME", m_folder.path().c_str(), 1); }
-    ~ViewSettingsFile() override { ::unsetenv("XDG_DATA_HOME"); }
+    ViewSettingsFile() { SetVariable(kDataHome, m_folder.path()); }
+    ~ViewSettingsFile() override { UnsetVariable(kDataHome); }
 
     [[nodiscard]] std::string Path() const { return m_folder.File("wavo.ini"); }
     [[nodiscard]] std::string Text() const { return m_folder.Read("wavo.ini"); }

@@ -45,6 +45,10 @@ std::uint32_t ProcessId() noexcept {
     return static_cast<std::uint32_t>(::getpid());
 }
 
+std::vector<std::string> CommandLineArguments(int argc, char** argv) {
+    return {argv + (argc > 0 ? 1 : 0), argv + argc};
+}
+
 int WatchTerminationRequests() noexcept {
     if (g_descriptor.load() < 0) {
         const int descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);

@@ -79,7 +79,7 @@ void CMainFrame::ConnectView() {
     connect(m_view, &CWavoView::FrameTitleChanged, this, &QWidget::setWindowTitle);
     connect(m_view, &CWavoView::CommandsChanged, this, &CMainFrame::UpdateCommands);
     connect(m_view, &CWavoView::RecentFileOpened, this, [this](const QString& path) {
-        m_recent_files.Add(QFileInfo(path).absoluteFilePath());
+        m_recent_files.Add(QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath()));
         ShowRecentFiles();
     });
     connect(m_view, &CWavoView::QuitRequested, this, [this] {
@@ -231,7 +231,7 @@ void CMainFrame::Customize() {
 }
 
 void CMainFrame::ShowAbout() {
-    CAboutDlg(AboutText(BuiltVersion(), ReadServicePack(InstallRoot())), this).exec();
+    CAboutDlg(AboutText(OwnVersion(), ReadServicePack(InstallRoot())), this).exec();
 }
 
 QString CMainFrame::PaneText(StatusPane pane) const {

@@ -3,11 +3,16 @@
 #include <QSettings>
 
 #include "platform/folders.h"
+#include "platform/version_resource.h"
 #include "support/mini_data.h"
 
 namespace wavo {
 
-VersionData BuiltVersion() {
+VersionData OwnVersion() {
+    if (const auto resource = platform::OwnVersionResource()) {
+        return {resource->product_name, resource->product_version, resource->file_version,
+                resource->file_description, resource->legal_copyright};
+    }
     return {"Wavo", WAVO_VERSION, WAVO_FILE_VERSION, WAVO_DESCRIPTION, WAVO_COPYRIGHT};
 }
 

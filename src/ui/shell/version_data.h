@@ -13,8 +13,9 @@ struct VersionData {
     std::string copyright;
 };
 
-/// The data that this program was built with.
-VersionData BuiltVersion();
+/// The data of this program: from the version resource of its file, where there is one, else what
+/// it was built with.
+VersionData OwnVersion();
 
 /// The folder that the product was installed to, from the machine-wide settings "Velk machine
 /// tools", product "Installation", value "root"; empty when it is not known.

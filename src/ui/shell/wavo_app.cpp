@@ -109,7 +109,8 @@ std::string CWavoApp::FindGraphFile(const QString& name) {
     for (const std::string& path : {given, "DATA" + platform::PathSeparator() + given}) {
         if (QFileInfo(QString::fromStdString(path)).isFile() &&
             QFile(QString::fromStdString(path)).open(QIODevice::ReadOnly)) {
-            return QFileInfo(QString::fromStdString(path)).absoluteFilePath().toStdString();
+            return platform::NativePath(
+                QFileInfo(QString::fromStdString(path)).absoluteFilePath().toStdString());
         }
     }
     ShowErrorBox(activeWindow(), "Can not open file [" + name.toStdString() + "], not exist");

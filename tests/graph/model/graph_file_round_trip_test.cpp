@@ -19,6 +19,7 @@
 #include "expect_errors.h"
 #include "graph_file_fixture.h"
 #include "support/number_text.h"
+#include "system_facts.h"
 
 namespace wavo {
 namespace {
@@ -242,16 +243,16 @@ TEST(GraphFileRoundTrip, ARadiusThatIsNoNumberIsWrittenAsNotSet) {
 class CommaLocale {
  public:
     CommaLocale() : m_previous(std::setlocale(LC_ALL, nullptr)) {
-        ::setenv("LOCPATH", WAVO_TEST_LOCALES, 1);
+        testing::SetVariable("LOCPATH", WAVO_TEST_LOCALES);
         m_set = std::setlocale(LC_ALL, "comma") != nullptr;
         if (!m_set) {
-            ::unsetenv("LOCPATH");
+            testing::UnsetVariable("LOCPATH");
             m_set = std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
         }
     }
     ~CommaLocale() {
         std::setlocale(LC_ALL, m_previous.c_str());
-        ::unsetenv("LOCPATH");
+        testing::UnsetVariable("LOCPATH");
     }
     CommaLocale(const CommaLocale&) = delete;
     CommaLocale& operator=(const CommaLocale&) = delete;

@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 std::vector<fs::path> SampleFiles() {
     std::vector<fs::path> files;
     for (const auto& entry : fs::directory_iterator(WAVO_SAMPLE_GRAPHS)) {
-        files.push_back(entry.path());
+        files.push_back(entry.path().string());
     }
     return files;
 }

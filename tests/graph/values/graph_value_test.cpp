@@ -1,5 +1,6 @@
 #include "graph/values/graph_value.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -14,7 +15,9 @@
 namespace wavo {
 namespace {
 
+using ::testing::DoubleEq;
 using testing::ExpectErrorLog;
+using ::testing::Pointwise;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -150,10 +153,11 @@ TEST(GraphValueTest, DerivedStreamsStartWithAsManyZerosAsTheirOrder) {
         for (const double sample : s) {
             value.SetValue(sample);
         }
-        EXPECT_EQ(Held(value), row.values);
+        // The power of a compiler and that of a library may differ in the last bit.
+        EXPECT_THAT(Held(value), Pointwise(DoubleEq(), row.values));
         GraphValue column("X", t, 2.0, row.order);
         column.SetValues(s.data(), s.size(), 1);
-        EXPECT_EQ(Held(column), row.values);
+        EXPECT_EQ(Held(column), Held(value));
     }
 }
 

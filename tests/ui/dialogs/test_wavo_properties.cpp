@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 
 #include "dialog_driver.h"
+#include "system_facts.h"
 #include "ui/dialogs/choosers.h"
 #include "ui/dialogs/color_field.h"
 #include "ui/dialogs/wavo_properties.h"
@@ -34,7 +35,7 @@ ViewSettings OtherSettings() {
 class Properties : public ::testing::Test {
  protected:
     Properties() {
-        qputenv("XDG_DATA_HOME", m_folder.path().toUtf8());
+        qputenv(testing::kDataHome, m_folder.path().toUtf8());
         SetColorChooser([this](QWidget*, const QColor& initial) {
             asked_colors.push_back(initial);
             return color;
@@ -52,7 +53,7 @@ class Properties : public ::testing::Test {
         SetColorChooser(nullptr);
         SetFontChooser(nullptr);
         SetSaveFileChooser(nullptr);
-        qunsetenv("XDG_DATA_HOME");
+        qunsetenv(testing::kDataHome);
     }
 
     /// What OK leaves when `text` was typed into the control, over other settings.

@@ -23,9 +23,9 @@ TEST(AboutText, NamesAServicePackBehindTheProduct) {
 }
 
 TEST(AboutText, ComesFromTheBuild) {
-    EXPECT_EQ(AboutText(BuiltVersion(), ""), "Wavo " WAVO_TEST_VERSION "\n" WAVO_TEST_VERSION
-                                             ".0 Live signal scope for machine tools\n"
-                                             "Copyright (C) 2026 Velk");
+    EXPECT_EQ(AboutText(OwnVersion(), ""), "Wavo " WAVO_TEST_VERSION "\n" WAVO_TEST_VERSION
+                                           ".0 Live signal scope for machine tools\n"
+                                           "Copyright (C) 2026 Velk");
 }
 
 TEST(ServicePack, IsReadFromTheFileOfTheInstallation) {

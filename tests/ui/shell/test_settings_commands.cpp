@@ -16,6 +16,7 @@
 #include "fake_shared_memory.h"
 #include "graph/model/graph_ini_data.h"
 #include "support/diagnostics.h"
+#include "system_facts.h"
 #include "ui/dialogs/add_text.h"
 #include "ui/dialogs/add_text_controls.h"
 #include "ui/dialogs/choosers.h"
@@ -35,7 +36,7 @@ class SettingsCommands : public ::testing::Test {
  protected:
     SettingsCommands() {
         ResetFakeSharedMemory();
-        for (const char* const name : {"XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_STATE_HOME"}) {
+        for (const char* const name : {"XDG_RUNTIME_DIR", testing::kDataHome, "XDG_STATE_HOME"}) {
             qputenv(name, m_folder.path().toUtf8());
         }
         m_frame = std::make_unique<CMainFrame>();

@@ -34,7 +34,9 @@ class GraphFileOfTheCommandLine : public ::testing::Test {
         QDir::setCurrent(m_before);
     }
     [[nodiscard]] std::string Path(const char* name) const {
-        return QDir(QDir::currentPath()).filePath(QString::fromLatin1(name)).toStdString();
+        return QDir::toNativeSeparators(
+                   QDir(QDir::currentPath()).filePath(QString::fromLatin1(name)))
+            .toStdString();
     }
 
     const QString m_before = QDir::currentPath();

@@ -1,0 +1,13 @@
+# GoogleTest: the one that is installed, else built from the sources that Debian installs with it.
+find_package(GTest QUIET)
+if(NOT GTest_FOUND)
+  set(WAVO_GTEST_SOURCES /usr/src/googletest CACHE PATH "Where GoogleTest's sources are")
+  set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+  set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
+  add_subdirectory(${WAVO_GTEST_SOURCES} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+  foreach(library gtest gmock)
+    if(NOT TARGET GTest::${library})
+      add_library(GTest::${library} ALIAS ${library})
+    endif()
+  endforeach()
+endif()

@@ -1,0 +1,9 @@
+#include "platform/version_resource.h"
+
+namespace wavo::platform {
+
+std::optional<VersionResource> OwnVersionResource() {
+    return std::nullopt;
+}
+
+}  // namespace wavo::platform

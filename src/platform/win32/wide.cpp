@@ -1,0 +1,38 @@
+#include "platform/win32/wide.h"
+
+#include <windows.h>
+
+namespace wavo::platform {
+
+std::wstring Wide(std::string_view text) {
+    if (text.empty()) {
+        return {};  // the call takes that for a fault, and would set the last error
+    }
+    const int size = static_cast<int>(text.size());
+    const int length = ::MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(length), L'\0');
+    ::MultiByteToWideChar(CP_UTF8, 0, text.data(), size, wide.data(), length);
+    return wide;
+}
+
+std::string Utf8(std::wstring_view text) {
+    if (text.empty()) {
+        return {};
+    }
+    const int size = static_cast<int>(text.size());
+    const int length =
+        ::WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
+    std::string utf8(static_cast<std::size_t>(length), '\0');
+    ::WideCharToMultiByte(CP_UTF8, 0, text.data(), size, utf8.data(), length, nullptr, nullptr);
+    return utf8;
+}
+
+bool HasNul(std::string_view text) noexcept {
+    if (text.find('\0') == std::string_view::npos) {
+        return false;
+    }
+    ::SetLastError(ERROR_INVALID_NAME);
+    return true;
+}
+
+}  // namespace wavo::platform

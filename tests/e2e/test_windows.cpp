@@ -1,0 +1,96 @@
+// What only Windows has: loops of its own while a menu is open, and a screen to look at.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPixmap>
+#include <QProcess>
+#include <QScreen>
+#include <set>
+
+#include "viewer_fixture.h"
+
+namespace wavo::testing {
+namespace {
+
+using ::testing::IsEmpty;
+
+class Windows : public Viewer {
+ protected:
+    [[nodiscard]] HWND FrameWindow() const { return reinterpret_cast<HWND>(m_frame->winId()); }
+
+    static bool IsMenuOpen() {
+        GUITHREADINFO info{};
+        info.cbSize = sizeof info;
+        return ::GetGUIThreadInfo(::GetCurrentThreadId(), &info) != 0 &&
+               (info.flags & GUI_INMENUMODE) != 0;
+    }
+};
+
+TEST_F(Windows, LinesAreTakenAndAnsweredWhileAMenuOfTheSystemIsOpen) {
+    DemoMaster master({"--motion", "circle"});
+    Open({"X"});
+    ASSERT_TRUE(WaitForLines(200));
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    QObject::connect(&View(), &CWavoView::BatchShown, m_frame.get(), [&](quint64 total) {
+        if (!IsMenuOpen()) {
+            return;
+        }
+        first = first == 0 ? total : first;
+        last = total;
+        if (last >= first + 300) {
+            ::SendMessageW(FrameWindow(), WM_CANCELMODE, 0, 0);
+        }
+    });
+    // The system's own loop runs inside this wait, until the menu is closed.
+    ::PostMessageW(FrameWindow(), WM_SYSCOMMAND, SC_KEYMENU, ' ');
+    ASSERT_TRUE(WaitFor([&] { return first != 0 && last >= first + 300; }));
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+    const auto totals = master.End();
+    ASSERT_TRUE(totals);
+    EXPECT_EQ(totals->batches_answered, Cycle().BatchesAnswered());
+    EXPECT_EQ(totals->overruns, 0U);
+}
+
+TEST_F(Windows, ThePictureOfTheScreenShowsTheViewerWithMovingCurves) {
+    DemoMaster master({"--recording", RecordingPath("circle_xy_r50"), "--loop", "0"});
+    QProcess viewer;
+    viewer.setProcessChannelMode(QProcess::ForwardedChannels);
+    viewer.start(QStringLiteral(WAVO_VIEWER),
+                 {QStringLiteral(WAVO_RECORDINGS "/../graphs/circle.ini")});
+    ASSERT_TRUE(viewer.waitForStarted());
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return master.Output().contains(QStringLiteral("connected")); }, 20000));
+    QTest::qWait(8000);  // most of a time range
+    const auto screen = [] {
+        return QGuiApplication::primaryScreen()->grabWindow(0).toImage().convertToFormat(
+            QImage::Format_RGB32);
+    };
+    const QImage first = screen();
+    QTest::qWait(300);
+    const QImage second = screen();
+    viewer.terminate();
+    EXPECT_TRUE(viewer.waitForFinished(20000));
+    EXPECT_EQ(viewer.exitCode(), 0);
+
+    QDir().mkpath(QStringLiteral(WAVO_SCREENSHOTS));
+    EXPECT_TRUE(first.save(QStringLiteral(WAVO_SCREENSHOTS "/windows.png")));
+    std::set<QRgb> colours;
+    for (int y = 0; y < first.height(); ++y) {
+        for (int x = 0; x < first.width(); ++x) {
+            colours.insert(first.pixel(x, y));
+        }
+    }
+    // One curve of each graph of the file.
+    EXPECT_TRUE(colours.contains(qRgb(255, 96, 96)));
+    EXPECT_TRUE(colours.contains(qRgb(96, 230, 112)));
+    EXPECT_TRUE(colours.contains(qRgb(255, 200, 64)));
+    EXPECT_NE(first, second) << "the curves move";
+}
+
+}  // namespace
+}  // namespace wavo::testing

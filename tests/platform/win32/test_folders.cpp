@@ -1,0 +1,106 @@
+// Standard folders, and the number and words of the last error, on Windows.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "platform/folders.h"
+#include "platform/last_error.h"
+#include "platform/version_resource.h"
+#include "platform/win32/wide.h"
+#include "support/temporary_folder.h"
+#include "system_facts.h"
+
+namespace wavo::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::kDataHome;
+using testing::SetVariable;
+using testing::TemporaryFolder;
+using testing::UnsetVariable;
+
+class Folders : public ::testing::Test {
+ protected:
+    Folders() { SetVariable(kDataHome, m_base.path()); }
+    ~Folders() override { UnsetVariable(kDataHome); }
+
+    const TemporaryFolder m_base;
+};
+
+TEST_F(Folders, DataFolderIsTheMakersInTheChosenFolderAndIsCreated) {
+    EXPECT_EQ(DataFolder(), m_base.path() + "\\Velk");
+    EXPECT_TRUE(fs::is_directory(m_base.path() + "\\Velk"));
+    EXPECT_EQ(DataFolder(), m_base.path() + "\\Velk") << "a second time, when it exists";
+}
+
+TEST_F(Folders, LogsLieInTheDataFolder) {
+    EXPECT_EQ(StateFolder(), m_base.path() + "\\Velk\\logs");
+    EXPECT_TRUE(fs::is_directory(m_base.path() + "\\Velk\\logs"));
+}
+
+TEST_F(Folders, AFileInThePlaceOfTheFolderIsAFailure) {
+    std::ofstream(m_base.path() + "\\Velk") << "in the way";
+    EXPECT_EQ(DataFolder(), "");
+    EXPECT_EQ(LastError(), ERROR_DIRECTORY);
+    EXPECT_EQ(StateFolder(), "");
+}
+
+TEST_F(Folders, AChosenFolderMayHaveAnyName) {
+    const std::string name = m_base.path() + "\\\xC3\xA4 \xE6\x97\xA5";
+    ASSERT_NE(::CreateDirectoryW(Wide(name).c_str(), nullptr), 0);
+    ASSERT_NE(::SetEnvironmentVariableW(Wide(kDataHome).c_str(), Wide(name).c_str()), 0);
+    EXPECT_EQ(DataFolder(), name + "\\Velk");
+}
+
+TEST_F(Folders, ElseTheDataFolderIsThatOfAllUsers) {
+    UnsetVariable(kDataHome);
+    const std::string common = DataFolder();
+    SetVariable(kDataHome, "relative");
+    EXPECT_EQ(DataFolder(), common) << "a relative path counts as not set";
+    EXPECT_TRUE(common.ends_with("ProgramData\\Velk")) << common;
+}
+
+TEST(Paths, HaveBackslashes) {
+    EXPECT_EQ(PathSeparator(), "\\");
+    EXPECT_EQ(NativePath("a/b\\c/d.ini"), "a\\b\\c\\d.ini");
+}
+
+TEST(LastError, IsWhatTheLastFailedCallLeftAndIsKeptOverAScope) {
+    SetLastError(ERROR_DISK_FULL);
+    {
+        const LastErrorKeeper keep;
+        EXPECT_EQ(::GetFileAttributesW(L"C:\\no such file"), INVALID_FILE_ATTRIBUTES);
+        EXPECT_EQ(LastError(), ERROR_FILE_NOT_FOUND);
+    }
+    EXPECT_EQ(LastError(), ERROR_DISK_FULL);
+}
+
+TEST(LastError, HasWordsForEveryNumber) {
+    for (const int number : {-1, 0, 2, 5, 87, 99999}) {
+        SetLastError(ERROR_DISK_FULL);
+        const std::string text = ErrorText(number);
+        EXPECT_FALSE(text.empty());
+        EXPECT_GT(text.back(), ' ') << text;
+        EXPECT_EQ(text.find('\n'), std::string::npos);
+        EXPECT_EQ(LastError(), ERROR_DISK_FULL);
+    }
+    EXPECT_EQ(ErrorText(99999), "error 99999");
+}
+
+TEST(Wide, GoesThereAndBack) {
+    const std::string text = "a\xC3\xA4\xE6\x97\xA5\xF0\x9F\x98\x80";
+    EXPECT_EQ(Utf8(Wide(text)), text);
+    EXPECT_EQ(Wide(text), L"a\u00e4\u65e5\xD83D\xDE00");
+    EXPECT_EQ(Utf8(Wide("")), "");
+    EXPECT_EQ(Wide("\xFF"), L"\xFFFD");
+}
+
+TEST(VersionResource, IsMissingInAProgramThatWasBuiltWithoutOne) {
+    EXPECT_FALSE(OwnVersionResource());
+}
+
+}  // namespace
+}  // namespace wavo::platform

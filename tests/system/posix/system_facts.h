@@ -1,0 +1,28 @@
+// What tests have to know of the system that they run on.
+#pragma once
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+
+namespace wavo::testing {
+
+/// The environment variable below whose folder the data folder lies.
+inline constexpr char kDataHome[] = "XDG_DATA_HOME";
+
+/// The toolkit's platform for end-to-end tests: the windows need no display.
+inline constexpr char kEndToEndPlatform[] = "offscreen";
+
+/// Numbers that the system gives, and platform::LastError() tells.
+inline constexpr int kFileExists = EEXIST;
+inline constexpr int kNoSuchFolder = ENOENT;
+inline constexpr int kIsAFolder = EISDIR;
+
+inline void SetVariable(const char* name, const std::string& value) {
+    ::setenv(name, value.c_str(), 1);
+}
+inline void UnsetVariable(const char* name) {
+    ::unsetenv(name);
+}
+
+}  // namespace wavo::testing

@@ -1,0 +1,28 @@
+// What tests have to know of the system that they run on.
+#pragma once
+
+#include <cstdlib>
+#include <string>
+
+namespace wavo::testing {
+
+/// The environment variable below whose folder the data folder lies.
+inline constexpr char kDataHome[] = "WAVO_DATA_HOME";
+
+/// The toolkit's platform for end-to-end tests: a program without real windows could not be asked
+/// to end.
+inline constexpr char kEndToEndPlatform[] = "windows";
+
+/// Numbers that the system gives, and platform::LastError() tells.
+inline constexpr int kFileExists = 80;
+inline constexpr int kNoSuchFolder = 3;
+inline constexpr int kIsAFolder = 5;
+
+inline void SetVariable(const char* name, const std::string& value) {
+    ::_putenv_s(name, value.c_str());
+}
+inline void UnsetVariable(const char* name) {
+    ::_putenv_s(name, "");
+}
+
+}  // namespace wavo::testing

@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Runs a command whose Windows programs run under Wine:
+#
+#   tools/windows/with-wine.sh ctest --preset windows
+#
+# The command gets a display of its own and one Wine server for all its programs: a server per
+# program would cost some seconds each. Wine's folder is build/wine, made at first use.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+export WINEPREFIX=${WAVO_WINE_FOLDER:-$PWD/build/wine}
+export WINEDEBUG=${WINEDEBUG:--all}
+# Wine keeps variables of Qt to itself and hands WINEQT_x on as QT_x. The platform for tests finds
+# its fonts in a folder; what Qt and its tests say goes to standard error.
+export WINEQT_QPA_FONTDIR=Z:/usr/share/fonts/truetype/dejavu
+export WINEQT_FORCE_STDERR_LOGGING=1
+mkdir -p "$(dirname "$WINEPREFIX")"
+
+if [ ! -f "$WINEPREFIX/.wavo-ready" ]; then
+    echo "==> Making Wine's folder"
+    # Windows draw their own frames: there is no window manager.
+    xvfb-run -a sh -c '
+        wine wineboot -i &&
+        wine reg add "HKCU\\Software\\Wine\\X11 Driver" /v Managed /d N /f' >/dev/null 2>&1
+    wineserver -w
+    touch "$WINEPREFIX/.wavo-ready"
+fi
+wineserver -w  # the last display may still be in use
+status=0
+xvfb-run -a -s "-screen 0 1280x1024x24" sh -c '
+    wineserver -p
+    wine cmd /c exit >/dev/null 2>&1 </dev/null
+    status=0
+    "$@" || status=$?
+    wineserver -k
+    exit $status' sh "$@" || status=$?
+wineserver -w
+exit $status
