@@ -39,10 +39,28 @@ constexpr Action kActions[] = {
     {kYMaximum, "60"},    {kAutoCircle},      {kXAutomatic},
     {kXManual},           {kXMaximum, "70"},  {kInnerCircle, "25"},
     {kOuterCircle, "50"}, {kInnerCircle, ""}, {kFadeOutTime, "0.5"},
-    {kAutoCircle},        {kXIsTime},         {kGraphNumber, "3"},
-    {kYAxis, "Y"},        {kAddYAxis},        {kXTime},
-    {kDeleteGraph},
+    {kAutoCircle},        {kXIsTime},
 };
+/// A graph comes and goes.
+constexpr Action kActionsOfANewGraph[] = {
+    {kGraphNumber, "3"}, {kYAxis, "Y"}, {kAddYAxis}, {kXTime}, {kDeleteGraph},
+};
+
+/// A record without what the drawing derives from the values.
+WavoGraph WithoutFoundRanges(WavoGraph graph) {
+    std::vector<ScaleDefinition*> scales{&graph.XScale};
+    for (ScaleDefinition& scale : graph.YScales) {
+        scales.push_back(&scale);
+    }
+    for (ScaleDefinition* const scale : scales) {
+        if (scale->ScaleAx == ScaleAxCode::kAutomatic) {
+            scale->Minimum = 0.0;
+            scale->Maximum = 0.0;
+        }
+    }
+    graph.InnerGuidingCircleDY = graph.OuterGuidingCircleDY = 0.0;
+    return graph;
+}
 
 class Editing : public Viewer {
  protected:
@@ -70,6 +88,24 @@ class Editing : public Viewer {
         }
     }
 
+    /// Does it, sees it drawn at once, and waits for the next values.
+    void DoAndSee(const Action& action) {
+        SCOPED_TRACE(std::to_string(static_cast<int>(action.control)) + " " +
+                     (action.text == nullptr ? "" : action.text));
+        Do(action);
+        QApplication::sendPostedEvents(&View());
+        const std::vector<WavoGraph> drawn = Drawn();
+        const std::vector<WavoGraph>& defined = View().Board().Graphs();
+        ASSERT_EQ(drawn.size(), defined.size());
+        for (std::size_t i = 0; i < drawn.size(); ++i) {
+            EXPECT_EQ(WithoutFoundRanges(drawn[i]), WithoutFoundRanges(defined[i]));
+        }
+        const std::uint64_t before = Cycle().TotalLines();
+        ASSERT_TRUE(WaitForLines(std::min(before + 1, kLines)));
+    }
+
+    static constexpr std::uint64_t kLines = 6000;
+
     /// The records that are drawn.
     std::vector<WavoGraph> Drawn() {
         std::vector<WavoGraph> graphs;
@@ -81,7 +117,6 @@ class Editing : public Viewer {
 };
 
 TEST_F(Editing, EveryChangeIsDrawnAtOnceAndNoLineIsLost) {
-    constexpr std::uint64_t kLines = 6000;
     const std::vector<std::vector<double>> recorded = ReadRecording("circle_xy_r50", {"X"});
     DemoMaster master({"--recording", RecordingPath("circle_xy_r50"), "--axes", "X,Y", "--lines",
                        QString::number(kLines), "--wait-viewer", "--stay"});
@@ -93,13 +128,14 @@ TEST_F(Editing, EveryChangeIsDrawnAtOnceAndNoLineIsLost) {
     });
     ASSERT_TRUE(WaitForLines(100));
     for (const Action& action : kActions) {
-        SCOPED_TRACE(std::to_string(static_cast<int>(action.control)) + " " +
-                     (action.text == nullptr ? "" : action.text));
-        Do(action);
-        QApplication::sendPostedEvents(&View());
-        EXPECT_EQ(Drawn(), View().Board().Graphs());
-        const std::uint64_t before = Cycle().TotalLines();
-        ASSERT_TRUE(WaitForLines(std::min(before + 1, kLines)));
+        DoAndSee(action);
+    }
+    {
+        const ExpectAnyErrorLog without_an_axis;
+        for (const Action& action : kActionsOfANewGraph) {
+            DoAndSee(action);
+        }
+        EXPECT_TRUE(without_an_axis.Saw("GraphDraw::DrawGraph(): invalid size of m_pLinesY"));
     }
     // All that was changed for good.
     ASSERT_EQ(Drawn().size(), 2U);

@@ -120,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(All, SavedRecordings,
 
 TEST_F(Saving, ThatIsCancelledKeepsItsRowsAndTheLink) {
     DemoMaster master({"--recording", RecordingPath("helix_4axis"), "--cycle", "0.0001", "--axes",
-                       "X_cmd,Y_cmd,Z_cmd,A_cmd,X,Y,Z,A,F"});
+                       "X_cmd,Y_cmd,Z_cmd,A_cmd,X,Y,Z,A,F", "--fifo-lines", "100000"});
     OpenAllAxes();
     ASSERT_TRUE(WaitForLines(15000));
     View().Execute(CommandId::kStop);
@@ -164,8 +164,8 @@ TEST_F(Saving, ThatIsCancelledKeepsItsRowsAndTheLink) {
 
 TEST_F(Saving, EndsWithTheProgramWhenTheMasterQuits) {
     DemoMaster master({"--recording", RecordingPath("helix_4axis"), "--cycle", "0.0001", "--axes",
-                       "X_cmd,Y_cmd,Z_cmd,A_cmd,X,Y,Z,A,F", "--fault", "quit", "--fault-after",
-                       "40000"});
+                       "X_cmd,Y_cmd,Z_cmd,A_cmd,X,Y,Z,A,F", "--fifo-lines", "100000", "--fault",
+                       "quit", "--fault-after", "40000"});
     OpenAllAxes();
     ASSERT_TRUE(WaitForLines(15000));
     View().Execute(CommandId::kStop);
