@@ -18,7 +18,6 @@ Viewer::~Viewer() {
 }
 
 void Viewer::Open(const std::vector<std::string>& axes, double time_range) {
-    m_frame = std::make_unique<CMainFrame>();
     std::vector<WavoGraph> graphs;
     for (const std::string& axis : axes) {
         WavoGraph graph;
@@ -26,6 +25,11 @@ void Viewer::Open(const std::vector<std::string>& axes, double time_range) {
         graph.XScale.TimeRange = time_range;
         graphs.push_back(graph);
     }
+    OpenWith(graphs);
+}
+
+void Viewer::OpenWith(const std::vector<WavoGraph>& graphs) {
+    m_frame = std::make_unique<CMainFrame>();
     const std::string file = WriteGraphFile(graphs);
     m_frame->show();
     View().OnInitialUpdate(file);

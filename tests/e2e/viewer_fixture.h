@@ -26,6 +26,8 @@ class Viewer : public ::testing::Test {
     /// Makes a frame with a graph of each axis (derivation 0) that holds `time_range` seconds, and
     /// does its first update.
     void Open(const std::vector<std::string>& axes, double time_range = 10.0);
+    /// The same with these graphs.
+    void OpenWith(const std::vector<WavoGraph>& graphs);
     void Close() { m_frame.reset(); }
 
     CWavoView& View() { return m_frame->View(); }

@@ -241,7 +241,7 @@ void CAxSelect::Close() {
 }
 
 std::uint32_t CAxSelect::SelectedNumber() const {
-    return static_cast<std::uint32_t>(std::max(0, ReadInteger(Text(kGraphNumber))));
+    return ReadUnsigned(Text(kGraphNumber));
 }
 
 WavoGraph* CAxSelect::Find(std::uint32_t graph_number) const {
@@ -292,9 +292,9 @@ void CAxSelect::SelectGraph() {
     }
     if (const WavoGraph* const graph = Find(number)) {
         Show(*graph, 0);
-        return;
+    } else if (number != kNoGraph) {
+        CreateGraph(number);
     }
-    CreateGraph(number);
 }
 
 void CAxSelect::CreateGraph(std::uint32_t number) {

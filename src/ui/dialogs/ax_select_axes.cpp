@@ -100,6 +100,7 @@ void CAxSelect::OnYAxis() {
     if (!axis.has_value()) {
         m_color_index = -1;  // the colour that the axis would get
         ShowColor();
+        ShowTriggerState(false);
         return;
     }
     Show(*graph, *axis);

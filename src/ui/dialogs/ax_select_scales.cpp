@@ -230,7 +230,9 @@ void CAxSelect::SetMode(GraphMode mode) {
         graph.Mode = mode;
         return true;
     });
-    SelectGraph();
+    if (Selected() != nullptr) {
+        SelectGraph();
+    }
 }
 
 void CAxSelect::SetModeAx(AxisDrawMode mode) {

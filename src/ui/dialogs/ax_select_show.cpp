@@ -84,9 +84,11 @@ void CAxSelect::ShowCoordinates(const WavoGraph& graph, std::size_t axis) {
     } else if (x_is_axis || Text(kDerivation).empty()) {
         SetText(kDerivation, QStringLiteral("0"));
     }
-    SetText(kTriggerState, TriggerOf(graph, axis).TriggerType == TriggerTypeCode::kNone
-                               ? QStringLiteral("not defined")
-                               : QStringLiteral("defined"));
+    ShowTriggerState(TriggerOf(graph, axis).TriggerType != TriggerTypeCode::kNone);
+}
+
+void CAxSelect::ShowTriggerState(bool is_defined) {
+    SetText(kTriggerState, is_defined ? QStringLiteral("defined") : QStringLiteral("not defined"));
 }
 
 void CAxSelect::ShowScales(const WavoGraph& graph, std::size_t axis) {
@@ -173,7 +175,7 @@ void CAxSelect::ShowTakenNumber(EditorControl id) {
     const bool x_manual = graph->XScale.ScaleType == ScaleTypeCode::kAxis &&
                           graph->XScale.ScaleAx == ScaleAxCode::kManual;
     const bool y_manual = y_scale != nullptr && y_scale->ScaleAx == ScaleAxCode::kManual;
-    if (id == kTimeRange && graph->XCoorType == CoorType::kTime) {
+    if (id == kTimeRange && graph->XCoorType == CoorType::kTime && !m_zoomed) {
         show(graph->XScale.TimeRange, 3);
     } else if (id == kFadeOutTime) {
         show(graph->FadeOutTime, 3);

@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <algorithm>
 
 #include "ui/dialogs/color_field.h"
 #include "ui/dialogs/control_table.h"
@@ -24,6 +25,7 @@ constexpr char kWidestBound[] = "-100000000.000000";
 constexpr char kWidestTime[] = "1000.000";
 constexpr int kAxisCharacters = 5;
 constexpr int kGraphNumberCharacters = 2;
+constexpr int kRowsOfGroup = 4;
 constexpr int kSpacing = 3;
 /// Pixels that an edit and a button keep around their text.
 constexpr int kEditFrame = 12;
@@ -142,7 +144,13 @@ QGroupBox* EditorStrip::MakeGroup(const char* title, QGridLayout*& grid) {
     grid->setContentsMargins(kSpacing + 2, kSpacing, kSpacing + 2, kSpacing);
     grid->setHorizontalSpacing(kSpacing + 1);
     grid->setVerticalSpacing(2);
-    for (int row = 0; row < 4; ++row) {
+    // All groups have the same rows, so that controls beside each other stand on one line.
+    using enum EditorControl;
+    const int height =
+        std::max({Control(kGraphNumber)->sizeHint().height(),
+                  Control(kDerivation)->sizeHint().height(), Control(kClose)->sizeHint().height()});
+    for (int row = 0; row < kRowsOfGroup; ++row) {
+        grid->setRowMinimumHeight(row, height);
         grid->setRowStretch(row, 1);
     }
     return group;

@@ -36,6 +36,8 @@ class RecordingView : public QObject {
     bool event(QEvent* event) override;
     /// What came since the last call; posted messages are delivered first.
     std::vector<std::string> Take();
+    /// What came so far without those that are posted and wait.
+    [[nodiscard]] const std::vector<std::string>& Arrived() const { return m_messages; }
 
  private:
     std::vector<std::string> m_messages;

@@ -1,6 +1,8 @@
 // What every control of the graph editor does, as tables.
 #pragma once
 
+#include <QColor>
+#include <cstddef>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -24,15 +26,24 @@ struct Row {
     Edit after;  ///< what the inputs make of that; null for nothing
     std::vector<std::string> messages;
     std::vector<std::string> traces;
+    /// Entries of the error log.
+    std::vector<std::string> errors = {};
+    std::size_t graphs = 1;  ///< how many there are then; the first of them is `after`
 };
 
 inline void PrintTo(const Row& row, std::ostream* out) {
     *out << row.name;
 }
 
+/// What the dialogs answer that the inputs open.
+inline const QColor kChosenColor(1, 2, 3);
+inline const TriggerEntry kChosenTrigger{TriggerTypeCode::kStopBelow, -2.5, "X"};
+
+/// The controls of the graph, of its y axes and of the display.
+std::vector<Row> GraphRows();
 /// The controls of the coordinates and of the modes.
 std::vector<Row> CoordinateRows();
-/// The controls of scales, circles and display.
+/// The controls of scales and circles.
 std::vector<Row> ScaleRows();
 
 }  // namespace wavo::testing

@@ -137,6 +137,20 @@ std::vector<Row> CoordinateRows() {
          {"591 1"},
          {kHandler + "RadioModePoints(): graph data changed, mode is points"}},
         {"PointsAsItIs", AxisGraph, nullptr, {{kPoints}}, nullptr, {}, {}},
+        {"ClassicAsItIs",
+         TimeGraph,
+         [](WavoGraph& g) { g.Mode = GraphMode::kClassic; },
+         {{kClassic}},
+         nullptr,
+         {},
+         {}},
+        {"LinesAsTheyAre",
+         AxisGraph,
+         [](WavoGraph& g) { g.ModeAx = AxisDrawMode::kLines; },
+         {{kLines}},
+         nullptr,
+         {},
+         {}},
 
         {"XAxis",
          AxisGraph,
@@ -147,27 +161,6 @@ std::vector<Row> CoordinateRows() {
          {"CAxSelect::SetNewAxXCoor(): graph data changed, x-coor.is axis [Z]"}},
         {"XAxisThatTheMasterDoesNotHave", AxisGraph, nullptr, {{kXAxis, "Q"}}, nullptr, {}, {}},
         {"XAxisOfATimeGraph", TimeGraph, nullptr, {{kXAxis, "Z"}}, nullptr, {}, {}},
-
-        {"Delete",
-         TimeGraph,
-         nullptr,
-         {{kYAxis, "X"}, {kDerivation, "1"}, {kDeleteYAxis}},
-         [](WavoGraph& g) {
-             g.YCoorAxName = {"X", "Y"};
-             g.YCoorAxColor = {0x0000FF, 0xFF0000};
-             g.YCoorAxDerivation = {0, 0};
-             g.Triggers.pop_back();
-             g.YScales.erase(g.YScales.begin() + 1);
-         },
-         {"591 1"},
-         {kHandler + "ButtonYcoorDel(): graph data erased, axis [X']"}},
-        {"DeleteAnAxisThatTheGraphDoesNotShow",
-         TimeGraph,
-         nullptr,
-         {{kYAxis, "Y"}, {kDerivation, "1"}, {kDeleteYAxis}},
-         nullptr,
-         {},
-         {}},
     };
 }
 

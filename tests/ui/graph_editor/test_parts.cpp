@@ -111,6 +111,31 @@ TEST_F(EditorParts, AllGroupsStandInOneRowOnASmallScreen) {
     EXPECT_EQ(m_editor->heightForWidth(1366), m_editor->heightForWidth(4000));
 }
 
+/// Height of the middle of a control in the strip.
+int MiddleOf(const QWidget& strip, const QWidget& control) {
+    return control.mapTo(&strip, control.rect().center()).y();
+}
+
+TEST_F(EditorParts, ControlsOfAllGroupsStandOnTheSameLines) {
+    Begin({TimeGraph()});
+    m_editor->resize(1366, m_editor->heightForWidth(1366));
+    const std::vector<std::vector<EditorControl>> lines = {
+        {kGraphNumber, kXIsTime, kXIsAxis, kYAxis, kColor, kAddYAxis, kXTime, kTimeRange,
+         kYAutomatic, kAutoCircle, kZeroLines},
+        {kDeleteGraph, kXAxis, kDerivation, kDeleteYAxis, kXAutomatic, kAllGraphs, kYManual,
+         kInnerCircle, kZoomEnable},
+        {kSaveValues, kClassic, kContinuity, kYAxes, kXManual, kXMinimum, kYMinimum, kOuterCircle,
+         kZoomOut},
+        {kClose, kLines, kPoints, kTrigger, kTriggerState, kXMaximum, kYMaximum, kFadeOutTime},
+    };
+    for (const std::vector<EditorControl>& line : lines) {
+        const int middle = MiddleOf(*m_editor, Get(line.front()));
+        for (const EditorControl id : line) {
+            EXPECT_NEAR(MiddleOf(*m_editor, Get(id)), middle, 1) << static_cast<int>(id);
+        }
+    }
+}
+
 TEST(FlowLayoutTest, BreaksRowsAndSharesWhatIsLeft) {
     QWidget window;
     auto* const flow = new FlowLayout(&window);

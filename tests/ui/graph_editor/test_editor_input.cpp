@@ -1,0 +1,105 @@
+// The graph editor under input that is out of the ordinary: huge numbers, the keyboard, lists that
+// change beneath it.
+#include <QLineEdit>
+#include <QRadioButton>
+
+#include "editor_fixture.h"
+
+namespace wavo {
+namespace {
+
+using enum EditorControl;
+using testing::AxisGraph;
+using testing::Describe;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::TimeGraph;
+
+using EditorInput = testing::EditorFixture;
+
+TEST_F(EditorInput, AGraphOfTheHighestNumberIsEditedLikeAnyOther) {
+    Begin({TimeGraph(3000000000U), TimeGraph(2)});
+    Click(kZeroLines);
+    EXPECT_FALSE(m_graphs[0].ZeroLines);
+    EXPECT_THAT(m_view.Take(), ElementsAre("591 3000000000"));
+    Type(kGraphNumber, "2");
+    EXPECT_EQ(SendAppMessage(m_editor.get(), AppMessage::kSelectGraph, 0, 3000000000), 1);
+    EXPECT_EQ(Text(kGraphNumber), "3000000000");
+    EXPECT_FALSE(IsChecked(kZeroLines));
+    EXPECT_EQ(m_graphs.size(), 2U);
+    Click(kDeleteGraph);
+    EXPECT_EQ(m_graphs.size(), 1U);
+    EXPECT_THAT(Entries(kGraphNumber), ElementsAre("2"));
+}
+
+TEST_F(EditorInput, TheNumberThatMeansNoGraphMakesNone) {
+    Begin({TimeGraph(1)});
+    for (const char* const text : {"4294967295", "99999999999"}) {
+        Type(kGraphNumber, text);
+        EXPECT_EQ(m_graphs.size(), 1U) << text;
+    }
+    EXPECT_THAT(m_view.Take(), IsEmpty());
+}
+
+TEST_F(EditorInput, NoControlMakesAGraphAnewThatHasGone) {
+    Begin({TimeGraph(1)});
+    m_graphs.clear();
+    for (const EditorControl id : {kClassic, kContinuity, kXIsAxis, kZeroLines}) {
+        Click(id);
+        EXPECT_EQ(m_graphs.size(), 0U) << static_cast<int>(id);
+    }
+    EXPECT_THAT(m_view.Take(), IsEmpty());
+}
+
+TEST_F(EditorInput, ChangesArePostedAndTheRestIsSent) {
+    Begin({TimeGraph(1)});
+    m_editor->SetAcquisitionRuns(false);
+    Click(kZoomOut);
+    Click(kSaveValues);
+    Click(kClose);
+    EXPECT_THAT(m_view.Arrived(), ElementsAre("593 1", "592 1", "590"));
+    Click(kZeroLines);
+    EXPECT_THAT(m_view.Arrived(), ElementsAre("593 1", "592 1", "590"));
+    EXPECT_THAT(m_view.Take(), ElementsAre("593 1", "592 1", "590", "591 1"));
+}
+
+TEST_F(EditorInput, TheTimeOfAZoomStaysWhenItsEditLosesTheKeyboard) {
+    Begin({TimeGraph(1)});
+    m_editor->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_editor.get()));
+    Get(kTimeRange).setFocus();
+    const GraphAndTime zoom{1, 0.5};
+    SendAppMessage(m_editor.get(), AppMessage::kSelectGraphAndTime, 0,
+                   reinterpret_cast<std::int64_t>(&zoom));
+    m_editor->SetZoomed(true);
+    EXPECT_FALSE(Get(kTimeRange).hasFocus());
+    EXPECT_EQ(Text(kTimeRange), "0.500");
+}
+
+TEST_F(EditorInput, TheArrowKeysOperateRadiosLikeAClick) {
+    Begin({TimeGraph(1)});
+    m_editor->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_editor.get()));
+    Get(kContinuity).setFocus();
+    QTest::keyClick(&Get(kContinuity), Qt::Key_Left);
+    EXPECT_TRUE(IsChecked(kClassic));
+    EXPECT_EQ(m_graphs[0].Mode, GraphMode::kClassic);
+    EXPECT_THAT(m_view.Take(), ElementsAre("591 1"));
+    Get(kYManual).setFocus();
+    QTest::keyClick(&Get(kYManual), Qt::Key_Up);
+    EXPECT_EQ(m_graphs[0].YScales[0].ScaleAx, ScaleAxCode::kAutomatic);
+}
+
+TEST_F(EditorInput, AnAxisThatTheGraphDoesNotShowHasNoTrigger) {
+    WavoGraph graph = TimeGraph();
+    graph.Triggers[0] = {TriggerTypeCode::kStopAbove, 1.0, "X"};
+    Begin({graph});
+    EXPECT_EQ(Text(kTriggerState), "defined");
+    Type(kYAxis, "Z");
+    EXPECT_EQ(Text(kTriggerState), "not defined");
+    Type(kYAxis, "X");
+    EXPECT_EQ(Text(kTriggerState), "defined");
+}
+
+}  // namespace
+}  // namespace wavo
