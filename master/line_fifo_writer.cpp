@@ -98,6 +98,17 @@ bool LineFifoWriter::ReaderAttached() const {
                                 .load(std::memory_order_relaxed) != 0;
 }
 
+bool LineFifoWriter::IsIntact() const {
+    const auto holds = [this](std::size_t offset, std::uint64_t value) {
+        return Field(m_segment, offset).load(std::memory_order_relaxed) == value;
+    };
+    return m_segment && m_segment.State() == platform::SegmentState::kWhole &&
+           holds(offsetof(LineFifoHeader, line_size), m_line_size) &&
+           holds(offsetof(LineFifoHeader, line_count), m_line_count) &&
+           holds(offsetof(LineFifoHeader, write_index), m_write_index) &&
+           ReadIndex() < m_line_count;
+}
+
 void LineFifoWriter::Clear() {
     if (!m_segment) {
         return;

@@ -51,6 +51,10 @@ class LineFifoWriter {
     /// Whether a reader holds the FIFO.
     [[nodiscard]] bool ReaderAttached() const;
 
+    /// Whether the segment is still what the reader opens, and its header what was written there.
+    /// One that is not is of no use to either side.
+    [[nodiscard]] bool IsIntact() const;
+
     /// Drops the lines that wait. The reader must not be reading: only while it waits for the
     /// answer to a message it sent, or after it went.
     void Clear();

@@ -193,16 +193,21 @@ void MasterPublisher::Connect(platform::WindowHandle window) {
     }
     const auto place = m_viewers.try_emplace(window).first;
     Viewer& viewer = place->second;
-    if (viewer.batch_out || viewer.fifo.ReaderAttached()) {
+    if (viewer.fifo.IsIntact() && (viewer.batch_out || viewer.fifo.ReaderAttached())) {
         // It holds the FIFO, or opens it when it comes to the batch that was announced: invariant
         // 5. It goes on with that FIFO. An announced batch that it refused was never answered, so
         // the wait for the answer has an end.
         if (viewer.batch_out) {
             viewer.batch_lost_at = Clock::now() + kBatchGrace;
         }
-    } else if (!RenewFifo(*place)) {
-        Forget(place);
-        return;
+    } else {
+        // An answer to a batch in a FIFO that was damaged will not come.
+        viewer.batch_out = false;
+        viewer.batch_lost_at.reset();
+        if (!RenewFifo(*place)) {
+            Forget(place);
+            return;
+        }
     }
     viewer.overrun = false;
     viewer.overrun_told = false;

@@ -12,7 +12,7 @@
 // 4. Connect and disconnect may come in any order and any number of times: a disconnect is sent
 //    and can overtake a connect that was posted before it.
 // 5. A FIFO that its viewer holds, or may be about to open because a batch was announced, is never
-//    replaced: the viewer would go on reading the old one for ever.
+//    replaced while it is intact: the viewer would go on reading the old one for ever.
 // 6. One machine, one master: the info block exists once.
 // 7. One thread makes all calls. Messages are handled in Serve only.
 #pragma once

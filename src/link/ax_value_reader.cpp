@@ -40,8 +40,7 @@ bool AxValueReader::Read(void* buffer, std::size_t line_length, std::uint64_t li
         MERRLOG("Write(): interface is not open");
         return false;
     }
-    if (!MMemLineFifo_IsIntact(m_fifo)) {
-        MERRLOG("AxValueReader::Read(): the header of value fifo %.40s is damaged", m_name.c_str());
+    if (m_damaged || FindDamage(false)) {
         return false;
     }
     if (line_length > m_fifo.line_size) {
@@ -53,21 +52,44 @@ bool AxValueReader::Read(void* buffer, std::size_t line_length, std::uint64_t li
         // More lines than slots never wait, which bounds the scratch area by the segment's size.
         const std::uint64_t count = std::min(line_count, m_fifo.line_count);
         std::vector<std::byte> scratch(3 * line_length * count);
-        ReadFromFifo(scratch.data(), line_length, count);
+        m_thrown_away += ReadFromFifo(scratch.data(), line_length, count);
+        FindDamage(true);
         return false;
     }
-    ReadFromFifo(static_cast<std::byte*>(buffer), line_length, line_count);
+    const std::uint64_t read =
+        ReadFromFifo(static_cast<std::byte*>(buffer), line_length, line_count);
+    if (FindDamage(true)) {
+        m_thrown_away += read;  // some of them may be zeros that nobody wrote
+        return false;
+    }
     return true;
 }
 
-void AxValueReader::ReadFromFifo(std::byte* buffer, std::size_t line_length,
-                                 std::uint64_t line_count) {
-    if (MMemLineFifo_Read(m_fifo, buffer, line_length, line_count) < line_count) {
+std::uint64_t AxValueReader::ReadFromFifo(std::byte* buffer, std::size_t line_length,
+                                          std::uint64_t line_count) {
+    const std::uint64_t read = MMemLineFifo_Read(m_fifo, buffer, line_length, line_count);
+    if (read < line_count) {
         MERRLOG("AxValueReader::ReadFromFifo(): value fifo is empty");
-        return;
+        return read;
     }
     MTRACE(4, "AxValueReader::ReadFromFifo(): read %u lines from main prg.",
            static_cast<unsigned>(line_count));
+    return read;
+}
+
+bool AxValueReader::FindDamage(bool while_reading) {
+    const platform::SegmentState state = MSharedMem_State(m_segment);
+    if (state == platform::SegmentState::kResized) {
+        MERRLOG("AxValueReader::Read(): value fifo %.40s has changed its size", m_name.c_str());
+    } else if (state == platform::SegmentState::kRemoved && !while_reading) {
+        MERRLOG("AxValueReader::Read(): value fifo %.40s was removed or replaced", m_name.c_str());
+    } else if (!MMemLineFifo_IsIntact(m_fifo)) {
+        MERRLOG("AxValueReader::Read(): the header of value fifo %.40s is damaged", m_name.c_str());
+    } else {
+        return false;
+    }
+    m_damaged = true;
+    return true;
 }
 
 void AxValueReader::Close() {
@@ -83,6 +105,7 @@ void AxValueReader::Close() {
         m_fifo = {};
     }
     m_open = false;
+    m_damaged = false;
     m_name.clear();
 }
 

@@ -5,7 +5,8 @@
 //
 // Invariants:
 // 1. While open, this reader's mark stands in the FIFO.
-// 2. What a failed Open linked is unlinked by the next Open or Close, without touching the mark
+// 2. A FIFO that was found damaged (IsDamaged) gives no line any more until it is opened anew.
+// 3. What a failed Open linked is unlinked by the next Open or Close, without touching the mark
 //    of the reader that holds the FIFO.
 #pragma once
 
@@ -36,19 +37,32 @@ class AxValueReader {
     /// Copies `line_count` lines of `line_length` bytes to `buffer` (line i at i x line_length).
     /// More than `capacity` bytes: the lines are taken and thrown away, so that the master can go
     /// on, and the call fails. Fewer lines than asked: the rest of the buffer keeps what it held,
-    /// the call succeeds. Failures go to the error log.
+    /// the call succeeds. A FIFO whose header or segment was tampered with, also while it was being
+    /// read, fails and counts as damaged. Failures go to the error log.
     bool Read(void* buffer, std::size_t line_length, std::uint64_t line_count,
               std::size_t capacity);
+
+    /// Whether Read found that this FIFO cannot be relied on any more.
+    [[nodiscard]] bool IsDamaged() const { return m_damaged; }
+
+    /// Lines that calls of Read have taken and thrown away, since the reader was made.
+    [[nodiscard]] std::uint64_t LinesThrownAway() const { return m_thrown_away; }
 
     void Close();
 
  private:
-    void ReadFromFifo(std::byte* buffer, std::size_t line_length, std::uint64_t line_count);
+    /// Returns the number of lines read.
+    std::uint64_t ReadFromFifo(std::byte* buffer, std::size_t line_length,
+                               std::uint64_t line_count);
+    /// Looks for damage and reports it. `while_reading`: a name that is gone is none.
+    bool FindDamage(bool while_reading);
 
     bool m_open = false;
+    bool m_damaged = false;
     std::string m_name;
     void* m_segment = nullptr;  // linked segment; null when closed
     LineFifo m_fifo;            // valid while open
+    std::uint64_t m_thrown_away = 0;
 };
 
 }  // namespace wavo

@@ -16,7 +16,7 @@ void SlaveGlobalCapabilities::OnCapabilitiesChanged(platform::WindowHandle maste
 }
 
 std::optional<AxisCapabilities> SlaveGlobalCapabilities::FindAxis(const std::string& name) {
-    if (m_new_capabilities) {
+    if (m_new_capabilities && !m_channel.IsSilent()) {
         GetNewCapabilitiesFromMaster();
     }
     const auto found = m_records.find(name);
@@ -27,11 +27,18 @@ std::optional<AxisCapabilities> SlaveGlobalCapabilities::FindAxis(const std::str
 }
 
 void SlaveGlobalCapabilities::GetNewCapabilitiesFromMaster() {
-    m_channel.Send(m_master, ToMaster::kCapabilityBegin, 0);
+    if (m_channel.Send(m_master, ToMaster::kCapabilityBegin, 0) ==
+        platform::SendStatus::kNoAnswer) {
+        // It may come to the message later, and then waits for the end of the reading.
+        m_channel.Post(m_master, ToMaster::kCapabilityEnd, 0);
+        return;
+    }
     m_records.clear();
     LoadModule(kCapabilitySegmentPrefix +
                std::to_string(static_cast<std::int32_t>(m_module_number)));
-    m_channel.Send(m_master, ToMaster::kCapabilityEnd, 0);
+    if (m_channel.Send(m_master, ToMaster::kCapabilityEnd, 0) == platform::SendStatus::kNoAnswer) {
+        m_channel.Post(m_master, ToMaster::kCapabilityEnd, 0);  // a second one does no harm
+    }
 }
 
 void SlaveGlobalCapabilities::LoadModule(const std::string& segment_name) {
@@ -43,6 +50,18 @@ void SlaveGlobalCapabilities::LoadModule(const std::string& segment_name) {
             segment_name.c_str());
         return;
     }
+    LoadRecords(segment, segment_name);
+    if (MSharedMem_State(segment) == platform::SegmentState::kResized) {
+        MERRLOG(
+            "SlaveGlobalCapabilities::GetNewCapabilitiesFromMaster(): data module [%s] has changed "
+            "its size",
+            segment_name.c_str());
+        m_records.clear();
+    }
+    MSharedMem_Unlink(segment);
+}
+
+void SlaveGlobalCapabilities::LoadRecords(const void* segment, const std::string& segment_name) {
     const auto* const bytes = static_cast<const std::byte*>(segment);
     const std::uint64_t size = MSharedMem_Size(segment);
     std::int32_t count = -1;
@@ -72,7 +91,6 @@ void SlaveGlobalCapabilities::LoadModule(const std::string& segment_name) {
             record.upper_limit, record.lower_limit, record.velocity_limit,
             record.acceleration_limit, record.resolution};
     }
-    MSharedMem_Unlink(segment);
 }
 
 }  // namespace wavo

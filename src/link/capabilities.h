@@ -3,6 +3,9 @@
 // The master announces new capabilities with a message; from then on every lookup fetches the
 // module anew: the flag that says so is never cleared, since the master may rewrite the module at
 // any time without a second message.
+//
+// A master that does not answer is not asked again until it was heard of: lookups then give what
+// was fetched last, and at most one of them waits.
 #pragma once
 
 #include <map>
@@ -29,6 +32,7 @@ class SlaveGlobalCapabilities : public AxisLimitsSource {
  private:
     void GetNewCapabilitiesFromMaster();
     void LoadModule(const std::string& segment_name);
+    void LoadRecords(const void* segment, const std::string& segment_name);
 
     MasterChannel& m_channel;
     std::map<std::string, AxisCapabilities> m_records;

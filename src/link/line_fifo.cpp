@@ -82,12 +82,13 @@ inline void CopyLine(std::byte* target, const std::byte* source, std::size_t len
     }
 }
 
-inline bool ReadLine(const LineFifo& fifo, std::byte* line, std::size_t length) {
+inline bool ReadLine(LineFifo& fifo, std::byte* line, std::size_t length) {
     LineFifoHeader& header = *fifo.header;
-    const std::uint64_t read_index = LoadRelaxed(header.read_index);
+    const std::uint64_t read_index = fifo.read_index;
     // Acquire: the line is seen whole once its slot is seen filled.
-    if (LoadRelaxed(header.reader_mark) == 0 || read_index >= fifo.line_count ||
-        read_index == LoadAcquire(header.write_index)) {
+    const std::uint64_t write_index = LoadAcquire(header.write_index);
+    if (LoadRelaxed(header.reader_mark) == 0 || write_index >= fifo.line_count ||
+        LoadRelaxed(header.read_index) != read_index || read_index == write_index) {
         return false;
     }
     CopyLine(line, fifo.data + read_index * fifo.line_size, length);
@@ -95,8 +96,8 @@ inline bool ReadLine(const LineFifo& fifo, std::byte* line, std::size_t length) 
         // The copy is complete before the writer may use the slot again.
         std::atomic_thread_fence(std::memory_order_seq_cst);
         const std::uint64_t next = read_index + 1;
-        std::atomic_ref(header.read_index)
-            .store(next == fifo.line_count ? 0 : next, std::memory_order_relaxed);
+        fifo.read_index = next == fifo.line_count ? 0 : next;
+        std::atomic_ref(header.read_index).store(fifo.read_index, std::memory_order_relaxed);
     }
     return true;
 }
@@ -133,7 +134,8 @@ bool MMemLineFifo_Link(void* base, std::uint64_t size, LineFifo& fifo) {
         StoreMark(bytes, 0);
         return false;
     }
-    fifo = {static_cast<LineFifoHeader*>(base), data, header.line_size, header.line_count};
+    fifo = {static_cast<LineFifoHeader*>(base), data, header.line_size, header.line_count,
+            header.read_index};
     return true;
 }
 
@@ -148,20 +150,19 @@ bool MMemLineFifo_IsIntact(const LineFifo& fifo) {
     return LoadRelaxed(fifo.header->line_size) == fifo.line_size &&
            LoadRelaxed(fifo.header->line_count) == fifo.line_count &&
            LoadRelaxed(fifo.header->write_index) < fifo.line_count &&
-           LoadRelaxed(fifo.header->read_index) < fifo.line_count;
+           LoadRelaxed(fifo.header->read_index) == fifo.read_index;
 }
 
 std::uint64_t MMemLineFifo_Waiting(const LineFifo& fifo) {
     const std::uint64_t write_index = LoadAcquire(fifo.header->write_index);
-    const std::uint64_t read_index = LoadRelaxed(fifo.header->read_index);
-    if (write_index >= fifo.line_count || read_index >= fifo.line_count) {
+    if (write_index >= fifo.line_count || LoadRelaxed(fifo.header->read_index) != fifo.read_index) {
         return 0;
     }
-    return write_index >= read_index ? write_index - read_index
-                                     : write_index + fifo.line_count - read_index;
+    return write_index >= fifo.read_index ? write_index - fifo.read_index
+                                          : write_index + fifo.line_count - fifo.read_index;
 }
 
-std::uint64_t MMemLineFifo_Read(const LineFifo& fifo, void* lines, std::size_t length,
+std::uint64_t MMemLineFifo_Read(LineFifo& fifo, void* lines, std::size_t length,
                                 std::uint64_t count) {
     auto* line = static_cast<std::byte*>(lines);
     for (std::uint64_t i = 0; i < count; ++i, line += length) {

@@ -5,7 +5,8 @@
 // lines can wait. The reader writes the read index and the reader mark, nothing else.
 //
 // The segment is not trusted. MMemLineFifo_Link checks the header against the mapping and takes
-// the geometry over; from then on no offset is ever computed from a field that could have changed.
+// the geometry and the read index over; from then on no offset is ever computed from a field that
+// could have changed. Who else rewrites the read index has damaged the FIFO.
 //
 // Memory order: a line is read after its slot was seen filled (acquire on the write index), and
 // its slot is given back only when the copy is complete (full fence before the store of the read
@@ -25,6 +26,7 @@ struct LineFifo {
     const std::byte* data = nullptr;
     std::uint64_t line_size = 0;   ///< bytes from slot to slot, as checked when linked
     std::uint64_t line_count = 0;  ///< slots, as checked when linked
+    std::uint64_t read_index = 0;  ///< slot of the next line to be read
 };
 
 /// Claims the FIFO in the `size` bytes at `base` as its only reader. False, with an error trace,
@@ -34,7 +36,8 @@ bool MMemLineFifo_Link(void* base, std::uint64_t size, LineFifo& fifo);
 /// Gives the FIFO back, unless the mark is no longer ours.
 void MMemLineFifo_Release(const LineFifo& fifo);
 
-/// Whether the header still describes the FIFO that was linked and its indices are in range.
+/// Whether the header still describes the FIFO that was linked, its read index is the one that the
+/// reader left there and its write index is in range.
 bool MMemLineFifo_IsIntact(const LineFifo& fifo);
 
 /// Number of lines that wait; 0 for a FIFO that is not intact.
@@ -42,9 +45,9 @@ std::uint64_t MMemLineFifo_Waiting(const LineFifo& fifo);
 
 /// Copies the first `length` bytes of up to `count` lines to `lines`, one after another, and gives
 /// the slot of each back as soon as it is copied. Stops early when no line waits any more, the mark
-/// is not set or an index is out of range. Returns the number of lines copied.
+/// is not set or an index cannot be right. Returns the number of lines copied.
 /// REQUIRES: length <= fifo.line_size; `lines` has room for count x length bytes.
-std::uint64_t MMemLineFifo_Read(const LineFifo& fifo, void* lines, std::size_t length,
+std::uint64_t MMemLineFifo_Read(LineFifo& fifo, void* lines, std::size_t length,
                                 std::uint64_t count);
 
 }  // namespace wavo

@@ -20,6 +20,10 @@ class MasterChannel {
     virtual platform::SendStatus Send(platform::WindowHandle master, ToMaster number,
                                       std::uint64_t w_param) = 0;
 
+    /// Whether the master left a message without an answer and was not heard of since: sending it
+    /// another one would only cost time.
+    [[nodiscard]] virtual bool IsSilent() const { return false; }
+
     /// Whether the window still exists.
     [[nodiscard]] virtual bool Exists(platform::WindowHandle master) const = 0;
 };

@@ -46,7 +46,12 @@ MasterInfoStatus ReadMasterInfo(const MasterChannel& channel, MasterInfo& info) 
     if (whole) {
         std::memcpy(&block, segment, sizeof block);
     }
+    const bool kept = MSharedMem_State(segment) != platform::SegmentState::kResized;
     MSharedMem_Unlink(segment);
+    if (!kept) {
+        MERRLOG("ReadMasterInfo(): %s refused: the segment has changed its size", kInfoSegmentName);
+        return MasterInfoStatus::kRefused;
+    }
     if (!whole) {
         MERRLOG("ReadMasterInfo(): %s refused: the segment is too small", kInfoSegmentName);
         return MasterInfoStatus::kRefused;

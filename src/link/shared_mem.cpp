@@ -100,6 +100,13 @@ std::uint64_t MSharedMem_Size(const void* address) {
     return known == Registry().End() ? 0 : known->second.size;
 }
 
+platform::SegmentState MSharedMem_State(const void* address) {
+    const std::lock_guard guard(RegistryLock());
+    const auto known = Registry().FindByAddress(address);
+    return known == Registry().End() ? platform::SegmentState::kRemoved
+                                     : platform::SharedMemoryState(address, known->second.handle);
+}
+
 LinkRegistry::Map::iterator LinkRegistry::FindByName(const std::string& name) {
     return std::find_if(m_links.begin(), m_links.end(),
                         [&name](const auto& link) { return link.second.name == name; });

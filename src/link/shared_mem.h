@@ -25,6 +25,9 @@ bool MSharedMem_Unlink(void* address);
 /// Size in bytes of the linked mapping at `address`; 0 when none is registered there.
 std::uint64_t MSharedMem_Size(const void* address);
 
+/// What has become of the linked segment at `address`; kRemoved when none is registered there.
+platform::SegmentState MSharedMem_State(const void* address);
+
 /// The registry behind the calls above.
 class LinkRegistry {
  public:

@@ -10,6 +10,9 @@
 // Invariants:
 // 1. A segment never changes its size: it is removed and created anew, never truncated.
 // 2. A mapping stays valid until UnmapSharedMemory, also after its name was removed.
+// 3. Where another process breaks rule 1 nevertheless, rule 2 holds all the same: the first access
+//    to what was cut off turns the whole mapping into zeros of this process' own. Who reads a
+//    segment that others write asks SharedMemoryState before it relies on what it read.
 //
 // The calls leave their reason in LastError() when they fail.
 #pragma once
@@ -32,9 +35,21 @@ MappingHandle OpenSharedMemory(const std::string& name) noexcept;
 /// segment. The caller unmaps. The address is aligned to a page.
 void* MapSharedMemory(MappingHandle handle) noexcept;
 
-/// Size in bytes of the mapped region that begins at `address`; 0 when it cannot be told.
+/// Size in bytes of the mapped region that begins at `address`; 0 when it cannot be told. It is
+/// that of the moment of mapping, whatever becomes of the segment.
 /// REQUIRES: `address` came from MapSharedMemory(handle).
 std::uint64_t SharedMemorySize(const void* address, MappingHandle handle) noexcept;
+
+/// What has become of a segment since it was mapped.
+enum class SegmentState {
+    kWhole,
+    kResized,  ///< its size has changed: the mapping may hold zeros in the place of its content
+    kRemoved,  ///< its name is gone or stands for another segment; nobody else will find it
+};
+
+/// Windows: always kWhole, as a name lives and a size stands while anybody holds the mapping.
+/// REQUIRES: `address` came from MapSharedMemory(handle).
+SegmentState SharedMemoryState(const void* address, MappingHandle handle) noexcept;
 
 /// Removes a mapping. Returns false on failure.
 /// REQUIRES: `address` came from MapSharedMemory and `size` is what SharedMemorySize gave.
@@ -61,6 +76,11 @@ class SharedSegment {
     [[nodiscard]] std::size_t size() const noexcept { return m_size; }
     [[nodiscard]] const std::string& name() const noexcept { return m_name; }
     explicit operator bool() const noexcept { return m_data != nullptr; }
+
+    /// What others have made of it. kRemoved for an empty object.
+    [[nodiscard]] SegmentState State() const noexcept {
+        return m_data == nullptr ? SegmentState::kRemoved : SharedMemoryState(m_data, m_handle);
+    }
 
  private:
     void Release() noexcept;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 #include "support/diagnostics.h"
 #include "ui/dialogs/graph_editor.h"
@@ -20,6 +21,8 @@ constexpr char kGone[] =
 constexpr char kLinkEnded[] = "The master process (Dorvane) has ended the link";
 constexpr char kHung[] = "The master process (Dorvane) does not respond";
 constexpr char kOverrun[] = "The value fifo ran over: Machine Data > Connect to go on";
+constexpr char kDamaged[] =
+    "The value fifo is damaged, see the error log: Machine Data > Connect to go on";
 
 /// a x b, or the largest size when that does not fit.
 std::size_t SaturatingProduct(std::size_t a, std::size_t b) {
@@ -51,6 +54,34 @@ class FlagScope {
 
 }  // namespace
 
+/// The channel of the capability store: what becomes of its messages is noted as that of others.
+class AcquisitionCycle::WatchedChannel final : public MasterChannel {
+ public:
+    WatchedChannel(MasterChannel& channel, AcquisitionCycle& cycle)
+        : m_channel(channel), m_cycle(cycle) {}
+
+    [[nodiscard]] platform::WindowHandle OwnWindow() const override {
+        return m_channel.OwnWindow();
+    }
+    bool Post(platform::WindowHandle master, ToMaster number, std::uint64_t w_param) override {
+        return m_channel.Post(master, number, w_param);
+    }
+    platform::SendStatus Send(platform::WindowHandle master, ToMaster number,
+                              std::uint64_t w_param) override {
+        const platform::SendStatus status = m_channel.Send(master, number, w_param);
+        m_cycle.NoteOutcome(master, status);
+        return status;
+    }
+    [[nodiscard]] bool IsSilent() const override { return m_cycle.m_master_hung; }
+    [[nodiscard]] bool Exists(platform::WindowHandle master) const override {
+        return m_channel.Exists(master);
+    }
+
+ private:
+    MasterChannel& m_channel;
+    AcquisitionCycle& m_cycle;
+};
+
 AcquisitionCycle::AcquisitionCycle(MasterChannel& channel, GraphBoard& board, GraphEditor& editor,
                                    AcquisitionHost& host, std::recursive_mutex& value_lock)
     : m_channel(channel),
@@ -58,7 +89,16 @@ AcquisitionCycle::AcquisitionCycle(MasterChannel& channel, GraphBoard& board, Gr
       m_editor(editor),
       m_host(host),
       m_value_lock(value_lock),
-      m_capabilities(channel) {}
+      m_watched_channel(std::make_unique<WatchedChannel>(channel, *this)),
+      m_capabilities(*m_watched_channel) {}
+
+AcquisitionCycle::~AcquisitionCycle() = default;
+
+LinkCounters AcquisitionCycle::Counters() const {
+    LinkCounters counters = m_counters;
+    counters.lines_thrown_away = m_reader.LinesThrownAway();
+    return counters;
+}
 
 bool AcquisitionCycle::Connect(bool post) {
     m_axis_names.clear();
@@ -78,13 +118,13 @@ bool AcquisitionCycle::Connect(bool post) {
     if (info.cycle_time != m_info.cycle_time) {
         m_board.DropBuffers();
     }
+    m_master_hung = m_master_hung && info.master_window == m_info.master_window;
     m_info = info;
     m_axis_names = m_info.axis_names;
-    m_master_hung = false;
     char text[64];
     std::snprintf(text, sizeof text, "cycl. time=%.5fs", m_info.cycle_time);
     m_host.SetPaneText(StatusPane::kCycleTime, text);
-    m_host.SetPaneText(StatusPane::kMessage, kConnected);
+    m_host.SetPaneText(StatusPane::kMessage, m_master_hung ? kHung : kConnected);
     InitialiseEditor();
     m_editor.SetCycleTime(m_info.cycle_time);
     if (post && !JoinMaster()) {
@@ -103,8 +143,17 @@ void AcquisitionCycle::InitialiseEditor() {
 
 void AcquisitionCycle::LeaveMaster() {
     if (IsMasterKnown()) {
-        SendToMaster(ToMaster::kLink, static_cast<std::uint64_t>(LinkRequest::kDisconnect));
+        SendDisconnect();
         m_reader.Close();
+    }
+}
+
+void AcquisitionCycle::SendDisconnect() {
+    constexpr auto kDisconnect = static_cast<std::uint64_t>(LinkRequest::kDisconnect);
+    if (m_master_hung) {  // it finds the message when it wakes up
+        m_channel.Post(m_info.master_window, ToMaster::kLink, kDisconnect);
+    } else {
+        SendToMaster(ToMaster::kLink, kDisconnect);
     }
 }
 
@@ -137,8 +186,12 @@ void AcquisitionCycle::ConnectByUser() {
 void AcquisitionCycle::End() {
     m_ended = true;
     if (IsMasterKnown()) {
-        m_channel.Send(m_info.master_window, ToMaster::kLink,
-                       static_cast<std::uint64_t>(LinkRequest::kDisconnect));
+        constexpr auto kDisconnect = static_cast<std::uint64_t>(LinkRequest::kDisconnect);
+        if (m_master_hung) {
+            m_channel.Post(m_info.master_window, ToMaster::kLink, kDisconnect);
+        } else {
+            m_channel.Send(m_info.master_window, ToMaster::kLink, kDisconnect);
+        }
         m_info.master_window = 0;
     }
     m_reader.Close();
@@ -148,11 +201,13 @@ std::int64_t AcquisitionCycle::OnMessage(const platform::Message& message) {
     if (m_ended) {
         return 0;
     }
-    if (m_master_hung) {
+    const auto number = static_cast<FromMaster>(message.number);
+    // The last words of a master may have waited here; what ends the link does not wait for it.
+    if (m_master_hung && number != FromMaster::kOverrun && number != FromMaster::kQuit) {
         m_master_hung = false;
-        m_host.SetPaneText(StatusPane::kMessage, m_link_broken ? kOverrun : kConnected);
+        m_host.SetPaneText(StatusPane::kMessage, m_link_broken ? m_broken_why : kConnected);
     }
-    switch (static_cast<FromMaster>(message.number)) {
+    switch (number) {
         case FromMaster::kValues:
             return OnMessageFromMainNewMValues(message.w_param);
         case FromMaster::kOverrun:
@@ -177,7 +232,9 @@ std::int64_t AcquisitionCycle::OnMessageFromMainNewMValues(std::uint64_t notice)
 }
 
 std::int64_t AcquisitionCycle::TakeBatch() {
+    ++m_counters.batches_announced;
     if (m_host.IsDrawing()) {
+        ++m_counters.batches_refused;
         m_host.ShowError(
             "Fatal prg. error, can not take new mvalues.\n All ax. values out of sync.");
         return 0;
@@ -186,13 +243,16 @@ std::int64_t AcquisitionCycle::TakeBatch() {
         MERRLOG(
             "CWavoView::OnMessageFromMainNewMValues(): new values announced before the last ones "
             "were answered");
+        ++m_counters.batches_refused;
         return 0;
     }
     std::uint64_t lines = 0;
     if (!ReceiveBatch(lines)) {
+        ++m_counters.batches_failed;
         return 0;
     }
     if (!m_running) {
+        m_counters.lines_not_shown += lines;
         MTRACE(4, "DrawingGraphsValue(): --- tx msg. 'ready for new values'");
         SendReady();
         return 1;
@@ -200,6 +260,9 @@ std::int64_t AcquisitionCycle::TakeBatch() {
     MTRACE(4, "OnMessageFromMainNewMValues(): --- start to set values");
     m_board.Distribute(m_input_buffer.get(), lines, m_info.axis_names.size());
     MTRACE(4, "OnMessageFromMainNewMValues(): --- end of set values");
+    m_counters.lines_shown += lines;
+    // The answer to this one is then the only one of both.
+    m_counters.batches_unanswered += m_ready_pending && !m_ready_on_its_way ? 1 : 0;
     m_ready_pending = true;
     m_ready_on_its_way = false;  // one that is, answers the batch before
     m_host.DrawNewValues();
@@ -215,7 +278,11 @@ bool AcquisitionCycle::ReceiveBatch(std::uint64_t& lines) {
         return false;
     }
     m_read_error_shown = false;
+    if (std::exchange(m_lines_lost, false)) {
+        StartCurvesAnew();
+    }
     m_total_lines += lines;
+    m_counters.lines_read += lines;
     m_host.SetPaneText(StatusPane::kTotalLines, std::to_string(m_total_lines));
     if (!m_editor.IsInitialised()) {
         InitEditor();
@@ -228,10 +295,19 @@ void AcquisitionCycle::OpenReader() {
     if (!m_reader.Open(name.c_str())) {
         MERRLOG("CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Open() failed");
         m_host.ShowError("Can not open mvales fifo");
+    } else {
+        ++m_counters.links;
     }
     Connect(false);
     m_board.DropBuffers();
     AllocateInputBuffer();
+    m_lines_lost = false;
+    const std::lock_guard guard(m_value_lock);
+    m_host.RebuildGraphs();
+}
+
+void AcquisitionCycle::StartCurvesAnew() {
+    m_board.DropBuffers();
     const std::lock_guard guard(m_value_lock);
     m_host.RebuildGraphs();
 }
@@ -262,8 +338,14 @@ bool AcquisitionCycle::ReadWaitingLines(std::uint64_t& lines) {
         return false;
     }
     const std::size_t line_length = m_info.axis_names.size() * sizeof(double);
+    const std::uint64_t thrown_away = m_reader.LinesThrownAway();
     if (!m_reader.Read(m_input_buffer.get(), line_length, lines, m_input_capacity)) {
         MERRLOG("CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed");
+        m_lines_lost = m_lines_lost || m_reader.LinesThrownAway() != thrown_away;
+        if (m_reader.IsDamaged()) {
+            ++m_counters.links_broken;
+            BreakLink(kDamaged);
+        }
         if (!m_read_error_shown) {
             m_read_error_shown = true;
             m_host.ShowError("Prg.error, input buffer for axis values to small");
@@ -317,7 +399,9 @@ void AcquisitionCycle::SendPendingReady() {
 
 void AcquisitionCycle::SendReady() {
     if (SendToMaster(ToMaster::kReady, 0)) {
-        ++m_batches_answered;
+        ++m_counters.batches_answered;
+    } else {
+        ++m_counters.batches_unanswered;
     }
 }
 
@@ -330,15 +414,28 @@ std::int64_t AcquisitionCycle::EndLink() {
 }
 
 std::int64_t AcquisitionCycle::OnOverrun() {
+    ++m_counters.overruns;
     if (IsMasterKnown()) {
-        SendToMaster(ToMaster::kLink, static_cast<std::uint64_t>(LinkRequest::kDisconnect));
+        SendDisconnect();
     }
+    m_broken_why = kOverrun;
     m_host.SetPaneText(StatusPane::kMessage, kOverrun);
     m_host.ShowError("overrun value fifo (main -> wavo.) from master proc. detected");
     m_reader.Close();
     m_link_broken = true;
     m_host.LinkChanged();
     return 1;
+}
+
+void AcquisitionCycle::BreakLink(const char* why) {
+    if (IsMasterKnown()) {
+        SendDisconnect();
+    }
+    m_reader.Close();
+    m_link_broken = true;
+    m_broken_why = why;
+    m_host.SetPaneText(StatusPane::kMessage, why);
+    m_host.LinkChanged();
 }
 
 std::int64_t AcquisitionCycle::OnQuit() {
@@ -366,7 +463,11 @@ bool AcquisitionCycle::SendToMaster(ToMaster number, std::uint64_t w_param) {
     if (master == 0) {  // it vanished since the message was owed
         return false;
     }
-    switch (m_channel.Send(master, number, w_param)) {
+    return NoteOutcome(master, m_channel.Send(master, number, w_param));
+}
+
+bool AcquisitionCycle::NoteOutcome(platform::WindowHandle master, platform::SendStatus status) {
+    switch (status) {
         case platform::SendStatus::kDone:
             return true;
         case platform::SendStatus::kGone:

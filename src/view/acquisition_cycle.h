@@ -2,14 +2,18 @@
 // graphs, and the answer to the master.
 //
 // States: not connected (no master window); connected with the reader closed (until the first
-// batch); connected with the reader open; link broken (after an overrun: reader closed, master
-// window kept).
+// batch); connected with the reader open; link broken (after an overrun, or when the value FIFO was
+// found damaged: reader closed, master window kept).
 //
 // Invariants:
 // 1. Each successful batch is answered by exactly one "ready for new values": after it was drawn
 //    when running, at once when stopped. A refused or failed batch gets none.
-// 2. Every line that was read is counted in TotalLines, running or not.
-// 3. Everything happens on the user interface thread. A message box runs an event loop, so that
+// 2. Every line that was read is counted in TotalLines, running or not; Counters accounts for every
+//    line and every batch.
+// 3. Curves begin anew behind lines that were lost: nothing is joined across the gap.
+// 4. A master that does not answer costs one waiting time (MessageWindow::kSendTimeout); until it
+//    is heard of again nothing is sent to it that would have to be waited for.
+// 5. Everything happens on the user interface thread. A message box runs an event loop, so that
 //    any handler can be entered while another one waits for its box.
 #pragma once
 
@@ -27,6 +31,7 @@
 #include "link/master_info.h"
 #include "platform/message_window.h"
 #include "view/graph_board.h"
+#include "view/link_counters.h"
 
 namespace wavo {
 
@@ -63,6 +68,7 @@ class AcquisitionCycle {
     /// None of the references is owned; all outlive the cycle.
     AcquisitionCycle(MasterChannel& channel, GraphBoard& board, GraphEditor& editor,
                      AcquisitionHost& host, std::recursive_mutex& value_lock);
+    ~AcquisitionCycle();
 
     /// Reads the master's info block, takes over its axes and, with `post`, announces the viewer
     /// to the master. False when there is no master.
@@ -103,19 +109,23 @@ class AcquisitionCycle {
     [[nodiscard]] bool IsReaderOpen() const { return m_reader.IsOpen(); }
     [[nodiscard]] std::uint64_t TotalLines() const { return m_total_lines; }
     /// Ready messages that the master has taken, since the start of the program.
-    [[nodiscard]] std::uint64_t BatchesAnswered() const { return m_batches_answered; }
+    [[nodiscard]] std::uint64_t BatchesAnswered() const { return m_counters.batches_answered; }
+    [[nodiscard]] LinkCounters Counters() const;
     /// Seconds per line; 0 before the first master.
     [[nodiscard]] double CycleTime() const { return m_info.cycle_time; }
     [[nodiscard]] const std::vector<std::string>& AxisNames() const { return m_axis_names; }
     [[nodiscard]] AxisLimitsSource& Capabilities() { return m_capabilities; }
 
  private:
+    class WatchedChannel;
+
     std::int64_t OnMessageFromMainNewMValues(std::uint64_t notice);
     std::int64_t TakeBatch();
     /// Reads and counts the lines that wait; afterwards they stand in the input buffer.
     bool ReceiveBatch(std::uint64_t& lines);
     void OpenReader();
     void AllocateInputBuffer();
+    void StartCurvesAnew();
     bool ReadWaitingLines(std::uint64_t& lines);
     void InitEditor();
     void AddDefaultGraph();
@@ -125,6 +135,11 @@ class AcquisitionCycle {
     void Fault(const std::string& text);
     /// Sends to the master and takes note of what became of it. True when the master handled it.
     bool SendToMaster(ToMaster number, std::uint64_t w_param);
+    bool NoteOutcome(platform::WindowHandle master, platform::SendStatus status);
+    /// Tells the master, when there is one, that the viewer leaves.
+    void SendDisconnect();
+    /// The value FIFO cannot be relied on any more.
+    void BreakLink(const char* why);
     void SendReady();
     void ForgetMaster(const std::string& why);
 
@@ -140,12 +155,14 @@ class AcquisitionCycle {
 
     MasterInfo m_info;
     std::vector<std::string> m_axis_names;  // column order; emptied when no master was found
+    const std::unique_ptr<MasterChannel> m_watched_channel;
     SlaveGlobalCapabilities m_capabilities;
     AxValueReader m_reader;
     std::unique_ptr<double[], FreeMemory> m_input_buffer;
     std::size_t m_input_capacity = 0;  // bytes; 0 = no buffer
     std::uint64_t m_total_lines = 0;   // since the master last ended the link
-    std::uint64_t m_batches_answered = 0;
+    LinkCounters m_counters;
+    const char* m_broken_why = nullptr;  // what the status bar says of a broken link
     bool m_link_broken = false;
     bool m_ready_pending = false;
     // The pending ready is being sent. Handlers run meanwhile: they may draw, and draw a new batch.
@@ -154,6 +171,7 @@ class AcquisitionCycle {
     bool m_running = true;
     bool m_ended = false;
     bool m_read_error_shown = false;
+    bool m_lines_lost = false;   // since the last batch that was taken, in a link that goes on
     bool m_master_hung = false;  // the last message sent was not answered in time
 };
 

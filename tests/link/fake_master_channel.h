@@ -32,6 +32,8 @@ class FakeMasterChannel : public MasterChannel {
         return Exists(master) ? send_status : platform::SendStatus::kGone;
     }
 
+    [[nodiscard]] bool IsSilent() const override { return silent; }
+
     [[nodiscard]] bool Exists(platform::WindowHandle master) const override {
         return alive.contains(master);
     }
@@ -40,6 +42,7 @@ class FakeMasterChannel : public MasterChannel {
     std::vector<std::string> Take() { return std::exchange(said, {}); }
 
     std::set<platform::WindowHandle> alive{kMaster};
+    bool silent = false;
     platform::SendStatus send_status = platform::SendStatus::kDone;
     std::function<void(ToMaster, std::uint64_t)> on_send;
     std::vector<std::string> said;

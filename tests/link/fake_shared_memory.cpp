@@ -27,6 +27,8 @@ struct Segment {
     std::unique_ptr<std::byte, Free> block;
     std::size_t size;
     std::size_t misalignment;
+    platform::SegmentState state = platform::SegmentState::kWhole;
+    int questions = 0;  // about the state, until it is told
 };
 
 struct State {
@@ -72,6 +74,11 @@ void RemoveFakeSegment(const std::string& name) {
     Fake().names.erase(name);
 }
 
+void SetFakeState(const std::string& name, platform::SegmentState state, int questions) {
+    Fake().names.at(name)->state = state;
+    Fake().names.at(name)->questions = questions;
+}
+
 void FailNext(FakeFailure call, int error) {
     Fake().failures[call] = error;
 }
@@ -103,6 +110,11 @@ void* MapSharedMemory(MappingHandle handle) noexcept {
 
 std::uint64_t SharedMemorySize(const void*, MappingHandle handle) noexcept {
     return Fake().handles.at(handle)->size;
+}
+
+SegmentState SharedMemoryState(const void*, MappingHandle handle) noexcept {
+    Segment& segment = *Fake().handles.at(handle);
+    return segment.questions-- > 0 ? SegmentState::kWhole : segment.state;
 }
 
 bool UnmapSharedMemory(void*, std::uint64_t) noexcept {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/shared_memory.h"
+
 namespace wavo::testing {
 
 /// Starts anew: no segments, no calls, no failures.
@@ -17,6 +19,9 @@ std::byte* AddFakeSegment(const std::string& name, std::size_t size, std::size_t
 
 /// Forgets the name; a mapping stays.
 void RemoveFakeSegment(const std::string& name);
+
+/// What is told of the segment of that name after `questions` more questions.
+void SetFakeState(const std::string& name, platform::SegmentState state, int questions = 0);
 
 enum class FakeFailure { kMap, kUnmap, kClose };
 /// Makes the next call of that kind fail with the system error `error`.

@@ -143,5 +143,44 @@ TEST_F(Capabilities, ANameWithoutEndIsSkippedAndTheOthersAreKept) {
     EXPECT_EQ(m_capabilities.FindAxis("Y")->upper_limit, 2.0);
 }
 
+TEST_F(Capabilities, AMasterThatDoesNotAnswerCostsOneWaitAndWhatIsKnownStays) {
+    Publish({{"X", 1.0, -1.0}});
+    Announce();
+    EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 1.0);
+    m_channel.Take();
+    m_channel.send_status = platform::SendStatus::kNoAnswer;
+    Publish({{"X", 2.0, -2.0}});
+    EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 1.0);
+    // The end of the reading is posted: a master that wakes up finds both messages.
+    EXPECT_THAT(m_channel.Take(), ElementsAre("send 815 52e 0", "post 815 52f 0"));
+}
+
+TEST_F(Capabilities, ASilentMasterIsNotAskedUntilItIsHeardOf) {
+    Publish({{"X", 1.0, -1.0}});
+    Announce();
+    EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 1.0);
+    m_channel.Take();
+    Publish({{"X", 2.0, -2.0}});
+    m_channel.silent = true;
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 1.0);
+    }
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+    m_channel.silent = false;
+    EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 2.0);
+}
+
+TEST_F(Capabilities, AMasterThatHangsBehindTheReadingFindsItsEndLater) {
+    Publish({{"X", 1.0, -1.0}});
+    Announce();
+    m_channel.on_send = [this](ToMaster number, std::uint64_t) {
+        m_channel.send_status = number == ToMaster::kCapabilityEnd ? platform::SendStatus::kNoAnswer
+                                                                   : platform::SendStatus::kDone;
+    };
+    EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 1.0);
+    EXPECT_THAT(m_channel.Take(),
+                ElementsAre("send 815 52e 0", "send 815 52f 0", "post 815 52f 0"));
+}
+
 }  // namespace
 }  // namespace wavo

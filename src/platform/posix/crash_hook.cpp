@@ -19,6 +19,7 @@
 #include "platform/last_error.h"
 #include "platform/posix/crash_record.h"
 #include "platform/posix/descriptor.h"
+#include "platform/posix/mapping_guard.h"
 #include "platform/posix/symboliser.h"
 #include "platform/process.h"
 
@@ -137,6 +138,9 @@ bool TryBacktrace(CrashRecord* record, const void* context, bool demangle) {
 }
 
 void OnFatalSignal(int number, siginfo_t* info, void* context) {
+    if (number == SIGBUS && info->si_code > 0 && RescueMapping(info->si_addr)) {
+        return;  // no crash: somebody cut a segment short
+    }
     const int error = errno;
     std::size_t index = 0;
     while (index + 1 < kFatalSignals.size() && kFatalSignals[index].number != number) {

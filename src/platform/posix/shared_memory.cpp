@@ -17,6 +17,7 @@
 
 #include "platform/last_error.h"
 #include "platform/posix/descriptor.h"
+#include "platform/posix/mapping_guard.h"
 
 namespace wavo::platform {
 
@@ -150,15 +151,29 @@ void* MapSharedMemory(MappingHandle handle) noexcept {
     }
     void* address = ::mmap(nullptr, static_cast<std::size_t>(info.st_size), PROT_READ | PROT_WRITE,
                            MAP_SHARED, segment, 0);
-    return address == MAP_FAILED ? nullptr : address;
+    if (address == MAP_FAILED) {
+        return nullptr;
+    }
+    if (!GuardMapping(address, static_cast<std::size_t>(info.st_size))) {
+        const LastErrorKeeper keep;
+        ::munmap(address, static_cast<std::size_t>(info.st_size));
+        return nullptr;
+    }
+    return address;
 }
 
-std::uint64_t SharedMemorySize(const void* address, MappingHandle handle) noexcept {
+std::uint64_t SharedMemorySize(const void* address, MappingHandle /*handle*/) noexcept {
+    return GuardedSize(address);
+}
+
+SegmentState SharedMemoryState(const void* address, MappingHandle handle) noexcept {
+    const LastErrorKeeper keep;
     struct stat info {};
-    if (address == nullptr || ::fstat(DescriptorOf(handle), &info) != 0 || info.st_size < 0) {
-        return 0;
+    if (IsMappingLost(address) || ::fstat(DescriptorOf(handle), &info) != 0 || info.st_size < 0 ||
+        static_cast<std::size_t>(info.st_size) != GuardedSize(address)) {
+        return SegmentState::kResized;
     }
-    return static_cast<std::uint64_t>(info.st_size);
+    return info.st_nlink == 0 ? SegmentState::kRemoved : SegmentState::kWhole;
 }
 
 bool UnmapSharedMemory(void* address, std::uint64_t size) noexcept {
@@ -166,6 +181,7 @@ bool UnmapSharedMemory(void* address, std::uint64_t size) noexcept {
         errno = EINVAL;
         return false;
     }
+    UnguardMapping(address);
     return ::munmap(address, size) == 0;
 }
 

@@ -1,0 +1,367 @@
+// The acquisition cycle and what can go wrong around it: damaged FIFOs, a master that hangs,
+// hostile info blocks, lost lines.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "cycle_fixture.h"
+#include "expect_errors.h"
+#include "hostile_values.h"
+
+namespace wavo {
+namespace {
+
+using platform::SegmentState;
+using platform::SendStatus;
+using ::testing::ElementsAre;
+using testing::ExpectAnyErrorLog;
+using testing::ExpectErrorLog;
+using ::testing::IsEmpty;
+using testing::kConnect;
+using testing::kDisconnect;
+using testing::kLinkEnded;
+using testing::kNewValues;
+using testing::kOverrun;
+using testing::kReady;
+
+constexpr char kDamagedText[] =
+    "The value fifo is damaged, see the error log: Machine Data > Connect to go on";
+constexpr char kHungText[] = "The master process (Dorvane) does not respond";
+constexpr char kConnectedText[] = "Connected to the master process (Dorvane)";
+constexpr char kReadFailed[] =
+    "CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed";
+
+class CycleFaults : public testing::CycleFixture {
+ protected:
+    [[nodiscard]] std::string Message() { return m_host.panes[StatusPane::kMessage]; }
+
+    /// What every batch and line came to adds up.
+    void ExpectAllAccountedFor() const {
+        const LinkCounters counters = m_cycle.Counters();
+        EXPECT_EQ(counters.lines_read, counters.lines_shown + counters.lines_not_shown);
+        EXPECT_EQ(counters.batches_announced,
+                  counters.batches_answered + counters.batches_unanswered +
+                      counters.batches_refused + counters.batches_failed);
+    }
+};
+
+// ---- a FIFO that cannot be relied on ----
+
+struct Damage {
+    const char* name;
+    void (*make)(testing::FifoSegment& fifo);
+    const char* entry;
+};
+
+class DamagedFifo : public CycleFaults, public ::testing::WithParamInterface<Damage> {};
+
+TEST_P(DamagedFifo, EndsTheLinkWithItsEntryKeepsTheGraphsAndConnectsAgain) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    GetParam().make(*m_fifo);
+    {
+        const ExpectErrorLog expected({GetParam().entry, kReadFailed});
+        EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    }
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kDisconnect));
+    EXPECT_THAT(m_host.Take(), ElementsAre("box Prg.error, input buffer for axis values to small"));
+    EXPECT_EQ(Message(), kDamagedText);
+    EXPECT_FALSE(m_cycle.IsReaderOpen());
+    EXPECT_TRUE(m_cycle.IsMasterKnown());
+    EXPECT_TRUE(m_cycle.CanConnect());
+    EXPECT_THAT(Held("X1"), ElementsAre(1.0));
+    EXPECT_EQ(m_cycle.Counters().links_broken, 1U);
+
+    NewFifo();
+    m_cycle.ConnectByUser();
+    EXPECT_EQ(Message(), kConnectedText);
+    EXPECT_FALSE(m_cycle.CanConnect());
+    m_fifo->Write(7.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kConnect, kReady));
+    EXPECT_THAT(Held("X1"), ElementsAre(7.0)) << "nothing is joined across the loss";
+    EXPECT_EQ(m_cycle.Counters().links, 2U);
+    ExpectAllAccountedFor();
+}
+
+#define READ_TEXT "AxValueReader::Read(): "
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, DamagedFifo,
+    ::testing::Values(
+        Damage{"Cut",
+               [](testing::FifoSegment&) {
+                   testing::SetFakeState("MValues_4711", SegmentState::kResized);
+               },
+               READ_TEXT "value fifo MValues_4711 has changed its size"},
+        Damage{"CutWhileItIsRead",
+               [](testing::FifoSegment&) {
+                   testing::SetFakeState("MValues_4711", SegmentState::kResized, 1);
+               },
+               READ_TEXT "value fifo MValues_4711 has changed its size"},
+        Damage{"Removed",
+               [](testing::FifoSegment&) {
+                   testing::SetFakeState("MValues_4711", SegmentState::kRemoved);
+               },
+               READ_TEXT "value fifo MValues_4711 was removed or replaced"},
+        Damage{"LineSize", [](testing::FifoSegment& fifo) { fifo.header().line_size = 8; },
+               READ_TEXT "the header of value fifo MValues_4711 is damaged"},
+        Damage{"ReadIndex", [](testing::FifoSegment& fifo) { fifo.header().read_index = 0; },
+               READ_TEXT "the header of value fifo MValues_4711 is damaged"},
+        Damage{"WriteIndex", [](testing::FifoSegment& fifo) { fifo.header().write_index = 99; },
+               READ_TEXT "the header of value fifo MValues_4711 is damaged"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+// ---- lost lines ----
+
+TEST_F(CycleFaults, AfterAnOverrunTheCurvesBeginAnew) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_EQ(m_cycle.OnMessage(kOverrun), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(1.0, 2.0));
+    NewFifo();
+    m_cycle.ConnectByUser();
+    m_fifo->Write(50.0);
+    m_fifo->Write(51.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(50.0, 51.0));
+    EXPECT_EQ(m_cycle.Counters().overruns, 1U);
+    EXPECT_EQ(m_cycle.Counters().lines_read, 4U);
+    ExpectAllAccountedFor();
+}
+
+TEST_F(CycleFaults, AfterARestartOfTheMasterTheCurvesBeginAnew) {
+    ConnectAndTakeFirstBatch();
+    EXPECT_EQ(m_cycle.OnMessage(kLinkEnded), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(1.0));
+    NewFifo();
+    m_cycle.ConnectByUser();
+    m_fifo->Write(50.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(50.0));
+    EXPECT_EQ(m_cycle.Counters().lines_shown, 2U);
+    ExpectAllAccountedFor();
+}
+
+TEST_F(CycleFaults, LinesThatWereThrownAwayAreCountedAndNothingIsJoinedAcrossThem) {
+    // A FIFO that holds more than the info block tells of.
+    AddGraph("X1");
+    PublishInfo({"X1", "Y1"}, 0.004, 2);
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_fifo->Write(1.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    for (const double value : {2.0, 3.0, 4.0}) {
+        m_fifo->Write(value);
+    }
+    {
+        const ExpectErrorLog expected({kReadFailed});
+        EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    }
+    EXPECT_EQ(m_cycle.Counters().lines_thrown_away, 3U);
+    EXPECT_EQ(m_cycle.Counters().batches_failed, 1U);
+    EXPECT_THAT(Held("X1"), ElementsAre(1.0));
+    m_fifo->Write(5.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(5.0));
+    m_fifo->Write(6.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(5.0, 6.0));
+    EXPECT_EQ(m_cycle.Counters().lines_read, 3U);
+    ExpectAllAccountedFor();
+}
+
+TEST_F(CycleFaults, EveryLineAndBatchIsCountedByWhatBecameOfIt) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    m_cycle.OnMessage(kNewValues);
+    m_cycle.SetRunning(false);
+    m_fifo->Write(3.0);
+    m_fifo->Write(4.0);
+    m_cycle.OnMessage(kNewValues);
+    m_host.drawing = true;
+    m_cycle.OnMessage(kNewValues);
+    m_host.drawing = false;
+    m_channel.send_status = SendStatus::kNoAnswer;
+    m_fifo->Write(5.0);
+    m_cycle.OnMessage(kNewValues);
+    LinkCounters expected;
+    expected.lines_read = 5;
+    expected.lines_shown = 2;
+    expected.lines_not_shown = 3;
+    expected.batches_announced = 5;
+    expected.batches_answered = 3;
+    expected.batches_unanswered = 1;
+    expected.batches_refused = 1;
+    expected.links = 1;
+    EXPECT_EQ(m_cycle.Counters(), expected);
+    ExpectAllAccountedFor();
+}
+
+// ---- a master that hangs ----
+
+class HungMaster : public CycleFaults {
+ protected:
+    /// Connected, with capabilities, and the answer to the last batch was not taken.
+    void Hang() {
+        std::byte* const module =
+            testing::AddFakeSegment("DataModCap4711", CapabilityRecordOffset(1));
+        const std::int32_t count = 1;
+        const CapabilityRecord record{"X1", 250.0, -50.0, 0.0, 0.0, 0.001};
+        std::memcpy(module, &count, sizeof count);
+        std::memcpy(module + CapabilityRecordOffset(0), &record, sizeof record);
+        ConnectAndTakeFirstBatch();
+        m_cycle.OnMessage({0x52F, 0, 0});
+        ASSERT_TRUE(m_cycle.Capabilities().FindAxis("X1"));
+        m_channel.Take();
+        m_channel.send_status = SendStatus::kNoAnswer;
+    }
+    /// Messages that the window waited for.
+    [[nodiscard]] static std::size_t Waits(const std::vector<std::string>& said) {
+        return static_cast<std::size_t>(
+            std::count_if(said.begin(), said.end(),
+                          [](const std::string& message) { return message.starts_with("send"); }));
+    }
+};
+
+TEST_F(HungMaster, IsToldInTheStatusBarByALookupOfLimitsToo) {
+    Hang();
+    const auto found = m_cycle.Capabilities().FindAxis("X1");
+    ASSERT_TRUE(found) << "what is known stays known";
+    EXPECT_EQ(found->upper_limit, 250.0);
+    EXPECT_EQ(Message(), kHungText);
+    EXPECT_TRUE(m_cycle.IsMasterKnown());
+    EXPECT_EQ(Waits(m_channel.Take()), 1U);
+}
+
+TEST_F(HungMaster, CostsOneWaitWhateverIsDoneAfterwards) {
+    Hang();
+    m_fifo->Write(2.0);
+    m_cycle.OnMessage(kNewValues);
+    EXPECT_EQ(Message(), kHungText);
+    EXPECT_EQ(Waits(m_channel.Take()), 1U);
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_TRUE(m_cycle.Capabilities().FindAxis("X1"));
+    }
+    m_cycle.LeaveMaster();  // as opening a graph file does
+    m_cycle.JoinMaster();
+    EXPECT_TRUE(m_cycle.Connect(true));
+    EXPECT_EQ(Message(), kHungText);
+    m_cycle.OnMessage(kOverrun);
+    m_cycle.End();
+    EXPECT_THAT(m_channel.Take(), ElementsAre("post 815 52c 1", kConnect, kConnect,
+                                              "post 815 52c 1", "post 815 52c 1"));
+}
+
+TEST_F(HungMaster, ThatIsHeardOfAgainIsAskedAgain) {
+    Hang();
+    m_cycle.Capabilities().FindAxis("X1");
+    m_channel.Take();
+    m_channel.send_status = SendStatus::kDone;
+    m_fifo->Write(2.0);
+    m_cycle.OnMessage(kNewValues);
+    EXPECT_EQ(Message(), kConnectedText);
+    m_cycle.Capabilities().FindAxis("X1");
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady, "send 815 52e 0", "send 815 52f 0"));
+}
+
+TEST_F(HungMaster, WhoseSuccessorIsAnotherProcessIsForgotten) {
+    Hang();
+    m_cycle.Capabilities().FindAxis("X1");
+    EXPECT_EQ(Message(), kHungText);
+    m_channel.send_status = SendStatus::kDone;
+    m_channel.alive = {816};
+    m_cycle.OnPeerGone(testing::FakeMasterChannel::kMaster);
+    MasterInfoBlock block{};
+    block.master_window = 816;
+    block.cycle_time = 0.004;
+    block.fifo_lines = 8;
+    std::memcpy(testing::AddFakeSegment("MachineTools_InfoData", sizeof block), &block,
+                sizeof block);
+    EXPECT_TRUE(m_cycle.Connect(true));
+    EXPECT_EQ(Message(), kConnectedText);
+}
+
+TEST_F(HungMaster, ThatDiesDuringALookupIsForgotten) {
+    Hang();
+    m_channel.alive.clear();
+    const ExpectAnyErrorLog expected;
+    m_cycle.Capabilities().FindAxis("X1");
+    EXPECT_FALSE(m_cycle.IsMasterKnown());
+    EXPECT_EQ(Message(),
+              "The master process (Dorvane) has gone: Machine Data > Connect when it is back");
+}
+
+// ---- hostile info blocks, up to the graphs ----
+
+class HostileCycle : public CycleFaults {
+ protected:
+    /// Connects to a master with this block, takes two batches, leaves.
+    void Try(const MasterInfoBlock& block) {
+        const ExpectAnyErrorLog announced;
+        std::memcpy(testing::AddFakeSegment("MachineTools_InfoData", sizeof block), &block,
+                    sizeof block);
+        NewFifo();
+        m_cycle.ConnectByUser();
+        for (const double value : {1.0, 2.0}) {
+            m_fifo->Write(value);
+            m_cycle.OnMessage(kNewValues);
+        }
+        m_cycle.OnMessage(kLinkEnded);
+        m_channel.Take();
+        m_host.Take();
+        ++m_tried;
+    }
+    int m_tried = 0;
+};
+
+TEST_F(HostileCycle, EveryInfoBlockIsRefusedOrTakenAndTheNextGoodOneWorks) {
+    AddGraph("X1");
+    AddGraph("Y1", 2);
+    MasterInfoBlock block{};
+    block.master_window = testing::FakeMasterChannel::kMaster;
+    block.cycle_time = 0.004;
+    block.axis_count = 2;
+    block.fifo_lines = 8;
+    std::memcpy(block.axis_names, "X1\0Y1", 6);
+    const MasterInfoBlock good = block;
+    testing::ForEachTurnedBit(&block, 48, [&](std::size_t bit) {
+        SCOPED_TRACE(bit);
+        Try(block);
+    });
+    testing::ForEachHostileField(
+        &block, {{"cycle_time", 8, 8}, {"axis_count", 24, 8}, {"fifo_lines", 32, 8}},
+        [&](const std::string& what) {
+            SCOPED_TRACE(what);
+            Try(block);
+        });
+    EXPECT_EQ(m_tried, 48 * 8 + 3 * 13);
+    ExpectAllAccountedFor();
+    std::memcpy(testing::AddFakeSegment("MachineTools_InfoData", sizeof good), &good, sizeof good);
+    NewFifo();
+    m_cycle.ConnectByUser();
+    m_fifo->Write(3.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kConnect, kReady));
+    EXPECT_THAT(Held("X1"), ElementsAre(3.0));
+}
+
+TEST_F(HostileCycle, ValuesThatAreNoNumbersAreDrawnAndAnswered) {
+    AddGraph("X1");
+    AddGraph("X1", 1);
+    AddGraph("X1", 2);
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_channel.Take();
+    for (const testing::HostileValue& value : testing::HostileValues()) {
+        SCOPED_TRACE(value.name);
+        double number = 0.0;
+        std::memcpy(&number, &value.bits, sizeof number);
+        m_fifo->Write(number);
+        m_fifo->Write(1.0);
+        EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+        EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+    }
+    EXPECT_THAT(m_host.Take(), ::testing::Not(IsEmpty()));
+}
+
+}  // namespace
+}  // namespace wavo
