@@ -1,5 +1,7 @@
 #include "viewer_fixture.h"
 
+#include <QApplication>
+#include <QTimer>
 #include <algorithm>
 #include <filesystem>
 
@@ -11,6 +13,9 @@ namespace wavo::testing {
 namespace fs = std::filesystem;
 
 Viewer::Viewer() {
+    // After an end that the test before asked for, windows would not wait for their user any more.
+    QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+    QCoreApplication::exec();
     SetBoxHandler([this](const Box& box) {
         m_boxes.push_back(box.caption + ": " + box.text);
         return BoxAnswer::kOk;
