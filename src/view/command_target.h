@@ -13,9 +13,6 @@ class CommandTarget {
     /// Whether the command makes sense now; false for one that the target does not know.
     [[nodiscard]] virtual bool IsEnabled(CommandId id) const = 0;
 
-    /// Whether the command shows a check mark now; false for one that never does.
-    [[nodiscard]] virtual bool IsChecked(CommandId id) const = 0;
-
     /// Carries out the command. Nothing for one that is not enabled.
     virtual void Execute(CommandId id) = 0;
 };

@@ -71,6 +71,7 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
         MTRACE(1, "CWavoView::OnInitialUpdate(): read graph ini. file %s", file.c_str());
         m_files.Open(file, FileNameOf(file), true);
     }
+    Q_EMIT CommandsChanged();  // there is a current file, even when it could not be read
 }
 
 void CWavoView::ReadSettings() {
@@ -229,12 +230,16 @@ void CWavoView::DrawAndShow() {
         if (m_picture.Image().devicePixelRatio() != devicePixelRatioF()) {
             m_picture.Resize(size(), devicePixelRatioF());  // moved to another screen
         }
+        const bool could_start = m_run_control.CanStartAfterTrigger();
         m_drawing = true;
         m_picture.Draw(
             m_board, m_settings.background, m_restart,
             {m_files.AdditionalText(), m_settings.font, ComplementColor(m_settings.background)});
         m_restart = false;
         m_drawing = false;
+        if (m_run_control.CanStartAfterTrigger() != could_start) {
+            Q_EMIT CommandsChanged();  // a trigger has stopped a graph
+        }
         if (isVisible()) {
             repaint();
         }
@@ -357,7 +362,6 @@ void CWavoView::EndProcess() {
 
 void CWavoView::RecordingEnded() {
     SendAppMessage(window(), AppMessage::kRecordingEnded, 0, 0);
-    Q_EMIT CommandsChanged();
 }
 
 }  // namespace wavo

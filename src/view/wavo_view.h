@@ -58,7 +58,6 @@ class CWavoView : public QWidget,
 
     // CommandTarget
     [[nodiscard]] bool IsEnabled(CommandId id) const override;
-    [[nodiscard]] bool IsChecked(CommandId id) const override;
     void Execute(CommandId id) override;
 
     /// Where the commands of the recent files find them: the path of the newest for 0, of the one

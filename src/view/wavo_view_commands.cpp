@@ -47,10 +47,6 @@ bool CWavoView::IsEnabled(CommandId id) const {
     }
 }
 
-bool CWavoView::IsChecked(CommandId) const {
-    return false;
-}
-
 void CWavoView::Execute(CommandId id) {
     if (!IsEnabled(id)) {
         return;

@@ -1,11 +1,17 @@
 #include "viewer_fixture.h"
 
+#include <QApplication>
+#include <QTimer>
+
 #include "graph/model/graph_ini_data.h"
 #include "support/mini_data.h"
 
 namespace wavo::testing {
 
 Viewer::Viewer() {
+    // After an end that the test before asked for, windows would not wait for their user any more.
+    QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+    QCoreApplication::exec();
     SetBoxHandler([this](const Box& box) {
         m_boxes.push_back(box.caption + ": " + box.text);
         return BoxAnswer::kOk;

@@ -10,16 +10,12 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-#include <atomic>
-#include <chrono>
 #include <cmath>
-#include <cstring>
-#include <future>
-#include <thread>
 
 #include "fake_shared_memory.h"
 #include "graph/model/graph_ini_data.h"
 #include "link/wire_format.h"
+#include "master_window.h"
 #include "platform/message_window.h"
 #include "system_facts.h"
 #include "ui/dialogs/controls.h"
@@ -32,35 +28,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-/// The window of a master that takes every message, in a thread of its own.
-class MasterWindow {
- public:
-    MasterWindow() {
-        std::promise<platform::WindowHandle> made;
-        m_thread = std::thread([this, &made] {
-            std::string error;
-            const auto window = platform::MessageWindow::Create(
-                [](const platform::Message&) { return std::int64_t{1}; }, &error);
-            EXPECT_NE(window, nullptr) << error;
-            made.set_value(window == nullptr ? 0 : window->handle());
-            while (window != nullptr && !m_ended) {
-                window->WaitAndDispatch(std::chrono::milliseconds(5));
-            }
-        });
-        m_handle = made.get_future().get();
-    }
-    ~MasterWindow() {
-        m_ended = true;
-        m_thread.join();
-    }
-    [[nodiscard]] platform::WindowHandle Handle() const { return m_handle; }
-
- private:
-    std::atomic<bool> m_ended = false;
-    platform::WindowHandle m_handle = 0;
-    std::thread m_thread;
-};
-
 /// A view with two graphs of X1 over time, connected to a master that sends nothing.
 class View : public ::testing::Test {
  protected:
@@ -71,14 +38,7 @@ class View : public ::testing::Test {
             return BoxAnswer::kOk;
         });
         testing::ResetFakeSharedMemory();
-        MasterInfoBlock block{};
-        block.master_window = m_master.Handle();
-        block.cycle_time = 0.004;
-        block.axis_count = 1;
-        block.fifo_lines = 8;
-        std::memcpy(block.axis_names, "X1", 3);
-        std::memcpy(testing::AddFakeSegment("MachineTools_InfoData", sizeof block), &block,
-                    sizeof block);
+        m_master.Publish();
         m_view.resize(800, 600);
         m_view.show();
         m_view.OnInitialUpdate(GraphFile());
@@ -134,7 +94,7 @@ class View : public ::testing::Test {
     }
 
     QTemporaryDir m_folder;
-    MasterWindow m_master;
+    testing::MasterWindow m_master;
     std::vector<std::string> m_boxes;
     CWavoView m_view;
 };

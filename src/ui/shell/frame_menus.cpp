@@ -7,14 +7,15 @@
 #include <algorithm>
 
 #include "ui/shell/commands.h"
+#include "ui/shell/menu_dock.h"
 #include "ui/shell/menu_table.h"
 #include "ui/shell/recent_files.h"
 
 namespace wavo {
 
-FrameMenus::FrameMenus(QMainWindow& frame, const CommandActions& actions, const BarSetup& setup,
-                       const CommandActions::Handler& handler)
-    : m_frame(frame), m_actions(actions), m_setup(setup) {
+FrameMenus::FrameMenus(QMainWindow& frame, MenuDock& dock, const CommandActions& actions,
+                       const BarSetup& setup, const CommandActions::Handler& handler)
+    : m_frame(frame), m_dock(dock), m_actions(actions), m_setup(setup) {
     MakeRecentFileActions(handler);
     m_show_all = new QAction(QStringLiteral("Show all commands"), &frame);
     m_show_all->setObjectName(QStringLiteral("show_all_commands"));
@@ -26,7 +27,7 @@ FrameMenus::FrameMenus(QMainWindow& frame, const CommandActions& actions, const 
             &m_frame,
             [this] {
                 if (m_shown_last != nullptr) {
-                    m_frame.menuBar()->setActiveAction(m_shown_last->menuAction());
+                    m_dock.Open(*m_shown_last);
                 }
             },
             Qt::QueuedConnection);
@@ -66,7 +67,7 @@ void FrameMenus::BuildMenuBar() {
                 command != nullptr ? MenuText(*command) : QString::fromLatin1(row.text), &m_frame);
             content->menu->setToolTipsVisible(true);
             if (path.empty()) {
-                m_frame.menuBar()->addMenu(content->menu);
+                m_dock.AddMenu(*content->menu);
             } else {
                 path.back()->all.push_back(content->menu->menuAction());
             }
@@ -95,7 +96,7 @@ void FrameMenus::BuildMenuBar() {
         }
         Fill(*shown, true);
         QObject::connect(shown->menu, &QMenu::aboutToShow, &m_frame, [this, shown] {
-            if (m_frame.menuBar()->actions().contains(shown->menu->menuAction())) {
+            if (m_dock.Bar().actions().contains(shown->menu->menuAction())) {
                 m_shown_last = shown->menu;
             }
             Fill(*shown, m_setup.full_menus || m_show_all_once);
@@ -185,7 +186,9 @@ void FrameMenus::ShowRecentFiles(const QStringList& texts, const QStringList& pa
 void FrameMenus::FillBarsMenu(QMenu& menu) const {
     menu.clear();
     for (auto* const bar : m_frame.findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly)) {
-        menu.addAction(bar->toggleViewAction());
+        if (bar != &m_dock) {  // it is always shown
+            menu.addAction(bar->toggleViewAction());
+        }
     }
     for (auto* const dock :
          m_frame.findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly)) {

@@ -17,12 +17,14 @@ class QMenu;
 
 namespace wavo {
 
+class MenuDock;
+
 class FrameMenus {
  public:
     /// Fills the menu bar of `frame`. The references outlive the object; `setup` says what short
     /// menus show.
-    FrameMenus(QMainWindow& frame, const CommandActions& actions, const BarSetup& setup,
-               const CommandActions::Handler& handler);
+    FrameMenus(QMainWindow& frame, MenuDock& dock, const CommandActions& actions,
+               const BarSetup& setup, const CommandActions::Handler& handler);
     /// The menus stay with the frame, but nothing of them comes here any more.
     ~FrameMenus();
     FrameMenus(const FrameMenus&) = delete;
@@ -52,6 +54,7 @@ class FrameMenus {
     [[nodiscard]] const Content* ContentOf(const QMenu& menu) const;
 
     QMainWindow& m_frame;
+    MenuDock& m_dock;
     const CommandActions& m_actions;
     const BarSetup& m_setup;
     std::vector<std::unique_ptr<Content>> m_contents;

@@ -19,6 +19,15 @@ bool IsBar(const QWidget* widget) {
            qobject_cast<const QStatusBar*>(widget) != nullptr;
 }
 
+/// The whole bar that a menu bar lies on, as the menu bar sees it.
+QRect BarBelow(const QWidget* menu_bar, const QRect& otherwise) {
+    if (menu_bar == nullptr) {
+        return otherwise;
+    }
+    const auto* const bar = qobject_cast<const QToolBar*>(menu_bar->parentWidget());
+    return bar == nullptr ? menu_bar->rect() : bar->rect().translated(-menu_bar->pos());
+}
+
 bool StandsInToolBar(const QWidget* widget) {
     return widget != nullptr && qobject_cast<const QToolBar*>(widget->parentWidget()) != nullptr;
 }
@@ -83,7 +92,7 @@ void LookStyle::DrawMenuBarItem(const QStyleOption& option, QPainter& painter,
     // The part of the whole bar that this item covers.
     painter.save();
     painter.setClipRect(item.rect);
-    FillBar(painter, widget != nullptr ? widget->rect() : item.rect, false);
+    FillBar(painter, BarBelow(widget, item.rect), false);
     painter.restore();
     const bool enabled = (item.state & State_Enabled) != 0;
     const bool hot = enabled && (item.state & State_Selected) != 0;
@@ -110,7 +119,7 @@ void LookStyle::drawControl(ControlElement element, const QStyleOption* option, 
             return;
         }
         if (element == CE_MenuBarEmptyArea) {
-            FillBar(*painter, widget != nullptr ? widget->rect() : option->rect, false);
+            FillBar(*painter, BarBelow(widget, option->rect), false);
             return;
         }
         if (element == CE_ToolBar) {

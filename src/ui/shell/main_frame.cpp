@@ -11,8 +11,11 @@
 #include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QToolButton>
+#include <QWidgetAction>
 #include <algorithm>
 
+#include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/elided_label.h"
 #include "ui/shell/about_dlg.h"
 #include "ui/shell/command_icons.h"
@@ -26,7 +29,7 @@ namespace wavo {
 
 namespace {
 
-constexpr int kLayoutVersion = 1;  // of stored layouts; other ones are not read
+constexpr int kLayoutVersion = 2;  // of stored layouts; other ones are not read
 
 CommandId StoredLook(QSettings* settings) {
     const int number =
@@ -45,7 +48,8 @@ CMainFrame::CMainFrame(QSettings* settings)
       m_bars(LoadBarSetup(settings)),
       m_user_images(LoadUserImages(QStringLiteral("./UserImages.bmp"))),
       m_actions(*this, [this](CommandId id) { OnCommand(id); }),
-      m_menus(*this, m_actions, m_bars, [this](CommandId id) { OnCommand(id); }),
+      m_menu_dock(new MenuDock(*this)),
+      m_menus(*this, *m_menu_dock, m_actions, m_bars, [this](CommandId id) { OnCommand(id); }),
       m_recent_files(settings),
       m_look(StoredLook(settings)) {
     setWindowTitle(QStringLiteral("Wavo"));
@@ -56,6 +60,7 @@ CMainFrame::CMainFrame(QSettings* settings)
     }
     ApplyLook(FindLook(static_cast<int>(m_look)));
     CreateStatusBar();
+    CreateCustomizeButton();
     RebuildToolBars();
     ConnectView();
     ShowRecentFiles();
@@ -112,10 +117,25 @@ void CMainFrame::CreateStatusBar() {
             [this](const QPoint& point) { LookMenu().popup(statusBar()->mapToGlobal(point)); });
 }
 
+void CMainFrame::CreateCustomizeButton() {
+    auto* const button = new QToolButton;
+    button->setObjectName(QStringLiteral("customize_button"));
+    button->setPopupMode(QToolButton::InstantPopup);
+    button->setAutoRaise(true);
+    button->setToolTip(ToolTip(*FindCommand(CommandId::kCustomize)));
+    button->setAccessibleName(button->toolTip());
+    auto* const menu = new QMenu(button);
+    menu->addAction(Action(CommandId::kCustomize));
+    button->setMenu(menu);
+    m_customize_item = new QWidgetAction(this);
+    m_customize_item->setDefaultWidget(button);
+}
+
 void CMainFrame::RebuildToolBars() {
     m_actions.SetUserImages(m_bars.user_images, m_user_images);
     setIconSize(QSize(m_bars.icon_size, m_bars.icon_size));
     QList<QToolBar*> before = findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly);
+    before.removeOne(m_menu_dock);
     for (const BarContent& content : m_bars.bars) {
         const QString name = QStringLiteral("tool_bar_") + content.name;
         const auto same = std::find_if(before.begin(), before.end(), [&](const QToolBar* bar) {
@@ -134,6 +154,9 @@ void CMainFrame::RebuildToolBars() {
             } else {
                 bar->addAction(Action(static_cast<CommandId>(item)));
             }
+        }
+        if (&content == &m_bars.bars.front()) {
+            bar->addAction(m_customize_item);
         }
     }
     qDeleteAll(before);
@@ -244,9 +267,21 @@ QMenu* CMainFrame::createPopupMenu() {
     return menu;
 }
 
+bool CMainFrame::event(QEvent* event) {
+    if (event->type() == AppMessageEvent::EventType()) {
+        auto* const message = static_cast<AppMessageEvent*>(event);
+        if (message->number() == AppMessage::kRecordingEnded) {
+            UpdateCommands();
+            message->SetResult(1);
+        }
+        return true;
+    }
+    return QMainWindow::event(event);
+}
+
 void CMainFrame::closeEvent(QCloseEvent* event) {
-    StoreLayout();
     m_view->OnClose();
+    StoreLayout();
     event->accept();
 }
 

@@ -2,7 +2,7 @@
 //
 // Invariants:
 // 1. What can be commanded is asked from the view whenever it may have changed, without waiting
-//    for the event loop.
+//    for the event loop: when the view says so, and when a graph tells that its recording ended.
 // 2. What the user arranged (look, place of the window, bars, recent files) is in the settings
 //    when the window has closed.
 #pragma once
@@ -14,13 +14,15 @@
 #include "ui/shell/bar_setup.h"
 #include "ui/shell/command_actions.h"
 #include "ui/shell/frame_menus.h"
+#include "ui/shell/menu_dock.h"
 #include "ui/shell/recent_files.h"
 #include "view/acquisition_cycle.h"
 #include "view/command_ids.h"
 
 class QLabel;
+class QMenuBar;
 class QSettings;
-class QToolBar;
+class QWidgetAction;
 
 namespace wavo {
 
@@ -47,6 +49,9 @@ class CMainFrame : public QMainWindow {
     /// Shows and stores another arrangement.
     void SetBars(const BarSetup& bars);
 
+    /// The menu bar. (The one of the base is another: it could not be dragged.)
+    [[nodiscard]] QMenuBar* menuBar() const { return &m_menu_dock->Bar(); }
+
     /// The menu of looks that pops up over the status bar.
     [[nodiscard]] QMenu& LookMenu() { return m_menus.LookMenu(); }
 
@@ -54,12 +59,14 @@ class CMainFrame : public QMainWindow {
     QMenu* createPopupMenu() override;
 
  protected:
+    bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
     void ConnectView();
     void CreateStatusBar();
+    void CreateCustomizeButton();
     void RebuildToolBars();
     void RestoreLayout();
     void StoreLayout();
@@ -76,10 +83,12 @@ class CMainFrame : public QMainWindow {
     BarSetup m_bars;
     std::vector<QIcon> m_user_images;
     CommandActions m_actions;
+    MenuDock* const m_menu_dock;  // child
     FrameMenus m_menus;
     RecentFiles m_recent_files;
     CommandId m_look;
     QLabel* m_panes[3] = {};
+    QWidgetAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
 };
 
 }  // namespace wavo

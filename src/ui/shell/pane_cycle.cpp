@@ -9,6 +9,8 @@
 #include <QWidget>
 #include <vector>
 
+#include "ui/shell/menu_dock.h"
+
 namespace wavo {
 
 namespace {
@@ -62,7 +64,9 @@ std::vector<Pane> Panes(QMainWindow& frame) {
         add(dock);
     }
     for (auto* const bar : frame.findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly)) {
-        add(bar);
+        if (dynamic_cast<MenuDock*>(bar) == nullptr) {  // menus have keys of their own
+            add(bar);
+        }
     }
     return panes;
 }

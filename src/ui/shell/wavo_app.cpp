@@ -96,9 +96,9 @@ void CWavoApp::InitInstance(const AppOptions& options) {
         [this, name = options.graph_file] {
             m_graph_file = FindGraphFile(name);
             m_frame->View().OnInitialUpdate(m_graph_file);
+            MTRACE(4, "CWavoApp::InitInstance(): done");
         },
         Qt::QueuedConnection);
-    MTRACE(4, "CWavoApp::InitInstance(): done");
 }
 
 std::string CWavoApp::FindGraphFile(const QString& name) {

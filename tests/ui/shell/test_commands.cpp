@@ -268,7 +268,7 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
     }
     EXPECT_THAT(texts, ElementsAre("Standard", "", "Customize..."));
     m_frame.show();
-    const QToolBar* const bar = m_frame.findChild<QToolBar*>();
+    const QToolBar* const bar = m_frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
     EXPECT_TRUE(bar->isVisible());
     menu->actions().front()->trigger();
     EXPECT_FALSE(bar->isVisible());
