@@ -14,7 +14,7 @@ namespace wavo::testing {
 
 namespace {
 
-constexpr int kLookEvery = 10;    // milliseconds
+constexpr int kLookEvery = 10;   // milliseconds
 constexpr int kMostLooks = 500;  // then whatever is open is closed
 
 QAction& ActionOf(const QWidget& bar_or_menu, const char* text) {

@@ -14,9 +14,7 @@
 
 #include "fake_shared_memory.h"
 #include "graph/model/graph_ini_data.h"
-#include "link/wire_format.h"
 #include "master_window.h"
-#include "platform/message_window.h"
 #include "system_facts.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/message_boxes.h"
