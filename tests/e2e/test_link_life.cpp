@@ -55,7 +55,7 @@ TEST_F(Link, WithoutAMasterTheGraphsAreThereAndEmpty) {
     Open({"X", "Y"});
     ASSERT_TRUE(WaitFor([this] { return View().Board().Drawers().size() == 2; }));
     EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
-    m_frame->resize(500, 300);
+    m_frame->resize(900, 600);
     EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
 }
 
