@@ -55,7 +55,7 @@ TEST_F(Link, WithoutAMasterTheGraphsAreThereAndEmpty) {
     Open({"X", "Y"});
     ASSERT_TRUE(WaitFor([this] { return View().Board().Drawers().size() == 2; }));
     EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
-    m_frame->resize(900, 600);
+    m_frame->resize(900, 550);
     EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
 }
 

@@ -164,6 +164,7 @@ TEST_F(ViewWithEditor, ForgetsZoomsWhenTheGraphsAreMadeAnewOrRestarted) {
     EXPECT_FALSE(Drawer(0).Zoom().active);
     EXPECT_TRUE(IsEnabled(EditorControl::kTimeRange));
     m_view->ZoomGraph(0, 1.0, 3.0);
+    m_view->Execute(CommandId::kStop);
     m_view->Execute(CommandId::kStart);
     EXPECT_TRUE(IsEnabled(EditorControl::kTimeRange));
     EXPECT_FALSE(Drawer(0).Zoom().active);

@@ -40,7 +40,7 @@ class SettingsCommands : public ::testing::Test {
             qputenv(name, m_folder.path().toUtf8());
         }
         m_frame = std::make_unique<CMainFrame>();
-        m_frame->resize(600, 400);
+        m_frame->resize(1000, 700);
         m_frame->show();
         View().OnInitialUpdate(GraphFile());
         QApplication::processEvents();
