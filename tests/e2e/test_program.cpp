@@ -159,7 +159,8 @@ TEST_F(Program, ShowsItsVersion) {
     Start({"--version"});
     const Ended ended = WaitForEnd();
     EXPECT_EQ(ended.code, 0);
-    EXPECT_EQ(ended.output.trimmed(), QStringLiteral("Wavo " WAVO_VERSION));
+    // The toolkit may have said something about the system before.
+    EXPECT_EQ(ended.output.trimmed().section(u'\n', -1), QStringLiteral("Wavo " WAVO_VERSION));
 }
 
 TEST_F(Program, ShowsItsOptions) {

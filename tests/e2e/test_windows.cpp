@@ -1,7 +1,6 @@
 // What only Windows has: loops of its own while a menu is open, and a screen to look at.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <QDir>
 #include <QGuiApplication>
@@ -12,6 +11,9 @@
 #include <set>
 
 #include "viewer_fixture.h"
+
+// Last: it gives names of ours a second meaning.
+#include <windows.h>
 
 namespace wavo::testing {
 namespace {

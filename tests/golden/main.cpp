@@ -1,6 +1,7 @@
 // Runs the golden tests, or with --update makes the reference images anew.
 #include <gtest/gtest.h>
 
+#include <QFont>
 #include <QGuiApplication>
 #include <algorithm>
 #include <cstdio>
@@ -39,8 +40,9 @@ int Update() {
 void ShutOutTheMachine() {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("FONTCONFIG_FILE", WAVO_GOLDEN_FONTS);
+    qputenv("QT_QPA_FONTDIR", WAVO_GOLDEN_FONT_FOLDER);  // where there is no fontconfig
     for (const char* name : {"FONTCONFIG_PATH", "FONTCONFIG_SYSROOT", "QT_FONT_DPI",
-                             "QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_QPA_FONTDIR"}) {
+                             "QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS"}) {
         qunsetenv(name);
     }
 }
@@ -51,6 +53,10 @@ void ShutOutTheMachine() {
 int main(int argc, char** argv) {
     wavo::testing::ShutOutTheMachine();
     const QGuiApplication application(argc, argv);
+    // Where fontconfig does not say so.
+    QFont font;
+    font.setHintingPreference(QFont::PreferNoHinting);
+    QGuiApplication::setFont(font);
     if (argc == 2 && std::strcmp(argv[1], "--update") == 0) {
         return wavo::testing::Update() == 0 ? 0 : 1;
     }

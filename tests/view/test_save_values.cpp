@@ -6,9 +6,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <limits>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,7 +14,6 @@
 #include "expect_errors.h"
 #include "faulty_files.h"
 #include "temporary_folder.h"
-#include "unprivileged.h"
 #include "view/save_values.h"
 
 namespace wavo {
@@ -239,20 +236,6 @@ TEST_F(DataFile, InNoFolderIsAFailure) {
     EXPECT_EQ(Write(), Result::kFailed);
     m_settings.data_file.clear();
     EXPECT_EQ(Write(), Result::kFailed);
-}
-
-TEST_F(DataFile, ThatMayNotBeReplacedStaysWhatItWas) {
-    Add("X", {1.0});
-    EXPECT_EQ(Write(), Result::kWritten);
-    std::filesystem::permissions(m_settings.data_file, std::filesystem::perms::owner_read);
-    Add("X", {2.0});
-    const std::optional<std::string> result = testing::RunUnprivileged(
-        [this] { return std::string(Write() == Result::kFailed ? "failed" : "written"); });
-    if (!result.has_value()) {
-        GTEST_SKIP() << "the rights of the superuser cannot be given up here";
-    }
-    EXPECT_EQ(*result, "failed");
-    EXPECT_EQ(Text(), "X\n1.000000\n");
 }
 
 TEST_F(DataFile, WithoutRoomForTheHeaderIsAFailure) {

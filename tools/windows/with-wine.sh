@@ -17,10 +17,17 @@ mkdir -p "$(dirname "$WINEPREFIX")"
 
 if [ ! -f "$WINEPREFIX/.wavo-ready" ]; then
     echo "==> Making Wine's folder"
-    # Windows draw their own frames: there is no window manager.
+    # Windows draw their own frames: there is no window manager. A program that crashes ends instead
+    # of waiting for a debugger. The fonts of Windows are not here; one that is takes their place.
     xvfb-run -a sh -c '
         wine wineboot -i &&
-        wine reg add "HKCU\\Software\\Wine\\X11 Driver" /v Managed /d N /f' >/dev/null 2>&1
+        wine reg add "HKCU\\Software\\Wine\\X11 Driver" /v Managed /d N /f &&
+        wine reg add "HKLM\\Software\\Microsoft\\Windows NT\\CurrentVersion\\AeDebug" \
+            /v Auto /d 0 /f &&
+        for font in "MS Shell Dlg" "MS Shell Dlg 2" "Segoe UI" Tahoma; do
+            wine reg add "HKCU\\Software\\Wine\\Fonts\\Replacements" /v "$font" \
+                /d "DejaVu Sans" /f || exit
+        done' >/dev/null 2>&1
     wineserver -w
     touch "$WINEPREFIX/.wavo-ready"
 fi

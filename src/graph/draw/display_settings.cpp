@@ -3,6 +3,7 @@
 #include <QFontDatabase>
 #include <QFontInfo>
 #include <QFontMetricsF>
+#include <QGuiApplication>
 #include <algorithm>
 #include <cmath>
 
@@ -25,6 +26,8 @@ int EmHeightOfCell(QFont font, std::int32_t cell_height) {
 
 QFont MakeFont(const FontDescription& description) {
     QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    // Outlines are fitted to pixels as in the rest of the program.
+    font.setHintingPreference(QGuiApplication::font().hintingPreference());
     if (description.face != kSystemFace) {
         font.setFamilies({QString::fromStdString(description.face)});
         const std::int32_t height = std::clamp(description.height, -kMaxFontHeight, kMaxFontHeight);

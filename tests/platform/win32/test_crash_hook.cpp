@@ -37,6 +37,9 @@ __attribute__((noinline)) void GiveUp() {
 __attribute__((noinline)) int FillTheStack(const volatile char* below) {
     volatile char room[1024];
     room[0] = *below;
+    if (room[0] == 0) {
+        return 0;
+    }
     const int sum = FillTheStack(room) + room[0];
     asm volatile("" ::: "memory");
     return sum;

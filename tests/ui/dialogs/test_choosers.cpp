@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QColorDialog>
+#include <QDir>
 #include <QFileDialog>
 #include <QFontDialog>
 #include <QTemporaryDir>
@@ -81,7 +82,8 @@ TEST(Choosers, TheFileDialogAddsTheSuffixAndDoesNotAskAboutAFileThatExists) {
         dialog.selectFile(QStringLiteral("there"));
         QMetaObject::invokeMethod(&dialog, "accept");
     });
-    EXPECT_EQ(ChooseSaveFile(nullptr, question), folder.filePath(QStringLiteral("there.txt")));
+    EXPECT_EQ(ChooseSaveFile(nullptr, question),
+              QDir::toNativeSeparators(folder.filePath(QStringLiteral("there.txt"))));
     WithNextDialog<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
     EXPECT_EQ(ChooseSaveFile(nullptr, question), std::nullopt);
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QCheckBox>
+#include <QDir>
 #include <QFont>
 #include <QTemporaryDir>
 
@@ -321,7 +322,8 @@ TEST_F(Properties, DefaultValuesAreShownAndKeptWithOkAlone) {
     dialog.show();
     Click(dialog, 1056);
     const std::string data_file =
-        m_folder.filePath(QStringLiteral("Velk/wavo_values.txt")).toStdString();
+        QDir::toNativeSeparators(m_folder.filePath(QStringLiteral("Velk/wavo_values.txt")))
+            .toStdString();
     EXPECT_EQ(ShownColor(dialog), QColor(Qt::black));
     EXPECT_EQ(TextOf(dialog, 1034), "5");
     EXPECT_EQ(TextOf(dialog, 1039), "3");

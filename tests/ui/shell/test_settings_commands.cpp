@@ -163,11 +163,11 @@ TEST_F(SettingsCommands, CancelledPropertiesChangeNothing) {
 
 TEST_F(SettingsCommands, PropertiesThatCannotBeWrittenAreUsedAllTheSame) {
     const QString file = m_folder.filePath(QStringLiteral("Velk/wavo.ini"));
+    const std::string shown = QDir::toNativeSeparators(file).toStdString();
     ASSERT_TRUE(QFile::remove(file));
     ASSERT_TRUE(QDir().mkpath(file + QStringLiteral("/folder")));
-    const ExpectErrorLog expected(
-        {"CWavoView::WriteProperties: failed to open '" + file.toStdString() + "'",
-         "CWavoView::WriteProperties: failed to svae '" + file.toStdString() + "'"});
+    const ExpectErrorLog expected({"CWavoView::WriteProperties: failed to open '" + shown + "'",
+                                   "CWavoView::WriteProperties: failed to svae '" + shown + "'"});
     Run<CWavoProperties>(CommandId::kProperties, [&](CWavoProperties& dialog) {
         Type(dialog, wp::kScaleLinesX, QStringLiteral("8"));
         Click(dialog, wp::kOk);
