@@ -112,6 +112,7 @@ class CAxSelect : public EditorStrip, public GraphEditor {
     void ShowWithChosenAxis();
     void ShowNoGraph();
     void ShowCoordinates(const WavoGraph& graph, std::size_t axis);
+    void ShowYAxes(const QString& axes);
     void ShowTriggerState(bool is_defined);
     void ShowScales(const WavoGraph& graph, std::size_t axis);
     void DisplayScaleAx(const ScaleDefinition& scale, EditorControl automatic, EditorControl manual,

@@ -65,7 +65,13 @@ void CAxSelect::ShowNoGraph() {
     const std::string number = Text(kGraphNumber);
     Show(graph, 0);
     SetText(kGraphNumber, QString::fromStdString(number));
-    SetText(kYAxes, {});
+}
+
+// More axes than the field has room for are read in its tool tip.
+void CAxSelect::ShowYAxes(const QString& axes) {
+    SetText(kYAxes, axes);
+    const QString tip = QString::fromUtf8(FindEditorRow(kYAxes).tip);
+    Control(kYAxes)->setToolTip(axes.isEmpty() ? tip : tip + u'\n' + axes);
 }
 
 void CAxSelect::ShowCoordinates(const WavoGraph& graph, std::size_t axis) {
@@ -77,7 +83,7 @@ void CAxSelect::ShowCoordinates(const WavoGraph& graph, std::size_t axis) {
     SetChecked(graph.Mode == GraphMode::kClassic ? kClassic : kContinuity, true);
     SetChecked(graph.ModeAx == AxisDrawMode::kLines ? kLines : kPoints, true);
     SetChecked(kZeroLines, graph.ZeroLines);
-    SetText(kYAxes, QString::fromStdString(YAxesText(graph)));
+    ShowYAxes(QString::fromStdString(YAxesText(graph)));
     if (axis < graph.YCoorAxName.size()) {
         SetText(kYAxis, QString::fromStdString(graph.YCoorAxName[axis]));
         SetText(kDerivation, QString::number(DerivationOf(graph, axis)));

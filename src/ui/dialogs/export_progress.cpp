@@ -1,5 +1,6 @@
 #include "ui/dialogs/export_progress.h"
 
+#include <QDialogButtonBox>
 #include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -33,17 +34,19 @@ ExportProgress::ExportProgress(const std::string& path, QWidget* parent)
     SetControlId(*m_bar, static_cast<int>(ExportProgressId::kBar));
     m_bar->setRange(0, static_cast<int>(kSteps));
     m_bar->setMinimumWidth(fontMetrics().averageCharWidth() * kCharacters);
-    auto* const cancel = new QPushButton(QStringLiteral("Cancel"), this);
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
+    QPushButton* const cancel = buttons->button(QDialogButtonBox::Cancel);
+    cancel->setText(QStringLiteral("Cancel"));
     SetControlId(*cancel, static_cast<int>(ExportProgressId::kCancel));
     cancel->setToolTip(QStringLiteral("Stop writing; the rows that are written stay in the file"));
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     auto* const column = new QVBoxLayout(this);
     column->addWidget(file);
     column->addWidget(m_bar);
     auto* const bottom = new QHBoxLayout;
     bottom->addWidget(m_rows, 1);
-    bottom->addWidget(cancel);
+    bottom->addWidget(buttons);
     column->addLayout(bottom);
 }
 

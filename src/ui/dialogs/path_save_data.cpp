@@ -1,9 +1,9 @@
 #include "ui/dialogs/path_save_data.h"
 
+#include <QDialogButtonBox>
 #include <QFileInfo>
 #include <QFontMetrics>
 #include <QGridLayout>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -21,24 +21,29 @@ namespace {
 
 /// Characters of a path that can be read without scrolling.
 constexpr int kPathCharacters = 56;
+/// Width of the button "..." in characters.
+constexpr int kBrowseCharacters = 6;
 
 const PathSaveDataControl& ControlOf(PathSaveDataId id) {
     return *std::find_if(kPathSaveDataControls.begin(), kPathSaveDataControls.end(),
                          [id](const PathSaveDataControl& control) { return control.id == id; });
 }
 
+void InitControl(PathSaveDataId id, QWidget* control) {
+    SetControlId(*control, static_cast<int>(id));
+    control->setToolTip(QString::fromLatin1(ControlOf(id).tooltip));
+}
+
 template <typename Widget>
 Widget* MakeControl(PathSaveDataId id, QWidget* parent) {
     auto* const control = new Widget(parent);
-    SetControlId(*control, static_cast<int>(id));
-    control->setToolTip(QString::fromLatin1(ControlOf(id).tooltip));
+    InitControl(id, control);
     return control;
 }
 
-QPushButton* MakeButton(PathSaveDataId id, QWidget* parent) {
-    auto* const button = MakeControl<QPushButton>(id, parent);
+void InitButton(PathSaveDataId id, QPushButton* button) {
+    InitControl(id, button);
     button->setText(QString::fromLatin1(ControlOf(id).text));
-    return button;
 }
 
 QLabel* MakeLabel(PathSaveDataId id, QWidget* control) {
@@ -81,14 +86,19 @@ PathSaveData::PathSaveData(const std::string& path, const std::vector<std::strin
 
 void PathSaveData::LayOut() {
     auto* const axes = FindControl(*this, static_cast<int>(PathSaveDataId::kAxes));
-    auto* const browse = MakeButton(PathSaveDataId::kBrowse, this);
+    auto* const browse = new QPushButton(this);
+    InitButton(PathSaveDataId::kBrowse, browse);
     browse->setAutoDefault(false);
+    browse->setFixedWidth(browse->fontMetrics().averageCharWidth() * kBrowseCharacters);
     connect(browse, &QPushButton::clicked, this, [this] { ChoosePath(); });
-    auto* const ok = MakeButton(PathSaveDataId::kOk, this);
-    ok->setDefault(true);
-    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
-    auto* const cancel = MakeButton(PathSaveDataId::kCancel, this);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    auto* const buttons =
+        new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    QPushButton* const ok = buttons->button(QDialogButtonBox::Ok);
+    QPushButton* const cancel = buttons->button(QDialogButtonBox::Cancel);
+    InitButton(PathSaveDataId::kOk, ok);
+    InitButton(PathSaveDataId::kCancel, cancel);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     auto* const grid = new QGridLayout(this);
     grid->addWidget(MakeLabel(PathSaveDataId::kAxes, axes), 0, 0);
@@ -97,12 +107,8 @@ void PathSaveData::LayOut() {
     grid->addWidget(m_path_edit, 1, 1);
     grid->addWidget(browse, 1, 2);
     grid->setColumnStretch(1, 1);
-    auto* const buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
     grid->setRowStretch(2, 1);
-    grid->addLayout(buttons, 3, 0, 1, 3);
+    grid->addWidget(buttons, 3, 0, 1, 3);
     setTabOrder(m_path_edit, browse);
     setTabOrder(browse, ok);
     setTabOrder(ok, cancel);

@@ -13,6 +13,10 @@ namespace wavo {
 
 namespace {
 
+/// How much of the text's colour is in the outlines of controls in a dark window.
+constexpr float kOutlinePart = 0.5F;
+constexpr float kDisabledOutlinePart = 0.2F;
+
 bool IsBar(const QWidget* widget) {
     return qobject_cast<const QMenuBar*>(widget) != nullptr ||
            qobject_cast<const QToolBar*>(widget) != nullptr ||
@@ -137,6 +141,31 @@ void LookStyle::drawControl(ControlElement element, const QStyleOption* option, 
     QProxyStyle::drawControl(element, option, painter, widget);
 }
 
+// The style below outlines with a darker shade of the window, which does not show in a dark one.
+void LookStyle::DrawOutline(PrimitiveElement element, const QStyleOption& option,
+                            QPainter& painter) const {
+    const bool is_radio = element == PE_IndicatorRadioButton;
+    const bool is_edit = element == PE_FrameLineEdit;
+    if (QColor(m_look.window).lightness() >= 128 ||
+        !(is_radio || is_edit || element == PE_IndicatorCheckBox) ||
+        (is_edit && (option.state & State_HasFocus) != 0)) {  // outlined as having the keyboard
+        return;
+    }
+    QColor color(m_look.text);
+    color.setAlphaF((option.state & State_Enabled) != 0 ? kOutlinePart : kDisabledOutlinePart);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(color);
+    painter.setBrush(Qt::NoBrush);
+    const QRectF area = QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5);
+    if (is_radio) {
+        painter.drawEllipse(area);
+    } else {
+        painter.drawRoundedRect(area, is_edit ? 2 : 0, is_edit ? 2 : 0);
+    }
+    painter.restore();
+}
+
 void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
                               QPainter* painter, const QWidget* widget) const {
     if (m_look.bars != BarPainting::kRaised) {
@@ -155,6 +184,7 @@ void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
         }
     }
     QProxyStyle::drawPrimitive(element, option, painter, widget);
+    DrawOutline(element, *option, *painter);
 }
 
 }  // namespace wavo

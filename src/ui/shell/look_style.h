@@ -28,6 +28,7 @@ class LookStyle : public QProxyStyle {
  private:
     void FillBar(QPainter& painter, const QRect& area, bool upright) const;
     void FillHot(QPainter& painter, const QRect& area, bool pressed) const;
+    void DrawOutline(PrimitiveElement element, const QStyleOption& option, QPainter& painter) const;
     void DrawMenuBarItem(const QStyleOption& option, QPainter& painter,
                          const QWidget* widget) const;
 

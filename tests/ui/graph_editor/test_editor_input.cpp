@@ -90,6 +90,14 @@ TEST_F(EditorInput, TheArrowKeysOperateRadiosLikeAClick) {
     EXPECT_EQ(m_graphs[0].YScales[0].ScaleAx, ScaleAxCode::kAutomatic);
 }
 
+TEST_F(EditorInput, MoreAxesThanTheirFieldHasRoomForAreInItsToolTip) {
+    Begin({TimeGraph(1), AxisGraph(2)});
+    EXPECT_TRUE(Get(kYAxes).toolTip().endsWith(QStringLiteral("\nX,X',Y")));
+    Type(kGraphNumber, "2");
+    Click(kDeleteYAxis);
+    EXPECT_EQ(Get(kYAxes).toolTip(), QString::fromUtf8(FindEditorRow(kYAxes).tip));
+}
+
 TEST_F(EditorInput, AnAxisThatTheGraphDoesNotShowHasNoTrigger) {
     WavoGraph graph = TimeGraph();
     graph.Triggers[0] = {TriggerTypeCode::kStopAbove, 1.0, "X"};

@@ -2,11 +2,15 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QImage>
+#include <QLineEdit>
 #include <QMenuBar>
+#include <QRadioButton>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <cmath>
 #include <set>
 
@@ -93,6 +97,31 @@ TEST_P(EveryLook, HasBarsAndWindowsOfOneKindSoThatIconsShowOnBoth) {
     const bool dark = QColor(look.window).lightness() < 128;
     EXPECT_EQ(QColor(look.bar_top).lightness() < 128, dark);
     EXPECT_EQ(QColor(look.bar_bottom).lightness() < 128, dark);
+}
+
+/// The part of a widget's left edge that stands out most from the window around it.
+double OutlineContrast(QWidget& widget, const Look& look) {
+    widget.resize(60, 24);
+    widget.ensurePolished();
+    const QImage picture = widget.grab().toImage();
+    double most = 1.0;
+    for (int x = 0; x < 4; ++x) {
+        most = std::max(most, Contrast(picture.pixelColor(x, 12), QColor(look.window)));
+    }
+    return most;
+}
+
+TEST_P(EveryLook, OutlinesWhatCanBeCheckedAndTyped) {
+    const Look& look = GetParam();
+    ApplyLook(look);
+    QRadioButton radio;
+    QCheckBox check;
+    QLineEdit edit;
+    for (QWidget* const widget : {static_cast<QWidget*>(&radio), static_cast<QWidget*>(&check),
+                                  static_cast<QWidget*>(&edit)}) {
+        EXPECT_GE(OutlineContrast(*widget, look), 1.5) << widget->metaObject()->className();
+    }
+    ApplyLook(FindLook(static_cast<int>(kDefaultLook)));
 }
 
 TEST_P(EveryLook, IsChosenShownAndRemembered) {
