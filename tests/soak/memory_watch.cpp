@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <fstream>
 
 namespace wavo::testing {
@@ -29,6 +30,21 @@ std::uint64_t MemoryWatch::First() const {
 
 std::uint64_t MemoryWatch::Last() const {
     return m_samples.empty() ? 0 : m_samples.back().bytes;
+}
+
+std::string MemoryWatch::ByMinute() const {
+    std::string text;
+    std::int64_t due = 0;
+    for (const Entry& entry : m_samples) {
+        if (entry.second >= due) {
+            char number[40];
+            std::snprintf(number, sizeof number, "%s%.1f", text.empty() ? "" : " ",
+                          static_cast<double>(entry.bytes) / 1048576.0);
+            text += number;
+            due += 60;
+        }
+    }
+    return text;
 }
 
 double MemoryWatch::LargestChange() const {

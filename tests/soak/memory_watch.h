@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace wavo::testing {
@@ -22,6 +23,9 @@ class MemoryWatch {
     [[nodiscard]] double LargestChange() const;
     [[nodiscard]] std::uint64_t First() const;  ///< after the warm-up, bytes
     [[nodiscard]] std::uint64_t Last() const;   ///< bytes
+
+    /// One sample of each minute, megabytes, separated by blanks.
+    [[nodiscard]] std::string ByMinute() const;
 
  private:
     struct Entry {

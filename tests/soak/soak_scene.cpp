@@ -90,17 +90,15 @@ std::vector<WavoGraph> SoakGraphs() {
     return graphs;
 }
 
+// Seldom enough that the buffers fill between two starts: what is needed at most is needed soon.
 void SoakUser::Step() {
-    switch (Below(4)) {
-        case 0:
-            Edit();
-            return;
-        case 1:
-        case 2:
-            Zoom();
-            return;
-        default:
-            Arm();
+    const std::size_t kind = Below(16);
+    if (kind == 0 || !m_view.Acquisition().IsRunning()) {
+        Arm();
+    } else if (kind < 5) {
+        Edit();
+    } else {
+        Zoom();
     }
 }
 
@@ -149,13 +147,12 @@ void SoakUser::Zoom() {
     m_view.ZoomGraph(index, start, start + range * static_cast<double>(10 + Below(40)) / 100.0);
 }
 
-// Start begins all recordings anew and arms their triggers.
+// Start begins all recordings anew and arms their triggers. Half of the time the view stands until
+// the next step.
 void SoakUser::Arm() {
     ++m_arms;
-    if (Below(2) == 0) {
-        m_view.Execute(CommandId::kStop);
-    }
-    m_view.Execute(CommandId::kStart);
+    const bool stop = m_view.Acquisition().IsRunning() && Below(2) == 0;
+    m_view.Execute(stop ? CommandId::kStop : CommandId::kStart);
 }
 
 }  // namespace wavo::testing

@@ -106,7 +106,8 @@ class LongRun : public Viewer {
                   << "resident memory (MB): after warm-up "
                   << static_cast<double>(m_memory.First()) / kMegabyte << ", at the end "
                   << static_cast<double>(m_memory.Last()) / kMegabyte << ", largest change "
-                  << 100.0 * m_memory.LargestChange() << " %\n";
+                  << 100.0 * m_memory.LargestChange() << " %\n"
+                  << "by minute: " << m_memory.ByMinute() << "\n";
     }
 
     std::unique_ptr<DemoMaster> m_master;
