@@ -54,34 +54,6 @@ class FlagScope {
 
 }  // namespace
 
-/// The channel of the capability store: what becomes of its messages is noted as that of others.
-class AcquisitionCycle::WatchedChannel final : public MasterChannel {
- public:
-    WatchedChannel(MasterChannel& channel, AcquisitionCycle& cycle)
-        : m_channel(channel), m_cycle(cycle) {}
-
-    [[nodiscard]] platform::WindowHandle OwnWindow() const override {
-        return m_channel.OwnWindow();
-    }
-    bool Post(platform::WindowHandle master, ToMaster number, std::uint64_t w_param) override {
-        return m_channel.Post(master, number, w_param);
-    }
-    platform::SendStatus Send(platform::WindowHandle master, ToMaster number,
-                              std::uint64_t w_param) override {
-        const platform::SendStatus status = m_channel.Send(master, number, w_param);
-        m_cycle.NoteOutcome(master, status);
-        return status;
-    }
-    [[nodiscard]] bool IsSilent() const override { return m_cycle.m_master_hung; }
-    [[nodiscard]] bool Exists(platform::WindowHandle master) const override {
-        return m_channel.Exists(master);
-    }
-
- private:
-    MasterChannel& m_channel;
-    AcquisitionCycle& m_cycle;
-};
-
 AcquisitionCycle::AcquisitionCycle(MasterChannel& channel, GraphBoard& board, GraphEditor& editor,
                                    AcquisitionHost& host, std::recursive_mutex& value_lock)
     : m_channel(channel),
@@ -89,10 +61,11 @@ AcquisitionCycle::AcquisitionCycle(MasterChannel& channel, GraphBoard& board, Gr
       m_editor(editor),
       m_host(host),
       m_value_lock(value_lock),
-      m_watched_channel(std::make_unique<WatchedChannel>(channel, *this)),
-      m_capabilities(*m_watched_channel) {}
-
-AcquisitionCycle::~AcquisitionCycle() = default;
+      m_watched_channel(channel, m_master_hung,
+                        [this](platform::WindowHandle master, platform::SendStatus status) {
+                            NoteOutcome(master, status);
+                        }),
+      m_capabilities(m_watched_channel) {}
 
 LinkCounters AcquisitionCycle::Counters() const {
     LinkCounters counters = m_counters;
@@ -232,6 +205,7 @@ std::int64_t AcquisitionCycle::OnMessageFromMainNewMValues(std::uint64_t notice)
 }
 
 std::int64_t AcquisitionCycle::TakeBatch() {
+    const Clock::time_point begin = Clock::now();
     ++m_counters.batches_announced;
     if (m_host.IsDrawing()) {
         ++m_counters.batches_refused;
@@ -246,6 +220,7 @@ std::int64_t AcquisitionCycle::TakeBatch() {
         ++m_counters.batches_refused;
         return 0;
     }
+    m_batch_begin = begin;
     std::uint64_t lines = 0;
     if (!ReceiveBatch(lines)) {
         ++m_counters.batches_failed;
@@ -265,6 +240,7 @@ std::int64_t AcquisitionCycle::TakeBatch() {
     m_counters.batches_unanswered += m_ready_pending && !m_ready_on_its_way ? 1 : 0;
     m_ready_pending = true;
     m_ready_on_its_way = false;  // one that is, answers the batch before
+    m_draw_begin = Clock::now();
     m_host.DrawNewValues();
     return 1;
 }
@@ -392,6 +368,7 @@ void AcquisitionCycle::SendPendingReady() {
     }
     MTRACE(4, "OnDraw(): --- tx msg. 'ready for new values'");
     m_ready_on_its_way = true;
+    m_batch_times.drawing = Clock::now() - m_draw_begin;
     SendReady();
     m_ready_pending = false;
     m_ready_on_its_way = false;
@@ -403,6 +380,7 @@ void AcquisitionCycle::SendReady() {
     } else {
         ++m_counters.batches_unanswered;
     }
+    m_batch_times.to_ready = Clock::now() - m_batch_begin;
 }
 
 std::int64_t AcquisitionCycle::EndLink() {

@@ -17,6 +17,7 @@
 //    any handler can be entered while another one waits for its box.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -32,6 +33,7 @@
 #include "platform/message_window.h"
 #include "view/graph_board.h"
 #include "view/link_counters.h"
+#include "view/watched_channel.h"
 
 namespace wavo {
 
@@ -63,12 +65,17 @@ class AcquisitionHost {
     virtual void EndProcess() = 0;
 };
 
+/// Where the time of a batch went.
+struct BatchTimes {
+    std::chrono::nanoseconds drawing{0};   ///< drawn, and shown where the view is visible
+    std::chrono::nanoseconds to_ready{0};  ///< from the announcement until the answer was taken
+};
+
 class AcquisitionCycle {
  public:
     /// None of the references is owned; all outlive the cycle.
     AcquisitionCycle(MasterChannel& channel, GraphBoard& board, GraphEditor& editor,
                      AcquisitionHost& host, std::recursive_mutex& value_lock);
-    ~AcquisitionCycle();
 
     /// Reads the master's info block, takes over its axes and, with `post`, announces the viewer
     /// to the master. False when there is no master.
@@ -111,13 +118,15 @@ class AcquisitionCycle {
     /// Ready messages that the master has taken, since the start of the program.
     [[nodiscard]] std::uint64_t BatchesAnswered() const { return m_counters.batches_answered; }
     [[nodiscard]] LinkCounters Counters() const;
+    /// How long the batch took that was answered last.
+    [[nodiscard]] const BatchTimes& LastBatchTimes() const { return m_batch_times; }
     /// Seconds per line; 0 before the first master.
     [[nodiscard]] double CycleTime() const { return m_info.cycle_time; }
     [[nodiscard]] const std::vector<std::string>& AxisNames() const { return m_axis_names; }
     [[nodiscard]] AxisLimitsSource& Capabilities() { return m_capabilities; }
 
  private:
-    class WatchedChannel;
+    using Clock = std::chrono::steady_clock;
 
     std::int64_t OnMessageFromMainNewMValues(std::uint64_t notice);
     std::int64_t TakeBatch();
@@ -155,8 +164,6 @@ class AcquisitionCycle {
 
     MasterInfo m_info;
     std::vector<std::string> m_axis_names;  // column order; emptied when no master was found
-    const std::unique_ptr<MasterChannel> m_watched_channel;
-    SlaveGlobalCapabilities m_capabilities;
     AxValueReader m_reader;
     std::unique_ptr<double[], FreeMemory> m_input_buffer;
     std::size_t m_input_capacity = 0;  // bytes; 0 = no buffer
@@ -173,6 +180,11 @@ class AcquisitionCycle {
     bool m_read_error_shown = false;
     bool m_lines_lost = false;   // since the last batch that was taken, in a link that goes on
     bool m_master_hung = false;  // the last message sent was not answered in time
+    BatchTimes m_batch_times;
+    Clock::time_point m_batch_begin{};
+    Clock::time_point m_draw_begin{};
+    WatchedChannel m_watched_channel;
+    SlaveGlobalCapabilities m_capabilities;
 };
 
 }  // namespace wavo

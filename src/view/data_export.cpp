@@ -96,6 +96,7 @@ void DataExport::WriteFile() {
     if (result == SaveValues::Result::kFailed) {
         // The text names another place; who reads logs knows it like this.
         MERRLOG("CView::OnCreate(): m_DataExport.CreateDataFile()");
+        m_host.ShowWriteFault(m_path);
     }
 }
 

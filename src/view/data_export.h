@@ -37,6 +37,8 @@ class DataExportHost {
     [[nodiscard]] virtual ExportSettings& CurrentExportSettings() = 0;
     /// Saves the settings of the view; a fault is in the error log.
     virtual void SaveSettings() = 0;
+    /// Tells in the status bar that a file could not be written.
+    virtual void ShowWriteFault(const std::string& path) = 0;
     /// The window that the dialogs of an export belong to; may be null.
     [[nodiscard]] virtual QWidget* ExportWindow() = 0;
 };

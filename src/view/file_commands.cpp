@@ -96,13 +96,16 @@ void FileCommands::ReadSettings(const std::string& path) {
 }
 
 void FileCommands::WriteSettings() {
-    WriteProperties(m_files.CurrentPath(), m_host.MutableSettings());
+    if (!WriteProperties(m_files.CurrentPath(), m_host.MutableSettings())) {
+        m_host.ShowWriteFault(m_files.CurrentPath());
+    }
 }
 
 bool FileCommands::Write() {
     if (m_files.Save()) {
         return true;
     }
+    m_host.ShowWriteFault(m_files.CurrentPath());
     ShowErrorBox(m_host.DialogParent(), "Failed to create ini. data file");
     return false;
 }

@@ -39,6 +39,8 @@ class FileCommandsHost {
     virtual void ShowRunTitle() = 0;
     /// What can be commanded may have changed.
     virtual void CurrentFileChanged() = 0;
+    /// Tells in the status bar that a file could not be written.
+    virtual void ShowWriteFault(const std::string& path) = 0;
     /// Dialogs stand over it.
     [[nodiscard]] virtual QWidget* DialogParent() = 0;
 };

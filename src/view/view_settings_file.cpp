@@ -1,10 +1,12 @@
 #include "view/view_settings_file.h"
 
 #include <array>
+#include <cstring>
 #include <optional>
 #include <string_view>
 
 #include "platform/file.h"
+#include "platform/folders.h"
 #include "support/character_text.h"
 #include "support/diagnostics.h"
 #include "support/fast_file.h"
@@ -115,8 +117,8 @@ ExportSettings ReadExportSettings(const MIniData& store) {
     return settings;
 }
 
-/// Copies a file, byte for byte; a copy that is not whole is removed.
-bool CopyFile(const std::string& from, const std::string& to) {
+/// Copies what a file holds into another one, byte for byte, to the device.
+bool CopyContent(const std::string& from, const std::string& to) {
     platform::FileHandle source = platform::kInvalidFile;
     if (!openfile(from, 0, source)) {
         return false;
@@ -132,12 +134,47 @@ bool CopyFile(const std::string& from, const std::string& to) {
     if (target != platform::kInvalidFile) {
         copied = copied && platform::Files().Flush(target);
         copied = platform::Files().Close(target) && copied;
-        if (!copied) {
-            platform::Files().Remove(to);
-        }
     }
     platform::Files().Close(source);
     return copied;
+}
+
+/// A name for what is kept of `path` that no file has; empty when there are too many.
+std::string FreeNameFor(const std::string& path) {
+    constexpr int kMostKept = 99;
+    for (int number = 1; number <= kMostKept; ++number) {
+        std::string name = path + ".bak";
+        if (number > 1) {
+            name += std::to_string(number);
+        }
+        if (!platform::Files().Exists(name)) {
+            return name;
+        }
+    }
+    return {};
+}
+
+/// Keeps a copy of a file beside it, whole or not at all.
+bool KeepFile(const std::string& path) {
+    const std::string target = FreeNameFor(path);
+    if (target.empty()) {
+        return false;
+    }
+    // "ffw", four digits, ".tmp" and a NUL; with the permissions of the file itself.
+    constexpr std::size_t kTemporaryName = 12;
+    const std::size_t folder = path.rfind(platform::PathSeparator());
+    std::string temporary(path.size() + kTemporaryName, '\0');
+    if (!platform::Files().CreateTemporaryFile(
+            folder == std::string::npos ? std::string() : path.substr(0, folder + 1), "ffw", path,
+            temporary.data())) {
+        return false;
+    }
+    temporary.resize(std::strlen(temporary.c_str()));
+    if (CopyContent(path, temporary) && file_rename(temporary, target)) {
+        return true;
+    }
+    platform::Files().Remove(temporary);
+    return false;
 }
 
 bool SaveFailed(const std::string& path) {
@@ -147,27 +184,29 @@ bool SaveFailed(const std::string& path) {
 
 }  // namespace
 
-void ReadProperties(const std::string& path, ViewSettings& settings) {
+bool ReadProperties(const std::string& path, ViewSettings& settings) {
     // A fixed text, without the name.
     MTRACE(1, "CWavoView::ReadProperties(): Reading ini. file [&s]");
     MIniData store;
     OpenStore(store, path);
+    bool is_written = true;
     if (store.HasNoFileContent()) {
         store.Clear();
         settings = DefaultViewSettings();
-        WriteProperties(path, settings);
+        is_written = WriteProperties(path, settings);
         OpenStore(store, path);
     }
     GetPropertiesFromIniData(store, settings);
+    return is_written;
 }
 
 bool WriteProperties(const std::string& path, const ViewSettings& settings) {
     MIniData store(MIniData::kSaveFlush | MIniData::kSaveSafe);
-    if (!OpenStore(store, path) && !CopyFile(path, path + ".bak")) {
+    if (!OpenStore(store, path) && !KeepFile(path)) {
         return SaveFailed(path);
     }
-    PutPropertiesIntoIniData(settings, store);
-    return store.Save() || SaveFailed(path);
+    const bool all_set = PutPropertiesIntoIniData(settings, store);
+    return (store.Save() && all_set) || SaveFailed(path);
 }
 
 void GetPropertiesFromIniData(const MIniData& store, ViewSettings& settings) {

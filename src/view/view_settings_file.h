@@ -5,8 +5,9 @@
 // 1. Reading always gives a complete record: what is missing or bad is its default, with an
 //    error-log entry for the colour and the font.
 // 2. Writing changes the entries of the settings alone. A file that cannot be parsed is kept under
-//    its name with ".bak" added before another takes its place; when it cannot be kept, it is not
-//    replaced.
+//    its name with ".bak" added, and a number where that name is taken, before another takes its
+//    place; when it cannot be kept, it is not replaced. The kept file has the permissions of the
+//    file, and no other file is ever overwritten by it.
 // 3. The trace level is read, never written: who sets it does so by hand.
 #pragma once
 
@@ -18,10 +19,11 @@
 namespace wavo {
 
 /// Reads the settings from the file `path`. Where there is no file, one with all defaults is
-/// written.
-void ReadProperties(const std::string& path, ViewSettings& settings);
+/// written; false, with an error-log entry, when that failed.
+bool ReadProperties(const std::string& path, ViewSettings& settings);
 
-/// Writes the settings to the file `path`. False, with an error-log entry, when it cannot be saved.
+/// Writes the settings to the file `path`. False, with an error-log entry, when it cannot be saved,
+/// and when a setting could not be put into it; the others are then saved.
 bool WriteProperties(const std::string& path, const ViewSettings& settings);
 
 /// The settings that a store holds.

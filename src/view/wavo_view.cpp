@@ -72,6 +72,9 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
         m_files.Open(file, FileNameOf(file), true);
     }
     Q_EMIT CommandsChanged();  // there is a current file, even when it could not be read
+    if (m_settings_unwritten) {
+        ShowWriteFault(m_settings_file);
+    }
 }
 
 void CWavoView::ReadSettings() {
@@ -82,7 +85,7 @@ void CWavoView::ReadSettings() {
         m_settings = DefaultViewSettings();
         return;
     }
-    ReadProperties(m_settings_file, m_settings);
+    m_settings_unwritten = !ReadProperties(m_settings_file, m_settings);
 }
 
 void CWavoView::SetTraceLevel() const {
@@ -92,8 +95,16 @@ void CWavoView::SetTraceLevel() const {
 void CWavoView::SaveSettings() {
     const std::string file = m_settings_file.empty() ? DefaultSettingsFile() : m_settings_file;
     if (!file.empty()) {
-        WriteProperties(file, m_settings);
+        if (!WriteProperties(file, m_settings)) {
+            ShowWriteFault(file);
+        }
     }
+}
+
+void CWavoView::ShowWriteFault(const std::string& path) {
+    // Until the next news; what is known of the link is not forgotten.
+    Q_EMIT PaneTextChanged(StatusPane::kMessage,
+                           QString::fromStdString("Cannot write " + path + ", see the error log"));
 }
 
 bool CWavoView::OpenMessageWindow() {

@@ -144,6 +144,7 @@ class CWavoView : public QWidget,
     // FileCommandsHost
     [[nodiscard]] ViewSettings& MutableSettings() override { return m_settings; }
     void ShowSettings() override;
+    void ShowWriteFault(const std::string& path) override;
     void ShowNoGraphs() override;
     void ShowTitle(const std::string& title) override;
     void CurrentFileChanged() override;
@@ -189,8 +190,9 @@ class CWavoView : public QWidget,
     void DrawAndShow();
 
     ViewSettings m_settings;
-    std::string m_settings_file;  // where the settings came from and go to
-    std::string m_link_text;      // what the first status bar pane says of the master
+    std::string m_settings_file;        // where the settings came from and go to
+    bool m_settings_unwritten = false;  // a first start could not leave its settings behind
+    std::string m_link_text;            // what the first status bar pane says of the master
     RecentFileList m_recent_files;
     std::recursive_mutex m_value_lock;
     std::recursive_mutex m_graph_lock;  // taken inside the value lock

@@ -6,6 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QApplication>
+
+#include "ui/shell/count_pane.h"
 #include "viewer_fixture.h"
 
 namespace wavo::testing {
@@ -127,6 +130,31 @@ TEST_F(Viewer, WithoutGraphsTheFirstBatchBringsADefaultGraphAndLosesNoLine) {
     EXPECT_EQ(View().Board().Graphs()[0].YCoorAxName, std::vector<std::string>{"Y"});
     EXPECT_THAT(Held("Y"), SizeIs(1500));
     EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("graphs.ini - running"));
+}
+
+TEST_F(Viewer, AClickOnTheCountShowsWhatBecameOfEveryLine) {
+    DemoMaster master({"--motion", "circle", "--lines", "500", "--wait-viewer", "--stay"});
+    Open({"X"});
+    ASSERT_TRUE(WaitForLines(500));
+    auto* const pane = m_frame->findChild<QWidget*>(QStringLiteral("count_pane"));
+    ASSERT_NE(pane, nullptr);
+    auto& count = static_cast<CountPane&>(*pane);
+    EXPECT_EQ(count.DetailsText(), "");
+    QTest::mouseClick(&count, Qt::LeftButton);
+    ASSERT_TRUE(WaitFor(
+        [this] { return Cycle().Counters().batches_announced == Cycle().BatchesAnswered(); }));
+    count.Refresh();
+    const std::string batches = std::to_string(Cycle().BatchesAnswered());
+    EXPECT_EQ(count.DetailsText(),
+              "Lines read\t500\nLines shown\t500\nLines read while stopped\t0\n"
+              "Lines thrown away\t0\nBatches announced\t" +
+                  batches + "\nBatches answered\t" + batches +
+                  "\nBatches whose answer was not taken\t0\n"
+                  "Batches refused\t0\nBatches that could not be read\t0\n"
+                  "Value fifos opened\t1\nValue fifos found damaged\t0\n"
+                  "Overruns reported\t0\n");
+    QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+    EXPECT_EQ(count.DetailsText(), "");
 }
 
 TEST_F(Viewer, AResizeInTheMidstOfABatchLosesNothing) {

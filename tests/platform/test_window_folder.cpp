@@ -150,6 +150,34 @@ TEST_F(WindowFolderTest, WhatDeadProcessesLeftIsSweptAndWhatLivesStays) {
                                      ".new-nonsense-1", std::to_string(window->handle())));
 }
 
+TEST_F(WindowFolderTest, AHandleThatIsTakenIsLeftToItsOwnerAndAnotherOneTried) {
+    const auto owner = Make([](const Message&) { return std::int64_t{77}; });
+    std::vector<WindowHandle> proposed;
+    const auto propose = [&] {
+        proposed.push_back(proposed.size() < 3 ? owner->handle() : owner->handle() % 1000 + 1);
+        return proposed.back();
+    };
+    WindowHandle handle = 0;
+    std::string error;
+    const Descriptor listener = ListenAsWindow(WindowFolderPath(), &handle, &error, propose);
+    ASSERT_TRUE(listener) << error;
+    EXPECT_EQ(proposed.size(), 4U);
+    EXPECT_EQ(handle, proposed.back());
+    EXPECT_EQ(owner->Send(owner->handle(), {1}).result, 77);
+    EXPECT_TRUE(WindowExists(owner->handle()));
+    RemoveWindowName(WindowFolderPath(), handle);
+}
+
+TEST_F(WindowFolderTest, WhenEveryHandleIsTakenThatIsAReason) {
+    const auto owner = Make(nullptr);
+    WindowHandle handle = 0;
+    std::string error;
+    EXPECT_FALSE(
+        ListenAsWindow(WindowFolderPath(), &handle, &error, [&] { return owner->handle(); }));
+    EXPECT_THAT(error, HasSubstr("cannot name a socket in "));
+    EXPECT_THAT(NamesInFolder(), UnorderedElementsAre(std::to_string(owner->handle())));
+}
+
 TEST_F(WindowFolderTest, AnUnfinishedNameOfAnEarlierProcessOfOurNumberIsNoObstacle) {
     std::filesystem::create_directory(WindowFolderPath());
     std::filesystem::permissions(WindowFolderPath(), std::filesystem::perms::owner_all);

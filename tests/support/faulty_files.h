@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/file.h"
@@ -23,6 +25,19 @@ class FaultyFiles final : public platform::FileOperations {
     /// Makes a call of this kind fail with the system error `error`, after `passed` that work.
     /// Every later one works again.
     void Fail(Call call, int error, int passed = 0) { m_faults[call] = {error, passed}; }
+    /// Does something before call number `number` (from 0) of all calls but Size and Exists: what
+    /// another program may do meanwhile.
+    void BeforeCall(int number, std::function<void()> action) {
+        m_action = std::move(action);
+        m_action_at = number;
+    }
+    /// Calls so far, but for Size and Exists.
+    [[nodiscard]] int count() const { return m_count; }
+    /// Makes call number `number` fail with the system error `error`, whatever it is.
+    void FailCall(int number, int error) {
+        m_fail_at = number;
+        m_fail_error = error;
+    }
     /// Takes no more than this many bytes in each write.
     void LimitWrites(std::size_t bytes) { m_largest_write = bytes; }
     /// Has room for this many bytes; what comes beyond fails with "no space left".
@@ -107,6 +122,13 @@ class FaultyFiles final : public platform::FileOperations {
     };
 
     bool Fails(Call call) {
+        if (m_count == m_action_at && m_action) {
+            m_action();
+        }
+        if (m_count++ == m_fail_at) {
+            platform::SetLastError(m_fail_error);
+            return true;
+        }
         const auto found = m_faults.find(call);
         if (found == m_faults.end() || found->second.passed-- > 0) {
             return false;
@@ -118,6 +140,11 @@ class FaultyFiles final : public platform::FileOperations {
 
     platform::FileOperations& m_system = platform::SystemFiles();
     std::map<Call, Fault> m_faults;
+    int m_count = 0;
+    int m_action_at = -1;
+    std::function<void()> m_action;
+    int m_fail_at = -1;
+    int m_fail_error = 0;
     std::size_t m_largest_write = std::numeric_limits<std::size_t>::max();
     std::size_t m_largest_read = std::numeric_limits<std::size_t>::max();
     std::size_t m_space = std::numeric_limits<std::size_t>::max();

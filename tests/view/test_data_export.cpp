@@ -54,6 +54,7 @@ class Export : public ::testing::Test, public DataExportHost, public GraphDrawHo
         m_saved.push_back(m_settings.data_file);
         m_file_there_when_saved = std::filesystem::exists(m_settings.data_file);
     }
+    void ShowWriteFault(const std::string& path) override { m_unwritten.push_back(path); }
     [[nodiscard]] QWidget* ExportWindow() override { return nullptr; }
     // GraphDrawHost
     void RecordingEnded() override {}
@@ -141,6 +142,7 @@ class Export : public ::testing::Test, public DataExportHost, public GraphDrawHo
     const testing::TemporaryFolder m_folder;
     ExportSettings m_settings;
     std::vector<std::string> m_saved;
+    std::vector<std::string> m_unwritten;  // what the status bar told of
     bool m_file_there_when_saved = false;
     int m_asked = 0;
     SlowFiles m_files;
@@ -255,6 +257,7 @@ TEST_F(Export, AFileThatCannotBeMadeIsAnErrorAndItsPathIsSaved) {
     EXPECT_EQ(m_export.OnSaveValues(&Graph()), 1);
     EXPECT_EQ(m_settings.data_file, path);
     EXPECT_THAT(m_saved, ElementsAre(path));
+    EXPECT_THAT(m_unwritten, ElementsAre(path));
 }
 
 TEST_F(Export, AFullDiskIsAnErrorAndLeavesWhatIsWritten) {
@@ -263,6 +266,7 @@ TEST_F(Export, AFullDiskIsAnErrorAndLeavesWhatIsWritten) {
     const ExpectErrorLog expected({kFailed});
     Save();
     EXPECT_EQ(RowsInFile(), kRowsOfPiece);
+    EXPECT_THAT(m_unwritten, ElementsAre(m_settings.data_file));
     EXPECT_FALSE(m_export.IsUnderWay());
 }
 

@@ -51,6 +51,7 @@ class ExportedRecording : public ::testing::TestWithParam<const char*>,
     }
     [[nodiscard]] ExportSettings& CurrentExportSettings() override { return m_settings; }
     void SaveSettings() override {}
+    void ShowWriteFault(const std::string& path) override { ADD_FAILURE() << path; }
     [[nodiscard]] QWidget* ExportWindow() override { return nullptr; }
     void RecordingEnded() override {}
 

@@ -4,9 +4,13 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <cerrno>
+#include <fstream>
+#include <sstream>
 
 #include "cycle_fixture.h"
 #include "expect_errors.h"
+#include "faulty_files.h"
 #include "graph/model/graph_ini_data.h"
 #include "ui/dialogs/choosers.h"
 #include "ui/dialogs/message_boxes.h"
@@ -47,6 +51,7 @@ class FileCommandTest : public testing::CycleFixture,
     }
 
     // GraphFilesHost, FileCommandsHost
+    void ShowWriteFault(const std::string& path) override { m_unwritten.push_back(path); }
     void ShowError(const std::string& text) override { m_host.ShowError(text); }
     void AddToRecentFiles(const std::string& path) override {
         m_host.happened.push_back("recent " + FileNameOf(path));
@@ -64,6 +69,8 @@ class FileCommandTest : public testing::CycleFixture,
     }
     void CurrentFileChanged() override {}
     QWidget* DialogParent() override { return nullptr; }
+
+    std::vector<std::string> m_unwritten;
 
     std::string Path(const char* name) { return m_folder.filePath(name).toStdString(); }
     void Choose(const std::string& path) { m_choice = QString::fromStdString(path); }
@@ -212,6 +219,46 @@ TEST_F(FileCommandTest, SaveThatFailsShowsItAndWritesNoSettings) {
     EXPECT_THAT(m_boxes, ElementsAre(Box{"Failed to create ini. data file", "ERROR",
                                          BoxIcon::kExclamation, BoxButtons::kOk}));
     EXPECT_THAT(m_host.Take(), ElementsAre("box Failed to create ini. data file"));
+    EXPECT_THAT(m_unwritten, ElementsAre(Path("no folder/a.ini")));
+}
+
+TEST_F(FileCommandTest, WhateverStepOfSavingGraphsFailsTheFileIsOldOrNewOrABeginOfTheNew) {
+    const auto text_of = [](const std::string& path) {
+        std::ostringstream text;
+        text << std::ifstream(path, std::ios::binary).rdbuf();
+        return text.str();
+    };
+    const std::string path = MakeFile("a.ini", "X1", 0x111111);
+    const std::string before = text_of(path);
+    m_files.SetCurrentPath(path);
+    AddGraph("Y1");
+    AddGraph("X1");
+    int steps = 0;
+    {
+        testing::FaultyFiles files;
+        ASSERT_TRUE(m_files.Save());
+        steps = files.count();
+    }
+    const std::string after = text_of(path);
+    int failed = 0;
+    for (int step = 0; step < steps; ++step) {
+        SCOPED_TRACE(step);
+        std::ofstream(path, std::ios::binary) << before;
+        {
+            const ExpectAnyErrorLog expected;
+            testing::FaultyFiles files;
+            files.FailCall(step, ENOSPC);
+            failed += m_files.Save() ? 0 : 1;
+        }
+        const std::string text = text_of(path);
+        EXPECT_TRUE(text == before || after.starts_with(text)) << text;
+        EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::Files), QStringList{"a.ini"});
+        EXPECT_EQ(m_board.Graphs().size(), 2U);
+        EXPECT_TRUE(m_files.Save());
+        EXPECT_THAT(GraphsIn(path), SizeIs(2));
+    }
+    EXPECT_GT(steps, 6);
+    EXPECT_GE(failed, steps - 1) << "only closing what was read may fail without harm";
 }
 
 TEST_F(FileCommandTest, SaveAsTakesThePathAndShowsTheNameAlone) {
@@ -254,6 +301,7 @@ TEST_F(FileCommandTest, SaveAsThatFailsHasTheTitleAllTheSame) {
     EXPECT_TRUE(expected.Saw("CWavoView::WriteProperties: failed to svae '" +
                              Path("no folder/a.ini") + "'"));
     EXPECT_EQ(m_files.CurrentPath(), Path("no folder/a.ini"));
+    EXPECT_THAT(m_unwritten, ElementsAre(Path("no folder/a.ini"), Path("no folder/a.ini")));
 }
 
 }  // namespace

@@ -53,6 +53,116 @@ TEST_F(ViewSettingsFile, AFileThatCannotBeParsedIsKeptBeforeAnotherTakesItsPlace
     EXPECT_EQ(m_folder.Read("wavo.ini.bak"), text);
 }
 
+TEST_F(ViewSettingsFile, WhatIsKeptNeverTakesThePlaceOfWhatWasKeptBefore) {
+    for (const char* const text : {"first\n", "second\n", "third\n"}) {
+        Write(text);
+        const ExpectErrorLog expected({FailedToOpen(Path())});
+        EXPECT_TRUE(WriteProperties(Path(), OtherSettings()));
+    }
+    EXPECT_EQ(m_folder.Read("wavo.ini.bak"), "first\n");
+    EXPECT_EQ(m_folder.Read("wavo.ini.bak2"), "second\n");
+    EXPECT_EQ(m_folder.Read("wavo.ini.bak3"), "third\n");
+    EXPECT_EQ(Text(), kOtherText);
+}
+
+TEST_F(ViewSettingsFile, WhatIsKeptIsAsPrivateAsTheFileWas) {
+    Write("no INI file\n");
+    fs::permissions(Path(), fs::perms(0600));
+    const ExpectErrorLog expected({FailedToOpen(Path())});
+    EXPECT_TRUE(WriteProperties(Path(), OtherSettings()));
+    EXPECT_EQ(fs::status(Path() + ".bak").permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(Path()).permissions(), fs::perms(0600));
+}
+
+TEST_F(ViewSettingsFile, AFileWithoutAFreeNameToKeepItUnderIsNotReplaced) {
+    Write("no INI file\n");
+    for (int i = 1; i <= 99; ++i) {
+        std::ofstream(Path() + ".bak" + (i == 1 ? std::string() : std::to_string(i))) << "kept";
+    }
+    const ExpectErrorLog expected({FailedToOpen(Path()), FailedToSave(Path())});
+    EXPECT_FALSE(WriteProperties(Path(), OtherSettings()));
+    EXPECT_EQ(Text(), "no INI file\n");
+    EXPECT_EQ(m_folder.Read("wavo.ini.bak"), "kept");
+}
+
+TEST_F(ViewSettingsFile, ASettingThatIsRefusedFailsAndTheOthersAreSaved) {
+    ViewSettings settings = OtherSettings();
+    settings.export_settings.data_file = "two\nlines";
+    {
+        const ExpectErrorLog expected({FailedToSave(Path())});
+        EXPECT_FALSE(WriteProperties(Path(), settings));
+    }
+    ViewSettings saved = Read();
+    EXPECT_EQ(saved.background, settings.background);
+    EXPECT_EQ(saved.scale_lines_x, settings.scale_lines_x);
+    EXPECT_NE(saved.export_settings.data_file, settings.export_settings.data_file);
+}
+
+/// Calls that a save of settings makes where there is a file already.
+int StepsOfASaveOf(const std::string& path) {
+    FaultyFiles files;
+    EXPECT_TRUE(WriteProperties(path, DefaultViewSettings()));
+    return files.count();
+}
+
+// Every call of a save fails once, or finds the folder gone: the old file, the new one, or, as the
+// order of the steps has it, the part of the new one that was written.
+TEST_F(ViewSettingsFile, WhateverStepOfASaveFailsTheFileIsOldOrNewOrABeginOfTheNew) {
+    ASSERT_TRUE(WriteProperties(Path(), DefaultViewSettings()));
+    const std::string before = Text();
+    ASSERT_TRUE(WriteProperties(Path(), OtherSettings()));
+    const std::string after = Text();
+    int failed = 0;
+    const int steps = StepsOfASaveOf(Path());
+    for (const int error : {ENOSPC, EROFS, EIO}) {
+        for (int step = 0; step < steps; ++step) {
+            SCOPED_TRACE(step);
+            Write(before);
+            bool is_saved = false;
+            {
+                const testing::ExpectAnyErrorLog expected;
+                FaultyFiles files;
+                files.FailCall(step, error);
+                is_saved = WriteProperties(Path(), OtherSettings());
+                EXPECT_EQ(is_saved, !expected.Saw(FailedToSave(Path())));
+            }
+            failed += is_saved ? 0 : 1;
+            const std::string text = Text();
+            EXPECT_TRUE(text == before || after.starts_with(text)) << text;
+            EXPECT_TRUE(!is_saved || text == after);
+            for (const std::string& file : Files()) {
+                EXPECT_TRUE(file == "wavo.ini" || file.starts_with("wavo.ini.bak")) << file;
+            }
+            fs::remove(Path() + ".bak");
+            EXPECT_TRUE(WriteProperties(Path(), OtherSettings()));
+            EXPECT_EQ(Text(), after);
+        }
+    }
+    EXPECT_GT(steps, 6);
+    EXPECT_GT(failed, 3 * 5);
+}
+
+TEST_F(ViewSettingsFile, AFolderThatVanishesAtAnyStepFailsTheSaveAndTheNextOneWorks) {
+    ASSERT_TRUE(WriteProperties(Path(), DefaultViewSettings()));
+    const int steps = StepsOfASaveOf(Path());
+    int failed = 0;
+    for (int step = 0; step < steps; ++step) {
+        SCOPED_TRACE(step);
+        ASSERT_TRUE(WriteProperties(Path(), DefaultViewSettings()));
+        {
+            const testing::ExpectAnyErrorLog expected;
+            FaultyFiles files;
+            files.BeforeCall(step, [this] { fs::remove_all(m_folder.path()); });
+            failed += WriteProperties(Path(), OtherSettings()) ? 0 : 1;
+        }
+        EXPECT_FALSE(fs::exists(m_folder.path()));
+        fs::create_directory(m_folder.path());
+        EXPECT_TRUE(WriteProperties(Path(), OtherSettings()));
+    }
+    EXPECT_GT(steps, 6);
+    EXPECT_EQ(failed, steps);
+}
+
 TEST_F(ViewSettingsFile, AFolderInItsPlaceGivesDefaultsAndStays) {
     fs::create_directory(Path());
     {

@@ -219,7 +219,8 @@ std::string WindowFolder(std::string* error) {
     return path;
 }
 
-Descriptor ListenAsWindow(const std::string& folder, WindowHandle* handle, std::string* error) {
+Descriptor ListenAsWindow(const std::string& folder, WindowHandle* handle, std::string* error,
+                          const std::function<WindowHandle()>& propose) {
     Sweep(folder);
     int failure = EADDRINUSE;
     for (int attempt = 0; attempt < kCreationAttempts; ++attempt) {
@@ -230,7 +231,7 @@ Descriptor ListenAsWindow(const std::string& folder, WindowHandle* handle, std::
             return {};
         }
         // link() never replaces a name, so two processes cannot take the same number.
-        const WindowHandle wanted = RandomHandle();
+        const WindowHandle wanted = propose ? propose() : RandomHandle();
         const bool named = ::link(unfinished.c_str(), WindowPath(folder, wanted).c_str()) == 0;
         failure = named ? 0 : errno;
         ::unlink(unfinished.c_str());

@@ -10,6 +10,7 @@
 //    bound and listen under another name first.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "platform/message_window.h"
@@ -22,8 +23,10 @@ std::string WindowFolder(std::string* error);
 
 /// Makes a non-blocking listening socket under a free handle in `folder` and sweeps out what dead
 /// processes left there. Without a descriptor on failure, with the reason in `*error`. The caller
-/// removes the name with RemoveWindowName.
-Descriptor ListenAsWindow(const std::string& folder, WindowHandle* handle, std::string* error);
+/// removes the name with RemoveWindowName. `propose` gives the handles that are tried, from 1 to
+/// kLargestWindowHandle; null: random ones.
+Descriptor ListenAsWindow(const std::string& folder, WindowHandle* handle, std::string* error,
+                          const std::function<WindowHandle()>& propose = nullptr);
 
 /// Removes the name of a window.
 void RemoveWindowName(const std::string& folder, WindowHandle handle) noexcept;

@@ -19,6 +19,7 @@
 #include "ui/dialogs/elided_label.h"
 #include "ui/shell/about_dlg.h"
 #include "ui/shell/command_icons.h"
+#include "ui/shell/count_pane.h"
 #include "ui/shell/customize_dialog.h"
 #include "ui/shell/looks.h"
 #include "ui/shell/pane_cycle.h"
@@ -95,7 +96,10 @@ void CMainFrame::ConnectView() {
 
 void CMainFrame::CreateStatusBar() {
     m_panes[0] = new ElidedLabel(this);
-    m_panes[1] = new QLabel(this);
+    auto* const count = new CountPane([this] { return m_view->Acquisition().Counters(); }, this);
+    connect(m_view, &CWavoView::PaneTextChanged, count, [count] { count->Refresh(); });
+    count->setObjectName(QStringLiteral("count_pane"));
+    m_panes[1] = count;
     m_panes[2] = new QLabel(this);
     for (QLabel* const pane : m_panes) {
         pane->setMargin(2);
@@ -110,7 +114,8 @@ void CMainFrame::CreateStatusBar() {
         statusBar()->addPermanentWidget(m_panes[index]);
     }
     m_panes[1]->setToolTip(
-        QStringLiteral("Lines received from the master since it started the link"));
+        QStringLiteral("Lines received from the master since it started the link; click for "
+                       "what became of them"));
     m_panes[2]->setToolTip(QStringLiteral("Cycle time of the master, seconds per line"));
     statusBar()->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(statusBar(), &QWidget::customContextMenuRequested, this,

@@ -1,0 +1,158 @@
+#include "soak_scene.h"
+
+#include <QFile>
+#include <cmath>
+#include <cstdio>
+
+#include "ui/dialogs/app_messages.h"
+
+namespace wavo::testing {
+
+namespace {
+
+constexpr std::size_t kStreamsOfGraph = kSoakAxes / kSoakGraphs;
+constexpr double kTimeRange = 10.0;  // s
+constexpr std::size_t kRecordedLines = 8000;
+constexpr double kAmplitude = 100.0;
+
+TriggerTypeCode TriggerOf(std::size_t graph) {
+    switch (graph % 4) {
+        case 1:
+            return TriggerTypeCode::kStartAbove;
+        case 3:
+            return TriggerTypeCode::kStopBelow;
+        default:
+            return TriggerTypeCode::kNone;
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> SoakAxisNames() {
+    std::vector<std::string> names;
+    for (std::size_t axis = 0; axis < kSoakAxes; ++axis) {
+        names.push_back("A" + std::to_string(axis));
+    }
+    return names;
+}
+
+void WriteSoakRecording(const QString& path) {
+    std::string text;
+    for (const std::string& name : SoakAxisNames()) {
+        text += (text.empty() ? "" : ",") + name;
+    }
+    text += '\n';
+    for (std::size_t line = 0; line < kRecordedLines; ++line) {
+        for (std::size_t axis = 0; axis < kSoakAxes; ++axis) {
+            constexpr double kTurn = 6.283185307179586;
+            const double turns =
+                static_cast<double>(line) / kRecordedLines + static_cast<double>(axis) / kSoakAxes;
+            char number[40];
+            std::snprintf(number, sizeof number, "%s%.6f", axis == 0 ? "" : ",",
+                          kAmplitude * std::sin(kTurn * turns));
+            text += number;
+        }
+        text += '\n';
+    }
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write(text.data(), static_cast<qint64>(text.size()));
+    }
+}
+
+std::vector<WavoGraph> SoakGraphs() {
+    const std::vector<std::string> names = SoakAxisNames();
+    std::vector<WavoGraph> graphs;
+    for (std::size_t g = 0; g < kSoakGraphs; ++g) {
+        const std::string* const axes = &names[g * kStreamsOfGraph];
+        WavoGraph graph;
+        graph.InitGraph(static_cast<std::uint32_t>(g + 1), axes[0].c_str(), 0, nullptr);
+        graph.XScale.TimeRange = kTimeRange;
+        graph.YScales[0].Minimum = -kAmplitude;
+        graph.YScales[0].Maximum = kAmplitude;
+        graph.Triggers[0] = {TriggerOf(g), kAmplitude / 2, axes[0]};
+        if (g % 4 == 0) {
+            graph.XCoorType = CoorType::kAxis;
+            graph.XCoorAxName = axes[1];
+            graph.XScale = graph.YScales[0];
+        } else {
+            for (std::size_t i = 1; i < kStreamsOfGraph; ++i) {
+                graph.YCoorAxName.push_back(axes[i]);
+                graph.YCoorAxColor.push_back(0x40FF40U + static_cast<ColorRef>(i) * 40U);
+                graph.YCoorAxDerivation.push_back(static_cast<std::int32_t>(i % 3));
+                graph.Triggers.push_back({TriggerTypeCode::kNone, 0.0, axes[i]});
+                graph.YScales.push_back(graph.YScales[0]);
+                graph.YScales.back().ScaleAx = ScaleAxCode::kAutomatic;
+            }
+        }
+        graphs.push_back(graph);
+    }
+    return graphs;
+}
+
+// Seldom enough that the buffers fill between two starts: what is needed at most is needed soon.
+void SoakUser::Step() {
+    const std::size_t kind = Below(16);
+    if (kind == 0 || !m_view.Acquisition().IsRunning()) {
+        Arm();
+    } else if (kind < 5) {
+        Edit();
+    } else {
+        Zoom();
+    }
+}
+
+// As the graph editor does: the record changes, then the view hears of it.
+void SoakUser::Edit() {
+    ++m_edits;
+    WavoGraph& graph = m_view.Board().Graphs()[Below(kSoakGraphs)];
+    switch (Below(6)) {
+        case 0:
+            graph.Mode =
+                graph.Mode == GraphMode::kClassic ? GraphMode::kContinuity : GraphMode::kClassic;
+            break;
+        case 1:
+            graph.ModeAx =
+                graph.ModeAx == AxisDrawMode::kLines ? AxisDrawMode::kPoints : AxisDrawMode::kLines;
+            break;
+        case 2:
+            graph.ZeroLines = !graph.ZeroLines;
+            break;
+        case 3:
+            graph.YCoorAxColor[0] = static_cast<ColorRef>(m_random()) | 0x808080U;
+            graph.YCoorAxColor[0] &= 0xFFFFFFU;
+            break;
+        case 4:
+            if (graph.XCoorType == CoorType::kTime) {
+                graph.XScale.TimeRange = kTimeRange * static_cast<double>(1 + Below(4)) / 4.0;
+            }
+            break;
+        default:
+            graph.Triggers[0].TriggerValue = static_cast<double>(Below(180)) - 90.0;
+    }
+    SendAppMessage(&m_view, AppMessage::kGraphChanged, 0, graph.GraphNumber);
+}
+
+void SoakUser::Zoom() {
+    ++m_zooms;
+    const std::size_t index = Below(kSoakGraphs);
+    const GraphDraw& drawer = *m_view.Board().Drawers()[index];
+    const WavoGraph& graph = drawer.Graph();
+    if (graph.XCoorType != CoorType::kTime || Below(3) == 0) {
+        m_view.ZoomOut(graph.GraphNumber);
+        return;
+    }
+    const double range = graph.XScale.TimeRange;
+    const double start = range * static_cast<double>(Below(50)) / 100.0;
+    m_view.ZoomGraph(index, start, start + range * static_cast<double>(10 + Below(40)) / 100.0);
+}
+
+// Start begins all recordings anew and arms their triggers. Half of the time the view stands until
+// the next step.
+void SoakUser::Arm() {
+    ++m_arms;
+    const bool stop = m_view.Acquisition().IsRunning() && Below(2) == 0;
+    m_view.Execute(stop ? CommandId::kStop : CommandId::kStart);
+}
+
+}  // namespace wavo::testing
