@@ -147,8 +147,7 @@ void Tour::SaveNewAndOpen() {
     // The next batch brings a graph, and with it the name of the document.
     ASSERT_TRUE(WaitFor([this] { return Title() == "graphs.ini - running"; }));
     ASSERT_TRUE(WaitFor([this] { return View().Board().Drawers().size() == 1; }));
-    EXPECT_EQ(View().Board().Graphs().front().Triggers.front().TriggerType,
-              TriggerTypeCode::kNone);
+    EXPECT_EQ(View().Board().Graphs().front().Triggers.front().TriggerType, TriggerTypeCode::kNone);
     ChooseFile([this] { Press(*m_frame, Qt::Key_O, Qt::ControlModifier); }, Path("mine.ini"));
     EXPECT_EQ(Title(), "mine.ini - running");
     ASSERT_TRUE(WaitFor([this] { return Offers(CommandId::kStartAfterTrigger); }));
@@ -167,31 +166,30 @@ void Tour::SaveNewAndOpen() {
 void Tour::PrintToAFile() {
     const QString file = Path("page.pdf");
     User user;
-    user.Begin({[](QWidget& top) {
-                    auto* const box = qobject_cast<QMessageBox*>(&top);
-                    ASSERT_NE(box, nullptr);
-                    EXPECT_EQ(box->windowTitle(), "Inconvenient back ground color");
-                    QTest::mouseClick(box->button(QMessageBox::Yes), Qt::LeftButton);
-                },
-                [&](QWidget& top) {
-                    auto* const dialog = qobject_cast<QPrintDialog*>(&top);
-                    ASSERT_NE(dialog, nullptr);
-                    auto* const printers =
-                        dialog->findChild<QComboBox*>(QStringLiteral("printers"));
-                    ASSERT_NE(printers, nullptr);
-                    printers->setCurrentIndex(
-                        printers->findText(QStringLiteral("Print to File (PDF)")));
-                    auto* const name = dialog->findChild<QLineEdit*>(QStringLiteral("filename"));
-                    ASSERT_NE(name, nullptr);
-                    name->setText(file);
-                    for (auto* const button : dialog->findChildren<QPushButton*>()) {
-                        if (button->text().contains(QStringLiteral("Print"))) {
-                            QTest::mouseClick(button, Qt::LeftButton);
-                            return;
-                        }
-                    }
-                    ADD_FAILURE() << "no button to print";
-                }});
+    user.Begin(
+        {[](QWidget& top) {
+             auto* const box = qobject_cast<QMessageBox*>(&top);
+             ASSERT_NE(box, nullptr);
+             EXPECT_EQ(box->windowTitle(), "Inconvenient back ground color");
+             QTest::mouseClick(box->button(QMessageBox::Yes), Qt::LeftButton);
+         },
+         [&](QWidget& top) {
+             auto* const dialog = qobject_cast<QPrintDialog*>(&top);
+             ASSERT_NE(dialog, nullptr);
+             auto* const printers = dialog->findChild<QComboBox*>(QStringLiteral("printers"));
+             ASSERT_NE(printers, nullptr);
+             printers->setCurrentIndex(printers->findText(QStringLiteral("Print to File (PDF)")));
+             auto* const name = dialog->findChild<QLineEdit*>(QStringLiteral("filename"));
+             ASSERT_NE(name, nullptr);
+             name->setText(file);
+             for (auto* const button : dialog->findChildren<QPushButton*>()) {
+                 if (button->text().contains(QStringLiteral("Print"))) {
+                     QTest::mouseClick(button, Qt::LeftButton);
+                     return;
+                 }
+             }
+             ADD_FAILURE() << "no button to print";
+         }});
     SetBoxHandler(nullptr);
     Press(*m_frame, Qt::Key_P, Qt::ControlModifier);
     EXPECT_EQ(user.LastSeen(), "QPrintDialog");
@@ -200,8 +198,8 @@ void Tour::PrintToAFile() {
     ASSERT_TRUE(process.waitForFinished(60000)) << "pdftoppm is missing (poppler-utils)";
     const QImage page(file + QStringLiteral(".png"));
     ASSERT_FALSE(page.isNull());
-    EXPECT_EQ(page.pixelColor(0, 0), QColor(Qt::white));                // the margin
-    EXPECT_EQ(page.pixelColor(page.width() / 2, 40), QColor(Qt::black));  // the background
+    EXPECT_EQ(page.pixelColor(0, 0), QColor(Qt::white));               // the margin
+    EXPECT_LT(page.pixelColor(page.width() / 2, 40).lightness(), 64);  // the graphs
 }
 
 TEST_F(Tour, FromTheStartToTheEnd) {
@@ -222,8 +220,7 @@ TEST_F(Tour, FromTheStartToTheEnd) {
     EXPECT_FALSE(Cycle().IsMasterKnown());
     EXPECT_FALSE(Cycle().IsReaderOpen());
     const std::uint64_t lines = Cycle().TotalLines();
-    ASSERT_TRUE(
-        WaitFor([&] { return master.Output().contains(QStringLiteral("disconnected")); }));
+    ASSERT_TRUE(WaitFor([&] { return master.Output().contains(QStringLiteral("disconnected")); }));
     QTest::qWait(100);
     EXPECT_EQ(Cycle().TotalLines(), lines);
     const auto totals = master.End();

@@ -115,8 +115,8 @@ class Offered : public ::testing::Test {
         const auto sender = platform::MessageWindow::Create(
             [](const platform::Message&) { return std::int64_t{1}; }, &error);
         ASSERT_NE(sender, nullptr) << error;
-        ASSERT_TRUE(sender->Post(View().Window(),
-                                 {static_cast<std::uint32_t>(number), w_param, 0}));
+        ASSERT_TRUE(
+            sender->Post(View().Window(), {static_cast<std::uint32_t>(number), w_param, 0}));
         QTest::qWait(50);
     }
 

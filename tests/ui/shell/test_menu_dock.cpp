@@ -171,8 +171,7 @@ TEST_F(Dock, TheToolBarEndsInAButtonThatCustomizes) {
     ASSERT_NE(button, nullptr);
     EXPECT_TRUE(button->isVisible());
     EXPECT_EQ(button->parentWidget()->objectName(), "tool_bar_Standard");
-    EXPECT_EQ(button->menu()->actions(),
-              QList<QAction*>{m_frame.Action(CommandId::kCustomize)});
+    EXPECT_EQ(button->menu()->actions(), QList<QAction*>{m_frame.Action(CommandId::kCustomize)});
     EXPECT_EQ(m_frame.Action(CommandId::kCustomize)->text(), "Customize...");
     m_frame.SetBars(m_frame.Bars());
     QCoreApplication::processEvents();
