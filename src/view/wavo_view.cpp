@@ -1,5 +1,6 @@
 #include "view/wavo_view.h"
 
+#include <QCoreApplication>
 #include <QPaintEvent>
 #include <QPainter>
 #include <algorithm>
@@ -264,6 +265,9 @@ void CWavoView::DrawNewValues() {
 }
 
 void CWavoView::RebuildGraphs() {
+    // Changes that were announced before are in the graphs that are made now. Made once more after
+    // its trigger has stopped it, a graph would get no values.
+    QCoreApplication::removePostedEvents(this, AppMessageEvent::EventType());
     m_editor->SetBackground(m_settings.background);
     ClearZoomHistory();
     m_mouse.Cancel();

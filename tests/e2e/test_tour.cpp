@@ -198,8 +198,8 @@ void Tour::PrintToAFile() {
     ASSERT_TRUE(process.waitForFinished(60000)) << "pdftoppm is missing (poppler-utils)";
     const QImage page(file + QStringLiteral(".png"));
     ASSERT_FALSE(page.isNull());
-    EXPECT_EQ(page.pixelColor(0, 0), QColor(Qt::white));                  // the margin
-    EXPECT_EQ(page.pixelColor(page.width() / 2, 40), QColor(Qt::black));  // the background
+    EXPECT_EQ(page.pixelColor(0, 0), QColor(Qt::white));               // the margin
+    EXPECT_LT(page.pixelColor(page.width() / 2, 40).lightness(), 64);  // the graphs
 }
 
 TEST_F(Tour, FromTheStartToTheEnd) {

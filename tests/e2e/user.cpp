@@ -5,10 +5,12 @@
 #include <QApplication>
 #include <QDialog>
 #include <QLineEdit>
+#include <QListView>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTest>
 #include <QWindow>
+#include <utility>
 
 namespace wavo::testing {
 
@@ -49,22 +51,24 @@ void ClickItem(const QWidget& menu_bar, const char* menu, const char* item) {
 }
 
 void Press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers) {
+    window.activateWindow();  // there is no window manager that does it when a menu has closed
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     QTest::keyClick(window.windowHandle(), key, modifiers);
 }
 
 void EnterPath(QDialog& dialog, const QString& path) {
     auto* const edit = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
     ASSERT_NE(edit, nullptr);
-    edit->setFocus();
-    edit->selectAll();
-    QTest::keyClicks(edit, path);
+    // Without a window manager the dialog may lack the keyboard: typed keys would be lost.
+    dialog.findChild<QListView*>(QStringLiteral("listView"))->clearSelection();
+    edit->setText(path);
     QTest::keyClick(edit, Qt::Key_Return);
 }
 
 void User::Begin(std::vector<Step> steps, std::function<bool()> goes_on) {
     m_steps = std::move(steps);
     m_goes_on = std::move(goes_on);
-    m_top = nullptr;
+    m_top = m_worked_on = nullptr;
     m_watching = m_has_gone_on = false;
     m_looks = 0;
     QTimer::singleShot(kLookEvery, this, &User::Look);
@@ -77,13 +81,18 @@ void User::Look() {
     }
     // A step may open a window and stay in its event loop.
     QTimer::singleShot(kLookEvery, this, &User::Look);
+    if (top != nullptr && top == m_worked_on) {
+        return;
+    }
     if (top != nullptr && top != m_top && top->isVisible() && !m_watching) {
         m_top = top;
         m_last_seen = top->metaObject()->className();
         if (!m_steps.empty()) {
             const Step step = m_steps.front();
             m_steps.erase(m_steps.begin());
+            const QWidget* const below = std::exchange(m_worked_on, top);
             step(*top);
+            m_worked_on = below;
             return;
         }
     }

@@ -45,6 +45,7 @@ class User : public QObject {
     std::vector<Step> m_steps;
     std::function<bool()> m_goes_on;
     const QWidget* m_top = nullptr;
+    const QWidget* m_worked_on = nullptr;  // by a step that has not come back yet
     std::string m_last_seen;
     bool m_watching = false;
     bool m_has_gone_on = false;

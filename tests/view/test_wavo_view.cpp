@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QPainter>
 #include <QPrinter>
+#include <QProcess>
 #include <QResizeEvent>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -96,6 +97,29 @@ class View : public ::testing::Test {
     std::vector<std::string> m_boxes;
     CWavoView m_view;
 };
+
+/// The first page of a PDF file, 500 dots per inch.
+QImage PageOf(const QString& file) {
+    QProcess process;
+    process.start(QStringLiteral("pdftoppm"),
+                  {QStringLiteral("-r"), QStringLiteral("500"), QStringLiteral("-png"),
+                   QStringLiteral("-singlefile"), file, file});
+    EXPECT_TRUE(process.waitForFinished(60000)) << "pdftoppm is missing (poppler-utils)";
+    return QImage(file + QStringLiteral(".png")).convertToFormat(QImage::Format_RGB32);
+}
+
+/// What is not the white of the paper.
+QRect DarkPart(const QImage& page) {
+    QRect part;
+    for (int y = 0; y < page.height(); ++y) {
+        for (int x = 0; x < page.width(); ++x) {
+            if (page.pixel(x, y) != qRgb(255, 255, 255)) {
+                part |= QRect(x, y, 1, 1);
+            }
+        }
+    }
+    return part;
+}
 
 constexpr int kZoomEnable = 1072;
 constexpr int kAllGraphs = 1030;
@@ -191,6 +215,18 @@ TEST_F(View, SaysWhatAGraphNeedsThatIsMadeAnewAfterItsTrigger) {
     EXPECT_EQ(panes.back()[1].toString(), "Connected to the master process (Dorvane)");
 }
 
+TEST_F(View, MakesItsGraphsOnceForChangesThatCameBefore) {
+    PostAppMessage(&m_view, AppMessage::kGraphChanged, 0, 1);
+    SendAppMessage(&m_view, AppMessage::kGraphChanged, 0, 1);
+    Feed(100, 10.0);
+    ASSERT_EQ(Drawer(1).State(), RunState::kStoppedAfterStop);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(Drawer(1).State(), RunState::kStoppedAfterStop);
+    PostAppMessage(&m_view, AppMessage::kGraphChanged, 0, 1);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(Drawer(1).State(), RunState::kWaitingForStop);
+}
+
 TEST_F(View, TitlesFollowTheCommands) {
     QSignalSpy titles(&m_view, &CWavoView::FrameTitleChanged);
     m_view.Execute(CommandId::kStop);
@@ -279,7 +315,21 @@ TEST_F(View, PrintsWhatItShows) {
                                  {},
                                  {}});
     m_view.Execute(CommandId::kPrint);
-    EXPECT_GT(QFile(file).size(), 1000);
+    const QImage& picture = m_view.Picture();
+    const QImage page = PageOf(file);
+    const QRect printed = DarkPart(page);
+    const double scale = static_cast<double>(printed.width()) / picture.width();
+    ASSERT_GT(scale, 4.0) << "pixels are not told apart";
+    EXPECT_NEAR(printed.height() / scale, picture.height(), 1.0);
+    int different = 0;
+    for (int y = 1; y < picture.height() - 1; ++y) {
+        for (int x = 1; x < picture.width() - 1; ++x) {
+            const QRgb on_page = page.pixel(printed.left() + static_cast<int>((x + 0.5) * scale),
+                                            printed.top() + static_cast<int>((y + 0.5) * scale));
+            different += on_page == picture.pixel(x, y) ? 0 : 1;
+        }
+    }
+    EXPECT_EQ(different, 0) << "pixels that are not as on the screen";
 }
 
 }  // namespace
