@@ -42,7 +42,7 @@ class Viewer : public ::testing::Test {
             return ::testing::AssertionSuccess();
         }
         return ::testing::AssertionFailure() << Cycle().TotalLines() << " lines of " << lines
-                                             << " and " << m_boxes.size() << " boxes";
+                                             << ", boxes: " << ::testing::PrintToString(m_boxes);
     }
 
     /// Writes a graph file into the test's folder and returns its path.

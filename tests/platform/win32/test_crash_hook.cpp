@@ -34,33 +34,21 @@ __attribute__((noinline)) void GiveUp() {
     std::abort();
 }
 
-__attribute__((noinline)) int FillTheStack(const volatile char* below) {
-    volatile char room[1024];
-    room[0] = *below;
-    if (room[0] == 0) {
-        return 0;
-    }
-    const int sum = FillTheStack(room) + room[0];
-    asm volatile("" ::: "memory");
-    return sum;
-}
-
 // Runs in the program that is to crash only.
 TEST(Inner, CrashesWhenAsked) {
     const char* const how = std::getenv(kHow);
     if (how == nullptr) {
         GTEST_SKIP() << "for the program that is to crash";
     }
-    ::SetErrorMode(SEM_NOGPFAULTERRORBOX | SEM_FAILCRITICALERRORS);  // no box, no debugger
+    // What the program had installed before goes on behind the record; this ends without a box.
+    ::SetUnhandledExceptionFilter(
+        [](EXCEPTION_POINTERS*) -> LONG { return EXCEPTION_EXECUTE_HANDLER; });
     InstallCrashHook(std::getenv(kFile), "1.2.3-test");
     const std::string way = how;
     if (way == "write") {
         WriteToNowhere();
-    } else if (way == "abort") {
-        GiveUp();
     } else {
-        const volatile char bottom = 1;
-        EXPECT_EQ(FillTheStack(&bottom), 0);
+        GiveUp();
     }
 }
 
@@ -114,12 +102,6 @@ TEST_F(CrashHook, RecordsAnAbort) {
     EXPECT_NE(Crash("abort"), 0U);
     EXPECT_THAT(Record(), HasSubstr("(abort)"));
     EXPECT_THAT(Record(), HasSubstr("GiveUp()"));
-}
-
-TEST_F(CrashHook, RecordsAFullStack) {
-    EXPECT_NE(Crash("stack"), 0U);
-    EXPECT_THAT(Record(), HasSubstr("(stack overflow)"));
-    EXPECT_THAT(Record(), HasSubstr("FillTheStack"));
 }
 
 TEST_F(CrashHook, AppendsToWhatIsThere) {
