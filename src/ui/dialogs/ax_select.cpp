@@ -33,7 +33,7 @@ CAxSelect::CAxSelect(QObject* view, QWidget* parent)
       m_picked_color(FirstCurveColor(m_background)) {
     ConnectControls();
     ConnectTexts();
-    SetAcquisitionRuns(true);
+    SetEnabled(kSaveValues, false);  // values flow from the start
     ShowNoGraph();
 }
 
@@ -203,6 +203,7 @@ std::int64_t CAxSelect::OnMessage(AppMessage number, std::int64_t l_param) {
             }
             return 1;
         case AppMessage::kSelectGraphAndTime: {
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): what a message carries is a number
             const auto* const chosen = reinterpret_cast<const GraphAndTime*>(l_param);
             if (chosen != nullptr && Find(chosen->graph_number) != nullptr) {
                 SelectByMessage(chosen->graph_number);

@@ -88,6 +88,9 @@ void EditorStrip::MakeControls() {
     for (const EditorRow& row : EditorControls()) {
         QWidget* const control = MakeControl(row);
         InitControl(*control, TextsOf(row));
+        if (*row.text == '\0') {  // nothing beside it says what it is
+            control->setAccessibleName(QString::fromUtf8(row.tip));
+        }
         m_controls[row.id] = control;
     }
     using enum EditorControl;

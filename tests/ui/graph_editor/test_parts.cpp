@@ -29,6 +29,7 @@ TEST_F(EditorParts, EveryControlIsThereOnceWithAToolTip) {
         EXPECT_TRUE(numbers.insert(number).second) << number;
         EXPECT_EQ(m_editor->findChildren<QWidget*>(ControlName(number)).size(), 1) << number;
         EXPECT_FALSE(Get(row.id).toolTip().isEmpty()) << number;
+        EXPECT_FALSE(Get(row.id).accessibleName().isEmpty()) << number;
         EXPECT_EQ(&FindEditorRow(row.id), &row);
     }
     const std::set<int> all = {2,    1003, 1005, 1006, 1007, 1009, 1010, 1011, 1012, 1013,
