@@ -171,6 +171,20 @@ TEST_F(Damage, AViewerClosesAtOnceWhileTheMasterHangs) {
     ASSERT_TRUE(WaitFor([&] { return master.Output().contains(QStringLiteral("disconnected")); }));
 }
 
+TEST_F(Damage, ASaveThatFailsIsToldInTheStatusBarAndTheValuesGoOn) {
+    DemoMaster master({"--motion", "circle"});
+    Open({"X"});
+    ASSERT_TRUE(WaitForLines(200));
+    const std::string file = View().Files().CurrentPath();
+    ASSERT_TRUE(m_folder.remove());
+    const ExpectAnyErrorLog expected;
+    View().Execute(CommandId::kSave);
+    EXPECT_THAT(TakeBoxes(), ElementsAre("ERROR: Failed to create ini. data file"));
+    EXPECT_EQ(Message(), "Cannot write " + file + ", see the error log");
+    ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
+    EXPECT_THAT(View().Board().Graphs(), SizeIs(1));
+}
+
 // ---- a master that dies ----
 
 int CyclesOfThisRun() {

@@ -374,19 +374,20 @@ int WindowCore::Pump(Clock::time_point deadline) {
 }
 
 void WindowCore::HandleEvent(const epoll_event& event) {
-    if (event.data.u64 == kSignalId) {
+    const ConnectionId id = event.data.u64;  // a copy: the event is packed and not aligned
+    if (id == kSignalId) {
         return;  // what it tells of is found in the queue
     }
-    if (event.data.u64 == kListenerId) {
+    if (id == kListenerId) {
         Accept();
         return;
     }
-    if (const auto found = m_incoming.find(event.data.u64); found != m_incoming.end()) {
+    if (const auto found = m_incoming.find(id); found != m_incoming.end()) {
         const Incoming connection = found->second;
         ReadIncoming(connection);
         return;
     }
-    const auto found = m_outgoing.find(event.data.u64);
+    const auto found = m_outgoing.find(id);
     if (found == m_outgoing.end()) {
         return;  // a handler ended it while this event waited its turn
     }
