@@ -83,6 +83,17 @@ TEST_F(Pointing, TheLeftButtonSelectsTheGraphUnderIt) {
     EXPECT_THAT(Take(), ElementsAre("select 2", "select 3"));
 }
 
+TEST_F(Pointing, EveryGraphUnderThePointIsSelectedTheFirstIsZoomed) {
+    Drawer(1).SetRectangle(Drawer(0).Rectangle());
+    m_mouse.LeftButtonDown({10, 50});
+    EXPECT_THAT(Take(), ElementsAre("select 1", "select 2"));
+    m_mouse.RightButtonDown({PlotColumn(0.25), 50});
+    m_mouse.MouseMove({PlotColumn(0.75), 50});
+    EXPECT_TRUE(Drawer(1).Tracker().isNull());
+    m_mouse.RightButtonUp({PlotColumn(0.75), 50});
+    EXPECT_THAT(Take(), ElementsAre("select 1", "select 2", "zoom 1"));
+}
+
 TEST_F(Pointing, ADragToTheRightZoomsToTheTimesUnderIt) {
     EXPECT_TRUE(m_mouse.RightButtonDown({PlotColumn(0.25), 50}));
     m_mouse.MouseMove({PlotColumn(0.75), 20});

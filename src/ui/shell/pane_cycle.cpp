@@ -75,11 +75,11 @@ std::vector<Pane> Panes(QMainWindow& frame) {
 
 void GoToPane(QMainWindow& frame, bool forward) {
     const std::vector<Pane> panes = Panes(frame);
-    if (panes.empty()) {
+    const std::size_t count = panes.size();
+    if (count == 0) {
         return;
     }
     const QWidget* const focus = frame.focusWidget();
-    const std::size_t count = panes.size();
     std::size_t current = forward ? count - 1 : 0;
     for (std::size_t index = 0; index < count; ++index) {
         if (focus != nullptr &&
