@@ -1,5 +1,6 @@
 #include "viewer_fixture.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 #include <filesystem>
 
@@ -11,6 +12,11 @@ namespace wavo::testing {
 namespace fs = std::filesystem;
 
 Viewer::Viewer() {
+    // Where a test before this one has quit, every dialog would end at once: an event loop that has
+    // run to its end takes that back.
+    QMetaObject::invokeMethod(
+        qApp, [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
+    QCoreApplication::exec();
     SetBoxHandler([this](const Box& box) {
         m_boxes.push_back(box.caption + ": " + box.text);
         return BoxAnswer::kOk;
@@ -41,7 +47,7 @@ void Viewer::OpenWith(const std::vector<WavoGraph>& graphs) {
 }
 
 std::string Viewer::WriteGraphFile(const std::vector<WavoGraph>& graphs) {
-    const std::string file = m_folder.filePath(QStringLiteral("graphs.ini")).toStdString();
+    std::string file = m_folder.filePath(QStringLiteral("graphs.ini")).toStdString();
     MIniData store;
     EXPECT_TRUE(store.Open(file));
     EXPECT_TRUE(GetGraphAsIniData(store, graphs, ""));
