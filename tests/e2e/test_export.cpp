@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QThread>
+#include <QTimer>
 #include <algorithm>
 
 #include "slow_files.h"
@@ -69,18 +70,20 @@ class Saving : public Viewer {
 
     /// Presses the button of the editor and takes the path in the dialog that opens.
     void SaveValues() {
-        QMetaObject::invokeMethod(
-            qApp,
-            [this] {
-                auto* const dialog = dynamic_cast<PathSaveData*>(QApplication::activeModalWidget());
-                ASSERT_NE(dialog, nullptr);
-                FindControl<QLineEdit>(*dialog, static_cast<int>(PathSaveDataId::kPath))
-                    ->setText(Path());
-                QTest::mouseClick(
-                    FindControl<QPushButton>(*dialog, static_cast<int>(PathSaveDataId::kOk)),
-                    Qt::LeftButton);
-            },
-            Qt::QueuedConnection);
+        QTimer answer;
+        QObject::connect(&answer, &QTimer::timeout, [this, &answer] {
+            auto* const dialog = dynamic_cast<PathSaveData*>(QApplication::activeModalWidget());
+            if (dialog == nullptr) {
+                return;  // not open yet
+            }
+            answer.stop();
+            FindControl<QLineEdit>(*dialog, static_cast<int>(PathSaveDataId::kPath))
+                ->setText(Path());
+            QTest::mouseClick(
+                FindControl<QPushButton>(*dialog, static_cast<int>(PathSaveDataId::kOk)),
+                Qt::LeftButton);
+        });
+        answer.start(1);
         auto* const button =
             FindControl<QPushButton>(View().Editor(), static_cast<int>(EditorControl::kSaveValues));
         ASSERT_TRUE(button->isEnabled());

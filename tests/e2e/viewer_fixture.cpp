@@ -42,7 +42,7 @@ void Viewer::OpenWith(const std::vector<WavoGraph>& graphs) {
 }
 
 std::string Viewer::WriteGraphFile(const std::vector<WavoGraph>& graphs) {
-    const std::string file = m_folder.filePath(QStringLiteral("graphs.ini")).toStdString();
+    std::string file = m_folder.filePath(QStringLiteral("graphs.ini")).toStdString();
     MIniData store;
     EXPECT_TRUE(store.Open(file));
     EXPECT_TRUE(GetGraphAsIniData(store, graphs, ""));

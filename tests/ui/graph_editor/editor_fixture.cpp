@@ -87,8 +87,9 @@ bool RecordingView::event(QEvent* event) {
     std::ostringstream text;
     text << std::hex << static_cast<unsigned>(message->number());
     if (message->number() == AppMessage::kSaveValues) {
-        text << ' ' << std::dec
-             << reinterpret_cast<const WavoGraph*>(message->lParam())->GraphNumber;
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): what a message carries is a number
+        const auto* const graph = reinterpret_cast<const WavoGraph*>(message->lParam());
+        text << ' ' << std::dec << graph->GraphNumber;
     } else if (message->number() == AppMessage::kEditorClosed) {
         EXPECT_EQ(message->lParam(), 0);
     } else {
@@ -166,6 +167,7 @@ void EditorFixture::ChooseYAxis(const std::string& name, int derivation) {
 std::vector<std::string> EditorFixture::Entries(EditorControl id) {
     std::vector<std::string> entries;
     const auto& combo = Get<QComboBox>(id);
+    entries.reserve(static_cast<std::size_t>(combo.count()));
     for (int i = 0; i < combo.count(); ++i) {
         entries.push_back(combo.itemText(i).toStdString());
     }

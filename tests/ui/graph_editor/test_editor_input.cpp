@@ -10,7 +10,6 @@ namespace {
 
 using enum EditorControl;
 using testing::AxisGraph;
-using testing::Describe;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using testing::TimeGraph;
