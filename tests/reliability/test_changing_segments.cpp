@@ -92,7 +92,8 @@ class ChangingSegment : public ::testing::Test {
         EXPECT_EQ(m_buffer[2 * kAxes], m_value);
     }
 
-    const std::string m_name = "MValues_test" + std::to_string(::getpid());
+    // Not the name of a value FIFO: a master that starts removes those that are left over.
+    const std::string m_name = "wavo-test-changing-" + std::to_string(::getpid());
     const Segment m_segment{m_name};
     LineFifoWriter m_writer;
     AxValueReader m_reader;

@@ -61,7 +61,8 @@ class TornValues : public ::testing::TestWithParam<Shape> {
     template <std::size_t kAxes>
     void Run(std::uint64_t lines);
 
-    const std::string m_name = "MValues_torn" + std::to_string(::getpid());
+    // Not the name of a value FIFO: a master that starts removes those that are left over.
+    const std::string m_name = "wavo-test-torn-" + std::to_string(::getpid());
 };
 
 template <std::size_t kAxes>
