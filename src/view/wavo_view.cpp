@@ -168,6 +168,7 @@ std::int64_t CWavoView::OnAppMessage(const AppMessageEvent& message) {
             return 1;
         }
         case AppMessage::kSaveValues:
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): a message carries it as a number
             return m_data_export.OnSaveValues(reinterpret_cast<const WavoGraph*>(message.lParam()));
         case AppMessage::kZoomOut:
             ZoomOut(static_cast<std::uint32_t>(message.lParam()));
