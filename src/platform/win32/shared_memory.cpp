@@ -54,6 +54,10 @@ std::uint64_t SharedMemorySize(const void* address, MappingHandle /*handle*/) no
     return RegionSize(address);
 }
 
+SegmentState SharedMemoryState(const void* /*address*/, MappingHandle /*handle*/) noexcept {
+    return SegmentState::kWhole;
+}
+
 bool UnmapSharedMemory(void* address, std::uint64_t /*size*/) noexcept {
     return ::UnmapViewOfFile(address) != 0;
 }

@@ -31,7 +31,6 @@ namespace wavo {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 /// Counts the messages that reach an object.
 class Watch : public QObject {
