@@ -52,7 +52,7 @@ class View : public ::testing::Test {
             graphs[i].XScale.TimeRange = 4.0;
         }
         graphs[1].Triggers = {{TriggerTypeCode::kStopAbove, 5.0, "X1"}};
-        const std::string path = m_folder.filePath(QStringLiteral("graphs.ini")).toStdString();
+        std::string path = m_folder.filePath(QStringLiteral("graphs.ini")).toStdString();
         MIniData store;
         EXPECT_TRUE(store.Open(path));
         EXPECT_TRUE(GetGraphAsIniData(store, graphs, ""));
