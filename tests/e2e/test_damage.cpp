@@ -17,6 +17,7 @@
 #include "expect_errors.h"
 #include "link/wire_format.h"
 #include "platform/shared_memory.h"
+#include "system/other_process.h"
 #include "viewer_fixture.h"
 
 namespace wavo::testing {
@@ -250,7 +251,7 @@ TEST_F(DyingMaster, LeavesAViewerThatConnectsToTheNextOneAndNothingElse) {
         Close();
         ASSERT_TRUE(master.End());
     }
-    EXPECT_THAT(Leftovers(), IsEmpty());
+    EXPECT_THAT(NamesInUse(), IsEmpty());
 }
 
 }  // namespace
