@@ -139,6 +139,18 @@ TEST_F(PacketTest, ASenderThatReadsNoRepliesLosesItsConnection) {
     ExpectWorks();
 }
 
+TEST_F(PacketTest, ThePostAfterASendOfAPeerThatHasClosedIsHandled) {
+    Descriptor socket = Connect();
+    Write(socket, Packet(PacketKind::kHello));
+    Write(socket, Packet(PacketKind::kSend, 1));
+    Write(socket, Packet(PacketKind::kPost, 2));
+    socket.Close();
+    DispatchAll();
+    ASSERT_EQ(m_seen.size(), 2U);
+    EXPECT_EQ(m_seen[0].number, 1U);
+    EXPECT_EQ(m_seen[1].number, 2U);
+}
+
 TEST_F(PacketTest, APeerThatAnswersGarbageCountsAsGone) {
     // A window by hand: it listens under a number and answers with what is no reply.
     const Descriptor listener(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));

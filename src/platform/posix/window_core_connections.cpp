@@ -147,9 +147,10 @@ void WindowCore::Serve(const Incoming& connection, const MessagePacket& packet) 
     reply.kind = PacketKind::kReply;
     reply.sequence = packet.sequence;
     reply.l_param = Call(MessageOf(packet));
-    // A sender that leaves its replies unread until no more fit is not waiting for them.
+    // A sender that leaves its replies unread until no more fit is not waiting for them. One that
+    // has closed its end may have written more before: its last words are still to be read.
     if (connection->socket &&
-        WritePacket(connection->socket.number(), reply) != WriteStatus::kWritten) {
+        WritePacket(connection->socket.number(), reply) == WriteStatus::kFull) {
         EndIncoming(connection);
     }
 }
