@@ -49,10 +49,10 @@ TEST_F(Program, SavesAPictureWithAMovingCurve) {
     EXPECT_EQ(WaitForEnd().code, 0);
     const QImage picture(file);
     ASSERT_FALSE(picture.isNull());
-    EXPECT_EQ(picture.width(), 1100);
-    EXPECT_EQ(picture.height(), 700);
+    EXPECT_EQ(picture.width(), 1366);
+    EXPECT_EQ(picture.height(), 768);
     int curve_pixels = 0;
-    for (int y = 60; y < 650; ++y) {
+    for (int y = 220; y < 720; ++y) {  // below the graph editor
         for (int x = 20; x < 250; ++x) {
             curve_pixels += picture.pixel(x, y) == qRgb(255, 255, 255) ? 1 : 0;
         }

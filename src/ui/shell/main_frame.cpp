@@ -65,7 +65,7 @@ CMainFrame::CMainFrame(QSettings* settings)
     RebuildToolBars();
     ConnectView();
     ShowRecentFiles();
-    resize(1100, 700);
+    resize(1366, 768);  // the graph editor in one row
     RestoreLayout();
     UpdateCommands();
     qApp->installEventFilter(this);

@@ -103,7 +103,7 @@ TEST_F(Arrangement, IsNotReadFromDamagedSettings) {
     m_settings.setValue(QStringLiteral("IconSize"), QStringLiteral("big"));
     const CMainFrame frame(&m_settings);
     EXPECT_TRUE(frame.Action(CommandId::kLookStudio)->isChecked());
-    EXPECT_EQ(frame.size(), QSize(1100, 700));
+    EXPECT_EQ(frame.size(), QSize(1366, 768));
     EXPECT_EQ(frame.iconSize(), QSize(24, 24));
 }
 
