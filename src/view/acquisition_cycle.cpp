@@ -247,8 +247,8 @@ std::int64_t AcquisitionCycle::TakeBatch() {
 
 bool AcquisitionCycle::ReceiveBatch(std::uint64_t& lines) {
     const FlagScope taking(m_taking_batch);
-    if (!m_reader.IsOpen()) {
-        OpenReader();
+    if (!m_reader.IsOpen() && !OpenReader()) {
+        return false;
     }
     if (m_ended || !ReadWaitingLines(lines)) {
         return false;
@@ -266,7 +266,8 @@ bool AcquisitionCycle::ReceiveBatch(std::uint64_t& lines) {
     return true;
 }
 
-void AcquisitionCycle::OpenReader() {
+bool AcquisitionCycle::OpenReader() {
+    const platform::WindowHandle master = m_info.master_window;
     const std::string name = kValueSegmentPrefix + std::to_string(m_channel.OwnWindow());
     if (!m_reader.Open(name.c_str())) {
         MERRLOG("CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Open() failed");
@@ -274,12 +275,18 @@ void AcquisitionCycle::OpenReader() {
     } else {
         ++m_counters.links;
     }
-    Connect(false);
+    if (!Connect(false) && master != 0 && !m_channel.Exists(master)) {
+        // It died behind the announcement of its first batch.
+        m_reader.Close();
+        ForgetMaster(kGone);
+        return false;
+    }
     m_board.DropBuffers();
     AllocateInputBuffer();
     m_lines_lost = false;
     const std::lock_guard guard(m_value_lock);
     m_host.RebuildGraphs();
+    return true;
 }
 
 void AcquisitionCycle::StartCurvesAnew() {

@@ -132,7 +132,9 @@ class AcquisitionCycle {
     std::int64_t TakeBatch();
     /// Reads and counts the lines that wait; afterwards they stand in the input buffer.
     bool ReceiveBatch(std::uint64_t& lines);
-    void OpenReader();
+    /// Opens the FIFO and reads what the master says of itself anew. Returns false when there is no
+    /// master any more; the link has then ended.
+    bool OpenReader();
     void AllocateInputBuffer();
     void StartCurvesAnew();
     bool ReadWaitingLines(std::uint64_t& lines);

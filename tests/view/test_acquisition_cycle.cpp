@@ -273,6 +273,20 @@ TEST_F(Cycle, ConnectStartsANewLinkEvenWhenTheReaderOfAFailedOneIsStillOpen) {
     EXPECT_THAT(m_channel.Take(), ElementsAre(kConnect, kReady));
 }
 
+TEST_F(Cycle, AMasterThatDiedBehindItsFirstAnnouncementIsGoneWithoutABox) {
+    AddGraph("X1");
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_fifo->Write(1.0);
+    m_channel.alive.clear();
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    EXPECT_THAT(m_host.Take(), IsEmpty());
+    EXPECT_EQ(m_host.panes[StatusPane::kMessage],
+              "The master process (Dorvane) has gone: Machine Data > Connect when it is back");
+    EXPECT_FALSE(m_cycle.IsReaderOpen());
+    EXPECT_FALSE(m_cycle.IsMasterKnown());
+    EXPECT_TRUE(m_cycle.CanConnect());
+}
+
 TEST_F(Cycle, AMasterWithoutAxesGetsTheBoxOnEveryBatch) {
     PublishInfo({});
     ASSERT_TRUE(m_cycle.Connect(true));
