@@ -20,6 +20,7 @@
 #include "graph/model/graph_ini_data.h"
 #include "link/wire_format.h"
 #include "master_window.h"
+#include "system_facts.h"
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/editor_controls.h"
@@ -55,7 +56,7 @@ class Offered : public ::testing::Test {
  protected:
     Offered() {
         testing::ResetFakeSharedMemory();
-        for (const char* const name : {"XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_STATE_HOME"}) {
+        for (const char* const name : {"XDG_RUNTIME_DIR", testing::kDataHome, "XDG_STATE_HOME"}) {
             qputenv(name, m_folder.path().toUtf8());
         }
         SetBoxHandler([this](const Box& box) {
