@@ -2,6 +2,7 @@
 
 #include <QPageSetupDialog>
 #include <QPagedPaintDevice>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QPrintDialog>
 #include <QPrintPreviewDialog>
@@ -33,7 +34,10 @@ bool PrintPicture(QPagedPaintDevice& device, const QImage& picture, const QRect&
         const double top = graph_area.top() * picture.devicePixelRatio();
         const double part = (picture.height() - top) / picture.height();
         const QRectF source(0.0, top, picture.width(), picture.height() - top);
-        painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+        // Paper shows the pixels as they are. A preview is smaller than they are: there texts would
+        // lose strokes.
+        painter.setRenderHint(QPainter::SmoothPixmapTransform,
+                              painter.paintEngine()->type() == QPaintEngine::Picture);
         painter.setRenderHint(QPainter::LosslessImageRendering);
         QImage pixels = picture;
         pixels.setDevicePixelRatio(1.0);
