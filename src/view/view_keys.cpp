@@ -1,6 +1,7 @@
 #include "view/view_keys.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace wavo {
 
@@ -32,7 +33,7 @@ bool ViewKeys::KeyPress(int key, Qt::KeyboardModifiers modifiers) {
         case Qt::Key_Backspace:
             return StepBack();
         case Qt::Key_Escape: {
-            const bool marked = m_marked;
+            const bool marked = m_marked.has_value();
             Cancel();
             return marked;
         }
@@ -42,12 +43,15 @@ bool ViewKeys::KeyPress(int key, Qt::KeyboardModifiers modifiers) {
 }
 
 bool ViewKeys::Select(int step) {
-    const auto count = static_cast<int>(m_board.Drawers().size());
-    const int next =
-        std::clamp(std::min(static_cast<int>(m_current), count - 1) + step, 0, count - 1);
+    const auto& drawers = m_board.Drawers();
+    const auto count = static_cast<int>(drawers.size());
+    const auto current = std::find_if(drawers.begin(), drawers.end(), [this](const auto& drawer) {
+        return drawer.get() == Current();
+    });
+    const auto index = static_cast<int>(std::distance(drawers.begin(), current));
     Cancel();
-    m_current = static_cast<std::size_t>(next);
-    m_host.SelectInEditor(Current()->Graph().GraphNumber);
+    const auto next = static_cast<std::size_t>(std::clamp(index + step, 0, count - 1));
+    m_host.SelectInEditor(drawers[next]->Graph().GraphNumber);
     return true;
 }
 
@@ -57,8 +61,10 @@ bool ViewKeys::MoveMark(int direction, Qt::KeyboardModifiers modifiers) {
         return true;
     }
     const QRect& plot = drawer->PlotArea();
-    if (!m_marked) {
-        m_marked = true;
+    const std::uint32_t number = drawer->Graph().GraphNumber;
+    if (m_marked != number) {
+        Cancel();
+        m_marked = number;
         m_anchor = m_mark = plot.center().x();
     }
     const int step =
@@ -76,10 +82,10 @@ bool ViewKeys::MoveMark(int direction, Qt::KeyboardModifiers modifiers) {
 
 bool ViewKeys::ZoomToBand() {
     const GraphDraw* const drawer = Current();
-    ZoomSpan span;
-    const bool zooms = m_host.IsZoomEnabled() && !m_host.IsBusy() && m_marked &&
-                       SpanOfBand(*drawer, m_host.TimeStep(), span);
     const std::uint32_t number = drawer->Graph().GraphNumber;
+    ZoomSpan span;
+    const bool zooms = m_host.IsZoomEnabled() && !m_host.IsBusy() && m_marked == number &&
+                       SpanOfBand(*drawer, m_host.TimeStep(), span);
     Cancel();
     if (zooms) {
         m_host.ZoomTo(number, span);
@@ -96,7 +102,7 @@ bool ViewKeys::ZoomToMiddle() {
     }
     const QRect& plot = drawer->PlotArea();
     Cancel();
-    m_marked = true;
+    m_marked = drawer->Graph().GraphNumber;
     drawer->SetTracker(
         BandBetween(*drawer, plot.left() + plot.width() / 4, plot.left() + 3 * plot.width() / 4));
     return ZoomToBand();
@@ -110,17 +116,25 @@ bool ViewKeys::StepBack() {
 }
 
 void ViewKeys::Cancel() {
-    GraphDraw* const drawer = Current();
-    if (m_marked && drawer != nullptr) {
+    if (GraphDraw* const drawer = m_marked ? WithNumber(*m_marked) : nullptr) {
         drawer->SetTracker({});
         m_host.UpdatePart(drawer->Rectangle());
     }
-    m_marked = false;
+    m_marked.reset();
 }
 
 GraphDraw* ViewKeys::Current() const {
     const auto& drawers = m_board.Drawers();
-    return drawers.empty() ? nullptr : drawers[std::min(m_current, drawers.size() - 1)].get();
+    GraphDraw* const selected = WithNumber(m_host.SelectedInEditor());
+    return selected != nullptr || drawers.empty() ? selected : drawers.front().get();
+}
+
+GraphDraw* ViewKeys::WithNumber(std::uint32_t graph_number) const {
+    const auto& drawers = m_board.Drawers();
+    const auto found = std::find_if(drawers.begin(), drawers.end(), [&](const auto& drawer) {
+        return drawer->Graph().GraphNumber == graph_number;
+    });
+    return found == drawers.end() ? nullptr : found->get();
 }
 
 }  // namespace wavo

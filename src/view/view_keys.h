@@ -10,7 +10,8 @@
 #pragma once
 
 #include <Qt>
-#include <cstddef>
+#include <cstdint>
+#include <optional>
 
 #include "view/graph_board.h"
 #include "view/view_mouse.h"
@@ -29,7 +30,9 @@ class ViewKeys {
     void Cancel();
 
  private:
+    /// The graph that the editor shows, else the first one; null when there is none.
     [[nodiscard]] GraphDraw* Current() const;
+    [[nodiscard]] GraphDraw* WithNumber(std::uint32_t graph_number) const;
     bool Select(int step);
     bool MoveMark(int direction, Qt::KeyboardModifiers modifiers);
     bool ZoomToBand();
@@ -38,10 +41,9 @@ class ViewKeys {
 
     GraphBoard& m_board;
     ZoomHost& m_host;
-    std::size_t m_current = 0;  // index of the selected graph
-    bool m_marked = false;      // its mark is shown
-    int m_anchor = 0;           // pixel column where the band begins
-    int m_mark = 0;             // and ends
+    std::optional<std::uint32_t> m_marked;  // number of the graph whose mark is shown
+    int m_anchor = 0;                       // pixel column where the band begins
+    int m_mark = 0;                         // and ends
 };
 
 }  // namespace wavo

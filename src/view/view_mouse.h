@@ -21,6 +21,8 @@ class ZoomHost {
     virtual ~ZoomHost() = default;
     /// The graph editor shows the graph of that number.
     virtual void SelectInEditor(std::uint32_t graph_number) = 0;
+    /// Number of the graph that the editor shows; of none in the list when it shows none.
+    [[nodiscard]] virtual std::uint32_t SelectedInEditor() const = 0;
     /// The user allows zooming.
     [[nodiscard]] virtual bool IsZoomEnabled() const = 0;
     /// Graphs are being drawn.

@@ -159,6 +159,9 @@ class CWavoView : public QWidget,
 
     // ZoomHost
     void SelectInEditor(std::uint32_t graph_number) override;
+    [[nodiscard]] std::uint32_t SelectedInEditor() const override {
+        return m_editor->SelectedNumber();
+    }
     [[nodiscard]] bool IsZoomEnabled() const override { return m_editor->ZoomEnabled(); }
     [[nodiscard]] bool IsBusy() const override { return m_drawing; }
     [[nodiscard]] double TimeStep() const override { return m_cycle.CycleTime(); }

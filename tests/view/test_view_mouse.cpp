@@ -40,7 +40,9 @@ class Pointing : public ::testing::Test, public GraphDrawHost, public ZoomHost {
     void RecordingEnded() override {}
     void SelectInEditor(std::uint32_t number) override {
         m_happened.push_back("select " + std::to_string(number));
+        m_selected = number;
     }
+    [[nodiscard]] std::uint32_t SelectedInEditor() const override { return m_selected; }
     [[nodiscard]] bool IsZoomEnabled() const override { return m_enabled; }
     [[nodiscard]] bool IsBusy() const override { return m_busy; }
     [[nodiscard]] double TimeStep() const override { return m_time_step; }
@@ -67,6 +69,7 @@ class Pointing : public ::testing::Test, public GraphDrawHost, public ZoomHost {
     GraphBoard m_board{*this, [](const std::string&) {}};
     ViewMouse m_mouse{m_board, *this};
     ViewKeys m_keys{m_board, *this};
+    std::uint32_t m_selected = 0;
     bool m_enabled = true;
     bool m_busy = false;
     double m_time_step = 0.004;
@@ -181,6 +184,19 @@ TEST_F(Pointing, KeysSelectTheGraphsInTheirOrder) {
     m_keys.KeyPress(Qt::Key_Down, Qt::NoModifier);
     m_keys.KeyPress(Qt::Key_Up, Qt::NoModifier);
     EXPECT_THAT(Take(), ElementsAre("select 2", "select 3", "select 3", "select 2"));
+}
+
+TEST_F(Pointing, KeysActOnTheGraphThatWasClicked) {
+    m_mouse.LeftButtonDown({10, 150});
+    m_keys.KeyPress(Qt::Key_Plus, Qt::NoModifier);
+    m_keys.KeyPress(Qt::Key_Right, Qt::NoModifier);
+    EXPECT_FALSE(Drawer(1).Tracker().isNull());
+    m_selected = 1;  // chosen in the editor
+    m_keys.KeyPress(Qt::Key_Right, Qt::NoModifier);
+    EXPECT_TRUE(Drawer(1).Tracker().isNull());
+    EXPECT_FALSE(Drawer(0).Tracker().isNull());
+    m_keys.KeyPress(Qt::Key_Down, Qt::NoModifier);
+    EXPECT_THAT(Take(), ElementsAre("select 2", "zoom 2", "select 2"));
 }
 
 TEST_F(Pointing, KeysSpanABandAndZoomToIt) {

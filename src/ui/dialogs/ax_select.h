@@ -57,6 +57,8 @@ class CAxSelect : public EditorStrip, public GraphEditor {
 
     /// Whether the editor has been in use since it was closed last.
     [[nodiscard]] bool IsShown() const { return m_shown; }
+    /// Number of the graph that is shown for editing; 0 for none.
+    [[nodiscard]] std::uint32_t SelectedNumber() const;
     /// Whether times and zooms are for all graphs.
     [[nodiscard]] bool AllGraphs() const { return IsChecked(EditorControl::kAllGraphs); }
     /// Whether the mouse zooms.
@@ -95,7 +97,6 @@ class CAxSelect : public EditorStrip, public GraphEditor {
     void ZoomOut();
 
     // The list (ax_select.cpp).
-    [[nodiscard]] std::uint32_t SelectedNumber() const;
     [[nodiscard]] WavoGraph* Find(std::uint32_t graph_number) const;
     [[nodiscard]] WavoGraph* Selected() const { return Find(SelectedNumber()); }
     /// Puts a changed copy back.
