@@ -11,7 +11,9 @@
 #include <QWidget>
 #include <utility>
 
+#include "platform/system_dialogs.h"
 #include "support/diagnostics.h"
+#include "ui/dialogs/choosers.h"
 #include "ui/dialogs/message_boxes.h"
 
 namespace wavo {
@@ -73,14 +75,38 @@ QPrinter& GraphPrinter::Printer() {
     return *m_printer;
 }
 
+bool GraphPrinter::LacksPrinter() {
+    if (!platform::HasSystemDialogs()) {
+        return false;
+    }
+    if (Printer().outputFormat() != QPrinter::NativeFormat) {
+        m_printer.reset();  // one may have been installed meanwhile
+    }
+    return Printer().outputFormat() != QPrinter::NativeFormat;
+}
+
+bool GraphPrinter::ChooseHowToPrint(QWidget* parent) {
+    if (m_dialogs.print) {
+        return m_dialogs.print(Printer(), parent);
+    }
+    if (!LacksPrinter()) {
+        return QPrintDialog(&Printer(), parent).exec() == QDialog::Accepted;
+    }
+    const auto file =
+        ChooseSaveFile(parent, {QStringLiteral("Export to PDF"), Printer().outputFileName(),
+                                QStringLiteral("pdf"), QStringLiteral("PDF files|*.pdf|")});
+    if (file) {
+        Printer().setOutputFileName(*file);
+    }
+    return file.has_value();
+}
+
 void GraphPrinter::Print(QWidget* parent) {
     if (!Prepare(parent)) {
         return;
     }
-    const bool accepted = m_dialogs.print
-                              ? m_dialogs.print(Printer(), parent)
-                              : QPrintDialog(&Printer(), parent).exec() == QDialog::Accepted;
-    if (accepted && !PrintPicture(Printer(), m_source.picture(), m_source.graph_area())) {
+    if (ChooseHowToPrint(parent) &&
+        !PrintPicture(Printer(), m_source.picture(), m_source.graph_area())) {
         MERRLOG("GraphPrinter::Print(): cannot print");
         ShowErrorBox(parent, "Can not print");
     }
@@ -110,6 +136,10 @@ void GraphPrinter::Preview(QWidget* parent) {
 void GraphPrinter::SetUpPage(QWidget* parent) {
     if (m_dialogs.page_setup) {
         m_dialogs.page_setup(Printer(), parent);
+        return;
+    }
+    if (LacksPrinter()) {
+        ShowErrorBox(parent, "There is no printer");
         return;
     }
     QPageSetupDialog(&Printer(), parent).exec();

@@ -62,6 +62,10 @@ class GraphPrinter {
     /// Asks where the background is not white. False: do not print.
     [[nodiscard]] bool Prepare(QWidget* parent) const;
     QPrinter& Printer();
+    /// Whether the system's dialogs have no printer to show. Then a PDF file can be written.
+    bool LacksPrinter();
+    /// False: the user cancelled.
+    bool ChooseHowToPrint(QWidget* parent);
 
     const Source m_source;
     PrintDialogs m_dialogs;

@@ -12,6 +12,8 @@
 #include <QWindow>
 #include <utility>
 
+#include "platform/system_dialogs.h"
+
 namespace wavo::testing {
 
 namespace {
@@ -31,6 +33,14 @@ QAction& ActionOf(const QWidget& bar_or_menu, const char* text) {
 QWidget* TopWindow() {
     QWidget* const popup = QApplication::activePopupWidget();
     return popup != nullptr ? popup : QApplication::activeModalWidget();
+}
+
+void Close(QWidget& top) {
+    if (top.testAttribute(Qt::WA_DontShowOnScreen)) {
+        platform::CancelSystemDialogs();  // the system shows it
+    } else {
+        top.close();
+    }
 }
 
 }  // namespace
@@ -102,7 +112,7 @@ void User::Look() {
         m_has_gone_on = true;
     }
     if ((m_has_gone_on || gives_up) && top != nullptr) {
-        top->close();
+        Close(*top);
     }
 }
 

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -67,6 +69,15 @@ class PublisherFixture : public ::testing::Test {
             ServeMaster();
             viewer->Serve();
         }
+    }
+
+    /// Serves the master until `done`; false after 20 s.
+    bool ServeMasterUntil(const std::function<bool()>& done) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!done() && std::chrono::steady_clock::now() < end) {
+            m_master->Serve(std::chrono::milliseconds(10));
+        }
+        return done();
     }
 
     Counters CountersOf(const testing::TestViewer& viewer) {

@@ -8,6 +8,7 @@
 
 #include "link/wire_format.h"
 #include "publisher_fixture.h"
+#include "system_facts.h"
 #include "test_viewer.h"
 
 namespace wavo::master {
@@ -15,6 +16,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using wavo::testing::kSegmentNamesCanBeRemoved;
 using wavo::testing::ReadInfo;
 using wavo::testing::SegmentExists;
 using wavo::testing::TestViewer;
@@ -53,7 +55,10 @@ TEST_F(PublisherTest, LeftoverOfADeadMasterIsReplaced) {
     const auto info = ReadInfo();
     ASSERT_TRUE(info);
     EXPECT_EQ(info->master_window, m_master->window());
-    EXPECT_EQ(*static_cast<std::uint64_t*>(leftover.data()), 1U) << "changed instead of replaced";
+    if (kSegmentNamesCanBeRemoved) {
+        EXPECT_EQ(*static_cast<std::uint64_t*>(leftover.data()), 1U)
+            << "changed instead of replaced";
+    }
 }
 
 TEST_F(PublisherTest, LeftoverThatIsTooSmallIsReplaced) {
@@ -237,6 +242,9 @@ TEST_F(PublisherTest, APacedViewerIsToldOnceTheIntervalIsOver) {
 }
 
 TEST_F(PublisherTest, SegmentsOfOtherViewersOfADeadMasterAreRemoved) {
+    if (!kSegmentNamesCanBeRemoved) {
+        GTEST_SKIP() << "names go with those who hold them here";
+    }
     const auto fifo = platform::SharedSegment::Create("MValues_1", 16);
     const auto module = platform::SharedSegment::Create("DataModCap1", 16);
     Start(TwoAxes());
@@ -324,11 +332,14 @@ TEST_F(PublisherTest, RoomIsThatOfTheFullestFifo) {
 TEST_F(PublisherTest, WaitUntilTakenEndsWhenAllIsAnsweredOrTimeIsUp) {
     Start(TwoAxes(100));
     TestViewer viewer;
+    viewer.takes_batches = false;  // where this thread's windows share a message loop it is served
     EXPECT_TRUE(m_master->WaitUntilTaken(std::chrono::milliseconds(0)));
     Connect(&viewer);
     PublishLines(3);
     EXPECT_FALSE(m_master->WaitUntilTaken(std::chrono::milliseconds(20)));
-    viewer.Serve();
+    viewer.takes_batches = true;
+    viewer.SendReady();
+    Settle(&viewer);
     EXPECT_TRUE(m_master->WaitUntilTaken(std::chrono::milliseconds(0)));
 }
 

@@ -106,6 +106,9 @@ TEST_F(MiniDataEntries, LongsAreWrittenInDecimal) {
 
 /// What printf writes in the C locale.
 std::string Printed(double value) {
+    if (std::isnan(value)) {
+        return std::signbit(value) ? "-nan" : "nan";  // not every printf tells the sign
+    }
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), "%.17g", value);
     return text.data();
@@ -249,10 +252,12 @@ TEST_F(MiniDataEntries, WithoutMemorySettersFailAndTheStoreStaysAsItWas) {
     ASSERT_TRUE(m_store.SetContent("[A]\nx=1\n"));
     const std::string before = m_store.Content();
     {
-        const FailingMalloc no_memory(1);
-        EXPECT_FALSE(m_store.SetStringEntry("A", "y", std::string(100000, 'v')));
-        EXPECT_FALSE(m_store.SetStringEntry(std::string(100000, 's'), "y", "1"));
-        EXPECT_FALSE(m_store.SetStringEntry("A", "x", std::string(100000, 'v')));
+        const std::string value(100000, 'v');
+        const std::string section(100000, 's');
+        const FailingMalloc no_memory(value.size());
+        EXPECT_FALSE(m_store.SetStringEntry("A", "y", value));
+        EXPECT_FALSE(m_store.SetStringEntry(section, "y", "1"));
+        EXPECT_FALSE(m_store.SetStringEntry("A", "x", value));
     }
     EXPECT_EQ(m_store.Content(), before);
     EXPECT_EQ(Value("A", "x"), "1");

@@ -34,8 +34,12 @@ class MiniDataReading : public ::testing::Test {
  protected:
     MiniDataReading() : m_path(m_folder.File("store.ini")) {}
 
-    bool Open(MIniData& store, const std::string& content) const {
+    void Write(const std::string& content) const {
         std::ofstream(m_path, std::ios::binary) << content;
+    }
+
+    bool Open(MIniData& store, const std::string& content) const {
+        Write(content);
         return store.Open(m_path);
     }
 
@@ -402,11 +406,12 @@ TEST_F(MiniDataReading, RunningOutOfMemoryIsAnErrorWhereverItHappens) {
     for (int i = 0; i < 3000; ++i) {
         content += ";\n[" + std::to_string(i) + "]\n";
     }
+    Write(content);
     int refused = 0;
     for (int passed = 0; passed < 100; ++passed) {
         MIniData store;
         const FailingMalloc no_memory(1000, std::size_t{1} << 26, passed);
-        const bool is_open = Open(store, content);
+        const bool is_open = store.Open(m_path);
         ASSERT_EQ(is_open, no_memory.failed() == 0) << passed;
         if (is_open) {
             break;
@@ -422,10 +427,11 @@ TEST_F(MiniDataReading, RunningOutOfMemoryIsAnErrorWhereverItHappens) {
 TEST_F(MiniDataReading, RunningOutOfMemoryNamesWhatThereWasNoMemoryFor) {
     const auto texts_with = [&](const std::string& content, std::size_t smallest,
                                 std::size_t largest) {
+        Write(content);
         const CollectReports traces(Service::kErrorTrace);
         const FailingMalloc no_memory(smallest, largest);
         MIniData store;
-        EXPECT_FALSE(Open(store, content));
+        EXPECT_FALSE(store.Open(m_path));
         return traces.Texts();
     };
     // The first block of the store's lines, and the first index.
@@ -439,10 +445,11 @@ TEST_F(MiniDataReading, RunningOutOfMemoryNamesWhatThereWasNoMemoryFor) {
                                 platform::ErrorText(ENOMEM),
                             "MIniData::parse_line(): out of memory ([A])",
                             "MIniData::Open(): parse_line([A]) failed"));
+    Write("[A]\nx=1\n");
     const CollectReports traces(Service::kErrorTrace);
     const FailingMalloc no_memory(1024, 1025, 1);
     MIniData store;
-    EXPECT_FALSE(Open(store, "[A]\nx=1\n"));
+    EXPECT_FALSE(store.Open(m_path));
     EXPECT_THAT(traces.Texts(), ElementsAre("MIniData::parse_line(): new MIniDataEntry() failed: " +
                                                 platform::ErrorText(ENOMEM),
                                             "MIniData::parse_line(): out of memory (x=1)",

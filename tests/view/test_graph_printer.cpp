@@ -6,11 +6,10 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QPrinter>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include "expect_errors.h"
+#include "printed_page.h"
 #include "ui/dialogs/message_boxes.h"
 #include "view/graph_printer.h"
 
@@ -28,24 +27,6 @@ QImage Picture(const QSize& size) {
     painter.fillRect(picture.rect().adjusted(10, 10, -10, -10), Qt::white);
     painter.fillRect(10, 10, size.width() / 2 - 10, size.height() / 2 - 10, Qt::red);
     return picture;
-}
-
-constexpr char kNoReader[] = "no pdftoppm here (Debian: poppler-utils)";
-
-/// Whether there is a program that paints the pages of PDF files. Under Wine there is none.
-bool CanReadPages() {
-    return !QStandardPaths::findExecutable(QStringLiteral("pdftoppm")).isEmpty();
-}
-
-/// The page of a PDF file, 50 dots per inch.
-QImage PageOf(const QString& file) {
-    const QString stem = file + QStringLiteral(".page");
-    QProcess process;
-    process.start(QStringLiteral("pdftoppm"),
-                  {QStringLiteral("-r"), QStringLiteral("50"), QStringLiteral("-png"),
-                   QStringLiteral("-singlefile"), file, stem});
-    EXPECT_TRUE(process.waitForFinished(60000));
-    return QImage(stem + QStringLiteral(".png"));
 }
 
 class Printing : public ::testing::Test {
@@ -164,10 +145,10 @@ TEST(PrintedPage, HasThePictureAcrossItsWidthInItsProportions) {
         writer.setPageMargins({1.0, 1.0, 1.0, 1.0}, QPageLayout::Inch);
         ASSERT_TRUE(PrintPicture(writer, Picture({600, 300}), {0, 0, 600, 300}));
     }
-    if (!CanReadPages()) {
-        GTEST_SKIP() << kNoReader;
+    if (!testing::CanReadPages()) {
+        GTEST_SKIP() << testing::kNoPageReader;
     }
-    const QImage page = PageOf(file);
+    const QImage page = testing::PageOf(file, 50);
     ASSERT_EQ(page.size(), QSize(500, 400));
     // The picture: 8 inches wide, so 4 high, from the margins on.
     EXPECT_EQ(page.pixelColor(45, 100), QColor(Qt::white));
@@ -212,10 +193,10 @@ TEST(PrintedPage, BeginsBelowWhatStandsAboveTheGraphs) {
         writer.setPageMargins({1.0, 1.0, 1.0, 1.0}, QPageLayout::Inch);
         ASSERT_TRUE(PrintPicture(writer, picture, {0, 100, 600, 200}));
     }
-    if (!CanReadPages()) {
-        GTEST_SKIP() << kNoReader;
+    if (!testing::CanReadPages()) {
+        GTEST_SKIP() << testing::kNoPageReader;
     }
-    const QImage page = PageOf(file);
+    const QImage page = testing::PageOf(file, 50);
     EXPECT_GT(page.pixelColor(250, 53).green(), 250);
     EXPECT_LT(page.pixelColor(250, 53).blue(), 5);
     EXPECT_LT(page.pixelColor(250, 135).red(), 5);

@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QPainter>
 #include <QPrinter>
-#include <QProcess>
 #include <QResizeEvent>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -16,6 +15,7 @@
 #include "fake_shared_memory.h"
 #include "graph/model/graph_ini_data.h"
 #include "master_window.h"
+#include "printed_page.h"
 #include "system_facts.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/message_boxes.h"
@@ -97,16 +97,6 @@ class View : public ::testing::Test {
     std::vector<std::string> m_boxes;
     CWavoView m_view;
 };
-
-/// The first page of a PDF file, 500 dots per inch.
-QImage PageOf(const QString& file) {
-    QProcess process;
-    process.start(QStringLiteral("pdftoppm"),
-                  {QStringLiteral("-r"), QStringLiteral("500"), QStringLiteral("-png"),
-                   QStringLiteral("-singlefile"), file, file});
-    EXPECT_TRUE(process.waitForFinished(60000)) << "pdftoppm is missing (poppler-utils)";
-    return QImage(file + QStringLiteral(".png")).convertToFormat(QImage::Format_RGB32);
-}
 
 /// What is not the white of the paper.
 QRect DarkPart(const QImage& page) {
@@ -315,8 +305,12 @@ TEST_F(View, PrintsWhatItShows) {
                                  {},
                                  {}});
     m_view.Execute(CommandId::kPrint);
+    ASSERT_TRUE(QFile::exists(file));
+    if (!testing::CanReadPages()) {
+        GTEST_SKIP() << testing::kNoPageReader;
+    }
     const QImage& picture = m_view.Picture();
-    const QImage page = PageOf(file);
+    const QImage page = testing::PageOf(file, 500);
     const QRect printed = DarkPart(page);
     const double scale = static_cast<double>(printed.width()) / picture.width();
     ASSERT_GT(scale, 4.0) << "pixels are not told apart";

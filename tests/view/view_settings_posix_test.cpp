@@ -22,6 +22,8 @@ using ::testing::AnyOf;
 using testing::CollectReports;
 using ::testing::ElementsAre;
 using ::testing::Eq;
+using testing::ExpectErrorLog;
+using testing::FailedToOpen;
 using testing::FailedToSave;
 using testing::kOtherText;
 using testing::OtherSettings;
@@ -47,6 +49,15 @@ TEST_F(ViewSettingsFile, AReadOnlyFolderKeepsItsFile) {
     EXPECT_EQ(*seen, "read\nnot saved\n" + FailedToSave(Path()) + "\n");
     EXPECT_EQ(Text(), kOtherText);
     EXPECT_THAT(Files(), ElementsAre("wavo.ini"));
+}
+
+TEST_F(ViewSettingsFile, WhatIsKeptIsAsPrivateAsTheFileWas) {
+    Write("no INI file\n");
+    fs::permissions(Path(), fs::perms(0600));
+    const ExpectErrorLog expected({FailedToOpen(Path())});
+    EXPECT_TRUE(WriteProperties(Path(), OtherSettings()));
+    EXPECT_EQ(fs::status(Path() + ".bak").permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(Path()).permissions(), fs::perms(0600));
 }
 
 // Two viewers may save at the same time; whoever looks sees the file of one of them, whole.

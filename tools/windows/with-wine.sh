@@ -13,7 +13,14 @@ export WINEDEBUG=${WINEDEBUG:--all}
 # its fonts in a folder; what Qt and its tests say goes to standard error.
 export WINEQT_QPA_FONTDIR=Z:/usr/share/fonts/truetype/dejavu
 export WINEQT_FORCE_STDERR_LOGGING=1
-mkdir -p "$(dirname "$WINEPREFIX")"
+mkdir -p "$WINEPREFIX"
+
+exec 9>"$WINEPREFIX/.wavo-lock"
+flock -n 9 || { echo "with-wine.sh: waiting for another run in $WINEPREFIX"; flock 9; }
+end_wine() { wineserver -k || true; }  # fails when none runs
+end_wine  # what an interrupted run has left
+trap end_wine EXIT
+trap 'exit 130' INT TERM
 
 if [ ! -f "$WINEPREFIX/.wavo-ready" ]; then
     echo "==> Making Wine's folder"
@@ -27,18 +34,13 @@ if [ ! -f "$WINEPREFIX/.wavo-ready" ]; then
         for font in "MS Shell Dlg" "MS Shell Dlg 2" "Segoe UI" Tahoma; do
             wine reg add "HKCU\\Software\\Wine\\Fonts\\Replacements" /v "$font" \
                 /d "DejaVu Sans" /f || exit
-        done' >/dev/null 2>&1
+        done' >/dev/null 2>&1 9>&-
     wineserver -w
     touch "$WINEPREFIX/.wavo-ready"
 fi
-wineserver -w  # the last display may still be in use
 status=0
-xvfb-run -a -s "-screen 0 1280x1024x24" sh -c '
+xvfb-run -a -s "-screen 0 1600x1000x24" sh -c '
     wineserver -p
     wine cmd /c exit >/dev/null 2>&1 </dev/null
-    status=0
-    "$@" || status=$?
-    wineserver -k
-    exit $status' sh "$@" || status=$?
-wineserver -w
+    exec "$@"' sh "$@" 9>&- || status=$?
 exit $status

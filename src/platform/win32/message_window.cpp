@@ -27,6 +27,7 @@ constexpr DWORD kHighResolution = 0x00000002;
 /// The numbers that programs agree on between themselves.
 constexpr UINT kFirstNumber = WM_USER;
 constexpr UINT kLastNumber = WM_APP - 1;
+constexpr UINT_PTR kPeerTimer = 1;
 
 bool IsAddress(WindowHandle target) noexcept {
     return target != 0 && WindowOf(target) != HWND_BROADCAST;
@@ -53,8 +54,8 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     static ATOM RegisterClassOnce();
     LRESULT HandleMessage(UINT number, WPARAM w_param, LPARAM l_param);
     void TellOfGonePeers();
-    /// Lets the peers be looked at in the message loop.
-    void PeersMayBeGone();
+    /// Looks for the peer from time to time.
+    void Watch(WindowHandle peer);
     /// Handles one queued message of this thread; false when there is none.
     static bool HandleOne(HWND window);
 
@@ -103,9 +104,14 @@ void WindowCore::Close() {
 LRESULT CALLBACK WindowCore::WindowProcedure(HWND window, UINT number, WPARAM w_param,
                                              LPARAM l_param) {
     auto* const core = reinterpret_cast<WindowCore*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
-    if (core != nullptr && number >= kFirstNumber && number <= kPeersChanged) {
+    if (core != nullptr && number >= kFirstNumber && number <= kLastNumber) {
         const std::shared_ptr<WindowCore> keep = core->shared_from_this();
         return keep->HandleMessage(number, w_param, l_param);
+    }
+    if (core != nullptr && number == WM_TIMER && w_param == kPeerTimer) {
+        const std::shared_ptr<WindowCore> keep = core->shared_from_this();
+        keep->TellOfGonePeers();
+        return 0;
     }
     if (number == WM_CLOSE) {
         return 0;  // nobody but its owner closes this window
@@ -115,11 +121,7 @@ LRESULT CALLBACK WindowCore::WindowProcedure(HWND window, UINT number, WPARAM w_
 
 LRESULT WindowCore::HandleMessage(UINT number, WPARAM w_param, LPARAM l_param) {
     ++m_handled;
-    if (number == kPeersChanged) {
-        TellOfGonePeers();
-        return 0;
-    }
-    return number <= kLastNumber ? m_handler({number, w_param, l_param}) : 0;
+    return m_handler({number, w_param, l_param});
 }
 
 void WindowCore::TellOfGonePeers() {
@@ -128,11 +130,16 @@ void WindowCore::TellOfGonePeers() {
             m_peer_gone(gone);
         }
     }
+    if (m_peers.IsEmpty() && m_window != nullptr) {
+        ::KillTimer(m_window, kPeerTimer);
+    }
 }
 
-void WindowCore::PeersMayBeGone() {
-    const LastErrorKeeper keep;
-    ::PostMessageW(m_window, kPeersChanged, 0, 0);
+void WindowCore::Watch(WindowHandle peer) {
+    if (m_peers.IsEmpty()) {
+        ::SetTimer(m_window, kPeerTimer, kLookAtPeersEvery.count(), nullptr);
+    }
+    m_peers.Add(peer);
 }
 
 bool WindowCore::Post(WindowHandle target, const Message& message) {
@@ -141,19 +148,17 @@ bool WindowCore::Post(WindowHandle target, const Message& message) {
         return false;
     }
     if (::PostMessageW(WindowOf(target), message.number, message.w_param, message.l_param) == 0) {
-        PeersMayBeGone();
         return false;
     }
-    m_peers.Add(m_window, target);
+    Watch(target);
     return true;
 }
 
 SendResult WindowCore::Send(WindowHandle target, const Message& message) {
-    if (!IsAddress(target) || !WindowExists(target)) {
-        PeersMayBeGone();
+    if (!WindowExists(target)) {
         return {SendStatus::kGone, 0};
     }
-    m_peers.Add(m_window, target);
+    Watch(target);
     DWORD_PTR result = 0;
     ::SetLastError(ERROR_SUCCESS);
     // While it waits, the system hands us what is sent to us.
@@ -163,11 +168,7 @@ SendResult WindowCore::Send(WindowHandle target, const Message& message) {
                               &result) != 0) {
         return {SendStatus::kDone, static_cast<std::int64_t>(result)};
     }
-    if (!WindowExists(target)) {
-        PeersMayBeGone();
-        return {SendStatus::kGone, 0};
-    }
-    return {SendStatus::kNoAnswer, 0};
+    return {WindowExists(target) ? SendStatus::kNoAnswer : SendStatus::kGone, 0};
 }
 
 bool WindowCore::HandleOne(HWND window) {

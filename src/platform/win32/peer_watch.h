@@ -1,48 +1,38 @@
 // The windows of others that a message window has to do with, and their vanishing.
 //
-// The system tells nobody that a window of another process is gone. So the process is watched: one
-// of the system's own waiting threads posts kPeersChanged to our window when it ends, and does
-// nothing else. A process that may not be watched (it runs with more rights), and a window that is
-// closed while its process goes on, are noticed when the next message does not get through.
+// The system tells nobody that a window of another process is gone: whoever watches looks at them
+// from time to time.
 #pragma once
 
 #include <windows.h>
 
+#include <chrono>
 #include <map>
 #include <vector>
 
 #include "platform/message_window.h"
-#include "platform/win32/handle.h"
 
 namespace wavo::platform {
 
-/// Posted to our window: somebody may have vanished. Outside the numbers of masters and viewers.
-inline constexpr UINT kPeersChanged = WM_APP + 1;
+/// How often TakeGone should be called.
+inline constexpr std::chrono::milliseconds kLookAtPeersEvery{200};
 
 HWND WindowOf(WindowHandle handle) noexcept;
 WindowHandle NumberOf(HWND window) noexcept;
 
 class PeerWatch {
  public:
-    PeerWatch() = default;
-    ~PeerWatch();
-    PeerWatch(const PeerWatch&) = delete;
-    PeerWatch& operator=(const PeerWatch&) = delete;
-
-    /// From now on `peer` is watched for the window `own`; nothing happens when it is already.
-    void Add(HWND own, WindowHandle peer);
+    /// From now on `peer` is watched; nothing happens when it is already, or is no window.
+    void Add(WindowHandle peer);
 
     /// The peers that have vanished; they are no longer watched.
     std::vector<WindowHandle> TakeGone();
 
- private:
-    struct Peer {
-        Handle process;         ///< empty when it may not be watched
-        HANDLE wait = nullptr;  ///< the system's registration of our interest
-    };
-    static void StopWaiting(Peer& peer) noexcept;
+    [[nodiscard]] bool IsEmpty() const noexcept { return m_processes.empty(); }
 
-    std::map<WindowHandle, Peer> m_peers;
+ private:
+    /// By window: a handle may come again, for a window of another process.
+    std::map<WindowHandle, DWORD> m_processes;
 };
 
 }  // namespace wavo::platform

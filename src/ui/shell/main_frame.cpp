@@ -15,6 +15,7 @@
 #include <QWidgetAction>
 #include <algorithm>
 
+#include "platform/system_dialogs.h"
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/elided_label.h"
 #include "ui/shell/about_dlg.h"
@@ -90,6 +91,7 @@ void CMainFrame::ConnectView() {
     });
     connect(m_view, &CWavoView::QuitRequested, this, [this] {
         StoreLayout();
+        platform::CancelSystemDialogs();  // the toolkit ends its own ones only
         QCoreApplication::exit(0);
     });
 }

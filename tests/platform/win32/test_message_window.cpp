@@ -196,10 +196,16 @@ TEST(MessageWindow, AWindowThatVanishedIsToldOnceFromTheMessageLoop) {
     other.reset();
     EXPECT_FALSE(ours->Post(handle, {kFirst}));
     EXPECT_TRUE(gone.empty()) << "not in the midst of a call";
-    ours->Dispatch();
+    const auto serve = [&](milliseconds time, auto is_done) {
+        const auto end = steady_clock::now() + time;
+        while (!is_done() && steady_clock::now() < end) {
+            ours->WaitAndDispatch(milliseconds(10));
+        }
+    };
+    serve(milliseconds(20'000), [&] { return !gone.empty(); });
     EXPECT_THAT(gone, ElementsAre(handle));
     EXPECT_FALSE(ours->Post(handle, {kFirst}));
-    ours->Dispatch();
+    serve(milliseconds(500), [] { return false; });
     EXPECT_THAT(gone, ElementsAre(handle));
 }
 

@@ -18,6 +18,12 @@ inline constexpr int kFileExists = EEXIST;
 inline constexpr int kNoSuchFolder = ENOENT;
 inline constexpr int kIsAFolder = EISDIR;
 
+/// Whether a folder stays while a file in it is open.
+inline constexpr bool kOpenFilesHoldTheirFolder = false;
+
+/// Whether a segment's name can be taken away from those who hold it.
+inline constexpr bool kSegmentNamesCanBeRemoved = true;
+
 inline void SetVariable(const char* name, const std::string& value) {
     ::setenv(name, value.c_str(), 1);
 }

@@ -18,6 +18,12 @@ inline constexpr int kFileExists = 80;
 inline constexpr int kNoSuchFolder = 3;
 inline constexpr int kIsAFolder = 5;
 
+/// Whether a folder stays while a file in it is open.
+inline constexpr bool kOpenFilesHoldTheirFolder = true;
+
+/// Whether a segment's name can be taken away from those who hold it.
+inline constexpr bool kSegmentNamesCanBeRemoved = false;
+
 inline void SetVariable(const char* name, const std::string& value) {
     ::_putenv_s(name, value.c_str());
 }

@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QMenu>
@@ -289,8 +290,8 @@ TEST_F(Offered, RecentFilesOnceThereAreSome) {
     auto* const first = m_frame->findChild<QAction*>(QStringLiteral("recent_file_1"));
     EXPECT_TRUE(first->isVisible());
     EXPECT_TRUE(first->isEnabled());
-    EXPECT_EQ(first->text().toStdString(),
-              "&1 " + m_folder.filePath(QStringLiteral("graphs.ini")).toStdString());
+    EXPECT_EQ(first->text(), QStringLiteral("&1 ") + QDir::toNativeSeparators(m_folder.filePath(
+                                                         QStringLiteral("graphs.ini"))));
 }
 
 // A key press goes through the window first, as the platform hands it over.
