@@ -8,6 +8,8 @@ set(CPACK_PACKAGE_INSTALL_DIRECTORY "Wavo")
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_GENERATOR ZIP NSIS)
 
+# A 64-bit installer for 64-bit programs.
+set(CPACK_NSIS_DEFINES "Target amd64-unicode")
 set(CPACK_NSIS_DISPLAY_NAME "Wavo ${PROJECT_VERSION}")
 set(CPACK_NSIS_PACKAGE_NAME "Wavo")
 set(CPACK_NSIS_MUI_ICON "${PROJECT_SOURCE_DIR}/data/icons/wavo.ico")

@@ -7,9 +7,11 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "child_process.h"
 #include "master/motions.h"
 #include "master/recording.h"
+#include "matches_pattern.h"
+#include "system/started_program.h"
+#include "system_facts.h"
 #include "test_viewer.h"
 
 namespace wavo::master {
@@ -17,11 +19,11 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::MatchesRegex;
 using ::testing::StartsWith;
-using wavo::testing::ChildProcess;
 using wavo::testing::MappedSegment;
+using wavo::testing::MatchesPattern;
 using wavo::testing::SegmentExists;
+using wavo::testing::StartedProgram;
 using wavo::testing::TestViewer;
 
 const std::string kCircleFile = std::string(WAVO_RECORDINGS) + "/circle_xy_r50.csv.gz";
@@ -29,13 +31,13 @@ const std::string kCircleFile = std::string(WAVO_RECORDINGS) + "/circle_xy_r50.c
 class DemoMasterTest : public ::testing::Test {
  protected:
     void Start(const std::vector<std::string>& arguments) {
-        m_master = std::make_unique<ChildProcess>(WAVO_DEMO_MASTER, arguments);
+        m_master = std::make_unique<StartedProgram>(WAVO_DEMO_MASTER, arguments);
         ASSERT_TRUE(m_master->WaitForOutput("axes")) << m_master->Errors();
     }
 
     /// Runs to the end; exit status.
     int Run(const std::vector<std::string>& arguments) {
-        m_master = std::make_unique<ChildProcess>(WAVO_DEMO_MASTER, arguments);
+        m_master = std::make_unique<StartedProgram>(WAVO_DEMO_MASTER, arguments);
         return m_master->Wait();
     }
 
@@ -52,14 +54,14 @@ class DemoMasterTest : public ::testing::Test {
                std::to_string(viewer.batches) + ", overruns 0\n";
     }
 
-    std::unique_ptr<ChildProcess> m_master;
+    std::unique_ptr<StartedProgram> m_master;
 };
 
 TEST_F(DemoMasterTest, HelpAndVersionGoToStandardOutput) {
     EXPECT_EQ(Run({"--help"}), 0);
     EXPECT_THAT(m_master->Output(), StartsWith("Usage: demo_master"));
     EXPECT_EQ(Run({"--version"}), 0);
-    EXPECT_THAT(m_master->Output(), MatchesRegex("demo_master [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_THAT(m_master->Output(), MatchesPattern("demo_master [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }
 
 TEST_F(DemoMasterTest, WrongArgumentsGoToStandardErrorWithStatus2) {
@@ -77,7 +79,7 @@ TEST_F(DemoMasterTest, WrongArgumentsGoToStandardErrorWithStatus2) {
 
 TEST_F(DemoMasterTest, SecondMasterIsRefusedWithStatus1) {
     Start({});
-    ChildProcess second(WAVO_DEMO_MASTER, {});
+    StartedProgram second(WAVO_DEMO_MASTER, {});
     EXPECT_EQ(second.Wait(), 1);
     EXPECT_THAT(second.Errors(), StartsWith("demo_master: another master is running (window "));
 }
@@ -133,10 +135,11 @@ TEST_F(DemoMasterTest, FullSpeedLosesNoLineToAnyViewer) {
 
 TEST_F(DemoMasterTest, PlaysInTimeWithoutAViewer) {
     EXPECT_EQ(Run({"--motion", "jog", "--lines", "50"}), 0);
-    EXPECT_THAT(m_master->Output(), MatchesRegex("demo_master: window [0-9]+, cycle time 0.001 s, "
-                                                 "value FIFO 10000 lines, axes X Y Z C\n"
-                                                 "total: lines sent 0, batches answered 0, "
-                                                 "overruns 0\n"));
+    EXPECT_THAT(m_master->Output(),
+                MatchesPattern("demo_master: window [0-9]+, cycle time 0.001 s, "
+                               "value FIFO 10000 lines, axes X Y Z C\n"
+                               "total: lines sent 0, batches answered 0, "
+                               "overruns 0\n"));
 }
 
 TEST_F(DemoMasterTest, WaitsForAViewerAndBeginsAnewForTheNextOne) {
@@ -182,7 +185,9 @@ TEST_F(DemoMasterTest, SignalsEndItInOrder) {
         ASSERT_TRUE(viewer.Connect());
         ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.batches > 5; }));
         const platform::WindowHandle window = viewer.info.master_window;
-        interrupt ? m_master->Interrupt() : m_master->RequestEnd();
+        if (!(interrupt ? m_master->Interrupt() : m_master->RequestEnd())) {
+            GTEST_SKIP() << "there is no console here whose Ctrl-C could be pressed";
+        }
         EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.link_ends == 1 && viewer.master_gone; }));
         EXPECT_EQ(m_master->Wait(), 0);
         EXPECT_EQ(m_master->Errors(), "");
@@ -273,8 +278,8 @@ TEST_F(DemoMasterTest, FaultDieLeavesEverythingBehindAndTheNextMasterReplacesIt)
     EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.master_gone; }));
     EXPECT_EQ(m_master->Wait(), 137);
     EXPECT_EQ(viewer.link_ends, 0);
-    EXPECT_TRUE(SegmentExists(kInfoSegmentName));
-    EXPECT_TRUE(SegmentExists(viewer.FifoName()));
+    EXPECT_EQ(SegmentExists(kInfoSegmentName), testing::kSegmentsOutliveTheirMaker);
+    EXPECT_EQ(SegmentExists(viewer.FifoName()), testing::kSegmentsOutliveTheirMaker);
     EXPECT_FALSE(platform::WindowExists(viewer.info.master_window));
     viewer.Detach();
     Start({});
@@ -320,67 +325,6 @@ TEST_F(DemoMasterTest, FaultCapabilities) {
     EXPECT_EQ(viewer.ReadCapabilities()->at("X"), (AxisCapabilities{2.0, -1.0, 3.0, 4.0, 0.001}));
     ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.capability_changes == 2; }));
     EXPECT_EQ(viewer.ReadCapabilities()->at("X"), (AxisCapabilities{4.0, -2.0, 6.0, 8.0, 0.001}));
-}
-
-// ---- The sample master in C ----
-
-TEST(SineMasterTest, ViewerGetsTheSineAndTheEnd) {
-    ChildProcess master(WAVO_SINE_MASTER, {});
-    ASSERT_TRUE(master.WaitForOutput("sine_master: window")) << master.Errors();
-    ChildProcess second(WAVO_SINE_MASTER, {});
-    EXPECT_EQ(second.Wait(), 1);
-    TestViewer viewer;
-    ASSERT_TRUE(viewer.Connect());
-    EXPECT_THAT(viewer.info.axis_names, ElementsAre("X", "Y"));
-    EXPECT_EQ(viewer.info.cycle_time, 0.001);
-    EXPECT_EQ(viewer.info.fifo_lines, 4096U);
-    ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.lines.size() > 2000; }));
-    for (std::size_t i = 1; i < viewer.lines.size(); ++i) {
-        const auto& line = viewer.lines[i];
-        const auto& before = viewer.lines[i - 1];
-        ASSERT_NEAR(std::hypot(line[0], line[1]), 100.0, 1e-9);
-        ASSERT_NEAR(std::hypot(line[0] - before[0], line[1] - before[1]),
-                    200.0 * std::sin(M_PI / 1000.0), 1e-9)
-            << "a line is missing before line " << i;
-    }
-    EXPECT_EQ(viewer.capability_changes, 1);
-    EXPECT_EQ(viewer.ReadCapabilities()->at("Y"),
-              (AxisCapabilities{120.0, -120.0, 1000.0, 10000.0, 0.001}));
-    // A reconnect and a second viewer.
-    viewer.Disconnect();
-    viewer.PostConnect();
-    TestViewer other;
-    ASSERT_TRUE(other.Connect());
-    viewer.lines.clear();
-    ASSERT_TRUE(viewer.ServeUntil([&] {
-        other.Serve();
-        return viewer.lines.size() > 200 && other.lines.size() > 200;
-    }));
-    EXPECT_EQ(viewer.failed_opens, 0);
-    master.RequestEnd();
-    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.link_ends == 1 && viewer.master_gone; }));
-    EXPECT_EQ(master.Wait(), 0);
-    EXPECT_FALSE(SegmentExists(kInfoSegmentName));
-    EXPECT_FALSE(SegmentExists(viewer.FifoName()));
-    EXPECT_FALSE(SegmentExists(viewer.ModuleName()));
-    EXPECT_FALSE(platform::WindowExists(viewer.info.master_window));
-}
-
-TEST(SineMasterTest, OverrunIsToldAndDeadViewersAreDropped) {
-    ChildProcess master(WAVO_SINE_MASTER, {});
-    ASSERT_TRUE(master.WaitForOutput("sine_master: window")) << master.Errors();
-    auto viewer = std::make_unique<TestViewer>();
-    viewer->answers = false;
-    ASSERT_TRUE(viewer->Connect());
-    ASSERT_TRUE(viewer->ServeUntil([&] { return viewer->overruns == 1; }));
-    EXPECT_EQ(viewer->batches, 1);
-    const std::string fifo = viewer->FifoName();
-    EXPECT_TRUE(SegmentExists(fifo));
-    viewer.reset();
-    TestViewer other;
-    EXPECT_TRUE(other.ServeUntil([&] { return !SegmentExists(fifo); }));
-    master.RequestEnd();
-    EXPECT_EQ(master.Wait(), 0);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using wavo::testing::kSegmentNamesCanBeRemoved;
+using wavo::testing::kSegmentsOutliveTheirMaker;
 using wavo::testing::ReadInfo;
 using wavo::testing::SegmentExists;
 using wavo::testing::TestViewer;
@@ -55,7 +55,7 @@ TEST_F(PublisherTest, LeftoverOfADeadMasterIsReplaced) {
     const auto info = ReadInfo();
     ASSERT_TRUE(info);
     EXPECT_EQ(info->master_window, m_master->window());
-    if (kSegmentNamesCanBeRemoved) {
+    if (kSegmentsOutliveTheirMaker) {
         EXPECT_EQ(*static_cast<std::uint64_t*>(leftover.data()), 1U)
             << "changed instead of replaced";
     }
@@ -242,7 +242,7 @@ TEST_F(PublisherTest, APacedViewerIsToldOnceTheIntervalIsOver) {
 }
 
 TEST_F(PublisherTest, SegmentsOfOtherViewersOfADeadMasterAreRemoved) {
-    if (!kSegmentNamesCanBeRemoved) {
+    if (!kSegmentsOutliveTheirMaker) {
         GTEST_SKIP() << "names go with those who hold them here";
     }
     const auto fifo = platform::SharedSegment::Create("MValues_1", 16);

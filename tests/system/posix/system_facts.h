@@ -21,8 +21,8 @@ inline constexpr int kIsAFolder = EISDIR;
 /// Whether a folder stays while a file in it is open.
 inline constexpr bool kOpenFilesHoldTheirFolder = false;
 
-/// Whether a segment's name can be taken away from those who hold it.
-inline constexpr bool kSegmentNamesCanBeRemoved = true;
+/// Whether a segment stays without those who hold it, and its name can be taken away from them.
+inline constexpr bool kSegmentsOutliveTheirMaker = true;
 
 inline void SetVariable(const char* name, const std::string& value) {
     ::setenv(name, value.c_str(), 1);

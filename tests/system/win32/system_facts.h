@@ -21,8 +21,8 @@ inline constexpr int kIsAFolder = 5;
 /// Whether a folder stays while a file in it is open.
 inline constexpr bool kOpenFilesHoldTheirFolder = true;
 
-/// Whether a segment's name can be taken away from those who hold it.
-inline constexpr bool kSegmentNamesCanBeRemoved = false;
+/// Whether a segment stays without those who hold it, and its name can be taken away from them.
+inline constexpr bool kSegmentsOutliveTheirMaker = false;
 
 inline void SetVariable(const char* name, const std::string& value) {
     ::_putenv_s(name, value.c_str());

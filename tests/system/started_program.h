@@ -1,29 +1,31 @@
 // A program that a test starts and talks to as a shell would.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace wavo::testing {
 
-class ChildProcess {
+class StartedProgram {
  public:
     /// Starts `program`; standard output is collected, standard error too, apart from it.
-    ChildProcess(const std::string& program, const std::vector<std::string>& arguments);
+    StartedProgram(const std::string& program, const std::vector<std::string>& arguments);
     /// Kills the program when it still runs.
-    ~ChildProcess();
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
+    ~StartedProgram();
+    StartedProgram(const StartedProgram&) = delete;
+    StartedProgram& operator=(const StartedProgram&) = delete;
 
     /// Whether it has ended; does not wait.
     bool HasEnded();
-    /// Asks it to end, as a service manager does (SIGTERM) or Ctrl-C (SIGINT).
-    void RequestEnd();
-    void Interrupt();
+    /// Asks it to end, as a service manager does (SIGTERM; a thread's WM_CLOSE on Windows), or as
+    /// Ctrl-C does (SIGINT; a console event). False when that cannot be done.
+    bool RequestEnd();
+    bool Interrupt();
     /// Stops it at once.
     void Kill();
-    /// Waits for its end, at most 30 seconds. Returns its exit status, 1000 + the signal that
-    /// ended it, or -1 when it still runs.
+    /// Waits for its end, at most 30 seconds. Returns its exit status, or -1 when it still runs.
+    /// POSIX: 1000 + the signal that ended it.
     int Wait();
 
     /// What it has written so far.
@@ -34,13 +36,12 @@ class ChildProcess {
     bool WaitForOutput(const std::string& text);
 
  private:
+    struct System;  // the process and its pipes
     void Collect();
+    int ExitStatus();
 
-    int m_process = -1;
-    int m_output_pipe = -1;
-    int m_error_pipe = -1;
+    const std::unique_ptr<System> m_system;
     bool m_ended = false;
-    int m_status = 0;
     std::string m_output;
     std::string m_errors;
 };
