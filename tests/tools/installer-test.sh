@@ -15,6 +15,7 @@ fail() { echo "installer-test: $*" >&2; exit 1; }
 (cd "$build" && cpack -B "$work" >"$work/log") || { cat "$work/log"; fail "no package"; }
 zip=$work/wavo-$version-win64.zip
 [ -f "$zip" ] || fail "no $zip"
+zipped=$(cmake -E tar tf "$zip")
 
 place=$WINEPREFIX/drive_c/"Program Files"/Wavo
 rm -rf "$place"  # of a run that was interrupted
@@ -25,7 +26,7 @@ touch "$place/docs/user-guide.md" || fail "not installed"
 wine "$work/wavo-$version-win64.exe" /S  # over itself, as an update does
 for file in wavo.exe demo_master.exe docs/user-guide.md data/graphs/circle.ini Uninstall.exe; do
     [ -f "$place/$file" ] || fail "not installed: $file"
-    [ "$file" = Uninstall.exe ] || cmake -E tar tf "$zip" | grep -q "/$file\$" ||
+    [ "$file" = Uninstall.exe ] || grep -q "/$file\$" <<<"$zipped" ||
         fail "not in the ZIP: $file"
 done
 cmp "$build/src/ui/shell/wavo.exe" "$place/wavo.exe" || fail "not the program of this build"
