@@ -40,29 +40,43 @@ bool AxValueReader::Read(void* buffer, std::size_t line_length, std::uint64_t li
         MERRLOG("Write(): interface is not open");
         return false;
     }
+    m_copied = 0;
     if (m_damaged || FindDamage(false)) {
         return false;
     }
     if (line_length > m_fifo.line_size) {
         MERRLOG("AxValueReader::Read(): lines of %zu bytes do not fit into slots of %zu bytes",
                 line_length, static_cast<std::size_t>(m_fifo.line_size));
+        m_damaged = true;
         return false;
     }
     if (line_length != 0 && line_count > capacity / line_length) {
-        // More lines than slots never wait, which bounds the scratch area by the segment's size.
-        const std::uint64_t count = std::min(line_count, m_fifo.line_count);
-        std::vector<std::byte> scratch(3 * line_length * count);
-        m_thrown_away += ReadFromFifo(scratch.data(), line_length, count);
+        // More lines than slots never wait.
+        ThrowAway(line_length, std::min(line_count, m_fifo.line_count));
         FindDamage(true);
         return false;
     }
-    const std::uint64_t read =
-        ReadFromFifo(static_cast<std::byte*>(buffer), line_length, line_count);
+    m_copied = ReadFromFifo(static_cast<std::byte*>(buffer), line_length, line_count);
     if (FindDamage(true)) {
-        m_thrown_away += read;  // some of them may be zeros that nobody wrote
+        m_thrown_away += m_copied;  // some of them may be zeros that nobody wrote
         return false;
     }
     return true;
+}
+
+void AxValueReader::ThrowAway(std::size_t line_length, std::uint64_t line_count) {
+    constexpr std::size_t kPiece = std::size_t{1} << 20U;  // bytes, or one line
+    const std::uint64_t most = std::max<std::uint64_t>(kPiece / line_length, 1);
+    std::vector<std::byte> scratch(line_length * most);
+    while (line_count > 0) {
+        const std::uint64_t wanted = std::min(line_count, most);
+        const std::uint64_t read = ReadFromFifo(scratch.data(), line_length, wanted);
+        m_thrown_away += read;
+        line_count -= wanted;
+        if (read < wanted) {
+            return;
+        }
+    }
 }
 
 std::uint64_t AxValueReader::ReadFromFifo(std::byte* buffer, std::size_t line_length,

@@ -38,12 +38,16 @@ class AxValueReader {
     /// More than `capacity` bytes: the lines are taken and thrown away, so that the master can go
     /// on, and the call fails. Fewer lines than asked: the rest of the buffer keeps what it held,
     /// the call succeeds. A FIFO whose header or segment was tampered with, also while it was being
-    /// read, fails and counts as damaged. Failures go to the error log.
+    /// read, and slots that are too small for the lines, fail and count as damaged. Failures go to
+    /// the error log.
     bool Read(void* buffer, std::size_t line_length, std::uint64_t line_count,
               std::size_t capacity);
 
     /// Whether Read found that this FIFO cannot be relied on any more.
     [[nodiscard]] bool IsDamaged() const { return m_damaged; }
+
+    /// Lines that the last call of Read has copied.
+    [[nodiscard]] std::uint64_t LinesCopied() const { return m_copied; }
 
     /// Lines that calls of Read have taken and thrown away, since the reader was made.
     [[nodiscard]] std::uint64_t LinesThrownAway() const { return m_thrown_away; }
@@ -54,6 +58,8 @@ class AxValueReader {
     /// Returns the number of lines read.
     std::uint64_t ReadFromFifo(std::byte* buffer, std::size_t line_length,
                                std::uint64_t line_count);
+    /// Takes the lines piece by piece and forgets them.
+    void ThrowAway(std::size_t line_length, std::uint64_t line_count);
     /// Looks for damage and reports it. `while_reading`: a name that is gone is none.
     bool FindDamage(bool while_reading);
 
@@ -62,6 +68,7 @@ class AxValueReader {
     std::string m_name;
     void* m_segment = nullptr;  // linked segment; null when closed
     LineFifo m_fifo;            // valid while open
+    std::uint64_t m_copied = 0;
     std::uint64_t m_thrown_away = 0;
 };
 

@@ -8,6 +8,13 @@
 
 namespace wavo {
 
+namespace {
+
+/// More than any machine has axes. A module without a bound would hold the window for minutes.
+constexpr std::int32_t kMostRecords = 10'000;
+
+}  // namespace
+
 void SlaveGlobalCapabilities::OnCapabilitiesChanged(platform::WindowHandle master,
                                                     platform::WindowHandle module_number) {
     m_master = master;
@@ -74,6 +81,13 @@ void SlaveGlobalCapabilities::LoadRecords(const void* segment, const std::string
             "bytes cannot hold %d records",
             segment_name.c_str(), static_cast<std::size_t>(size), count);
         count = 0;
+    }
+    if (count > kMostRecords) {
+        MERRLOG(
+            "SlaveGlobalCapabilities::GetNewCapabilitiesFromMaster(): data module [%s] with %d "
+            "records: only %d are read",
+            segment_name.c_str(), count, kMostRecords);
+        count = kMostRecords;
     }
     for (std::int32_t k = 0; k < count; ++k) {
         CapabilityRecord record;

@@ -26,6 +26,12 @@ class SlaveGlobalCapabilities : public AxisLimitsSource {
     /// own window handle) and sets the new-capabilities flag.
     void OnCapabilitiesChanged(platform::WindowHandle master, platform::WindowHandle module_number);
 
+    /// The master from now on. Another one before it is not asked any more; what is known stays
+    /// known.
+    void SetMaster(platform::WindowHandle master) {
+        m_new_capabilities = m_new_capabilities && m_master == master;
+    }
+
     /// Fetches the module first when the flag is set.
     std::optional<AxisCapabilities> FindAxis(const std::string& name) override;
 

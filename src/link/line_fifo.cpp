@@ -147,7 +147,8 @@ void MMemLineFifo_Release(const LineFifo& fifo) {
 }
 
 bool MMemLineFifo_IsIntact(const LineFifo& fifo) {
-    return LoadRelaxed(fifo.header->line_size) == fifo.line_size &&
+    return LoadRelaxed(fifo.header->reader_mark) == OwnMark(fifo.data - sizeof(LineFifoHeader)) &&
+           LoadRelaxed(fifo.header->line_size) == fifo.line_size &&
            LoadRelaxed(fifo.header->line_count) == fifo.line_count &&
            LoadRelaxed(fifo.header->write_index) < fifo.line_count &&
            LoadRelaxed(fifo.header->read_index) == fifo.read_index;

@@ -60,6 +60,10 @@ MasterInfoStatus ReadMasterInfo(const MasterChannel& channel, MasterInfo& info) 
     if (!channel.Exists(block.master_window)) {
         return MasterInfoStatus::kAbsent;
     }
+    if (block.master_window == channel.OwnWindow()) {
+        MERRLOG("ReadMasterInfo(): %s refused: its window is the viewer's own", kInfoSegmentName);
+        return MasterInfoStatus::kRefused;
+    }
     if (const char* const fault = DecodeMasterInfo(block, info); fault != nullptr) {
         MERRLOG("ReadMasterInfo(): %s refused: %s", kInfoSegmentName, fault);
         return MasterInfoStatus::kRefused;

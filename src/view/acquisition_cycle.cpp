@@ -69,7 +69,7 @@ AcquisitionCycle::AcquisitionCycle(MasterChannel& channel, GraphBoard& board, Gr
 
 LinkCounters AcquisitionCycle::Counters() const {
     LinkCounters counters = m_counters;
-    counters.lines_thrown_away = m_reader.LinesThrownAway();
+    counters.lines_thrown_away += m_reader.LinesThrownAway();
     return counters;
 }
 
@@ -92,12 +92,14 @@ bool AcquisitionCycle::Connect(bool post) {
         m_board.DropBuffers();
     }
     m_master_hung = m_master_hung && info.master_window == m_info.master_window;
+    m_capabilities.SetMaster(info.master_window);
     m_info = info;
     m_axis_names = m_info.axis_names;
     char text[64];
     std::snprintf(text, sizeof text, "cycl. time=%.5fs", m_info.cycle_time);
     m_host.SetPaneText(StatusPane::kCycleTime, text);
-    m_host.SetPaneText(StatusPane::kMessage, m_master_hung ? kHung : kConnected);
+    const char* const state = m_link_broken && !post ? m_broken_why : kConnected;
+    m_host.SetPaneText(StatusPane::kMessage, m_master_hung ? kHung : state);
     InitialiseEditor();
     m_editor.SetCycleTime(m_info.cycle_time);
     if (post && !JoinMaster()) {
@@ -117,7 +119,7 @@ void AcquisitionCycle::InitialiseEditor() {
 void AcquisitionCycle::LeaveMaster() {
     if (IsMasterKnown()) {
         SendDisconnect();
-        m_reader.Close();
+        CloseReader();
     }
 }
 
@@ -146,7 +148,7 @@ void AcquisitionCycle::ConnectByUser() {
     if (!IsMasterKnown()) {
         // A reader that is still open belongs to a link that is over; the new one has a new
         // segment.
-        m_reader.Close();
+        CloseReader();
     }
     if (Connect(true)) {
         m_link_broken = false;
@@ -167,7 +169,7 @@ void AcquisitionCycle::End() {
         }
         m_info.master_window = 0;
     }
-    m_reader.Close();
+    CloseReader();
 }
 
 std::int64_t AcquisitionCycle::OnMessage(const platform::Message& message) {
@@ -176,7 +178,8 @@ std::int64_t AcquisitionCycle::OnMessage(const platform::Message& message) {
     }
     const auto number = static_cast<FromMaster>(message.number);
     // The last words of a master may have waited here; what ends the link does not wait for it.
-    if (m_master_hung && number != FromMaster::kOverrun && number != FromMaster::kQuit) {
+    if (m_master_hung &&
+        (number == FromMaster::kValues || number == FromMaster::kCapabilitiesChanged)) {
         m_master_hung = false;
         m_host.SetPaneText(StatusPane::kMessage, m_link_broken ? m_broken_why : kConnected);
     }
@@ -209,6 +212,10 @@ std::int64_t AcquisitionCycle::TakeBatch() {
     ++m_counters.batches_announced;
     if (m_host.IsDrawing()) {
         ++m_counters.batches_refused;
+        if (m_refusal_shown) {
+            return 0;
+        }
+        const FlagScope shown(m_refusal_shown);
         m_host.ShowError(
             "Fatal prg. error, can not take new mvalues.\n All ax. values out of sync.");
         return 0;
@@ -222,8 +229,10 @@ std::int64_t AcquisitionCycle::TakeBatch() {
     }
     m_batch_begin = begin;
     std::uint64_t lines = 0;
+    const std::uint64_t thrown_away = m_reader.LinesThrownAway();
     if (!ReceiveBatch(lines)) {
-        ++m_counters.batches_failed;
+        const bool is_drained = m_reader.LinesThrownAway() != thrown_away;
+        ++(is_drained ? m_counters.batches_drained : m_counters.batches_failed);
         return 0;
     }
     if (!m_running) {
@@ -277,7 +286,7 @@ bool AcquisitionCycle::OpenReader() {
     }
     if (!Connect(false) && master != 0 && !m_channel.Exists(master)) {
         // It died behind the announcement of its first batch.
-        m_reader.Close();
+        CloseReader();
         ForgetMaster(kGone);
         return false;
     }
@@ -322,10 +331,14 @@ bool AcquisitionCycle::ReadWaitingLines(std::uint64_t& lines) {
     }
     const std::size_t line_length = m_info.axis_names.size() * sizeof(double);
     const std::uint64_t thrown_away = m_reader.LinesThrownAway();
-    if (!m_reader.Read(m_input_buffer.get(), line_length, lines, m_input_capacity)) {
+    const bool is_read = m_reader.Read(m_input_buffer.get(), line_length, lines, m_input_capacity);
+    // Lines that waited cannot be gone, unless somebody has moved the write index back.
+    const bool is_short = is_read && m_reader.LinesCopied() < lines;
+    if (!is_read || is_short) {
         MERRLOG("CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed");
+        m_counters.lines_thrown_away += is_short ? m_reader.LinesCopied() : 0;
         m_lines_lost = m_lines_lost || m_reader.LinesThrownAway() != thrown_away;
-        if (m_reader.IsDamaged()) {
+        if (m_reader.IsDamaged() || is_short) {
             ++m_counters.links_broken;
             BreakLink(kDamaged);
         }
@@ -382,7 +395,9 @@ void AcquisitionCycle::SendPendingReady() {
 }
 
 void AcquisitionCycle::SendReady() {
-    if (SendToMaster(ToMaster::kReady, 0)) {
+    // A master that has just not answered a lookup finds this answer when it wakes up.
+    if (m_master_hung ? m_channel.Post(m_info.master_window, ToMaster::kReady, 0)
+                      : SendToMaster(ToMaster::kReady, 0)) {
         ++m_counters.batches_answered;
     } else {
         ++m_counters.batches_unanswered;
@@ -391,7 +406,7 @@ void AcquisitionCycle::SendReady() {
 }
 
 std::int64_t AcquisitionCycle::EndLink() {
-    m_reader.Close();
+    CloseReader();
     m_total_lines = 0;
     m_host.SetPaneText(StatusPane::kTotalLines, "0");
     ForgetMaster(kLinkEnded);
@@ -400,13 +415,18 @@ std::int64_t AcquisitionCycle::EndLink() {
 
 std::int64_t AcquisitionCycle::OnOverrun() {
     ++m_counters.overruns;
+    m_lines_lost = true;  // batches may be read until the reader is closed
+    if (m_overrun_shown) {
+        return 1;
+    }
+    const FlagScope shown(m_overrun_shown);
     if (IsMasterKnown()) {
         SendDisconnect();
     }
     m_broken_why = kOverrun;
     m_host.SetPaneText(StatusPane::kMessage, kOverrun);
     m_host.ShowError("overrun value fifo (main -> wavo.) from master proc. detected");
-    m_reader.Close();
+    CloseReader();
     m_link_broken = true;
     m_host.LinkChanged();
     return 1;
@@ -416,11 +436,18 @@ void AcquisitionCycle::BreakLink(const char* why) {
     if (IsMasterKnown()) {
         SendDisconnect();
     }
-    m_reader.Close();
+    CloseReader();
     m_link_broken = true;
     m_broken_why = why;
     m_host.SetPaneText(StatusPane::kMessage, why);
     m_host.LinkChanged();
+}
+
+void AcquisitionCycle::CloseReader() {
+    if (m_reader.IsOpen() && !m_reader.IsDamaged()) {
+        m_counters.lines_left += m_reader.LinesWaiting();
+    }
+    m_reader.Close();
 }
 
 std::int64_t AcquisitionCycle::OnQuit() {
@@ -431,7 +458,7 @@ std::int64_t AcquisitionCycle::OnQuit() {
 
 void AcquisitionCycle::OnPeerGone(platform::WindowHandle window) {
     if (IsMasterKnown() && window == m_info.master_window) {
-        m_reader.Close();
+        CloseReader();
         ForgetMaster(kGone);
     }
 }

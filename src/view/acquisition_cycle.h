@@ -151,6 +151,8 @@ class AcquisitionCycle {
     void SendDisconnect();
     /// The value FIFO cannot be relied on any more.
     void BreakLink(const char* why);
+    /// Lines that are left in it are counted.
+    void CloseReader();
     void SendReady();
     void ForgetMaster(const std::string& why);
 
@@ -180,8 +182,10 @@ class AcquisitionCycle {
     bool m_running = true;
     bool m_ended = false;
     bool m_read_error_shown = false;
-    bool m_lines_lost = false;   // since the last batch that was taken, in a link that goes on
-    bool m_master_hung = false;  // the last message sent was not answered in time
+    bool m_refusal_shown = false;  // the box that a batch came while drawing waits
+    bool m_overrun_shown = false;  // the box of an overrun waits
+    bool m_lines_lost = false;     // since the last batch that was taken, in a link that goes on
+    bool m_master_hung = false;    // the last message sent was not answered in time
     BatchTimes m_batch_times;
     Clock::time_point m_batch_begin{};
     Clock::time_point m_draw_begin{};

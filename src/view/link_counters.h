@@ -2,8 +2,8 @@
 //
 // Invariants:
 // 1. lines_read = lines_shown + lines_not_shown.
-// 2. batches_announced = batches_answered + batches_unanswered + batches_refused + batches_failed,
-//    but for one that is under way.
+// 2. batches_announced = batches_answered + batches_unanswered + batches_refused + batches_drained
+//    + batches_failed, but for one that is under way.
 #pragma once
 
 #include <cstdint>
@@ -17,11 +17,13 @@ struct LinkCounters {
     std::uint64_t lines_shown = 0;        ///< of these, handed to the graphs
     std::uint64_t lines_not_shown = 0;    ///< of these, read while the view was stopped
     std::uint64_t lines_thrown_away = 0;  ///< taken out of a FIFO and not accepted
+    std::uint64_t lines_left = 0;         ///< still in a FIFO when its link ended
 
     std::uint64_t batches_announced = 0;   ///< by a master
     std::uint64_t batches_answered = 0;    ///< the master took the "ready for new values"
     std::uint64_t batches_unanswered = 0;  ///< read, but the master did not take the answer
     std::uint64_t batches_refused = 0;     ///< came while another one was being taken or drawn
+    std::uint64_t batches_drained = 0;     ///< their lines were thrown away
     std::uint64_t batches_failed = 0;      ///< could not be read
 
     std::uint64_t links = 0;         ///< value FIFOs opened

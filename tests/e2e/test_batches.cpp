@@ -147,10 +147,11 @@ TEST_F(Viewer, AClickOnTheCountShowsWhatBecameOfEveryLine) {
     const std::string batches = std::to_string(Cycle().BatchesAnswered());
     EXPECT_EQ(count.DetailsText(),
               "Lines read\t500\nLines shown\t500\nLines read while stopped\t0\n"
-              "Lines thrown away\t0\nBatches announced\t" +
+              "Lines thrown away\t0\nLines left unread at a link's end\t0\nBatches announced\t" +
                   batches + "\nBatches answered\t" + batches +
                   "\nBatches whose answer was not taken\t0\n"
-                  "Batches refused\t0\nBatches that could not be read\t0\n"
+                  "Batches refused\t0\nBatches drained away\t0\n"
+                  "Batches that could not be read\t0\n"
                   "Value fifos opened\t1\nValue fifos found damaged\t0\n"
                   "Overruns reported\t0\n");
     QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);

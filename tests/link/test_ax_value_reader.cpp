@@ -67,6 +67,7 @@ TEST_F(Reader, AnEmptyFifoEndsTheReadWhichStillSucceeds) {
     m_segment.Write(1.0);
     const ExpectErrorLog expected({"AxValueReader::ReadFromFifo(): value fifo is empty"});
     EXPECT_TRUE(m_reader.Read(m_buffer.data(), kLineLength, 3, 128));
+    EXPECT_EQ(m_reader.LinesCopied(), 1U);
     EXPECT_THAT(std::vector(m_buffer.begin(), m_buffer.begin() + 3), ElementsAre(1.0, 2.0, -1.0));
 }
 
@@ -78,6 +79,17 @@ TEST_F(Reader, ARequestLargerThanTheBufferDrainsTheFifoAndFails) {
     EXPECT_FALSE(m_reader.Read(m_buffer.data(), kLineLength, 3, 3 * kLineLength - 1));
     EXPECT_EQ(m_reader.LinesWaiting(), 0U);
     EXPECT_EQ(m_buffer.front(), -1.0);
+}
+
+TEST_F(Reader, AnyNumberOfLinesIsDrainedThroughLittleMemory) {
+    constexpr std::uint64_t kLines = 200'000;  // 3 MB, more than one piece
+    FifoSegment large("MValues_4712", kLines + 1, 2);
+    ASSERT_TRUE(m_reader.Open("MValues_4712"));
+    large.header().write_index = kLines;
+    EXPECT_FALSE(m_reader.Read(m_buffer.data(), kLineLength, kLines, 128));
+    EXPECT_EQ(m_reader.LinesThrownAway(), kLines);
+    EXPECT_EQ(m_reader.LinesWaiting(), 0U);
+    EXPECT_FALSE(m_reader.IsDamaged());
 }
 
 TEST_F(Reader, AnAbsurdLineCountIsNoReasonToAllocateIt) {
@@ -100,6 +112,7 @@ TEST_F(Reader, SlotsThatAreTooSmallForTheAxesAreRefused) {
     const ExpectErrorLog expected(
         {"AxValueReader::Read(): lines of 24 bytes do not fit into slots of 16 bytes"});
     EXPECT_FALSE(m_reader.Read(m_buffer.data(), 24, 1, 128));
+    EXPECT_TRUE(m_reader.IsDamaged()) << "no later batch would fit either";
 }
 
 TEST_F(Reader, ADamagedHeaderIsRefused) {

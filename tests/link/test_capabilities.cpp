@@ -134,6 +134,25 @@ INSTANTIATE_TEST_SUITE_P(
         BadModule{2147483647, 300,
                   MODULE_TEXT "[DataModCap4711] of 300 bytes cannot hold 2147483647 records"}));
 
+TEST_F(Capabilities, OfMoreAxesThanAnyMachineHasAreReadInPart) {
+    constexpr std::int32_t kCount = 2'000'000;
+    Publish({{"X", 1.0, -1.0}}, kCount, CapabilityRecordOffset(kCount));
+    Announce();
+    const ExpectErrorLog expected(
+        {MODULE_TEXT "[DataModCap4711] with 2000000 records: only 10000 are read"});
+    EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 1.0);
+}
+
+TEST_F(Capabilities, OfAMasterBeforeAreKnownButNotAskedForAgain) {
+    Publish({{"X", 1.0, -1.0}});
+    Announce();
+    EXPECT_TRUE(m_capabilities.FindAxis("X"));
+    m_channel.Take();
+    m_capabilities.SetMaster(816);
+    EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 1.0);
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+}
+
 TEST_F(Capabilities, ANameWithoutEndIsSkippedAndTheOthersAreKept) {
     Publish({{std::string(256, 'x'), 1.0, -1.0}, {"Y", 2.0, -2.0}});
     Announce();

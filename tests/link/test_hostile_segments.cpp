@@ -207,11 +207,10 @@ TEST_F(HostileFifo, ThatChangesUnderItsReaderIsReadOnOrDamagedAndNeverBelieved) 
         AxValueReader reader;
         ASSERT_TRUE(reader.Open("MValues_4711"));
         LineFifoHeader now = changed;
-        now.reader_mark =
-            changed.reader_mark == 0 ? m_segment.header().reader_mark : changed.reader_mark;
+        now.reader_mark = m_segment.header().reader_mark ^ changed.reader_mark;
         m_segment.header() = now;
         ReadAll(reader);
-        const bool sound = now.line_size == m_good.line_size &&
+        const bool sound = changed.reader_mark == 0 && now.line_size == m_good.line_size &&
                            now.line_count == m_good.line_count && now.write_index < kLines &&
                            now.read_index == m_good.read_index;
         EXPECT_EQ(reader.IsDamaged(), !sound);

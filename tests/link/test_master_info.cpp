@@ -91,6 +91,17 @@ TEST_F(InfoBlock, ThatIsTooSmallIsRefused) {
     EXPECT_EQ(m_info.master_window, 0U);
 }
 
+TEST_F(InfoBlock, ThatNamesTheViewersOwnWindowIsRefused) {
+    MasterInfoBlock block = Block();
+    block.master_window = testing::FakeMasterChannel::kViewer;
+    m_channel.alive.insert(block.master_window);
+    Publish(block);
+    const ExpectErrorLog expected(
+        {"ReadMasterInfo(): MachineTools_InfoData refused: its window is the viewer's own"});
+    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kRefused);
+    EXPECT_EQ(m_info.master_window, 0U);
+}
+
 struct BadBlock {
     void (*spoil)(MasterInfoBlock&);
     const char* fault;

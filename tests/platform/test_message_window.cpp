@@ -238,6 +238,23 @@ TEST_F(MessageWindowTest, DispatchIsBoundedAndLeavesTheDescriptorReadable) {
     EXPECT_EQ(seen.size(), 200U);
 }
 
+TEST_F(MessageWindowTest, DispatchReturnsBehindAHandlerThatTookLong) {
+    int handled = 0;
+    const auto window = Make([&handled](const Message&) {
+        ++handled;
+        std::this_thread::sleep_for(milliseconds(150));
+        return std::int64_t{0};
+    });
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(window->Post(window->handle(), {1}));
+    }
+    window->Dispatch();
+    EXPECT_EQ(handled, 1);
+    EXPECT_TRUE(IsReadable(window->PollDescriptor()));
+    window->Dispatch();
+    EXPECT_EQ(handled, 2);
+}
+
 TEST_F(MessageWindowTest, AHandlerMayDispatchAndTheOrderOfBeginningIsKept) {
     std::vector<std::uint32_t> begun;
     std::unique_ptr<MessageWindow> window;

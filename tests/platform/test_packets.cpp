@@ -118,6 +118,22 @@ TEST_F(PacketTest, SilentConnectionsComeAndGo) {
     }
 }
 
+TEST_F(PacketTest, OfManySilentConnectionsTheOldestAreClosed) {
+    const Descriptor greeted = Connect();
+    Write(greeted, Packet(PacketKind::kHello));
+    DispatchAll();
+    std::vector<Descriptor> silent;
+    for (int i = 0; i < 100; ++i) {
+        silent.push_back(Connect());
+        DispatchAll();
+    }
+    for (std::size_t i = 0; i < silent.size(); ++i) {
+        EXPECT_EQ(IsClosed(silent[i]), i < 36) << i;
+    }
+    EXPECT_FALSE(IsClosed(greeted));
+    ExpectWorks();
+}
+
 TEST_F(PacketTest, AskingWhetherAWindowExistsDoesNotDisturbIt) {
     WindowHandle handle = m_window->handle();
     // From another thread's view the answer is the same; from another process it is a connection.

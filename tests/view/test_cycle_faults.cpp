@@ -40,7 +40,8 @@ class CycleFaults : public testing::CycleFixture {
         EXPECT_EQ(counters.lines_read, counters.lines_shown + counters.lines_not_shown);
         EXPECT_EQ(counters.batches_announced,
                   counters.batches_answered + counters.batches_unanswered +
-                      counters.batches_refused + counters.batches_failed);
+                      counters.batches_refused + counters.batches_drained +
+                      counters.batches_failed);
     }
 };
 
@@ -105,6 +106,8 @@ INSTANTIATE_TEST_SUITE_P(
                READ_TEXT "value fifo MValues_4711 was removed or replaced"},
         Damage{"LineSize", [](testing::FifoSegment& fifo) { fifo.header().line_size = 8; },
                READ_TEXT "the header of value fifo MValues_4711 is damaged"},
+        Damage{"ReaderMark", [](testing::FifoSegment& fifo) { fifo.header().reader_mark = 0; },
+               READ_TEXT "the header of value fifo MValues_4711 is damaged"},
         Damage{"ReadIndex", [](testing::FifoSegment& fifo) { fifo.header().read_index = 0; },
                READ_TEXT "the header of value fifo MValues_4711 is damaged"},
         Damage{"WriteIndex", [](testing::FifoSegment& fifo) { fifo.header().write_index = 99; },
@@ -128,6 +131,103 @@ TEST_F(CycleFaults, AfterAnOverrunTheCurvesBeginAnew) {
     EXPECT_EQ(m_cycle.Counters().overruns, 1U);
     EXPECT_EQ(m_cycle.Counters().lines_read, 4U);
     ExpectAllAccountedFor();
+}
+
+TEST_F(CycleFaults, OverrunsWhileTheirBoxIsShownOpenNoOther) {
+    ConnectAndTakeFirstBatch();
+    m_host.on_box = [this] {
+        for (int i = 0; i < 1000; ++i) {
+            EXPECT_EQ(m_cycle.OnMessage(kOverrun), 1);
+        }
+    };
+    EXPECT_EQ(m_cycle.OnMessage(kOverrun), 1);
+    EXPECT_THAT(m_host.Take(),
+                ElementsAre("box overrun value fifo (main -> wavo.) from master proc. detected"));
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kDisconnect));
+    EXPECT_EQ(m_cycle.Counters().overruns, 1001U);
+    EXPECT_EQ(m_cycle.OnMessage(kOverrun), 1);
+    EXPECT_EQ(m_host.Take().size(), 1U) << "the next one is told again";
+}
+
+TEST_F(CycleFaults, LinesReadWhileTheBoxOfAnOverrunIsShownAreNotJoined) {
+    ConnectAndTakeFirstBatch();
+    m_host.on_box = [this] {
+        m_fifo->Write(50.0);
+        EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+        EXPECT_THAT(Held("X1"), ElementsAre(50.0));
+    };
+    EXPECT_EQ(m_cycle.OnMessage(kOverrun), 1);
+    ExpectAllAccountedFor();
+}
+
+TEST_F(CycleFaults, BatchesRefusedWhileTheirBoxIsShownOpenNoOther) {
+    ConnectAndTakeFirstBatch();
+    m_host.drawing = true;
+    m_host.on_box = [this] {
+        for (int i = 0; i < 1000; ++i) {
+            EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+        }
+    };
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    EXPECT_THAT(m_host.Take(), ElementsAre("box Fatal prg. error, can not take new mvalues.\n All "
+                                           "ax. values out of sync."));
+    EXPECT_EQ(m_cycle.Counters().batches_refused, 1001U);
+    ExpectAllAccountedFor();
+}
+
+TEST_F(CycleFaults, ABatchBehindAnOverrunIsTakenAndTheLinkStaysBroken) {
+    ConnectAndTakeFirstBatch();
+    EXPECT_EQ(m_cycle.OnMessage(kOverrun), 1);
+    NewFifo();
+    m_fifo->Write(50.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(50.0));
+    EXPECT_TRUE(m_cycle.CanConnect());
+    EXPECT_EQ(Message(), "The value fifo ran over: Machine Data > Connect to go on");
+    ExpectAllAccountedFor();
+}
+
+TEST_F(CycleFaults, LinesThatWaitWhenTheLinkEndsAreCounted) {
+    ConnectAndTakeFirstBatch();
+    m_fifo->Write(2.0);
+    m_fifo->Write(3.0);
+    EXPECT_EQ(m_cycle.OnMessage(kLinkEnded), 1);
+    EXPECT_EQ(m_cycle.Counters().lines_left, 2U);
+    EXPECT_EQ(m_cycle.Counters().lines_read, 1U);
+}
+
+TEST_F(CycleFaults, SlotsThatAreTooSmallForTheAxesEndTheLink) {
+    ConnectAndTakeFirstBatch();
+    EXPECT_EQ(m_cycle.OnMessage(kLinkEnded), 1);
+    m_channel.Take();
+    m_host.Take();
+    NewFifo(8, 1);
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_fifo->Write(2.0);
+    {
+        const ExpectErrorLog expected(
+            {READ_TEXT "lines of 16 bytes do not fit into slots of 8 bytes", kReadFailed});
+        EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
+    }
+    EXPECT_EQ(Message(), kDamagedText);
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kConnect, kDisconnect));
+    EXPECT_TRUE(m_cycle.CanConnect());
+    ExpectAllAccountedFor();
+}
+
+TEST_F(CycleFaults, AnInfoBlockThatNamesTheViewersOwnWindowIsNoMaster) {
+    MasterInfoBlock block{};
+    block.master_window = testing::FakeMasterChannel::kViewer;
+    block.cycle_time = 0.004;
+    block.fifo_lines = 8;
+    m_channel.alive.insert(block.master_window);
+    std::memcpy(testing::AddFakeSegment("MachineTools_InfoData", sizeof block), &block,
+                sizeof block);
+    const ExpectErrorLog expected(
+        {"ReadMasterInfo(): MachineTools_InfoData refused: its window is the viewer's own"});
+    EXPECT_FALSE(m_cycle.Connect(true));
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+    EXPECT_EQ(Message(), "The master's info block is not valid, see the error log");
 }
 
 TEST_F(CycleFaults, AfterARestartOfTheMasterTheCurvesBeginAnew) {
@@ -158,7 +258,7 @@ TEST_F(CycleFaults, LinesThatWereThrownAwayAreCountedAndNothingIsJoinedAcrossThe
         EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
     }
     EXPECT_EQ(m_cycle.Counters().lines_thrown_away, 3U);
-    EXPECT_EQ(m_cycle.Counters().batches_failed, 1U);
+    EXPECT_EQ(m_cycle.Counters().batches_drained, 1U);
     EXPECT_THAT(Held("X1"), ElementsAre(1.0));
     m_fifo->Write(5.0);
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
@@ -250,6 +350,27 @@ TEST_F(HungMaster, CostsOneWaitWhateverIsDoneAfterwards) {
     m_cycle.End();
     EXPECT_THAT(m_channel.Take(), ElementsAre("post 815 52c 1", kConnect, kConnect,
                                               "post 815 52c 1", "post 815 52c 1"));
+}
+
+TEST_F(HungMaster, CostsOneWaitWhenALookupForTheFirstGraphAndTheAnswerMeetIt) {
+    m_channel.send_status = SendStatus::kNoAnswer;
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_cycle.OnMessage({0x52F, 0, 0});
+    m_fifo->Write(1.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_EQ(m_board.Graphs().size(), 1U);
+    EXPECT_EQ(Message(), kHungText);
+    const std::vector<std::string> said = m_channel.Take();
+    EXPECT_EQ(Waits(said), 1U);
+    EXPECT_EQ(said.back(), "post 815 52d 0") << "the master finds its answer when it wakes up";
+    EXPECT_EQ(m_cycle.Counters().batches_answered, 1U);
+}
+
+TEST_F(HungMaster, IsNotHeardOfInMessagesThatNoMasterSends) {
+    Hang();
+    m_cycle.Capabilities().FindAxis("X1");
+    m_cycle.OnMessage({0x530, 0, 0});
+    EXPECT_EQ(Message(), kHungText);
 }
 
 TEST_F(HungMaster, ThatIsHeardOfAgainIsAskedAgain) {

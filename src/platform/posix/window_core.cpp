@@ -29,6 +29,8 @@ using std::chrono::nanoseconds;
 
 constexpr std::size_t kEventsPerWait = 32;
 constexpr int kQueuedPerDispatch = 64;
+/// After a handler that waited for somebody the rest of the program gets its turn.
+constexpr std::chrono::milliseconds kLongestDispatch{100};
 constexpr nanoseconds kLongestWait = std::chrono::hours(24 * 365);
 
 MessagePacket PacketOf(PacketKind kind, std::uint64_t sequence, const Message& message) {
@@ -170,6 +172,7 @@ void WindowCore::Close() noexcept {
     m_outgoing.clear();
     m_targets.clear();
     m_incoming.clear();
+    m_silent.clear();
     m_queue.clear();
     m_vanished.clear();
 }
@@ -279,6 +282,7 @@ bool WindowCore::WaitAndDispatch(nanoseconds timeout) {
 }
 
 void WindowCore::HandleWaiting(bool pumped) {
+    const Clock::time_point begin = Clock::now();
     for (int handled = 0; handled < kQueuedPerDispatch && !m_closed; ++handled) {
         if (!std::exchange(pumped, false)) {
             Pump(Clock::time_point::min());
@@ -288,6 +292,9 @@ void WindowCore::HandleWaiting(bool pumped) {
             return;
         }
         HandleQueued();
+        if (Clock::now() - begin > kLongestDispatch) {
+            return;
+        }
     }
 }
 

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -93,6 +94,8 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     bool TakePacket(const Incoming& connection, const MessagePacket& packet);
     void Serve(const Incoming& connection, const MessagePacket& packet);
     void EndIncoming(const Incoming& connection);
+    /// Ends the oldest of those that have not said whose they are, when there are too many.
+    void LimitSilent();
 
     // Connections from us
     Outgoing ConnectionTo(WindowHandle target);
@@ -130,6 +133,7 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     ConnectionId m_last_id;
     std::uint64_t m_last_sequence = 0;
     std::unordered_map<ConnectionId, Incoming> m_incoming;
+    std::set<ConnectionId> m_silent;  ///< of m_incoming: those that have not said whose they are
     std::unordered_map<ConnectionId, Outgoing> m_outgoing;
     std::unordered_map<WindowHandle, Outgoing> m_targets;
     std::vector<PendingSend*> m_pending;

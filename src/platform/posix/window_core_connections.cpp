@@ -17,6 +17,9 @@ namespace wavo::platform {
 namespace {
 
 constexpr int kAcceptsPerEvent = 64;
+/// Who connects says at once whose connection it is. Those that do not take descriptors that files
+/// and segments need.
+constexpr std::size_t kMostSilent = 64;
 /// More than a socket holds: a sent message behind posted ones is found before any of them is
 /// handled.
 constexpr int kPacketsPerEvent = 1024;
@@ -59,7 +62,15 @@ void WindowCore::Accept() {
             continue;
         }
         m_incoming.emplace(id, connection);
+        m_silent.insert(id);
         ReadIncoming(connection);  // its first message usually waits already
+        LimitSilent();
+    }
+}
+
+void WindowCore::LimitSilent() {
+    while (m_silent.size() > kMostSilent) {
+        EndIncoming(Incoming(m_incoming.at(*m_silent.begin())));
     }
 }
 
@@ -124,6 +135,7 @@ bool WindowCore::TakePacket(const Incoming& connection, const MessagePacket& pac
                 return false;
             }
             connection->peer = packet.w_param;
+            m_silent.erase(connection->id);
             return true;
         case PacketKind::kPost:
             if (greeted) {
@@ -164,6 +176,7 @@ void WindowCore::EndIncoming(const Incoming& connection) {
     }
     ::shutdown(connection->socket.number(), SHUT_RDWR);
     connection->socket.Close();
+    m_silent.erase(connection->id);
     m_incoming.erase(connection->id);
 }
 
