@@ -10,6 +10,10 @@ namespace wavo::testing {
 /// The environment variable below whose folder the data folder lies.
 inline constexpr char kDataHome[] = "XDG_DATA_HOME";
 
+/// The same of the folder of logs, and where they lie below it.
+inline constexpr char kStateHome[] = "XDG_STATE_HOME";
+inline constexpr char kLogFolder[] = "Velk/";
+
 /// The toolkit's platform for end-to-end tests: the windows need no display.
 inline constexpr char kEndToEndPlatform[] = "offscreen";
 

@@ -9,6 +9,10 @@ namespace wavo::testing {
 /// The environment variable below whose folder the data folder lies.
 inline constexpr char kDataHome[] = "WAVO_DATA_HOME";
 
+/// The same of the folder of logs, and where they lie below it.
+inline constexpr char kStateHome[] = "WAVO_DATA_HOME";
+inline constexpr char kLogFolder[] = "Velk/logs/";
+
 /// The toolkit's platform for end-to-end tests: a program without real windows could not be asked
 /// to end.
 inline constexpr char kEndToEndPlatform[] = "windows";
