@@ -28,20 +28,21 @@ bool IsToCrash(const std::string& when) {
 }
 
 // As a program does it: the hook stands before main begins.
-const bool crash_logger_ready =
-    std::getenv(kCrashVariable) != nullptr && (CrashLogDLL::InitCrashLogger(), true);
+const bool crash_logger_ready = std::getenv(kCrashVariable) != nullptr &&
+                                (testing::PrepareToCrash(), CrashLogDLL::InitCrashLogger(), true);
 
 struct CrashDuringStaticInitialisation {
-    CrashDuringStaticInitialisation() {
+    [[gnu::noinline]] CrashDuringStaticInitialisation() {
         if (IsToCrash("before main")) {
             testing::CrashNow();
+            asm volatile("" ::: "memory");  // no tail call: the function is to stand in the record
         }
     }
 } const crash_early;
 
 [[gnu::noinline]] void CrashWhenAsked() {
     testing::CrashNow();
-    asm volatile("" ::: "memory");  // no tail call: the function is to stand in the record
+    asm volatile("" ::: "memory");
 }
 
 class CrashLoggerTest : public ::testing::Test {
@@ -57,6 +58,7 @@ class CrashLoggerTest : public ::testing::Test {
         testing::StartedProgram program(WAVO_THIS_PROGRAM, {"--gtest_filter=Inner.*"});
         testing::UnsetVariable(kCrashVariable);
         EXPECT_NE(program.Wait(), 0);
+        EXPECT_TRUE(program.HasEnded());
     }
 
     [[nodiscard]] std::string File(const char* name) const {

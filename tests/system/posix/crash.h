@@ -9,9 +9,13 @@ namespace wavo::testing {
 
 inline constexpr char kCrashName[] = "(SIGSEGV)";
 
-inline void CrashNow() {
+/// Lets the crash leave nothing but its record. Before the crash hook is installed.
+inline void PrepareToCrash() {
     const rlimit no_core{};
     ::setrlimit(RLIMIT_CORE, &no_core);
+}
+
+inline void CrashNow() {
     std::raise(SIGSEGV);
 }
 
