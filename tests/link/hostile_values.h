@@ -14,23 +14,12 @@
 #include <string>
 #include <vector>
 
-namespace wavo::testing {
+#include "slowness.h"
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define WAVO_TEST_IS_SLOW 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define WAVO_TEST_IS_SLOW 1
-#endif
-#endif
+namespace wavo::testing {
 
 /// How long anything hostile may keep the viewer from its verdict.
 inline constexpr std::chrono::milliseconds kVerdictTime{100};
-#ifdef WAVO_TEST_IS_SLOW
-inline constexpr int kSlowness = 5;  // what the sanitizers cost
-#else
-inline constexpr int kSlowness = 1;
-#endif
 
 /// Calls `check`, which can be repeated, and fails when it takes longer than kVerdictTime. Another
 /// program may have had the processor: the best of three tries counts. Returns the number of tries.
