@@ -6,13 +6,23 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <QElapsedTimer>
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <functional>
+#include <iterator>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "expect_errors.h"
 #include "platform/message_window.h"
 #include "platform/posix/descriptor.h"
+#include "platform/posix/message_packet.h"
+#include "slowness.h"
+#include "soak/memory_watch.h"
 #include "viewer_fixture.h"
 
 namespace wavo::testing {
@@ -42,30 +52,162 @@ class Flooded : public Viewer {
         }
         return socket;
     }
+
+    static std::size_t OpenDescriptors() {
+        const std::filesystem::directory_iterator entries("/proc/self/fd");
+        return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+    }
+
+    /// Carries out `step` with 0, 1, ... below `count`, again and again while it says that there is
+    /// no room. Lines go on being taken and answered meanwhile, in the memory that was there.
+    void ExpectUndisturbed(std::uint64_t count, const std::function<bool(std::uint64_t)>& step) {
+        const std::string message = m_frame->PaneText(StatusPane::kMessage).toStdString();
+        const LinkCounters before = Cycle().Counters();
+        const std::uint64_t memory = ResidentMemory();
+        std::uint64_t most_memory = memory;
+        std::uint64_t answered = before.batches_answered;
+        std::int64_t longest_pause = 0;  // without an answered batch, ms
+        QElapsedTimer whole;
+        QElapsedTimer pause;
+        whole.start();
+        pause.start();
+        std::uint64_t turns = 0;
+        for (std::uint64_t i = 0; i < count; ++i) {
+            while (!step(i)) {
+                ASSERT_LT(pause.elapsed(), 20000) << "at " << i;
+                QCoreApplication::processEvents();
+                if (++turns % 100 == 0) {
+                    most_memory = std::max(most_memory, ResidentMemory());
+                }
+            }
+            ASSERT_FALSE(HasFailure()) << "at " << i;
+            if (std::exchange(answered, Cycle().BatchesAnswered()) != Cycle().BatchesAnswered()) {
+                longest_pause = std::max<std::int64_t>(longest_pause, pause.restart());
+            }
+        }
+        longest_pause = std::max<std::int64_t>(longest_pause, pause.elapsed());
+        const auto milliseconds = static_cast<std::uint64_t>(whole.elapsed());
+        const LinkCounters after = Cycle().Counters();
+        // The master writes a line each millisecond.
+        EXPECT_GT(after.lines_read - before.lines_read, milliseconds / 2) << milliseconds << " ms";
+        EXPECT_GT(after.batches_answered, before.batches_answered);
+        EXPECT_LT(longest_pause, 1000 * kSlowness) << "ms";
+        ASSERT_GT(memory, 0U);
+        EXPECT_LT(std::max(most_memory, ResidentMemory()) - memory, kMemory) << milliseconds;
+        EXPECT_EQ(m_frame->PaneText(StatusPane::kMessage).toStdString(), message);
+    }
+
+    /// The same with messages that somebody posts.
+    void ExpectUndisturbedBy(std::uint64_t count,
+                             const std::function<platform::Message(std::uint64_t)>& message) {
+        const auto flooder = OtherWindow();
+        ExpectUndisturbed(count, [&](std::uint64_t i) {
+            flooder->Dispatch();
+            return flooder->Post(View().Window(), message(i));
+        });
+        ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 500));
+    }
+
+    /// What the viewer counted is what the master says at its end.
+    void ExpectNothingLost(DemoMaster& master) {
+        ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
+        const auto totals = master.End();
+        ASSERT_TRUE(totals);
+        const LinkCounters counters = Cycle().Counters();
+        EXPECT_EQ(totals->overruns, 0U);
+        EXPECT_EQ(totals->lines_sent, counters.lines_read);
+        EXPECT_EQ(totals->batches_answered, counters.batches_answered);
+        EXPECT_EQ(counters.batches_announced, counters.batches_answered);
+        EXPECT_EQ(counters.lines_read, counters.lines_shown);
+        EXPECT_THAT(TakeBoxes(), IsEmpty());
+    }
+
+    static constexpr std::uint64_t kFirstNumber = 0x52C;  ///< of those that a master uses
+    /// What a flood may cost: the values that are shown meanwhile, and bounded queues.
+    static constexpr std::uint64_t kMemory = 32'000'000ULL * kSlowness;  // bytes
 };
 
 TEST_F(Flooded, AMillionUnknownMessagesDisturbNothing) {
     DemoMaster master({"--motion", "circle"});
     Open({"X"});
     ASSERT_TRUE(WaitForLines(100));
-    const auto flooder = OtherWindow();
-    constexpr std::uint64_t kFlood = 1'000'000;
-    std::uint64_t taken = 0;
-    for (std::uint64_t i = 0; i < kFlood; ++i) {
-        const auto number = static_cast<std::uint32_t>(0x530 + i % 0x1000);
-        while (!flooder->Post(View().Window(), {number, i, 0})) {
-            QCoreApplication::processEvents();
-            flooder->Dispatch();
+    ExpectUndisturbedBy(1'000'000, [](std::uint64_t i) {
+        // Below and above the four numbers that a master uses.
+        const std::uint64_t number = i % 2 == 0 ? 0x530 + i % 0x1000 : i % kFirstNumber;
+        return platform::Message{static_cast<std::uint32_t>(number), i, 0};
+    });
+    ExpectNothingLost(master);
+}
+
+TEST_F(Flooded, AMillionNoticesOfNewCapabilitiesAskTheMasterForNothing) {
+    DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
+    Open({"X"});
+    ASSERT_TRUE(WaitForLines(100));
+    AxisLimitsSource& limits = View().Capabilities();
+    ASSERT_TRUE(limits.FindAxis("X"));
+    ExpectUndisturbedBy(1'000'000, [](std::uint64_t i) {
+        return platform::Message{0x52F, i, static_cast<std::int64_t>(~i)};
+    });
+    const auto found = limits.FindAxis("X");
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->lower_limit, -12.0);
+    EXPECT_EQ(found->upper_limit, 34.0);
+    ExpectNothingLost(master);
+}
+
+TEST_F(Flooded, AMillionNoticesOfUnknownKindsAreNoBatches) {
+    DemoMaster master({"--motion", "circle"});
+    Open({"X"});
+    ASSERT_TRUE(WaitForLines(100));
+    ExpectUndisturbedBy(1'000'000, [](std::uint64_t i) {
+        constexpr std::uint64_t kUnknown[] = {0, 3, ~std::uint64_t{0}, std::uint64_t{1} << 32U | 1};
+        return platform::Message{0x52C, i % 5 < 4 ? kUnknown[i % 5] : 3 + i, 0};
+    });
+    ExpectNothingLost(master);
+}
+
+TEST_F(Flooded, PacketsOfWrongSizesEndTheirConnectionsAndDisturbNothing) {
+    DemoMaster master({"--motion", "circle"});
+    Open({"X"});
+    ASSERT_TRUE(WaitForLines(100));
+    const std::size_t descriptors = OpenDescriptors();
+    std::vector<Descriptor> open;
+    ExpectUndisturbed(100'000, [&](std::uint64_t i) {
+        Descriptor socket = SilentConnection();
+        if (!socket) {
+            return false;  // the viewer has not come to those before
         }
-        ++taken;
-    }
-    EXPECT_EQ(taken, kFlood);
-    ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 500));
-    const auto totals = master.End();
-    ASSERT_TRUE(totals);
-    EXPECT_EQ(totals->overruns, 0U);
-    EXPECT_EQ(totals->batches_answered, Cycle().BatchesAnswered());
-    EXPECT_THAT(TakeBoxes(), IsEmpty());
+        std::byte packet[100] = {};
+        const platform::MessagePacket hello{.w_param = 4711};
+        std::memcpy(packet, &hello, sizeof hello);
+        if (i % 2 == 0) {  // as the second packet of its connection
+            ::send(socket.number(), packet, sizeof hello, MSG_NOSIGNAL);
+        }
+        const std::size_t size = i % sizeof packet;
+        ::send(socket.number(), packet, size == sizeof hello ? size + 1 : size, MSG_NOSIGNAL);
+        open.push_back(std::move(socket));
+        if (open.size() < 50) {
+            return true;
+        }
+        // Our ends stay open: it is the viewer that closes.
+        QElapsedTimer clock;
+        clock.start();
+        for (const Descriptor& end : open) {
+            char byte = 0;
+            while (::recv(end.number(), &byte, 1, MSG_DONTWAIT) < 0 && errno == EAGAIN) {
+                QCoreApplication::processEvents();
+                if (clock.hasExpired(20000)) {
+                    ADD_FAILURE() << "still open at " << i;
+                    break;
+                }
+            }
+        }
+        open.clear();
+        return true;
+    });
+    open.clear();
+    EXPECT_TRUE(WaitFor([&] { return OpenDescriptors() <= descriptors; })) << OpenDescriptors();
+    ExpectNothingLost(master);
 }
 
 TEST_F(Flooded, BatchesThatNobodyAnnouncedAreEmptyAndCounted) {

@@ -1,4 +1,5 @@
-// Any bytes as the master's info block: refused in words, or within its bounds.
+// Any bytes as the master's info block: refused in words, or within its bounds; the same when they
+// stand in a segment of just that size.
 
 #include <algorithm>
 #include <cmath>
@@ -8,6 +9,8 @@
 #include <cstring>
 #include <string>
 
+#include "fake_master_channel.h"
+#include "fake_shared_memory.h"
 #include "link/master_info.h"
 
 namespace wavo {
@@ -39,10 +42,42 @@ void TestOne(const std::uint8_t* data, std::size_t size) {
     Require(names <= sizeof block.axis_names);
 }
 
+void TestSegment(const std::uint8_t* data, std::size_t size) {
+    testing::ResetFakeSharedMemory();
+    std::copy_n(data, size,
+                reinterpret_cast<std::uint8_t*>(testing::AddFakeSegment(kInfoSegmentName, size)));
+    MasterInfoBlock block{};
+    std::memcpy(&block, data, std::min(size, sizeof block));
+    testing::FakeMasterChannel channel;
+    if (block.master_window != 0) {
+        channel.alive.insert(block.master_window);
+    }
+    MasterInfo info;
+    info.cycle_time = -1.0;
+    const MasterInfoStatus status = ReadMasterInfo(channel, info);
+    MasterInfo decoded;
+    if (size < sizeof block) {
+        Require(status == MasterInfoStatus::kRefused);
+    } else if (block.master_window == 0) {
+        Require(status == MasterInfoStatus::kAbsent);
+    } else {
+        Require(status == (DecodeMasterInfo(block, decoded) == nullptr
+                               ? MasterInfoStatus::kPresent
+                               : MasterInfoStatus::kRefused));
+    }
+    if (status == MasterInfoStatus::kPresent) {
+        Require(info.master_window == block.master_window && info.fifo_lines == block.fifo_lines);
+        Require(info.cycle_time == block.cycle_time && info.axis_names == decoded.axis_names);
+    } else {
+        Require(info.master_window == 0 && info.cycle_time == -1.0 && info.axis_names.empty());
+    }
+}
+
 }  // namespace
 }  // namespace wavo
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     wavo::TestOne(data, size);
+    wavo::TestSegment(data, size);
     return 0;
 }

@@ -1,8 +1,10 @@
 // A value FIFO whose header holds any bytes and changes between the reads as the input wants: no
-// line comes from outside of the ring, and none that the header does not tell of.
+// line comes from outside of the ring, and none that the header does not tell of. The same through
+// the viewer's reader, with any length of lines and capacity of its buffer.
 //
 // Input: 64 bytes of header, a byte with the size of the data area in eights, then steps of 10
-// bytes: a byte that chooses header word or read, a byte, and 8 bytes for the word.
+// bytes: a byte that chooses header word or read, a byte, and 8 bytes for the word or, of a read
+// through the viewer's reader, length, number of lines and capacity.
 
 #include <algorithm>
 #include <cstddef>
@@ -13,6 +15,8 @@
 #include <span>
 #include <vector>
 
+#include "fake_shared_memory.h"
+#include "link/ax_value_reader.h"
 #include "link/line_fifo.h"
 
 namespace wavo {
@@ -64,10 +68,61 @@ void TestOne(std::span<const std::uint8_t> input) {
     MMemLineFifo_Release(fifo);
 }
 
+void Read(AxValueReader& reader, std::span<const std::uint8_t> how) {
+    const std::uint64_t waiting = reader.LinesWaiting();
+    const bool was_damaged = reader.IsDamaged();
+    const std::uint64_t thrown_away = reader.LinesThrownAway();
+    const std::size_t length = how[0];
+    // As the viewer asks, or any number, also one that overflows.
+    std::uint64_t wanted = waiting;
+    if (how[1] % 4 != 0) {
+        wanted = how[1] == 0xFF ? ~std::uint64_t{0} / (1U + how[3] % 16U) : how[2];
+    }
+    const std::size_t capacity = std::size_t{how[4]} * (how[5] % 16U);
+    std::vector<std::byte> buffer(capacity);  // exactly: one byte more is found
+    const bool read = reader.Read(buffer.data(), length, wanted, capacity);
+    Require(reader.LinesThrownAway() >= thrown_away);
+    if (read) {
+        Require(!was_damaged && !reader.IsDamaged());
+        Require(length == 0 || wanted <= capacity / length);
+        Require(reader.LinesThrownAway() == thrown_away);
+    }
+    Require(!was_damaged || (reader.IsDamaged() && reader.LinesThrownAway() == thrown_away));
+}
+
+void TestReader(std::span<const std::uint8_t> input) {
+    if (input.size() < sizeof(LineFifoHeader) + 1) {
+        return;
+    }
+    testing::ResetFakeSharedMemory();
+    std::byte* const segment =
+        testing::AddFakeSegment("MValues_1", sizeof(LineFifoHeader) + 8 * std::size_t{input[64]});
+    std::memcpy(segment, input.data(), sizeof(LineFifoHeader));
+    AxValueReader reader;
+    if (!reader.Open("MValues_1")) {
+        Require(!reader.IsOpen() && reader.LinesWaiting() == 0);
+        return;
+    }
+    for (auto steps = input.subspan(65); steps.size() >= kStep; steps = steps.subspan(kStep)) {
+        const std::size_t word = steps[0] % 16;
+        if (word < kWords) {
+            std::memcpy(segment + word * sizeof(std::uint64_t), &steps[2], sizeof(std::uint64_t));
+        } else if (word == 15 && steps[1] == 0xFF) {
+            testing::SetFakeState("MValues_1",
+                                  steps[2] % 2 == 0 ? platform::SegmentState::kResized
+                                                    : platform::SegmentState::kRemoved,
+                                  steps[3] % 4);
+        } else {
+            Read(reader, steps.subspan(2, 8));
+        }
+    }
+}
+
 }  // namespace
 }  // namespace wavo
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     wavo::TestOne({data, size});
+    wavo::TestReader({data, size});
     return 0;
 }

@@ -85,12 +85,10 @@ class HostileInfo : public ::testing::Test {
 };
 
 TEST_F(HostileInfo, GetsAVerdictWhateverBitIsTurned) {
-    ForEachTurnedBit(m_block, sizeof *m_block, [this](std::size_t bit) {
-        SCOPED_TRACE(bit);
-        Check();
-    });
-    EXPECT_EQ(m_verdicts[0] + m_verdicts[1] + m_verdicts[2], 8 * 2040);
-    EXPECT_EQ(m_verdicts[static_cast<std::size_t>(MasterInfoStatus::kAbsent)], 64);
+    const int checks = ForEachTurnedBit(m_block, sizeof *m_block, [this](std::size_t) { Check(); });
+    EXPECT_GE(checks, 8 * 2040);
+    EXPECT_EQ(m_verdicts[0] + m_verdicts[1] + m_verdicts[2], checks);
+    EXPECT_GE(m_verdicts[static_cast<std::size_t>(MasterInfoStatus::kAbsent)], 64);
     EXPECT_GT(m_verdicts[static_cast<std::size_t>(MasterInfoStatus::kRefused)], 0);
 }
 
@@ -103,10 +101,7 @@ TEST_F(HostileInfo, GetsAVerdictWhateverAFieldHolds) {
                          {"fifo_lines", 32, 8},
                          {"first name", 40, 8},
                          {"last bytes", 2032, 8}},
-                        [this](const std::string& what) {
-                            SCOPED_TRACE(what);
-                            Check();
-                        });
+                        [this](const std::string&) { Check(); });
     EXPECT_GT(m_verdicts[static_cast<std::size_t>(MasterInfoStatus::kRefused)], 10);
     EXPECT_GT(m_verdicts[static_cast<std::size_t>(MasterInfoStatus::kPresent)], 30);
 }
@@ -125,6 +120,7 @@ TEST_F(HostileInfo, ThatShrinksWhileItIsCopiedIsRefused) {
 constexpr std::uint64_t kLines = 8;
 constexpr std::uint64_t kDoubles = 2;
 constexpr std::size_t kLineLength = kDoubles * sizeof(double);
+constexpr std::uint64_t kWritten = 3;  // slots
 
 const std::vector<Field>& FifoFields() {
     static const std::vector<Field> fields = {
@@ -137,9 +133,9 @@ class HostileFifo : public ::testing::Test {
  protected:
     HostileFifo()
         : m_segment((testing::ResetFakeSharedMemory(), "MValues_4711"), kLines, kDoubles) {
-        m_segment.Write(1.0);
-        m_segment.Write(2.0);
-        m_segment.Write(3.0);
+        for (std::uint64_t slot = 0; slot < kWritten; ++slot) {
+            m_segment.Write(static_cast<double>(slot + 1));
+        }
         m_good = m_segment.header();
     }
 
@@ -150,10 +146,12 @@ class HostileFifo : public ::testing::Test {
                header.write_index < header.line_count && header.read_index < header.line_count;
     }
 
-    /// Reads all that waits. Whatever the header says, no line comes that the ring cannot hold.
+    /// Reads all that waits. Whatever the header says, no line comes that the ring cannot hold, and
+    /// each one is what stands in its slot, from the read index on.
     void ReadAll(AxValueReader& reader) {
+        const LineFifoHeader header = m_segment.header();
         const std::uint64_t waiting = reader.LinesWaiting();
-        ASSERT_LT(waiting, std::max<std::uint64_t>(m_segment.header().line_count, 1) + kLines);
+        ASSERT_LT(waiting, std::max<std::uint64_t>(header.line_count, 1) + kLines);
         const std::vector<double> untouched(kDoubles * kLines, -1.0);
         std::vector<double> buffer = untouched;
         if (!reader.Read(buffer.data(), kLineLength, waiting, buffer.size() * sizeof(double))) {
@@ -162,12 +160,37 @@ class HostileFifo : public ::testing::Test {
         }
         ++m_read;
         EXPECT_FALSE(reader.IsDamaged());
+        ASSERT_LE(waiting, kLines);
+        for (std::uint64_t i = 0; i < waiting; ++i) {
+            const std::uint64_t slot = (header.read_index + i) % header.line_count;
+            EXPECT_EQ(std::memcmp(&buffer[i * kDoubles], Slot(slot, header.line_size), kLineLength),
+                      0)
+                << "line " << i << " of slot " << slot;
+            if (header.line_size == kLineLength) {  // a line that was written, or an empty slot
+                const double first = slot < kWritten ? static_cast<double>(slot + 1) : 0.0;
+                EXPECT_EQ(buffer[i * kDoubles], first);
+                EXPECT_EQ(buffer[i * kDoubles + 1], slot < kWritten ? first + 1.0 : 0.0);
+                m_written_lines += slot < kWritten ? 1 : 0;
+                m_empty_lines += slot < kWritten ? 0 : 1;
+            }
+        }
+        EXPECT_EQ(std::memcmp(&buffer[waiting * kDoubles], untouched.data(),
+                              (kLines - waiting) * kLineLength),
+                  0)
+            << "beside the lines";
+    }
+
+    /// What stands in a slot of slots of `size` bytes.
+    const std::byte* Slot(std::uint64_t slot, std::uint64_t size) {
+        return reinterpret_cast<const std::byte*>(&m_segment.header() + 1) + slot * size;
     }
 
     FifoSegment m_segment;
     LineFifoHeader m_good{};
     int m_read = 0;
     int m_failed = 0;
+    int m_written_lines = 0;  ///< read, and were written before
+    int m_empty_lines = 0;    ///< read from slots that nobody wrote
 };
 
 TEST_F(HostileFifo, IsOpenedOnlyWhenItsHeaderIsPlausible) {
@@ -186,17 +209,15 @@ TEST_F(HostileFifo, IsOpenedOnlyWhenItsHeaderIsPlausible) {
         reader.Close();
         m_segment.header() = before;
     };
-    ForEachTurnedBit(&m_segment.header(), sizeof(LineFifoHeader), [&](std::size_t bit) {
-        SCOPED_TRACE(bit);
-        check();
-    });
-    EXPECT_EQ(opened + refused, 512);
+    const int checks = ForEachTurnedBit(&m_segment.header(), sizeof(LineFifoHeader),
+                                        [&](std::size_t) { check(); });
+    EXPECT_GE(checks, 512);
+    EXPECT_EQ(opened + refused, checks);
     EXPECT_GT(opened, 3 * 64);
+    EXPECT_GT(m_written_lines, 3 * 64);
+    EXPECT_GT(m_empty_lines, 0);
     EXPECT_GT(refused, 4 * 48);
-    ForEachHostileField(&m_segment.header(), FifoFields(), [&](const std::string& what) {
-        SCOPED_TRACE(what);
-        check();
-    });
+    ForEachHostileField(&m_segment.header(), FifoFields(), [&](const std::string&) { check(); });
 }
 
 TEST_F(HostileFifo, ThatChangesUnderItsReaderIsReadOnOrDamagedAndNeverBelieved) {
@@ -222,16 +243,14 @@ TEST_F(HostileFifo, ThatChangesUnderItsReaderIsReadOnOrDamagedAndNeverBelieved) 
         reader.Close();
         m_segment.header() = changed;
     };
-    ForEachTurnedBit(&m_segment.header(), sizeof(LineFifoHeader), [&](std::size_t bit) {
-        SCOPED_TRACE(bit);
-        check();
-    });
-    EXPECT_EQ(m_read + m_failed, 512);
+    const int checks = ForEachTurnedBit(&m_segment.header(), sizeof(LineFifoHeader),
+                                        [&](std::size_t) { check(); });
+    EXPECT_GE(checks, 512);
+    EXPECT_EQ(m_read + m_failed, checks);
     EXPECT_GT(m_failed, 3 * 64);
-    ForEachHostileField(&m_segment.header(), FifoFields(), [&](const std::string& what) {
-        SCOPED_TRACE(what);
-        check();
-    });
+    EXPECT_GT(m_written_lines, 3 * 64);
+    EXPECT_GT(m_empty_lines, 0);
+    ForEachHostileField(&m_segment.header(), FifoFields(), [&](const std::string&) { check(); });
 }
 
 TEST_F(HostileFifo, ThatIsResizedOrReplacedIsDamagedUntilItIsOpenedAnew) {
@@ -330,7 +349,6 @@ class HostileModuleBits : public ::testing::Test {
 
 TEST_F(HostileModuleBits, GetsAVerdictWhateverBitIsTurned) {
     ForEachTurnedBit(m_memory, CapabilityRecordOffset(kRecords), [this](std::size_t bit) {
-        SCOPED_TRACE(bit);
         Check(bit / 8);
         m_channel.said.clear();
     });
@@ -344,10 +362,8 @@ TEST_F(HostileModuleBits, GetsAVerdictWhateverAFieldHolds) {
         }
     }
     for (const Field& field : fields) {
-        ForEachHostileField(m_memory, {field}, [&](const std::string& what) {
-            SCOPED_TRACE(what + " at " + std::to_string(field.offset));
-            Check(field.offset);
-        });
+        SCOPED_TRACE(field.offset);
+        ForEachHostileField(m_memory, {field}, [&](const std::string&) { Check(field.offset); });
     }
 }
 

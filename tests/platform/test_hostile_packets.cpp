@@ -59,28 +59,26 @@ class HostilePacket : public PacketTest, public ::testing::WithParamInterface<Pa
 };
 
 TEST_P(HostilePacket, IsAMessageOrEndsItsConnection) {
+    int checks = 0;
     for (const bool first : {false, true}) {
+        SCOPED_TRACE(first ? "first packet" : "later packet");
         MessagePacket packet = Packet(GetParam(), 0x52C);
         packet.sequence = 7;
-        ForEachTurnedBit(&packet, sizeof packet, [&](std::size_t bit) {
-            SCOPED_TRACE(bit);
-            Check(packet, first);
-        });
-        ForEachHostileField(&packet,
-                            {{"magic", 0, 4},
-                             {"version", 4, 2},
-                             {"kind", 6, 2},
-                             {"sequence", 8, 8},
-                             {"number", 16, 4},
-                             {"reserved", 20, 4},
-                             {"w_param", 24, 8},
-                             {"l_param", 32, 8}},
-                            [&](const std::string& what) {
-                                SCOPED_TRACE(what);
-                                Check(packet, first);
-                            });
+        checks +=
+            ForEachTurnedBit(&packet, sizeof packet, [&](std::size_t) { Check(packet, first); });
+        checks += ForEachHostileField(&packet,
+                                      {{"magic", 0, 4},
+                                       {"version", 4, 2},
+                                       {"kind", 6, 2},
+                                       {"sequence", 8, 8},
+                                       {"number", 16, 4},
+                                       {"reserved", 20, 4},
+                                       {"w_param", 24, 8},
+                                       {"l_param", 32, 8}},
+                                      [&](const std::string&) { Check(packet, first); });
     }
-    EXPECT_EQ(m_allowed + m_ended, 2 * (320 + 8 * 13));
+    EXPECT_GE(checks, 2 * (320 + 8 * 13));
+    EXPECT_EQ(m_allowed + m_ended, checks);
     EXPECT_GT(m_ended, 2 * 48);
     ExpectWorks();
 }

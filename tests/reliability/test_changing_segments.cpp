@@ -8,9 +8,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstring>
+#include <functional>
 #include <random>
 #include <string>
 #include <thread>
@@ -168,8 +172,10 @@ TEST_F(ChangingSegment, RemovedOrReplacedEndsInTheErrorLog) {
 
 TEST_F(ChangingSegment, CutAtAnyMomentNeverGivesAWrongLine) {
     constexpr int kRounds = 200;
+    constexpr std::uint64_t kBatch = 20;
     std::mt19937 random(8);
-    int damaged = 0;
+    int cut_while_read = 0;
+    std::uint64_t accepted = 0;  // lines
     for (int round = 0; round < kRounds; ++round) {
         ASSERT_TRUE(m_reader.Open(m_name.c_str()));
         std::atomic<bool> go{false};
@@ -183,66 +189,181 @@ TEST_F(ChangingSegment, CutAtAnyMomentNeverGivesAWrongLine) {
             m_segment.Resize(size);
         });
         const ExpectAnyErrorLog expected;
+        const std::uint64_t thrown_away = m_reader.LinesThrownAway();
+        const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        bool is_wrong = false;
         go.store(true);
-        for (int batch = 0; batch < 50; ++batch) {
+        while (!is_wrong && std::chrono::steady_clock::now() < give_up) {
             const double first = m_value + 1;
-            for (int i = 0; i < 20; ++i) {
+            for (std::uint64_t i = 0; i < kBatch; ++i) {
                 m_writer.Push(std::vector<double>(kAxes, ++m_value));
             }
-            if (!Read(20)) {
+            if (!Read(kBatch)) {
                 break;
             }
-            for (std::size_t i = 0; i < 20 * kAxes; ++i) {
-                ASSERT_EQ(m_buffer[i], first + static_cast<double>(i / kAxes)) << round;
+            accepted += kBatch;
+            for (std::size_t i = 0; i < kBatch * kAxes; ++i) {
+                is_wrong = is_wrong || m_buffer[i] != first + static_cast<double>(i / kAxes);
             }
         }
         cutter.join();
-        if (!m_reader.IsDamaged()) {
-            EXPECT_FALSE(Read(0));
-        }
-        EXPECT_TRUE(m_reader.IsDamaged());
-        damaged += m_reader.IsDamaged() ? 1 : 0;
+        ASSERT_FALSE(is_wrong) << round;
+        ASSERT_TRUE(m_reader.IsDamaged()) << round;
+        // What was read before the second look at the segment, and not believed.
+        cut_while_read += m_reader.LinesThrownAway() != thrown_away ? 1 : 0;
         m_reader.Close();
         MakeFifo();
     }
-    EXPECT_EQ(damaged, kRounds);
+    EXPECT_GT(accepted, static_cast<std::uint64_t>(kRounds) * kBatch);
+    EXPECT_GT(cut_while_read, 0) << "no cut fell within a read";
+    RecordProperty("cut_while_read", cut_while_read);
 }
 
-TEST_F(ChangingSegment, WhoseIndicesAreRewrittenWhileItIsReadNeverHoldsTheReader) {
-    const platform::MappingHandle handle = platform::OpenSharedMemory(m_name);
-    auto* const header = static_cast<LineFifoHeader*>(platform::MapSharedMemory(handle));
-    ASSERT_NE(header, nullptr);
-    std::atomic<bool> stop{false};
-    std::thread vandal([&] {
-        std::mt19937_64 random(3);
-        while (!stop.load()) {
-            const std::uint64_t value = random() % 4 == 0 ? random() : random() % (2 * kLines);
-            std::uint64_t* const words[] = {&header->write_index, &header->read_index,
-                                            &header->line_size, &header->line_count};
-            std::atomic_ref(*words[random() % 4]).store(value);
+/// Somebody who rewrites header words as fast as he can, or at the pace of a reader.
+class Vandal {
+ public:
+    enum class Target { kIndices, kAnyWord };
+    Vandal(LineFifoHeader& header, Target target)
+        : m_thread([this, &header, target] {
+              std::mt19937_64 random(3);
+              while (!m_stop.load()) {
+                  Rewrite(header, target, random);
+                  for (std::atomic<int> i{static_cast<int>(random() % 4000)}; i > 0; --i) {
+                  }
+              }
+          }) {}
+    ~Vandal() {
+        m_stop.store(true);
+        m_thread.join();
+    }
+    Vandal(const Vandal&) = delete;
+    Vandal& operator=(const Vandal&) = delete;
+
+ private:
+    static void Rewrite(LineFifoHeader& header, Target target, std::mt19937_64& random) {
+        // Mostly the write index, to another slot: the reader believes it and goes on.
+        std::uint64_t* word = random() % 16 == 0 ? &header.read_index : &header.write_index;
+        std::uint64_t value = random() % 16 == 0 ? random() : random() % kLines;
+        if (target == Target::kAnyWord) {
+            std::uint64_t* const words[] = {&header.write_index, &header.read_index,
+                                            &header.line_size, &header.line_count};
+            word = words[random() % 4];
+            value = random() % 4 == 0 ? random() : random() % (2 * kLines);
         }
-    });
-    int damaged = 0;
-    int refused = 0;
-    for (int round = 0; round < 3000; ++round) {
+        std::atomic_ref(*word).store(value);
+    }
+
+    std::atomic<bool> m_stop{false};
+    std::thread m_thread;
+};
+
+class RewrittenSegment : public ChangingSegment {
+ protected:
+    RewrittenSegment() : m_handle(platform::OpenSharedMemory(m_name)) {
+        m_header = static_cast<LineFifoHeader*>(platform::MapSharedMemory(m_handle));
+        // Slot k holds k + 1 in each column, the last one of the ring nothing.
+        Push(kLines - 1);
+    }
+    ~RewrittenSegment() override {
+        platform::UnmapSharedMemory(m_header, platform::SharedMemorySize(m_header, m_handle));
+        platform::CloseSharedMemory(m_handle);
+    }
+
+    /// Opens the FIFO and reads it twice; looks at every line with `check` (its values, number).
+    void Round(const std::function<void(const double*, std::size_t)>& check) {
         const ExpectAnyErrorLog expected;
         if (!m_reader.Open(m_name.c_str())) {
-            ++refused;
-            // A reader that held it leaves its mark behind when the header was changed meanwhile.
+            ++m_refused;
             m_reader.Close();
-            continue;
+            return;
         }
-        const std::uint64_t waiting = m_reader.LinesWaiting();
-        EXPECT_LT(waiting, 2 * kLines * kLineLength);
-        Read(std::min<std::uint64_t>(waiting, kLines));
-        damaged += m_reader.IsDamaged() ? 1 : 0;
+        ++m_opened;
+        m_last = -1.0;
+        for (int i = 0; i < 2 && !m_reader.IsDamaged(); ++i) {
+            const std::uint64_t waiting = m_reader.LinesWaiting();
+            ASSERT_LT(waiting, kLines * kLineLength);
+            std::fill(m_buffer.begin(), m_buffer.end(), -1.0);
+            if (Read(std::min<std::uint64_t>(waiting, kLines))) {
+                for (std::size_t line = 0; line < kLines && m_buffer[line * kAxes] != -1.0;
+                     ++line, ++m_lines) {
+                    check(&m_buffer[line * kAxes], line);
+                }
+            } else {
+                m_failed_otherwise += m_reader.IsDamaged() ? 0 : 1;
+                break;
+            }
+        }
+        m_damaged += m_reader.IsDamaged() ? 1 : 0;
         m_reader.Close();
     }
-    stop.store(true);
-    vandal.join();
-    EXPECT_GT(damaged + refused, 0);
-    platform::UnmapSharedMemory(header, platform::SharedMemorySize(header, handle));
-    platform::CloseSharedMemory(handle);
+
+    platform::MappingHandle m_handle;
+    LineFifoHeader* m_header;
+    double m_last = -1.0;  // value of the line before, of this round
+    int m_opened = 0;
+    int m_refused = 0;
+    int m_damaged = 0;
+    int m_failed_otherwise = 0;  ///< reads: slots of the size that was linked are too small
+    std::uint64_t m_lines = 0;
+};
+
+TEST_F(RewrittenSegment, OfWhichOnlyTheIndicesChangeGivesLinesThatWereWritten) {
+    ASSERT_NE(m_header, nullptr);
+    constexpr int kRounds = 3000;
+    {
+        const Vandal vandal(*m_header, Vandal::Target::kIndices);
+        for (int round = 0; round < kRounds && !HasFailure(); ++round) {
+            SCOPED_TRACE(round);
+            Round([this](const double* values, std::size_t line) {
+                const double value = values[0];
+                ASSERT_TRUE(value >= 0.0 && value < kLines && value == std::floor(value)) << line;
+                ASSERT_EQ(std::count(values, values + kAxes, value), kAxes) << "torn, " << line;
+                // That of the next slot; that of the same one when the write index was set to it
+                // while it was copied.
+                const double next = m_last == kLines - 1 ? 0.0 : m_last + 1;
+                ASSERT_TRUE(m_last < 0 || value == m_last || value == next)
+                    << value << " behind " << m_last;
+                m_last = value;
+            });
+        }
+    }
+    EXPECT_EQ(m_opened + m_refused, kRounds);
+    EXPECT_GT(m_opened, kRounds / 10);
+    EXPECT_GT(m_lines, 0U);
+    EXPECT_GT(m_damaged, 0);
+    EXPECT_EQ(m_failed_otherwise, 0);
+    RecordProperty("opened", m_opened);
+    RecordProperty("lines", static_cast<int>(m_lines));
+}
+
+TEST_F(RewrittenSegment, OfWhichAnyWordChangesNeverHoldsTheReader) {
+    ASSERT_NE(m_header, nullptr);
+    constexpr int kRounds = 1000;
+    {
+        const Vandal vandal(*m_header, Vandal::Target::kAnyWord);
+        for (int round = 0; round < kRounds && !HasFailure(); ++round) {
+            SCOPED_TRACE(round);
+            if (round % 4 == 0) {  // not only refused
+                std::atomic_ref(m_header->line_size).store(kLineLength);
+                std::atomic_ref(m_header->line_count).store(kLines);
+                std::atomic_ref(m_header->write_index).store(kLines / 2);
+                std::atomic_ref(m_header->read_index).store(0);
+            }
+            Round([](const double* values, std::size_t line) {
+                // Lines of another size are parts of those that were written.
+                for (std::size_t i = 0; i < kAxes; ++i) {
+                    ASSERT_TRUE(values[i] >= 0.0 && values[i] < kLines &&
+                                values[i] == std::floor(values[i]))
+                        << line;
+                }
+            });
+        }
+    }
+    EXPECT_EQ(m_opened + m_refused, kRounds);
+    EXPECT_GT(m_opened, 0);
+    EXPECT_GT(m_refused, 0);
+    RecordProperty("opened", m_opened);
+    RecordProperty("lines", static_cast<int>(m_lines));
 }
 
 TEST_F(ChangingSegment, CutUnderItsWriterIsNoticedThereToo) {

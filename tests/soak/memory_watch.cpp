@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <limits>
 
 namespace wavo::testing {
 
@@ -32,6 +33,13 @@ std::uint64_t MemoryWatch::Last() const {
     return m_samples.empty() ? 0 : m_samples.back().bytes;
 }
 
+std::uint64_t MemoryWatch::Smallest() const {
+    const auto smallest =
+        std::min_element(m_samples.begin(), m_samples.end(),
+                         [](const Entry& a, const Entry& b) { return a.bytes < b.bytes; });
+    return smallest == m_samples.end() ? 0 : smallest->bytes;
+}
+
 std::string MemoryWatch::ByMinute() const {
     std::string text;
     std::int64_t due = 0;
@@ -48,6 +56,9 @@ std::string MemoryWatch::ByMinute() const {
 }
 
 double MemoryWatch::LargestChange() const {
+    if (Smallest() == 0) {
+        return std::numeric_limits<double>::infinity();
+    }
     const auto first = static_cast<double>(First());
     double largest = 0.0;
     for (const Entry& entry : m_samples) {

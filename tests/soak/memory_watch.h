@@ -1,6 +1,7 @@
 // The resident memory of this process over a long run, in samples of one a second.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -19,10 +20,13 @@ class MemoryWatch {
     static constexpr std::int64_t kWarmUp = 120;  // s
 
     /// How far the samples after the warm-up lie from the first of them at most, as a part of it:
-    /// 0.02 is two percent. 0 when the run was not longer than the warm-up.
+    /// 0.02 is two percent. Infinite when the system did not tell; 0 when the run was not longer
+    /// than the warm-up.
     [[nodiscard]] double LargestChange() const;
-    [[nodiscard]] std::uint64_t First() const;  ///< after the warm-up, bytes
-    [[nodiscard]] std::uint64_t Last() const;   ///< bytes
+    [[nodiscard]] std::uint64_t First() const;     ///< after the warm-up, bytes
+    [[nodiscard]] std::uint64_t Last() const;      ///< bytes
+    [[nodiscard]] std::uint64_t Smallest() const;  ///< bytes; 0 when a sample was not to be had
+    [[nodiscard]] std::size_t Samples() const { return m_samples.size(); }
 
     /// One sample of each minute, megabytes, separated by blanks.
     [[nodiscard]] std::string ByMinute() const;

@@ -1,8 +1,11 @@
 #include "soak_scene.h"
 
 #include <QFile>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <tuple>
+#include <utility>
 
 #include "ui/dialogs/app_messages.h"
 
@@ -92,8 +95,15 @@ std::vector<WavoGraph> SoakGraphs() {
 
 // Seldom enough that the buffers fill between two starts: what is needed at most is needed soon.
 void SoakUser::Step() {
+    LookForTriggers();
     const std::size_t kind = Below(16);
-    if (kind == 0 || !m_view.Acquisition().IsRunning()) {
+    if (!m_view.Acquisition().IsRunning() || m_done.arms == 0) {
+        Arm();
+    } else if (m_done.edits == 0) {
+        Edit();
+    } else if (m_done.zooms == 0) {
+        Zoom();
+    } else if (kind == 0) {
         Arm();
     } else if (kind < 5) {
         Edit();
@@ -102,10 +112,30 @@ void SoakUser::Step() {
     }
 }
 
+void SoakUser::LookForTriggers() {
+    const auto& drawers = m_view.Board().Drawers();
+    m_states.resize(drawers.size(), RunState::kRunning);
+    for (std::size_t i = 0; i < drawers.size(); ++i) {
+        const RunState before = std::exchange(m_states[i], drawers[i]->State());
+        const bool started =
+            before == RunState::kWaitingForStart && (m_states[i] == RunState::kRunningAfterStart ||
+                                                     m_states[i] == RunState::kStoppedAfterStart);
+        const bool stopped =
+            before == RunState::kWaitingForStop && m_states[i] == RunState::kStoppedAfterStop;
+        m_done.fired += started || stopped ? 1 : 0;
+    }
+}
+
 // As the graph editor does: the record changes, then the view hears of it.
 void SoakUser::Edit() {
-    ++m_edits;
-    WavoGraph& graph = m_view.Board().Graphs()[Below(kSoakGraphs)];
+    const std::size_t index = Below(kSoakGraphs);
+    const auto edited = [](const WavoGraph& graph) {
+        return std::tuple(graph.Mode, graph.ModeAx, graph.ZeroLines, graph.YCoorAxColor[0],
+                          graph.XScale.TimeRange, graph.Triggers[0].TriggerValue);
+    };
+    const auto drawn = [&] { return edited(m_view.Board().Drawers()[index]->Graph()); };
+    const auto before = drawn();
+    WavoGraph& graph = m_view.Board().Graphs()[index];
     switch (Below(6)) {
         case 0:
             graph.Mode =
@@ -130,29 +160,51 @@ void SoakUser::Edit() {
         default:
             graph.Triggers[0].TriggerValue = static_cast<double>(Below(180)) - 90.0;
     }
+    const auto wanted = edited(graph);
     SendAppMessage(&m_view, AppMessage::kGraphChanged, 0, graph.GraphNumber);
+    m_done.edits += wanted != before ? 1 : 0;
+    m_done.edits_shown += wanted != before && drawn() == wanted ? 1 : 0;
+    m_done.edits_not_shown += drawn() != wanted ? 1 : 0;
 }
 
 void SoakUser::Zoom() {
-    ++m_zooms;
     const std::size_t index = Below(kSoakGraphs);
     const GraphDraw& drawer = *m_view.Board().Drawers()[index];
     const WavoGraph& graph = drawer.Graph();
+    const auto shown = [&] {
+        return std::tuple(drawer.Zoom().active, drawer.Zoom().start, drawer.Zoom().end);
+    };
+    const auto before = shown();
     if (graph.XCoorType != CoorType::kTime || Below(3) == 0) {
         m_view.ZoomOut(graph.GraphNumber);
+        m_done.zooms_undone += shown() != before ? 1 : 0;
         return;
     }
+    ++m_done.zooms;
     const double range = graph.XScale.TimeRange;
     const double start = range * static_cast<double>(Below(50)) / 100.0;
-    m_view.ZoomGraph(index, start, start + range * static_cast<double>(10 + Below(40)) / 100.0);
+    const double end = start + range * static_cast<double>(10 + Below(40)) / 100.0;
+    m_view.ZoomGraph(index, start, end);
+    m_done.zooms_shown += shown() == std::tuple(true, start, end) ? 1 : 0;
 }
 
 // Start begins all recordings anew and arms their triggers. Half of the time the view stands until
 // the next step.
 void SoakUser::Arm() {
-    ++m_arms;
     const bool stop = m_view.Acquisition().IsRunning() && Below(2) == 0;
     m_view.Execute(stop ? CommandId::kStop : CommandId::kStart);
+    if (m_view.Acquisition().IsRunning() == stop) {
+        ++m_done.runs_not_changed;
+    }
+    if (stop) {
+        return;
+    }
+    ++m_done.arms;
+    LookForTriggers();
+    m_done.armed += static_cast<std::uint64_t>(
+        std::count_if(m_states.begin(), m_states.end(), [](RunState state) {
+            return state == RunState::kWaitingForStart || state == RunState::kWaitingForStop;
+        }));
 }
 
 }  // namespace wavo::testing

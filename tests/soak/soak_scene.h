@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "graph/draw/run_state.h"
 #include "graph/model/wavo_graph.h"
 #include "view/wavo_view.h"
 
@@ -35,12 +36,27 @@ class SoakUser {
  public:
     SoakUser(CWavoView& view, unsigned seed) : m_view(view), m_random(seed) {}
 
-    /// Does one thing that a user may do.
+    /// Does one thing that a user may do, and looks at what became of it. The first things
+    /// are a start, an edit and a zoom.
     void Step();
 
-    [[nodiscard]] std::uint64_t Edits() const { return m_edits; }
-    [[nodiscard]] std::uint64_t Zooms() const { return m_zooms; }
-    [[nodiscard]] std::uint64_t Arms() const { return m_arms; }
+    /// Looks for triggers that have fired since the last look.
+    void LookForTriggers();
+
+    /// What the user did, and what the view showed afterwards.
+    struct Deeds {
+        std::uint64_t edits = 0;             ///< records that became other ones
+        std::uint64_t edits_shown = 0;       ///< of these, drawn as they then were
+        std::uint64_t edits_not_shown = 0;   ///< steps after which another record was drawn
+        std::uint64_t zooms = 0;             ///< into a span
+        std::uint64_t zooms_shown = 0;       ///< of these, the graph then showed that span
+        std::uint64_t zooms_undone = 0;      ///< the graph showed something else after a step back
+        std::uint64_t arms = 0;              ///< starts
+        std::uint64_t armed = 0;             ///< graphs that waited for their trigger then
+        std::uint64_t fired = 0;             ///< triggers seen waiting, then to have fired
+        std::uint64_t runs_not_changed = 0;  ///< starts and stops without effect
+    };
+    [[nodiscard]] const Deeds& Done() const { return m_done; }
 
  private:
     std::size_t Below(std::size_t count) { return m_random() % count; }
@@ -50,9 +66,8 @@ class SoakUser {
 
     CWavoView& m_view;
     std::mt19937 m_random;
-    std::uint64_t m_edits = 0;
-    std::uint64_t m_zooms = 0;
-    std::uint64_t m_arms = 0;
+    Deeds m_done;
+    std::vector<RunState> m_states;  // of the graphs, at the last look
 };
 
 }  // namespace wavo::testing

@@ -85,6 +85,8 @@ class LongRun : public Viewer {
 
     void Run(std::int64_t seconds) {
         SoakUser user(View(), kSeed);
+        const QMetaObject::Connection look = QObject::connect(
+            &View(), &CWavoView::BatchShown, &View(), [&user] { user.LookForTriggers(); });
         QElapsedTimer clock;
         clock.start();
         for (std::int64_t due = kStepEvery; clock.elapsed() < 1000 * seconds; due += kStepEvery) {
@@ -93,8 +95,29 @@ class LongRun : public Viewer {
             m_memory.Sample(clock.elapsed() / 1000);
             ASSERT_THAT(TakeBoxes(), IsEmpty());
         }
-        std::cout << "user: " << user.Edits() << " edits, " << user.Zooms() << " zooms, "
-                  << user.Arms() << " times armed\n";
+        QObject::disconnect(look);
+        ExpectEffects(user.Done());
+        EXPECT_GT(m_memory.Smallest(), 1U << 20U) << "bytes";
+        // One a second, but for seconds that a busy machine left out.
+        EXPECT_GE(m_memory.Samples(), static_cast<std::size_t>(seconds) / 2 + 1);
+        EXPECT_EQ(m_memory.First() != 0, seconds > MemoryWatch::kWarmUp);
+    }
+
+    /// The user was no idle one.
+    static void ExpectEffects(const SoakUser::Deeds& done) {
+        std::cout << "user: " << done.edits_shown << " of " << done.edits << " edits shown, "
+                  << done.zooms_shown << " of " << done.zooms << " zooms shown, "
+                  << done.zooms_undone << " stepped back, " << done.arms << " starts armed "
+                  << done.armed << " graphs, " << done.fired << " triggers fired\n";
+        EXPECT_GT(done.edits, 0U);
+        EXPECT_EQ(done.edits_shown, done.edits);
+        EXPECT_EQ(done.edits_not_shown, 0U);
+        EXPECT_GT(done.zooms_shown, 0U);
+        EXPECT_GE(done.zooms_shown, done.zooms / 2);
+        EXPECT_GT(done.arms, 0U);
+        EXPECT_GT(done.armed, 0U);
+        EXPECT_GT(done.fired, done.arms / 2);
+        EXPECT_EQ(done.runs_not_changed, 0U);
     }
 
     void Print() const {

@@ -114,6 +114,16 @@ class CycleFixture : public ::testing::Test {
         return {};
     }
 
+    /// What every batch and line came to adds up.
+    void ExpectAllAccountedFor() const {
+        const LinkCounters counters = m_cycle.Counters();
+        EXPECT_EQ(counters.lines_read, counters.lines_shown + counters.lines_not_shown);
+        EXPECT_EQ(counters.batches_announced,
+                  counters.batches_answered + counters.batches_unanswered +
+                      counters.batches_refused + counters.batches_drained +
+                      counters.batches_failed);
+    }
+
     FakeMasterChannel m_channel;
     FakeHost m_host;
     FakeEditor m_editor;

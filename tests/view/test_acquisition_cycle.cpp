@@ -187,6 +187,11 @@ TEST_F(Cycle, ABatchAnnouncedWhileTheReadyIsBeingSentIsTakenAndAnsweredOnce) {
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
     EXPECT_THAT(Held("X1"), ElementsAre(1.0, 2.0, 3.0));
     EXPECT_THAT(m_channel.Take(), ElementsAre(kReady, kReady));
+    const LinkCounters counters = m_cycle.Counters();
+    EXPECT_EQ(counters.lines_read, 3U);
+    EXPECT_EQ(counters.batches_announced, 3U);
+    EXPECT_EQ(counters.batches_answered, 3U);
+    ExpectAllAccountedFor();
 }
 
 TEST_F(Cycle, AReadyThatIsOnItsWayIsNotSentAgainByADrawingStep) {
@@ -201,6 +206,9 @@ TEST_F(Cycle, AReadyThatIsOnItsWayIsNotSentAgainByADrawingStep) {
     m_fifo->Write(3.0);
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
     EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+    EXPECT_EQ(m_cycle.Counters().batches_answered, 3U);
+    EXPECT_EQ(m_cycle.Counters().lines_shown, 3U);
+    ExpectAllAccountedFor();
 }
 
 TEST_F(Cycle, ABatchAnnouncedWhileAnotherWaitsForItsBoxIsRefused) {
@@ -217,6 +225,9 @@ TEST_F(Cycle, ABatchAnnouncedWhileAnotherWaitsForItsBoxIsRefused) {
          "CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed"});
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
     EXPECT_THAT(m_channel.Take(), IsEmpty());
+    EXPECT_EQ(m_cycle.Counters().batches_refused, 1U);
+    EXPECT_EQ(m_cycle.Counters().batches_failed, 1U);
+    ExpectAllAccountedFor();
 }
 
 TEST_F(Cycle, AReaderThatCannotBeOpenedDoesNotStopTheStepsThatFollow) {
