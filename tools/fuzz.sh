@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds every fuzzer and runs each on its corpus for some time. What it finds stays in the build
-# folder; the corpus in the repository is not changed. An input that takes longer than 2 seconds is a
+# folder; the corpus in the repository is not changed. An input that takes 10 seconds is a
 # hang and fails.
 #
 #   tools/fuzz.sh <build folder of the preset fuzz> <seconds>
