@@ -87,7 +87,9 @@ class FileOperations {
     /// Removes a file.
     virtual bool Remove(const std::string& path) = 0;
 
-    /// Whether there is a file or folder of this name that can be seen.
+    /// Whether there is a file or folder of this name. True also when that cannot be told, because
+    /// of a fault of the disk or a folder that may not be searched: whoever takes a name for free
+    /// may not be wrong.
     virtual bool Exists(const std::string& path) = 0;
 
     /// Where a symbolic link leads, followed to the end, whether a file is there or not; the path

@@ -24,6 +24,9 @@ struct Output {
     bool echo = false;
     Observer observer;
     bool observing = false;
+    LogFaultHandler log_fault_handler;
+    bool trace_is_lost = false;
+    bool error_log_is_lost = false;
 };
 
 Output& TheOutput() {
@@ -94,6 +97,28 @@ const char* FileName(Service service) {
     return service == Service::kErrorLog ? "wavo_error.log" : "wavo_trace.log";
 }
 
+std::string LogPath(Service service) {
+    return TheOutput().folder + platform::PathSeparator() + FileName(service);
+}
+
+void TellLogFault(Service service) {
+    const LogFaultHandler handler = TheOutput().log_fault_handler;  // it may set another one
+    if (handler) {
+        handler(LogPath(service));
+    }
+}
+
+void WriteToLog(Service service, const std::string& line) {
+    Output& output = TheOutput();
+    bool& is_lost = service == Service::kErrorLog ? output.error_log_is_lost : output.trace_is_lost;
+    const bool was_lost = is_lost;
+    // Before anybody is told: what they report themselves is not told again.
+    is_lost = !AppendToLog(LogPath(service), line, output.size_limit);
+    if (is_lost && !was_lost) {
+        TellLogFault(service);
+    }
+}
+
 void Write(const Report& report, unsigned level, std::chrono::system_clock::time_point time) {
     const Output& output = TheOutput();
     if (output.folder.empty() && !output.echo) {
@@ -101,8 +126,7 @@ void Write(const Report& report, unsigned level, std::chrono::system_clock::time
     }
     const std::string line = LineOf(report, level, time);
     if (!output.folder.empty()) {
-        AppendToLog(output.folder + platform::PathSeparator() + FileName(report.service), line,
-                    output.size_limit);
+        WriteToLog(report.service, line);
     }
     if (output.echo) {
         std::fwrite(line.data(), 1, line.size(), stderr);
@@ -127,7 +151,10 @@ void Observe(const Report& report) {
 }  // namespace
 
 void SetLogFolder(const std::string& folder) {
-    TheOutput().folder = folder;
+    Output& output = TheOutput();
+    output.folder = folder;
+    output.trace_is_lost = false;
+    output.error_log_is_lost = false;
 }
 
 void SetLogSizeLimit(std::size_t bytes) {
@@ -140,6 +167,21 @@ void SetEcho(bool on) {
 
 void SetObserver(Observer observer) {
     TheOutput().observer = std::move(observer);
+}
+
+void SetLogFaultHandler(LogFaultHandler handler) {
+    Output& output = TheOutput();
+    output.log_fault_handler = std::move(handler);
+    if (output.trace_is_lost) {
+        TellLogFault(Service::kTrace);
+    }
+    if (output.error_log_is_lost) {
+        TellLogFault(Service::kErrorLog);
+    }
+}
+
+std::string LostErrorLog() {
+    return TheOutput().error_log_is_lost ? LogPath(Service::kErrorLog) : std::string();
 }
 
 void Emit(const Report& report, unsigned level,

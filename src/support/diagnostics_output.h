@@ -36,4 +36,13 @@ void SetEcho(bool on);
 using Observer = std::function<void(const Report&)>;
 void SetObserver(Observer observer);
 
+/// Called with the path of a log file when a line could not be written to it, and not again for
+/// this file before one could. Set while lines are being lost, it is called at once. Null for none.
+/// It may report itself.
+using LogFaultHandler = std::function<void(const std::string& path)>;
+void SetLogFaultHandler(LogFaultHandler handler);
+
+/// Path of the error log while its entries are being lost; empty while they can be written.
+std::string LostErrorLog();
+
 }  // namespace wavo::diagnostics

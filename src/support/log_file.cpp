@@ -16,15 +16,49 @@ fs::path PathOf(const std::string& path) {
     return {std::u8string(path.begin(), path.end())};
 }
 
-void MoveAside(const fs::path& path) {
+/// Moves the file aside. When something stands in the way of the old generation the file goes: the
+/// limit matters more than what it holds. False when it stays as it is.
+bool MoveAside(const fs::path& path) {
     fs::path previous = path;
     previous += ".1";
     std::error_code error;
     fs::rename(path, previous, error);
     if (error) {
-        // Something stands in the way of the old generation; the limit matters more than it.
         fs::remove(path, error);
     }
+    if (error) {
+        fs::resize_file(path, 0, error);
+    }
+    return !error;
+}
+
+bool EndsInHalfLine(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    stream.seekg(-1, std::ios::end);
+    const int last = stream.get();
+    return stream.good() && last != '\n';
+}
+
+bool Append(const fs::path& path, std::string_view line, std::size_t limit) {
+    std::error_code error;
+    const auto size = fs::file_size(path, error);
+    const bool has_lines = !error && size > 0;
+    const std::string_view begin = has_lines && EndsInHalfLine(path) ? "\n" : "";
+    std::string text(begin);
+    text += line;
+    if (has_lines && size + text.size() > limit) {
+        if (!MoveAside(path)) {
+            return false;
+        }
+        text = line;
+    }
+    std::ofstream stream;
+    // Unbuffered: the line reaches the system in one piece.
+    stream.rdbuf()->pubsetbuf(nullptr, 0);
+    stream.open(path, std::ios::binary | std::ios::app);
+    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+    stream.close();
+    return !stream.fail();
 }
 
 }  // namespace
@@ -41,20 +75,11 @@ void RotateLog(const std::string& path, std::size_t limit) noexcept {
     }
 }
 
-void AppendToLog(const std::string& path, std::string_view line, std::size_t limit) noexcept {
+bool AppendToLog(const std::string& path, std::string_view line, std::size_t limit) noexcept {
     try {
-        const fs::path file = PathOf(path);
-        std::error_code error;
-        const auto size = fs::file_size(file, error);
-        if (!error && size > 0 && size + line.size() > limit) {
-            MoveAside(file);
-        }
-        std::ofstream stream;
-        // Unbuffered: the line reaches the system in one piece.
-        stream.rdbuf()->pubsetbuf(nullptr, 0);
-        stream.open(file, std::ios::binary | std::ios::app);
-        stream.write(line.data(), static_cast<std::streamsize>(line.size()));
-    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): nowhere to report it
+        return Append(PathOf(path), line, limit);
+    } catch (const std::exception&) {
+        return false;
     }
 }
 

@@ -1,9 +1,10 @@
 #include "view/file_commands.h"
 
-#include <QFileInfo>
 #include <QString>
 #include <optional>
 
+#include "platform/file.h"
+#include "support/diagnostics.h"
 #include "ui/dialogs/choosers.h"
 #include "ui/dialogs/message_boxes.h"
 #include "view/view_settings_file.h"
@@ -15,10 +16,6 @@ namespace {
 SaveFileQuestion GraphFileQuestion(const char* caption, const std::string& path) {
     return {QString::fromLatin1(caption), QString::fromStdString(path), QStringLiteral("ini"),
             QStringLiteral("Ini Files (*.ini)|*.ini|All Files (*.*)|*.*||")};
-}
-
-bool Exists(const std::string& path) {
-    return QFileInfo::exists(QString::fromStdString(path));
 }
 
 }  // namespace
@@ -75,9 +72,10 @@ void FileCommands::SaveAs() {
         return;
     }
     const std::string path = chosen->toStdString();
-    if (Exists(path) && ShowBox(m_host.DialogParent(),
-                                {"file " + path + " already exist, override ?", "file exist",
-                                 BoxIcon::kExclamation, BoxButtons::kOkCancel}) != BoxAnswer::kOk) {
+    if (platform::Files().Exists(path) &&
+        ShowBox(m_host.DialogParent(), {"file " + path + " already exist, override ?", "file exist",
+                                        BoxIcon::kExclamation, BoxButtons::kOkCancel}) !=
+            BoxAnswer::kOk) {
         return;
     }
     m_files.SetCurrentPath(path);
@@ -88,7 +86,7 @@ void FileCommands::SaveAs() {
 }
 
 void FileCommands::ReadSettings(const std::string& path) {
-    if (Exists(path)) {
+    if (platform::Files().Exists(path)) {
         ReadProperties(path, m_host.MutableSettings());
     } else {
         m_host.MutableSettings() = DefaultViewSettings();
@@ -105,6 +103,7 @@ bool FileCommands::Write() {
     if (m_files.Save()) {
         return true;
     }
+    MERRLOG("FileCommands::Write(): failed to save '%s'", m_files.CurrentPath().c_str());
     m_host.ShowWriteFault(m_files.CurrentPath());
     ShowErrorBox(m_host.DialogParent(), "Failed to create ini. data file");
     return false;

@@ -7,8 +7,8 @@
 // 1. New keeps the current file and the document name: saving then writes the old file.
 // 2. Open reads the settings before the graphs, a recent file after them. Neither ever creates a
 //    file that is not there.
-// 3. A file that could not be written is told to the user; the settings are saved all the same
-//    with Save As.
+// 3. A file that could not be written is told to the user, in the error log, the status bar and a
+//    box; the settings are saved all the same with Save As.
 #pragma once
 
 #include <mutex>

@@ -24,7 +24,8 @@ constexpr std::ptrdiff_t kLongestNumber = 127;
 /// A file that is written in pieces, closed when it goes.
 class DataFile {
  public:
-    explicit DataFile(const std::string& path) : m_file(openwritefile(path, kWriteOverwrite)) {}
+    explicit DataFile(const std::string& path)
+        : m_path(path), m_file(openwritefile(path, kWriteOverwrite)) {}
     ~DataFile() { Close(); }
     DataFile(const DataFile&) = delete;
     DataFile& operator=(const DataFile&) = delete;
@@ -49,7 +50,21 @@ class DataFile {
         return is_closed;
     }
 
+    /// Closes the file. False also when it has lost its name meanwhile: what is open can be written
+    /// to the end all the same on some systems, and is gone with its last handle.
+    bool Finish() {
+        if (!Close()) {
+            return false;
+        }
+        if (!platform::Files().Exists(m_path)) {
+            MERRTRACE("SaveValues::CreateDataFile(): '%s' has gone", m_path.c_str());
+            return false;
+        }
+        return true;
+    }
+
  private:
+    const std::string m_path;
     platform::FileHandle m_file;
 };
 
@@ -144,10 +159,10 @@ SaveValues::Result SaveValues::CreateDataFile(const Progress& progress) const {
             return Result::kFailed;
         }
         if (row < rows && progress && !progress(row, rows)) {
-            return file.Close() ? Result::kCancelled : Result::kFailed;
+            return file.Finish() ? Result::kCancelled : Result::kFailed;
         }
     }
-    return file.Close() ? Result::kWritten : Result::kFailed;
+    return file.Finish() ? Result::kWritten : Result::kFailed;
 }
 
 }  // namespace wavo

@@ -8,6 +8,7 @@
 #include "platform/folders.h"
 #include "platform/last_error.h"
 #include "support/diagnostics.h"
+#include "support/diagnostics_output.h"
 #include "ui/dialogs/add_text.h"
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/message_boxes.h"
@@ -20,10 +21,18 @@ namespace {
 
 constexpr char kNoMessageWindow[] = "No messages from a master can arrive, see the error log";
 
-/// The settings file of a viewer without a graph file; empty when there is no data folder.
+constexpr char kSettingsFile[] = "wavo.ini";
+
+/// The settings file of a viewer without a graph file; empty, with an error-log entry, when there
+/// is no data folder.
 std::string DefaultSettingsFile() {
     const std::string folder = platform::DataFolder();
-    return folder.empty() ? folder : folder + platform::PathSeparator() + "wavo.ini";
+    if (folder.empty()) {
+        MERRLOG("GetCommonAppDataFolder() failed %s",
+                platform::ErrorText(platform::LastError()).c_str());
+        return {};
+    }
+    return folder + platform::PathSeparator() + kSettingsFile;
 }
 
 }  // namespace
@@ -50,6 +59,7 @@ CWavoView::CWavoView(QWidget* parent)
 }
 
 CWavoView::~CWavoView() {
+    diagnostics::SetLogFaultHandler(nullptr);
     m_cycle.End();
 }
 
@@ -74,16 +84,16 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
     }
     Q_EMIT CommandsChanged();  // there is a current file, even when it could not be read
     if (m_settings_unwritten) {
-        ShowWriteFault(m_settings_file);
+        ShowSettingsFault(m_settings_file);
     }
+    diagnostics::SetLogFaultHandler([this](const std::string& path) { ShowLogFault(path); });
 }
 
 void CWavoView::ReadSettings() {
     m_settings_file = DefaultSettingsFile();
     if (m_settings_file.empty()) {
-        MERRLOG("GetCommonAppDataFolder() failed %s",
-                platform::ErrorText(platform::LastError()).c_str());
         m_settings = DefaultViewSettings();
+        m_settings_unwritten = true;
         return;
     }
     m_settings_unwritten = !ReadProperties(m_settings_file, m_settings);
@@ -95,17 +105,26 @@ void CWavoView::SetTraceLevel() const {
 
 void CWavoView::SaveSettings() {
     const std::string file = m_settings_file.empty() ? DefaultSettingsFile() : m_settings_file;
-    if (!file.empty()) {
-        if (!WriteProperties(file, m_settings)) {
-            ShowWriteFault(file);
-        }
+    if (file.empty() || !WriteProperties(file, m_settings)) {
+        ShowSettingsFault(file);
     }
+}
+
+void CWavoView::ShowSettingsFault(const std::string& path) {
+    ShowWriteFault(path.empty() ? kSettingsFile : path);
+}
+
+void CWavoView::ShowLogFault(const std::string& path) {
+    Q_EMIT PaneTextChanged(StatusPane::kMessage,
+                           QString::fromStdString("Cannot write the log " + path));
 }
 
 void CWavoView::ShowWriteFault(const std::string& path) {
     // Until the next news; what is known of the link is not forgotten.
+    const std::string lost_log = diagnostics::LostErrorLog();
+    const std::string where = lost_log.empty() ? ", see the error log" : " nor the log " + lost_log;
     Q_EMIT PaneTextChanged(StatusPane::kMessage,
-                           QString::fromStdString("Cannot write " + path + ", see the error log"));
+                           QString::fromStdString("Cannot write " + path + where));
 }
 
 bool CWavoView::OpenMessageWindow() {

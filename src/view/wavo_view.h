@@ -188,6 +188,11 @@ class CWavoView : public QWidget,
     /// Reads the settings from their file, whose path stays empty when there is no data folder.
     void ReadSettings();
     void SetTraceLevel() const;
+    /// Tells in the status bar that the settings are not in their file; `path` is empty when there
+    /// is no folder for it.
+    void ShowSettingsFault(const std::string& path);
+    /// Tells in the status bar that reports are lost.
+    void ShowLogFault(const std::string& path);
     /// One drawing step, shown at once where the view is visible; ends with the ready message
     /// that is owed.
     void DrawAndShow();

@@ -309,6 +309,7 @@ TEST_F(Damage, ASaveThatFailsIsToldInTheStatusBarAndTheValuesGoOn) {
     const ExpectAnyErrorLog expected;
     View().Execute(CommandId::kSave);
     EXPECT_THAT(TakeBoxes(), ElementsAre("ERROR: Failed to create ini. data file"));
+    EXPECT_TRUE(expected.Saw("FileCommands::Write(): failed to save '" + file + "'"));
     EXPECT_EQ(Message(), "Cannot write " + file + ", see the error log");
     ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
     EXPECT_THAT(View().Board().Graphs(), SizeIs(1));

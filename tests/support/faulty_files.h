@@ -16,7 +16,19 @@
 
 namespace wavo::testing {
 
-enum class Call { kOpenForReading, kOpenForWriting, kRead, kWrite, kFlush, kClose, kName, kRename };
+enum class Call {
+    kOpenForReading,
+    kOpenForWriting,
+    kRead,
+    kWrite,
+    kFlush,
+    kClose,
+    kName,
+    kRename,
+    kRemove,
+    kExists,
+    kFollowLinks
+};
 
 class FaultyFiles final : public platform::FileOperations {
  public:
@@ -25,15 +37,16 @@ class FaultyFiles final : public platform::FileOperations {
     /// Makes a call of this kind fail with the system error `error`, after `passed` that work.
     /// Every later one works again.
     void Fail(Call call, int error, int passed = 0) { m_faults[call] = {error, passed}; }
-    /// Does something before call number `number` (from 0) of all calls but Size and Exists: what
+    /// Does something before call number `number` (from 0) of all calls but Size: what
     /// another program may do meanwhile.
     void BeforeCall(int number, std::function<void()> action) {
         m_action = std::move(action);
         m_action_at = number;
     }
-    /// Calls so far, but for Size and Exists.
+    /// Calls so far, but for Size.
     [[nodiscard]] int count() const { return m_count; }
-    /// Makes call number `number` fail with the system error `error`, whatever it is.
+    /// Makes call number `number` fail with the system error `error`, whatever it is. Exists cannot
+    /// tell then, and says yes.
     void FailCall(int number, int error) {
         m_fail_at = number;
         m_fail_error = error;
@@ -110,10 +123,14 @@ class FaultyFiles final : public platform::FileOperations {
     }
     bool Remove(const std::string& path) override {
         m_calls.emplace_back("remove");
-        return m_system.Remove(path);
+        return !Fails(Call::kRemove) && m_system.Remove(path);
     }
-    bool Exists(const std::string& path) override { return m_system.Exists(path); }
-    std::string FollowLinks(const std::string& path) override { return m_system.FollowLinks(path); }
+    bool Exists(const std::string& path) override {
+        return Fails(Call::kExists) || m_system.Exists(path);
+    }
+    std::string FollowLinks(const std::string& path) override {
+        return Fails(Call::kFollowLinks) ? std::string() : m_system.FollowLinks(path);
+    }
 
  private:
     struct Fault {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "matches_pattern.h"
+#include "platform/folders.h"
 #include "support/diagnostics.h"
 #include "temporary_folder.h"
 
@@ -29,6 +30,7 @@ class DiagnosticsOutputTest : public ::testing::Test {
         diagnostics::SetLogFolder(m_folder.path());
     }
     void TearDown() override {
+        diagnostics::SetLogFaultHandler(nullptr);
         diagnostics::SetLogFolder({});
         diagnostics::SetEcho(false);
         diagnostics::SetLogSizeLimit(std::size_t{4} * 1024 * 1024);
@@ -40,7 +42,19 @@ class DiagnosticsOutputTest : public ::testing::Test {
         _MErrLog_Add("%s", text.c_str());
     }
 
+    static void Trace() {
+        _MTrace_Location("src/t.cpp", 7, "default", 1);
+        _MTrace_Always("progress");
+    }
+    /// Remembers the log files that are told to be lost.
+    void CollectLostLogs() {
+        diagnostics::SetLogFaultHandler([this](const std::string& path) {
+            m_lost.push_back(std::filesystem::path(path).filename().string());
+        });
+    }
+
     const testing::TemporaryFolder m_folder;
+    std::vector<std::string> m_lost;
 };
 
 TEST_F(DiagnosticsOutputTest, ALineHasTimeKindPlaceAndText) {
@@ -80,6 +94,50 @@ TEST_F(DiagnosticsOutputTest, AFolderThatIsMissingIsNotCreatedAndTroublesNobody)
     std::filesystem::create_directory(m_folder.File("missing"));
     Log("now");
     EXPECT_TRUE(std::filesystem::exists(m_folder.File("missing/wavo_error.log")));
+}
+
+TEST_F(DiagnosticsOutputTest, ALogThatIsLostIsToldOnceForEachTime) {
+    const std::filesystem::path folder(m_folder.File("missing"));
+    diagnostics::SetLogFolder(folder.string());
+    CollectLostLogs();
+    Log("lost");
+    Log("lost");
+    EXPECT_THAT(m_lost, ElementsAre(kErrorFile));
+    EXPECT_EQ(diagnostics::LostErrorLog(),
+              folder.string() + platform::PathSeparator() + kErrorFile);
+    Trace();
+    Trace();
+    EXPECT_THAT(m_lost, ElementsAre(kErrorFile, kTraceFile));
+    std::filesystem::create_directory(folder);
+    Log("written");
+    EXPECT_EQ(diagnostics::LostErrorLog(), "");
+    std::filesystem::remove_all(folder);
+    Log("lost");
+    Trace();
+    EXPECT_THAT(m_lost, ElementsAre(kErrorFile, kTraceFile, kErrorFile));
+}
+
+TEST_F(DiagnosticsOutputTest, WhoAsksLaterIsToldAtOnce) {
+    diagnostics::SetLogFolder(m_folder.File("missing"));
+    Trace();
+    Log("lost");
+    CollectLostLogs();
+    EXPECT_THAT(m_lost, ElementsAre(kTraceFile, kErrorFile));
+    m_lost.clear();
+    diagnostics::SetLogFolder(m_folder.path());
+    CollectLostLogs();
+    EXPECT_THAT(m_lost, ElementsAre()) << "another folder, another try";
+}
+
+TEST_F(DiagnosticsOutputTest, WhoIsToldMayReport) {
+    diagnostics::SetLogFolder(m_folder.File("missing"));
+    diagnostics::SetLogFaultHandler([this](const std::string&) {
+        m_lost.emplace_back("told");
+        Trace();
+        Log("lost as well");
+    });
+    Log("lost");
+    EXPECT_THAT(m_lost, ElementsAre("told", "told")) << "once for each log";
 }
 
 TEST_F(DiagnosticsOutputTest, AFileAtItsLimitIsMovedAsideAndOnePreviousGenerationIsKept) {

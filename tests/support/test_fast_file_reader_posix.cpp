@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <fstream>
@@ -10,6 +11,7 @@
 #include "platform/last_error.h"
 #include "support/fast_file.h"
 #include "temporary_folder.h"
+#include "unprivileged.h"
 
 namespace wavo {
 namespace {
@@ -35,6 +37,26 @@ TEST_F(OpeningFiles, FoldersPipesAndDevicesDoNotOpen) {
     EXPECT_FALSE(openfile(pipe, 0, file)) << "and it does not wait for a writer";
     EXPECT_FALSE(openfile("/dev/zero", 0, file));
     EXPECT_FALSE(openfile(std::string("/etc/passwd\0.ini", 16), 0, file));
+}
+
+TEST_F(OpeningFiles, ANameIsFreeOnlyWhereThatIsCertain) {
+    platform::FileOperations& files = platform::SystemFiles();
+    const std::string path = Make("");
+    EXPECT_TRUE(files.Exists(path));
+    EXPECT_FALSE(files.Exists(m_folder.File("none")));
+    EXPECT_FALSE(files.Exists(m_folder.File("no folder/none")));
+    EXPECT_FALSE(files.Exists(path + "/none"));
+    EXPECT_FALSE(files.Exists({}));
+    ASSERT_EQ(::symlink("round", m_folder.File("round").c_str()), 0);
+    EXPECT_TRUE(files.Exists(m_folder.File("round")));
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0600), 0);
+    const auto seen = testing::RunUnprivileged(
+        [&] { return std::string(files.Exists(m_folder.File("none")) ? "not certain" : "free"); });
+    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0755), 0);
+    if (!seen.has_value()) {
+        GTEST_SKIP() << "the superuser's rights cannot be given up here";
+    }
+    EXPECT_EQ(*seen, "not certain");
 }
 
 TEST_F(OpeningFiles, AFileForReadingIsInheritedAndOneForWritingIsNot) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "temporary_folder.h"
@@ -56,6 +57,32 @@ TEST(LogFile, AFileThatWasTakenAwayIsMadeAnew) {
     std::filesystem::remove(folder.File("log"));
     AppendToLog(folder.File("log"), "two\n", 100);
     EXPECT_EQ(folder.Read("log"), "two\n");
+}
+
+TEST(LogFile, TellsWhetherALineWasWritten) {
+    const TemporaryFolder folder;
+    EXPECT_TRUE(AppendToLog(folder.File("log"), "one\n", 100));
+    EXPECT_TRUE(AppendToLog(folder.File("log"), "two\n", 4));
+    EXPECT_FALSE(AppendToLog(folder.File("no folder/log"), "three\n", 100));
+    EXPECT_FALSE(AppendToLog(folder.path(), "three\n", 100));
+}
+
+TEST(LogFile, BehindAHalfLineTheNextOneBeginsOnANewLine) {
+    const TemporaryFolder folder;
+    std::ofstream(folder.File("log"), std::ios::binary) << "one\ntw";
+    EXPECT_TRUE(AppendToLog(folder.File("log"), "three\n", 100));
+    EXPECT_TRUE(AppendToLog(folder.File("log"), "four\n", 100));
+    EXPECT_EQ(folder.Read("log"), "one\ntw\nthree\nfour\n");
+}
+
+TEST(LogFile, TheEndOfAHalfLineCountsForTheLimit) {
+    const TemporaryFolder folder;
+    for (const std::size_t limit : {9U, 8U}) {
+        std::ofstream(folder.File("log"), std::ios::binary) << "half";
+        EXPECT_TRUE(AppendToLog(folder.File("log"), "567\n", limit));
+        EXPECT_EQ(folder.Read("log"), limit == 9 ? "half\n567\n" : "567\n");
+    }
+    EXPECT_EQ(folder.Read("log.1"), "half");
 }
 
 TEST(LogFile, ALongLineIsWrittenWhole) {

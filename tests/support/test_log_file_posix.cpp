@@ -1,14 +1,19 @@
 // Logs that another process writes too, and disks without room, on POSIX systems.
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "support/log_file.h"
 #include "temporary_folder.h"
+#include "unprivileged.h"
 
 namespace wavo::diagnostics {
 
@@ -56,18 +61,67 @@ TEST(LogFilePosix, AFolderThatIsFullOrGoneTroublesNobody) {
         GTEST_SKIP() << "needs the right to mount a small disk";
     }
     const std::string line = std::string(79, 'x') + "\n";
+    bool is_written = true;
     for (int i = 0; i < 2000; ++i) {
-        AppendToLog(folder.File("log"), line, 1'000'000);
+        is_written = AppendToLog(folder.File("log"), line, 1'000'000);
     }
+    EXPECT_FALSE(is_written);
     EXPECT_LE(folder.Read("log").size(), 16384U);
     EXPECT_GT(folder.Read("log").size(), 4000U);
     std::filesystem::remove(folder.File("log"));
-    AppendToLog(folder.File("log"), line, 1'000'000);
+    EXPECT_TRUE(AppendToLog(folder.File("log"), line, 1'000'000));
     EXPECT_EQ(folder.Read("log"), line) << "it goes on as soon as there is room";
     EXPECT_EQ(::umount(folder.path().c_str()), 0);
     std::filesystem::remove(folder.path());
-    AppendToLog(folder.File("log"), line, 1'000'000);
+    EXPECT_FALSE(AppendToLog(folder.File("log"), line, 1'000'000));
     EXPECT_FALSE(std::filesystem::exists(folder.path()));
+}
+
+// A limit of the size of files stands in for a disk without room: what does not fit is not written.
+TEST(LogFilePosix, WhatHadNoRoomIsToldAndTheNextLineIsWhole) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0777), 0);
+    const std::optional<std::string> told = testing::RunUnprivileged([&folder] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        struct rlimit limit {};
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        const struct rlimit before = limit;
+        limit.rlim_cur = 14;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        std::string text;
+        const auto append = [&](const char* line) {
+            text += AppendToLog(folder.File("log"), line, 1000) ? "written " : "lost ";
+        };
+        append("11111111\n");
+        append("22222222\n");
+        append("33333333\n");
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        append("44444444\n");
+        return text;
+    });
+    ASSERT_TRUE(told.has_value());
+    EXPECT_EQ(*told, "written lost lost written ");
+    EXPECT_EQ(folder.Read("log"), "11111111\n22222\n44444444\n");
+}
+
+TEST(LogFilePosix, KeepsItsLimitInAFolderThatMayNotBeWritten) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(AppendToLog(folder.File("log"), "12345678\n", 10));
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0555), 0);
+    const auto append = [&folder](const char* line) {
+        return testing::RunUnprivileged([&] {
+            return std::string(AppendToLog(folder.File("log"), line, 10) ? "written" : "lost");
+        });
+    };
+    ASSERT_EQ(::chmod(folder.File("log").c_str(), 0666), 0);
+    EXPECT_EQ(append("new\n"), "written") << "in the place of the old ones";
+    EXPECT_EQ(folder.Read("log"), "new\n");
+    EXPECT_EQ(append("newer\n"), "written");
+    ASSERT_EQ(::chmod(folder.File("log").c_str(), 0444), 0);
+    EXPECT_EQ(append("newest\n"), "lost");
+    EXPECT_EQ(folder.Read("log"), "new\nnewer\n");
+    EXPECT_EQ(::chmod(folder.path().c_str(), 0755), 0);
+    EXPECT_FALSE(std::filesystem::exists(folder.File("log.1")));
 }
 
 }  // namespace

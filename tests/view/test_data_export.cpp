@@ -11,21 +11,11 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <filesystem>
-#include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "expect_errors.h"
-#include "slow_files.h"
-#include "temporary_folder.h"
-#include "ui/dialogs/controls.h"
-#include "ui/dialogs/export_progress.h"
-#include "ui/dialogs/path_save_data.h"
-#include "ui/dialogs/view_settings.h"
-#include "view/data_export.h"
-#include "view/graph_board.h"
+#include "export_fixture.h"
 
 namespace wavo {
 namespace {
@@ -33,122 +23,11 @@ namespace {
 using std::chrono::milliseconds;
 using ::testing::ElementsAre;
 using testing::ExpectErrorLog;
+using testing::Export;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
-using testing::SlowFiles;
 
-constexpr char kFailed[] = "CView::OnCreate(): m_DataExport.CreateDataFile()";
 constexpr char kNotFound[] = "CWavoView::OnMessageFromAxSelectSaveValues: Graph not found";
-constexpr double kCycleTime = 0.004;
-
-class Export : public ::testing::Test, public DataExportHost, public GraphDrawHost {
- protected:
-    Export() {
-        m_settings.end_of_line = "\n";
-        m_settings.data_file = m_folder.File("before.txt");
-    }
-
-    // DataExportHost
-    [[nodiscard]] ExportSettings& CurrentExportSettings() override { return m_settings; }
-    void SaveSettings() override {
-        m_saved.push_back(m_settings.data_file);
-        m_file_there_when_saved = std::filesystem::exists(m_settings.data_file);
-    }
-    void ShowWriteFault(const std::string& path) override { m_unwritten.push_back(path); }
-    [[nodiscard]] QWidget* ExportWindow() override { return nullptr; }
-    // GraphDrawHost
-    void RecordingEnded() override {}
-
-    /// Shows a graph of these axes over time and gives it lines with a value per axis X, Y, Z.
-    void ShowGraph(const std::vector<std::string>& axes,
-                   const std::vector<std::array<double, 3>>& lines, double time_range = 10.0) {
-        WavoGraph graph;
-        graph.InitGraph(7, axes.front().c_str(), 0, nullptr);
-        for (std::size_t i = 1; i < axes.size(); ++i) {
-            WavoGraph other;
-            other.InitGraph(7, axes[i].c_str(), 0, nullptr);
-            graph.YCoorAxName.push_back(axes[i]);
-            graph.YCoorAxColor.push_back(0);
-            graph.YCoorAxDerivation.push_back(0);
-            graph.Triggers.push_back(other.Triggers.front());
-            graph.YScales.push_back(other.YScales.front());
-        }
-        graph.XScale.TimeRange = time_range;
-        m_board.Graphs() = {graph};
-        m_board.CreateAllGraphRects({0, 0, 300, 200}, kCycleTime, {"X", "Y", "Z"}, {});
-        m_board.Distribute(lines.empty() ? nullptr : lines.front().data(), lines.size(), 3);
-    }
-    /// A graph with so many values that its file takes `pieces` writes behind the header.
-    void ShowLongGraph(int pieces) {
-        const std::size_t rows = kRowsOfPiece * static_cast<std::size_t>(pieces);
-        std::vector<std::array<double, 3>> lines(rows, {100'000.5, 0.0, 0.0});
-        // Twice the range: a range that the values fill exactly may lose one to rounding.
-        ShowGraph({"X"}, lines, 2.0 * static_cast<double>(rows) * kCycleTime);
-    }
-    [[nodiscard]] const WavoGraph& Graph() const { return m_board.Graphs().front(); }
-
-    /// Does something with the dialog that opens next.
-    void WhenAsked(const std::function<void(PathSaveData&)>& action) {
-        QMetaObject::invokeMethod(
-            qApp,
-            [this, action] {
-                auto* const dialog = dynamic_cast<PathSaveData*>(QApplication::activeModalWidget());
-                ASSERT_NE(dialog, nullptr);
-                ++m_asked;
-                action(*dialog);
-            },
-            Qt::QueuedConnection);
-    }
-    void Answer(const std::string& path) {
-        WhenAsked([path](PathSaveData& dialog) {
-            FindControl<QLineEdit>(dialog, static_cast<int>(PathSaveDataId::kPath))
-                ->setText(QString::fromStdString(path));
-            QTest::mouseClick(
-                FindControl<QPushButton>(dialog, static_cast<int>(PathSaveDataId::kOk)),
-                Qt::LeftButton);
-        });
-    }
-    /// Requests the values of the graph and answers the dialog with the file "values.txt".
-    void Save() {
-        Answer(m_folder.File("values.txt"));
-        EXPECT_EQ(m_export.OnSaveValues(&Graph()), 1);
-    }
-    [[nodiscard]] std::string Text() const { return m_folder.Read("values.txt"); }
-    [[nodiscard]] std::size_t RowsInFile() const {
-        const std::string text = Text();
-        return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) - 1;
-    }
-    /// The progress that shows; null when none does.
-    static ExportProgress* Progress() {
-        for (QWidget* const widget : QApplication::topLevelWidgets()) {
-            auto* const progress = dynamic_cast<ExportProgress*>(widget);
-            if (progress != nullptr && progress->isVisible()) {
-                return progress;
-            }
-        }
-        return nullptr;
-    }
-    static std::string RowsShown() {
-        return Progress() == nullptr
-                   ? "nothing"
-                   : FindControl<QLabel>(*Progress(), static_cast<int>(ExportProgressId::kRows))
-                         ->text()
-                         .toStdString();
-    }
-
-    /// Rows "100000.500000\n" that fill a piece of the file.
-    static constexpr std::size_t kRowsOfPiece = ((1U << 16U) + 13) / 14;
-
-    const testing::TemporaryFolder m_folder;
-    ExportSettings m_settings;
-    std::vector<std::string> m_saved;
-    std::vector<std::string> m_unwritten;  // what the status bar told of
-    bool m_file_there_when_saved = false;
-    int m_asked = 0;
-    SlowFiles m_files;
-    GraphBoard m_board{*this, [](const std::string&) {}};
-    DataExport m_export{m_board, *this, [this] { return m_files.now; }};
-};
 
 TEST_F(Export, WritesTheAxesOfAGraphAsColumns) {
     ShowGraph({"Y", "X"}, {{1.0, 2.0, 3.0}, {4.0, 5.0, 6.0}});
@@ -247,27 +126,6 @@ TEST_F(Export, ThePathIsSavedWithTheSettingsBeforeTheFileIsWritten) {
     EXPECT_THAT(m_saved, ElementsAre(m_folder.File("values.txt")));
     EXPECT_FALSE(m_file_there_when_saved);
     EXPECT_EQ(Text(), "X\n1.000000\n");
-}
-
-TEST_F(Export, AFileThatCannotBeMadeIsAnErrorAndItsPathIsSaved) {
-    ShowGraph({"X"}, {{1.0, 2.0, 3.0}});
-    const std::string path = m_folder.File("no folder/values.txt");
-    const ExpectErrorLog expected({kFailed});
-    Answer(path);
-    EXPECT_EQ(m_export.OnSaveValues(&Graph()), 1);
-    EXPECT_EQ(m_settings.data_file, path);
-    EXPECT_THAT(m_saved, ElementsAre(path));
-    EXPECT_THAT(m_unwritten, ElementsAre(path));
-}
-
-TEST_F(Export, AFullDiskIsAnErrorAndLeavesWhatIsWritten) {
-    ShowLongGraph(3);
-    m_files.full_at = 3;  // the header, a piece, and then no more
-    const ExpectErrorLog expected({kFailed});
-    Save();
-    EXPECT_EQ(RowsInFile(), kRowsOfPiece);
-    EXPECT_THAT(m_unwritten, ElementsAre(m_settings.data_file));
-    EXPECT_FALSE(m_export.IsUnderWay());
 }
 
 TEST_F(Export, ValuesThatArriveWhileTheDialogIsOpenAreNotInTheFile) {

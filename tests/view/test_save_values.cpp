@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <utility>
@@ -258,6 +259,23 @@ TEST_F(DataFile, OnAFullDiskHoldsWhatHadRoom) {
     EXPECT_EQ(files.calls().back(), "close");
     EXPECT_THAT(faults.Texts(),
                 ElementsAre("write64(): WriteFile() failed: " + std::to_string(ENOSPC)));
+}
+
+TEST_F(DataFile, ThatHasGoneWhileItWasWrittenIsAFailure) {
+    Add("X", {1.0});
+    FaultyFiles files;
+    files.BeforeCall(3, [this] { std::filesystem::remove(m_settings.data_file); });
+    const CollectReports faults(diagnostics::Service::kErrorTrace);
+    EXPECT_EQ(Write(), Result::kFailed);
+    EXPECT_THAT(faults.Texts(), ElementsAre("SaveValues::CreateDataFile(): '" +
+                                            m_settings.data_file + "' has gone"));
+}
+
+TEST_F(DataFile, ThatIsCancelledAndHasGoneIsAFailure) {
+    AddLongColumn(2 * kRowsOfPiece);
+    FaultyFiles files;
+    files.BeforeCall(4, [this] { std::filesystem::remove(m_settings.data_file); });
+    EXPECT_EQ(Write([](std::uint64_t, std::uint64_t) { return false; }), Result::kFailed);
 }
 
 TEST_F(DataFile, ThatCannotBeClosedIsAFailure) {

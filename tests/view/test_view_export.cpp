@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "expect_errors.h"
 #include "system_facts.h"
@@ -22,6 +23,7 @@
 namespace wavo {
 namespace {
 
+using ::testing::ElementsAre;
 using testing::ExpectErrorLog;
 
 class ViewExport : public ::testing::Test {
@@ -70,6 +72,25 @@ TEST_F(ViewExport, TheMessageOfTheEditorSavesTheValuesOfItsGraph) {
     ViewSettings stored;
     ReadProperties(m_folder.File("Velk/wavo.ini"), stored);
     EXPECT_EQ(stored.export_settings.data_file, path);
+}
+
+TEST_F(ViewExport, AnExportThatFailsIsToldInTheStatusBar) {
+    ShowGraphWithValues();
+    std::vector<std::string> told;
+    QObject::connect(&m_view, &CWavoView::PaneTextChanged,
+                     [&](StatusPane pane, const QString& text) {
+                         EXPECT_EQ(pane, StatusPane::kMessage);
+                         told.push_back(text.toStdString());
+                     });
+    const std::string path = m_folder.File("no folder/values.txt");
+    WhenAsked([&](PathSaveData& dialog) {
+        FindControl<QLineEdit>(dialog, static_cast<int>(PathSaveDataId::kPath))
+            ->setText(QString::fromStdString(path));
+        dialog.accept();
+    });
+    const ExpectErrorLog expected({"CView::OnCreate(): m_DataExport.CreateDataFile()"});
+    EXPECT_EQ(Send(&m_view.Board().Graphs().front()), 1);
+    EXPECT_THAT(told, ElementsAre("Cannot write " + path + ", see the error log"));
 }
 
 TEST_F(ViewExport, AMessageWithoutAGraphDoesNothing) {

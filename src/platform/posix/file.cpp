@@ -248,7 +248,8 @@ class PosixFiles final : public FileOperations {
     }
 
     bool Exists(const std::string& path) override {
-        return !HasNul(path) && ::access(path.c_str(), F_OK) == 0;
+        return !HasNul(path) &&
+               (::access(path.c_str(), F_OK) == 0 || (errno != ENOENT && errno != ENOTDIR));
     }
 
     std::string FollowLinks(const std::string& path) override {

@@ -171,7 +171,15 @@ class WindowsFiles final : public FileOperations {
     }
 
     bool Exists(const std::string& path) override {
-        return !HasNul(path) && AttributesOf(path) != INVALID_FILE_ATTRIBUTES;
+        if (HasNul(path)) {
+            return false;
+        }
+        if (AttributesOf(path) != INVALID_FILE_ATTRIBUTES) {
+            return true;
+        }
+        const DWORD error = ::GetLastError();
+        return error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND &&
+               error != ERROR_INVALID_NAME;
     }
 
     std::string FollowLinks(const std::string& path) override {

@@ -173,6 +173,8 @@ TEST_F(SettingsCommands, PropertiesThatCannotBeWrittenAreUsedAllTheSame) {
         Click(dialog, wp::kOk);
     });
     EXPECT_EQ(View().Settings().scale_lines_x, 8);
+    EXPECT_EQ(m_frame->PaneText(StatusPane::kMessage).toStdString(),
+              "Cannot write " + shown + ", see the error log");
 }
 
 TEST_F(SettingsCommands, TheTextOfTheGraphsIsShownInTheInverseOfTheBackground) {

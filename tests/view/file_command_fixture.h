@@ -1,0 +1,113 @@
+// The commands for graph files with their files, without dialogs and view.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cycle_fixture.h"
+#include "graph/model/graph_ini_data.h"
+#include "ui/dialogs/choosers.h"
+#include "ui/dialogs/message_boxes.h"
+#include "view/file_commands.h"
+#include "view/view_settings_file.h"
+
+namespace wavo::testing {
+
+/// Error-log entries.
+inline std::string FailedToSaveGraphs(const std::string& path) {
+    return "FileCommands::Write(): failed to save '" + path + "'";
+}
+inline std::string FailedToSaveSettings(const std::string& path) {
+    return "CWavoView::WriteProperties: failed to svae '" + path + "'";
+}
+
+class FileCommandTest : public CycleFixture, public GraphFilesHost, public FileCommandsHost {
+ protected:
+    FileCommandTest() {
+        SetBoxHandler([this](const Box& box) {
+            m_host.happened.push_back("box " + box.text);
+            m_boxes.push_back(box);
+            return m_answer;
+        });
+        const auto choose = [this](QWidget*, const SaveFileQuestion& question) {
+            m_questions.push_back(question);
+            return m_choice;
+        };
+        SetOpenFileChooser(choose);
+        SetSaveFileChooser(choose);
+    }
+    ~FileCommandTest() override {
+        SetBoxHandler(nullptr);
+        SetOpenFileChooser(nullptr);
+        SetSaveFileChooser(nullptr);
+    }
+
+    // GraphFilesHost, FileCommandsHost
+    void ShowWriteFault(const std::string& path) override { m_unwritten.push_back(path); }
+    void ShowError(const std::string& text) override { m_host.ShowError(text); }
+    void AddToRecentFiles(const std::string& path) override {
+        m_host.happened.push_back("recent " + FileNameOf(path));
+    }
+    void ShowRunTitle() override {
+        m_host.happened.push_back("title " + m_files.DocumentName() +
+                                  (m_cycle.IsRunning() ? " - running" : " - stopped"));
+        m_background_at_title = m_settings.background;
+    }
+    ViewSettings& MutableSettings() override { return m_settings; }
+    void ShowSettings() override { m_host.happened.emplace_back("show settings"); }
+    void ShowNoGraphs() override { m_host.happened.emplace_back("show no graphs"); }
+    void ShowTitle(const std::string& title) override {
+        m_host.happened.push_back("title " + title);
+    }
+    void CurrentFileChanged() override {}
+    QWidget* DialogParent() override { return nullptr; }
+
+    std::vector<std::string> m_unwritten;
+
+    std::string Path(const char* name) { return m_folder.filePath(name).toStdString(); }
+    void Choose(const std::string& path) { m_choice = QString::fromStdString(path); }
+
+    /// A file with a graph of an axis, and settings with a background.
+    std::string MakeFile(const char* name, const char* axis, ColorRef background) {
+        WavoGraph graph;
+        graph.InitGraph(1, axis, 0, nullptr);
+        MIniData store;
+        EXPECT_TRUE(store.Open(Path(name)));
+        EXPECT_TRUE(GetGraphAsIniData(store, {graph}, "text"));
+        EXPECT_TRUE(store.Save());
+        ViewSettings settings = DefaultViewSettings();
+        settings.background = background;
+        EXPECT_TRUE(WriteProperties(Path(name), settings));
+        return Path(name);
+    }
+    std::vector<WavoGraph> GraphsIn(const std::string& path) {
+        MIniData store;
+        std::vector<WavoGraph> graphs;
+        std::string error;
+        EXPECT_TRUE(store.Open(path));
+        EXPECT_TRUE(CreateGraphsFromIniData(store, graphs, error, m_text_read, 0.0)) << error;
+        return graphs;
+    }
+    ColorRef BackgroundIn(const std::string& path) {
+        ViewSettings settings;
+        ReadProperties(path, settings);
+        return settings.background;
+    }
+
+    QTemporaryDir m_folder;
+    ViewSettings m_settings = DefaultViewSettings();
+    GraphFiles m_files{m_cycle, m_board, *this};
+    FileCommands m_commands{m_files, m_board, m_cycle, *this, m_lock};
+    std::optional<QString> m_choice;
+    BoxAnswer m_answer = BoxAnswer::kOk;
+    std::vector<Box> m_boxes;
+    std::vector<SaveFileQuestion> m_questions;
+    ColorRef m_background_at_title = 0;
+    std::string m_text_read;
+};
+
+}  // namespace wavo::testing
