@@ -273,6 +273,28 @@ TEST_F(HungMasterAndAUser, OpeningAGraphFileFreezesNothing) {
     EXPECT_THAT(View().Board().Graphs(), SizeIs(1));
 }
 
+TEST_F(HungMasterAndAUser, TheFirstBatchOfAViewerWithoutGraphsFreezesNothing) {
+    std::int64_t gap = kLongestGap;
+    for (int i = 0; i < 3 && gap >= kLongestGap; ++i) {
+        DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
+        Open({});
+        QThread::msleep(200);  // capabilities and a first batch are announced
+        master.Freeze();
+        const Heartbeat heart;
+        ASSERT_TRUE(WaitForMessage(kHung)) << Message();
+        QTest::qWait(300);
+        gap = heart.LargestGap();
+        master.Thaw();
+        ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
+        EXPECT_EQ(Message(), kConnected);
+        EXPECT_THAT(View().Board().Graphs(), SizeIs(1));
+        Close();
+        ASSERT_TRUE(master.End());
+    }
+    EXPECT_LT(gap, kLongestGap) << "ms without an event";
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+}
+
 TEST_F(HungMasterAndAUser, ConnectAfterADamagedFifoFreezesNothing) {
     DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
     Open({"X"});
