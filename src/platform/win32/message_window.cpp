@@ -349,8 +349,11 @@ SendResult WindowCore::Send(WindowHandle target, const Message& message) {
         SetLastError(error);
         return {out_of_reach ? SendStatus::kGone : SendStatus::kNoAnswer, 0};
     }
-    while (!place.answer() && WindowExists(target) && std::chrono::steady_clock::now() < deadline) {
-        ServeSends(deadline);
+    for (bool more = true; more && !place.answer();) {
+        // Looked at before: what it has answered, and then ended, is there to be taken.
+        const auto now = std::chrono::steady_clock::now();
+        more = WindowExists(target) && now < deadline;
+        ServeSends(more ? deadline : now);
     }
     const std::optional<LRESULT> answer = place.answer();
     // The system answers 0 in the place of a receiver that has ended.

@@ -226,6 +226,31 @@ TEST(MessageWindow, AnswersOfSendsWithinSendsFindTheirPlace) {
     EXPECT_THAT(results, ElementsAre(60));
 }
 
+TEST(MessageWindow, TheAnswerOfAReceiverThatThenEndsCounts) {
+    const auto ours = Make(nullptr);
+    for (int i = 0; i < 50; ++i) {
+        std::atomic<bool> ended{false};
+        std::atomic<WindowHandle> handle{0};
+        std::thread other([&] {
+            const auto window = Make([&](const Message&) {
+                ended = true;
+                return std::int64_t{7};
+            });
+            handle = window->handle();
+            while (!ended) {
+                window->WaitAndDispatch(milliseconds(20));
+            }
+        });
+        while (handle == 0) {
+            std::this_thread::yield();
+        }
+        const SendResult result = ours->Send(handle, {kFirst});
+        other.join();
+        EXPECT_EQ(result.status, SendStatus::kDone);
+        EXPECT_EQ(result.result, 7);
+    }
+}
+
 TEST(MessageWindow, WhatIsGoneIsSaidToBe) {
     const auto ours = Make(nullptr);
     auto other = Make(nullptr);
