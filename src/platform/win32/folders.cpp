@@ -119,6 +119,25 @@ std::string StateFolder() {
     return Utf8(path);
 }
 
+bool HasStandardError() noexcept {
+    const LastErrorKeeper keep;
+    const HANDLE handle = ::GetStdHandle(STD_ERROR_HANDLE);
+    return handle != nullptr && handle != INVALID_HANDLE_VALUE;
+}
+
+void PrepareTerminal() noexcept {
+    const LastErrorKeeper keep;
+    for (const DWORD which : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
+        const HANDLE console = ::GetStdHandle(which);
+        DWORD mode = 0;
+        if (::GetConsoleMode(console, &mode) != 0) {
+            ::SetConsoleMode(console,
+                             mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+            ::SetConsoleOutputCP(CP_UTF8);
+        }
+    }
+}
+
 bool StandardErrorIsTerminal() noexcept {
     const LastErrorKeeper keep;
     DWORD mode = 0;

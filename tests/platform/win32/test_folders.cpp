@@ -119,6 +119,21 @@ TEST_F(Folders, ElseTheDataFolderIsThatOfAllUsers) {
     EXPECT_TRUE(common.ends_with("ProgramData\\Velk")) << common;
 }
 
+TEST(Terminal, IsPreparedOnlyWhereThereIsOne) {
+    SetLastError(ERROR_DISK_FULL);
+    PrepareTerminal();
+    EXPECT_EQ(LastError(), ERROR_DISK_FULL);
+    const HANDLE before = ::GetStdHandle(STD_ERROR_HANDLE);
+    ASSERT_NE(::SetStdHandle(STD_ERROR_HANDLE, nullptr), 0);
+    EXPECT_FALSE(HasStandardError());
+    PrepareTerminal();
+    const HANDLE file = ::CreateFileW(L"NUL", GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(::SetStdHandle(STD_ERROR_HANDLE, file), 0);
+    EXPECT_TRUE(HasStandardError());
+    ::SetStdHandle(STD_ERROR_HANDLE, before);
+    ::CloseHandle(file);
+}
+
 TEST(Paths, HaveBackslashes) {
     EXPECT_EQ(PathSeparator(), "\\");
     EXPECT_EQ(NativePath("a/b\\c/d.ini"), "a\\b\\c\\d.ini");
