@@ -12,6 +12,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/core_window.h"
 #include "platform/last_error.h"
 #include "platform/process.h"
 #include "platform/win32/handle.h"
@@ -118,7 +119,9 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     bool Open(std::string* error);
     void Close();
 
-    [[nodiscard]] HWND window() const { return m_window; }
+    [[nodiscard]] WindowHandle handle() const { return NumberOf(m_window); }
+    /// The system's own message loops call the window procedure.
+    [[nodiscard]] static int PollDescriptor() { return -1; }
     void SetPeerGoneHandler(MessageWindow::PeerGone handler) { m_peer_gone = std::move(handler); }
     bool Post(WindowHandle target, const Message& message);
     SendResult Send(WindowHandle target, const Message& message);
@@ -427,44 +430,6 @@ void WindowCore::Wait(std::chrono::nanoseconds timeout) {
                                   MWMO_INPUTAVAILABLE);
 }
 
-class Win32Window final : public MessageWindow {
- public:
-    explicit Win32Window(std::shared_ptr<WindowCore> core) : m_core(std::move(core)) {}
-    ~Win32Window() override { m_core->Close(); }
-    Win32Window(const Win32Window&) = delete;
-    Win32Window& operator=(const Win32Window&) = delete;
-
-    [[nodiscard]] WindowHandle handle() const override { return NumberOf(m_core->window()); }
-
-    void SetPeerGoneHandler(PeerGone handler) override {
-        m_core->SetPeerGoneHandler(std::move(handler));
-    }
-
-    bool Post(WindowHandle target, const Message& message) override {
-        return m_core->Post(target, message);
-    }
-
-    SendResult Send(WindowHandle target, const Message& message) override {
-        const std::shared_ptr<WindowCore> core = m_core;
-        return core->Send(target, message);
-    }
-
-    [[nodiscard]] int PollDescriptor() const override { return -1; }
-
-    void Dispatch() override {
-        const std::shared_ptr<WindowCore> core = m_core;
-        core->Dispatch();
-    }
-
-    bool WaitAndDispatch(std::chrono::nanoseconds timeout) override {
-        const std::shared_ptr<WindowCore> core = m_core;
-        return core->WaitAndDispatch(timeout);
-    }
-
- private:
-    const std::shared_ptr<WindowCore> m_core;
-};
-
 }  // namespace
 
 std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::string* error) {
@@ -472,7 +437,7 @@ std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::strin
     if (!core->Open(error)) {
         return nullptr;
     }
-    return std::make_unique<Win32Window>(std::move(core));
+    return std::make_unique<CoreWindow<WindowCore>>(std::move(core));
 }
 
 bool WindowExists(WindowHandle handle) {
