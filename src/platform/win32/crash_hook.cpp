@@ -184,8 +184,6 @@ const char* NameOf(DWORD code) noexcept {
 }
 
 void WriteHead(CrashRecord* record, const EXCEPTION_RECORD& exception) noexcept {
-    SYSTEMTIME now{};
-    ::GetSystemTime(&now);
     record->Text("---- crash of ")
         .Text(g_hook.program_name.data())
         .Text(", process ")
@@ -199,7 +197,7 @@ void WriteHead(CrashRecord* record, const EXCEPTION_RECORD& exception) noexcept 
     record->Text(", instruction ")
         .Hex(reinterpret_cast<std::uintptr_t>(exception.ExceptionAddress));
     record->EndLine();
-    record->Text("time: ").Time(now).EndLine();
+    record->Text("time: ").Time(UtcNow()).EndLine();
     record->Text("version: ").Text(g_hook.version.data()).EndLine();
 }
 
