@@ -384,7 +384,7 @@ void WindowCore::Dispatch() {
     Deliver();
     for (int i = 0; i < kMostPerDispatch && m_window != nullptr && HandleOne(m_window); ++i) {
     }
-    while (HandleOne(NoWindow())) {
+    for (int i = 0; i < kMostPerDispatch && HandleOne(NoWindow()); ++i) {
     }
 }
 
