@@ -9,6 +9,7 @@
 #include "master/demo_run.h"
 #include "master/motions.h"
 #include "master/recording.h"
+#include "platform/folders.h"
 #include "platform/process.h"
 #include "support/diagnostics_output.h"
 
@@ -31,6 +32,7 @@ int main(int argc, char** argv) {
     constexpr int kWrongArguments = 2;
     wavo::platform::InstallCrashHook("", kVersion);
     wavo::diagnostics::SetEcho(true);
+    wavo::platform::PrepareTerminal();
     const std::vector<std::string> arguments = wavo::platform::CommandLineArguments(argc, argv);
     DemoOptions options;
     std::string error;

@@ -72,8 +72,8 @@ class FileOperations {
 
     /// Makes an empty file with a name that no other file has: `folder` (which ends with the path
     /// separator; empty for the current folder), `prefix`, four hexadecimal digits and ".tmp".
-    /// It gets the permissions of the file `like`, those of any new file when there is none, and
-    /// its owner and group where that is allowed.
+    /// POSIX: it gets the permissions of the file `like`, those of any new file when there is none,
+    /// and its owner and group where that is allowed. Windows: those of any new file in the folder.
     /// REQUIRES: `name`, which receives the path with a NUL at the end, has room for the lengths
     /// of `folder` and `prefix` and 9 bytes.
     virtual bool CreateTemporaryFile(const std::string& folder, const std::string& prefix,

@@ -14,8 +14,8 @@ std::string NativePath(std::string path);
 
 /// The data folder of the product (maker folder `Velk`), without a separator at the end; created
 /// when missing. Linux: $XDG_DATA_HOME/Velk, else ~/.local/share/Velk. Windows: Velk in
-/// the common application data folder, or in the folder that WAVO_DATA_HOME names. Empty on
-/// failure; LastError() tells why.
+/// the common application data folder, where all users share what is in it, or in the folder that
+/// WAVO_DATA_HOME names with drive or server. Empty on failure; LastError() tells why.
 std::string DataFolder();
 
 /// The folder for logs, created when missing. Linux: $XDG_STATE_HOME/Velk, else
@@ -24,5 +24,13 @@ std::string StateFolder();
 
 /// Whether the process' standard error is a terminal that a person reads.
 bool StandardErrorIsTerminal() noexcept;
+
+/// Whether the process has a standard error at all. Windows: a program with windows has none,
+/// unless it was started with one.
+bool HasStandardError() noexcept;
+
+/// Lets the terminal of the process, if there is one, understand control sequences and UTF-8.
+/// Terminals of POSIX systems do; on Windows they have to be told.
+void PrepareTerminal() noexcept;
 
 }  // namespace wavo::platform

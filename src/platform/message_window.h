@@ -12,6 +12,8 @@
 // 3. A sent message can overtake a posted one.
 // 4. A reply that comes after the timeout is dropped by its number; nothing is sent twice.
 // 5. One thread: a MessageWindow is used by the thread that created it only.
+// 6. Where the system's own message loop calls the handler (Windows), a posted message waits once,
+//    some 10 ms, for input, painting and timers that are due.
 #pragma once
 
 #include <chrono>
@@ -34,8 +36,10 @@ struct Message {
 };
 
 enum class SendStatus {
-    kDone,      ///< the receiver handled the message; the result is valid
-    kGone,      ///< there is no such window (any more)
+    kDone,  ///< the receiver handled the message; the result is valid
+    /// There is no such window (any more). Windows: or this program may not reach it, as that of a
+    /// program with more rights; LastError() is then ERROR_ACCESS_DENIED, and stays so.
+    kGone,
     kNoAnswer,  ///< the receiver did not answer in time; it may still handle the message
 };
 
@@ -66,8 +70,8 @@ class MessageWindow {
 
     virtual void SetPeerGoneHandler(PeerGone handler) = 0;
 
-    /// Queues a message for `target`. Returns false when there is no such window or its queue
-    /// is full.
+    /// Queues a message for `target`. Returns false when there is no such window, its queue is full
+    /// or, on Windows, this program may not reach it; LastError() tells which.
     virtual bool Post(WindowHandle target, const Message& message) = 0;
 
     /// Sends a message and waits for its result (invariant 2).

@@ -1,4 +1,4 @@
-// Dialogs that the system itself shows, in a message loop of its own (Windows).
+// Dialogs and menus that the system itself shows, in a message loop of its own (Windows).
 #pragma once
 
 namespace wavo::platform {
@@ -7,8 +7,8 @@ namespace wavo::platform {
 /// that is installed: there is none that writes a file.
 bool HasSystemDialogs() noexcept;
 
-/// Cancels those that the calling thread shows. They close, and their callers go on, once the
-/// thread handles messages again.
+/// Cancels those that the calling thread shows, and the dragging of its windows. They close, and
+/// their callers go on, once the thread handles messages again.
 void CancelSystemDialogs() noexcept;
 
 }  // namespace wavo::platform

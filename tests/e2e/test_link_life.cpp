@@ -206,6 +206,22 @@ TEST_F(Link, AHungMasterIsReportedWithinASecond) {
     EXPECT_LT(told_after, kLongestGap) << "ms";
 }
 
+TEST_F(Link, TheLinkGoesOnWhenAHungMasterAnswersLate) {
+    DemoMaster master({"--motion", "circle"});
+    Open({"X"});
+    ASSERT_TRUE(WaitForLines(100));
+    // The next batch is announced meanwhile, and its answer meets a master that is stopped.
+    QThread::msleep(100);
+    master.Freeze();
+    ASSERT_TRUE(WaitForMessage(QStringLiteral("The master process (Dorvane) does not respond")));
+    const std::uint64_t before = Cycle().TotalLines();
+    EXPECT_TRUE(Cycle().IsMasterKnown());
+    master.Thaw();
+    ASSERT_TRUE(WaitForLines(before + 500));
+    EXPECT_EQ(Message(), QStringLiteral("Connected to the master process (Dorvane)"));
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+}
+
 TEST_F(Link, GarbageInTheHeadersIsRefusedAndTheViewerLives) {
     DemoMaster master({"--motion", "circle", "--fault", "garbage-headers", "--fault-after", "300"});
     Open({"X"});

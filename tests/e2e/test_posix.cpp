@@ -1,11 +1,9 @@
-// What a dead master or a blocked folder leaves behind, and answers that come late, on POSIX
-// systems.
+// What a dead master or a blocked folder leaves behind on POSIX systems.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QFile>
 #include <QTemporaryDir>
-#include <QThread>
 #include <clocale>
 
 #include "expect_errors.h"
@@ -74,24 +72,6 @@ TEST_F(Posix, AfterBothHaveEndedNothingIsLeftBehind) {
         ASSERT_TRUE(master.End());
     }
     EXPECT_THAT(NamesInUse(), IsEmpty());
-}
-
-TEST_F(Posix, TheLinkGoesOnWhenAHungMasterAnswersLate) {
-    DemoMaster master({"--motion", "circle"});
-    Open({"X"});
-    ASSERT_TRUE(WaitForLines(100));
-    // The next batch is announced meanwhile, and its answer meets a master that is stopped.
-    QThread::msleep(100);
-    master.Freeze();
-    ASSERT_TRUE(WaitFor([this] {
-        return Message() == QStringLiteral("The master process (Dorvane) does not respond");
-    }));
-    const std::uint64_t before = Cycle().TotalLines();
-    EXPECT_TRUE(Cycle().IsMasterKnown());
-    master.Thaw();
-    ASSERT_TRUE(WaitForLines(before + 500));
-    EXPECT_EQ(Message(), QStringLiteral("Connected to the master process (Dorvane)"));
-    EXPECT_THAT(TakeBoxes(), IsEmpty());
 }
 
 TEST_F(Posix, TheLocaleIsTheUsersExceptForNumbers) {

@@ -8,6 +8,8 @@
 #include <QPixmap>
 #include <QProcess>
 #include <QScreen>
+#include <QSignalSpy>
+#include <QTimer>
 #include <set>
 
 #include "viewer_fixture.h"
@@ -56,6 +58,26 @@ TEST_F(Windows, LinesAreTakenAndAnsweredWhileAMenuOfTheSystemIsOpen) {
     ASSERT_TRUE(totals);
     EXPECT_EQ(totals->batches_answered, Cycle().BatchesAnswered());
     EXPECT_EQ(totals->overruns, 0U);
+}
+
+TEST_F(Windows, TheMastersQuitClosesAMenuOfTheSystem) {
+    DemoMaster master({"--motion", "circle", "--fault", "quit", "--fault-after", "1000"});
+    Open({"X"});
+    bool menu_was_open = false;
+    QObject::connect(&View(), &CWavoView::BatchShown, m_frame.get(),
+                     [&] { menu_was_open = menu_was_open || IsMenuOpen(); });
+    QSignalSpy quit(&View(), &CWavoView::QuitRequested);
+    bool gave_up = false;
+    QTimer::singleShot(20000, m_frame.get(), [&] {
+        gave_up = true;
+        ::SendMessageW(FrameWindow(), WM_CANCELMODE, 0, 0);
+    });
+    ASSERT_TRUE(WaitForLines(100));
+    ::PostMessageW(FrameWindow(), WM_SYSCOMMAND, SC_KEYMENU, ' ');
+    EXPECT_TRUE(WaitFor([&] { return quit.count() == 1; }));
+    EXPECT_TRUE(menu_was_open);
+    EXPECT_FALSE(gave_up);
+    EXPECT_FALSE(IsMenuOpen());
 }
 
 TEST_F(Windows, ThePictureOfTheScreenShowsTheViewerWithMovingCurves) {

@@ -13,23 +13,46 @@ mkdir -p build
 
 complete() { [ -e "$1/lib/libQt6Widgets.a" ] && [ -e "$1/.wavo-complete" ]; }
 
+# The version that the CMake files of a Qt tell, empty when there are none.
+cmake_version() {
+    sed -n 's/^set(PACKAGE_VERSION "\([0-9.]*\)").*/\1/p' "$1"/Qt6ConfigVersion*.cmake 2>/dev/null |
+        head -n 1 || true
+}
+# moc, rcc and uic are the host's, and fit the Qt of their own version only.
+version=$(dpkg-query -W -f '${source:Version}' qt6-base-dev)
+host_version=${version#*:}
+host_version=${host_version%%[+-]*}
+require_host_version() {
+    local found
+    found=$(cmake_version "$1/lib/cmake/Qt6")
+    [ "$found" = "$host_version" ] && return
+    echo "$2 holds Qt ${found:-of no known version}, the host has Qt $host_version: $3" >&2
+    exit 1
+}
+
 if [ -n "${WAVO_QT_WINDOWS:-}" ]; then
     [ -f "$WAVO_QT_WINDOWS" ] || { echo "WAVO_QT_WINDOWS: no such file: $WAVO_QT_WINDOWS" >&2; exit 1; }
     stamp=$(stat -c '%n %s %Y' "$WAVO_QT_WINDOWS")
+    advice="make a new archive with WAVO_QT_SAVE"
     if complete "$place" && [ "$(cat "$place/.wavo-complete")" = "$stamp" ]; then
+        require_host_version "$place" "$WAVO_QT_WINDOWS" "$advice"
         exit 0
     fi
     echo "==> Unpacking Qt for Windows from $WAVO_QT_WINDOWS"
-    rm -rf "$place" "$place.new"
+    rm -rf "$place.new"
     mkdir "$place.new"
     tar -C "$place.new" --strip-components=1 -xf "$WAVO_QT_WINDOWS"
+    require_host_version "$place.new" "$WAVO_QT_WINDOWS" "$advice"
     printf '%s\n' "$stamp" >"$place.new/.wavo-complete"
+    rm -rf "$place"
     mv "$place.new" "$place"
     exit 0
 fi
 
-complete "$place" && exit 0
-version=$(dpkg-query -W -f '${source:Version}' qt6-base-dev)
+if complete "$place"; then
+    [ "$(cmake_version "$place/lib/cmake/Qt6")" = "$host_version" ] && exit 0
+    echo "==> build/qt-windows is of another version than the host's Qt $host_version"
+fi
 kept=${XDG_CACHE_HOME:-$HOME/.cache}/wavo/qt-windows-$version
 if ! complete "$kept"; then
     echo "==> Building Qt $version for Windows, once; it will be kept in $kept"

@@ -91,7 +91,7 @@ void WriteHead(CrashRecord* record, const FatalSignal& signal, const siginfo_t& 
         record->Text(", sent by process ").Decimal(static_cast<std::uint64_t>(info.si_pid));
     }
     record->Text(", instruction ").Hex(InstructionOf(context)).EndLine();
-    record->Text("time: ").Time(now).EndLine();
+    record->Text("time: ").Time(UtcOf(now)).EndLine();
     record->Text("version: ").Text(g_hook.version.data()).EndLine();
     record->Text("backtrace:").EndLine();
 }

@@ -3,7 +3,6 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 
 namespace wavo::platform {
@@ -52,36 +51,7 @@ Date DateOf(std::int64_t days_since_epoch) noexcept {
 
 }  // namespace
 
-CrashRecord& CrashRecord::Text(std::string_view text) noexcept {
-    const std::size_t room = m_line.size() - 1 - m_size;  // one for the line end
-    const std::size_t size = std::min(text.size(), room);
-    std::copy_n(text.data(), size, m_line.data() + m_size);
-    m_size += size;
-    return *this;
-}
-
-CrashRecord& CrashRecord::Decimal(std::uint64_t number, int digits) noexcept {
-    std::array<char, 20> text{};
-    std::size_t begin = text.size();
-    while (begin > 0 && (number > 0 || digits > 0)) {
-        text[--begin] = static_cast<char>('0' + number % 10);
-        number /= 10;
-        --digits;
-    }
-    return Text({text.data() + begin, text.size() - begin});
-}
-
-CrashRecord& CrashRecord::Hex(std::uint64_t number) noexcept {
-    std::array<char, 16> text{};
-    std::size_t begin = text.size();
-    do {
-        text[--begin] = "0123456789abcdef"[number % 16];
-        number /= 16;
-    } while (number > 0);
-    return Text("0x").Text({text.data() + begin, text.size() - begin});
-}
-
-CrashRecord& CrashRecord::Time(const timespec& time) noexcept {
+CrashTime UtcOf(const timespec& time) noexcept {
     const std::int64_t seconds = time.tv_sec;
     std::int64_t days = seconds / kSecondsPerDay;
     if (seconds % kSecondsPerDay < 0) {
@@ -89,23 +59,24 @@ CrashRecord& CrashRecord::Time(const timespec& time) noexcept {
     }
     const auto in_day = static_cast<std::uint64_t>(seconds - days * kSecondsPerDay);
     const Date date = DateOf(days);
-    Decimal(static_cast<std::uint64_t>(date.year), 4).Text("-").Decimal(date.month, 2).Text("-");
-    Decimal(date.day, 2).Text("T").Decimal(in_day / 3600, 2).Text(":");
-    Decimal(in_day / 60 % 60, 2).Text(":").Decimal(in_day % 60, 2).Text(".");
-    return Decimal(static_cast<std::uint64_t>(time.tv_nsec) / 1000000, 3).Text("Z");
+    return {static_cast<std::uint64_t>(date.year),
+            date.month,
+            date.day,
+            in_day / 3600,
+            in_day / 60 % 60,
+            in_day % 60,
+            static_cast<std::uint64_t>(time.tv_nsec) / 1000000};
 }
 
-void CrashRecord::EndLine() noexcept {
-    m_line[m_size++] = '\n';
+void CrashRecord::Write(std::string_view line) noexcept {
     if (m_file >= 0) {
-        WriteAll(m_file, m_line.data(), m_size);
+        WriteAll(m_file, line.data(), line.size());
     }
     pollfd standard_error{STDERR_FILENO, POLLOUT, 0};
     if (::poll(&standard_error, 1, kStandardErrorPatience) == 1 &&
         (standard_error.revents & POLLOUT) != 0) {
-        WriteAll(STDERR_FILENO, m_line.data(), m_size);
+        WriteAll(STDERR_FILENO, line.data(), line.size());
     }
-    m_size = 0;
 }
 
 }  // namespace wavo::platform

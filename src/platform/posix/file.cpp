@@ -281,27 +281,12 @@ class PosixFiles final : public FileOperations {
     }
 };
 
-FileOperations* g_files = nullptr;
-
 }  // namespace
 
 FileOperations& SystemFiles() {
     // Never destroyed: destructors of other statics may still write files.
     static PosixFiles& files = *new PosixFiles;
     return files;
-}
-
-FileOperations& Files() {
-    return g_files != nullptr ? *g_files : SystemFiles();
-}
-
-FileOperationsOverride::FileOperationsOverride(FileOperations& operations) noexcept
-    : m_previous(g_files) {
-    g_files = &operations;
-}
-
-FileOperationsOverride::~FileOperationsOverride() {
-    g_files = m_previous;
 }
 
 }  // namespace wavo::platform

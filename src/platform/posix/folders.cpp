@@ -91,6 +91,12 @@ std::string StateFolder() {
     return MakerFolder("XDG_STATE_HOME", "/.local/state");
 }
 
+bool HasStandardError() noexcept {
+    return true;
+}
+
+void PrepareTerminal() noexcept {}
+
 bool StandardErrorIsTerminal() noexcept {
     const LastErrorKeeper keep;
     return ::isatty(STDERR_FILENO) == 1;

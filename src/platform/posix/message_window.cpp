@@ -5,54 +5,12 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/core_window.h"
 #include "platform/posix/message_packet.h"
 #include "platform/posix/window_core.h"
 #include "platform/posix/window_folder.h"
 
 namespace wavo::platform {
-
-namespace {
-
-/// Owns the core; keeps it over each call, because a handler may destroy this object.
-class SocketWindow final : public MessageWindow {
- public:
-    explicit SocketWindow(std::shared_ptr<WindowCore> core) : m_core(std::move(core)) {}
-    ~SocketWindow() override { m_core->Close(); }
-    SocketWindow(const SocketWindow&) = delete;
-    SocketWindow& operator=(const SocketWindow&) = delete;
-
-    [[nodiscard]] WindowHandle handle() const override { return m_core->handle(); }
-
-    void SetPeerGoneHandler(PeerGone handler) override {
-        m_core->SetPeerGoneHandler(std::move(handler));
-    }
-
-    bool Post(WindowHandle target, const Message& message) override {
-        return m_core->Post(target, message);
-    }
-
-    SendResult Send(WindowHandle target, const Message& message) override {
-        const std::shared_ptr<WindowCore> core = m_core;
-        return core->Send(target, message);
-    }
-
-    [[nodiscard]] int PollDescriptor() const override { return m_core->PollDescriptor(); }
-
-    void Dispatch() override {
-        const std::shared_ptr<WindowCore> core = m_core;
-        core->Dispatch();
-    }
-
-    bool WaitAndDispatch(std::chrono::nanoseconds timeout) override {
-        const std::shared_ptr<WindowCore> core = m_core;
-        return core->WaitAndDispatch(timeout);
-    }
-
- private:
-    const std::shared_ptr<WindowCore> m_core;
-};
-
-}  // namespace
 
 std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::string* error) {
     std::string reason;
@@ -63,7 +21,7 @@ std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::strin
         }
         return nullptr;
     }
-    return std::make_unique<SocketWindow>(std::move(core));
+    return std::make_unique<CoreWindow<WindowCore>>(std::move(core));
 }
 
 bool WindowExists(WindowHandle handle) {

@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "platform/last_error.h"
 #include "platform/process.h"
@@ -48,22 +49,32 @@ constexpr std::array<KnownException, 9> kKnownExceptions{
 struct Hook {
     std::array<wchar_t, 4096> file;
     std::array<char, 128> version;
+    std::array<wchar_t, 4096> program_path;
+    std::array<char, 256> program_name;  // without its folders, as far as it is ASCII
+    std::uintptr_t program;              // its address in memory
     bool installed;
 };
 Hook g_hook;
 std::atomic<DWORD> g_crashing_thread{0};
 
+struct Frame {
+    std::uintptr_t address = 0;
+    std::uintptr_t module = 0;  // that the address lies in; 0 when none is known
+};
 struct Stack {
-    std::array<std::uintptr_t, kLargestDepth> addresses{};
+    std::array<Frame, kLargestDepth> frames{};
     std::size_t depth = 0;
 };
 
-/// Walks up from the place of the exception with the tables that every module has for it.
+/// Walks up from the place of the exception with the tables that every module has for it. A call
+/// through a null pointer leaves that as the first place.
 void Unwind(CONTEXT context, Stack* stack) noexcept {
-    while (context.Rip != 0 && stack->depth < stack->addresses.size()) {
-        stack->addresses[stack->depth++] = context.Rip;
+    while ((context.Rip != 0 || stack->depth == 0) && stack->depth < stack->frames.size()) {
+        Frame& frame = stack->frames[stack->depth++];
+        frame.address = context.Rip;
         DWORD64 module = 0;
         PRUNTIME_FUNCTION const function = ::RtlLookupFunctionEntry(context.Rip, &module, nullptr);
+        frame.module = module;
         if (function == nullptr) {
             // A function without an entry calls nothing: its return address lies on top. A jump
             // into nowhere left the stack like that, too.
@@ -75,36 +86,61 @@ void Unwind(CONTEXT context, Stack* stack) noexcept {
             continue;
         }
         void* data = nullptr;
-        DWORD64 frame = 0;
+        DWORD64 establisher = 0;
         ::RtlVirtualUnwind(UNW_FLAG_NHANDLER, module, context.Rip, function, &context, &data,
-                           &frame, nullptr);
+                           &establisher, nullptr);
     }
 }
 
-/// The module that an address lies in; null when there is none.
-HMODULE ModuleOf(std::uintptr_t address) noexcept {
-    HMODULE module = nullptr;
-    ::GetModuleHandleExW(
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-        reinterpret_cast<LPCWSTR>(address), &module);
-    return module;
-}
-
-/// The file name of a module without its folders, as far as it is ASCII.
-void WriteModuleName(CrashRecord* record, HMODULE module) noexcept {
-    std::array<wchar_t, 1024> path{};
-    const DWORD length = ::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
+/// Notes what is to be known of the program itself.
+void NoteProgram() noexcept {
+    g_hook.program = reinterpret_cast<std::uintptr_t>(::GetModuleHandleW(nullptr));
+    const DWORD length = ::GetModuleFileNameW(nullptr, g_hook.program_path.data(),
+                                              static_cast<DWORD>(g_hook.program_path.size()));
+    if (length == g_hook.program_path.size()) {
+        g_hook.program_path[0] = L'\0';  // cut off
+        return;
+    }
     std::size_t begin = length;
-    while (begin > 0 && path[begin - 1] != L'\\') {
+    while (begin > 0 && g_hook.program_path[begin - 1] != L'\\') {
         --begin;
     }
-    std::array<char, 256> name{};
-    std::size_t size = 0;
-    for (; begin + size < length && size < name.size(); ++size) {
-        const wchar_t letter = path[begin + size];
-        name[size] = letter < 0x80 ? static_cast<char>(letter) : '?';
+    for (std::size_t i = 0; begin + i < length && i + 1 < g_hook.program_name.size(); ++i) {
+        const wchar_t letter = g_hook.program_path[begin + i];
+        g_hook.program_name[i] = letter < 0x80 ? static_cast<char>(letter) : '?';
     }
-    record->Text({name.data(), size});
+}
+
+/// The name that a module gives itself among what it exports; empty when it exports nothing. The
+/// system's own list of modules is behind a lock, which a thread that crashed may hold.
+std::string_view ExportedName(std::uintptr_t module) noexcept {
+    const auto& dos = *reinterpret_cast<const IMAGE_DOS_HEADER*>(module);
+    if (dos.e_magic != IMAGE_DOS_SIGNATURE) {
+        return {};
+    }
+    const auto& headers =
+        *reinterpret_cast<const IMAGE_NT_HEADERS*>(module + static_cast<DWORD>(dos.e_lfanew));
+    const std::size_t size = headers.OptionalHeader.SizeOfImage;
+    const DWORD table =
+        headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress;
+    if (headers.Signature != IMAGE_NT_SIGNATURE || table == 0 ||
+        table + sizeof(IMAGE_EXPORT_DIRECTORY) > size) {
+        return {};
+    }
+    const DWORD name = reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(module + table)->Name;
+    if (name == 0 || name >= size) {
+        return {};
+    }
+    const auto* const text = reinterpret_cast<const char*>(module + name);
+    return {text, ::strnlen(text, std::min<std::size_t>(size - name, 256))};
+}
+
+std::string_view ModuleName(std::uintptr_t module) noexcept {
+    if (module == g_hook.program) {
+        return g_hook.program_name.data();
+    }
+    const std::string_view name = ExportedName(module);
+    return name.empty() ? "?" : name;
 }
 
 void WriteName(CrashRecord* record, std::string_view name, bool demangle) noexcept {
@@ -119,23 +155,19 @@ void WriteName(CrashRecord* record, std::string_view name, bool demangle) noexce
 
 void WriteBacktrace(CrashRecord* record, const Stack& stack, const Symboliser& symbols,
                     bool demangle) noexcept {
-    const auto program = reinterpret_cast<std::uintptr_t>(::GetModuleHandleW(nullptr));
     for (std::size_t i = 0; i < stack.depth; ++i) {
-        const std::uintptr_t address = stack.addresses[i];
-        const HMODULE module = ModuleOf(address);
-        const auto base = reinterpret_cast<std::uintptr_t>(module);
+        const std::uintptr_t address = stack.frames[i].address;
+        const std::uintptr_t module = stack.frames[i].module;
         record->Text("  #").Decimal(i).Text(" ").Hex(address);
-        if (module != nullptr) {
-            record->Text(" ");
-            WriteModuleName(record, module);
-            record->Text("+").Hex(address - base);
+        if (module != 0) {
+            record->Text(" ").Text(ModuleName(module)).Text("+").Hex(address - module);
         }
-        if (base == program) {
+        if (module != 0 && module == g_hook.program) {
             // A return address stands behind its call, possibly already in the next function.
-            const auto offset = static_cast<std::uint32_t>(address - base - (i > 0 ? 1 : 0));
+            const auto offset = static_cast<std::uint32_t>(address - module - (i > 0 ? 1 : 0));
             if (const Symboliser::Symbol symbol = symbols.Find(offset); !symbol.name.empty()) {
                 WriteName(record, symbol.name, demangle);
-                record->Text("+").Hex(address - base - symbol.address);
+                record->Text("+").Hex(address - module - symbol.address);
             }
         }
         record->EndLine();
@@ -152,11 +184,11 @@ const char* NameOf(DWORD code) noexcept {
 }
 
 void WriteHead(CrashRecord* record, const EXCEPTION_RECORD& exception) noexcept {
-    SYSTEMTIME now{};
-    ::GetSystemTime(&now);
-    record->Text("---- crash of ");
-    WriteModuleName(record, nullptr);
-    record->Text(", process ").Decimal(::GetCurrentProcessId()).EndLine();
+    record->Text("---- crash of ")
+        .Text(g_hook.program_name.data())
+        .Text(", process ")
+        .Decimal(::GetCurrentProcessId())
+        .EndLine();
     record->Text("exception: ").Hex(exception.ExceptionCode).Text(" (");
     record->Text(NameOf(exception.ExceptionCode)).Text(")");
     if (exception.ExceptionCode == EXCEPTION_ACCESS_VIOLATION && exception.NumberParameters >= 2) {
@@ -165,7 +197,7 @@ void WriteHead(CrashRecord* record, const EXCEPTION_RECORD& exception) noexcept 
     record->Text(", instruction ")
         .Hex(reinterpret_cast<std::uintptr_t>(exception.ExceptionAddress));
     record->EndLine();
-    record->Text("time: ").Time(now).EndLine();
+    record->Text("time: ").Time(UtcNow()).EndLine();
     record->Text("version: ").Text(g_hook.version.data()).EndLine();
 }
 
@@ -186,7 +218,7 @@ void WriteRecord(const EXCEPTION_RECORD& exception, const CONTEXT& context) noex
     WriteHead(&record, exception);
     static Stack stack;  // there may be little of the real one left
     Unwind(context, &stack);
-    const Symboliser symbols;
+    const Symboliser symbols(g_hook.program_path.data());
     record.Text("backtrace, names as linked:").EndLine();
     WriteBacktrace(&record, stack, symbols, false);
     record.Text("backtrace:").EndLine();
@@ -227,9 +259,12 @@ void InstallCrashHook(const std::string& file, const std::string& version) {
         return;
     }
     g_hook.installed = true;
+    NoteProgram();
     ULONG kept = kStackKept;
     ::SetThreadStackGuarantee(&kept);
     g_previous_filter = ::SetUnhandledExceptionFilter(&OnUnhandledException);
+    // In a program with windows abort() would show a box first, whose loop hands out messages.
+    ::_set_error_mode(_OUT_TO_STDERR);
     std::signal(SIGABRT, &OnAbort);
 }
 

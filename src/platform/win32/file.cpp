@@ -208,27 +208,12 @@ class WindowsFiles final : public FileOperations {
     }
 };
 
-FileOperations* g_files = nullptr;
-
 }  // namespace
 
 FileOperations& SystemFiles() {
     // Never destroyed: destructors of other statics may still write files.
     static WindowsFiles& files = *new WindowsFiles;
     return files;
-}
-
-FileOperations& Files() {
-    return g_files != nullptr ? *g_files : SystemFiles();
-}
-
-FileOperationsOverride::FileOperationsOverride(FileOperations& operations) noexcept
-    : m_previous(g_files) {
-    g_files = &operations;
-}
-
-FileOperationsOverride::~FileOperationsOverride() {
-    g_files = m_previous;
 }
 
 }  // namespace wavo::platform

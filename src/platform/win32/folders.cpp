@@ -1,12 +1,16 @@
 #include "platform/folders.h"
 
-#include <shlobj.h>
 #include <windows.h>
+
+// Behind windows.h:
+#include <sddl.h>
+#include <shlobj.h>
 
 #include <algorithm>
 #include <array>
 
 #include "platform/last_error.h"
+#include "platform/win32/common_folder.h"
 #include "platform/win32/wide.h"
 
 namespace wavo::platform {
@@ -16,9 +20,10 @@ namespace {
 constexpr wchar_t kMakerFolder[] = L"\\Velk";
 constexpr wchar_t kLogFolder[] = L"\\logs";
 
-/// Makes the folder when it is missing. Those above it are the system's, or were made before.
-bool ProvideFolder(const std::wstring& path) {
-    if (::CreateDirectoryW(path.c_str(), nullptr) != 0) {
+/// Makes the folder when it is missing, with the system's rules for new folders when `security` is
+/// null. Those above it are the system's, or were made before.
+bool ProvideFolder(const std::wstring& path, SECURITY_ATTRIBUTES* security = nullptr) {
+    if (::CreateDirectoryW(path.c_str(), security) != 0) {
         return true;
     }
     if (::GetLastError() != ERROR_ALREADY_EXISTS) {
@@ -32,16 +37,29 @@ bool ProvideFolder(const std::wstring& path) {
     return true;
 }
 
-/// The folder that the maker's folder lies in; empty on failure.
-std::wstring BaseFolder() {
-    // A relative path would depend on where the program was started: it counts as not set.
-    std::array<wchar_t, 1024> chosen{};
-    const DWORD length = ::GetEnvironmentVariableW(L"WAVO_DATA_HOME", chosen.data(),
-                                                   static_cast<DWORD>(chosen.size()));
-    if (length > 2 && length < chosen.size() && (chosen[1] == L':' || chosen[0] == L'\\')) {
-        std::replace(chosen.begin(), chosen.end(), L'/', L'\\');
-        return chosen.data();
+/// The folder that WAVO_DATA_HOME names, without a separator at the end; empty when it is not set.
+std::wstring ChosenFolder() {
+    std::array<wchar_t, 1024> value{};
+    const DWORD length = ::GetEnvironmentVariableW(L"WAVO_DATA_HOME", value.data(),
+                                                   static_cast<DWORD>(value.size()));
+    if (length == 0 || length >= value.size()) {
+        return {};
     }
+    std::wstring path = value.data();
+    std::replace(path.begin(), path.end(), L'/', L'\\');
+    // A path that depends on where the program was started, or on its current drive, counts as not
+    // set.
+    const bool names_drive = path.size() > 2 && path[1] == L':' && path[2] == L'\\';
+    const bool names_server = path.size() > 2 && path.starts_with(L"\\\\") && path[2] != L'\\';
+    if (!names_drive && !names_server) {
+        return {};
+    }
+    path.erase(path.find_last_not_of(L'\\') + 1);
+    return path;
+}
+
+/// The application data folder of all users; empty on failure.
+std::wstring CommonFolder() {
     std::array<wchar_t, MAX_PATH> common{};
     const HRESULT result = ::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA | CSIDL_FLAG_CREATE,
                                               nullptr, SHGFP_TYPE_CURRENT, common.data());
@@ -56,11 +74,29 @@ std::wstring BaseFolder() {
 
 /// The maker's folder; empty on failure.
 std::wstring MakerFolder() {
-    std::wstring path = BaseFolder();
-    return !path.empty() && ProvideFolder(path += kMakerFolder) ? path : std::wstring();
+    if (std::wstring path = ChosenFolder(); !path.empty()) {
+        return ProvideFolder(path += kMakerFolder) ? path : std::wstring();
+    }
+    std::wstring path = CommonFolder();
+    return !path.empty() && ProvideFolderForAllUsers(path += kMakerFolder) ? path : std::wstring();
 }
 
 }  // namespace
+
+bool ProvideFolderForAllUsers(const std::wstring& path) {
+    // Full access for the system and administrators; everything but changing the rights for users.
+    // Inherited by all files and folders in it.
+    constexpr wchar_t kRights[] = L"D:(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1301bf;;;BU)";
+    SECURITY_ATTRIBUTES security{sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
+    if (::ConvertStringSecurityDescriptorToSecurityDescriptorW(
+            kRights, SDDL_REVISION_1, &security.lpSecurityDescriptor, nullptr) == 0) {
+        return false;
+    }
+    const bool provided = ProvideFolder(path, &security);
+    const LastErrorKeeper keep;
+    ::LocalFree(security.lpSecurityDescriptor);
+    return provided;
+}
 
 std::string PathSeparator() {
     return "\\";
@@ -81,6 +117,25 @@ std::string StateFolder() {
         return {};
     }
     return Utf8(path);
+}
+
+bool HasStandardError() noexcept {
+    const LastErrorKeeper keep;
+    const HANDLE handle = ::GetStdHandle(STD_ERROR_HANDLE);
+    return handle != nullptr && handle != INVALID_HANDLE_VALUE;
+}
+
+void PrepareTerminal() noexcept {
+    const LastErrorKeeper keep;
+    for (const DWORD which : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
+        const HANDLE console = ::GetStdHandle(which);
+        DWORD mode = 0;
+        if (::GetConsoleMode(console, &mode) != 0) {
+            ::SetConsoleMode(console,
+                             mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+            ::SetConsoleOutputCP(CP_UTF8);
+        }
+    }
 }
 
 bool StandardErrorIsTerminal() noexcept {

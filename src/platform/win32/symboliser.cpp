@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <array>
 #include <cstddef>
 #include <cstring>
 
@@ -30,14 +29,8 @@ T At(const unsigned char* place) noexcept {
 
 }  // namespace
 
-Symboliser::Symboliser() noexcept {
-    std::array<wchar_t, 4096> path{};
-    const DWORD length =
-        ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    if (length == 0 || length == path.size()) {
-        return;
-    }
-    const Handle file(::CreateFileW(path.data(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE,
+Symboliser::Symboliser(const wchar_t* program) noexcept {
+    const Handle file(::CreateFileW(program, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE,
                                     nullptr, OPEN_EXISTING, 0, nullptr));
     LARGE_INTEGER size{};
     if (!file || ::GetFileSizeEx(file.get(), &size) == 0) {

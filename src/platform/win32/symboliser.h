@@ -11,7 +11,8 @@ namespace wavo::platform {
 /// file tells is checked against its size.
 class Symboliser {
  public:
-    Symboliser() noexcept;
+    /// `program`: path of the executable. Where it cannot be read there are no names.
+    explicit Symboliser(const wchar_t* program) noexcept;
     ~Symboliser();
     Symboliser(const Symboliser&) = delete;
     Symboliser& operator=(const Symboliser&) = delete;

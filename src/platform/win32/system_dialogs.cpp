@@ -26,6 +26,17 @@ bool HasSystemDialogs() noexcept {
 }
 
 void CancelSystemDialogs() noexcept {
+    GUITHREADINFO thread{};
+    thread.cbSize = sizeof thread;
+    if (::GetGUIThreadInfo(::GetCurrentThreadId(), &thread) != 0) {
+        // The loops of a menu of the system, and of a window that is dragged or sized.
+        if ((thread.flags & GUI_INMENUMODE) != 0) {
+            ::PostMessageW(thread.hwndMenuOwner, WM_CANCELMODE, 0, 0);
+        }
+        if ((thread.flags & GUI_INMOVESIZE) != 0) {
+            ::PostMessageW(thread.hwndMoveSize, WM_CANCELMODE, 0, 0);
+        }
+    }
     ::EnumThreadWindows(::GetCurrentThreadId(), &CancelIfDialog, 0);
 }
 

@@ -63,12 +63,20 @@ AppOptions CWavoApp::ParseCommandLine() {
         parser.showVersion();
     }
     if (!is_number || files.size() > 1) {
-        QTextStream(stderr) << (is_number ? "wavo: unexpected argument: " + files[1]
-                                          : "wavo: --after-lines needs a number")
-                            << "\n";
+        RefuseArguments(is_number ? "wavo: unexpected argument: " + files[1]
+                                  : QStringLiteral("wavo: --after-lines needs a number"),
+                        platform::HasStandardError());
         std::exit(2);
     }
     return options;
+}
+
+void CWavoApp::RefuseArguments(const QString& why, bool has_standard_error) {
+    if (has_standard_error) {
+        QTextStream(stderr) << why << "\n";
+    } else {
+        ShowErrorBox(nullptr, why.toStdString());
+    }
 }
 
 void CWavoApp::InitInstance(const AppOptions& options) {

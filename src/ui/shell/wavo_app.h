@@ -27,6 +27,10 @@ class CWavoApp : public QApplication {
     /// Reads the command line; ends the process for --help, --version and wrong options.
     AppOptions ParseCommandLine();
 
+    /// Says what is wrong with the command line: on standard error or, where there is none, in a
+    /// box.
+    static void RefuseArguments(const QString& why, bool has_standard_error);
+
     /// The path of the graph file `name` of the command line, as it stands or in the folder "DATA";
     /// absolute. Shows a box and returns an empty text when there is none.
     static std::string FindGraphFile(const QString& name);

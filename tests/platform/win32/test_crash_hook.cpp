@@ -30,6 +30,12 @@ __attribute__((noinline)) void WriteToNowhere() {
     asm volatile("" ::: "memory");  // no tail call: the function is to stand in the record
 }
 
+__attribute__((noinline)) void CallNowhere() {
+    void (*volatile nowhere)() = nullptr;
+    nowhere();
+    asm volatile("" ::: "memory");
+}
+
 __attribute__((noinline)) void GiveUp() {
     std::abort();
 }
@@ -47,6 +53,8 @@ TEST(Inner, CrashesWhenAsked) {
     const std::string way = how;
     if (way == "write") {
         WriteToNowhere();
+    } else if (way == "call") {
+        CallNowhere();
     } else {
         GiveUp();
     }
@@ -96,6 +104,21 @@ TEST_F(CrashHook, RecordsAFaultWithItsPlaceVersionAndBacktrace) {
     EXPECT_THAT(record, ContainsPattern("#1 .*CrashesWhenAsked.*TestBody"));
     EXPECT_THAT(record, HasSubstr("backtrace, names as linked:\r\n"));
     EXPECT_TRUE(record.ends_with("---- end\r\n")) << record;
+}
+
+TEST_F(CrashHook, RecordsWhoCalledThroughANullPointer) {
+    EXPECT_EQ(Crash("call"), EXCEPTION_ACCESS_VIOLATION);
+    const std::string record = Record();
+    EXPECT_THAT(record, HasSubstr("instruction 0x0\r\n"));
+    EXPECT_THAT(record, HasSubstr("#0 0x0\r\n"));
+    EXPECT_THAT(record, ContainsPattern("#1 0x[0-9a-f]+ platform_test.exe\\+0x[0-9a-f]+ .*"
+                                        "CallNowhere\\(\\)\\+0x"));
+    EXPECT_TRUE(record.ends_with("---- end\r\n")) << record;
+}
+
+TEST_F(CrashHook, NamesTheModulesOfTheSystem) {
+    Crash("write");
+    EXPECT_THAT(Record(), ContainsPattern(" (KERNEL32|kernel32|ntdll)\\.dll\\+0x[0-9a-f]+"));
 }
 
 TEST_F(CrashHook, RecordsAnAbort) {

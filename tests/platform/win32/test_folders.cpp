@@ -1,6 +1,11 @@
 // Standard folders, and the number and words of the last error, on Windows.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
+
+// Behind windows.h:
+#include <aclapi.h>
+#include <sddl.h>
 
 #include <filesystem>
 #include <fstream>
@@ -9,6 +14,7 @@
 #include "platform/folders.h"
 #include "platform/last_error.h"
 #include "platform/version_resource.h"
+#include "platform/win32/common_folder.h"
 #include "platform/win32/wide.h"
 #include "support/temporary_folder.h"
 #include "system_facts.h"
@@ -17,6 +23,7 @@ namespace wavo::platform {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::HasSubstr;
 using testing::kDataHome;
 using testing::SetVariable;
 using testing::TemporaryFolder;
@@ -55,12 +62,76 @@ TEST_F(Folders, AChosenFolderMayHaveAnyName) {
     EXPECT_EQ(DataFolder(), name + "\\Velk");
 }
 
+TEST_F(Folders, AChosenFolderMayEndWithSeparators) {
+    for (const char* const end : {"\\", "/", "\\\\", "/\\/"}) {
+        SetVariable(kDataHome, m_base.path() + end);
+        EXPECT_EQ(DataFolder(), m_base.path() + "\\Velk");
+    }
+}
+
+TEST_F(Folders, AFolderForAllUsersIsMadeOnce) {
+    const std::wstring path = Wide(m_base.path() + "\\shared");
+    ASSERT_TRUE(ProvideFolderForAllUsers(path));
+    std::ofstream(m_base.path() + "\\shared\\file") << "kept";
+    EXPECT_TRUE(ProvideFolderForAllUsers(path)) << "a second time, when it exists";
+    EXPECT_EQ(m_base.Read("shared/file"), "kept");
+    EXPECT_FALSE(ProvideFolderForAllUsers(path + L"\\file"));
+    EXPECT_EQ(LastError(), ERROR_DIRECTORY);
+    EXPECT_FALSE(ProvideFolderForAllUsers(path + L"\\no\\such"));
+    EXPECT_EQ(LastError(), ERROR_PATH_NOT_FOUND);
+}
+
+/// Who may do what with a file or folder, in the system's notation.
+std::string Rights(const std::string& path) {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    EXPECT_EQ(::GetNamedSecurityInfoW(Wide(path).c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
+                                      nullptr, nullptr, nullptr, nullptr, &descriptor),
+              DWORD{ERROR_SUCCESS});
+    wchar_t* words = nullptr;
+    EXPECT_NE(::ConvertSecurityDescriptorToStringSecurityDescriptorW(
+                  descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &words, nullptr),
+              0);
+    const std::string rights = words == nullptr ? "" : Utf8(words);
+    ::LocalFree(words);
+    ::LocalFree(descriptor);
+    return rights;
+}
+
+TEST_F(Folders, InAFolderForAllUsersEachMayChangeTheFilesOfOthers) {
+    if (::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr) {
+        GTEST_SKIP() << "Wine keeps no rights of groups";
+    }
+    const std::string folder = m_base.path() + "\\shared";
+    ASSERT_TRUE(ProvideFolderForAllUsers(Wide(folder)));
+    std::ofstream(folder + "\\file") << "anybody's";
+    EXPECT_THAT(Rights(folder), HasSubstr("(A;OICI;0x1301bf;;;BU)"));
+    EXPECT_THAT(Rights(folder + "\\file"), HasSubstr("0x1301bf;;;BU)"));
+}
+
 TEST_F(Folders, ElseTheDataFolderIsThatOfAllUsers) {
     UnsetVariable(kDataHome);
     const std::string common = DataFolder();
-    SetVariable(kDataHome, "relative");
-    EXPECT_EQ(DataFolder(), common) << "a relative path counts as not set";
+    for (const char* const relative :
+         {"relative", "C:relative", "C:", "\\relative", "/relative", "\\", "\\\\", "\\\\\\"}) {
+        SetVariable(kDataHome, relative);
+        EXPECT_EQ(DataFolder(), common) << relative << ": a relative path counts as not set";
+    }
     EXPECT_TRUE(common.ends_with("ProgramData\\Velk")) << common;
+}
+
+TEST(Terminal, IsPreparedOnlyWhereThereIsOne) {
+    SetLastError(ERROR_DISK_FULL);
+    PrepareTerminal();
+    EXPECT_EQ(LastError(), ERROR_DISK_FULL);
+    const HANDLE before = ::GetStdHandle(STD_ERROR_HANDLE);
+    ASSERT_NE(::SetStdHandle(STD_ERROR_HANDLE, nullptr), 0);
+    EXPECT_FALSE(HasStandardError());
+    PrepareTerminal();
+    const HANDLE file = ::CreateFileW(L"NUL", GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(::SetStdHandle(STD_ERROR_HANDLE, file), 0);
+    EXPECT_TRUE(HasStandardError());
+    ::SetStdHandle(STD_ERROR_HANDLE, before);
+    ::CloseHandle(file);
 }
 
 TEST(Paths, HaveBackslashes) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <memory>
@@ -37,8 +38,12 @@ std::unique_ptr<MessageWindow> MakeNoting(std::vector<Message>* seen) {
     });
 }
 
+HWND WindowOf(WindowHandle handle) {
+    return reinterpret_cast<HWND>(static_cast<std::uintptr_t>(handle));
+}
+
 HWND WindowOf(const MessageWindow& window) {
-    return reinterpret_cast<HWND>(static_cast<std::uintptr_t>(window.handle()));
+    return WindowOf(window.handle());
 }
 
 /// A window in a thread of its own, served until the object goes.
@@ -173,6 +178,79 @@ TEST(MessageWindow, AReceiverThatDoesNotAnswerIsLeftAfterTheTimeout) {
     release = true;
 }
 
+TEST(MessageWindow, WhatWasNotAnsweredInTimeIsStillHandledOnceAndItsAnswerDropped) {
+    std::atomic<bool> release{false};
+    std::atomic<int> handled{0};
+    const ServedWindow other([&](const Message& message) {
+        while (!release) {
+            std::this_thread::sleep_for(milliseconds(5));
+        }
+        ++handled;
+        return message.l_param;
+    });
+    // The receiver handles this one, and does not come to the other.
+    ::PostMessageW(WindowOf(other.handle()), kFirst, 0, 1);
+    const auto ours = Make(nullptr);
+    EXPECT_EQ(ours->Send(other.handle(), {kFirst, 0, 2}).status, SendStatus::kNoAnswer);
+    EXPECT_EQ(handled, 0);
+    release = true;
+    const SendResult next = ours->Send(other.handle(), {kFirst, 0, 3});
+    EXPECT_EQ(next.status, SendStatus::kDone);
+    EXPECT_EQ(next.result, 3);
+    const auto give_up = steady_clock::now() + seconds(20);
+    while (handled < 3 && steady_clock::now() < give_up) {
+        ours->WaitAndDispatch(milliseconds(10));
+    }
+    EXPECT_EQ(handled, 3);
+    ours->WaitAndDispatch(milliseconds(50));
+    EXPECT_EQ(handled, 3);
+}
+
+TEST(MessageWindow, AnswersOfSendsWithinSendsFindTheirPlace) {
+    std::vector<std::int64_t> results;
+    WindowHandle inner_receiver = 0;
+    std::unique_ptr<MessageWindow> ours;
+    ours = Make([&](const Message& message) {
+        results.push_back(ours->Send(inner_receiver, {kFirst, 0, message.l_param}).result);
+        return message.l_param + 100;
+    });
+    const ServedWindow inner([](const Message& message) { return message.l_param * 10; });
+    inner_receiver = inner.handle();
+    const HWND our_window = WindowOf(*ours);
+    const ServedWindow outer([our_window](const Message& message) {
+        return ::SendMessageW(our_window, kFirst, 0, message.l_param + 1);
+    });
+    const SendResult result = ours->Send(outer.handle(), {kFirst, 0, 5});
+    EXPECT_EQ(result.status, SendStatus::kDone);
+    EXPECT_EQ(result.result, 106);
+    EXPECT_THAT(results, ElementsAre(60));
+}
+
+TEST(MessageWindow, TheAnswerOfAReceiverThatThenEndsCounts) {
+    const auto ours = Make(nullptr);
+    for (int i = 0; i < 50; ++i) {
+        std::atomic<bool> ended{false};
+        std::atomic<WindowHandle> handle{0};
+        std::thread other([&] {
+            const auto window = Make([&](const Message&) {
+                ended = true;
+                return std::int64_t{7};
+            });
+            handle = window->handle();
+            while (!ended) {
+                window->WaitAndDispatch(milliseconds(20));
+            }
+        });
+        while (handle == 0) {
+            std::this_thread::yield();
+        }
+        const SendResult result = ours->Send(handle, {kFirst});
+        other.join();
+        EXPECT_EQ(result.status, SendStatus::kDone);
+        EXPECT_EQ(result.result, 7);
+    }
+}
+
 TEST(MessageWindow, WhatIsGoneIsSaidToBe) {
     const auto ours = Make(nullptr);
     auto other = Make(nullptr);
@@ -180,7 +258,8 @@ TEST(MessageWindow, WhatIsGoneIsSaidToBe) {
     other.reset();
     EXPECT_EQ(ours->Send(handle, {kFirst}).status, SendStatus::kGone);
     EXPECT_FALSE(ours->Post(handle, {kFirst}));
-    for (const WindowHandle nobody : {WindowHandle{0}, WindowHandle{0xFFFF}}) {
+    for (const WindowHandle nobody :
+         {WindowHandle{0}, WindowHandle{0xFFFF}, ~WindowHandle{0}, WindowHandle{0xFFFFFFFF}}) {
         EXPECT_EQ(ours->Send(nobody, {kFirst}).status, SendStatus::kGone);
         EXPECT_FALSE(ours->Post(nobody, {kFirst}));
     }
@@ -229,10 +308,24 @@ class OtherProgram {
     OtherProgram(const OtherProgram&) = delete;
     OtherProgram& operator=(const OtherProgram&) = delete;
 
+    /// Stops it: it handles nothing any more.
+    void Freeze() { ::SuspendThread(m_process.hThread); }
     void Kill() {
         ::TerminateProcess(m_process.hProcess, 1);
         ::WaitForSingleObject(m_process.hProcess, 20000);
     }
+    /// Waits until it has a window. Returns one.
+    [[nodiscard]] WindowHandle WaitForWindow() const {
+        const auto give_up = steady_clock::now() + seconds(20);
+        WindowHandle window = Window();
+        while (window == 0 && steady_clock::now() < give_up) {
+            std::this_thread::sleep_for(milliseconds(20));
+            window = Window();
+        }
+        return window;
+    }
+
+ private:
     /// One of its windows; 0 as long as there is none.
     [[nodiscard]] WindowHandle Window() const {
         struct Search {
@@ -251,7 +344,6 @@ class OtherProgram {
         return static_cast<WindowHandle>(reinterpret_cast<std::uintptr_t>(search.found));
     }
 
- private:
     PROCESS_INFORMATION m_process{};
 };
 
@@ -260,19 +352,127 @@ TEST(MessageWindow, TheEndOfAnotherProcessIsToldWithoutASend) {
     const auto ours = Make(nullptr);
     ours->SetPeerGoneHandler([&](WindowHandle window) { gone.push_back(window); });
     OtherProgram program;
-    const auto give_up = steady_clock::now() + seconds(20);
-    while (program.Window() == 0 && steady_clock::now() < give_up) {
-        std::this_thread::sleep_for(milliseconds(20));
-    }
-    const WindowHandle handle = program.Window();
+    const WindowHandle handle = program.WaitForWindow();
     ASSERT_TRUE(ours->Post(handle, {kFirst}));
     ours->WaitAndDispatch(milliseconds(50));
     EXPECT_TRUE(gone.empty());
     program.Kill();
+    const auto give_up = steady_clock::now() + seconds(20);
     while (gone.empty() && steady_clock::now() < give_up) {
         ours->WaitAndDispatch(milliseconds(100));
     }
     EXPECT_THAT(gone, ElementsAre(handle));
+}
+
+TEST(MessageWindow, TheEndOfAProcessThatHangsEndsTheWaitForItsAnswer) {
+    const auto ours = Make(nullptr);
+    OtherProgram program;
+    const WindowHandle handle = program.WaitForWindow();
+    ASSERT_NE(handle, 0U);
+    program.Freeze();
+    std::thread killer([&program] {
+        std::this_thread::sleep_for(milliseconds(100));
+        program.Kill();
+    });
+    const auto begin = steady_clock::now();
+    EXPECT_EQ(ours->Send(handle, {kFirst}).status, SendStatus::kGone);
+    EXPECT_LT(steady_clock::now() - begin, MessageWindow::kSendTimeout);
+    killer.join();
+}
+
+/// Serves the messages of this thread as any program's loop does.
+void RunLoop(milliseconds time) {
+    const auto end = steady_clock::now() + time;
+    while (steady_clock::now() < end) {
+        ::MsgWaitForMultipleObjectsEx(0, nullptr, 10, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+        MSG message{};
+        if (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+            ::DispatchMessageW(&message);
+        }
+    }
+}
+
+/// A window that has its next message whenever it has handled one, and needs some time for each.
+std::unique_ptr<MessageWindow> MakeBusy(std::vector<std::int64_t>* handled) {
+    auto target = std::make_shared<HWND>();
+    auto window = Make([handled, target](const Message& message) {
+        handled->push_back(message.l_param);
+        ::PostMessageW(*target, kFirst, 0, message.l_param + 1);
+        std::this_thread::sleep_for(milliseconds(2));
+        return std::int64_t{0};
+    });
+    *target = WindowOf(*window);
+    ::PostMessageW(*target, kFirst, 0, 0);
+    return window;
+}
+
+/// A timer of this thread; counts how often its turn came.
+class Ticks {
+ public:
+    explicit Ticks(UINT interval, milliseconds work = {})
+        : m_timer(::SetTimer(nullptr, 0, interval, &OnTick)) {
+        g_count = 0;
+        g_work = work;
+    }
+    ~Ticks() { ::KillTimer(nullptr, m_timer); }
+    Ticks(const Ticks&) = delete;
+    Ticks& operator=(const Ticks&) = delete;
+
+    [[nodiscard]] int count() const { return g_count; }
+
+ private:
+    static void CALLBACK OnTick(HWND /*none*/, UINT /*number*/, UINT_PTR /*timer*/,
+                                DWORD /*time*/) {
+        ++g_count;
+        std::this_thread::sleep_for(g_work);
+    }
+    static inline int g_count = 0;
+    static inline milliseconds g_work{};
+    const UINT_PTR m_timer;
+};
+
+TEST(MessageWindow, WhatIsPostedWithoutPauseLeavesTimersTheirTurn) {
+    std::vector<std::int64_t> handled;
+    const auto window = MakeBusy(&handled);
+    const Ticks ticks(50);
+    RunLoop(milliseconds(2000));
+    EXPECT_GE(ticks.count(), 5);
+    EXPECT_GE(handled.size(), 50U);
+    EXPECT_TRUE(std::is_sorted(handled.begin(), handled.end()));
+}
+
+TEST(MessageWindow, TimersThatAreAlwaysDueLeaveWhatIsPostedItsTurn) {
+    std::vector<std::int64_t> handled;
+    const auto window = MakeBusy(&handled);
+    const Ticks ticks(USER_TIMER_MINIMUM, milliseconds(20));
+    RunLoop(milliseconds(2000));
+    EXPECT_GE(ticks.count(), 5);
+    EXPECT_GE(handled.size(), 5U);
+}
+
+TEST(MessageWindow, WhatIsHeldBackKeepsItsOrderAndEndsWithItsWindow) {
+    std::vector<Message> seen;
+    auto window = MakeNoting(&seen);
+    const HWND handle = WindowOf(*window);
+    const Ticks ticks(USER_TIMER_MINIMUM);
+    constexpr int kCount = 600;
+    for (int i = 0; i < kCount; ++i) {
+        ::PostMessageW(handle, kFirst, 0, i);
+    }
+    std::this_thread::sleep_for(milliseconds(50));  // the timer is due
+    RunLoop(milliseconds(500));
+    ASSERT_EQ(seen.size(), static_cast<std::size_t>(kCount));
+    for (int i = 0; i < kCount; ++i) {
+        EXPECT_EQ(seen[static_cast<std::size_t>(i)].l_param, i);
+    }
+    ::PostMessageW(handle, kFirst, 0, 0);
+    std::this_thread::sleep_for(milliseconds(50));
+    MSG message{};
+    ASSERT_NE(::PeekMessageW(&message, handle, 0, 0, PM_REMOVE), 0);
+    ::DispatchMessageW(&message);
+    window.reset();
+    RunLoop(milliseconds(50));
+    EXPECT_EQ(seen.size(), static_cast<std::size_t>(kCount));
 }
 
 TEST(MessageWindow, AWindowMayBeDestroyedByItsHandler) {
@@ -310,6 +510,13 @@ TEST(MessageWindow, AskingItsThreadToEndEndsAWait) {
     ::PostThreadMessageW(::GetCurrentThreadId(), WM_CLOSE, 0, 0);
     EXPECT_FALSE(window->WaitAndDispatch(seconds(60)));
     EXPECT_TRUE(TerminationRequested());
+    // Dispatch looks out for it too, and ends the next wait.
+    window->WaitAndDispatch(milliseconds(1));
+    ::PostThreadMessageW(::GetCurrentThreadId(), WM_CLOSE, 0, 0);
+    window->Dispatch();
+    MSG message{};
+    EXPECT_EQ(::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE), 0);
+    EXPECT_FALSE(window->WaitAndDispatch(seconds(60)));
 }
 
 }  // namespace

@@ -66,6 +66,18 @@ TEST_F(GraphFileOfTheCommandLine, IsNoFolder) {
                                          BoxIcon::kExclamation, BoxButtons::kOk}));
 }
 
+TEST_F(GraphFileOfTheCommandLine, MayComeWithArgumentsThatAreRefusedWhereTheUserSeesIt) {
+    ::testing::internal::CaptureStderr();
+    CWavoApp::RefuseArguments(QStringLiteral("wavo: \u00e4"), true);
+    EXPECT_THAT(::testing::internal::GetCapturedStderr(), "wavo: \xC3\xA4\n");
+    EXPECT_THAT(m_boxes, IsEmpty());
+    ::testing::internal::CaptureStderr();
+    CWavoApp::RefuseArguments(QStringLiteral("wavo: \u00e4"), false);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+    EXPECT_THAT(m_boxes, ElementsAre(Box{"wavo: \xC3\xA4", "ERROR", BoxIcon::kExclamation,
+                                         BoxButtons::kOk}));
+}
+
 TEST_F(GraphFileOfTheCommandLine, NeedNotBeNamed) {
     EXPECT_EQ(CWavoApp::FindGraphFile(QString()), "");
     EXPECT_THAT(m_boxes, IsEmpty());
