@@ -61,9 +61,9 @@ void TestSegment(const std::uint8_t* data, std::size_t size) {
     } else if (block.master_window == 0) {
         Require(status == MasterInfoStatus::kAbsent);
     } else {
-        Require(status == (DecodeMasterInfo(block, decoded) == nullptr
-                               ? MasterInfoStatus::kPresent
-                               : MasterInfoStatus::kRefused));
+        const bool is_good = block.master_window != channel.OwnWindow() &&
+                             DecodeMasterInfo(block, decoded) == nullptr;
+        Require(status == (is_good ? MasterInfoStatus::kPresent : MasterInfoStatus::kRefused));
     }
     if (status == MasterInfoStatus::kPresent) {
         Require(info.master_window == block.master_window && info.fifo_lines == block.fifo_lines);
