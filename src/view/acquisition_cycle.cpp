@@ -177,9 +177,9 @@ std::int64_t AcquisitionCycle::OnMessage(const platform::Message& message) {
         return 0;
     }
     const auto number = static_cast<FromMaster>(message.number);
-    // The last words of a master may have waited here; what ends the link does not wait for it.
-    if (m_master_hung &&
-        (number == FromMaster::kValues || number == FromMaster::kCapabilitiesChanged)) {
+    // What has waited here since before it hung says nothing; a batch at least is answered, so that
+    // a master that still hangs is found out.
+    if (m_master_hung && number == FromMaster::kValues) {
         m_master_hung = false;
         m_host.SetPaneText(StatusPane::kMessage, m_link_broken ? m_broken_why : kConnected);
     }
