@@ -1,5 +1,5 @@
-// A value FIFO that somebody damages under a running viewer, and a master that hangs or dies at any
-// moment: the viewer says so, keeps its graphs and connects again.
+// A value FIFO that somebody damages under a running viewer, and a master that dies at any moment:
+// the viewer says so, keeps its graphs and connects again.
 //
 // WAVO_DYING_MASTER_CYCLES sets how often the master dies.
 #include <fcntl.h>
@@ -9,28 +9,23 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QElapsedTimer>
 #include <QThread>
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <random>
 
 #include "expect_errors.h"
 #include "heartbeat.h"
 #include "link/wire_format.h"
 #include "platform/shared_memory.h"
-#include "slowness.h"
 #include "system/other_process.h"
-#include "ui/dialogs/controls.h"
 #include "viewer_fixture.h"
 
 namespace wavo::testing {
 namespace {
 
-using enum EditorControl;
 using ::testing::ElementsAre;
 using ::testing::Gt;
 using ::testing::IsEmpty;
@@ -45,10 +40,6 @@ constexpr char kConnected[] = "Connected to the master process (Dorvane)";
 
 class Damage : public Viewer {
  protected:
-    std::string Message() { return m_frame->PaneText(StatusPane::kMessage).toStdString(); }
-    bool WaitForMessage(const std::string& text) {
-        return WaitFor([&] { return Message() == text; });
-    }
     void Connect() { m_frame->Action(CommandId::kConnect)->trigger(); }
     std::string FifoName() { return kValueSegmentPrefix + std::to_string(View().Window()); }
 
@@ -149,153 +140,7 @@ TEST_F(Damage, AnInfoBlockThatIsCutIsRefused) {
         expected.Saw("ReadMasterInfo(): MachineTools_InfoData refused: the segment is too small"));
 }
 
-TEST_F(Damage, AHungMasterIsToldByALookupAndAskedAgainWhenItIsBack) {
-    DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
-    Open({"X"});
-    ASSERT_TRUE(WaitForLines(200));
-    AxisLimitsSource& limits = View().Capabilities();
-    ASSERT_TRUE(limits.FindAxis("X"));
-    master.Freeze();
-    for (int i = 0; i < 50; ++i) {
-        const auto found = limits.FindAxis("X");
-        ASSERT_TRUE(found);
-        EXPECT_EQ(found->upper_limit, 34.0);
-    }
-    EXPECT_EQ(Message(), kHung);
-    EXPECT_TRUE(Cycle().IsMasterKnown());
-    master.Thaw();
-    ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 500));
-    EXPECT_EQ(Message(), kConnected);
-    ASSERT_TRUE(limits.FindAxis("X"));
-    EXPECT_THAT(TakeBoxes(), IsEmpty());
-}
-
-TEST_F(Damage, AViewerClosesAtOnceWhileTheMasterHangs) {
-    DemoMaster master({"--motion", "circle"});
-    Open({"X"});
-    ASSERT_TRUE(WaitForLines(200));
-    QThread::msleep(50);
-    master.Freeze();
-    ASSERT_TRUE(WaitForMessage(kHung));
-    QElapsedTimer clock;
-    clock.start();
-    Close();
-    EXPECT_LT(clock.elapsed(), 500 * kSlowness) << "it waited once, which is enough";
-    master.Thaw();
-    // Whether it reads the viewer's last words or misses its window first.
-    ASSERT_TRUE(WaitFor([&] {
-        return master.Output().contains(QStringLiteral("disconnected")) ||
-               master.Output().contains(QStringLiteral(" gone: "));
-    }));
-}
-
-// ---- whatever the user does while the master hangs ----
-
-class HungMasterAndAUser : public Damage {
- protected:
-    /// Stops the master that runs, `queued`: while an announced batch waits in the viewer's window.
-    /// Then does `step` and looks on until the viewer says that the master hangs and a while
-    /// longer. The window is never frozen; afterwards the values go on.
-    void ExpectNoFreeze(DemoMaster& master, bool queued, const std::function<void()>& step) {
-        std::int64_t gap = kLongestGap;
-        // Another program may have had the processor: the best of three tries counts.
-        for (int i = 0; i < 3 && gap >= kLongestGap; ++i) {
-            ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
-            ASSERT_EQ(Message(), kConnected);
-            if (queued) {
-                QThread::msleep(100);
-                master.Freeze();
-            } else {
-                master.Freeze();
-                QTest::qWait(20);
-                // An answer that met the stopped master is a hung master already.
-                if (Message() == kHung) {
-                    master.Thaw();
-                    --i;
-                    continue;
-                }
-            }
-            const Heartbeat heart;
-            step();
-            QCoreApplication::processEvents();
-            EXPECT_TRUE(WaitForMessage(kHung)) << Message();
-            QTest::qWait(300);
-            gap = heart.LargestGap();
-            EXPECT_GT(heart.Beats(), 0);
-            master.Thaw();
-        }
-        EXPECT_LT(gap, kLongestGap) << "ms without an event";
-        ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
-        EXPECT_EQ(Message(), kConnected);
-        EXPECT_THAT(TakeBoxes(), IsEmpty());
-    }
-};
-
-TEST_F(HungMasterAndAUser, ABatchThatWaitsFreezesNothing) {
-    DemoMaster master({"--motion", "circle"});
-    Open({"X", "Y"});
-    ASSERT_NO_FATAL_FAILURE(ExpectNoFreeze(master, true, [] {}));
-}
-
-TEST_F(HungMasterAndAUser, AnAxisThatIsAddedWithTheEditorFreezesNothing) {
-    DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6,Y=-1:1:1:1"});
-    Open({"X"});
-    ASSERT_TRUE(WaitForLines(200));
-    ASSERT_TRUE(View().Capabilities().FindAxis("X"));
-    View().ShowGraphEditor();
-    ASSERT_NO_FATAL_FAILURE(ExpectNoFreeze(master, false, [this] {
-        auto* const add = FindControl<QWidget>(View().Editor(), static_cast<int>(kAddYAxis));
-        QTest::mouseClick(add, Qt::LeftButton, {}, QPoint(8, add->height() / 2));
-    }));
-    EXPECT_THAT(View().Board().Graphs()[0].YCoorAxName, SizeIs(Gt(1U)));
-}
-
-TEST_F(HungMasterAndAUser, ManyLookupsFreezeNothing) {
-    DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
-    Open({"X"});
-    ASSERT_TRUE(WaitForLines(200));
-    ASSERT_TRUE(View().Capabilities().FindAxis("X"));
-    ASSERT_NO_FATAL_FAILURE(ExpectNoFreeze(master, false, [this] {
-        for (int i = 0; i < 50; ++i) {
-            EXPECT_TRUE(View().Capabilities().FindAxis("X"));
-        }
-    }));
-}
-
-TEST_F(HungMasterAndAUser, OpeningAGraphFileFreezesNothing) {
-    DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
-    Open({"X"});
-    const std::string file = View().Files().CurrentPath();
-    View().Execute(CommandId::kSave);  // with the settings
-    View().SetRecentFiles([file](int) { return file; });
-    ASSERT_NO_FATAL_FAILURE(
-        ExpectNoFreeze(master, false, [this] { View().Execute(CommandId::kRecentFile); }));
-    EXPECT_THAT(View().Board().Graphs(), SizeIs(1));
-}
-
-TEST_F(HungMasterAndAUser, TheFirstBatchOfAViewerWithoutGraphsFreezesNothing) {
-    std::int64_t gap = kLongestGap;
-    for (int i = 0; i < 3 && gap >= kLongestGap; ++i) {
-        DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
-        Open({});
-        QThread::msleep(200);  // capabilities and a first batch are announced
-        master.Freeze();
-        const Heartbeat heart;
-        ASSERT_TRUE(WaitForMessage(kHung)) << Message();
-        QTest::qWait(300);
-        gap = heart.LargestGap();
-        master.Thaw();
-        ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
-        EXPECT_EQ(Message(), kConnected);
-        EXPECT_THAT(View().Board().Graphs(), SizeIs(1));
-        Close();
-        ASSERT_TRUE(master.End());
-    }
-    EXPECT_LT(gap, kLongestGap) << "ms without an event";
-    EXPECT_THAT(TakeBoxes(), IsEmpty());
-}
-
-TEST_F(HungMasterAndAUser, ConnectAfterADamagedFifoFreezesNothing) {
+TEST_F(Damage, ConnectWhileTheMasterHangsFreezesNothing) {
     DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
     Open({"X"});
     const ExpectAnyErrorLog expected;

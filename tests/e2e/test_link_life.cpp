@@ -25,10 +25,6 @@ constexpr char kGone[] =
 
 class Link : public Viewer {
  protected:
-    QString Message() { return m_frame->PaneText(StatusPane::kMessage); }
-    bool WaitForMessage(const QString& text) {
-        return WaitFor([this, text] { return Message() == text; });
-    }
     QAction& ConnectAction() { return *m_frame->Action(CommandId::kConnect); }
 
     static bool PictureShowsMoreThanOneColour(const QImage& image) {
@@ -46,7 +42,7 @@ class Link : public Viewer {
 TEST_F(Link, WithoutAMasterTheViewerStartsInSilenceAndConnectSaysSo) {
     Open({"X"});
     EXPECT_THAT(TakeBoxes(), IsEmpty());
-    EXPECT_EQ(Message(), QStringLiteral("Master process (Dorvane) not present"));
+    EXPECT_EQ(Message(), "Master process (Dorvane) not present");
     EXPECT_THAT(View().Board().Registry().Values(), IsEmpty());
     ASSERT_TRUE(ConnectAction().isEnabled());
     ConnectAction().trigger();
@@ -98,7 +94,7 @@ TEST_F(Link, TheMastersEndForgetsItAndKeepsTheGraphs) {
     Open({"X"});
     ASSERT_TRUE(WaitForLines(300));
     ASSERT_TRUE(master.End());
-    ASSERT_TRUE(WaitForMessage(QStringLiteral("The master process (Dorvane) has ended the link")));
+    ASSERT_TRUE(WaitForMessage("The master process (Dorvane) has ended the link"));
     EXPECT_EQ(Cycle().TotalLines(), 0U);
     EXPECT_FALSE(Cycle().IsMasterKnown());
     EXPECT_FALSE(Cycle().IsReaderOpen());
@@ -144,7 +140,7 @@ TEST_F(Link, AKilledMasterIsNoticedAndARestartedOneConnects) {
         const std::vector<double> held = Held("X");
         EXPECT_THAT(held, SizeIs(Gt(200U)));
         master.Kill();
-        ASSERT_TRUE(WaitForMessage(QString::fromLatin1(kGone)));
+        ASSERT_TRUE(WaitForMessage(kGone));
         EXPECT_TRUE(ConnectAction().isEnabled());
         EXPECT_FALSE(Cycle().IsReaderOpen());
         EXPECT_THAT(Held("X"), SizeIs(Gt(200U)));
@@ -185,15 +181,14 @@ TEST_F(Link, AHungMasterIsReportedWithinASecond) {
     // Another program may have had the processor: the best of three tries counts.
     for (int i = 0; i < 3 && (gap >= kLongestGap || told_after >= kLongestGap); ++i) {
         ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
-        ASSERT_EQ(Message(), QStringLiteral("Connected to the master process (Dorvane)"));
+        ASSERT_EQ(Message(), "Connected to the master process (Dorvane)");
         // The next batch is announced meanwhile, and its answer meets a master that is stopped.
         QThread::msleep(100);
         master.Freeze();
         QElapsedTimer clock;
         clock.start();
         const Heartbeat heart;
-        ASSERT_TRUE(
-            WaitForMessage(QStringLiteral("The master process (Dorvane) does not respond")));
+        ASSERT_TRUE(WaitForMessage("The master process (Dorvane) does not respond"));
         told_after = clock.elapsed();
         QTest::qWait(300);
         gap = heart.LargestGap();
@@ -213,12 +208,12 @@ TEST_F(Link, TheLinkGoesOnWhenAHungMasterAnswersLate) {
     // The next batch is announced meanwhile, and its answer meets a master that is stopped.
     QThread::msleep(100);
     master.Freeze();
-    ASSERT_TRUE(WaitForMessage(QStringLiteral("The master process (Dorvane) does not respond")));
+    ASSERT_TRUE(WaitForMessage("The master process (Dorvane) does not respond"));
     const std::uint64_t before = Cycle().TotalLines();
     EXPECT_TRUE(Cycle().IsMasterKnown());
     master.Thaw();
     ASSERT_TRUE(WaitForLines(before + 500));
-    EXPECT_EQ(Message(), QStringLiteral("Connected to the master process (Dorvane)"));
+    EXPECT_EQ(Message(), "Connected to the master process (Dorvane)");
     EXPECT_THAT(TakeBoxes(), IsEmpty());
 }
 

@@ -20,7 +20,6 @@ using ::testing::SizeIs;
 
 class Posix : public Viewer {
  protected:
-    QString Message() { return m_frame->PaneText(StatusPane::kMessage); }
     QAction& ConnectAction() { return *m_frame->Action(CommandId::kConnect); }
 };
 
@@ -30,14 +29,14 @@ TEST_F(Posix, AViewerThatCouldNotMakeItsWindowTriesAgainAtConnect) {
     QFile file(blocked.filePath(QStringLiteral("wavo")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     qputenv("XDG_RUNTIME_DIR", blocked.path().toUtf8());
-    const QString text = QStringLiteral("No messages from a master can arrive, see the error log");
+    const std::string text = "No messages from a master can arrive, see the error log";
     {
         const ExpectAnyErrorLog expected;
         Open({"X"});
         EXPECT_EQ(Message(), text);
         EXPECT_THAT(TakeBoxes(), IsEmpty());
         ConnectAction().trigger();
-        EXPECT_THAT(TakeBoxes(), ElementsAre("ERROR: " + text.toStdString()));
+        EXPECT_THAT(TakeBoxes(), ElementsAre("ERROR: " + text));
     }
     qputenv("XDG_RUNTIME_DIR", folder);
     DemoMaster master({"--motion", "circle"});

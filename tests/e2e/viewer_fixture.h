@@ -45,6 +45,12 @@ class Viewer : public ::testing::Test {
                                              << ", boxes: " << ::testing::PrintToString(m_boxes);
     }
 
+    /// What the status bar says of the link.
+    std::string Message() { return m_frame->PaneText(StatusPane::kMessage).toStdString(); }
+    bool WaitForMessage(const std::string& text) {
+        return WaitFor([&] { return Message() == text; });
+    }
+
     /// Writes a graph file into the test's folder and returns its path.
     std::string WriteGraphFile(const std::vector<WavoGraph>& graphs);
 
