@@ -5,6 +5,8 @@
 #include <fstream>
 #include <system_error>
 
+#include "platform/append.h"
+
 namespace wavo::diagnostics {
 
 namespace {
@@ -39,7 +41,8 @@ bool EndsInHalfLine(const fs::path& path) {
     return stream.good() && last != '\n';
 }
 
-bool Append(const fs::path& path, std::string_view line, std::size_t limit) {
+bool Append(const std::string& name, std::string_view line, std::size_t limit) {
+    const fs::path path = PathOf(name);
     std::error_code error;
     const auto size = fs::file_size(path, error);
     const bool has_lines = !error && size > 0;
@@ -52,13 +55,7 @@ bool Append(const fs::path& path, std::string_view line, std::size_t limit) {
         }
         text = line;
     }
-    std::ofstream stream;
-    // Unbuffered: the line reaches the system in one piece.
-    stream.rdbuf()->pubsetbuf(nullptr, 0);
-    stream.open(path, std::ios::binary | std::ios::app);
-    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
-    stream.close();
-    return !stream.fail();
+    return platform::AppendToFile(name, text);
 }
 
 }  // namespace
@@ -77,7 +74,7 @@ void RotateLog(const std::string& path, std::size_t limit) noexcept {
 
 bool AppendToLog(const std::string& path, std::string_view line, std::size_t limit) noexcept {
     try {
-        return Append(PathOf(path), line, limit);
+        return Append(path, line, limit);
     } catch (const std::exception&) {
         return false;
     }

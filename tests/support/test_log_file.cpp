@@ -4,7 +4,11 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <sstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "temporary_folder.h"
 
@@ -19,6 +23,32 @@ TEST(LogFile, LinesAreAppended) {
     AppendToLog(folder.File("log"), "one\n", 100);
     AppendToLog(folder.File("log"), "two\n", 100);
     EXPECT_EQ(folder.Read("log"), "one\ntwo\n");
+}
+
+// As viewers do that share their logs: each opens the file for each line.
+TEST(LogFile, OfSeveralWritersNoLineIsLost) {
+    constexpr int kLines = 300;
+    const TemporaryFolder folder;
+    const std::string path = folder.File("log");
+    std::vector<std::thread> writers;
+    for (const char name : {'a', 'b', 'c'}) {
+        writers.emplace_back([&path, name] {
+            for (int i = 0; i < kLines; ++i) {
+                EXPECT_TRUE(AppendToLog(path, std::string(50, name) + "\n", 1U << 20U));
+            }
+        });
+    }
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+    std::map<std::string, int> lines;
+    std::istringstream text(folder.Read("log"));
+    for (std::string line; std::getline(text, line);) {
+        ++lines[line];
+    }
+    for (const char name : {'a', 'b', 'c'}) {
+        EXPECT_EQ(lines[std::string(50, name)], kLines);
+    }
 }
 
 TEST(LogFile, FillsUpToTheLimitExactly) {

@@ -30,6 +30,12 @@ for file in wavo.exe demo_master.exe docs/user-guide.md data/graphs/circle.ini U
         fail "not in the ZIP: $file"
 done
 cmp "$build/src/ui/shell/wavo.exe" "$place/wavo.exe" || fail "not the program of this build"
+# Both programs need nothing but what every Windows has.
+for program in wavo.exe demo_master.exe; do
+    foreign=$(x86_64-w64-mingw32-objdump -p "$place/$program" | sed -n 's/.*DLL Name: //p' |
+        grep -iE '^(lib|qt6|zlib|icu|msvcp|vcruntime)' || true)
+    [ -z "$foreign" ] || fail "$program needs" $foreign
+done
 [ "$(wine "$place/demo_master.exe" --version | tr -d '\r')" = "demo_master $version" ] ||
     fail "demo_master does not run"
 menu=$(find "$WINEPREFIX/drive_c" -name Wavo.lnk)
