@@ -31,6 +31,11 @@ class AxValueReader {
 
     [[nodiscard]] bool IsOpen() const { return m_open; }
 
+    /// Bytes of all slots, more than Read ever copies at once; 0 when not open.
+    [[nodiscard]] std::size_t SlotsSize() const {
+        return m_open ? static_cast<std::size_t>(m_fifo.line_size * m_fifo.line_count) : 0;
+    }
+
     /// Number of lines that wait; 0 when not open.
     [[nodiscard]] std::uint64_t LinesWaiting() const;
 

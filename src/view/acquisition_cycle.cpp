@@ -313,10 +313,15 @@ void AcquisitionCycle::AllocateInputBuffer() {
     if (m_info.fifo_lines == 0) {
         Fault("Prg. error, number of fifo lines=0");
     }
-    // Zeros that the system hands out untouched: what a master never fills costs nothing.
+    constexpr std::size_t kTooMuch = std::numeric_limits<std::size_t>::max();
     const std::size_t bytes = SaturatingProduct(
         SaturatingProduct(m_axis_names.size(), m_info.fifo_lines), sizeof(double));
-    m_input_buffer.reset(static_cast<double*>(std::calloc(bytes, 1)));
+    if (bytes == 0 || bytes == kTooMuch) {
+        return;
+    }
+    // Whatever number of lines the master tells of, no more can come than its FIFO has room for.
+    const std::size_t needed = std::clamp<std::size_t>(m_reader.SlotsSize(), 1, bytes);
+    m_input_buffer.reset(static_cast<double*>(std::calloc(needed, 1)));
     if (m_input_buffer != nullptr) {
         m_input_capacity = bytes;
     }

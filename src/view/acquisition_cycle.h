@@ -170,7 +170,7 @@ class AcquisitionCycle {
     std::vector<std::string> m_axis_names;  // column order; emptied when no master was found
     AxValueReader m_reader;
     std::unique_ptr<double[], FreeMemory> m_input_buffer;
-    std::size_t m_input_capacity = 0;  // bytes; 0 = no buffer
+    std::size_t m_input_capacity = 0;  // bytes that the master told of; 0 = no buffer
     std::uint64_t m_total_lines = 0;   // since the master last ended the link
     LinkCounters m_counters;
     const char* m_broken_why = nullptr;  // what the status bar says of a broken link
