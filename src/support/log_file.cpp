@@ -1,9 +1,11 @@
 #include "support/log_file.h"
 
+#include <chrono>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
+#include <thread>
 
 #include "platform/append.h"
 
@@ -34,11 +36,21 @@ bool MoveAside(const fs::path& path) {
     return !error;
 }
 
+/// Whether a line has stayed half. One that another process is just writing is whole in a moment.
 bool EndsInHalfLine(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    stream.seekg(-1, std::ios::end);
-    const int last = stream.get();
-    return stream.good() && last != '\n';
+    constexpr int kLooks = 3;
+    for (int look = 0; look < kLooks; ++look) {
+        if (look > 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        std::ifstream stream(path, std::ios::binary);
+        stream.seekg(-1, std::ios::end);
+        const int last = stream.get();
+        if (!stream.good() || last == '\n') {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool Append(const std::string& name, std::string_view line, std::size_t limit) {
