@@ -117,9 +117,9 @@ TEST_F(HostileInfo, ThatShrinksWhileItIsCopiedIsRefused) {
 
 // ---- the value FIFO ----
 
-constexpr std::uint64_t kLines = 8;
-constexpr std::uint64_t kDoubles = 2;
-constexpr std::size_t kLineLength = kDoubles * sizeof(double);
+constexpr std::uint64_t kFifoLines = 8;
+constexpr std::uint64_t kLineDoubles = 2;
+constexpr std::size_t kLineBytes = kLineDoubles * sizeof(double);
 constexpr std::uint64_t kWritten = 3;  // slots
 
 const std::vector<Field>& FifoFields() {
@@ -132,17 +132,17 @@ const std::vector<Field>& FifoFields() {
 class HostileFifo : public ::testing::Test {
  protected:
     HostileFifo()
-        : m_segment((testing::ResetFakeSharedMemory(), "MValues_4711"), kLines, kDoubles) {
+        : m_segment((testing::ResetFakeSharedMemory(), "MValues_4711"), kFifoLines, kLineDoubles) {
         for (std::uint64_t slot = 0; slot < kWritten; ++slot) {
             m_segment.Write(static_cast<double>(slot + 1));
         }
         m_good = m_segment.header();
     }
 
-    /// Whether a reader of lines of kLineLength bytes may follow this header.
+    /// Whether a reader of lines of kLineBytes bytes may follow this header.
     static bool IsPlausible(const LineFifoHeader& header) {
         return header.reader_mark == 0 && header.line_count >= 2 && header.line_size != 0 &&
-               header.line_size <= kLines * kLineLength / header.line_count &&
+               header.line_size <= kFifoLines * kLineBytes / header.line_count &&
                header.write_index < header.line_count && header.read_index < header.line_count;
     }
 
@@ -151,31 +151,31 @@ class HostileFifo : public ::testing::Test {
     void ReadAll(AxValueReader& reader) {
         const LineFifoHeader header = m_segment.header();
         const std::uint64_t waiting = reader.LinesWaiting();
-        ASSERT_LT(waiting, std::max<std::uint64_t>(header.line_count, 1) + kLines);
-        const std::vector<double> untouched(kDoubles * kLines, -1.0);
+        ASSERT_LT(waiting, std::max<std::uint64_t>(header.line_count, 1) + kFifoLines);
+        const std::vector<double> untouched(kLineDoubles * kFifoLines, -1.0);
         std::vector<double> buffer = untouched;
-        if (!reader.Read(buffer.data(), kLineLength, waiting, buffer.size() * sizeof(double))) {
+        if (!reader.Read(buffer.data(), kLineBytes, waiting, buffer.size() * sizeof(double))) {
             ++m_failed;
             return;
         }
         ++m_read;
         EXPECT_FALSE(reader.IsDamaged());
-        ASSERT_LE(waiting, kLines);
+        ASSERT_LE(waiting, kFifoLines);
         for (std::uint64_t i = 0; i < waiting; ++i) {
             const std::uint64_t slot = (header.read_index + i) % header.line_count;
-            EXPECT_EQ(std::memcmp(&buffer[i * kDoubles], Slot(slot, header.line_size), kLineLength),
-                      0)
+            EXPECT_EQ(
+                std::memcmp(&buffer[i * kLineDoubles], Slot(slot, header.line_size), kLineBytes), 0)
                 << "line " << i << " of slot " << slot;
-            if (header.line_size == kLineLength) {  // a line that was written, or an empty slot
+            if (header.line_size == kLineBytes) {  // a line that was written, or an empty slot
                 const double first = slot < kWritten ? static_cast<double>(slot + 1) : 0.0;
-                EXPECT_EQ(buffer[i * kDoubles], first);
-                EXPECT_EQ(buffer[i * kDoubles + 1], slot < kWritten ? first + 1.0 : 0.0);
+                EXPECT_EQ(buffer[i * kLineDoubles], first);
+                EXPECT_EQ(buffer[i * kLineDoubles + 1], slot < kWritten ? first + 1.0 : 0.0);
                 m_written_lines += slot < kWritten ? 1 : 0;
                 m_empty_lines += slot < kWritten ? 0 : 1;
             }
         }
-        EXPECT_EQ(std::memcmp(&buffer[waiting * kDoubles], untouched.data(),
-                              (kLines - waiting) * kLineLength),
+        EXPECT_EQ(std::memcmp(&buffer[waiting * kLineDoubles], untouched.data(),
+                              (kFifoLines - waiting) * kLineBytes),
                   0)
             << "beside the lines";
     }
@@ -232,13 +232,13 @@ TEST_F(HostileFifo, ThatChangesUnderItsReaderIsReadOnOrDamagedAndNeverBelieved) 
         m_segment.header() = now;
         ReadAll(reader);
         const bool sound = changed.reader_mark == 0 && now.line_size == m_good.line_size &&
-                           now.line_count == m_good.line_count && now.write_index < kLines &&
+                           now.line_count == m_good.line_count && now.write_index < kFifoLines &&
                            now.read_index == m_good.read_index;
         EXPECT_EQ(reader.IsDamaged(), !sound);
         if (!sound) {  // it stays so, even when the header looks right again
             m_segment.header() = m_good;
-            std::vector<double> line(kDoubles);
-            EXPECT_FALSE(reader.Read(line.data(), kLineLength, 1, kLineLength));
+            std::vector<double> line(kLineDoubles);
+            EXPECT_FALSE(reader.Read(line.data(), kLineBytes, 1, kLineBytes));
         }
         reader.Close();
         m_segment.header() = changed;
@@ -266,24 +266,24 @@ TEST_F(HostileFifo, ThatIsResizedOrReplacedIsDamagedUntilItIsOpenedAnew) {
               "AxValueReader::Read(): value fifo MValues_4711 has changed its size"},
           Row{platform::SegmentState::kRemoved, 0,
               "AxValueReader::Read(): value fifo MValues_4711 was removed or replaced"}}) {
-        FifoSegment segment("MValues_4711", kLines, kDoubles);
+        FifoSegment segment("MValues_4711", kFifoLines, kLineDoubles);
         segment.Write(1.0);
         AxValueReader reader;
         ASSERT_TRUE(reader.Open("MValues_4711"));
         testing::SetFakeState("MValues_4711", row.state, row.questions);
-        std::vector<double> line(kDoubles, -1.0);
+        std::vector<double> line(kLineDoubles, -1.0);
         {
             const testing::ExpectErrorLog expected({row.text});
-            EXPECT_FALSE(reader.Read(line.data(), kLineLength, 1, kLineLength));
+            EXPECT_FALSE(reader.Read(line.data(), kLineBytes, 1, kLineBytes));
         }
         EXPECT_TRUE(reader.IsDamaged());
         EXPECT_EQ(reader.LinesThrownAway(), static_cast<std::uint64_t>(row.questions));
-        EXPECT_FALSE(reader.Read(line.data(), kLineLength, 1, kLineLength));
-        FifoSegment fresh("MValues_4711", kLines, kDoubles);
+        EXPECT_FALSE(reader.Read(line.data(), kLineBytes, 1, kLineBytes));
+        FifoSegment fresh("MValues_4711", kFifoLines, kLineDoubles);
         fresh.Write(5.0);
         ASSERT_TRUE(reader.Open("MValues_4711"));
         EXPECT_FALSE(reader.IsDamaged());
-        EXPECT_TRUE(reader.Read(line.data(), kLineLength, 1, kLineLength));
+        EXPECT_TRUE(reader.Read(line.data(), kLineBytes, 1, kLineBytes));
         EXPECT_EQ(line[0], 5.0);
     }
 }
@@ -292,8 +292,8 @@ TEST_F(HostileFifo, WhoseNameGoesWhileItIsReadHasGoodLinesAllTheSame) {
     AxValueReader reader;
     ASSERT_TRUE(reader.Open("MValues_4711"));
     testing::SetFakeState("MValues_4711", platform::SegmentState::kRemoved, 1);
-    std::vector<double> lines(3 * kDoubles);
-    EXPECT_TRUE(reader.Read(lines.data(), kLineLength, 3, 3 * kLineLength));
+    std::vector<double> lines(3 * kLineDoubles);
+    EXPECT_TRUE(reader.Read(lines.data(), kLineBytes, 3, 3 * kLineBytes));
     EXPECT_EQ(lines[4], 3.0);
 }
 

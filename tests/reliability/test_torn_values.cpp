@@ -24,11 +24,11 @@ using master::LineFifoWriter;
 using testing::ChildProcess;
 using testing::NumberPipe;
 
-constexpr std::uint64_t kLines = 10'000'000;
+constexpr std::uint64_t kUsualLines = 10'000'000;
 
 std::uint64_t LinesOfThisRun() {
     const char* const wanted = std::getenv("WAVO_TORN_VALUE_LINES");
-    return wanted == nullptr ? kLines : std::strtoull(wanted, nullptr, 10);
+    return wanted == nullptr ? kUsualLines : std::strtoull(wanted, nullptr, 10);
 }
 
 std::uint64_t Mix(std::uint64_t number) {

@@ -8,11 +8,11 @@
 namespace wavo {
 namespace {
 
-constexpr QSize kSize(400, 200);
+constexpr QSize kBandSize(400, 200);
 constexpr double kRatios[] = {1.0, 1.25, 1.5, 2.0, 3.0};
 
 /// A picture of which no two neighbouring pixels are alike.
-QImage Picture(double ratio = 1.0, const QSize& size = kSize) {
+QImage Picture(double ratio = 1.0, const QSize& size = kBandSize) {
     QImage picture((QSizeF(size) * ratio).toSize(), QImage::Format_RGB32);
     for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {
@@ -134,7 +134,7 @@ TEST(TextBand, ALongTextEndsInDotsAndStaysInThePicture) {
     QImage picture = Picture();
     band.PutOn(picture, text);
     const QString shown = QFontMetrics(MakeFont(text.font))
-                              .elidedText(QString(300, u'm'), Qt::ElideRight, kSize.width());
+                              .elidedText(QString(300, u'm'), Qt::ElideRight, kBandSize.width());
     ASSERT_TRUE(shown.endsWith(u'…'));
     QImage expected = Picture();
     TextBand().PutOn(expected, White(shown.toStdString()));

@@ -14,7 +14,6 @@ namespace wavo {
 namespace {
 
 constexpr const char* kGeneral = "GENERAL";
-constexpr ColorRef kColorMask = 0x00FFFFFF;
 /// Stored as the time range of a scale that has none, so that switching it to time by hand works.
 constexpr double kStoredTimeRange = 10.0;
 

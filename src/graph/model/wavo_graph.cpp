@@ -9,7 +9,6 @@ namespace wavo {
 
 namespace {
 
-constexpr std::uint32_t kColorMask = 0x00FFFFFF;
 /// Axis limits beyond this say "no limit"; a scale that wide would show a flat line.
 constexpr double kLargestDefaultLimit = 1e8;
 constexpr double kUnknownAxisLimit = 10.0;

@@ -39,6 +39,8 @@ enum class TriggerTypeCode : std::int32_t {
 
 /// Colour as 0x00BBGGRR.
 using ColorRef = std::uint32_t;
+/// The bits of a colour; the top byte means nothing.
+inline constexpr ColorRef kColorMask = 0x00FFFFFF;
 
 /// A guiding circle radius that is not set.
 inline constexpr double kNoRadius = std::numeric_limits<double>::max();

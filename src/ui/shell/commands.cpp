@@ -9,7 +9,7 @@ namespace {
 
 constexpr CommandOwner kShell = CommandOwner::kShell;
 
-constexpr Command kCommands[] = {
+constexpr Command kCommandTable[] = {
     {CommandId::kNew, "new", "&New\tCtrl+N", "Begins without any graph\nNew"},
     {CommandId::kOpen, "open", "&Open...\tCtrl+O", "Opens a graph file\nOpen"},
     {CommandId::kSave, "save", "&Save\tCtrl+S", "Writes the graphs into their file\nSave"},
@@ -76,13 +76,13 @@ QString Part(const char* text, QChar separator, int index) {
 }  // namespace
 
 std::span<const Command> Commands() {
-    return kCommands;
+    return kCommandTable;
 }
 
 const Command* FindCommand(CommandId id) {
-    const auto* const found = std::find_if(std::begin(kCommands), std::end(kCommands),
+    const auto* const found = std::find_if(std::begin(kCommandTable), std::end(kCommandTable),
                                            [id](const Command& row) { return row.id == id; });
-    return found == std::end(kCommands) ? nullptr : found;
+    return found == std::end(kCommandTable) ? nullptr : found;
 }
 
 QString MenuText(const Command& command) {

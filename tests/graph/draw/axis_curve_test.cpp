@@ -6,14 +6,15 @@
 #include <limits>
 #include <vector>
 
+#include "special_values.h"
+
 namespace wavo {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
 
-const QRect kPlot(20, 10, 160, 100);
+const QRect kPointsPlot(20, 10, 160, 100);
 
 LinePoint At(std::int32_t x, std::int32_t y) {
     return {x, y, 1.0, 1.0};
@@ -54,7 +55,7 @@ AxisCurve Curve(const std::vector<LinePoint>& points) {
 QImage Drawn(const std::vector<LinePoint>& points, const AxisCurve::Style& style,
              const QColor& background = Qt::black) {
     QImage picture = Picture(background);
-    Curve(points).Draw(picture, kPlot, style);
+    Curve(points).Draw(picture, kPointsPlot, style);
     return picture;
 }
 
@@ -111,8 +112,8 @@ TEST(AxisCurve, AClearedCurveIsEmptyAndTakesPointsAgain) {
 
 TEST(AxisCurve, FewerThanTwoPointsDrawNothing) {
     QImage picture = Picture();
-    EXPECT_TRUE(Curve({}).Draw(picture, kPlot, Plain()).isEmpty());
-    EXPECT_TRUE(Curve({At(50, 50)}).Draw(picture, kPlot, Plain()).isEmpty());
+    EXPECT_TRUE(Curve({}).Draw(picture, kPointsPlot, Plain()).isEmpty());
+    EXPECT_TRUE(Curve({At(50, 50)}).Draw(picture, kPointsPlot, Plain()).isEmpty());
     EXPECT_EQ(picture, Picture());
 }
 
@@ -150,7 +151,7 @@ TEST(AxisCurve, AFadingPartLetsThroughWhatIsBehind) {
     }
     AxisCurve::Style style = Fading(100.0);
     style.color = QColor(255, 0, 0);
-    Curve(points).Draw(picture, kPlot, style);
+    Curve(points).Draw(picture, kPointsPlot, style);
     // Half red at the age of 50, over the green line and beside it.
     EXPECT_NEAR(picture.pixelColor(80, 50).red(), 128, 1);
     EXPECT_NEAR(picture.pixelColor(80, 50).green(), 100, 1);
@@ -302,7 +303,7 @@ TEST(AxisCurve, NothingIsDrawnOutsideThePlotAreaOrThePicture) {
         AxisCurve::Style style = Plain();
         style.points = as_points;
         style.point_size = kMost;
-        EXPECT_TRUE(kPlot.contains(Changed(Picture(), Drawn(points, style))));
+        EXPECT_TRUE(kPointsPlot.contains(Changed(Picture(), Drawn(points, style))));
         QImage picture = Picture();
         const QRect beyond(-1000, -1000, 5000, 5000);
         EXPECT_EQ(Curve(points).Draw(picture, beyond, style), picture.rect());
@@ -327,7 +328,7 @@ TEST(AxisCurve, TheRectangleReturnedHoldsAllPixelsChanged) {
         style.point_size = 7;
         QImage picture = Picture();
         const QRect touched =
-            Curve({At(40, 30), At(90, 80), At(60, 50)}).Draw(picture, kPlot, style);
+            Curve({At(40, 30), At(90, 80), At(60, 50)}).Draw(picture, kPointsPlot, style);
         EXPECT_TRUE(touched.contains(Changed(Picture(), picture)));
         EXPECT_TRUE(QRect(30, 20, 70, 70).contains(touched));
     }
@@ -336,7 +337,7 @@ TEST(AxisCurve, TheRectangleReturnedHoldsAllPixelsChanged) {
 TEST(AxisCurve, TheRatioOfThePictureChangesNothing) {
     QImage picture = Picture();
     picture.setDevicePixelRatio(2.0);
-    Curve({At(40, 50), At(150, 90)}).Draw(picture, kPlot, Plain());
+    Curve({At(40, 50), At(150, 90)}).Draw(picture, kPointsPlot, Plain());
     const QImage plain = Drawn({At(40, 50), At(150, 90)}, Plain());
     EXPECT_TRUE(Changed(plain, picture).isEmpty());
 }
@@ -345,8 +346,8 @@ TEST(AxisCurve, ASecondPictureIsLikeTheFirst) {
     AxisCurve curve = Curve({At(40, 50), At(150, 90), At(30, 100)});
     QImage first = Picture();
     QImage second = Picture();
-    curve.Draw(first, kPlot, Fading(3.0));
-    curve.Draw(second, kPlot, Fading(3.0));
+    curve.Draw(first, kPointsPlot, Fading(3.0));
+    curve.Draw(second, kPointsPlot, Fading(3.0));
     EXPECT_EQ(first, second);
 }
 

@@ -16,6 +16,7 @@
 #include "drawing_fixture.h"
 #include "graph/draw/column_spans.h"
 #include "graph/draw/lines_draw_axis.h"
+#include "special_values.h"
 
 namespace wavo {
 namespace {
@@ -23,8 +24,7 @@ namespace {
 using testing::ManualScale;
 using testing::TimeScale;
 
-constexpr double kStep = 0.001;
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kCycleTime = 0.001;
 
 using Shape = std::function<double(std::uint64_t sample, std::uint64_t window)>;
 
@@ -57,17 +57,17 @@ std::vector<NamedShape> Shapes() {
 }
 
 /// A curve of `window` samples over a plot area, and the picture that its segments give.
-class Drawn {
+class DrawnCurve {
  public:
-    Drawn(GraphMode mode, std::uint64_t window, const QRect& plot)
+    DrawnCurve(GraphMode mode, std::uint64_t window, const QRect& plot)
         : m_plot(plot),
-          m_x_scale(TimeScale(static_cast<double>(window - 1) * kStep)),
+          m_x_scale(TimeScale(static_cast<double>(window - 1) * kCycleTime)),
           m_y_scale(ManualScale(-10.0, 10.0)),
           m_geometry{plot, VerticalScaleLines(plot, 7), HorizontalScaleLines(plot, 5)} {
         LinesDrawAxis::Settings settings;
         settings.mode = mode;
         settings.color = 0x00FFFFFF;
-        settings.cycle_time = kStep;
+        settings.cycle_time = kCycleTime;
         settings.range = m_x_scale.TimeRange;
         m_line = std::make_unique<LinesDrawAxis>(m_geometry, m_x_scale, m_y_scale, settings);
         m_background = QImage(plot.right() + 3, plot.bottom() + 3, QImage::Format_RGB32);
@@ -154,12 +154,12 @@ int DifferentPixels(const QImage& a, const QImage& b) {
     return count;
 }
 
-constexpr QRect kPlot(6, 18, 777, 431);
+constexpr QRect kWidePlot(6, 18, 777, 431);
 
 TEST(ExactPicture, OfAScrollingCurve) {
     for (const std::uint64_t window : {800U, 1600U, 5000U, 40000U, 1000000U}) {
         for (const NamedShape& named : Shapes()) {
-            Drawn drawn(GraphMode::kContinuity, window, kPlot);
+            DrawnCurve drawn(GraphMode::kContinuity, window, kWidePlot);
             std::uint64_t next = 0;
             const auto add = [&](std::uint64_t count) {
                 drawn.Add(named.shape, next, count, window);
@@ -184,7 +184,7 @@ TEST(ExactPicture, OfAScrollingCurve) {
 TEST(ExactPicture, OfASweep) {
     for (const std::uint64_t window : {800U, 3000U, 50000U}) {
         for (const NamedShape& named : Shapes()) {
-            Drawn drawn(GraphMode::kClassic, window, kPlot);
+            DrawnCurve drawn(GraphMode::kClassic, window, kWidePlot);
             std::uint64_t next = 0;
             for (const std::uint64_t count :
                  {window / 2, window / 2, window / 3, std::uint64_t{1}, std::uint64_t{100}, window,
@@ -211,7 +211,7 @@ TEST(ExactPicture, OfGapsAndInfiniteSamples) {
                                       : 9 * std::sin(Turn(i, n, 9));
             };
             for (const GraphMode mode : {GraphMode::kContinuity, GraphMode::kClassic}) {
-                Drawn drawn(mode, window, kPlot);
+                DrawnCurve drawn(mode, window, kWidePlot);
                 drawn.Add(shape, 0, window / 2, window);
                 ASSERT_EQ(DifferentPixels(drawn.Draw(), drawn.Reference()), 0);
                 drawn.Add(shape, window / 2, window / 2 + 123, window);
@@ -224,7 +224,7 @@ TEST(ExactPicture, OfGapsAndInfiniteSamples) {
 
 TEST(ExactPicture, OfHighPlotAreasWhereThePainterEndsLongWaysEarly) {
     for (const int height : {180, 400, 1500}) {
-        Drawn drawn(GraphMode::kContinuity, 3000, QRect(0, 0, 1000, height));
+        DrawnCurve drawn(GraphMode::kContinuity, 3000, QRect(0, 0, 1000, height));
         drawn.Add([](auto i, auto) { return NoiseOf(i); }, 0, 3000, 3000);
         ASSERT_EQ(DifferentPixels(drawn.Draw(), drawn.Reference()), 0) << height;
     }
@@ -249,7 +249,7 @@ TEST(ExactPicture, OfEverySegmentDown) {
 }
 
 TEST(ExactPicture, OfATwoColumnPlot) {
-    Drawn drawn(GraphMode::kContinuity, 100, QRect(3, 3, 2, 50));
+    DrawnCurve drawn(GraphMode::kContinuity, 100, QRect(3, 3, 2, 50));
     drawn.Add([](auto i, auto) { return NoiseOf(i); }, 0, 100, 100);
     EXPECT_EQ(DifferentPixels(drawn.Draw(), drawn.Reference()), 0);
 }

@@ -5,6 +5,7 @@
 #include "drawing_fixture.h"
 #include "expect_errors.h"
 #include "graph/draw/graph_draw.h"
+#include "special_values.h"
 
 namespace wavo {
 namespace {
@@ -17,10 +18,6 @@ using testing::ExpectErrorLog;
 using testing::ManualScale;
 using testing::Scope;
 using testing::TimeGraph;
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kMax = std::numeric_limits<double>::max();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(Hostile, EverySampleOnEveryScaleIsDrawn) {
     const std::vector<double> samples{0.0,  kNaN,  1.0,    kInf, -kInf,  kMax, -kMax, kNaN,

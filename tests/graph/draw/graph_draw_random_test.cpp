@@ -4,7 +4,6 @@
 #include <QImage>
 #include <deque>
 #include <functional>
-#include <limits>
 #include <memory>
 #include <random>
 #include <string>
@@ -13,6 +12,7 @@
 #include "drawing_fixture.h"
 #include "expect_errors.h"
 #include "graph/draw/graph_draw.h"
+#include "special_values.h"
 
 namespace wavo {
 namespace {
@@ -26,8 +26,6 @@ using testing::ManualScale;
 using testing::TimeGraph;
 
 constexpr double kCycle = 0.01;
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// Two graphs that live through the same: one is painted anew in each step.
 class Twins {

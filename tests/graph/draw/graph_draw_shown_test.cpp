@@ -22,7 +22,7 @@ using testing::TimeGraph;
 
 const QRect kRectangle(0, 0, 400, 200);
 
-WavoGraph TwoSeconds(TriggerTypeCode trigger, GraphMode mode = GraphMode::kContinuity) {
+WavoGraph ShownTwoSeconds(TriggerTypeCode trigger, GraphMode mode = GraphMode::kContinuity) {
     WavoGraph graph = TimeGraph(2.0, mode);
     AddAxis(graph, "X", ManualScale(0.0, 100.0), trigger, 50.0);
     return graph;
@@ -44,7 +44,7 @@ TEST(WhatIsShown, AGraphBuiltOnAFilledBufferShowsNothingWhileItWaits) {
     }
     value.EmptyNewValues();
     CountingHost host;
-    GraphDraw draw(kRectangle, TwoSeconds(TriggerTypeCode::kStartAbove), host, {}, 0.25, 5, 3,
+    GraphDraw draw(kRectangle, ShownTwoSeconds(TriggerTypeCode::kStartAbove), host, {}, 0.25, 5, 3,
                    {{&value}, nullptr});
     QImage image(400, 200, QImage::Format_RGB32);
     draw.DrawGraph(image, false);
@@ -52,7 +52,7 @@ TEST(WhatIsShown, AGraphBuiltOnAFilledBufferShowsNothingWhileItWaits) {
 }
 
 TEST(WhatIsShown, ADroppedZoomLeavesAFinishedRecordingAlone) {
-    Scope scope(TwoSeconds(TriggerTypeCode::kStartAbove), 0.25, kRectangle, 100.0);
+    Scope scope(ShownTwoSeconds(TriggerTypeCode::kStartAbove), 0.25, kRectangle, 100.0);
     Record(scope);
     scope.draw->SetZoomRange(0.5, 1.0);
     {
@@ -65,7 +65,7 @@ TEST(WhatIsShown, ADroppedZoomLeavesAFinishedRecordingAlone) {
 }
 
 TEST(WhatIsShown, GoingBackToNoZoomLeavesAFinishedRecordingAlone) {
-    Scope scope(TwoSeconds(TriggerTypeCode::kStartAbove), 0.25, kRectangle, 100.0);
+    Scope scope(ShownTwoSeconds(TriggerTypeCode::kStartAbove), 0.25, kRectangle, 100.0);
     Record(scope);
     scope.draw->RestoreZoom(scope.draw->Zoom());
     scope.Draw();
@@ -74,7 +74,7 @@ TEST(WhatIsShown, GoingBackToNoZoomLeavesAFinishedRecordingAlone) {
 }
 
 TEST(WhatIsShown, GoingBackToNoZoomDoesNotShortenARecording) {
-    Scope scope(TwoSeconds(TriggerTypeCode::kStartAbove), 0.25, kRectangle, 100.0);
+    Scope scope(ShownTwoSeconds(TriggerTypeCode::kStartAbove), 0.25, kRectangle, 100.0);
     scope.Feed({Ramp(0, 8)});
     scope.Feed({{60}});
     scope.draw->RestoreZoom(scope.draw->Zoom());
@@ -95,7 +95,7 @@ TEST(WhatIsShown, AGraphOverAnAxisIsNotFilledAnewByAZoom) {
 
 TEST(WhatIsShown, AZoomOfARecordingIsRightForEveryBuffer) {
     // The second buffer is younger: it was made when the graph got another axis.
-    WavoGraph graph = TwoSeconds(TriggerTypeCode::kStartAbove);
+    WavoGraph graph = ShownTwoSeconds(TriggerTypeCode::kStartAbove);
     AddAxis(graph, "Y", ManualScale(0.0, 100.0));
     GraphValue x("X", 0.25, 100.0, 0);
     GraphValue y("Y", 0.25, 100.0, 0);
@@ -130,7 +130,7 @@ TEST(WhatIsShown, AZoomOfARecordingIsRightForEveryBuffer) {
 }
 
 TEST(WhatIsShown, AZoomOfACurveThatIsNotFullShowsWhatItsLabelSays) {
-    Scope scope(TwoSeconds(TriggerTypeCode::kNone));
+    Scope scope(ShownTwoSeconds(TriggerTypeCode::kNone));
     scope.Feed({Ramp(0, 4)});  // at 0 to 0.75
     scope.draw->SetZoomRange(0.5, 1.5);
     scope.Draw();
@@ -139,7 +139,7 @@ TEST(WhatIsShown, AZoomOfACurveThatIsNotFullShowsWhatItsLabelSays) {
 }
 
 TEST(WhatIsShown, AZoomOfAStoppedRecordingIsRightThoughItsBufferRanOn) {
-    Scope scope(TwoSeconds(TriggerTypeCode::kStopAbove));  // 8 samples
+    Scope scope(ShownTwoSeconds(TriggerTypeCode::kStopAbove));  // 8 samples
     scope.Feed({Ramp(1, 8)});
     scope.Feed({{60, 2, 3, 4}});  // on the screen: 1 to 8, 60
     ASSERT_EQ(scope.Shown(), (std::vector<double>{1, 2, 3, 4, 5, 6, 7, 8, 60}));
@@ -149,7 +149,7 @@ TEST(WhatIsShown, AZoomOfAStoppedRecordingIsRightThoughItsBufferRanOn) {
 }
 
 TEST(WhatIsShown, AZoomOfARecordingThatIsStillSeenWhileWaitingShowsIt) {
-    Scope scope(TwoSeconds(TriggerTypeCode::kStartAbove), 0.25, kRectangle, 100.0);
+    Scope scope(ShownTwoSeconds(TriggerTypeCode::kStartAbove), 0.25, kRectangle, 100.0);
     Record(scope);
     scope.draw->RestartAfterTrigger();
     scope.values[0].SetEnabled(true);
@@ -162,7 +162,7 @@ TEST(WhatIsShown, AZoomOfARecordingThatIsStillSeenWhileWaitingShowsIt) {
 }
 
 TEST(WhatIsShown, AZoomDirectlyAfterTheEndOfARecordingStillStopsTheBuffers) {
-    Scope scope(TwoSeconds(TriggerTypeCode::kStartAbove), 0.25, kRectangle, 100.0);
+    Scope scope(ShownTwoSeconds(TriggerTypeCode::kStartAbove), 0.25, kRectangle, 100.0);
     scope.Feed({{60}});
     scope.Feed({Ramp(61, 8)});
     ASSERT_EQ(scope.draw->State(), RunState::kStoppedAfterStart);

@@ -33,7 +33,7 @@ using testing::TimeGraph;
 using testing::TimeScale;
 
 /// 2 s of 0.25 s per value; triggers at 50.
-WavoGraph TwoSeconds(TriggerTypeCode trigger) {
+WavoGraph TriggeredTwoSeconds(TriggerTypeCode trigger) {
     WavoGraph graph = TimeGraph(2.0);
     AddAxis(graph, "X", ManualScale(0.0, 100.0), trigger, 50.0);
     return graph;
@@ -56,8 +56,8 @@ TriggerTypeCode TriggerOf(RunState state) {
 
 /// A graph brought to a state by its values. Its buffers hold far more than its range.
 std::unique_ptr<Scope> ScopeIn(RunState state) {
-    auto scope =
-        std::make_unique<Scope>(TwoSeconds(TriggerOf(state)), 0.25, QRect(0, 0, 400, 200), 100.0);
+    auto scope = std::make_unique<Scope>(TriggeredTwoSeconds(TriggerOf(state)), 0.25,
+                                         QRect(0, 0, 400, 200), 100.0);
     scope->Feed({Ramp(0, 8)});
     if (state == RunState::kRunningAfterStart || state == RunState::kStoppedAfterStart) {
         scope->Feed({{9, 60}});
@@ -281,7 +281,8 @@ TEST_P(EachState, AStoppedGraphStopsItsBuffersAtEachPaint) {
 }
 
 TEST(RunStateChanges, APaintThatFiresAndOneThatEndsAreTwo) {
-    Scope scope(TwoSeconds(TriggerTypeCode::kStartAbove), 0.25, QRect(0, 0, 400, 200), 100.0);
+    Scope scope(TriggeredTwoSeconds(TriggerTypeCode::kStartAbove), 0.25, QRect(0, 0, 400, 200),
+                100.0);
     std::vector<double> batch = Ramp(60, 9);  // the whole range at once
     scope.Feed({batch});
     EXPECT_EQ(scope.draw->State(), RunState::kRunningAfterStart);
@@ -294,7 +295,7 @@ TEST(RunStateChanges, APaintThatFiresAndOneThatEndsAreTwo) {
 }
 
 TEST(RunStateChanges, ATimeRangeThatIsReachedExactlyIsNotCut) {
-    Scope scope(TwoSeconds(TriggerTypeCode::kStartAbove));
+    Scope scope(TriggeredTwoSeconds(TriggerTypeCode::kStartAbove));
     scope.Feed({{60}});
     scope.Feed({Ramp(61, 7)});
     EXPECT_EQ(scope.draw->State(), RunState::kRunningAfterStart);
@@ -331,13 +332,13 @@ TEST(RunStateChanges, OverAnAxisWithATimeScaleBothCoordinatesAreCut) {
 TEST(RunStateChanges, NaNFiresNothingAndInfinityDoes) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double inf = std::numeric_limits<double>::infinity();
-    Scope start(TwoSeconds(TriggerTypeCode::kStartAbove));
+    Scope start(TriggeredTwoSeconds(TriggerTypeCode::kStartAbove));
     start.Feed({{nan, -inf, nan}});
     EXPECT_EQ(start.draw->State(), RunState::kWaitingForStart);
     start.Feed({{nan, inf, nan}});
     EXPECT_EQ(start.draw->State(), RunState::kRunningAfterStart);
     EXPECT_EQ(start.Line().Size(), 2U);
-    Scope stop(TwoSeconds(TriggerTypeCode::kStopBelow));
+    Scope stop(TriggeredTwoSeconds(TriggerTypeCode::kStopBelow));
     stop.Feed({{nan, 99}});
     EXPECT_EQ(stop.draw->State(), RunState::kWaitingForStop);
     stop.Feed({{99, -inf, 99}});
@@ -346,7 +347,7 @@ TEST(RunStateChanges, NaNFiresNothingAndInfinityDoes) {
 }
 
 TEST(RunStateChanges, AStopTriggerStopsTheBuffersOfAllAxes) {
-    WavoGraph graph = TwoSeconds(TriggerTypeCode::kStopAbove);
+    WavoGraph graph = TriggeredTwoSeconds(TriggerTypeCode::kStopAbove);
     AddAxis(graph, "Y", ManualScale(0.0, 100.0));
     graph.YCoorAxDerivation[1] = 2;
     Scope scope(graph);
@@ -359,7 +360,7 @@ TEST(RunStateChanges, AStopTriggerStopsTheBuffersOfAllAxes) {
 TEST(RunStateChanges, AnUnknownTypeIsReportedOnlyWhileATriggerIsWaitedFor) {
     const std::string text = "GraphDraw::IsTrigger(): m_TriggerData[i].pTestTriggerEvent undefined";
     for (const int code : {0, -1, 6}) {
-        WavoGraph graph = TwoSeconds(TriggerTypeCode::kStopAbove);
+        WavoGraph graph = TriggeredTwoSeconds(TriggerTypeCode::kStopAbove);
         AddAxis(graph, "Y", ManualScale(0.0, 100.0), static_cast<TriggerTypeCode>(code));
         graph.Triggers = {graph.Triggers[1], graph.Triggers[0]};
         Scope scope(graph);
@@ -375,7 +376,7 @@ TEST(RunStateChanges, AnUnknownTypeIsReportedOnlyWhileATriggerIsWaitedFor) {
 }
 
 TEST(RunStateChanges, TheLastAxisWithATestDecidesWhateverComesAfterIt) {
-    WavoGraph graph = TwoSeconds(TriggerTypeCode::kStopAbove);
+    WavoGraph graph = TriggeredTwoSeconds(TriggerTypeCode::kStopAbove);
     AddAxis(graph, "Y", ManualScale(0.0, 100.0), TriggerTypeCode::kStartBelow, -1.0);
     AddAxis(graph, "Z", ManualScale(0.0, 100.0), static_cast<TriggerTypeCode>(9));
     const Scope scope(graph);
@@ -390,8 +391,8 @@ TEST(RunStateChanges, AGraphThatWaitsForItsStopTakesUpWhatItsBufferHolds) {
     }
     value.EmptyNewValues();
     CountingHost host;
-    GraphDraw draw(QRect(0, 0, 400, 200), TwoSeconds(TriggerTypeCode::kStopAbove), host, {}, 0.25,
-                   5, 3, {{&value}, nullptr});
+    GraphDraw draw(QRect(0, 0, 400, 200), TriggeredTwoSeconds(TriggerTypeCode::kStopAbove), host,
+                   {}, 0.25, 5, 3, {{&value}, nullptr});
     value.SetValue(60.0);
     value.SetValue(4.0);
     QImage image(400, 200, QImage::Format_RGB32);
@@ -408,8 +409,8 @@ TEST(RunStateChanges, ValuesHeldBeforeAGraphWasBuiltFireNothing) {
     }
     value.EmptyNewValues();
     CountingHost host;
-    GraphDraw draw(QRect(0, 0, 400, 200), TwoSeconds(TriggerTypeCode::kStartAbove), host, {}, 0.25,
-                   5, 3, {{&value}, nullptr});
+    GraphDraw draw(QRect(0, 0, 400, 200), TriggeredTwoSeconds(TriggerTypeCode::kStartAbove), host,
+                   {}, 0.25, 5, 3, {{&value}, nullptr});
     QImage image(400, 200, QImage::Format_RGB32);
     draw.DrawGraph(image, false);
     EXPECT_EQ(draw.State(), RunState::kWaitingForStart);

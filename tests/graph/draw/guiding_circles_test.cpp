@@ -5,9 +5,9 @@
 #include <QImage>
 #include <cmath>
 #include <functional>
-#include <limits>
 
 #include "drawing_fixture.h"
+#include "special_values.h"
 
 namespace wavo {
 namespace {
@@ -15,9 +15,6 @@ namespace {
 using testing::AutomaticScale;
 using testing::AxisGraph;
 using testing::ManualScale;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 ScaleLines XLines(const QRect& plot, double minimum, double maximum) {
     ScaleLines lines = VerticalScaleLines(plot, 5);
@@ -114,7 +111,7 @@ TEST(PlaceCircle, ThereIsNoneWithoutARadius) {
     const ScaleLines x = XLines(plot, -10, 10);
     const ScaleLines y = YLines(plot, -10, 10);
     EXPECT_TRUE(PlaceCircle(1.0, 1.0, x, y).has_value());
-    for (const double radius : {kNoRadius, kInfinity, -kInfinity, kNaN, 0.0, -1.0, 1e300}) {
+    for (const double radius : {kNoRadius, kInf, -kInf, kNaN, 0.0, -1.0, 1e300}) {
         EXPECT_FALSE(PlaceCircle(radius, 1.0, x, y).has_value()) << radius;
         EXPECT_FALSE(PlaceCircle(1.0, radius, x, y).has_value()) << radius;
     }

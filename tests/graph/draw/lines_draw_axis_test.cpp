@@ -8,6 +8,7 @@
 
 #include "drawing_fixture.h"
 #include "expect_errors.h"
+#include "special_values.h"
 #include "support/diagnostics.h"
 
 namespace wavo {
@@ -19,8 +20,6 @@ using testing::ExpectErrorLog;
 using testing::ManualScale;
 using testing::Ramp;
 using testing::TimeScale;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// A curve over a plot area of 0 to 400 x 0 to 200 pixels.
 struct Curve {

@@ -5,12 +5,10 @@
 #include <cmath>
 #include <limits>
 
+#include "special_values.h"
+
 namespace wavo {
 namespace {
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kMax = std::numeric_limits<double>::max();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 ScaleLines Horizontal(const std::vector<std::int32_t>& rows) {
     ScaleLines lines;

@@ -8,14 +8,12 @@
 #include <vector>
 
 #include "graph/draw/mapping.h"
+#include "special_values.h"
 
 namespace wavo {
 namespace {
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kMax = std::numeric_limits<double>::max();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kLeast = std::numeric_limits<double>::denorm_min();
+constexpr double kLeastDouble = std::numeric_limits<double>::denorm_min();
 
 struct Case {
     const char* name;
@@ -28,8 +26,8 @@ const std::vector<Case> kCases{
     {"far from 0", {1e9, 1e9 + 1e-3}},
     {"few doubles", {1.0, 1.0 + 5e-15}},
     {"tiny", {0.0, 1e-300}},
-    {"least", {0.0, kLeast}},
-    {"around 0", {-kLeast, kLeast}},
+    {"least", {0.0, kLeastDouble}},
+    {"around 0", {-kLeastDouble, kLeastDouble}},
     {"huge", {-1e300, 1e300}},
     {"whole", {-kMax, kMax}},
     {"constant", {5.0, 5.0}},
@@ -45,8 +43,8 @@ const std::vector<Case> kCases{
 
 /// Values around everything where a mapping may step.
 std::vector<double> Probes(const PixelEdges& edges, const ScaleLines& lines) {
-    std::vector<double> probes{0.0,   -0.0, 1.0,   -1.0,   kLeast, -kLeast, kMax,
-                               -kMax, kInf, -kInf, 1e-300, 1e300,  -1e300,  0.3};
+    std::vector<double> probes{0.0,   -0.0, 1.0,   -1.0,   kLeastDouble, -kLeastDouble, kMax,
+                               -kMax, kInf, -kInf, 1e-300, 1e300,        -1e300,        0.3};
     const auto add = [&](double value) {
         if (!std::isnan(value)) {
             probes.insert(probes.end(),

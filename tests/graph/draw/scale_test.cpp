@@ -6,13 +6,10 @@
 #include <limits>
 
 #include "expect_errors.h"
+#include "special_values.h"
 
 namespace wavo {
 namespace {
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kMax = std::numeric_limits<double>::max();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 ScaleDefinition Axis(ScaleAxCode kind, double minimum, double maximum) {
     return {ScaleTypeCode::kAxis, 3.0, kind, minimum, maximum};

@@ -6,21 +6,18 @@
 #include <cmath>
 #include <cstdint>
 #include <deque>
-#include <limits>
 #include <random>
 #include <vector>
 
 #include "expect_errors.h"
 #include "failing_memory.h"
+#include "special_values.h"
 
 namespace wavo {
 namespace {
 
 using testing::ExpectErrorLog;
 using testing::FailingMemory;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 /// A curve as a queue of samples, each with its time.
 class Model {

@@ -9,7 +9,6 @@
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <random>
 #include <string>
 #include <string_view>
@@ -18,6 +17,7 @@
 
 #include "expect_errors.h"
 #include "graph_file_fixture.h"
+#include "special_values.h"
 #include "support/number_text.h"
 #include "system_facts.h"
 
@@ -30,9 +30,6 @@ using testing::ReadResult;
 using testing::ReadText;
 using testing::TimeGraph;
 using testing::Value;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// What a graph is after it was stored: what the file holds, the rest at its default.
 WavoGraph NormalForm(const WavoGraph& graph) {
@@ -230,7 +227,7 @@ TEST(GraphFileRoundTrip, AnyListReadsBackAsItsNormalFormAndWritesTheSameBytes) {
 }
 
 TEST(GraphFileRoundTrip, ARadiusThatIsNoNumberIsWrittenAsNotSet) {
-    for (const double radius : {kInfinity, kNaN, kNoRadius}) {
+    for (const double radius : {kInf, kNaN, kNoRadius}) {
         MIniData store;
         WavoGraph graph = AxisGraph();
         graph.InnerGuidingCircleDX = radius;

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <map>
 #include <optional>
 #include <string>
@@ -10,12 +9,10 @@
 #include <utility>
 
 #include "link/axis_capabilities.h"
+#include "special_values.h"
 
 namespace wavo {
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 class TableOfLimits : public AxisLimitsSource {
  public:
@@ -128,11 +125,11 @@ TEST(WavoGraphTest, YScaleFollowsTheLimitsOfTheAxis) {
     const Row rows[] = {
         {-10.0, 5e9, -10.0, 1e8}, {-5e9, 10.0, -1e8, 10.0},
         {-1e8, 1e8, -1e8, 1e8},   {-100000001.0, 100000001.0, -1e8, 1e8},
-        {0.0, 0.0, 0.0, 0.0},     {-kInfinity, kInfinity, -1e8, 1e8},
+        {0.0, 0.0, 0.0, 0.0},     {-kInf, kInf, -1e8, 1e8},
         {kNaN, kNaN, -1e8, 1e8},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.lower << " to " << row.upper);
+        SCOPED_TRACE(::testing::Message() << row.lower << " to " << row.upper);
         TableOfLimits limits;
         limits.Add("C1", row.lower, row.upper);
         WavoGraph graph;

@@ -15,12 +15,10 @@
 
 #include "expect_errors.h"
 #include "graph/values/graph_value.h"
+#include "graph_value_texts.h"
 
 namespace wavo {
 namespace {
-
-const char* const kOverrun = "GraphValue::SetValue(): overrun last value fifo";
-const char* const kInvalidRange = "GraphValue::GetDefineTimeRangeValue(): invalid time range";
 
 class Model {
  public:

@@ -11,6 +11,8 @@
 #include <vector>
 
 #include "expect_errors.h"
+#include "graph_value_texts.h"
+#include "special_values.h"
 
 namespace wavo {
 namespace {
@@ -19,12 +21,7 @@ using ::testing::DoubleEq;
 using testing::ExpectErrorLog;
 using ::testing::Pointwise;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kLargest = std::numeric_limits<double>::max();
-
-const std::string kOverrun = "GraphValue::SetValue(): overrun last value fifo";
-const std::string kInvalidRange = "GraphValue::GetDefineTimeRangeValue(): invalid time range";
 
 std::vector<double> Held(const GraphValue& value) {
     std::vector<double> out;
@@ -78,8 +75,8 @@ TEST(GraphValueTest, CapacityIsTheTruncatedQuotient) {
         {-0.0001, 0.001, 0},
         {kNaN, 0.001, 0},
         {kLargest, 0.001, UINT64_MAX},
-        {kInfinity, 0.001, UINT64_MAX},
-        {-kInfinity, 0.001, 0},
+        {kInf, 0.001, UINT64_MAX},
+        {-kInf, 0.001, 0},
         {18446744073709551616.0, 1.0, UINT64_MAX},
         {18446744073709549568.0, 1.0, 18446744073709549568U},
     };
@@ -326,7 +323,7 @@ TEST(GraphValueTest, TimeRangeGivesTheNewestSamples) {
         {5.0, all, 2.0},
         {5.1, all, 2.0},
         {kLargest, all, 2.0},
-        {kInfinity, all, 2.0},
+        {kInf, all, 2.0},
         {-1.0, {}, 8.0},
         {-1e300, {}, 1e300},
     };
@@ -458,10 +455,10 @@ TEST(GraphValueTest, TheEndIsComputedBackFromTheReference) {
 TEST(GraphValueTest, DefinedRangesOfOddNumbersStayInside) {
     GraphValue value("X", 0.5, 5.0, 0);
     SetCounting(value, 14);
-    const double numbers[] = {0.0, 1.0, 4.9, 5.0, 5.1, 1e18, kLargest, kInfinity, kNaN};
+    const double numbers[] = {0.0, 1.0, 4.9, 5.0, 5.1, 1e18, kLargest, kInf, kNaN};
     for (const double from : numbers) {
         for (const double to : numbers) {
-            for (const double now : {0.0, 7.0, -7.0, kLargest, kInfinity, -kInfinity, kNaN}) {
+            for (const double now : {0.0, 7.0, -7.0, kLargest, kInf, -kInf, kNaN}) {
                 if (to - from < 0.0) {
                     continue;
                 }

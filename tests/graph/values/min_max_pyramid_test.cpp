@@ -4,15 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <random>
 #include <vector>
 
+#include "special_values.h"
+
 namespace wavo {
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 /// A ring of at most `limit` samples with its pyramid.
 struct Watched {

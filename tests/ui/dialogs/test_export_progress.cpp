@@ -12,7 +12,7 @@ namespace wavo {
 namespace {
 
 template <typename Widget>
-Widget& Control(ExportProgress& dialog, ExportProgressId id) {
+Widget& ProgressControl(ExportProgress& dialog, ExportProgressId id) {
     return *FindControl<Widget>(dialog, static_cast<int>(id));
 }
 
@@ -20,9 +20,9 @@ TEST(ExportProgress, ShowsTheRowsThatAreWritten) {
     ExportProgress dialog("/data/values.txt", nullptr);
     dialog.SetRows(250'000, 1'000'000);
     EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Save Values"));
-    EXPECT_EQ(Control<QLabel>(dialog, ExportProgressId::kRows).text(),
+    EXPECT_EQ(ProgressControl<QLabel>(dialog, ExportProgressId::kRows).text(),
               QStringLiteral("250000 of 1000000 rows"));
-    const auto& bar = Control<QProgressBar>(dialog, ExportProgressId::kBar);
+    const auto& bar = ProgressControl<QProgressBar>(dialog, ExportProgressId::kBar);
     EXPECT_EQ(bar.value() * 4, bar.maximum());
     EXPECT_EQ(dialog.windowModality(), Qt::WindowModal);
 }
@@ -30,7 +30,7 @@ TEST(ExportProgress, ShowsTheRowsThatAreWritten) {
 TEST(ExportProgress, MoreRowsThanCountInABarAreShownToo) {
     ExportProgress dialog("/data/values.txt", nullptr);
     dialog.SetRows(3ULL << 40U, 6ULL << 40U);
-    const auto& bar = Control<QProgressBar>(dialog, ExportProgressId::kBar);
+    const auto& bar = ProgressControl<QProgressBar>(dialog, ExportProgressId::kBar);
     EXPECT_EQ(bar.value() * 2, bar.maximum());
 }
 
@@ -38,7 +38,7 @@ TEST(ExportProgress, CancelIsTakenNoteOfAndTheWindowStays) {
     ExportProgress dialog("/data/values.txt", nullptr);
     dialog.show();
     EXPECT_FALSE(dialog.WasCancelled());
-    auto& cancel = Control<QPushButton>(dialog, ExportProgressId::kCancel);
+    auto& cancel = ProgressControl<QPushButton>(dialog, ExportProgressId::kCancel);
     EXPECT_EQ(cancel.text(), QStringLiteral("Cancel"));
     QTest::mouseClick(&cancel, Qt::LeftButton);
     EXPECT_TRUE(dialog.WasCancelled());

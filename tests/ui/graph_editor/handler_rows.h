@@ -35,6 +35,9 @@ inline void PrintTo(const Row& row, std::ostream* out) {
     *out << row.name;
 }
 
+/// What the traces of clicks begin with.
+inline const std::string kHandler = "CAxSelect::OnBnClicked";
+
 /// What the dialogs answer that the inputs open.
 inline const QColor kChosenColor(1, 2, 3);
 inline const TriggerEntry kChosenTrigger{TriggerTypeCode::kStopBelow, -2.5, "X"};

@@ -4,12 +4,6 @@ namespace wavo::testing {
 
 using enum EditorControl;
 
-namespace {
-
-const std::string kHandler = "CAxSelect::OnBnClicked";
-
-}  // namespace
-
 std::vector<Row> CoordinateRows() {
     return {
         {"TimeOfATimeGraph", TimeGraph, nullptr, {{kXIsTime}}, nullptr, {}, {}},

@@ -4,12 +4,6 @@ namespace wavo::testing {
 
 using enum EditorControl;
 
-namespace {
-
-const std::string kHandler = "CAxSelect::OnBnClicked";
-
-}  // namespace
-
 std::vector<Row> GraphRows() {
     return {
         {"GraphNumberThatIsThere", TimeGraph, nullptr, {{kGraphNumber, "1"}}, nullptr, {}, {}},
