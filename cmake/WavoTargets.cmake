@@ -8,6 +8,8 @@ else()
   set(WAVO_DRIVE "")
 endif()
 
+file(RELATIVE_PATH relative_source_folder ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+
 # Flags of everything that is ours.
 function(wavo_flags target)
   target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
@@ -17,6 +19,8 @@ function(wavo_flags target)
     -Wall -Wextra -Wpedantic
     # Reports name our own paths, relative to the repository.
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
+    # The same where a compiler cache has made them relative to the build folder.
+    -ffile-prefix-map=${relative_source_folder}/=
     # GCC 12 sees overlapping copies inside std::string where there are none.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
     $<$<COMPILE_LANGUAGE:CXX>:-Werror=switch>)
@@ -32,6 +36,12 @@ function(wavo_flags target)
   endif()
 endfunction()
 
+# Flags of tests: most of the time to compile them would be time to optimise code that runs once.
+function(wavo_test_flags target)
+  wavo_flags(${target})
+  target_compile_options(${target} PRIVATE -O${WAVO_TEST_OPTIMISATION})
+endfunction()
+
 # Programs for Windows: with a static Qt, the platform for tests is linked in beside the usual one.
 function(wavo_windows target)
   if(WIN32)
@@ -42,8 +52,8 @@ endfunction()
 # Most of the time to compile is time to read headers: sources of a target are compiled some at a
 # time (WAVO_UNITY), and headers that most of them include are read once (WAVO_PCH).
 function(wavo_compile_together target)
-  if(WAVO_UNITY)
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  if(WAVO_UNITY GREATER 1)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${WAVO_UNITY})
   endif()
   if(WAVO_PCH AND TARGET wavo_pch_${ARGV1})
     target_precompile_headers(${target} REUSE_FROM wavo_pch_${ARGV1})
@@ -62,7 +72,11 @@ function(wavo_precompiled kind)
   endif()
   add_library(wavo_pch_${kind} OBJECT ${source})
   target_link_libraries(wavo_pch_${kind} PRIVATE ${ARG_LINK})
-  wavo_flags(wavo_pch_${kind})
+  if(kind MATCHES "^test_")
+    wavo_test_flags(wavo_pch_${kind})
+  else()
+    wavo_flags(wavo_pch_${kind})
+  endif()
   target_precompile_headers(wavo_pch_${kind} PRIVATE ${ARG_HEADERS})
 endfunction()
 
@@ -95,18 +109,19 @@ function(wavo_library name)
   endif()
 endfunction()
 
-# wavo_test(<name> SOURCES ... LINK ... LABELS ... [EXCLUSIVE] [TIMEOUT <seconds>] [MAIN]):
+# wavo_test(<name> SOURCES ... LINK ... LABELS ... [EXCLUSIVE] [SHARDS <number>] [TIMEOUT <seconds>] [MAIN]):
 # a GoogleTest program. EXCLUSIVE: it uses names that exist once on a machine (the master's
-# segments), so it never runs beside another such test. MAIN: it brings its own main(). DEBUG_INFO: it
-# looks at the names and lines of its own functions.
+# segments); where it cannot have a place of its own for them, it never runs beside another such test.
+# SHARDS: that many processes, beside each other, run its tests. MAIN: it brings its own main().
+# DEBUG_INFO: it looks at the names and lines of its own functions.
 function(wavo_test name)
-  cmake_parse_arguments(ARG "DEBUG_INFO;EXCLUSIVE;MAIN" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "DEBUG_INFO;EXCLUSIVE;MAIN" "SHARDS;TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LINK} GTest::gmock)
   if(NOT ARG_MAIN)
     target_link_libraries(${name} PRIVATE wavo_test_main)
   endif()
-  wavo_flags(${name})
+  wavo_test_flags(${name})
   wavo_windows(${name})
   if(ARG_DEBUG_INFO)
     target_compile_options(${name} PRIVATE -g)
@@ -117,12 +132,35 @@ function(wavo_test name)
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
-  add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES
-    LABELS "${ARG_LABELS}"
-    TIMEOUT ${ARG_TIMEOUT}
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tools/lsan.supp;ASAN_OPTIONS=allocator_may_return_null=1:detect_stack_use_after_return=1")
-  if(ARG_EXCLUSIVE)
-    set_tests_properties(${name} PROPERTIES RESOURCE_LOCK machine_segments)
+  set(environment "QT_QPA_PLATFORM=offscreen"
+    "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tools/lsan.supp"
+    "ASAN_OPTIONS=allocator_may_return_null=1:detect_stack_use_after_return=1")
+  set(tests ${name})
+  if(ARG_SHARDS AND NOT WIN32)
+    set(tests)
+    math(EXPR last "${ARG_SHARDS} - 1")
+    foreach(shard RANGE ${last})
+      list(APPEND tests ${name}_${shard})
+    endforeach()
+  endif()
+  set(shard 0)
+  foreach(test ${tests})
+    add_test(NAME ${test} COMMAND ${name})
+    set(own_environment ${environment})
+    if(NOT test STREQUAL name)
+      list(APPEND own_environment GTEST_TOTAL_SHARDS=${ARG_SHARDS} GTEST_SHARD_INDEX=${shard})
+      math(EXPR shard "${shard} + 1")
+    endif()
+    set_tests_properties(${test} PROPERTIES
+      LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${own_environment}")
+    if(ARG_SHARDS)
+      set_tests_properties(${test} PROPERTIES COST 1000)  # the long ones first
+    endif()
+    if(ARG_EXCLUSIVE AND WIN32)
+      set_tests_properties(${test} PROPERTIES RESOURCE_LOCK machine_segments)
+    endif()
+  endforeach()
+  if(ARG_EXCLUSIVE AND NOT WIN32)
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/system/posix/private_segments.cpp)
   endif()
 endfunction()
