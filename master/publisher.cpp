@@ -310,10 +310,12 @@ bool MasterPublisher::Tend(ViewerMap::value_type& place) {
     if (viewer.batch_out || viewer.fifo.Waiting() == 0) {
         return true;
     }
-    const bool paced = m_options.announce_interval > std::chrono::nanoseconds::zero();
-    const Clock::time_point now = paced ? Clock::now() : Clock::time_point{};
-    if (paced && now - viewer.announced_at < m_options.announce_interval) {
-        return true;
+    std::optional<Clock::time_point> now;
+    if (m_options.announce_interval > std::chrono::nanoseconds::zero()) {
+        now = Clock::now();
+        if (viewer.announced_at && *now - *viewer.announced_at < m_options.announce_interval) {
+            return true;
+        }
     }
     if (!Tell(place, FromMaster::kValues, static_cast<std::uint64_t>(ValuesNotice::kNewValues))) {
         return platform::WindowExists(place.first);

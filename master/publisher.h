@@ -146,7 +146,7 @@ class MasterPublisher {
         bool reading_capabilities = false;  ///< between its two capability messages
         bool capabilities_stale = false;    ///< to be replaced when it has finished reading
         std::optional<Clock::time_point> batch_lost_at;
-        Clock::time_point announced_at{};  ///< last announcement
+        std::optional<Clock::time_point> announced_at;  ///< the last time, where that is paced
     };
     using ViewerMap = std::map<platform::WindowHandle, Viewer>;
 
