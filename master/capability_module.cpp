@@ -9,7 +9,7 @@
 namespace wavo::master {
 
 std::string CapabilityModuleName(platform::WindowHandle viewer) {
-    return kCapabilitySegmentPrefix + std::to_string(viewer);
+    return kCapabilitySegmentPrefix + std::to_string(static_cast<std::int32_t>(viewer));
 }
 
 platform::SharedSegment CreateCapabilityModule(platform::WindowHandle viewer,

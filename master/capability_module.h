@@ -21,7 +21,7 @@ struct AxisLimits {
 /// Longest axis name that a module can carry, in bytes.
 inline constexpr std::size_t kLongestLimitedAxisName = 255;
 
-/// Name of the module of the viewer with this window.
+/// Name of the module of the viewer with this window: its lower 32 bits as a signed number.
 std::string CapabilityModuleName(platform::WindowHandle viewer);
 
 /// Creates the viewer's module with one record per entry, in their order. A viewer that opens it

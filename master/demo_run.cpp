@@ -266,7 +266,7 @@ void DemoRun::Finish() {
     }
     const std::vector<ViewerState> viewers = m_publisher->Viewers();
     m_publisher->End();
-    if (m_status_shown) {
+    if (m_status_due) {
         std::fprintf(stderr, "\n");
     }
     for (const ViewerState& viewer : viewers) {
@@ -278,11 +278,10 @@ void DemoRun::Finish() {
 void DemoRun::ShowStatus() {
     static const bool is_seen = platform::StandardErrorIsTerminal();
     const Clock::time_point now = Clock::now();
-    if (!is_seen || now < m_status_due) {
+    if (!is_seen || (m_status_due && now < *m_status_due)) {
         return;
     }
     m_status_due = now + std::chrono::seconds(1);
-    m_status_shown = true;
     const Counters total = m_publisher->Total();
     std::fprintf(stderr,
                  "\r\x1b[Kline %" PRIu64 ", viewers %zu, lines sent %" PRIu64

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -50,10 +51,9 @@ class DemoRun {
     bool m_fault_made = false;
     bool m_abandoned = false;  ///< the last viewer disconnected or vanished
     bool m_standing_still = true;
-    std::uint64_t m_timed_from = 0;  ///< line that m_time_origin belongs to
-    Clock::time_point m_time_origin;
-    Clock::time_point m_status_due;
-    bool m_status_shown = false;
+    std::uint64_t m_timed_from = 0;                 ///< line that m_time_origin belongs to
+    Clock::time_point m_time_origin;                ///< set where m_standing_still ends
+    std::optional<Clock::time_point> m_status_due;  ///< of the next status; nothing: none was shown
 };
 
 }  // namespace wavo::master

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <cmath>
 #include <cstring>
+#include <set>
+#include <string_view>
 #include <utility>
 
 #include "link/wire_format.h"
@@ -36,9 +38,13 @@ bool NamesFit(const std::vector<AxisLimits>& limits) {
 /// Empty when these options can be published, else why not.
 std::string WhyNot(const PublisherOptions& options) {
     std::size_t name_bytes = 0;
+    std::set<std::string_view> names;
     for (const std::string& name : options.axis_names) {
         if (name.empty() || name.find('\0') != std::string::npos) {
             return "an axis name is empty or holds a NUL character";
+        }
+        if (!names.insert(name).second) {
+            return "two axes are named " + name;
         }
         name_bytes += name.size() + 1;
     }
@@ -117,6 +123,15 @@ std::unique_ptr<MasterPublisher> MasterPublisher::Start(PublisherOptions options
             self->Forget(viewer);
         }
     });
+    publisher->m_window->SetPeerRefusedHandler(
+        [self](platform::WindowHandle window, const char* why) {
+            if (const auto viewer = self->m_viewers.find(window); viewer != self->m_viewers.end()) {
+                // Its connection was closed, which it takes for the end of this master.
+                MERRLOG("MasterPublisher: viewer %llu is dropped, it wrote %s",
+                        static_cast<unsigned long long>(window), why);
+                self->Forget(viewer);
+            }
+        });
     // No master runs: all that is published is left over from one that died.
     platform::RemoveLeftoverSegments(kValueSegmentPrefix);
     platform::RemoveLeftoverSegments(kCapabilitySegmentPrefix);
@@ -216,7 +231,7 @@ void MasterPublisher::Connect(platform::WindowHandle window) {
         RenewCapabilities(*place);
     }
     if (!m_options.limits.empty()) {
-        Tell(*place, FromMaster::kCapabilitiesChanged);
+        TellCapabilities(*place);
     }
     if (is_new) {
         Notify(m_events.connected, StateOf(window, true, viewer.counters));
@@ -266,9 +281,13 @@ void MasterPublisher::CapabilitiesRead(ViewerMap::iterator place) {
     if (std::exchange(viewer.capabilities_stale, false)) {
         RenewCapabilities(*place);
         if (viewer.connected) {
-            Tell(*place, FromMaster::kCapabilitiesChanged);
+            TellCapabilities(*place);
         }
     }
+}
+
+void MasterPublisher::TellCapabilities(ViewerMap::value_type& place) {
+    place.second.capabilities_due = !Tell(place, FromMaster::kCapabilitiesChanged);
 }
 
 void MasterPublisher::Publish(std::span<const double> line) {
@@ -292,12 +311,15 @@ void MasterPublisher::Fill(ViewerMap::value_type& place, std::span<const double>
     Notify(m_events.overrun, StateOf(place.first, true, viewer.counters));
 }
 
-/// Posts what is due to a viewer: the overrun, or the next batch. What finds the viewer's queue
-/// full is tried again. Returns false when the viewer is gone.
+/// Posts what is due to a viewer: news of its limits, the overrun, or the next batch. What finds
+/// the viewer's queue full is tried again. Returns false when the viewer is gone.
 bool MasterPublisher::Tend(ViewerMap::value_type& place) {
     Viewer& viewer = place.second;
     if (!viewer.connected) {
         return true;
+    }
+    if (viewer.capabilities_due) {
+        TellCapabilities(place);
     }
     if (viewer.overrun) {
         viewer.overrun_told = viewer.overrun_told || Tell(place, FromMaster::kOverrun);
@@ -310,10 +332,12 @@ bool MasterPublisher::Tend(ViewerMap::value_type& place) {
     if (viewer.batch_out || viewer.fifo.Waiting() == 0) {
         return true;
     }
-    const bool paced = m_options.announce_interval > std::chrono::nanoseconds::zero();
-    const Clock::time_point now = paced ? Clock::now() : Clock::time_point{};
-    if (paced && now - viewer.announced_at < m_options.announce_interval) {
-        return true;
+    std::optional<Clock::time_point> now;
+    if (m_options.announce_interval > std::chrono::nanoseconds::zero()) {
+        now = Clock::now();
+        if (viewer.announced_at && *now - *viewer.announced_at < m_options.announce_interval) {
+            return true;
+        }
     }
     if (!Tell(place, FromMaster::kValues, static_cast<std::uint64_t>(ValuesNotice::kNewValues))) {
         return platform::WindowExists(place.first);
@@ -424,7 +448,7 @@ bool MasterPublisher::CapabilitiesChanged(std::vector<AxisLimits> limits) {
         }
         RenewCapabilities(place);
         if (place.second.connected) {
-            Tell(place, FromMaster::kCapabilitiesChanged);
+            TellCapabilities(place);
         }
     }
     return true;

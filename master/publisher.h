@@ -145,8 +145,9 @@ class MasterPublisher {
         bool told_anything = false;         ///< its vanishing will be noticed
         bool reading_capabilities = false;  ///< between its two capability messages
         bool capabilities_stale = false;    ///< to be replaced when it has finished reading
+        bool capabilities_due = false;      ///< the news of them is still to be posted
         std::optional<Clock::time_point> batch_lost_at;
-        Clock::time_point announced_at{};  ///< last announcement
+        std::optional<Clock::time_point> announced_at;  ///< the last time, where that is paced
     };
     using ViewerMap = std::map<platform::WindowHandle, Viewer>;
 
@@ -165,6 +166,7 @@ class MasterPublisher {
     bool Tell(ViewerMap::value_type& viewer, FromMaster number, std::uint64_t w_param = 0);
     bool RenewFifo(ViewerMap::value_type& viewer);
     void RenewCapabilities(ViewerMap::value_type& viewer);
+    void TellCapabilities(ViewerMap::value_type& viewer);
     ViewerMap::iterator Forget(ViewerMap::iterator viewer);
 
     PublisherOptions m_options;

@@ -22,6 +22,9 @@ class CoreWindow final : public MessageWindow {
     void SetPeerGoneHandler(PeerGone handler) override {
         m_core->SetPeerGoneHandler(std::move(handler));
     }
+    void SetPeerRefusedHandler(PeerRefused handler) override {
+        m_core->SetPeerRefusedHandler(std::move(handler));
+    }
 
     bool Post(WindowHandle target, const Message& message) override {
         return m_core->Post(target, message);

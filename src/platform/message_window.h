@@ -56,6 +56,11 @@ class MessageWindow {
     /// closed it. Called from Dispatch, once per vanishing: at once on POSIX, within some 200 ms on
     /// Windows.
     using PeerGone = std::function<void(WindowHandle)>;
+    /// Told the handle of a window that this one has posted or sent to and whose process wrote to
+    /// this one what is no message, and in words what that was (static storage). Its connection is
+    /// closed: what it posts there gets lost. Called from Dispatch, after what came before it was
+    /// handled. Never on Windows, where the system carries the messages.
+    using PeerRefused = std::function<void(WindowHandle, const char*)>;
 
     static constexpr std::chrono::milliseconds kSendTimeout{900};
 
@@ -69,6 +74,7 @@ class MessageWindow {
     [[nodiscard]] virtual WindowHandle handle() const = 0;
 
     virtual void SetPeerGoneHandler(PeerGone handler) = 0;
+    virtual void SetPeerRefusedHandler(PeerRefused handler) = 0;
 
     /// Queues a message for `target`. Returns false when there is no such window, its queue is full
     /// or, on Windows, this program may not reach it; LastError() tells which.

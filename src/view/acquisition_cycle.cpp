@@ -21,6 +21,9 @@ constexpr char kGone[] =
 constexpr char kLinkEnded[] = "The master process (Dorvane) has ended the link";
 constexpr char kHung[] = "The master process (Dorvane) does not respond";
 constexpr char kOverrun[] = "The value fifo ran over: Machine Data > Connect to go on";
+constexpr char kNoMessage[] =
+    "The master process (Dorvane) wrote what is no message, see the error log: "
+    "Machine Data > Connect to go on";
 constexpr char kDamaged[] =
     "The value fifo is damaged, see the error log: Machine Data > Connect to go on";
 
@@ -466,6 +469,15 @@ void AcquisitionCycle::OnPeerGone(platform::WindowHandle window) {
         CloseReader();
         ForgetMaster(kGone);
     }
+}
+
+void AcquisitionCycle::OnPeerRefused(platform::WindowHandle window, const char* why) {
+    if (!IsMasterKnown() || window != m_info.master_window || m_link_broken) {
+        return;
+    }
+    MERRLOG("AcquisitionCycle::OnPeerRefused(): the master's connection was closed, it wrote %s",
+            why);
+    BreakLink(kNoMessage);
 }
 
 void AcquisitionCycle::ForgetMaster(const std::string& why) {

@@ -2,8 +2,8 @@
 // graphs, and the answer to the master.
 //
 // States: not connected (no master window); connected with the reader closed (until the first
-// batch); connected with the reader open; link broken (after an overrun, or when the value FIFO was
-// found damaged: reader closed, master window kept).
+// batch); connected with the reader open; link broken (after an overrun, when the value FIFO was
+// found damaged, or when the master wrote what is no message: reader closed, master window kept).
 //
 // Invariants:
 // 1. Each successful batch is answered by exactly one "ready for new values": after it was drawn
@@ -102,6 +102,10 @@ class AcquisitionCycle {
 
     /// A window that the viewer has talked to has vanished without a word.
     void OnPeerGone(platform::WindowHandle window);
+
+    /// A window that the viewer has talked to wrote what is no message, as `why` tells: no batch of
+    /// it can be relied on any more.
+    void OnPeerRefused(platform::WindowHandle window, const char* why);
 
     /// Sends the "ready for new values" that is owed, if any: the end of each drawing step.
     void SendPendingReady();

@@ -12,7 +12,8 @@ MessagePump::MessagePump() = default;
 MessagePump::~MessagePump() = default;
 
 bool MessagePump::Open(platform::MessageWindow::Handler handler,
-                       platform::MessageWindow::PeerGone peer_gone) {
+                       platform::MessageWindow::PeerGone peer_gone,
+                       platform::MessageWindow::PeerRefused peer_refused) {
     std::string error;
     m_window = platform::MessageWindow::Create(std::move(handler), &error);
     if (m_window == nullptr) {
@@ -20,6 +21,7 @@ bool MessagePump::Open(platform::MessageWindow::Handler handler,
         return false;
     }
     m_window->SetPeerGoneHandler(std::move(peer_gone));
+    m_window->SetPeerRefusedHandler(std::move(peer_refused));
     if (const int descriptor = m_window->PollDescriptor(); descriptor >= 0) {
         m_notifier = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
         QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),

@@ -18,9 +18,10 @@ class MessagePump : public MasterChannel {
     ~MessagePump() override;
 
     /// Makes the window and watches it. `handler` gets the messages, `peer_gone` the windows that
-    /// vanished. False on failure; the reason goes to the error log.
-    bool Open(platform::MessageWindow::Handler handler,
-              platform::MessageWindow::PeerGone peer_gone);
+    /// vanished, `peer_refused` those that wrote what is no message. False on failure; the reason
+    /// goes to the error log.
+    bool Open(platform::MessageWindow::Handler handler, platform::MessageWindow::PeerGone peer_gone,
+              platform::MessageWindow::PeerRefused peer_refused = nullptr);
 
     [[nodiscard]] platform::WindowHandle OwnWindow() const override;
     bool Post(platform::WindowHandle master, ToMaster number, std::uint64_t w_param) override;

@@ -130,7 +130,10 @@ void CWavoView::ShowWriteFault(const std::string& path) {
 bool CWavoView::OpenMessageWindow() {
     if (m_pump.OwnWindow() != 0 ||
         m_pump.Open([this](const platform::Message& message) { return m_cycle.OnMessage(message); },
-                    [this](platform::WindowHandle window) { m_cycle.OnPeerGone(window); })) {
+                    [this](platform::WindowHandle window) { m_cycle.OnPeerGone(window); },
+                    [this](platform::WindowHandle window, const char* why) {
+                        m_cycle.OnPeerRefused(window, why);
+                    })) {
         return true;
     }
     SetPaneText(StatusPane::kMessage, kNoMessageWindow);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QTest>
 #include <algorithm>
@@ -29,16 +30,19 @@ bool InfoBlockIsThere() {
 
 }  // namespace
 
-DemoMaster::DemoMaster(const QStringList& arguments) {
+DemoMaster::DemoMaster(const QStringList& arguments)
+    : DemoMaster(QStringLiteral("demo_master"), QStringLiteral(WAVO_DEMO_MASTER), arguments) {}
+
+DemoMaster::DemoMaster(const QString& name, const QString& program, const QStringList& arguments) {
     QObject::connect(&m_process, &QProcess::readyReadStandardOutput, [this] { ReadOutput(); });
     m_process.setProcessChannelMode(QProcess::MergedChannels);
-    m_process.start(QStringLiteral(WAVO_DEMO_MASTER), arguments);
+    m_process.start(program, arguments);
     // The line is printed after the info block was published.
     if (!m_process.waitForStarted() ||
-        !QTest::qWaitFor(
-            [this] { return m_output.contains(QStringLiteral("demo_master: window")); }, 10000) ||
+        !QTest::qWaitFor([&] { return m_output.contains(name + QStringLiteral(": window")); },
+                         10000) ||
         !InfoBlockIsThere()) {
-        ADD_FAILURE() << "demo_master did not start: " << m_output.toStdString();
+        ADD_FAILURE() << name.toStdString() << " did not start: " << m_output.toStdString();
     }
 }
 
@@ -57,6 +61,16 @@ DemoMaster::~DemoMaster() {
 
 void DemoMaster::ReadOutput() {
     m_output += QString::fromUtf8(m_process.readAllStandardOutput());
+}
+
+bool DemoMaster::WaitForOutputAlone(const QString& text) {
+    QElapsedTimer clock;
+    clock.start();
+    while (!m_output.contains(text) && !clock.hasExpired(20000)) {
+        m_process.waitForReadyRead(100);
+        ReadOutput();
+    }
+    return m_output.contains(text);
 }
 
 std::optional<MasterTotals> DemoMaster::End() {

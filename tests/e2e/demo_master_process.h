@@ -1,4 +1,4 @@
-// demo_master as a process of its own, and the recordings that it plays.
+// demo_master, or another master, as a process of its own, and the recordings that it plays.
 #pragma once
 
 #include <QProcess>
@@ -22,6 +22,8 @@ class DemoMaster {
  public:
     /// Starts the program and waits until its info block is there.
     explicit DemoMaster(const QStringList& arguments);
+    /// The same with another program, which says "<name>: window" then.
+    DemoMaster(const QString& name, const QString& program, const QStringList& arguments);
     ~DemoMaster();
     DemoMaster(const DemoMaster&) = delete;
     DemoMaster& operator=(const DemoMaster&) = delete;
@@ -37,6 +39,8 @@ class DemoMaster {
 
     [[nodiscard]] bool IsRunning() const { return m_process.state() != QProcess::NotRunning; }
     [[nodiscard]] QString Output() const { return m_output; }
+    /// Waits until it has said so, while the viewer handles no event. False after 20 s.
+    bool WaitForOutputAlone(const QString& text);
 
  private:
     void ReadOutput();

@@ -1,13 +1,20 @@
 // What a dead master or a blocked folder leaves behind on POSIX systems.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 #include <QFile>
 #include <QTemporaryDir>
 #include <clocale>
+#include <cstring>
 
 #include "expect_errors.h"
+#include "link/master_info.h"
+#include "platform/posix/descriptor.h"
+#include "platform/posix/message_packet.h"
 #include "system/other_process.h"
+#include "view/message_pump.h"
 #include "viewer_fixture.h"
 
 namespace wavo::testing {
@@ -21,6 +28,24 @@ using ::testing::SizeIs;
 class Posix : public Viewer {
  protected:
     QAction& ConnectAction() { return *m_frame->Action(CommandId::kConnect); }
+
+    /// A connection to the viewer as the one of the master that it knows.
+    platform::Descriptor ConnectionAsMaster() {
+        const std::string path = qEnvironmentVariable("XDG_RUNTIME_DIR").toStdString() + "/wavo/" +
+                                 std::to_string(View().Window());
+        platform::Descriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::memcpy(address.sun_path, path.c_str(), path.size());
+        EXPECT_EQ(
+            ::connect(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+            0);
+        MasterInfo master;
+        EXPECT_EQ(ReadMasterInfo(MessagePump(), master), MasterInfoStatus::kPresent);
+        const platform::MessagePacket hello{.w_param = master.master_window};
+        EXPECT_EQ(::send(socket.number(), &hello, sizeof hello, MSG_NOSIGNAL), 40);
+        return socket;
+    }
 };
 
 TEST_F(Posix, AViewerThatCouldNotMakeItsWindowTriesAgainAtConnect) {
@@ -71,6 +96,30 @@ TEST_F(Posix, AfterBothHaveEndedNothingIsLeftBehind) {
         ASSERT_TRUE(master.End());
     }
     EXPECT_THAT(NamesInUse(), IsEmpty());
+}
+
+TEST_F(Posix, AMasterThatWritesWhatIsNoMessageIsNotConnectedUntilConnect) {
+    DemoMaster master({"--motion", "circle"});
+    Open({"X"});
+    ASSERT_TRUE(WaitForLines(100));
+    const platform::Descriptor socket = ConnectionAsMaster();
+    ASSERT_EQ(::send(socket.number(), "garbage", 7, MSG_NOSIGNAL), 7);
+    {
+        const ExpectAnyErrorLog expected;
+        ASSERT_TRUE(
+            WaitForMessage("The master process (Dorvane) wrote what is no message, see the "
+                           "error log: Machine Data > Connect to go on"));
+        EXPECT_TRUE(expected.Saw(
+            "AcquisitionCycle::OnPeerRefused(): the master's connection was closed, it wrote a "
+            "packet that is not 40 bytes long"));
+    }
+    EXPECT_FALSE(Cycle().IsReaderOpen());
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+    const std::uint64_t before = Cycle().TotalLines();
+    ASSERT_TRUE(ConnectAction().isEnabled());
+    ConnectAction().trigger();
+    ASSERT_TRUE(WaitForLines(before + 300));
+    EXPECT_EQ(Message(), "Connected to the master process (Dorvane)");
 }
 
 TEST_F(Posix, TheLocaleIsTheUsersExceptForNumbers) {

@@ -119,6 +119,14 @@ TEST_F(ProtocolDocumentTest, Packets) {
     ExpectRow(static_cast<std::size_t>(PacketKind::kReply), "reply");
 }
 
+TEST_F(ProtocolDocumentTest, NumbersOfWindowsInNames) {
+    for (const platform::WindowHandle window : {0xA01F2ULL, 0xFFFFFFFF80010234ULL}) {
+        const std::string fifo = kValueSegmentPrefix + std::to_string(window);
+        EXPECT_THAT(m_text, HasSubstr("`" + fifo + "` | "));
+        EXPECT_THAT(m_text, HasSubstr("| `" + CapabilityModuleName(window) + "` |"));
+    }
+}
+
 TEST_F(ProtocolDocumentTest, Times) {
     EXPECT_EQ(platform::MessageWindow::kSendTimeout, std::chrono::milliseconds(900));
     EXPECT_THAT(m_text, HasSubstr("waits 0.9 seconds for a reply"));

@@ -306,6 +306,14 @@ TEST_F(PublisherLinkTest, ModuleHoldsTheRecordsAtTheirOffsets) {
     EXPECT_EQ(module.Get<double>(4 + 296 + 288), 0.01);
 }
 
+TEST_F(PublisherLinkTest, TheModuleIsNamedByTheSigned32BitsOfTheWindow) {
+    EXPECT_EQ(CapabilityModuleName(4711), "DataModCap4711");
+    EXPECT_EQ(CapabilityModuleName(0x7FFFFFFF), "DataModCap2147483647");
+    // Where handles of windows are extended with their sign.
+    EXPECT_EQ(CapabilityModuleName(0xFFFFFFFF80010234), "DataModCap-2147417548");
+    EXPECT_EQ(CapabilityModuleName(0x80010234), "DataModCap-2147417548");
+}
+
 TEST_F(PublisherLinkTest, WithoutLimitsNothingIsAnnouncedAndTheModuleIsEmpty) {
     PublisherOptions options = TwoAxes();
     options.limits.clear();

@@ -196,6 +196,86 @@ TEST_F(PacketTest, APeerThatAnswersGarbageCountsAsGone) {
     EXPECT_EQ(gone, (std::vector<WindowHandle>{123, 123}));
 }
 
+/// A window by hand, which lets everybody wait.
+class Listener {
+ public:
+    explicit Listener(const sockaddr_un& address)
+        : m_socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)) {
+        EXPECT_EQ(
+            ::bind(m_socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+            0);
+        EXPECT_EQ(::listen(m_socket.number(), 5), 0);
+    }
+
+ private:
+    Descriptor m_socket;
+};
+
+TEST_F(PacketTest, APeerThatWroteGarbageIsToldOfBehindItsMessages) {
+    const Listener listener(AddressOf(4711));
+    std::vector<std::string> told;
+    m_window->SetPeerRefusedHandler([&](WindowHandle peer, const char* why) {
+        told.push_back(std::to_string(peer) + " after " + std::to_string(m_seen.size()) + ": " +
+                       why);
+    });
+    const auto write = [&](const std::vector<MessagePacket>& packets, std::size_t last_size = 40) {
+        const Descriptor socket = Connect();
+        for (const MessagePacket& packet : packets) {
+            const bool is_last = &packet == &packets.back();
+            ASSERT_TRUE(Write(socket, &packet, is_last ? last_size : sizeof packet));
+        }
+        DispatchAll();
+    };
+    const MessagePacket hello = Packet(PacketKind::kHello);
+    // Nobody that this window talks to: there is nobody to tell of.
+    write({hello, Packet(PacketKind::kReply)});
+    EXPECT_EQ(told, std::vector<std::string>{});
+    ASSERT_TRUE(m_window->Post(4711, {1}));
+    MessagePacket head = hello;
+    head.version = 2;
+    MessagePacket nobody = hello;
+    nobody.w_param = 0;
+    write({hello, Packet(PacketKind::kPost, 1), Packet(PacketKind::kPost, 2), hello});
+    write({hello, Packet(PacketKind::kReply)});
+    write({hello, Packet(static_cast<PacketKind>(9))});
+    write({hello, Packet(PacketKind::kPost)}, 39);
+    // Without a true hello it is known by its process.
+    write({Packet(PacketKind::kPost)});
+    write({head});
+    write({nobody});
+    EXPECT_EQ(told, (std::vector<std::string>{
+                        "4711 after 2: a second hello",
+                        "4711 after 2: a reply to nothing that was sent there",
+                        "4711 after 2: a packet of unknown kind",
+                        "4711 after 2: a packet that is not 40 bytes long",
+                        "4711 after 2: a first packet that is no hello",
+                        "4711 after 2: a packet of another magic or version",
+                        "4711 after 2: a hello with a number that no window has",
+                    }));
+    // Who closes or says nothing has done nothing wrong.
+    told.clear();
+    write({hello, Packet(PacketKind::kPost, 3)});
+    { const Descriptor silent = Connect(); }
+    DispatchAll();
+    EXPECT_EQ(told, std::vector<std::string>{});
+    EXPECT_EQ(m_seen.size(), 3U);
+}
+
+TEST_F(PacketTest, AFloodOfGarbageIsToldOnceAtATime) {
+    const Listener listener(AddressOf(4711));
+    ASSERT_TRUE(m_window->Post(4711, {1}));
+    int told = 0;
+    m_window->SetPeerRefusedHandler([&](WindowHandle, const char*) { ++told; });
+    std::vector<Descriptor> sockets;
+    for (int i = 0; i < 30; ++i) {
+        sockets.push_back(Connect());
+        Write(sockets.back(), Packet(PacketKind::kReply));
+    }
+    DispatchAll();
+    EXPECT_EQ(told, 1);
+    ExpectWorks();
+}
+
 TEST_F(PacketTest, AReplyWithAnotherNumberIsDropped) {
     const Descriptor listener(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
     const sockaddr_un address = AddressOf(123);

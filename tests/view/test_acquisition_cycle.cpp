@@ -548,6 +548,41 @@ TEST_F(Cycle, AnotherWindowThatVanishesChangesNothing) {
     EXPECT_TRUE(m_cycle.IsReaderOpen());
 }
 
+TEST_F(Cycle, AMasterThatWroteWhatIsNoMessageIsNoLongerConnected) {
+    ConnectAndTakeFirstBatch();
+    {
+        const ExpectErrorLog expected(
+            {"AcquisitionCycle::OnPeerRefused(): the master's connection was closed, it wrote a "
+             "second hello"});
+        m_cycle.OnPeerRefused(FakeMasterChannel::kMaster, "a second hello");
+        m_cycle.OnPeerRefused(FakeMasterChannel::kMaster, "more of it");
+    }
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kDisconnect));
+    EXPECT_FALSE(m_cycle.IsReaderOpen());
+    EXPECT_THAT(Held("X1"), ElementsAre(1.0));
+    EXPECT_EQ(m_host.panes[StatusPane::kMessage],
+              "The master process (Dorvane) wrote what is no message, see the error log: "
+              "Machine Data > Connect to go on");
+    ASSERT_TRUE(m_cycle.CanConnect());
+    EXPECT_THAT(m_host.Take(), IsEmpty());
+    m_cycle.ConnectByUser();
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kConnect));
+    NewFifo();
+    m_fifo->Write(2.0);
+    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    EXPECT_THAT(Held("X1"), ElementsAre(2.0));
+    EXPECT_EQ(m_host.panes[StatusPane::kMessage], "Connected to the master process (Dorvane)");
+    EXPECT_FALSE(m_cycle.CanConnect());
+}
+
+TEST_F(Cycle, AnotherWindowThatWroteWhatIsNoMessageChangesNothing) {
+    ConnectAndTakeFirstBatch();
+    m_cycle.OnPeerRefused(99, "garbage");
+    EXPECT_THAT(m_channel.Take(), IsEmpty());
+    EXPECT_TRUE(m_cycle.IsReaderOpen());
+    EXPECT_FALSE(m_cycle.CanConnect());
+}
+
 TEST_F(Cycle, AMasterThatIsGoneWhenTheReadyIsSentIsForgotten) {
     ConnectAndTakeFirstBatch();
     m_fifo->Write(2.0);

@@ -13,7 +13,8 @@
 // Invariants:
 // 1. The first packet of a connection is kHello, and no later one is.
 // 2. Every kSend is answered by one kReply on the same connection, unless one side closes it.
-// 3. A packet of another size, magic, version or an unexpected kind ends the connection.
+// 3. A packet of another size, magic, version or an unexpected kind ends the connection. Who reads
+//    it then relies on that peer no more: MessageWindow::PeerRefused.
 // 4. The end of the connection tells the connector that the window is gone.
 #pragma once
 

@@ -7,6 +7,15 @@
 
 namespace wavo::platform {
 
+namespace {
+
+bool AskForPeer(int socket, ucred* peer) noexcept {
+    socklen_t size = sizeof *peer;
+    return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, peer, &size) == 0;
+}
+
+}  // namespace
+
 ReadStatus ReadPacket(int socket, MessagePacket* packet) noexcept {
     bool was_reset = false;
     for (;;) {
@@ -16,10 +25,10 @@ ReadStatus ReadPacket(int socket, MessagePacket* packet) noexcept {
         if (size == static_cast<ssize_t>(sizeof *packet)) {
             return packet->magic == kPacketMagic && packet->version == kPacketVersion
                        ? ReadStatus::kPacket
-                       : ReadStatus::kEnded;
+                       : ReadStatus::kWrongHead;
         }
         if (size >= 0) {
-            return ReadStatus::kEnded;
+            return size == 0 ? ReadStatus::kEnded : ReadStatus::kWrongSize;
         }
         if (errno == EINTR) {
             continue;
@@ -54,11 +63,12 @@ WriteStatus WritePacket(int socket, const MessagePacket& packet) noexcept {
 
 bool PeerIsTrusted(int socket) noexcept {
     ucred peer{};
-    socklen_t size = sizeof peer;
-    if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
-        return false;
-    }
-    return peer.uid == ::geteuid() || peer.uid == 0;
+    return AskForPeer(socket, &peer) && (peer.uid == ::geteuid() || peer.uid == 0);
+}
+
+int PeerProcess(int socket) noexcept {
+    ucred peer{};
+    return AskForPeer(socket, &peer) ? peer.pid : 0;
 }
 
 }  // namespace wavo::platform

@@ -6,9 +6,11 @@
 namespace wavo::platform {
 
 enum class ReadStatus {
-    kPacket,   ///< a packet of the right size, magic and version was read
-    kNothing,  ///< nothing waits
-    kEnded,    ///< the other side closed, or what it wrote is no packet: close the socket
+    kPacket,     ///< a packet of the right size, magic and version was read
+    kNothing,    ///< nothing waits
+    kEnded,      ///< the other side closed: close the socket
+    kWrongSize,  ///< what it wrote is no packet, by its size: close the socket
+    kWrongHead,  ///< ... by its magic or version
 };
 
 /// Reads one packet into `*packet`. Never blocks. What the peer wrote before it closed is read
@@ -26,5 +28,8 @@ WriteStatus WritePacket(int socket, const MessagePacket& packet) noexcept;
 
 /// Whether the process at the other end belongs to this user or to root.
 bool PeerIsTrusted(int socket) noexcept;
+
+/// Number of the process that made the other end; 0 when it cannot be told.
+int PeerProcess(int socket) noexcept;
 
 }  // namespace wavo::platform

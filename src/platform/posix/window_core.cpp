@@ -174,6 +174,7 @@ void WindowCore::Close() noexcept {
     m_incoming.clear();
     m_silent.clear();
     m_queue.clear();
+    m_refusals.clear();
     m_vanished.clear();
 }
 
@@ -186,6 +187,10 @@ std::int64_t WindowCore::Call(const Message& message) {
 
 void WindowCore::SetPeerGoneHandler(MessageWindow::PeerGone handler) {
     m_peer_gone = std::move(handler);
+}
+
+void WindowCore::SetPeerRefusedHandler(MessageWindow::PeerRefused handler) {
+    m_peer_refused = std::move(handler);
 }
 
 bool WindowCore::Post(WindowHandle target, const Message& message) {
@@ -307,15 +312,24 @@ void WindowCore::HandleQueued() {
             from->paused = !Watch(from->socket.number(), from->id, EPOLLIN, EPOLL_CTL_ADD);
         }
     }
-    if (item.gone == 0) {
+    if (item.peer == 0) {
         Call(item.message);
-        return;
+    } else {
+        TellNews(item);
     }
+}
+
+void WindowCore::TellNews(const Queued& news) {
     ++m_handled;
     UpdateSignal();
-    // A copy: the handler may set another one.
-    if (const MessageWindow::PeerGone peer_gone = m_peer_gone) {
-        peer_gone(item.gone);
+    // Copies: the handlers may set other ones.
+    if (news.refused_for != nullptr) {
+        m_refusals.erase(news.peer);
+        if (const MessageWindow::PeerRefused peer_refused = m_peer_refused) {
+            peer_refused(news.peer, news.refused_for);
+        }
+    } else if (const MessageWindow::PeerGone peer_gone = m_peer_gone) {
+        peer_gone(news.peer);
     }
 }
 
@@ -326,7 +340,7 @@ void WindowCore::QueueVanished() {
             ++i;
             continue;
         }
-        m_queue.push_back({{}, nullptr, m_vanished[i]});
+        m_queue.push_back({{}, nullptr, m_vanished[i], nullptr});
         m_vanished.erase(m_vanished.begin() + static_cast<std::ptrdiff_t>(i));
     }
 }

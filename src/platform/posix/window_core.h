@@ -45,6 +45,7 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
 
     [[nodiscard]] WindowHandle handle() const noexcept { return m_handle; }
     void SetPeerGoneHandler(MessageWindow::PeerGone handler);
+    void SetPeerRefusedHandler(MessageWindow::PeerRefused handler);
     bool Post(WindowHandle target, const Message& message);
     SendResult Send(WindowHandle target, const Message& message);
     [[nodiscard]] int PollDescriptor() const noexcept { return m_sockets.number(); }
@@ -68,11 +69,12 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     static constexpr ConnectionId kSignalId = 0;
     static constexpr ConnectionId kListenerId = 1;
 
-    /// What waits for Dispatch: a posted message, or the news that a peer is gone.
+    /// What waits for Dispatch: a posted message, or news of a peer.
     struct Queued {
         Message message;
         Incoming from;
-        WindowHandle gone = 0;
+        WindowHandle peer = 0;              ///< whose news it is
+        const char* refused_for = nullptr;  ///< null: it is gone
     };
 
     // Events
@@ -91,9 +93,13 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     void PauseListening() noexcept;
     void ResumeListening() noexcept;
     void ReadIncoming(const Incoming& connection);
-    bool TakePacket(const Incoming& connection, const MessagePacket& packet);
-    void Serve(const Incoming& connection, const MessagePacket& packet);
+    const char* TakePacket(const Incoming& connection, const MessagePacket& packet);
+    const char* Serve(const Incoming& connection, const MessagePacket& packet);
     void EndIncoming(const Incoming& connection);
+    /// Ends it for what was written to it, and tells of those whose it is.
+    void RefuseIncoming(const Incoming& connection, const char* why);
+    /// The windows that this one talks to and whose process made the connection.
+    [[nodiscard]] std::vector<WindowHandle> PeersBehind(const IncomingConnection& connection) const;
     /// Ends the oldest of those that have not said whose they are, when there are too many.
     void LimitSilent();
 
@@ -112,6 +118,7 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     void QueueVanished();
     [[nodiscard]] bool HasUnread(WindowHandle peer) const;
     void HandleQueued();
+    void TellNews(const Queued& news);
 
     // Constant after Open.
     const MessageWindow::Handler m_handler;
@@ -130,6 +137,7 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     Descriptor m_listener;
     Descriptor m_spare;  ///< given up to turn a connection away when there are no descriptors left
     MessageWindow::PeerGone m_peer_gone;
+    MessageWindow::PeerRefused m_peer_refused;
     ConnectionId m_last_id;
     std::uint64_t m_last_sequence = 0;
     std::unordered_map<ConnectionId, Incoming> m_incoming;
@@ -139,6 +147,7 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     std::vector<PendingSend*> m_pending;
     std::vector<WindowHandle> m_vanished;  ///< gone, but what they wrote may not be read yet
     std::deque<Queued> m_queue;
+    std::set<WindowHandle> m_refusals;  ///< peers of which m_queue tells that they were refused
 };
 
 /// The window `handle` of the calling thread; null when there is none.

@@ -28,6 +28,12 @@ Message MessageOf(const MessagePacket& packet) {
     return {packet.number, packet.w_param, packet.l_param};
 }
 
+/// What is wrong with what was read in the place of a packet.
+const char* FaultOf(ReadStatus status) {
+    return status == ReadStatus::kWrongSize ? "a packet that is not 40 bytes long"
+                                            : "a packet of another magic or version";
+}
+
 }  // namespace
 
 Descriptor WindowCore::OpenSpareDescriptor() noexcept {
@@ -115,8 +121,14 @@ void WindowCore::ReadIncoming(const Incoming& connection) {
         if (status == ReadStatus::kNothing) {
             return;
         }
-        if (status == ReadStatus::kEnded || !TakePacket(connection, packet)) {
+        if (status == ReadStatus::kEnded) {
             EndIncoming(connection);
+            return;
+        }
+        const char* const fault =
+            status == ReadStatus::kPacket ? TakePacket(connection, packet) : FaultOf(status);
+        if (fault != nullptr) {
+            RefuseIncoming(connection, fault);
             return;
         }
         // Who sends waits for the answer before it writes more: do not ask the socket in vain.
@@ -126,45 +138,67 @@ void WindowCore::ReadIncoming(const Incoming& connection) {
     }
 }
 
-/// Returns false when the packet breaks the rules.
-bool WindowCore::TakePacket(const Incoming& connection, const MessagePacket& packet) {
+/// Returns null, or in words in what the packet breaks the rules.
+const char* WindowCore::TakePacket(const Incoming& connection, const MessagePacket& packet) {
     const bool greeted = connection->peer != 0;
+    if (greeted == (packet.kind == PacketKind::kHello)) {
+        return greeted ? "a second hello" : "a first packet that is no hello";
+    }
     switch (packet.kind) {
         case PacketKind::kHello:
-            if (greeted || packet.w_param == 0 || packet.w_param > kLargestWindowHandle) {
-                return false;
+            if (packet.w_param == 0 || packet.w_param > kLargestWindowHandle) {
+                return "a hello with a number that no window has";
             }
             connection->peer = packet.w_param;
             m_silent.erase(connection->id);
-            return true;
+            return nullptr;
         case PacketKind::kPost:
-            if (greeted) {
-                m_queue.push_back({MessageOf(packet), connection, 0});
-                ++connection->queued;
-            }
-            return greeted;
+            m_queue.push_back({MessageOf(packet), connection, 0, nullptr});
+            ++connection->queued;
+            return nullptr;
         case PacketKind::kSend:
-            if (greeted) {
-                Serve(connection, packet);
-            }
-            return greeted;
+            return Serve(connection, packet);
         case PacketKind::kReply:
-            return false;
+            return "a reply to nothing that was sent there";
     }
-    return false;
+    return "a packet of unknown kind";
 }
 
-void WindowCore::Serve(const Incoming& connection, const MessagePacket& packet) {
+/// Returns null, or in words what is wrong with how the answers are taken.
+const char* WindowCore::Serve(const Incoming& connection, const MessagePacket& packet) {
     MessagePacket reply;
     reply.kind = PacketKind::kReply;
     reply.sequence = packet.sequence;
     reply.l_param = Call(MessageOf(packet));
     // A sender that leaves its replies unread until no more fit is not waiting for them. One that
     // has closed its end may have written more before: its last words are still to be read.
-    if (connection->socket &&
-        WritePacket(connection->socket.number(), reply) == WriteStatus::kFull) {
-        EndIncoming(connection);
+    const bool unread =
+        connection->socket && WritePacket(connection->socket.number(), reply) == WriteStatus::kFull;
+    return unread ? "nothing, but it leaves its replies unread" : nullptr;
+}
+
+void WindowCore::RefuseIncoming(const Incoming& connection, const char* why) {
+    for (const WindowHandle peer : PeersBehind(*connection)) {
+        if (m_refusals.insert(peer).second) {
+            m_queue.push_back({{}, nullptr, peer, why});
+        }
     }
+    EndIncoming(connection);
+}
+
+std::vector<WindowHandle> WindowCore::PeersBehind(const IncomingConnection& connection) const {
+    if (m_targets.contains(connection.peer)) {
+        return {connection.peer};
+    }
+    // It did not say whose it is, or not the truth.
+    std::vector<WindowHandle> peers;
+    const int process = connection.socket ? PeerProcess(connection.socket.number()) : 0;
+    for (const auto& [target, outgoing] : m_targets) {
+        if (process != 0 && PeerProcess(outgoing->socket().number()) == process) {
+            peers.push_back(target);
+        }
+    }
+    return peers;
 }
 
 void WindowCore::EndIncoming(const Incoming& connection) {

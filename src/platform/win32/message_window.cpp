@@ -123,6 +123,8 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     /// The system's own message loops call the window procedure.
     [[nodiscard]] static int PollDescriptor() { return -1; }
     void SetPeerGoneHandler(MessageWindow::PeerGone handler) { m_peer_gone = std::move(handler); }
+    /// Nothing but messages can come.
+    static void SetPeerRefusedHandler(const MessageWindow::PeerRefused& /*handler*/) {}
     bool Post(WindowHandle target, const Message& message);
     SendResult Send(WindowHandle target, const Message& message);
     void Dispatch();
