@@ -127,6 +127,13 @@ void CWavoView::ShowWriteFault(const std::string& path) {
                            QString::fromStdString("Cannot write " + path + where));
 }
 
+void CWavoView::ShowAxesLeftOut(const std::string& path) {
+    Q_EMIT PaneTextChanged(
+        StatusPane::kMessage,
+        QString::fromStdString("Axes with names that cannot stand in a file were left out of " +
+                               path + ", see the error log"));
+}
+
 bool CWavoView::OpenMessageWindow() {
     if (m_pump.OwnWindow() != 0 ||
         m_pump.Open([this](const platform::Message& message) { return m_cycle.OnMessage(message); },

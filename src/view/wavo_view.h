@@ -145,6 +145,7 @@ class CWavoView : public QWidget,
     [[nodiscard]] ViewSettings& MutableSettings() override { return m_settings; }
     void ShowSettings() override;
     void ShowWriteFault(const std::string& path) override;
+    void ShowAxesLeftOut(const std::string& path) override;
     void ShowNoGraphs() override;
     void ShowTitle(const std::string& title) override;
     void CurrentFileChanged() override;
