@@ -4,6 +4,8 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <algorithm>
+#include <map>
+#include <utility>
 
 #include "platform/folders.h"
 #include "platform/last_error.h"
@@ -312,7 +314,7 @@ void CWavoView::RebuildGraphs() {
 
 void CWavoView::ClearZoomHistory() {
     m_zoom_history.Clear();
-    m_editor->SetZoomed(false);
+    m_editor->SetZooms({});
 }
 
 std::vector<GraphDraw*> CWavoView::ZoomedTogether(const GraphDraw& drawer) const {
@@ -370,7 +372,13 @@ void CWavoView::TellZoom(const GraphDraw& drawer) {
                              zoom.active ? zoom.end - zoom.start : drawer.Graph().XScale.TimeRange};
     SendAppMessage(m_editor.get(), AppMessage::kSelectGraphAndTime, 0,
                    reinterpret_cast<std::int64_t>(&shown));
-    m_editor->SetZoomed(!m_zoom_history.IsEmpty());
+    std::map<std::uint32_t, double> spans;
+    for (const auto& other : m_board.Drawers()) {
+        if (other->Zoom().active) {
+            spans[other->Graph().GraphNumber] = other->Zoom().end - other->Zoom().start;
+        }
+    }
+    m_editor->SetZooms(std::move(spans));
 }
 
 void CWavoView::ShowRunTitle() {
