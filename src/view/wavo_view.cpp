@@ -69,6 +69,10 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
     _MTrace_SetLevel("default", 1);
     ReadSettings();
     SetTraceLevel();
+    if (!graph_file.empty()) {  // as when it is opened
+        m_files.SetCurrentPath(graph_file);
+        m_file_commands.ReadSettings(graph_file);
+    }
     m_ready_for_painting = true;
     ShowOrHideGraphEditor(m_settings.show_graph_editor);
     m_editor->SetAcquisitionRuns(m_cycle.IsRunning());

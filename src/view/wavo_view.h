@@ -50,7 +50,8 @@ class CWavoView : public QWidget,
     ~CWavoView() override;
 
     /// The first update, once the frame stands: settings, trace level, link to the master, graphs.
-    /// `graph_file` is the path of the graph file to open; empty: the settings file.
+    /// `graph_file` is the path of the graph file to open, with the settings that it holds; empty:
+    /// the settings file.
     void OnInitialUpdate(const std::string& graph_file = {});
 
     /// The frame closes: values that come later are ignored.
