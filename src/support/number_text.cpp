@@ -86,6 +86,25 @@ bool IsAtLeastOne(std::string_view number) {
     return places + (negative ? -exponent : exponent) > 0;
 }
 
+/// Takes a floating-point number off the front; nothing when there is none.
+std::optional<double> TakeDouble(std::string_view& text) noexcept {
+    const bool negative = TakeSign(text);
+    // The words for infinity and for what is no number, which from_chars knows, are no numbers
+    // here: nothing could be drawn with them.
+    const std::string_view first_digit = text.starts_with('.') ? text.substr(1) : text;
+    if (first_digit.empty() || !IsDigit(first_digit.front())) {
+        return std::nullopt;
+    }
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc::result_out_of_range) {
+        const std::string_view number(text.data(), static_cast<std::size_t>(end - text.data()));
+        value = IsAtLeastOne(number) ? std::numeric_limits<double>::max() : 0.0;
+    }
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    return negative ? -value : value;
+}
+
 /// Below this the whole part fits into 32 bits, and the millionths are known to half of one: their
 /// number stays below 2^52.
 constexpr double kLargestScaled = 4294967295.0;
@@ -166,20 +185,12 @@ double ReadDouble(std::string_view text) noexcept {
 }
 
 std::optional<double> FindDouble(std::string_view text) noexcept {
-    const bool negative = TakeSign(text);
-    // The words for infinity and for what is no number, which from_chars knows, are no numbers
-    // here: nothing could be drawn with them.
-    const std::string_view first_digit = text.starts_with('.') ? text.substr(1) : text;
-    if (first_digit.empty() || !IsDigit(first_digit.front())) {
-        return std::nullopt;
-    }
-    double value = 0.0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error == std::errc::result_out_of_range) {
-        const std::string_view number(text.data(), static_cast<std::size_t>(end - text.data()));
-        value = IsAtLeastOne(number) ? std::numeric_limits<double>::max() : 0.0;
-    }
-    return negative ? -value : value;
+    return TakeDouble(text);
+}
+
+std::optional<double> FindWholeDouble(std::string_view text) noexcept {
+    const std::optional<double> value = TakeDouble(text);
+    return text.find_first_not_of(kWhiteSpace) == std::string_view::npos ? value : std::nullopt;
 }
 
 std::string FormatSixDecimals(double value) {

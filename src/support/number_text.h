@@ -31,6 +31,10 @@ double ReadDouble(std::string_view text) noexcept;
 /// The same; nothing when there is none.
 std::optional<double> FindDouble(std::string_view text) noexcept;
 
+/// The floating-point number that the text consists of, white space around it aside; nothing when
+/// anything else stands there or there is none.
+std::optional<double> FindWholeDouble(std::string_view text) noexcept;
+
 /// A number as "%.6f" writes it.
 std::string FormatSixDecimals(double value);
 

@@ -94,13 +94,21 @@ void FileCommands::ReadSettings(const std::string& path) {
 }
 
 void FileCommands::WriteSettings() {
-    if (!WriteProperties(m_files.CurrentPath(), m_host.MutableSettings())) {
+    bool has_kept = false;
+    if (!WriteProperties(m_files.CurrentPath(), m_host.MutableSettings(), &has_kept)) {
         m_host.ShowWriteFault(m_files.CurrentPath());
+    }
+    if (has_kept) {
+        m_files.NoteKept();
     }
 }
 
 bool FileCommands::Write() {
-    if (m_files.Save()) {
+    const GraphFiles::Saved saved = m_files.Save();
+    if (saved.succeeded) {
+        if (saved.axes_left_out > 0) {
+            m_host.ShowAxesLeftOut(m_files.CurrentPath());
+        }
         return true;
     }
     MERRLOG("FileCommands::Write(): failed to save '%s'", m_files.CurrentPath().c_str());

@@ -5,10 +5,11 @@
 //
 // Invariants:
 // 1. New keeps the current file and the document name: saving then writes the old file.
-// 2. Open reads the settings before the graphs, a recent file after them. Neither ever creates a
-//    file that is not there.
+// 2. Open reads the settings before the graphs, as the start with a graph file does, a recent file
+//    after them. None ever creates a file that is not there.
 // 3. A file that could not be written is told to the user, in the error log, the status bar and a
-//    box; the settings are saved all the same with Save As.
+//    box; the settings are saved all the same with Save As. Axes that could not be put into it are
+//    told in the error log and the status bar.
 #pragma once
 
 #include <mutex>
@@ -41,6 +42,8 @@ class FileCommandsHost {
     virtual void CurrentFileChanged() = 0;
     /// Tells in the status bar that a file could not be written.
     virtual void ShowWriteFault(const std::string& path) = 0;
+    /// Tells in the status bar that a file was written without some axes.
+    virtual void ShowAxesLeftOut(const std::string& path) = 0;
     /// Dialogs stand over it.
     [[nodiscard]] virtual QWidget* DialogParent() = 0;
 };
@@ -51,6 +54,9 @@ class FileCommands {
     FileCommands(GraphFiles& files, GraphBoard& board, AcquisitionCycle& cycle,
                  FileCommandsHost& host, std::recursive_mutex& value_lock)
         : m_files(files), m_board(board), m_cycle(cycle), m_host(host), m_value_lock(value_lock) {}
+
+    /// Takes the settings of a graph file; those of a first start from one that is not there.
+    void ReadSettings(const std::string& path);
 
     void New();
     void Open();
@@ -64,7 +70,6 @@ class FileCommands {
     [[nodiscard]] bool CanSaveAs() const { return m_cycle.IsMasterKnown(); }
 
  private:
-    void ReadSettings(const std::string& path);
     void WriteSettings();
     /// Writes the graphs to the current file; a failure is shown.
     bool Write();

@@ -1,10 +1,18 @@
 // Graph files: which one is current, opening one and writing it.
 //
-// Invariant: a file that cannot be read leaves graphs, additional text and document name as they
-// were, and the link to the master as it was before.
+// Invariants:
+// 1. A file that cannot be read leaves graphs, additional text and document name as they were, and
+//    the link to the master as it was before.
+// 2. What is written can be read. Bounds that are no range are written as the graph is shown: the
+//    view is told of bounds only once they are one.
+// 3. A file whose reading failed is kept beside the one that replaces it, once for each failed
+//    reading.
 #pragma once
 
+#include <cstddef>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "view/acquisition_cycle.h"
 #include "view/graph_board.h"
@@ -32,8 +40,18 @@ class GraphFiles {
     /// again, so that the next batch finds the new graphs. A fault is shown to the user; false.
     bool Open(const std::string& path, const std::string& display_name, bool add_to_recent);
 
-    /// Writes graphs and additional text to the current file. False when any step of that failed.
-    bool Save() const;
+    /// What became of a save.
+    struct Saved {
+        bool succeeded = false;
+        /// Axes with names that cannot stand in a file, each an error-log entry.
+        std::size_t axes_left_out = 0;
+    };
+    /// Writes graphs and additional text to the current file. Any step of that may fail; a file
+    /// that has to be kept and cannot is not replaced.
+    Saved Save();
+
+    /// What the current file held is kept already: a save need not do that any more.
+    void NoteKept() { m_not_read.erase(m_current_path); }
 
     /// The file that Save writes; empty before one was opened.
     [[nodiscard]] const std::string& CurrentPath() const { return m_current_path; }
@@ -45,12 +63,18 @@ class GraphFiles {
     void SetAdditionalText(const std::string& text) { m_additional_text = text; }
 
  private:
+    /// Keeps the current file if its last reading failed. False when it has to be kept and cannot.
+    bool KeepUnread();
+    /// The graphs with bounds that can be read back.
+    [[nodiscard]] std::vector<WavoGraph> GraphsToStore() const;
+
     AcquisitionCycle& m_cycle;
     GraphBoard& m_board;
     GraphFilesHost& m_host;
     std::string m_current_path;
     std::string m_document_name = "wavo.ini";
     std::string m_additional_text;
+    std::set<std::string> m_not_read;  // files whose last reading failed and that were not kept yet
 };
 
 /// The part of a path behind its last separator.

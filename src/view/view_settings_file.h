@@ -23,8 +23,10 @@ namespace wavo {
 bool ReadProperties(const std::string& path, ViewSettings& settings);
 
 /// Writes the settings to the file `path`. False, with an error-log entry, when it cannot be saved,
-/// and when a setting could not be put into it; the others are then saved.
-bool WriteProperties(const std::string& path, const ViewSettings& settings);
+/// and when a setting could not be put into it; the others are then saved. `has_kept` (may be null)
+/// becomes true when the file could not be parsed and was kept.
+bool WriteProperties(const std::string& path, const ViewSettings& settings,
+                     bool* has_kept = nullptr);
 
 /// The settings that a store holds.
 void GetPropertiesFromIniData(const MIniData& store, ViewSettings& settings);

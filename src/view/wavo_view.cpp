@@ -4,6 +4,8 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <algorithm>
+#include <map>
+#include <utility>
 
 #include "platform/folders.h"
 #include "platform/last_error.h"
@@ -67,6 +69,10 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
     _MTrace_SetLevel("default", 1);
     ReadSettings();
     SetTraceLevel();
+    if (!graph_file.empty()) {  // as when it is opened
+        m_files.SetCurrentPath(graph_file);
+        m_file_commands.ReadSettings(graph_file);
+    }
     m_ready_for_painting = true;
     ShowOrHideGraphEditor(m_settings.show_graph_editor);
     m_editor->SetAcquisitionRuns(m_cycle.IsRunning());
@@ -125,6 +131,13 @@ void CWavoView::ShowWriteFault(const std::string& path) {
     const std::string where = lost_log.empty() ? ", see the error log" : " nor the log " + lost_log;
     Q_EMIT PaneTextChanged(StatusPane::kMessage,
                            QString::fromStdString("Cannot write " + path + where));
+}
+
+void CWavoView::ShowAxesLeftOut(const std::string& path) {
+    Q_EMIT PaneTextChanged(
+        StatusPane::kMessage,
+        QString::fromStdString("Axes with names that cannot stand in a file were left out of " +
+                               path + ", see the error log"));
 }
 
 bool CWavoView::OpenMessageWindow() {
@@ -308,7 +321,7 @@ void CWavoView::RebuildGraphs() {
 
 void CWavoView::ClearZoomHistory() {
     m_zoom_history.Clear();
-    m_editor->SetZoomed(false);
+    m_editor->SetZooms({});
 }
 
 std::vector<GraphDraw*> CWavoView::ZoomedTogether(const GraphDraw& drawer) const {
@@ -366,7 +379,13 @@ void CWavoView::TellZoom(const GraphDraw& drawer) {
                              zoom.active ? zoom.end - zoom.start : drawer.Graph().XScale.TimeRange};
     SendAppMessage(m_editor.get(), AppMessage::kSelectGraphAndTime, 0,
                    reinterpret_cast<std::int64_t>(&shown));
-    m_editor->SetZoomed(!m_zoom_history.IsEmpty());
+    std::map<std::uint32_t, double> spans;
+    for (const auto& other : m_board.Drawers()) {
+        if (other->Zoom().active) {
+            spans[other->Graph().GraphNumber] = other->Zoom().end - other->Zoom().start;
+        }
+    }
+    m_editor->SetZooms(std::move(spans));
 }
 
 void CWavoView::ShowRunTitle() {

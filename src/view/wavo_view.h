@@ -50,7 +50,8 @@ class CWavoView : public QWidget,
     ~CWavoView() override;
 
     /// The first update, once the frame stands: settings, trace level, link to the master, graphs.
-    /// `graph_file` is the path of the graph file to open; empty: the settings file.
+    /// `graph_file` is the path of the graph file to open, with the settings that it holds; empty:
+    /// the settings file.
     void OnInitialUpdate(const std::string& graph_file = {});
 
     /// The frame closes: values that come later are ignored.
@@ -145,6 +146,7 @@ class CWavoView : public QWidget,
     [[nodiscard]] ViewSettings& MutableSettings() override { return m_settings; }
     void ShowSettings() override;
     void ShowWriteFault(const std::string& path) override;
+    void ShowAxesLeftOut(const std::string& path) override;
     void ShowNoGraphs() override;
     void ShowTitle(const std::string& title) override;
     void CurrentFileChanged() override;

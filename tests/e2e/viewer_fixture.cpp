@@ -5,6 +5,7 @@
 
 #include "graph/model/graph_ini_data.h"
 #include "support/mini_data.h"
+#include "view/view_settings_file.h"
 
 namespace wavo::testing {
 
@@ -47,6 +48,7 @@ std::string Viewer::WriteGraphFile(const std::vector<WavoGraph>& graphs) {
     EXPECT_TRUE(store.Open(file));
     EXPECT_TRUE(GetGraphAsIniData(store, graphs, ""));
     EXPECT_TRUE(store.Save());
+    EXPECT_TRUE(WriteProperties(file, DefaultViewSettings()));
     return file;
 }
 

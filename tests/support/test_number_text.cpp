@@ -106,6 +106,18 @@ TEST(NumberText, DoublesEndWhereTheyCannotBeReadOn) {
     }
 }
 
+TEST(NumberText, WholeDoublesAreTheWholeText) {
+    for (const auto& [text, value] : std::vector<std::pair<const char*, double>>{
+             {"0", 0.0}, {"-1.5", -1.5}, {" 1.5\t", 1.5}, {"1e3", 1000.0}, {"5.", 5.0}}) {
+        EXPECT_THAT(FindWholeDouble(text), Optional(value)) << text;
+    }
+    for (const char* const text :
+         {"", " ", "abc", "1,5", "1.5mm", "1.2.3", "1e", "0x10", "1 2", "-", "inf"}) {
+        EXPECT_THAT(FindWholeDouble(text), Eq(std::nullopt)) << text;
+    }
+    EXPECT_THAT(FindWholeDouble("1e400 "), Optional(kLargest));
+}
+
 TEST(NumberText, DoublesThatAreTooLargeAreTheLargest) {
     const std::string zeros(400, '0');
     for (const std::string& text :

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <optional>
 #include <string>
@@ -66,10 +67,19 @@ class FileCommandTest : public CycleFixture, public GraphFilesHost, public FileC
     void CurrentFileChanged() override {}
     QWidget* DialogParent() override { return nullptr; }
 
+    void ShowAxesLeftOut(const std::string& path) override { m_left_out.push_back(path); }
+
     std::vector<std::string> m_unwritten;
+    std::vector<std::string> m_left_out;  // files that the status bar told of
 
     std::string Path(const char* name) { return m_folder.filePath(name).toStdString(); }
     void Choose(const std::string& path) { m_choice = QString::fromStdString(path); }
+
+    std::string FileText(const std::string& path) {
+        QFile file(QString::fromStdString(path));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path;
+        return file.readAll().toStdString();
+    }
 
     /// A file with a graph of an axis, and settings with a background.
     std::string MakeFile(const char* name, const char* axis, ColorRef background) {
@@ -83,6 +93,15 @@ class FileCommandTest : public CycleFixture, public GraphFilesHost, public FileC
         settings.background = background;
         EXPECT_TRUE(WriteProperties(Path(name), settings));
         return Path(name);
+    }
+    /// The same; the graph has a minimum above its maximum.
+    std::string MakeUnreadableFile(const char* name) {
+        const std::string path = MakeFile(name, "X1", 0x111111);
+        MIniData store;
+        EXPECT_TRUE(store.Open(path));
+        EXPECT_TRUE(store.SetStringEntry("1", "YScaleAxMin", "20"));
+        EXPECT_TRUE(store.Save());
+        return path;
     }
     std::vector<WavoGraph> GraphsIn(const std::string& path) {
         MIniData store;

@@ -174,5 +174,198 @@ TEST_F(FileCommandTest, SaveAsThatFailsHasTheTitleAllTheSame) {
     EXPECT_THAT(m_unwritten, ElementsAre(Path("no folder/a.ini"), Path("no folder/a.ini")));
 }
 
+TEST_F(FileCommandTest, BoundsThatTheViewWasNotToldOfAreSavedAsTheViewShowsThem) {
+    ConnectAndTakeFirstBatch();
+    WavoGraph& graph = m_board.Graphs().front();
+    graph.YScales = {{ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, -5.0, 10.0}};
+    m_host.RebuildGraphs();
+    m_files.SetCurrentPath(Path("a.ini"));
+    for (const double minimum : {20.0, 10.0}) {
+        graph.YScales[0].Minimum = minimum;
+        m_commands.Save();
+        const std::vector<WavoGraph> saved = GraphsIn(Path("a.ini"));
+        ASSERT_THAT(saved, SizeIs(1));
+        EXPECT_EQ(saved[0].YScales[0].Minimum, -5.0);
+        EXPECT_EQ(saved[0].YScales[0].Maximum, 10.0);
+        EXPECT_EQ(graph.YScales[0].Minimum, minimum);  // what was typed stays
+    }
+}
+
+TEST_F(FileCommandTest, TheSameGoesForTheXScaleOverAnAxis) {
+    ConnectAndTakeFirstBatch();
+    WavoGraph& graph = m_board.Graphs().front();
+    graph.XCoorType = CoorType::kAxis;
+    graph.XCoorAxName = "Y1";
+    graph.XScale = {ScaleTypeCode::kAxis, 10.0, ScaleAxCode::kManual, -30.0, 40.0};
+    m_host.RebuildGraphs();
+    graph.XScale.Maximum = -31.0;
+    m_files.SetCurrentPath(Path("a.ini"));
+    m_commands.Save();
+    const std::vector<WavoGraph> saved = GraphsIn(Path("a.ini"));
+    ASSERT_THAT(saved, SizeIs(1));
+    EXPECT_EQ(saved[0].XScale.Minimum, -30.0);
+    EXPECT_EQ(saved[0].XScale.Maximum, 40.0);
+}
+
+TEST_F(FileCommandTest, AnAxisThatMovedSinceTheViewWasToldIsFoundByItsName) {
+    ConnectAndTakeFirstBatch();
+    WavoGraph& graph = m_board.Graphs().front();
+    graph.YCoorAxName = {"Y1", "X1", "X1"};
+    graph.YCoorAxColor = {1, 2, 3};
+    graph.YCoorAxDerivation = {0, 0, 1};
+    graph.Triggers.resize(3, graph.Triggers[0]);
+    graph.YScales = {{ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, 1.0, 2.0},
+                     {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, 3.0, 4.0},
+                     {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, 5.0, 6.0}};
+    m_host.RebuildGraphs();
+    graph.YCoorAxName.erase(graph.YCoorAxName.begin());
+    graph.YCoorAxColor.pop_back();
+    graph.YCoorAxDerivation = {0, 1};
+    graph.Triggers.pop_back();
+    graph.YScales.erase(graph.YScales.begin());
+    graph.YScales[0].Minimum = 9.0;
+    graph.YScales[1].Minimum = 9.0;
+    m_files.SetCurrentPath(Path("a.ini"));
+    m_commands.Save();
+    const std::vector<WavoGraph> saved = GraphsIn(Path("a.ini"));
+    ASSERT_THAT(saved, SizeIs(1));
+    EXPECT_EQ(saved[0].YScales[0].Minimum, 3.0);
+    EXPECT_EQ(saved[0].YScales[1].Minimum, 5.0);
+}
+
+TEST_F(FileCommandTest, AxesThatCannotBeSavedAreToldAndStayInTheGraph) {
+    AddGraph("X1");
+    AddGraph("X,Y");
+    AddGraph("");
+    const std::vector<std::string> entries = {
+        "CAxSelect::GetGraphAsIniData(): axis [X,Y] of graph 2 left out, its name cannot stand in "
+        "a file",
+        "CAxSelect::GetGraphAsIniData(): axis [] of graph 3 left out, its name cannot stand in a "
+        "file"};
+    m_files.SetCurrentPath(Path("a.ini"));
+    {
+        const ExpectErrorLog expected(entries);
+        m_commands.Save();
+    }
+    EXPECT_THAT(m_boxes, IsEmpty());
+    EXPECT_THAT(m_left_out, ElementsAre(Path("a.ini")));
+    ASSERT_THAT(GraphsIn(Path("a.ini")), SizeIs(3));
+    EXPECT_THAT(m_board.Graphs()[1].YCoorAxName, ElementsAre("X,Y"));
+    Choose(Path("b.ini"));
+    {
+        const ExpectErrorLog expected(entries);
+        m_commands.SaveAs();
+    }
+    EXPECT_THAT(m_left_out, ElementsAre(Path("a.ini"), Path("b.ini")));
+    m_board.Graphs().resize(1);
+    m_commands.Save();
+    EXPECT_THAT(m_left_out, SizeIs(2));
+}
+
+TEST_F(FileCommandTest, AFileThatCouldNotBeReadIsKeptOnceBeforeASaveReplacesIt) {
+    const std::string path = MakeUnreadableFile("a.ini");
+    const std::string text = FileText(path);
+    {
+        const ExpectAnyErrorLog expected;
+        EXPECT_FALSE(m_files.Open(path, "a.ini", true));
+    }
+    AddGraph("Y1");
+    m_commands.Save();
+    EXPECT_EQ(FileText(path + ".bak"), text);
+    EXPECT_THAT(GraphsIn(path), SizeIs(1));
+    AddGraph("X1");
+    m_commands.Save();
+    EXPECT_THAT(GraphsIn(path), SizeIs(2));
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(path + ".bak2")));
+    // Another failed reading, and what was kept stays.
+    MakeUnreadableFile("a.ini");
+    const std::string second = FileText(path);
+    {
+        const ExpectAnyErrorLog expected;
+        EXPECT_FALSE(m_files.Open(path, "a.ini", true));
+    }
+    m_commands.Save();
+    EXPECT_EQ(FileText(path + ".bak"), text);
+    EXPECT_EQ(FileText(path + ".bak2"), second);
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(path + ".bak3")));
+}
+
+TEST_F(FileCommandTest, SaveAsOverAFileThatCouldNotBeReadKeepsItToo) {
+    const std::string path = MakeUnreadableFile("a.ini");
+    const std::string text = FileText(path);
+    {
+        const ExpectAnyErrorLog expected;
+        EXPECT_FALSE(m_files.Open(path, "a.ini", true));
+    }
+    AddGraph("Y1");
+    Choose(Path("b.ini"));
+    m_commands.SaveAs();
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(path + ".bak")));
+    Choose(path);
+    m_commands.SaveAs();
+    EXPECT_EQ(FileText(path + ".bak"), text);
+    EXPECT_FALSE(QFile::exists(m_folder.filePath("b.ini.bak")));
+}
+
+TEST_F(FileCommandTest, AFileThatWasReadSinceIsNotKept) {
+    const std::string path = MakeUnreadableFile("a.ini");
+    {
+        const ExpectAnyErrorLog expected;
+        EXPECT_FALSE(m_files.Open(path, "a.ini", true));
+    }
+    MIniData store;
+    ASSERT_TRUE(store.Open(path));
+    ASSERT_TRUE(store.SetStringEntry("1", "YScaleAxMin", "-20"));
+    ASSERT_TRUE(store.Save());
+    EXPECT_TRUE(m_files.Open(path, "a.ini", true));
+    m_commands.Save();
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(path + ".bak")));
+}
+
+TEST_F(FileCommandTest, AFileThatCannotBeKeptIsNotReplaced) {
+    const std::string path = MakeUnreadableFile("a.ini");
+    const std::string text = FileText(path);
+    {
+        const ExpectAnyErrorLog expected;
+        EXPECT_FALSE(m_files.Open(path, "a.ini", true));
+    }
+    for (int i = 1; i <= 99; ++i) {
+        QFile kept(QString::fromStdString(path + ".bak" + (i == 1 ? "" : std::to_string(i))));
+        ASSERT_TRUE(kept.open(QIODevice::WriteOnly));
+    }
+    AddGraph("Y1");
+    m_host.Take();
+    {
+        const ExpectErrorLog expected({FailedToSaveGraphs(path)});
+        m_commands.Save();
+    }
+    EXPECT_THAT(m_host.Take(), ElementsAre("box Failed to create ini. data file"));
+    EXPECT_EQ(FileText(path), text);
+    ASSERT_TRUE(QFile::remove(QString::fromStdString(path + ".bak7")));
+    m_commands.Save();
+    EXPECT_EQ(FileText(path + ".bak7"), text);
+    EXPECT_THAT(GraphsIn(path), SizeIs(1));
+}
+
+TEST_F(FileCommandTest, AFileWhoseSettingsWereWrittenAnewIsKeptOnce) {
+    const std::string path = Path("a.ini");
+    {
+        QFile file(QString::fromStdString(path));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("no INI file\n");
+    }
+    EXPECT_FALSE(m_files.Open(path, "a.ini", true));
+    AddGraph("Y1");
+    Choose(path);
+    {
+        const ExpectAnyErrorLog expected;
+        m_commands.SaveAs();  // the settings alone: the graphs cannot be put into such a file
+    }
+    EXPECT_EQ(FileText(path + ".bak"), "no INI file\n");
+    m_commands.Save();
+    EXPECT_THAT(GraphsIn(path), SizeIs(1));
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(path + ".bak2")));
+}
+
 }  // namespace
 }  // namespace wavo

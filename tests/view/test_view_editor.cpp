@@ -5,7 +5,9 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDialog>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include "system_facts.h"
 #include "ui/dialogs/controls.h"
@@ -168,6 +170,81 @@ TEST_F(ViewWithEditor, ForgetsZoomsWhenTheGraphsAreMadeAnewOrRestarted) {
     m_view->Execute(CommandId::kStart);
     EXPECT_TRUE(IsEnabled(EditorControl::kTimeRange));
     EXPECT_FALSE(Drawer(0).Zoom().active);
+}
+
+struct WayOut {
+    const char* name;
+    void (*leave)(CWavoView& view);
+};
+
+void AcceptProperties(CWavoView& view) {
+    QMetaObject::invokeMethod(
+        qApp, [] { dynamic_cast<QDialog&>(*QApplication::activeModalWidget()).accept(); },
+        Qt::QueuedConnection);
+    view.EditProperties();
+}
+
+TEST_F(ViewWithEditor, ShowsTheTimeOfTheRecordOnceZoomsAreLeft) {
+    const WayOut ways[] = {{"Start",
+                            [](CWavoView& view) {
+                                view.Execute(CommandId::kStop);
+                                view.Execute(CommandId::kStart);
+                            }},
+                           {"Properties", AcceptProperties},
+                           {"an edit",
+                            [](CWavoView& view) {
+                                FindControl<QAbstractButton>(
+                                    view.Editor(), static_cast<int>(EditorControl::kZeroLines))
+                                    ->click();
+                                QApplication::sendPostedEvents();
+                            }},
+                           {"zoom out", [](CWavoView& view) { view.ZoomOut(1); }},
+                           {"New graphs", [](CWavoView& view) {
+                                view.Editor().SetNotInitialised();
+                                view.Editor().ResetSelection();
+                                view.Editor().Init(view.Board().Graphs(), {"X", "Y"});
+                                QApplication::sendPostedEvents();
+                            }}};
+    for (const WayOut& way : ways) {
+        SCOPED_TRACE(way.name);
+        Button(EditorControl::kAllGraphs).setChecked(false);
+        Show({TimeGraph(1), TimeGraph(2)});
+        m_view->ZoomGraph(0, 1.0, 3.5);
+        EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "2.500");
+        way.leave(*m_view);
+        EXPECT_FALSE(Drawer(0).Zoom().active);
+        EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "10.000");
+        ASSERT_TRUE(IsEnabled(EditorControl::kAllGraphs));
+        Button(EditorControl::kXTime).click();
+        Button(EditorControl::kAllGraphs).click();
+        QApplication::sendPostedEvents();
+        for (const WavoGraph& graph : m_view->Board().Graphs()) {
+            EXPECT_EQ(graph.XScale.TimeRange, 10.0);
+        }
+    }
+}
+
+TEST_F(ViewWithEditor, ShowsTheSpanOfAZoomAgainWhenItsGraphIsSelectedAgain) {
+    Show({TimeGraph(1), TimeGraph(2)});
+    m_view->ZoomGraph(0, 1.0, 3.5);
+    QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, Drawer(1).PlotArea().center());
+    EXPECT_EQ(m_view->Editor().SelectedNumber(), 2U);
+    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "10.000");
+    QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, Drawer(0).PlotArea().center());
+    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "2.500");
+    EXPECT_FALSE(IsEnabled(EditorControl::kTimeRange));
+}
+
+TEST_F(ViewWithEditor, KeepsTheTimeOfTheRecordWhenTimeIsClickedDuringAZoom) {
+    Show({TimeGraph(1), TimeGraph(2)});
+    Button(EditorControl::kAllGraphs).setChecked(true);
+    m_view->ZoomGraph(0, 1.0, 3.5);
+    Button(EditorControl::kXTime).click();
+    QApplication::sendPostedEvents();
+    for (const WavoGraph& graph : m_view->Board().Graphs()) {
+        EXPECT_EQ(graph.XScale.TimeRange, 10.0);
+    }
+    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "10.000");
 }
 
 TEST_F(ViewWithEditor, AllowsSavingOnlyWhileItIsStopped) {

@@ -19,6 +19,7 @@
 #include "system_facts.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/message_boxes.h"
+#include "view/view_settings_file.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -57,6 +58,7 @@ class View : public ::testing::Test {
         EXPECT_TRUE(store.Open(path));
         EXPECT_TRUE(GetGraphAsIniData(store, graphs, ""));
         EXPECT_TRUE(store.Save());
+        EXPECT_TRUE(WriteProperties(path, DefaultViewSettings()));
         return path;
     }
 
@@ -324,6 +326,47 @@ TEST_F(View, PrintsWhatItShows) {
         }
     }
     EXPECT_EQ(different, 0) << "pixels that are not as on the screen";
+}
+
+TEST_F(View, AfterStartAfterTriggerTheEditorShowsTheTimeOfTheRecord) {
+    Feed(1000);
+    m_view.ZoomGraph(0, 1.0, 3.5);
+    ASSERT_EQ(m_view.Editor().Text(EditorControl::kTimeRange), "2.500");
+    Feed(1000, 10.0);
+    ASSERT_TRUE(m_view.IsEnabled(CommandId::kStartAfterTrigger));
+    m_view.Execute(CommandId::kStartAfterTrigger);
+    EXPECT_FALSE(Drawer(0).Zoom().active);
+    EXPECT_EQ(m_view.Editor().Text(EditorControl::kTimeRange), "4.000");
+}
+
+TEST_F(View, AtItsStartTakesTheSettingsOfItsGraphFileAndSaveKeepsThem) {
+    const std::string path = GraphFile();
+    ViewSettings settings = DefaultViewSettings();
+    settings.background = 0x302010;
+    settings.scale_lines_x = 8;
+    settings.show_graph_editor = false;
+    settings.export_settings.separator = ';';
+    settings.export_settings.data_file = m_folder.filePath("mine.txt").toStdString();
+    ASSERT_TRUE(WriteProperties(path, settings));
+    const auto text = [&path] {
+        QFile file(QString::fromStdString(path));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll().toStdString();
+    };
+    const std::string before = text();
+    CWavoView view;
+    view.resize(800, 600);
+    view.show();
+    EXPECT_TRUE(view.Files().CurrentPath().empty());
+    view.OnInitialUpdate(path);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(view.Settings(), settings);
+    EXPECT_FALSE(view.IsGraphEditorShown());
+    EXPECT_EQ(view.Picture().pixelColor(0, 0), QColor(0x10, 0x20, 0x30));
+    EXPECT_EQ(view.Board().Graphs().size(), 2U);
+    view.Execute(CommandId::kSave);
+    EXPECT_EQ(text(), before);
+    EXPECT_THAT(m_boxes, IsEmpty());
 }
 
 }  // namespace

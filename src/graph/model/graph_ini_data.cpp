@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "graph/model/stored_form.h"
 #include "support/diagnostics.h"
 #include "support/number_text.h"
 
@@ -85,13 +86,16 @@ class GraphWriter {
         const bool is_time = scale.ScaleType == ScaleTypeCode::kTime;
         SetLong("XScaleType", CodeOf(scale.ScaleType));
         if (!is_time) {
-            SetLong("XScaleAxType", CodeOf(scale.ScaleAx));
-            if (scale.ScaleAx == ScaleAxCode::kManual) {
-                SetDouble("XScaleAxMax", scale.Maximum);
-                SetDouble("XScaleAxMin", scale.Minimum);
+            const bool is_manual = scale.ScaleAx == ScaleAxCode::kManual;
+            SetLong("XScaleAxType", CodeOf(is_manual ? scale.ScaleAx : ScaleAxCode::kAutomatic));
+            if (is_manual) {
+                const auto [minimum, maximum] = StoredBounds(scale);
+                SetDouble("XScaleAxMax", maximum);
+                SetDouble("XScaleAxMin", minimum);
             }
         }
-        SetDouble("XScaleTime", is_time ? scale.TimeRange : kStoredTimeRange);
+        const bool has_range = is_time && scale.TimeRange >= kMinTimeRange;
+        SetDouble("XScaleTime", has_range ? scale.TimeRange : kStoredTimeRange);
     }
 
     bool CheckYScales() {
@@ -107,10 +111,13 @@ class GraphWriter {
     }
 
     void WriteYScales() {
-        const auto bound = [this](std::size_t i, double ScaleDefinition::*which) {
+        const auto bound = [this](std::size_t i, bool is_maximum) {
             const ScaleDefinition& scale = m_graph.YScales[i];
-            return scale.ScaleAx == ScaleAxCode::kManual ? FormatSixDecimals(scale.*which)
-                                                         : std::string("0.0");
+            if (scale.ScaleAx != ScaleAxCode::kManual) {
+                return std::string("0.0");
+            }
+            const auto [minimum, maximum] = StoredBounds(scale);
+            return FormatSixDecimals(is_maximum ? maximum : minimum);
         };
         SetList("YScaleType", [this](std::size_t i) {
             return std::to_string(CodeOf(m_graph.YScales[i].ScaleType));
@@ -120,8 +127,8 @@ class GraphWriter {
         });
         // All are axis scales, which have no time range.
         SetList("YScaleTime", [](std::size_t) { return std::string("0.0"); });
-        SetList("YScaleAxMax", [&](std::size_t i) { return bound(i, &ScaleDefinition::Maximum); });
-        SetList("YScaleAxMin", [&](std::size_t i) { return bound(i, &ScaleDefinition::Minimum); });
+        SetList("YScaleAxMax", [&](std::size_t i) { return bound(i, true); });
+        SetList("YScaleAxMin", [&](std::size_t i) { return bound(i, false); });
     }
 
     void WriteCircle(const char* name, double radius) {
@@ -160,10 +167,6 @@ class GraphWriter {
     bool m_all_set = true;
     bool m_stopped = false;
 };
-
-bool IsWhiteSpace(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 /// The items of a list: white space removed everywhere, empty items dropped.
 std::vector<std::string> SplitList(std::string text) {
@@ -381,7 +384,8 @@ class GraphReader {
 }  // namespace
 
 bool GetGraphAsIniData(MIniData& store, const std::vector<WavoGraph>& graphs,
-                       const std::string& add_text) {
+                       const std::string& add_text, std::size_t* axes_left_out) {
+    std::size_t left_out = 0;
     std::string numbers;
     for (const WavoGraph& graph : graphs) {
         if (!numbers.empty()) {
@@ -391,12 +395,16 @@ bool GetGraphAsIniData(MIniData& store, const std::vector<WavoGraph>& graphs,
     }
     bool all_set = store.SetStringEntry(kGeneral, "Graphs", numbers);
     all_set &= store.SetStringEntry(kGeneral, "AddText", add_text);
-    for (const WavoGraph& graph : graphs) {
+    for (WavoGraph graph : graphs) {
+        left_out += RemoveAxesWithoutAForm(graph);
         GraphWriter writer(store, graph);
         all_set &= writer.Write();
         if (writer.Stopped()) {
             return false;
         }
+    }
+    if (axes_left_out != nullptr) {
+        *axes_left_out = left_out;
     }
     return all_set;
 }

@@ -11,8 +11,12 @@
 // 3. All numbers read are finite. Derivation orders are cut to 0 ... kHighestStoredDerivation,
 //    colours to 24 bits.
 // 4. Graph numbers that are read are unique: the first graph of a number counts.
+// 5. What is written can be read. Y axes whose names are empty (white space aside) or hold a comma
+//    or a line end are left out with all that is theirs, an x axis with a line end in its name is
+//    written as none; bounds are written in ascending order, as finite numbers.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -31,8 +35,10 @@ inline constexpr std::int32_t kHighestStoredDerivation = 8;
 /// A y scale that is no axis scale stops it, with an error-log entry: the graphs before that one
 /// are in the store, it is there in part, the rest is not. Returns false then, and when the store
 /// refused a value (a text with a line end in it); the other values are set all the same.
+/// `axes_left_out` (may be null) gets the number of axes whose names cannot stand in a file; each
+/// is an error-log entry.
 bool GetGraphAsIniData(MIniData& store, const std::vector<WavoGraph>& graphs,
-                       const std::string& add_text);
+                       const std::string& add_text, std::size_t* axes_left_out = nullptr);
 
 /// Appends the graphs of the store to `graphs` and takes the additional text. A bad graph ends
 /// reading, with an error-log entry and `error_text` for the user: the graphs before it are in the

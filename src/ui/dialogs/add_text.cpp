@@ -8,6 +8,7 @@
 
 #include "ui/dialogs/add_text_controls.h"
 #include "ui/dialogs/controls.h"
+#include "ui/dialogs/line_edits.h"
 
 namespace wavo {
 
@@ -49,11 +50,12 @@ CAddText::CAddText(std::string& text, QWidget* parent) : QDialog(parent), m_text
     layout->addWidget(edit);
     layout->addStretch();
     layout->addWidget(buttons);
+    KeepOneLineInEdits(*this);
     edit->selectAll();
 }
 
 void CAddText::accept() {
-    m_text = LineText(*this, add_text::kText).toStdString();
+    m_text = EditText(*this, add_text::kText).toStdString();
     QDialog::accept();
 }
 

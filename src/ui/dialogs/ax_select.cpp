@@ -54,15 +54,24 @@ void CAxSelect::OnEdit(EditorControl id, void (CAxSelect::*handler)()) {
         const Typing typing(*this, id);
         (this->*handler)();
     });
-    connect(edit, &QLineEdit::editingFinished, this, [this, id] { ShowTakenNumber(id); });
+    connect(edit, &QLineEdit::editingFinished, this, [this, id] { ShowTaken(id); });
 }
 
+// A combo tells an entry once more when it is left, and Enter tells what was typed before.
 void CAxSelect::OnCombo(EditorControl id, void (CAxSelect::*handler)()) {
-    connect(Combo(id), &QComboBox::activated, this, handler);
-    connect(Combo(id)->lineEdit(), &QLineEdit::textEdited, this, [this, id, handler] {
+    connect(Combo(id), &QComboBox::activated, this, [this, id, handler] {
+        if (!IsTaken(id)) {
+            (this->*handler)();
+            NoteTaken(id);
+        }
+    });
+    QLineEdit* const edit = Combo(id)->lineEdit();
+    connect(edit, &QLineEdit::textEdited, this, [this, id, handler] {
         const Typing typing(*this, id);
         (this->*handler)();
+        NoteTaken(id);
     });
+    connect(edit, &QLineEdit::editingFinished, this, [this, id] { ShowTaken(id); });
 }
 
 void CAxSelect::ConnectControls() {
@@ -107,7 +116,7 @@ void CAxSelect::ConnectTexts() {
             const Typing typing(*this, id);
             (this->*handler)(id);
         });
-        connect(edit, &QLineEdit::editingFinished, this, [this, id] { ShowTakenNumber(id); });
+        connect(edit, &QLineEdit::editingFinished, this, [this, id] { ShowTaken(id); });
     };
     on_number(kXMinimum, &CAxSelect::OnXBound);
     on_number(kXMaximum, &CAxSelect::OnXBound);
@@ -144,10 +153,13 @@ void CAxSelect::FillCombos() {
         Combo(kXAxis)->addItem(QString::fromStdString(name));
         Combo(kYAxis)->addItem(QString::fromStdString(name));
     }
+    for (const EditorControl id : {kGraphNumber, kXAxis, kYAxis}) {
+        NoteTaken(id);
+    }
 }
 
 void CAxSelect::ResetSelection() {
-    SetZoomed(false);
+    SetZooms({});
     Q_EMIT SelectionReset();
 }
 
@@ -170,8 +182,13 @@ void CAxSelect::SetBackground(ColorRef background) {
     ShowColor();
 }
 
-void CAxSelect::SetZoomed(bool zoomed) {
-    m_zoomed = zoomed;
+void CAxSelect::SetZooms(std::map<std::uint32_t, double> spans) {
+    const bool shows_another_span = spans.count(m_shown_graph) + m_zooms.count(m_shown_graph) > 0;
+    m_zooms = std::move(spans);
+    const WavoGraph* const graph = Find(m_shown_graph);
+    if (shows_another_span && graph != nullptr) {
+        ShowTimeRange(*graph);
+    }
     EnableTimeRange();
 }
 

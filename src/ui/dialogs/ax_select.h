@@ -8,11 +8,15 @@
 // Invariants:
 // 1. Without a selected graph no record is changed and no change announced.
 // 2. What the editor writes into its controls never counts as a change.
-// 3. No record is referred to across an event loop: a dialog's result goes to the graph that has
+// 3. What was not taken of a text does not stay when its edit is left. Bounds of a scale that is
+// not
+//    manual wait for a click on `manual`.
+// 4. No record is referred to across an event loop: a dialog's result goes to the graph that has
 //    the number then, if it still has that axis.
 #pragma once
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -48,8 +52,10 @@ class CAxSelect : public EditorStrip, public GraphEditor {
     /// The background of the graphs: colours of new curves stand out from it.
     void SetBackground(ColorRef background);
 
-    /// While a graph is zoomed, its time range cannot be edited.
-    void SetZoomed(bool zoomed);
+    /// The spans, seconds, of the graphs that are zoomed, by their numbers. A zoomed graph shows
+    /// its span in place of its time range, which stays as it is; while there is one, no time range
+    /// can be edited.
+    void SetZooms(std::map<std::uint32_t, double> spans);
 
     /// Shows a graph by its number, with one of its y axes. False, and an error-log entry, for a
     /// number that no graph has.
@@ -122,7 +128,12 @@ class CAxSelect : public EditorStrip, public GraphEditor {
     void EnableControls(const WavoGraph& graph);
     void EnableTimeRange();
     void ShowColor();
-    void ShowTakenNumber(EditorControl id);
+    void ShowTimeRange(const WavoGraph& graph);
+
+    // What became of what was typed (ax_select_taken.cpp).
+    void ShowTaken(EditorControl id);
+    void ShowTakenBound(EditorControl id, const ScaleDefinition& scale, bool waits);
+    void ShowTakenNumber(EditorControl id, std::optional<double> value, int decimals);
 
     // Coordinates and axes (ax_select_axes.cpp).
     [[nodiscard]] std::int32_t Derivation() const;
@@ -165,6 +176,7 @@ class CAxSelect : public EditorStrip, public GraphEditor {
     std::vector<WavoGraph>* m_graphs = nullptr;  // the view's
     std::vector<std::string> m_axis_names;       // that the master offers
     AxisLimitsSource* m_limits = nullptr;
+    std::map<std::uint32_t, double> m_zooms;  // spans, seconds
     std::uint32_t m_shown_graph = 0;  // number of the graph that the controls show; 0 for none
     std::int32_t m_color_index = -1;  // y axis whose colour the colour field shows; -1 for none
     ColorRef m_background = 0;
@@ -172,7 +184,6 @@ class CAxSelect : public EditorStrip, public GraphEditor {
     bool m_initialised = false;
     bool m_notify = false;  // changes are announced
     bool m_shown = false;
-    bool m_zoomed = false;
 };
 
 }  // namespace wavo

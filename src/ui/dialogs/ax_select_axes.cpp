@@ -80,7 +80,7 @@ void CAxSelect::OnXAxis() {
         return;
     }
     Change([&name](WavoGraph& graph) {
-        if (graph.XCoorType != CoorType::kAxis) {
+        if (graph.XCoorType != CoorType::kAxis || graph.XCoorAxName == name) {
             return false;
         }
         graph.XCoorAxName = name;
@@ -101,9 +101,14 @@ void CAxSelect::OnYAxis() {
         m_color_index = -1;  // the colour that the axis would get
         ShowColor();
         ShowTriggerState(false);
+        SetEnabled(kTrigger, false);
         return;
     }
-    Show(*graph, *axis);
+    const bool is_shown = m_shown_graph == graph->GraphNumber && m_color_index >= 0 &&
+                          static_cast<std::size_t>(m_color_index) == *axis;
+    if (!is_shown) {  // bounds that wait for `manual` stay
+        Show(*graph, *axis);
+    }
 }
 
 void CAxSelect::OnAddYAxis() {

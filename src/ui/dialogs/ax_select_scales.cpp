@@ -28,7 +28,9 @@ void CAxSelect::ReadXScale(WavoGraph& graph) const {
     ScaleDefinition& scale = graph.XScale;
     if (IsChecked(kXTime)) {
         scale.ScaleType = ScaleTypeCode::kTime;
-        scale.TimeRange = ReadDouble(Text(kTimeRange));
+        if (m_zooms.count(graph.GraphNumber) == 0) {  // else the edit shows the zoom's span
+            scale.TimeRange = ReadDouble(Text(kTimeRange));
+        }
         if (!(scale.TimeRange > kMinTimeRange)) {
             scale.TimeRange = kDefaultTimeRange;
         }

@@ -13,14 +13,6 @@ namespace wavo {
 
 using enum EditorControl;
 
-namespace {
-
-std::optional<double> Radius(double radius) {
-    return radius == kNoRadius ? std::nullopt : std::optional(radius);
-}
-
-}  // namespace
-
 bool CAxSelect::SetWindowData(std::uint32_t graph_number, std::size_t axis) {
     const WavoGraph* const graph = Find(graph_number);
     if (graph == nullptr) {
@@ -32,6 +24,9 @@ bool CAxSelect::SetWindowData(std::uint32_t graph_number, std::size_t axis) {
 }
 
 void CAxSelect::Show(const WavoGraph& graph, std::size_t axis) {
+    if (axis < graph.YCoorAxName.size()) {  // the one of its name that is changed
+        axis = FindYAxis(graph, graph.YCoorAxName[axis], DerivationOf(graph, axis)).value_or(axis);
+    }
     m_shown_graph = graph.GraphNumber;
     SetText(kGraphNumber, QString::number(graph.GraphNumber));
     ShowCoordinates(graph, axis);
@@ -39,6 +34,7 @@ void CAxSelect::Show(const WavoGraph& graph, std::size_t axis) {
     ShowCircles(graph);
     EnableControls(graph);
     m_color_index = axis < graph.YCoorAxName.size() ? static_cast<std::int32_t>(axis) : -1;
+    SetEnabled(kTrigger, m_color_index >= 0);
     ShowColor();
 }
 
@@ -98,7 +94,7 @@ void CAxSelect::ShowTriggerState(bool is_defined) {
 }
 
 void CAxSelect::ShowScales(const WavoGraph& graph, std::size_t axis) {
-    SetNumber(kTimeRange, graph.XScale.TimeRange, 3);
+    ShowTimeRange(graph);
     SetChecked(kXTime, graph.XScale.ScaleType == ScaleTypeCode::kTime);
     DisplayScaleAx(graph.XScale, kXAutomatic, kXManual, kXMinimum, kXMaximum);
     if (axis < graph.YScales.size()) {
@@ -111,6 +107,11 @@ void CAxSelect::ShowScales(const WavoGraph& graph, std::size_t axis) {
     SetText(kYMaximum, {});
 }
 
+void CAxSelect::ShowTimeRange(const WavoGraph& graph) {
+    const auto zoom = m_zooms.find(graph.GraphNumber);
+    SetNumber(kTimeRange, zoom != m_zooms.end() ? zoom->second : graph.XScale.TimeRange, 3);
+}
+
 void CAxSelect::DisplayScaleAx(const ScaleDefinition& scale, EditorControl automatic,
                                EditorControl manual, EditorControl minimum, EditorControl maximum) {
     const bool is_axis = scale.ScaleType == ScaleTypeCode::kAxis;
@@ -119,17 +120,15 @@ void CAxSelect::DisplayScaleAx(const ScaleDefinition& scale, EditorControl autom
     }
     SetChecked(automatic, is_axis && scale.ScaleAx == ScaleAxCode::kAutomatic);
     SetChecked(manual, is_axis && scale.ScaleAx == ScaleAxCode::kManual);
-    // A range that was never given leaves its edits free for one.
-    const bool given =
-        (is_axis && scale.ScaleAx == ScaleAxCode::kManual) || scale.Maximum > scale.Minimum;
+    const bool given = HasBounds(scale);
     SetNumber(minimum, given ? std::optional(scale.Minimum) : std::nullopt, 6);
     SetNumber(maximum, given ? std::optional(scale.Maximum) : std::nullopt, 6);
 }
 
 void CAxSelect::ShowCircles(const WavoGraph& graph) {
     SetChecked(kAutoCircle, graph.AutoCircle);
-    SetNumber(kInnerCircle, Radius(graph.InnerGuidingCircleDX), 3);
-    SetNumber(kOuterCircle, Radius(graph.OuterGuidingCircleDX), 3);
+    SetNumber(kInnerCircle, RadiusOf(graph.InnerGuidingCircleDX), 3);
+    SetNumber(kOuterCircle, RadiusOf(graph.OuterGuidingCircleDX), 3);
     SetNumber(kFadeOutTime, graph.FadeOutTime, 3);
 }
 
@@ -149,7 +148,7 @@ void CAxSelect::EnableControls(const WavoGraph& graph) {
 }
 
 void CAxSelect::EnableTimeRange() {
-    const bool enabled = !m_zoomed && IsChecked(kXIsTime);
+    const bool enabled = m_zooms.empty() && IsChecked(kXIsTime);
     SetEnabled(kTimeRange, enabled);
     SetEnabled(kAllGraphs, enabled);
 }
@@ -162,38 +161,6 @@ void CAxSelect::ShowColor() {
         color = index < graph->YCoorAxColor.size() ? graph->YCoorAxColor[index] : 0xFFFFFF;
     }
     static_cast<ColorField*>(Control(kColor))->SetColor(ToQColor(color));
-}
-
-// A number that was typed is replaced by what became of it: a default, a bound, a round circle.
-void CAxSelect::ShowTakenNumber(EditorControl id) {
-    const WavoGraph* const graph = Selected();
-    if (graph == nullptr) {
-        return;
-    }
-    const std::optional<std::size_t> axis = ChosenAxis(*graph);
-    const ScaleDefinition* const y_scale =
-        axis.has_value() && *axis < graph->YScales.size() ? &graph->YScales[*axis] : nullptr;
-    const auto show = [this, id](double value, int decimals) {
-        if (ReadDouble(Text(id)) != value || Text(id).empty()) {
-            SetNumber(id, value, decimals);
-        }
-    };
-    const bool x_manual = graph->XScale.ScaleType == ScaleTypeCode::kAxis &&
-                          graph->XScale.ScaleAx == ScaleAxCode::kManual;
-    const bool y_manual = y_scale != nullptr && y_scale->ScaleAx == ScaleAxCode::kManual;
-    if (id == kTimeRange && graph->XCoorType == CoorType::kTime && !m_zoomed) {
-        show(graph->XScale.TimeRange, 3);
-    } else if (id == kFadeOutTime) {
-        show(graph->FadeOutTime, 3);
-    } else if (x_manual && id == kXMinimum) {
-        show(graph->XScale.Minimum, 6);
-    } else if (x_manual && id == kXMaximum) {
-        show(graph->XScale.Maximum, 6);
-    } else if (y_manual && id == kYMinimum) {
-        show(y_scale->Minimum, 6);
-    } else if (y_manual && id == kYMaximum) {
-        show(y_scale->Maximum, 6);
-    }
 }
 
 }  // namespace wavo

@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <utility>
 
+#include "ui/dialogs/line_edits.h"
+
 namespace wavo {
 
 namespace {
@@ -25,6 +27,7 @@ Choosers& Replacements() {
 
 /// Shows a file dialog whose mode is set; the chosen path.
 std::optional<QString> RunFileDialog(QFileDialog& dialog, const SaveFileQuestion& question) {
+    KeepOneLineInEdits(dialog);
     dialog.setDefaultSuffix(question.default_suffix);
     dialog.setNameFilters(FileDialogFilters(question.filters).split(QStringLiteral(";;")));
     const QFileInfo initial(question.initial_path);

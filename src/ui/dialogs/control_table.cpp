@@ -33,10 +33,8 @@ QLabel* MakeLabel(const ControlRow& row, QWidget& control) {
     return label;
 }
 
-QString LineText(const QWidget& dialog, int id) {
-    QString text = FindControl<QLineEdit>(dialog, id)->text();
-    text.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
-    return text.replace(u'\n', u' ').replace(u'\r', u' ');
+QString EditText(const QWidget& dialog, int id) {
+    return FindControl<QLineEdit>(dialog, id)->text();
 }
 
 }  // namespace wavo

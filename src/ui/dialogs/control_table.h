@@ -28,7 +28,7 @@ void InitControl(QWidget& control, const ControlRow& row);
 /// A new label with the text of the row that stands beside `control` and leads to it.
 QLabel* MakeLabel(const ControlRow& row, QWidget& control);
 
-/// The text of the edit with a number. One line always: a line end that was pasted is a blank.
-QString LineText(const QWidget& dialog, int id);
+/// The text of the edit with a number.
+QString EditText(const QWidget& dialog, int id);
 
 }  // namespace wavo

@@ -33,7 +33,7 @@ constexpr EditorRow kRows[] = {
     {kYAxis, kCombo, "y axis", "", "Axis to add, to remove, or to look at."},
     {kColor, kColorField, "color", "",
      "Color of the y axis, or of the next one to add. Click, or press Space, to choose another."},
-    {kDerivation, kEdit, "derivation", "d?/dT, s->v->a",
+    {kDerivation, kEdit, "", ". derivation (d?/dT), s->v->a",
      "Derivation over time: 0 position s (units), 1 velocity v (units/s), 2 acceleration a "
      "(units/s\u00b2)."},
     {kAddYAxis, kButton, "ADD", "",
@@ -64,7 +64,7 @@ constexpr EditorRow kRows[] = {
      "Radius of the inner guiding circle, units of the x axis; empty: none."},
     {kOuterCircle, kEdit, "outer dx", "",
      "Radius of the outer guiding circle, units of the x axis; empty: none."},
-    {kFadeOutTime, kEdit, "fade out", "s",
+    {kFadeOutTime, kEdit, "fade out time", "s",
      "Axis over axis: time after which a value has faded, seconds; above 0."},
 
     {kZeroLines, kCheck, "zerolines", "", "Draws a line where a coordinate is 0."},

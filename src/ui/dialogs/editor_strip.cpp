@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -15,6 +16,7 @@
 #include "ui/dialogs/color_field.h"
 #include "ui/dialogs/control_table.h"
 #include "ui/dialogs/flow_layout.h"
+#include "ui/dialogs/line_edits.h"
 
 namespace wavo {
 
@@ -22,9 +24,12 @@ namespace {
 
 /// Widest text of the edits for bounds and for times, and of the combos.
 constexpr char kWidestBound[] = "-100000000.000000";
-constexpr char kWidestTime[] = "1000.000";
+constexpr char kWidestTime[] = "1000000.000";
+constexpr char kWidestRadius[] = "1000.000";
 constexpr int kAxisCharacters = 5;
 constexpr int kGraphNumberCharacters = 2;
+/// By so much the list of the y axes may grow in a wide window.
+constexpr int kSpareCharacters = 32;
 constexpr int kRowsOfGroup = 4;
 constexpr int kSpacing = 3;
 /// Pixels that an edit and a button keep around their text.
@@ -60,9 +65,10 @@ QLineEdit* MakeEdit(const EditorRow& row, QWidget* parent) {
         edit->setReadOnly(true);
         return edit;
     }
-    const char* const widest = row.id == EditorControl::kDerivation ? "000"
-                               : IsBound(row.id)                    ? kWidestBound
-                                                                    : kWidestTime;
+    const char* const widest = row.id == EditorControl::kDerivation  ? "000"
+                               : row.id == EditorControl::kTimeRange ? kWidestTime
+                               : IsBound(row.id)                     ? kWidestBound
+                                                                     : kWidestRadius;
     edit->setFixedWidth(edit->fontMetrics().horizontalAdvance(QString::fromLatin1(widest)) +
                         kEditFrame);
     edit->setAlignment(Qt::AlignRight);
@@ -82,6 +88,7 @@ EditorStrip::EditorStrip(QWidget* parent) : QWidget(parent) {
         flow->addWidget(group);
     }
     SetTabOrder();
+    KeepOneLineInEdits(*this);
 }
 
 void EditorStrip::MakeControls() {
@@ -144,7 +151,7 @@ QGroupBox* EditorStrip::MakeGroup(const char* title, QGridLayout*& grid) {
     auto* const group = new QGroupBox(QString::fromLatin1(title), this);
     group->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     grid = new QGridLayout(group);
-    grid->setContentsMargins(kSpacing + 2, kSpacing, kSpacing + 2, kSpacing);
+    grid->setContentsMargins(kSpacing + 1, kSpacing, kSpacing + 1, kSpacing);
     grid->setHorizontalSpacing(kSpacing + 1);
     grid->setVerticalSpacing(2);
     // All groups have the same rows, so that controls beside each other stand on one line.
@@ -179,7 +186,7 @@ void EditorStrip::Place(QGridLayout& grid, EditorControl id, int row, int column
 QWidget* EditorStrip::MakeGraphGroup() {
     using enum EditorControl;
     QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("graph", grid);
+    QGroupBox* const group = MakeGroup("&graph", grid);
     Combo(kGraphNumber)->setMinimumContentsLength(kGraphNumberCharacters);
     Place(*grid, kGraphNumber, 0, 1);
     Place(*grid, kDeleteGraph, 1, 0, 2);
@@ -191,7 +198,7 @@ QWidget* EditorStrip::MakeGraphGroup() {
 QWidget* EditorStrip::MakeXGroup() {
     using enum EditorControl;
     QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("x-coordinate", grid);
+    QGroupBox* const group = MakeGroup("&x-coordinate", grid);
     Place(*grid, kXIsTime, 0, 0);
     Place(*grid, kXIsAxis, 0, 1);
     Place(*grid, kXAxis, 1, 1);
@@ -205,29 +212,36 @@ QWidget* EditorStrip::MakeXGroup() {
 QWidget* EditorStrip::MakeYGroup() {
     using enum EditorControl;
     QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("y-coordinate", grid);
-    Place(*grid, kYAxis, 0, 1, 2);
-    grid->addWidget(Control(kColor), 0, 3, Qt::AlignVCenter);
-    Place(*grid, kAddYAxis, 0, 4);
-    Place(*grid, kDerivation, 1, 1, 1, 2);
-    Place(*grid, kDeleteYAxis, 1, 4);
+    QGroupBox* const group = MakeGroup("&y-coordinate", grid);
+    Place(*grid, kYAxis, 0, 1);
+    grid->addWidget(Control(kColor), 0, 2, Qt::AlignVCenter);
+    Place(*grid, kAddYAxis, 0, 3);
+    Place(*grid, kDerivation, 1, 0, 1, 2);  // "0. derivation"
+    grid->setAlignment(Control(kDerivation), Qt::AlignRight | Qt::AlignVCenter);
+    Place(*grid, kDeleteYAxis, 1, 3);
     Place(*grid, kYAxes, 2, 1, 4);
-    grid->addWidget(Control(kTrigger), 3, 0, 1, 2);
-    grid->addWidget(Control(kTriggerState), 3, 2, 1, 3);
+    auto* const trigger = new QHBoxLayout;
+    trigger->setSpacing(grid->horizontalSpacing());
+    trigger->addWidget(Control(kTrigger));
+    trigger->addWidget(Control(kTriggerState), 1);
+    grid->addLayout(trigger, 3, 0, 1, 5);
     for (const EditorControl id : {kAddYAxis, kDeleteYAxis}) {
         Control(id)->setFixedWidth(fontMetrics().horizontalAdvance(Label(id)) + kButtonFrame);
     }
     Control(kColor)->setFixedWidth(Control(kColor)->sizeHint().height() * 2);
+    // What is wider is for the list of the axes.
     Combo(kYAxis)->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    grid->setColumnStretch(2, 1);
+    grid->setColumnStretch(4, 1);
     group->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    group->setMaximumWidth(group->sizeHint().width() +
+                           fontMetrics().averageCharWidth() * kSpareCharacters);
     return group;
 }
 
 QWidget* EditorStrip::MakeXScaleGroup() {
     using enum EditorControl;
     QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("scale x", grid);
+    QGroupBox* const group = MakeGroup("&scale x", grid);
     Place(*grid, kXTime, 0, 0);
     Place(*grid, kTimeRange, 0, 2);
     Place(*grid, kXAutomatic, 1, 0, 2);
@@ -241,7 +255,7 @@ QWidget* EditorStrip::MakeXScaleGroup() {
 QWidget* EditorStrip::MakeYScaleGroup() {
     using enum EditorControl;
     QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("scale y", grid);
+    QGroupBox* const group = MakeGroup("s&cale y", grid);
     Place(*grid, kYAutomatic, 0, 0, 2);
     Place(*grid, kYManual, 1, 0, 2);
     Place(*grid, kYMinimum, 2, 1);
@@ -252,7 +266,7 @@ QWidget* EditorStrip::MakeYScaleGroup() {
 QWidget* EditorStrip::MakeCirclesGroup() {
     using enum EditorControl;
     QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("axis over axis", grid);
+    QGroupBox* const group = MakeGroup("&axis over axis", grid);
     Place(*grid, kAutoCircle, 0, 0, 3);
     Place(*grid, kInnerCircle, 1, 1);
     Place(*grid, kOuterCircle, 2, 1);
@@ -263,7 +277,7 @@ QWidget* EditorStrip::MakeCirclesGroup() {
 QWidget* EditorStrip::MakeViewGroup() {
     using enum EditorControl;
     QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("display", grid);
+    QGroupBox* const group = MakeGroup("&display", grid);
     Place(*grid, kZeroLines, 0, 0);
     Place(*grid, kZoomEnable, 1, 0);
     Place(*grid, kZoomOut, 2, 0);
@@ -318,12 +332,18 @@ void EditorStrip::SetText(EditorControl id, const QString& text) {
     if (auto* const combo = qobject_cast<QComboBox*>(control)) {
         combo->setCurrentIndex(combo->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive));
         combo->setEditText(text);
+        NoteTaken(id);
     } else if (auto* const edit = qobject_cast<QLineEdit*>(control)) {
         edit->setText(text);
         edit->setCursorPosition(0);
     } else if (auto* const label = qobject_cast<QLabel*>(control)) {
         label->setText(text);
     }
+}
+
+bool EditorStrip::IsTaken(EditorControl id) const {
+    const auto taken = m_taken.find(id);
+    return taken != m_taken.end() && taken->second == Text(id);
 }
 
 void EditorStrip::SetNumber(EditorControl id, std::optional<double> value, int decimals) {

@@ -40,6 +40,11 @@ class EditorStrip : public QWidget {
     void SetNumber(EditorControl id, std::optional<double> value, int decimals);
     void SetEnabled(EditorControl id, bool enabled);
 
+    /// The text of a combo was looked at, whatever came of it. What is written here counts too.
+    void NoteTaken(EditorControl id) { m_taken[id] = Text(id); }
+    /// Whether the combo still has the text that was looked at last.
+    [[nodiscard]] bool IsTaken(EditorControl id) const;
+
     /// Marks the edit that a handler works for; no text is written into it meanwhile.
     class Typing {
      public:
@@ -71,6 +76,7 @@ class EditorStrip : public QWidget {
     void SetTabOrder();
 
     std::map<EditorControl, QWidget*> m_controls;  ///< children
+    std::map<EditorControl, std::string> m_taken;  ///< texts of combos
     std::optional<EditorControl> m_typed;
 };
 

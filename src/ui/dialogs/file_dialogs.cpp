@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <utility>
 
+#include "ui/dialogs/line_edits.h"
+
 namespace wavo {
 
 namespace {
@@ -35,6 +37,7 @@ std::optional<std::string> AskForFile(QWidget* parent, const FileQuestion& quest
     dialog.setAcceptMode(is_saving ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(is_saving ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    KeepOneLineInEdits(dialog);
     dialog.setDefaultSuffix(QString::fromStdString(question.default_extension));
     dialog.setNameFilters(NameFilters(question.filters));
     if (!question.initial_path.empty()) {

@@ -86,7 +86,8 @@ void FlowLayout::PlaceRow(const Row& row, const QPoint& corner, int width) {
     for (auto item = first; item != end; ++item) {
         int item_width = std::min((*item)->sizeHint().width(), width);
         if (expands(*item)) {
-            const int part = left_over / static_cast<int>(expanding);
+            const int room = std::max(0, (*item)->maximumSize().width() - item_width);
+            const int part = std::min(left_over / static_cast<int>(expanding), room);
             item_width += part;
             left_over -= part;
             --expanding;

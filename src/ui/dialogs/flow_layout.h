@@ -2,7 +2,8 @@
 //
 // Invariants:
 // 1. Items of a row have the height of its highest one.
-// 2. What a row has left over in width goes to its items that expand, in equal parts.
+// 2. What a row has left over in width goes to its items that expand, in equal parts, up to their
+//    largest widths.
 #pragma once
 
 #include <QLayout>

@@ -94,9 +94,9 @@ std::int32_t DerivationOf(const WavoGraph& graph, std::size_t axis) {
 
 std::optional<std::size_t> FindYAxis(const WavoGraph& graph, const std::string& name,
                                      std::int32_t derivation) {
-    for (std::size_t i = 0; i < graph.YCoorAxName.size(); ++i) {
-        if (graph.YCoorAxName[i] == name && DerivationOf(graph, i) == derivation) {
-            return i;
+    for (std::size_t i = graph.YCoorAxName.size(); i > 0; --i) {
+        if (graph.YCoorAxName[i - 1] == name && DerivationOf(graph, i - 1) == derivation) {
+            return i - 1;
         }
     }
     return std::nullopt;
@@ -181,6 +181,16 @@ void KeepCirclesRound(WavoGraph& graph, std::size_t y_scale) {
     }
     graph.XScale.Maximum =
         graph.XScale.Minimum + graph.Drawn.width * span / static_cast<double>(graph.Drawn.height);
+}
+
+bool HasBounds(const ScaleDefinition& scale) {
+    const bool is_manual =
+        scale.ScaleType == ScaleTypeCode::kAxis && scale.ScaleAx == ScaleAxCode::kManual;
+    return is_manual || scale.Maximum > scale.Minimum;
+}
+
+std::optional<double> RadiusOf(double dx) {
+    return dx == kNoRadius ? std::nullopt : std::optional(dx);
 }
 
 bool MixesTriggers(const WavoGraph& graph) {

@@ -25,7 +25,7 @@ inline constexpr double kLargestBound = 1e8;
 /// The derivation order of a y axis; 0 for one that the record does not tell.
 std::int32_t DerivationOf(const WavoGraph& graph, std::size_t axis);
 
-/// The y axis of a name and a derivation order; the first when there are several.
+/// The y axis of a name and a derivation order; of several the last, which was added last.
 std::optional<std::size_t> FindYAxis(const WavoGraph& graph, const std::string& name,
                                      std::int32_t derivation);
 
@@ -57,6 +57,13 @@ void RemoveYAxis(WavoGraph& graph, std::size_t axis);
 /// Over an axis, with round circles: makes a unit as long in x as in y by moving the x maximum.
 /// Nothing with another graph, before the graph was laid out, or for a y range that does not go up.
 void KeepCirclesRound(WavoGraph& graph, std::size_t y_scale);
+
+/// Whether a scale is manual, or was given a range before. One that never was leaves its edits free
+/// for one.
+bool HasBounds(const ScaleDefinition& scale);
+
+/// The radius of a guiding circle; nothing for one that is not set.
+std::optional<double> RadiusOf(double dx);
 
 /// Whether a graph has start triggers and stop triggers.
 bool MixesTriggers(const WavoGraph& graph);

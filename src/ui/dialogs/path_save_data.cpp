@@ -13,6 +13,7 @@
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/elided_label.h"
 #include "ui/dialogs/file_dialogs.h"
+#include "ui/dialogs/line_edits.h"
 #include "ui/dialogs/message_boxes.h"
 
 namespace wavo {
@@ -81,6 +82,7 @@ PathSaveData::PathSaveData(const std::string& path, const std::vector<std::strin
     m_path_edit->setText(QString::fromStdString(path));
     m_path_edit->setMinimumWidth(fontMetrics().averageCharWidth() * kPathCharacters);
     LayOut();
+    KeepOneLineInEdits(*this);
     m_path_edit->setFocus();
 }
 

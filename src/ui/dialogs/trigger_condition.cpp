@@ -13,6 +13,7 @@
 #include "support/number_text.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/elided_label.h"
+#include "ui/dialogs/line_edits.h"
 #include "ui/dialogs/trigger_condition_controls.h"
 
 namespace wavo {
@@ -66,6 +67,7 @@ CTriggerCondition::CTriggerCondition(TriggerEntry& entry, QWidget* parent)
     : QDialog(parent), m_entry(entry) {
     setWindowTitle(QStringLiteral("Trigger condition"));
     CreateControls();
+    KeepOneLineInEdits(*this);
     ShowEntry();
 }
 
@@ -140,7 +142,7 @@ void CTriggerCondition::accept() {
     for (const auto& [type, id] : tc::kTriggers) {
         if (checked(id)) {
             m_entry.TriggerType = type;
-            const QString text = LineText(*this, tc::kValue);
+            const QString text = EditText(*this, tc::kValue);
             if (!text.isEmpty()) {
                 m_entry.TriggerValue = ReadDouble(text.toStdString());
             }

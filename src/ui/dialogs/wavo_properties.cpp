@@ -17,6 +17,7 @@
 #include "ui/dialogs/color_field.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/elided_label.h"
+#include "ui/dialogs/line_edits.h"
 #include "ui/dialogs/properties_texts.h"
 #include "ui/dialogs/wavo_properties_controls.h"
 
@@ -112,6 +113,7 @@ CWavoProperties::CWavoProperties(ViewSettings& settings, QWidget* parent)
     : QDialog(parent), m_settings(settings), m_edited(settings) {
     setWindowTitle(QStringLiteral("Properties"));
     CreateControls();
+    KeepOneLineInEdits(*this);
     ShowSettings();
 }
 
@@ -235,7 +237,7 @@ void CWavoProperties::SelectFont() {
 
 void CWavoProperties::SelectDataFile() {
     const auto path = ChooseSaveFile(
-        this, {QStringLiteral("Save As"), LineText(*this, wp::kDataFile), QStringLiteral("txt"),
+        this, {QStringLiteral("Save As"), EditText(*this, wp::kDataFile), QStringLiteral("txt"),
                QStringLiteral("Data Files (*.txt)|*.txt|All Files (*.*)|*.*||")});
     if (path) {
         SetText(wp::kDataFile, *path);
@@ -251,13 +253,13 @@ void CWavoProperties::SetDefaultValues() {
 
 void CWavoProperties::accept() {
     m_edited.scale_lines_x =
-        ParseScaleLines(LineText(*this, wp::kScaleLinesX).toStdString(), kDefaultScaleLinesX);
+        ParseScaleLines(EditText(*this, wp::kScaleLinesX).toStdString(), kDefaultScaleLinesX);
     m_edited.scale_lines_y =
-        ParseScaleLines(LineText(*this, wp::kScaleLinesY).toStdString(), kDefaultScaleLinesY);
+        ParseScaleLines(EditText(*this, wp::kScaleLinesY).toStdString(), kDefaultScaleLinesY);
     m_edited.show_graph_editor = FindControl<QCheckBox>(*this, wp::kShowGraphEditor)->isChecked();
     m_edited.export_settings = ParseExportTexts(
-        {ToBytes(LineText(*this, wp::kSeparator)), ToBytes(LineText(*this, wp::kDecimalPoint)),
-         ToBytes(LineText(*this, wp::kEndOfLine)), LineText(*this, wp::kDataFile).toStdString()});
+        {ToBytes(EditText(*this, wp::kSeparator)), ToBytes(EditText(*this, wp::kDecimalPoint)),
+         ToBytes(EditText(*this, wp::kEndOfLine)), EditText(*this, wp::kDataFile).toStdString()});
     m_settings = m_edited;
     QDialog::accept();
 }

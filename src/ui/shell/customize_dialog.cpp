@@ -13,6 +13,7 @@
 #include <array>
 
 #include "ui/dialogs/controls.h"
+#include "ui/dialogs/line_edits.h"
 #include "ui/shell/command_icons.h"
 #include "ui/shell/commands.h"
 
@@ -92,6 +93,7 @@ CustomizeDialog::CustomizeDialog(const BarSetup& setup, const std::vector<QIcon>
     auto* const last = new QGridLayout;
     BuildButtons(*last);
     outer->addLayout(last);
+    KeepOneLineInEdits(*this);
     ShowAll();
 }
 

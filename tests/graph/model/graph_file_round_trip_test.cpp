@@ -236,6 +236,94 @@ TEST(GraphFileRoundTrip, ARadiusThatIsNoNumberIsWrittenAsNotSet) {
     }
 }
 
+/// What is read of a graph that was written alone; an entry of the error log per axis left out.
+ReadResult Stored(const WavoGraph& graph, const std::vector<std::string>& left_out = {}) {
+    std::vector<std::string> entries;
+    for (const std::string& name : left_out) {
+        entries.push_back("CAxSelect::GetGraphAsIniData(): axis [" + name + "] of graph " +
+                          std::to_string(graph.GraphNumber) +
+                          " left out, its name cannot stand in a file");
+    }
+    const testing::ExpectErrorLog expected(entries);
+    MIniData store;
+    EXPECT_TRUE(GetGraphAsIniData(store, {graph}, ""));
+    return ReadText(store.Content());
+}
+
+TEST(GraphFileRoundTrip, AYAxisThatCannotStandInAListIsLeftOutWithAllThatIsItsOwn) {
+    WavoGraph rest = TimeGraph();
+    for (const char* const name : {"", "A,B", ",", "A\nB", "A\r", " ", "\t \v"}) {
+        SCOPED_TRACE(name);
+        WavoGraph graph = TimeGraph();
+        graph.YCoorAxName.insert(graph.YCoorAxName.begin() + 1, name);
+        graph.YCoorAxColor.insert(graph.YCoorAxColor.begin() + 1, 17);
+        graph.YCoorAxDerivation.insert(graph.YCoorAxDerivation.begin() + 1, 1);
+        graph.Triggers.insert(graph.Triggers.begin() + 1, {TriggerTypeCode::kStopAbove, 4.0, name});
+        graph.YScales.insert(graph.YScales.begin() + 1,
+                             {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, 1.0, 2.0});
+        const ReadResult result = Stored(graph, {name});
+        ASSERT_TRUE(result.success) << result.error_text;
+        ASSERT_EQ(result.graphs.size(), 1U);
+        ExpectSameGraph(result.graphs[0], NormalForm(rest));
+    }
+}
+
+TEST(GraphFileRoundTrip, AGraphOfNothingButAxesThatAreLeftOutIsAGraphWithoutAxes) {
+    WavoGraph graph = TimeGraph();
+    graph.YCoorAxName = {"", "A,B"};
+    const ReadResult result = Stored(graph, {"", "A,B"});
+    ASSERT_TRUE(result.success) << result.error_text;
+    ASSERT_EQ(result.graphs.size(), 1U);
+    EXPECT_THAT(result.graphs[0].YCoorAxName, ::testing::IsEmpty());
+    EXPECT_THAT(result.graphs[0].YScales, ::testing::IsEmpty());
+}
+
+TEST(GraphFileRoundTrip, AnXAxisIsLeftOutForALineEndOnly) {
+    WavoGraph graph = AxisGraph();
+    graph.XCoorAxName = "A\nB";
+    EXPECT_EQ(Stored(graph, {"A\nB"}).graphs.at(0).XCoorAxName, "");
+    for (const char* const name : {"A,B", "", "A B"}) {
+        graph.XCoorAxName = name;
+        EXPECT_EQ(Stored(graph).graphs.at(0).XCoorAxName, name);
+    }
+    graph.XCoorType = CoorType::kTime;  // the name is not written
+    graph.XCoorAxName = "A\nB";
+    EXPECT_TRUE(Stored(graph).success);
+}
+
+TEST(GraphFileRoundTrip, BoundsThatAreNoRangeAreWrittenAsOne) {
+    const std::pair<double, double> ranges[] = {
+        {20.0, 10.0}, {kInfinity, -kInfinity}, {kNaN, 1.0}, {1.0, kNaN}, {kNaN, kNaN}, {0.0, -0.0}};
+    for (const auto& [minimum, maximum] : ranges) {
+        SCOPED_TRACE(std::to_string(minimum) + " " + std::to_string(maximum));
+        WavoGraph graph = AxisGraph();
+        graph.XScale.Minimum = graph.YScales[0].Minimum = minimum;
+        graph.XScale.Maximum = graph.YScales[0].Maximum = maximum;
+        const ReadResult result = Stored(graph);
+        ASSERT_TRUE(result.success) << result.error_text;
+        for (const ScaleDefinition& scale :
+             {result.graphs[0].XScale, result.graphs[0].YScales[0]}) {
+            EXPECT_LE(scale.Minimum, scale.Maximum);
+            EXPECT_EQ(scale.ScaleAx, ScaleAxCode::kManual);
+            if (minimum == 20.0) {
+                EXPECT_EQ(scale.Minimum, 10.0);
+                EXPECT_EQ(scale.Maximum, 20.0);
+            }
+        }
+    }
+}
+
+TEST(GraphFileRoundTrip, AnXScaleWithoutAKindOrARangeGetsOne) {
+    WavoGraph graph = AxisGraph();
+    graph.XScale.ScaleAx = ScaleAxCode{};
+    EXPECT_EQ(Stored(graph).graphs.at(0).XScale.ScaleAx, ScaleAxCode::kAutomatic);
+    graph = TimeGraph();
+    for (const double range : {0.0, -5.0, 0.00009, kNaN}) {
+        graph.XScale.TimeRange = range;
+        EXPECT_EQ(Stored(graph).graphs.at(0).XScale.TimeRange, 10.0);
+    }
+}
+
 /// A locale with a decimal comma for a scope: the one that the build made, or one of the machine.
 class CommaLocale {
  public:

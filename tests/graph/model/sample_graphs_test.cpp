@@ -45,6 +45,10 @@ TEST(SampleGraphs, AreInTheFormInWhichTheyWouldBeSaved) {
         EXPECT_FALSE(add_text.empty());
         ASSERT_TRUE(GetGraphAsIniData(store, graphs, add_text));
         EXPECT_EQ(store.Content(), bytes.str());
+        // Settings belong to a graph file; without them reading it would be reported.
+        for (const char* const section : {"BKCOLOR", "GRAPH_FONT", "SCALE_LINES", "AX_EDIT"}) {
+            EXPECT_TRUE(store.HasSection(section)) << section;
+        }
     }
 }
 

@@ -116,6 +116,8 @@ EditorFixture::EditorFixture() {
     });
     m_editor->SetAxisLimits(&m_limits);
     m_editor->show();
+    m_editor->activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(m_editor.get()));
 }
 
 EditorFixture::~EditorFixture() {
@@ -136,8 +138,19 @@ void EditorFixture::Click(EditorControl id) {
 }
 
 void EditorFixture::Type(EditorControl id, const std::string& text) {
+    TypeAndStay(id, text);
+    Leave(id);
+}
+
+void EditorFixture::Leave(EditorControl id) {
+    ASSERT_TRUE(Get(id).hasFocus());
+    Get(id).clearFocus();
+}
+
+void EditorFixture::TypeAndStay(EditorControl id, const std::string& text) {
     QLineEdit& edit = EditOf(Get(id));
     ASSERT_TRUE(edit.isEnabled());
+    Get(id).setFocus();
     edit.selectAll();
     if (text.empty()) {
         QTest::keyClick(&edit, Qt::Key_Backspace);

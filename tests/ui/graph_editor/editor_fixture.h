@@ -62,8 +62,11 @@ class EditorFixture : public ::testing::Test {
         return *FindControl<Widget>(*m_editor, static_cast<int>(id));
     }
     void Click(EditorControl id);
-    /// Replaces the text of an edit, or of the edit part of a combo, in one step.
+    /// Goes to an edit, or the edit part of a combo, replaces its text in one step and leaves it.
     void Type(EditorControl id, const std::string& text);
+    /// The same without leaving it.
+    void TypeAndStay(EditorControl id, const std::string& text);
+    void Leave(EditorControl id);
     /// Chooses an entry of a combo from its list.
     void Choose(EditorControl id, const std::string& text);
     /// Shows a y axis: its name and derivation are typed.

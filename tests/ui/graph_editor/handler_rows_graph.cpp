@@ -104,13 +104,6 @@ std::vector<Row> GraphRows() {
          nullptr,
          {},
          {}},
-        {"TriggerOfAnAxisThatTheGraphDoesNotShow",
-         TimeGraph,
-         nullptr,
-         {{kYAxis, "Y"}, {kDerivation, "1"}, {kTrigger}},
-         nullptr,
-         {},
-         {}},
 
         {"ZeroLines",
          TimeGraph,

@@ -65,7 +65,7 @@ TEST_F(GraphEditorTest, DoesNothingWithoutGraphs) {
             Get(row.id).setEnabled(true);
             Click(row.id);
             if (row.kind == ControlKind::kEdit) {
-                Type(row.id, "7");
+                TypeAndStay(row.id, "7");
             }
         }
     }
@@ -404,6 +404,72 @@ TEST_F(GraphEditorTest, TheTimeIsForTheSelectedGraphElse) {
     Type(kTimeRange, "4");
     EXPECT_EQ(m_graphs[0].XScale.TimeRange, 4.0);
     EXPECT_EQ(m_graphs[1].XScale.TimeRange, 10.0);
+}
+
+TEST_F(GraphEditorTest, OfAnAxisThatIsThereTwiceTheOneAddedLastIsShownAndChanged) {
+    Begin({TimeGraph()});
+    ChooseYAxis("X", 0);
+    Click(kAddYAxis);
+    EXPECT_EQ(Text(kYAxes), "X,X',Y,X");
+    EXPECT_EQ(Text(kYMinimum), "-1000.000000");
+    Type(kYMinimum, "-7");
+    EXPECT_EQ(m_graphs[0].YScales[3].Minimum, -7.0);
+    EXPECT_EQ(m_graphs[0].YScales[0].Minimum, -50.0);
+    Click(kYAutomatic);
+    EXPECT_EQ(m_graphs[0].YScales[3].ScaleAx, ScaleAxCode::kAutomatic);
+    EXPECT_EQ(m_graphs[0].YScales[0].ScaleAx, ScaleAxCode::kManual);
+    SetColorChooser([](QWidget*, const QColor&) { return std::optional(QColor(1, 2, 3)); });
+    Click(kColor);
+    EXPECT_EQ(m_graphs[0].YCoorAxColor[3], 0x030201U);
+    m_editor->SetTriggerDialog([](TriggerEntry& trigger, QWidget*) {
+        trigger.TriggerType = TriggerTypeCode::kStopAbove;
+        return true;
+    });
+    Click(kTrigger);
+    EXPECT_EQ(m_graphs[0].Triggers[3].TriggerType, TriggerTypeCode::kStopAbove);
+    EXPECT_EQ(Text(kTriggerState), "defined");
+    Click(kDeleteYAxis);
+    EXPECT_EQ(Describe(m_graphs[0]), Describe(TimeGraph()));
+    Click(kDeleteYAxis);
+    EXPECT_EQ(Text(kYAxes), "X',Y");
+}
+
+TEST_F(GraphEditorTest, OfAnAxisThatIsThereTwiceTheLastIsShownWhenTheGraphIsSelected) {
+    WavoGraph graph = TimeGraph(1);
+    graph.YCoorAxName[2] = "X";
+    graph.YScales[2] = {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, -3.0, 4.0};
+    Begin({TimeGraph(2), graph});
+    Type(kGraphNumber, "1");
+    EXPECT_EQ(Text(kYMinimum), "-3.000000");
+    EXPECT_EQ(Get<ColorField>(kColor).Color(), QColor(0, 0, 255));
+    Type(kYMaximum, "5");
+    EXPECT_EQ(m_graphs[1].YScales[2].Maximum, 5.0);
+    EXPECT_EQ(m_graphs[1].YScales[0].Maximum, 50.0);
+}
+
+TEST_F(GraphEditorTest, ATriggerIsForAnAxisThatTheGraphShows) {
+    Begin({TimeGraph()});
+    EXPECT_TRUE(IsEnabled(kTrigger));
+    Type(kYAxis, "Z");
+    EXPECT_FALSE(IsEnabled(kTrigger));
+    Type(kYAxis, "X");
+    EXPECT_TRUE(IsEnabled(kTrigger));
+    Type(kDerivation, "2");
+    EXPECT_FALSE(IsEnabled(kTrigger));
+    Click(kAddYAxis);
+    EXPECT_TRUE(IsEnabled(kTrigger));
+    Type(kGraphNumber, "2");
+    EXPECT_FALSE(IsEnabled(kTrigger));
+    Type(kGraphNumber, "1");
+    EXPECT_TRUE(IsEnabled(kTrigger));
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_TRUE(IsEnabled(kTrigger));
+        Click(kDeleteYAxis);
+    }
+    EXPECT_FALSE(IsEnabled(kTrigger));
+    Click(kDeleteGraph);
+    Click(kDeleteGraph);
+    EXPECT_FALSE(IsEnabled(kTrigger));
 }
 
 }  // namespace

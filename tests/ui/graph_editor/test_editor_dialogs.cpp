@@ -259,7 +259,7 @@ TEST_F(EditorDialogs, TheViewSelectsAGraphAndShowsATime) {
 
 TEST_F(EditorDialogs, ATimeIsNotEditedWhileItIsThatOfAZoom) {
     Begin({TimeGraph(1), AxisGraph(2)});
-    m_editor->SetZoomed(true);
+    m_editor->SetZooms({{1, 0.5}});
     EXPECT_FALSE(IsEnabled(kTimeRange));
     EXPECT_FALSE(IsEnabled(kAllGraphs));
     Type(kGraphNumber, "1");
@@ -267,6 +267,45 @@ TEST_F(EditorDialogs, ATimeIsNotEditedWhileItIsThatOfAZoom) {
     m_editor->ResetSelection();
     EXPECT_TRUE(IsEnabled(kTimeRange));
     EXPECT_TRUE(IsEnabled(kAllGraphs));
+}
+
+TEST_F(EditorDialogs, AZoomedGraphShowsTheSpanOfItsZoomUntilZoomsAreLeft) {
+    Begin({TimeGraph(1), TimeGraph(2)});
+    m_editor->SetZooms({{1, 0.5}});
+    EXPECT_EQ(Text(kTimeRange), "0.500");
+    Type(kGraphNumber, "2");
+    EXPECT_EQ(Text(kTimeRange), "10.000");
+    Type(kGraphNumber, "1");
+    EXPECT_EQ(Text(kTimeRange), "0.500");
+    Click(kZeroLines);
+    EXPECT_EQ(Text(kTimeRange), "0.500");
+    m_editor->SetZooms({});
+    EXPECT_EQ(Text(kTimeRange), "10.000");
+}
+
+TEST_F(EditorDialogs, AClickOnTimeWhileZoomedKeepsTheTimeOfTheRecord) {
+    WavoGraph second = TimeGraph(2);
+    second.XScale.TimeRange = 4.0;
+    Begin({TimeGraph(1), second});
+    m_editor->SetZooms({{1, 0.5}});
+    Click(kXTime);
+    EXPECT_EQ(m_graphs[0].XScale.TimeRange, 10.0);
+    EXPECT_EQ(m_graphs[1].XScale.TimeRange, 4.0);
+    m_editor->SetZooms({});
+    Click(kAllGraphs);
+    m_editor->SetZooms({{1, 0.5}, {2, 0.5}});
+    Type(kGraphNumber, "2");
+    m_graphs[1].XScale.TimeRange = 3.0;
+    Click(kXTime);
+    EXPECT_EQ(m_graphs[0].XScale.TimeRange, 3.0);
+    EXPECT_EQ(m_graphs[1].XScale.TimeRange, 3.0);
+}
+
+TEST_F(EditorDialogs, ATimeThatIsBeingTypedStaysWhenTheGraphsAreMadeAnew) {
+    Begin({TimeGraph(1)});
+    TypeAndStay(kTimeRange, "5");
+    m_editor->SetZooms({});  // as with every edit
+    EXPECT_EQ(Text(kTimeRange), "5");
 }
 
 TEST_F(EditorDialogs, ANumberStaysAsItIsTypedUntilItIsLeft) {
@@ -282,26 +321,102 @@ TEST_F(EditorDialogs, ANumberStaysAsItIsTypedUntilItIsLeft) {
 
 TEST_F(EditorDialogs, ANumberThatWasReplacedIsShownWhenItIsLeft) {
     Begin({AxisGraph(), TimeGraph(2)});
-    Type(kXMaximum, "99");
+    TypeAndStay(kXMaximum, "99");
     EXPECT_EQ(Text(kXMaximum), "99");
-    QTest::keyClick(&Get(kXMaximum), Qt::Key_Return);
+    Leave(kXMaximum);
     EXPECT_EQ(Text(kXMaximum), "30.000000");
-    Type(kFadeOutTime, "0");
+    TypeAndStay(kFadeOutTime, "0");
     QTest::keyClick(&Get(kFadeOutTime), Qt::Key_Return);
     EXPECT_EQ(Text(kFadeOutTime), "1.000");
     Type(kGraphNumber, "2");
     Type(kTimeRange, "");
-    QTest::keyClick(&Get(kTimeRange), Qt::Key_Return);
     EXPECT_EQ(Text(kTimeRange), "10.000");
 }
 
+struct Left {
+    WavoGraph (*graph)(std::uint32_t);
+    EditorControl control;
+    const char* typed;
+    const char* shown;  ///< when the edit is left
+};
+
+TEST_F(EditorDialogs, WhatWasNotTakenOfATextIsReplacedWhenTheEditIsLeft) {
+    const auto free = [](std::uint32_t number) {
+        WavoGraph graph = AxisGraph(number);
+        graph.AutoCircle = false;
+        return graph;
+    };
+    const Left cases[] = {
+        {TimeGraph, kYMinimum, "-1,5", "-1.000000"},
+        {TimeGraph, kYMaximum, "7 mm", "7.000000"},
+        {TimeGraph, kYMaximum, "", "50.000000"},
+        {TimeGraph, kYMinimum, "abc", "0.000000"},
+        {TimeGraph, kYMinimum, "-1.5", "-1.5"},  // all of it was taken
+        {TimeGraph, kYMinimum, "-1e1", "-1e1"},
+        {TimeGraph, kYMaximum, "2e8", "100000000.000000"},
+        {TimeGraph, kTimeRange, "2,5", "2.000"},
+        {TimeGraph, kTimeRange, "0.0002", "0.0002"},
+        {TimeGraph, kTimeRange, "0.00001", "10.000"},
+        {TimeGraph, kXMaximum, "3", ""},  // nobody takes it over time
+        {TimeGraph, kDerivation, "1,5", "1"},
+        {TimeGraph, kDerivation, "x", "0"},
+        {TimeGraph, kDerivation, "", "0"},
+        {TimeGraph, kDerivation, "99", "8"},
+        {free, kXMinimum, "-20,5", "-20.000000"},
+        {free, kXMaximum, "", "30.000000"},
+        {AxisGraph, kXMaximum, "", "30.000000"},
+        {AxisGraph, kInnerCircle, "2,5", "2.000"},
+        {AxisGraph, kOuterCircle, "x", "0.000"},
+        {AxisGraph, kInnerCircle, "", ""},
+        {AxisGraph, kFadeOutTime, "-1", "1.000"},
+        {AxisGraph, kFadeOutTime, "1.0005", "1.000"},
+        {AxisGraph, kFadeOutTime, "2,5", "2.000"},
+        {AxisGraph, kXAxis, "Q", "Y"},
+        {AxisGraph, kXAxis, "", "Y"},
+    };
+    for (const Left& expected : cases) {
+        SCOPED_TRACE(std::to_string(static_cast<int>(expected.control)) + " " + expected.typed);
+        Begin({expected.graph(1)});
+        TypeAndStay(expected.control, expected.typed);
+        m_view.Take();
+        const std::string taken = Describe(m_graphs[0]);
+        EXPECT_EQ(Text(expected.control), expected.typed);
+        Leave(expected.control);
+        EXPECT_EQ(Text(expected.control), expected.shown);
+        EXPECT_EQ(Describe(m_graphs[0]), taken);
+        EXPECT_THAT(m_view.Take(), IsEmpty());
+    }
+}
+
+TEST_F(EditorDialogs, ANumberThatNoGraphTakesIsReplacedByTheOneShownBefore) {
+    Begin({TimeGraph(1)});
+    Type(kGraphNumber, "");
+    Type(kTimeRange, "4");
+    EXPECT_EQ(Text(kTimeRange), "10.000");
+    EXPECT_EQ(Text(kGraphNumber), "");
+    Begin({});
+    Type(kTimeRange, "4");
+    EXPECT_EQ(Text(kTimeRange), "10.000");
+}
+
+// A click on `manual` takes them.
 TEST_F(EditorDialogs, BoundsThatWaitForManualStayAsTheyAreTyped) {
-    WavoGraph graph = TimeGraph();
-    Begin({graph});
+    WavoGraph x = AxisGraph(2);
+    x.AutoCircle = false;
+    x.XScale.ScaleAx = ScaleAxCode::kAutomatic;
+    Begin({TimeGraph(), x});
     Choose(kYAxis, "Y");
     Type(kYMinimum, "-1");
-    QTest::keyClick(&Get(kYMinimum), Qt::Key_Return);
     EXPECT_EQ(Text(kYMinimum), "-1");
+    Type(kYMaximum, "1,5");
+    EXPECT_EQ(Text(kYMaximum), "1.000000");  // what is taken of it then
+    Type(kYMaximum, "");
+    EXPECT_EQ(Text(kYMaximum), "");
+    Type(kGraphNumber, "2");
+    Type(kXMinimum, "-2");
+    Type(kXMaximum, "2,5");
+    EXPECT_EQ(Text(kXMinimum), "-2");
+    EXPECT_EQ(Text(kXMaximum), "2.000000");
 }
 
 TEST_F(EditorDialogs, ItsOwnWritingIsNoChange) {

@@ -1,5 +1,6 @@
 // The graph editor under input that is out of the ordinary: huge numbers, the keyboard, lists that
 // change beneath it.
+#include <QComboBox>
 #include <QLineEdit>
 #include <QRadioButton>
 
@@ -64,21 +65,17 @@ TEST_F(EditorInput, ChangesArePostedAndTheRestIsSent) {
 
 TEST_F(EditorInput, TheTimeOfAZoomStaysWhenItsEditLosesTheKeyboard) {
     Begin({TimeGraph(1)});
-    m_editor->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(m_editor.get()));
     Get(kTimeRange).setFocus();
     const GraphAndTime zoom{1, 0.5};
     SendAppMessage(m_editor.get(), AppMessage::kSelectGraphAndTime, 0,
                    reinterpret_cast<std::int64_t>(&zoom));
-    m_editor->SetZoomed(true);
+    m_editor->SetZooms({{1, 0.5}});
     EXPECT_FALSE(Get(kTimeRange).hasFocus());
     EXPECT_EQ(Text(kTimeRange), "0.500");
 }
 
 TEST_F(EditorInput, TheArrowKeysOperateRadiosLikeAClick) {
     Begin({TimeGraph(1)});
-    m_editor->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(m_editor.get()));
     Get(kContinuity).setFocus();
     QTest::keyClick(&Get(kContinuity), Qt::Key_Left);
     EXPECT_TRUE(IsChecked(kClassic));
@@ -106,6 +103,65 @@ TEST_F(EditorInput, AnAxisThatTheGraphDoesNotShowHasNoTrigger) {
     EXPECT_EQ(Text(kTriggerState), "not defined");
     Type(kYAxis, "X");
     EXPECT_EQ(Text(kTriggerState), "defined");
+}
+
+class LeavingACombo : public testing::EditorFixture {
+ protected:
+    /// Types into a combo key by key.
+    void TypeKeys(EditorControl id, const char* text) {
+        Get(id).setFocus();
+        Get<QComboBox>(id).lineEdit()->selectAll();
+        QTest::keyClicks(&Get(id), QString::fromLatin1(text));
+    }
+};
+
+TEST_F(LeavingACombo, AfterItsTextWasTakenTellsNothing) {
+    Begin({AxisGraph(1), TimeGraph(2)});
+    TypeKeys(kXAxis, "Z");
+    EXPECT_EQ(m_graphs[0].XCoorAxName, "Z");
+    EXPECT_THAT(m_view.Take(), ElementsAre("591 1"));
+    QTest::keyClick(&Get(kXAxis), Qt::Key_Return);
+    EXPECT_THAT(m_view.Take(), IsEmpty());
+    QTest::keyClick(&Get(kXAxis), Qt::Key_Tab);
+    EXPECT_FALSE(Get(kXAxis).hasFocus());
+    EXPECT_THAT(m_view.Take(), IsEmpty());
+    TypeKeys(kXAxis, "Z");  // the same again
+    EXPECT_THAT(m_view.Take(), IsEmpty());
+    Leave(kXAxis);
+    EXPECT_THAT(m_view.Take(), IsEmpty());
+    Choose(kXAxis, "Y");
+    EXPECT_THAT(m_view.Take(), ElementsAre("591 1"));
+    Get(kXAxis).setFocus();
+    Leave(kXAxis);
+    EXPECT_THAT(m_view.Take(), IsEmpty());
+}
+
+TEST_F(LeavingACombo, ShowsNothingAnew) {
+    Begin({TimeGraph(1), TimeGraph(2)});
+    TypeKeys(kGraphNumber, "2");
+    ChooseYAxis("Y", 0);
+    Get(kGraphNumber).setFocus();
+    QTest::keyClick(&Get(kGraphNumber), Qt::Key_Return);
+    Leave(kGraphNumber);
+    EXPECT_EQ(Text(kYAxis), "Y");
+    // A bound that waits for `manual` is still there.
+    Type(kYMinimum, "-3");
+    TypeKeys(kYAxis, "Y");
+    QTest::keyClick(&Get(kYAxis), Qt::Key_Return);
+    Leave(kYAxis);
+    Click(kYManual);
+    EXPECT_EQ(m_graphs[1].YScales[2].Minimum, -3.0);
+    EXPECT_THAT(m_view.Take(), ElementsAre("591 2"));
+}
+
+TEST_F(LeavingACombo, OfAGraphThatWasMadeMakesNoOther) {
+    Begin({TimeGraph(1)});
+    TypeKeys(kGraphNumber, "7");
+    EXPECT_THAT(m_view.Take(), ElementsAre("591 7"));
+    QTest::keyClick(&Get(kGraphNumber), Qt::Key_Return);
+    Leave(kGraphNumber);
+    EXPECT_THAT(m_view.Take(), IsEmpty());
+    EXPECT_EQ(m_graphs.size(), 2U);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // The parts of the graph editor: the table of its controls, its layout, the colours of new curves.
 #include <QAbstractButton>
+#include <QGroupBox>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
@@ -108,6 +109,58 @@ TEST_F(EditorParts, NothingIsCutOffAtAnyUsualWidth) {
     }
 }
 
+TEST_F(EditorParts, TheLongestTimeIsNotCutOff) {
+    WavoGraph graph = TimeGraph();
+    graph.XScale.TimeRange = 1000000.0;
+    Begin({graph});
+    m_editor->resize(1366, m_editor->heightForWidth(1366));
+    EXPECT_EQ(Text(kTimeRange), "1000000.000");
+    EXPECT_THAT(CutOffTexts(*m_editor), ::testing::IsEmpty());
+}
+
+TEST_F(EditorParts, HasTheTextsOfItsTable) {
+    Begin({TimeGraph()});
+    std::vector<std::string> labels;
+    for (const QLabel* const label : m_editor->findChildren<QLabel*>()) {
+        labels.push_back(label->text().toStdString());
+    }
+    using ::testing::Contains;
+    EXPECT_THAT(labels, Contains(". derivation (d?/dT), s->v->a"));
+    EXPECT_THAT(labels, Contains("fade out time"));
+    EXPECT_THAT(labels, Contains("graph no."));
+}
+
+TEST_F(EditorParts, WhatAWindowIsWiderIsForTheListOfTheAxesUpToALength) {
+    Begin({TimeGraph()});
+    m_editor->resize(1366, m_editor->heightForWidth(1366));
+    const int combo = Get(kYAxis).width();
+    const int axes = Get(kYAxes).width();
+    m_editor->resize(1920, m_editor->heightForWidth(1920));
+    EXPECT_EQ(Get(kYAxis).width(), combo);
+    EXPECT_GT(Get(kYAxes).width(), axes + 100);
+    const int longest = Get(kYAxes).width();
+    m_editor->resize(3840, m_editor->heightForWidth(3840));
+    EXPECT_EQ(Get(kYAxis).width(), combo);
+    EXPECT_EQ(Get(kYAxes).width(), longest);
+}
+
+TEST_F(EditorParts, AGroupIsReachedByTheLetterOfItsTitle) {
+    const std::pair<Qt::Key, EditorControl> letters[] = {
+        {Qt::Key_G, kGraphNumber}, {Qt::Key_X, kXIsAxis}, {Qt::Key_Y, kYAxis},
+        {Qt::Key_S, kXManual},     {Qt::Key_C, kYManual}, {Qt::Key_A, kAutoCircle},
+        {Qt::Key_D, kZeroLines},
+    };
+    Begin({AxisGraph()});
+    EXPECT_EQ(m_editor->findChildren<QGroupBox*>().size(), std::ssize(letters));
+    for (const auto& [letter, control] : letters) {
+        // A group is entered where it was left.
+        Get(letter == Qt::Key_G ? kXIsAxis : kGraphNumber).setFocus();
+        QTest::keyClick(m_editor->windowHandle(), letter, Qt::AltModifier);
+        EXPECT_TRUE(Get(control).hasFocus()) << static_cast<int>(control);
+    }
+    EXPECT_THAT(m_view.Take(), ::testing::IsEmpty());
+}
+
 TEST_F(EditorParts, AllGroupsStandInOneRowOnASmallScreen) {
     EXPECT_EQ(m_editor->heightForWidth(1366), m_editor->heightForWidth(4000));
 }
@@ -161,6 +214,10 @@ TEST(FlowLayoutTest, BreaksRowsAndSharesWhatIsLeft) {
     EXPECT_EQ(widgets[1]->geometry().left(), 106);
     EXPECT_EQ(widgets[1]->width(), 186);
     EXPECT_EQ(widgets[2]->x(), 297);
+    widgets[1]->setMaximumWidth(150);
+    flow->setGeometry({0, 0, 400, 36});
+    EXPECT_EQ(widgets[1]->width(), 150);
+    EXPECT_EQ(widgets[2]->x(), 261);
 }
 
 /// A colour as eyes see it that lack one kind of cones (0 none lacks, 1 to 3: long, middle, short).

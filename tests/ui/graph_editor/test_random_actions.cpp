@@ -94,7 +94,8 @@ class RandomActions : public testing::EditorFixture {
                 return;
             }
             case 3:
-                m_editor->SetZoomed(Below(2) == 0);
+                m_editor->SetZooms(Below(2) == 0 ? std::map<std::uint32_t, double>{{1, 0.5}}
+                                                 : std::map<std::uint32_t, double>{});
                 return;
             case 4:
                 m_editor->SetAcquisitionRuns(Below(2) == 0);

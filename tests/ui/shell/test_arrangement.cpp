@@ -233,6 +233,15 @@ TEST_F(Customizing, ButtonsAreAddedRemovedAndMoved) {
     EXPECT_THAT(Items(0), ElementsAre(57600, 57601, 57603, 57604));
 }
 
+TEST_F(Customizing, TheNameOfABarIsOneLine) {
+    Click(customize::kNewBar);
+    auto* const name = FindControl<QLineEdit>(m_dialog, customize::kBarName);
+    name->clear();
+    name->insert(QStringLiteral("My\r\nbar"));
+    Q_EMIT name->editingFinished();
+    EXPECT_EQ(m_dialog.Setup().bars[1].name, "My bar");
+}
+
 TEST_F(Customizing, TheEndsOfTheListAreEnds) {
     Select(customize::kButtons, 0);
     EXPECT_FALSE(FindControl(m_dialog, customize::kUp)->isEnabled());

@@ -17,6 +17,7 @@
 #include <QTest>
 #include <memory>
 
+#include "expect_errors.h"
 #include "fake_shared_memory.h"
 #include "graph/model/graph_ini_data.h"
 #include "link/wire_format.h"
@@ -27,6 +28,7 @@
 #include "ui/dialogs/editor_controls.h"
 #include "ui/dialogs/message_boxes.h"
 #include "ui/shell/main_frame.h"
+#include "view/view_settings_file.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -95,6 +97,7 @@ class Offered : public ::testing::Test {
         EXPECT_TRUE(store.Open(path));
         EXPECT_TRUE(GetGraphAsIniData(store, {graph}, ""));
         EXPECT_TRUE(store.Save());
+        EXPECT_TRUE(WriteProperties(path, DefaultViewSettings()));
         return path;
     }
 
@@ -251,7 +254,15 @@ TEST_F(Offered, SaveWhenTheFileOfTheStartCouldNotBeRead) {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(QByteArray("\xFF\xFE[\0", 4));
     file.close();
-    View().OnInitialUpdate(path.toStdString());
+    {
+        const testing::ExpectErrorLog no_settings(
+            {"CWavoView::WriteProperties: failed to open '" + path.toStdString() + "'",
+             "CWavoView::ReadProperties: back ground defination not complete, create default back "
+             "ground color",
+             "CWavoView::ReadProperties: graphs font defination not complete, create default "
+             "font"});
+        View().OnInitialUpdate(path.toStdString());
+    }
     EXPECT_THAT(m_boxes, ElementsAre("failed to read " + path.toStdString() +
                                      ".\nUTF16/32 Unicode format not supported."));
     EXPECT_TRUE(Offers("&Save"));

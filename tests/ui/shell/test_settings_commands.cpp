@@ -8,8 +8,12 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QFile>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QMenuBar>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <set>
 
 #include "dialog_driver.h"
 #include "expect_errors.h"
@@ -20,10 +24,13 @@
 #include "ui/dialogs/add_text.h"
 #include "ui/dialogs/add_text_controls.h"
 #include "ui/dialogs/choosers.h"
+#include "ui/dialogs/path_save_data.h"
+#include "ui/dialogs/trigger_condition.h"
 #include "ui/dialogs/wavo_properties.h"
 #include "ui/dialogs/wavo_properties_controls.h"
 #include "ui/shell/commands.h"
 #include "ui/shell/main_frame.h"
+#include "view/view_settings_file.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -60,6 +67,7 @@ class SettingsCommands : public ::testing::Test {
         EXPECT_TRUE(store.Open(path));
         EXPECT_TRUE(GetGraphAsIniData(store, {graph}, "first"));
         EXPECT_TRUE(store.Save());
+        EXPECT_TRUE(WriteProperties(path, DefaultViewSettings()));
         return path;
     }
 
@@ -196,6 +204,58 @@ TEST_F(SettingsCommands, TheTextOfTheGraphsIsShownInTheInverseOfTheBackground) {
     TextBand().PutOn(expected, {"second", View().Settings().font, 0xFFFFFF});
     EXPECT_NE(expected, without);
     EXPECT_EQ(View().Picture(), expected);
+}
+
+TEST_F(SettingsCommands, CtrlASelectsAllInTheEditsOfDialogs) {
+    m_frame->Action(CommandId::kStop)->trigger();
+    ASSERT_TRUE(m_frame->Action(CommandId::kStart)->isEnabled());
+    int edits = 0;
+    const auto select_all = [&](QDialog& dialog) {
+        for (QLineEdit* const edit : dialog.findChildren<QLineEdit*>()) {
+            SCOPED_TRACE(edit->objectName().toStdString());
+            edit->setText(QStringLiteral("text"));
+            edit->setFocus();
+            edit->deselect();
+            // As the platform hands it over: first to the window.
+            QTest::keyClick(dialog.windowHandle(), Qt::Key_A, Qt::ControlModifier);
+            EXPECT_EQ(edit->selectedText(), QStringLiteral("text"));
+            ++edits;
+        }
+        dialog.reject();
+    };
+    Run<CWavoProperties>(CommandId::kProperties, select_all);
+    Run<CAddText>(CommandId::kAdditionalText, select_all);
+    EXPECT_EQ(edits, 7);
+    QTimer::singleShot(0, m_frame.get(), [&] {
+        select_all(dynamic_cast<CTriggerCondition&>(*QApplication::activeModalWidget()));
+    });
+    FindControl<QPushButton>(View().Editor(), static_cast<int>(EditorControl::kTrigger))->click();
+    EXPECT_EQ(edits, 8);
+    PathSaveData values("values.txt", {"X"}, m_frame.get());
+    values.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&values));
+    select_all(values);
+    EXPECT_EQ(edits, 9);
+    EXPECT_TRUE(m_frame->Action(CommandId::kStart)->isEnabled()) << "it was not meant";
+}
+
+TEST_F(SettingsCommands, TheLettersOfMenusAndOfTheEditorsGroupsAreAllDifferent) {
+    std::vector<QString> titles;
+    for (const QAction* const menu : m_frame->findChild<QMenuBar*>()->actions()) {
+        titles.push_back(menu->text());
+    }
+    const std::size_t menus = titles.size();
+    for (const QGroupBox* const group : View().Editor().findChildren<QGroupBox*>()) {
+        titles.push_back(group->title());
+    }
+    EXPECT_GE(menus, 5U);
+    EXPECT_EQ(titles.size(), menus + 7);
+    std::set<QKeySequence> letters;
+    for (const QString& title : titles) {
+        const QKeySequence letter = QKeySequence::mnemonic(title);
+        EXPECT_FALSE(letter.isEmpty()) << title.toStdString();
+        EXPECT_TRUE(letters.insert(letter).second) << title.toStdString();
+    }
 }
 
 TEST_F(SettingsCommands, ACancelledTextStays) {
