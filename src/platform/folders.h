@@ -25,8 +25,9 @@ std::string StateFolder();
 /// Whether the process' standard error is a terminal that a person reads.
 bool StandardErrorIsTerminal() noexcept;
 
-/// Whether the process has a standard error at all. Windows: a program with windows has none,
-/// unless it was started with one.
+/// Whether the process has a standard output and a standard error at all. Windows: a program with
+/// windows has none, unless it was started with one.
+bool HasStandardOutput() noexcept;
 bool HasStandardError() noexcept;
 
 /// Lets the terminal of the process, if there is one, understand control sequences and UTF-8.

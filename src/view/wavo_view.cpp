@@ -232,10 +232,13 @@ void CWavoView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     if (!m_ready_for_painting || m_picture.IsEmpty()) {  // nothing was drawn yet
         painter.fillRect(event->rect(), ToQColor(m_settings.background));
-        return;
+    } else {
+        m_picture.CopyTo(painter, event->rect());
+        PaintBands(painter, m_board, m_settings.background);
     }
-    m_picture.CopyTo(painter, event->rect());
-    PaintBands(painter, m_board, m_settings.background);
+    if (m_shows_focus && hasFocus()) {
+        PaintFocus(painter, GraphArea(), m_settings.background);
+    }
 }
 
 void CWavoView::resizeEvent(QResizeEvent* event) {

@@ -120,6 +120,7 @@ class CWavoView : public QWidget,
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
 
  private:
     // AcquisitionHost
@@ -222,6 +223,7 @@ class CWavoView : public QWidget,
     bool m_ready_for_painting = false;  // set by OnInitialUpdate
     bool m_restart = false;             // the next drawing step starts all graphs anew
     bool m_drawing = false;
+    bool m_shows_focus = false;  // the keyboard was brought here by keys
 };
 
 }  // namespace wavo

@@ -8,8 +8,19 @@
 
 namespace wavo {
 
+void CWavoView::focusInEvent(QFocusEvent* event) {
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
+        m_shows_focus = true;
+    }
+    QWidget::focusInEvent(event);
+}
+
 void CWavoView::mousePressEvent(QMouseEvent* event) {
     m_keys.Cancel();
+    if (m_shows_focus) {
+        m_shows_focus = false;
+        update();
+    }
     if (event->button() == Qt::LeftButton) {
         m_mouse.LeftButtonDown(event->position().toPoint());
     } else if (event->button() != Qt::RightButton ||

@@ -12,6 +12,11 @@ namespace {
 
 constexpr int kFillAlpha = 70;
 
+/// White or black, what shows on the background.
+QColor MarkColor(ColorRef background) {
+    return ToQColor(background).lightness() < 128 ? QColor(Qt::white) : QColor(Qt::black);
+}
+
 }  // namespace
 
 QRect BandBetween(const GraphDraw& drawer, int left, int right) {
@@ -38,8 +43,7 @@ void PaintBands(QPainter& painter, const GraphBoard& board, ColorRef background)
         if (band.isNull()) {
             continue;
         }
-        const QColor color =
-            ToQColor(background).lightness() < 128 ? QColor(Qt::white) : QColor(Qt::black);
+        const QColor color = MarkColor(background);
         QColor fill = color;
         fill.setAlpha(kFillAlpha);
         painter.fillRect(band, fill);
@@ -47,6 +51,12 @@ void PaintBands(QPainter& painter, const GraphBoard& board, ColorRef background)
         painter.setPen(QPen(color, 1, Qt::DashLine));
         painter.drawRect(band.adjusted(0, 0, -1, -1));
     }
+}
+
+void PaintFocus(QPainter& painter, const QRect& area, ColorRef background) {
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(MarkColor(background), 1, Qt::DotLine));
+    painter.drawRect(area.adjusted(0, 0, -1, -1));
 }
 
 }  // namespace wavo

@@ -31,4 +31,8 @@ bool SpanOfBand(const GraphDraw& drawer, double time_step, ZoomSpan& span);
 /// Paints the bands of all graphs, to be told from `background`.
 void PaintBands(QPainter& painter, const GraphBoard& board, ColorRef background);
 
+/// Paints the sign that the keyboard is in the view around the graphs, to be told from
+/// `background`.
+void PaintFocus(QPainter& painter, const QRect& area, ColorRef background);
+
 }  // namespace wavo

@@ -4,7 +4,9 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <QDirIterator>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <clocale>
 #include <cstring>
@@ -22,6 +24,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::Gt;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
@@ -125,6 +128,55 @@ TEST_F(Posix, AMasterThatWritesWhatIsNoMessageIsNotConnectedUntilConnect) {
 TEST_F(Posix, TheLocaleIsTheUsersExceptForNumbers) {
     EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
     EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C.UTF-8");
+}
+
+/// The program on a machine without a display.
+class WithoutADisplay : public ::testing::Test {
+ protected:
+    WithoutADisplay() {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char* const name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
+            environment.remove(QString::fromLatin1(name));
+        }
+        environment.insert(QStringLiteral("XDG_STATE_HOME"), m_state.path());
+        m_process.setProcessEnvironment(environment);
+    }
+    /// Ended normally and left no record of a crash.
+    int Run(const QStringList& arguments) {
+        m_process.start(QStringLiteral(WAVO_VIEWER), arguments);
+        EXPECT_TRUE(m_process.waitForFinished(30000));
+        EXPECT_EQ(m_process.exitStatus(), QProcess::NormalExit);
+        QDirIterator files(m_state.path(), QDir::Files, QDirIterator::Subdirectories);
+        EXPECT_FALSE(files.hasNext()) << files.next().toStdString();
+        return m_process.exitCode();
+    }
+    std::string Output() { return m_process.readAllStandardOutput().toStdString(); }
+    std::string Errors() { return m_process.readAllStandardError().toStdString(); }
+
+    QTemporaryDir m_state;
+    QProcess m_process;
+};
+
+TEST_F(WithoutADisplay, TheProgramSaysInOneLineWhatItLacks) {
+    EXPECT_EQ(Run({}), 1);
+    EXPECT_EQ(Errors(), "wavo: no display: neither DISPLAY nor WAYLAND_DISPLAY is set\n");
+    EXPECT_EQ(Run({"-platform", "nonsense"}), 1);
+    EXPECT_EQ(Errors(), "wavo: no window system: cannot use \"nonsense\"\n");
+}
+
+TEST_F(WithoutADisplay, TheProgramStillSaysWhatItIsAskedFor) {
+    EXPECT_EQ(Run({"--version"}), 0);
+    EXPECT_EQ(Output(), "Wavo " WAVO_VERSION "\n");
+    EXPECT_EQ(Run({"--help"}), 0);
+    EXPECT_THAT(Output(), HasSubstr("--screenshot"));
+    EXPECT_EQ(Errors(), "");
+}
+
+TEST_F(WithoutADisplay, WrongArgumentsAreRefusedAllTheSame) {
+    EXPECT_EQ(Run({"--after-lines", "many"}), 2);
+    EXPECT_EQ(Errors(), "wavo: --after-lines needs a number\n");
+    EXPECT_EQ(Run({"--zoom"}), 2);
+    EXPECT_EQ(Errors(), "wavo: Unknown option 'zoom'.\n");
 }
 
 }  // namespace

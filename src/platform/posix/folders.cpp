@@ -91,6 +91,10 @@ std::string StateFolder() {
     return MakerFolder("XDG_STATE_HOME", "/.local/state");
 }
 
+bool HasStandardOutput() noexcept {
+    return true;
+}
+
 bool HasStandardError() noexcept {
     return true;
 }

@@ -81,6 +81,12 @@ std::wstring MakerFolder() {
     return !path.empty() && ProvideFolderForAllUsers(path += kMakerFolder) ? path : std::wstring();
 }
 
+bool HasStandardHandle(DWORD which) noexcept {
+    const LastErrorKeeper keep;
+    const HANDLE handle = ::GetStdHandle(which);
+    return handle != nullptr && handle != INVALID_HANDLE_VALUE;
+}
+
 }  // namespace
 
 bool ProvideFolderForAllUsers(const std::wstring& path) {
@@ -119,10 +125,12 @@ std::string StateFolder() {
     return Utf8(path);
 }
 
+bool HasStandardOutput() noexcept {
+    return HasStandardHandle(STD_OUTPUT_HANDLE);
+}
+
 bool HasStandardError() noexcept {
-    const LastErrorKeeper keep;
-    const HANDLE handle = ::GetStdHandle(STD_ERROR_HANDLE);
-    return handle != nullptr && handle != INVALID_HANDLE_VALUE;
+    return HasStandardHandle(STD_ERROR_HANDLE);
 }
 
 void PrepareTerminal() noexcept {

@@ -8,7 +8,7 @@ class QWidget;
 
 namespace wavo {
 
-enum class BoxIcon { kExclamation, kQuestion };
+enum class BoxIcon { kExclamation, kQuestion, kInformation };
 enum class BoxButtons { kOk, kOkCancel, kYesNo };
 enum class BoxAnswer { kOk, kCancel, kYes, kNo };
 

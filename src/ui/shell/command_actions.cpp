@@ -2,6 +2,7 @@
 
 #include <QKeySequence>
 #include <QPixmap>
+#include <algorithm>
 
 #include "ui/shell/command_icons.h"
 
@@ -68,6 +69,12 @@ void CommandActions::SetUserImages(const std::map<int, int>& by_command,
             found == by_command.end() || static_cast<std::size_t>(found->second) >= images.size();
         action->setIcon(own ? CommandIcon(id) : images[static_cast<std::size_t>(found->second)]);
     }
+}
+
+bool CommandActions::IsHarmless(const QAction& action) const {
+    return std::any_of(m_actions.begin(), m_actions.end(), [&action](const auto& entry) {
+        return entry.second == &action && wavo::IsHarmless(entry.first);
+    });
 }
 
 QAction* CommandActions::FindShortcut(const QKeySequence& keys) const {

@@ -31,6 +31,9 @@ class CommandActions {
     /// Gives the commands of the map images of the user, all others their own icon.
     void SetUserImages(const std::map<int, int>& by_command, const std::vector<QIcon>& images);
 
+    /// Whether an action is that of a command which IsHarmless.
+    [[nodiscard]] bool IsHarmless(const QAction& action) const;
+
     /// The enabled action that a key press is the shortcut of; null when there is none.
     [[nodiscard]] QAction* FindShortcut(const QKeySequence& keys) const;
 

@@ -69,6 +69,13 @@ constexpr CommandId kBasicCommands[] = {
     CommandId::kLookSilver,   CommandId::kLookBlack,  CommandId::kLookAqua,
 };
 
+constexpr CommandId kHarmlessCommands[] = {
+    CommandId::kOpen,      CommandId::kSaveAs,         CommandId::kPrint,
+    CommandId::kPageSetup, CommandId::kPrintPreview,   CommandId::kProperties,
+    CommandId::kCustomize, CommandId::kAdditionalText, CommandId::kShowGraphEditor,
+    CommandId::kAbout,
+};
+
 QString Part(const char* text, QChar separator, int index) {
     return QString::fromLatin1(text).section(separator, index, index);
 }
@@ -98,7 +105,12 @@ QString StatusPrompt(const Command& command) {
 }
 
 QString ToolTip(const Command& command) {
-    return Part(command.status_text, u'\n', 1).trimmed();
+    return Part(command.status_text, u'\n', 1);
+}
+
+bool IsHarmless(CommandId id) {
+    return std::find(std::begin(kHarmlessCommands), std::end(kHarmlessCommands), id) !=
+           std::end(kHarmlessCommands);
 }
 
 std::span<const CommandId> BasicCommands() {

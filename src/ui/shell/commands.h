@@ -33,7 +33,10 @@ const Command* FindCommand(CommandId id);
 QString MenuText(const Command& command);      ///< with "&", without the shortcut
 QString ShortcutText(const Command& command);  ///< empty for none
 QString StatusPrompt(const Command& command);
-QString ToolTip(const Command& command);  ///< without the shortcut
+QString ToolTip(const Command& command);  ///< as it stands in the row, without the shortcut
+
+/// Whether a command changes nothing of the user's before he has answered what it asks or shows.
+bool IsHarmless(CommandId id);
 
 /// The commands that menus show even when they are short.
 std::span<const CommandId> BasicCommands();

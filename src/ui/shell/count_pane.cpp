@@ -41,7 +41,7 @@ std::unique_ptr<QFrame> MakeDetails(QWidget* parent) {
 }  // namespace
 
 CountPane::CountPane(std::function<LinkCounters()> counters, QWidget* parent)
-    : QLabel(parent), m_counters(std::move(counters)) {
+    : RoomyLabel(parent), m_counters(std::move(counters)) {
     setCursor(Qt::PointingHandCursor);
 }
 
@@ -87,7 +87,7 @@ void CountPane::mousePressEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton) {
         ShowDetails();
     } else {
-        QLabel::mousePressEvent(event);
+        RoomyLabel::mousePressEvent(event);
     }
 }
 

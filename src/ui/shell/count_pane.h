@@ -1,18 +1,18 @@
 // The status bar's count of lines; a click shows what became of every line and every batch.
 #pragma once
 
-#include <QLabel>
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "ui/shell/roomy_label.h"
 #include "view/link_counters.h"
 
 class QFrame;
 
 namespace wavo {
 
-class CountPane : public QLabel {
+class CountPane : public RoomyLabel {
  public:
     /// `counters` is asked whenever the details are shown or brought up to date.
     CountPane(std::function<LinkCounters()> counters, QWidget* parent);

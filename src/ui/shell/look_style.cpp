@@ -69,7 +69,7 @@ void LookStyle::FillBar(QPainter& painter, const QRect& area, bool upright) cons
     QLinearGradient gradient(area.topLeft(), upright ? area.topRight() : area.bottomLeft());
     gradient.setColorAt(0, top);
     gradient.setColorAt(1, bottom);
-    if (m_look.bars == BarPainting::kGlass) {
+    if (m_look.bars == BarPainting::kGlass && !upright) {  // its edge would cut the icons in two
         const bool dark = top.lightness() < 128;
         gradient.setColorAt(0.45, dark ? top.darker(115) : top.darker(103));
         gradient.setColorAt(0.46, bottom);
@@ -141,6 +141,40 @@ void LookStyle::drawControl(ControlElement element, const QStyleOption* option, 
     QProxyStyle::drawControl(element, option, painter, widget);
 }
 
+// The style below shows the keyboard's place weakly, or not at all on a flat button.
+void LookStyle::DrawKeyboardPlace(const QStyleOption& option, QPainter& painter) const {
+    const QRect area = option.rect.adjusted(-2, -2, 2, 2);
+    if (m_look.bars == BarPainting::kRaised) {
+        painter.fillRect(area, QColor(m_look.base));
+    } else {
+        FillHot(painter, area, false);
+    }
+    painter.setPen(QPen(QColor(m_look.bar_text), 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(area.adjusted(0, 0, -1, -1));
+}
+
+// The frame that the style below draws around what is typed into tells it by a shade only.
+void LookStyle::DrawKeyboardFrame(const QStyleOption& option, QPainter& painter) const {
+    constexpr QStyle::State kWanted = State_HasFocus | State_KeyboardFocusChange;
+    if ((option.state & kWanted) != kWanted) {
+        return;
+    }
+    painter.save();
+    painter.setPen(QPen(QColor(m_look.highlight), 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(option.rect.adjusted(1, 1, -2, -2));
+    painter.restore();
+}
+
+void LookStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                                   QPainter* painter, const QWidget* widget) const {
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+    if (control == CC_ComboBox) {
+        DrawKeyboardFrame(*option, *painter);
+    }
+}
+
 // The style below outlines with a darker shade of the window, which does not show in a dark one.
 void LookStyle::DrawOutline(PrimitiveElement element, const QStyleOption& option,
                             QPainter& painter) const {
@@ -168,6 +202,10 @@ void LookStyle::DrawOutline(PrimitiveElement element, const QStyleOption& option
 
 void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
                               QPainter* painter, const QWidget* widget) const {
+    if (element == PE_FrameFocusRect && StandsInToolBar(widget)) {
+        DrawKeyboardPlace(*option, *painter);
+        return;
+    }
     if (m_look.bars != BarPainting::kRaised) {
         if (element == PE_PanelStatusBar) {
             FillBar(*painter, option->rect, false);
@@ -175,8 +213,8 @@ void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
         }
         if (element == PE_PanelButtonTool && StandsInToolBar(widget)) {
             const bool pressed = (option->state & (State_Sunken | State_On)) != 0;
-            const bool below_pointer = (option->state & State_Enabled) != 0 &&
-                                       (option->state & (State_MouseOver | State_HasFocus)) != 0;
+            const bool below_pointer =
+                (option->state & State_Enabled) != 0 && (option->state & State_MouseOver) != 0;
             if (pressed || below_pointer) {
                 FillHot(*painter, option->rect, pressed);
             }
@@ -185,6 +223,9 @@ void LookStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
     }
     QProxyStyle::drawPrimitive(element, option, painter, widget);
     DrawOutline(element, *option, *painter);
+    if (element == PE_FrameLineEdit) {
+        DrawKeyboardFrame(*option, *painter);
+    }
 }
 
 }  // namespace wavo

@@ -22,12 +22,16 @@ class LookStyle : public QProxyStyle {
                   QStyleHintReturn* data) const override;
     void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override;
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                            QPainter* painter, const QWidget* widget) const override;
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                        const QWidget* widget) const override;
 
  private:
     void FillBar(QPainter& painter, const QRect& area, bool upright) const;
     void FillHot(QPainter& painter, const QRect& area, bool pressed) const;
+    void DrawKeyboardPlace(const QStyleOption& option, QPainter& painter) const;
+    void DrawKeyboardFrame(const QStyleOption& option, QPainter& painter) const;
     void DrawOutline(PrimitiveElement element, const QStyleOption& option, QPainter& painter) const;
     void DrawMenuBarItem(const QStyleOption& option, QPainter& painter,
                          const QWidget* widget) const;

@@ -1,4 +1,9 @@
+#include <optional>
+
+#include "platform/process.h"
 #include "support/diagnostics.h"
+#include "ui/shell/command_line.h"
+#include "ui/shell/toolkit_start.h"
 #include "ui/shell/wavo_app.h"
 
 namespace {
@@ -9,7 +14,20 @@ namespace {
 }  // namespace
 
 int main(int argc, char** argv) {
-    wavo::CWavoApp app(argc, argv);
-    app.InitInstance(app.ParseCommandLine());
+    const std::vector<std::string> arguments = wavo::platform::CommandLineArguments(argc, argv);
+    const wavo::CommandLine line = wavo::ReadCommandLine(arguments);
+    if (line.last_words && wavo::CWavoApp::Print(*line.last_words)) {
+        return line.last_words->exit_code;
+    }
+    std::optional<wavo::CWavoApp> app;
+    {
+        const wavo::ToolkitStart start(arguments);
+        app.emplace(argc, argv);
+    }
+    if (line.last_words) {
+        wavo::CWavoApp::ShowInBox(*line.last_words);
+        return line.last_words->exit_code;
+    }
+    app->InitInstance(line.options);
     return wavo::CWavoApp::exec();
 }

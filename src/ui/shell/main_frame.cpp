@@ -23,7 +23,9 @@
 #include "ui/shell/count_pane.h"
 #include "ui/shell/customize_dialog.h"
 #include "ui/shell/looks.h"
+#include "ui/shell/menu_button.h"
 #include "ui/shell/pane_cycle.h"
+#include "ui/shell/roomy_label.h"
 #include "ui/shell/version_data.h"
 #include "view/wavo_view.h"
 
@@ -102,18 +104,18 @@ void CMainFrame::CreateStatusBar() {
     connect(m_view, &CWavoView::PaneTextChanged, count, [count] { count->Refresh(); });
     count->setObjectName(QStringLiteral("count_pane"));
     m_panes[1] = count;
-    m_panes[2] = new QLabel(this);
+    auto* const cycle_time = new RoomyLabel(this);
+    m_panes[2] = cycle_time;
     for (QLabel* const pane : m_panes) {
         pane->setMargin(2);
         pane->setTextFormat(Qt::PlainText);
     }
     m_panes[0]->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     statusBar()->addWidget(m_panes[0], 1);
-    for (const int index : {1, 2}) {
-        m_panes[index]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        m_panes[index]->setMinimumWidth(
-            fontMetrics().horizontalAdvance(QStringLiteral("cycl. time=0.00000s")));
-        statusBar()->addPermanentWidget(m_panes[index]);
+    for (RoomyLabel* const pane : {static_cast<RoomyLabel*>(count), cycle_time}) {
+        pane->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        pane->SetWidestText(QStringLiteral("cycl. time=0.00000s"));
+        statusBar()->addPermanentWidget(pane);
     }
     m_panes[1]->setToolTip(
         QStringLiteral("Lines received from the master since it started the link; click for "
@@ -125,15 +127,12 @@ void CMainFrame::CreateStatusBar() {
 }
 
 void CMainFrame::CreateCustomizeButton() {
-    auto* const button = new QToolButton;
+    auto* const menu = new QMenu(this);
+    menu->addAction(Action(CommandId::kCustomize));
+    QToolButton* const button = MakeMenuButton(*menu);
     button->setObjectName(QStringLiteral("customize_button"));
-    button->setPopupMode(QToolButton::InstantPopup);
-    button->setAutoRaise(true);
     button->setToolTip(ToolTip(*FindCommand(CommandId::kCustomize)));
     button->setAccessibleName(button->toolTip());
-    auto* const menu = new QMenu(button);
-    menu->addAction(Action(CommandId::kCustomize));
-    button->setMenu(menu);
     m_customize_item = new QWidgetAction(this);
     m_customize_item->setDefaultWidget(button);
 }
@@ -178,7 +177,8 @@ void CMainFrame::SetBars(const BarSetup& bars) {
 
 void CMainFrame::RestoreLayout() {
     if (m_settings != nullptr) {
-        restoreGeometry(m_settings->value(QStringLiteral("WindowPlace")).toByteArray());
+        m_has_stored_place =
+            restoreGeometry(m_settings->value(QStringLiteral("WindowPlace")).toByteArray());
         restoreState(m_settings->value(QStringLiteral("BarPlaces")).toByteArray(), kLayoutVersion);
         statusBar()->setVisible(m_settings->value(QStringLiteral("StatusBar"), true).toBool());
     }
@@ -239,7 +239,8 @@ void CMainFrame::ExecuteOwn(CommandId id) {
     } else if (id == CommandId::kAbout) {
         ShowAbout();
     } else if (id == CommandId::kNextPane || id == CommandId::kPreviousPane) {
-        GoToPane(*this, id == CommandId::kNextPane);
+        GoToPane(*this, id == CommandId::kNextPane,
+                 [this](const QAction& action) { return m_actions.IsHarmless(action); });
     } else if (id == CommandId::kExit) {
         close();
     }
@@ -301,6 +302,10 @@ bool CMainFrame::eventFilter(QObject* watched, QEvent* event) {
             event->ignore();
             return true;
         }
+    }
+    if (event->type() == QEvent::KeyPress && watched->isWidgetType() &&
+        GoInBar(*this, static_cast<QWidget&>(*watched), static_cast<QKeyEvent*>(event)->key())) {
+        return true;
     }
     return QMainWindow::eventFilter(watched, event);
 }

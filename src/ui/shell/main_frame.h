@@ -52,6 +52,9 @@ class CMainFrame : public QMainWindow {
     /// The menu bar. (The one of the base is another: it could not be dragged.)
     [[nodiscard]] QMenuBar* menuBar() const { return &m_menu_dock->Bar(); }
 
+    /// Whether the window stands where the user left it at the last end.
+    [[nodiscard]] bool HasStoredPlace() const { return m_has_stored_place; }
+
     /// The menu of looks that pops up over the status bar.
     [[nodiscard]] QMenu& LookMenu() { return m_menus.LookMenu(); }
 
@@ -88,6 +91,7 @@ class CMainFrame : public QMainWindow {
     RecentFiles m_recent_files;
     CommandId m_look;
     QLabel* m_panes[3] = {};
+    bool m_has_stored_place = false;
     QWidgetAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
 };
 

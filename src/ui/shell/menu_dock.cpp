@@ -7,6 +7,8 @@
 #include <QShortcut>
 #include <QToolButton>
 
+#include "ui/shell/menu_button.h"
+
 namespace wavo {
 
 namespace {
@@ -35,11 +37,8 @@ MenuDock::MenuDock(QMainWindow& frame)
 
 void MenuDock::AddMenu(QMenu& menu) {
     m_bar->addMenu(&menu);
-    auto* const button = new QToolButton;
+    QToolButton* const button = MakeMenuButton(menu);
     button->setText(menu.title());
-    button->setMenu(&menu);
-    button->setPopupMode(QToolButton::InstantPopup);
-    button->setAutoRaise(true);
     QAction* const item = addWidget(button);
     item->setVisible(orientation() == Qt::Vertical);
     m_buttons.append(item);

@@ -1,12 +1,14 @@
 #include "ui/shell/pane_cycle.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QDockWidget>
 #include <QMainWindow>
 #include <QToolBar>
 #include <QToolButton>
 #include <QWidget>
+#include <algorithm>
+#include <iterator>
+#include <tuple>
 #include <vector>
 
 #include "ui/shell/menu_dock.h"
@@ -15,18 +17,33 @@ namespace wavo {
 
 namespace {
 
+using IsHarmless = std::function<bool(const QAction&)>;
+
+/// The buttons of a bar that can be used, in their order.
+std::vector<QWidget*> Buttons(const QToolBar& bar) {
+    std::vector<QWidget*> buttons;
+    for (QAction* const action : bar.actions()) {
+        QWidget* const button = bar.widgetForAction(action);
+        if (qobject_cast<QToolButton*>(button) != nullptr && button->isVisible() &&
+            button->isEnabled()) {
+            buttons.push_back(button);
+        }
+    }
+    return buttons;
+}
+
+QWidget* FirstButton(const QToolBar& bar, const IsHarmless& is_harmless) {
+    const std::vector<QWidget*> buttons = Buttons(bar);
+    const auto harmless = std::find_if(buttons.begin(), buttons.end(), [&](QWidget* button) {
+        const auto* const tool_button = static_cast<QToolButton*>(button);
+        return tool_button->menu() != nullptr || (tool_button->defaultAction() != nullptr &&
+                                                  is_harmless(*tool_button->defaultAction()));
+    });
+    return harmless != buttons.end() ? *harmless : buttons.empty() ? nullptr : buttons.front();
+}
+
 /// The first control in `pane` that takes the keyboard; null when none does.
 QWidget* FirstControl(QWidget& pane) {
-    if (auto* const bar = qobject_cast<QToolBar*>(&pane)) {
-        for (QAction* const action : bar->actions()) {
-            QWidget* const button = bar->widgetForAction(action);
-            if (button != nullptr && button->isVisible() && action->isEnabled() &&
-                !action->isSeparator()) {
-                return button;
-            }
-        }
-        return nullptr;
-    }
     for (QWidget* const child : pane.findChildren<QWidget*>()) {
         if (child->isVisible() && child->isEnabled() && (child->focusPolicy() & Qt::TabFocus)) {
             return child;
@@ -35,61 +52,110 @@ QWidget* FirstControl(QWidget& pane) {
     return (pane.focusPolicy() & Qt::TabFocus) != 0 ? &pane : nullptr;
 }
 
+/// In the order in which bars are read: those that float at last.
+bool StandsBefore(const QToolBar* a, const QToolBar* b) {
+    const auto place = [](const QToolBar* bar) {
+        return std::tuple(bar->isFloating(), bar->y(), bar->x());
+    };
+    return place(a) < place(b);
+}
+
 struct Pane {
     QWidget* area;
     QWidget* first;  ///< gets the keyboard
 };
 
-/// Parts of the view come before the view: the place of the keyboard is the innermost one.
-std::vector<Pane> Panes(QMainWindow& frame) {
+/// The view comes before its parts: it is where the round begins.
+std::vector<Pane> Panes(QMainWindow& frame, const IsHarmless& is_harmless) {
     std::vector<Pane> panes;
-    const auto add = [&panes](QWidget* area) {
-        if (area->isVisible()) {
-            if (QWidget* const first = FirstControl(*area); first != nullptr) {
-                panes.push_back({area, first});
-            }
+    const auto add = [&panes](QWidget* area, QWidget* first) {
+        if (area->isVisible() && first != nullptr) {
+            panes.push_back({area, first});
         }
     };
     QWidget* const view = frame.centralWidget();
+    add(view, view);
     for (QWidget* const part :
          view->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
         if (!part->isWindow()) {
-            add(part);
+            add(part, FirstControl(*part));
         }
     }
-    if (view->isVisible()) {
-        panes.push_back({view, view});
-    }
     for (auto* const dock : frame.findChildren<QDockWidget*>()) {
-        add(dock);
+        add(dock, FirstControl(*dock));
     }
-    for (auto* const bar : frame.findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly)) {
+    QList<QToolBar*> bars = frame.findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly);
+    std::sort(bars.begin(), bars.end(), StandsBefore);
+    for (QToolBar* const bar : bars) {
         if (dynamic_cast<MenuDock*>(bar) == nullptr) {  // menus have keys of their own
-            add(bar);
+            add(bar, FirstButton(*bar, is_harmless));
         }
     }
     return panes;
 }
 
+/// The index of the innermost pane that has the keyboard; `none` when there is none.
+std::size_t IndexOf(const std::vector<Pane>& panes, const QWidget* focus, std::size_t none) {
+    const auto holds = [focus](const Pane& pane) {
+        return focus != nullptr && (pane.area == focus || pane.area->isAncestorOf(focus));
+    };
+    const auto found = std::find_if(panes.rbegin(), panes.rend(), holds);
+    return found == panes.rend() ? none
+                                 : static_cast<std::size_t>(std::distance(found, panes.rend()) - 1);
+}
+
+void GiveKeyboard(QMainWindow& frame, QWidget& widget, bool forward) {
+    frame.setAttribute(Qt::WA_KeyboardFocusChange);
+    widget.setFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+}
+
 }  // namespace
 
-void GoToPane(QMainWindow& frame, bool forward) {
-    const std::vector<Pane> panes = Panes(frame);
+void GoToPane(QMainWindow& frame, bool forward, const IsHarmless& is_harmless) {
+    const std::vector<Pane> panes = Panes(frame, is_harmless);
     const std::size_t count = panes.size();
     if (count == 0) {
         return;
     }
-    const QWidget* const focus = frame.focusWidget();
-    std::size_t current = forward ? count - 1 : 0;
-    for (std::size_t index = 0; index < count; ++index) {
-        if (focus != nullptr &&
-            (panes[index].area == focus || panes[index].area->isAncestorOf(focus))) {
-            current = index;
-            break;
-        }
-    }
+    const std::size_t current = IndexOf(panes, frame.focusWidget(), forward ? count - 1 : 0);
     const std::size_t next = (current + (forward ? 1 : count - 1)) % count;
-    panes[next].first->setFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    GiveKeyboard(frame, *panes[next].first, forward);
+}
+
+bool GoInBar(QMainWindow& frame, QWidget& button, int key) {
+    const auto* const bar = qobject_cast<QToolBar*>(button.parentWidget());
+    if (bar == nullptr || bar->parentWidget() != &frame) {
+        return false;
+    }
+    const std::vector<QWidget*> buttons = Buttons(*bar);
+    const auto current = std::find(buttons.begin(), buttons.end(), &button);
+    if (current == buttons.end()) {
+        return false;
+    }
+    const bool mirrored = bar->layoutDirection() == Qt::RightToLeft;
+    switch (key) {
+        case Qt::Key_Escape:
+            GiveKeyboard(frame, *frame.centralWidget(), true);
+            return true;
+        case Qt::Key_Home:
+            GiveKeyboard(frame, *buttons.front(), false);
+            return true;
+        case Qt::Key_End:
+            GiveKeyboard(frame, *buttons.back(), true);
+            return true;
+        case Qt::Key_Up:
+        case Qt::Key_Down:
+        case Qt::Key_Left:
+        case Qt::Key_Right:
+            break;
+        default:
+            return false;
+    }
+    const bool forward = key == Qt::Key_Down || key == (mirrored ? Qt::Key_Left : Qt::Key_Right);
+    const auto at = static_cast<std::size_t>(std::distance(buttons.begin(), current));
+    GiveKeyboard(frame, *buttons[(at + (forward ? 1 : buttons.size() - 1)) % buttons.size()],
+                 forward);
+    return true;
 }
 
 }  // namespace wavo

@@ -1,10 +1,8 @@
 #include "ui/shell/wavo_app.h"
 
-#include <QCommandLineParser>
 #include <QFile>
 #include <QFileInfo>
 #include <QPixmap>
-#include <QScreen>
 #include <QSocketNotifier>
 #include <QTextStream>
 #include <clocale>
@@ -15,7 +13,9 @@
 #include "support/diagnostics.h"
 #include "support/diagnostics_output.h"
 #include "ui/dialogs/message_boxes.h"
+#include "ui/shell/command_icons.h"
 #include "ui/shell/main_frame.h"
+#include "ui/shell/screen_fit.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -28,54 +28,26 @@ CWavoApp::CWavoApp(int& argc, char** argv) : QApplication(argc, argv) {
     setOrganizationName(QStringLiteral("Velk machine tools wavo"));
     setApplicationVersion(QStringLiteral(WAVO_VERSION));
     setDesktopFileName(QStringLiteral("wavo"));
+    setWindowIcon(ProgramIcon());
 }
 
 CWavoApp::~CWavoApp() = default;
 
-AppOptions CWavoApp::ParseCommandLine() {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral(
-        "Live signal scope for machine tools: shows the axes of the master process as graphs."));
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Show this text and end."));
-    const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")},
-                                     QStringLiteral("Show the version and end."));
-    const QCommandLineOption screenshot(
-        QStringLiteral("screenshot"),
-        QStringLiteral("Save a picture of the window to <file> and end."), QStringLiteral("file"));
-    const QCommandLineOption after_lines(
-        QStringLiteral("after-lines"),
-        QStringLiteral("With --screenshot: wait until <lines> lines were shown (default 1000)."),
-        QStringLiteral("lines"), QStringLiteral("1000"));
-    parser.addOptions({help, version, screenshot, after_lines});
-    parser.addPositionalArgument(QStringLiteral("graphs.ini"),
-                                 QStringLiteral("Graph file to open (default: the settings file)."),
-                                 QStringLiteral("[graphs.ini]"));
-    parser.process(*this);
-    bool is_number = false;
-    const QStringList files = parser.positionalArguments();
-    AppOptions options{parser.value(screenshot), parser.value(after_lines).toULongLong(&is_number),
-                       files.value(0)};
-    if (parser.isSet(help)) {
-        parser.showHelp(0);
+bool CWavoApp::Print(const LastWords& words) {
+    const bool asked_for = words.exit_code == 0;
+    if (!(asked_for ? platform::HasStandardOutput() : platform::HasStandardError())) {
+        return false;
     }
-    if (parser.isSet(version)) {
-        parser.showVersion();
-    }
-    if (!is_number || files.size() > 1) {
-        RefuseArguments(is_number ? "wavo: unexpected argument: " + files[1]
-                                  : QStringLiteral("wavo: --after-lines needs a number"),
-                        platform::HasStandardError());
-        std::exit(2);
-    }
-    return options;
+    QTextStream(asked_for ? stdout : stderr) << words.text;
+    return true;
 }
 
-void CWavoApp::RefuseArguments(const QString& why, bool has_standard_error) {
-    if (has_standard_error) {
-        QTextStream(stderr) << why << "\n";
+void CWavoApp::ShowInBox(const LastWords& words) {
+    const std::string text = words.text.trimmed().toStdString();
+    if (words.exit_code == 0) {
+        ShowBox(nullptr, {text, "Wavo", BoxIcon::kInformation, BoxButtons::kOk});
     } else {
-        ShowErrorBox(nullptr, why.toStdString());
+        ShowErrorBox(nullptr, text);
     }
 }
 
@@ -89,7 +61,9 @@ void CWavoApp::InitInstance(const AppOptions& options) {
     m_frame = std::make_unique<CMainFrame>(m_settings.get());
     WatchTermination();
     if (options.screenshot.isEmpty()) {
-        FitIntoScreen(*m_frame);
+        if (!m_frame->HasStoredPlace()) {
+            FitIntoScreen(*m_frame);
+        }
     } else {
         connect(&m_frame->View(), &CWavoView::BatchShown, this, [this, options](quint64 total) {
             if (total >= options.after_lines) {
@@ -102,14 +76,14 @@ void CWavoApp::InitInstance(const AppOptions& options) {
     QMetaObject::invokeMethod(
         &m_frame->View(),
         [this, name = options.graph_file] {
-            m_graph_file = FindGraphFile(name);
+            m_graph_file = FindGraphFile(name, m_frame.get());
             m_frame->View().OnInitialUpdate(m_graph_file);
             MTRACE(4, "CWavoApp::InitInstance(): done");
         },
         Qt::QueuedConnection);
 }
 
-std::string CWavoApp::FindGraphFile(const QString& name) {
+std::string CWavoApp::FindGraphFile(const QString& name, QWidget* parent) {
     if (name.isEmpty()) {
         return {};
     }
@@ -121,13 +95,8 @@ std::string CWavoApp::FindGraphFile(const QString& name) {
                 QFileInfo(QString::fromStdString(path)).absoluteFilePath().toStdString());
         }
     }
-    ShowErrorBox(activeWindow(), "Can not open file [" + name.toStdString() + "], not exist");
+    ShowErrorBox(parent, "Can not open file [" + name.toStdString() + "], not exist");
     return {};
-}
-
-void CWavoApp::FitIntoScreen(QWidget& window) {
-    const QSize room = window.screen()->availableGeometry().size();
-    window.resize(window.size().boundedTo(room));
 }
 
 void CWavoApp::StartLogs() {

@@ -1,4 +1,4 @@
-// The application: its options, its start and its end.
+// The application: its start and its end.
 #pragma once
 
 #include <QApplication>
@@ -6,16 +6,11 @@
 #include <memory>
 #include <string>
 
+#include "ui/shell/command_line.h"
+
 namespace wavo {
 
 class CMainFrame;
-
-/// What the command line asks for.
-struct AppOptions {
-    QString screenshot;       ///< file for a picture of the window; empty for none
-    quint64 after_lines = 0;  ///< lines to receive before the picture is taken
-    QString graph_file;       ///< as named on the command line; empty for none
-};
 
 class CWavoApp : public QApplication {
     Q_OBJECT
@@ -24,23 +19,19 @@ class CWavoApp : public QApplication {
     CWavoApp(int& argc, char** argv);
     ~CWavoApp() override;
 
-    /// Reads the command line; ends the process for --help, --version and wrong options.
-    AppOptions ParseCommandLine();
-
-    /// Says what is wrong with the command line: on standard error or, where there is none, in a
-    /// box.
-    static void RefuseArguments(const QString& why, bool has_standard_error);
+    /// Says on the standard streams what the program has to say in place of its work. False when
+    /// there is no such stream; a box then says it.
+    static bool Print(const LastWords& words);
+    static void ShowInBox(const LastWords& words);
 
     /// The path of the graph file `name` of the command line, as it stands or in the folder "DATA";
-    /// absolute. Shows a box and returns an empty text when there is none.
-    static std::string FindGraphFile(const QString& name);
+    /// absolute. Shows a box over `parent` and returns an empty text when there is none.
+    static std::string FindGraphFile(const QString& name, QWidget* parent);
 
     /// Makes the frame and shows it.
     void InitInstance(const AppOptions& options);
 
  private:
-    /// Makes a window no larger than its screen.
-    static void FitIntoScreen(QWidget& window);
     void StartLogs();
     void WatchTermination();
     void TakeScreenshot(const QString& file);

@@ -134,6 +134,15 @@ TEST(Terminal, IsPreparedOnlyWhereThereIsOne) {
     ::CloseHandle(file);
 }
 
+TEST(StandardOutput, IsThereWhenTheProcessWasStartedWithOne) {
+    const HANDLE before = ::GetStdHandle(STD_OUTPUT_HANDLE);
+    ASSERT_NE(::SetStdHandle(STD_OUTPUT_HANDLE, nullptr), 0);
+    EXPECT_FALSE(HasStandardOutput());
+    ASSERT_NE(::SetStdHandle(STD_OUTPUT_HANDLE, ::GetStdHandle(STD_ERROR_HANDLE)), 0);
+    EXPECT_EQ(HasStandardOutput(), HasStandardError());
+    ::SetStdHandle(STD_OUTPUT_HANDLE, before);
+}
+
 TEST(Paths, HaveBackslashes) {
     EXPECT_EQ(PathSeparator(), "\\");
     EXPECT_EQ(NativePath("a/b\\c/d.ini"), "a\\b\\c\\d.ini");

@@ -2,12 +2,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QTest>
 #include <QToolBar>
+#include <algorithm>
 #include <memory>
 #include <set>
 
@@ -187,7 +189,8 @@ TEST_F(Frame, StatusTextsAndToolTipsComeFromTheTable) {
     EXPECT_EQ(m_frame.Action(CommandId::kStart)->toolTip(), "start (Ctrl+A)");
     const QAction* const after = m_frame.Action(CommandId::kStartAfterTrigger);
     EXPECT_EQ(after->statusTip(), "start after trigger event");
-    EXPECT_EQ(after->toolTip(), "start after trigger (Ctrl+T)");
+    EXPECT_EQ(after->toolTip(), " start after trigger (Ctrl+T)");
+    EXPECT_EQ(m_frame.Action(CommandId::kStart)->toolTip(), "start (Ctrl+A)");
     EXPECT_EQ(m_frame.Action(CommandId::kRecentFile)->statusTip(), "Open this document");
 }
 
@@ -249,6 +252,44 @@ TEST_F(Frame, APromptStandsInTheStatusBarWhileACommandIsPointedAt) {
     menu.close();
 }
 
+TEST_F(Frame, ThePanesOfTheStatusBarStandBesideEachOtherInANarrowWindow) {
+    m_frame.show();
+    Q_EMIT m_frame.View().PaneTextChanged(StatusPane::kMessage, QStringLiteral("Connected"));
+    Q_EMIT m_frame.View().PaneTextChanged(StatusPane::kTotalLines, QStringLiteral("1234567890"));
+    Q_EMIT m_frame.View().PaneTextChanged(StatusPane::kCycleTime,
+                                          QStringLiteral("cycl. time=0.00100s"));
+    for (const int width : {210, 260, 600}) {
+        m_frame.resize(width, 400);
+        QCoreApplication::processEvents();
+        ASSERT_LE(m_frame.width(), width);
+        QList<QLabel*> panes =
+            m_frame.statusBar()->findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly);
+        ASSERT_EQ(panes.size(), 3);
+        std::sort(panes.begin(), panes.end(),
+                  [](const QLabel* a, const QLabel* b) { return a->x() < b->x(); });
+        EXPECT_LE(panes[0]->geometry().right(), panes[1]->geometry().left()) << width;
+        EXPECT_LE(panes[1]->geometry().right(), panes[2]->geometry().left()) << width;
+        EXPECT_LE(panes[2]->geometry().right(), m_frame.statusBar()->width()) << width;
+        for (const QLabel* const pane : {panes[1], panes[2]}) {
+            EXPECT_GE(pane->width(),
+                      std::min(width / 3, pane->fontMetrics().horizontalAdvance(pane->text())))
+                << width;
+        }
+    }
+}
+
+TEST_F(Frame, TheNumbersInTheStatusBarKeepTheirPlacesWhileTheyGrow) {
+    m_frame.resize(800, 400);
+    m_frame.show();
+    const auto* const count = m_frame.findChild<QLabel*>(QStringLiteral("count_pane"));
+    const auto place = [&](const char* text) {
+        Q_EMIT m_frame.View().PaneTextChanged(StatusPane::kTotalLines, QString::fromLatin1(text));
+        QCoreApplication::processEvents();
+        return count->geometry();
+    };
+    EXPECT_EQ(place("1"), place("1234567890"));
+}
+
 TEST_F(Frame, TheStatusBarIsShownAndHidden) {
     QAction* const action = m_frame.Action(CommandId::kStatusBar);
     EXPECT_TRUE(action->isChecked());
@@ -272,22 +313,6 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
     EXPECT_TRUE(bar->isVisible());
     menu->actions().front()->trigger();
     EXPECT_FALSE(bar->isVisible());
-}
-
-TEST_F(Frame, F6GoesThroughThePanesAndBack) {
-    m_frame.show();
-    m_frame.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&m_frame));
-    m_frame.View().setFocus();
-    QTest::keyClick(&m_frame, Qt::Key_F6);
-    ASSERT_NE(m_frame.focusWidget(), nullptr);
-    EXPECT_NE(qobject_cast<QToolBar*>(m_frame.focusWidget()->parentWidget()), nullptr);
-    QTest::keyClick(m_frame.focusWidget(), Qt::Key_F6, Qt::ShiftModifier);
-    EXPECT_EQ(m_frame.focusWidget(), &m_frame.View());
-    QTest::keyClick(&m_frame.View(), Qt::Key_F6, Qt::ShiftModifier);
-    EXPECT_NE(m_frame.focusWidget(), &m_frame.View());
-    QTest::keyClick(m_frame.focusWidget(), Qt::Key_F6);
-    EXPECT_EQ(m_frame.focusWidget(), &m_frame.View());
 }
 
 TEST_F(Frame, ShortMenusShowBasicAndUsedCommandsAndTheOthersOnDemand) {

@@ -10,8 +10,10 @@
 #include <QSettings>
 #include <QStatusBar>
 #include <QTemporaryDir>
+#include <QToolBar>
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <set>
 
 #include "ui/shell/bar_setup.h"
@@ -150,6 +152,34 @@ TEST_P(EveryLook, IsChosenShownAndRemembered) {
     for (const Look& look : Looks()) {
         EXPECT_EQ(again.Action(look.id)->isChecked(), look.id == id);
     }
+}
+
+/// The most that two pixels beside each other differ in a row of a picture, its edges left out.
+int SharpestStep(const QImage& picture, int row) {
+    int most = 0;
+    for (int x = 2; x + 3 < picture.width(); ++x) {
+        const QColor a = picture.pixelColor(x, row);
+        const QColor b = picture.pixelColor(x + 1, row);
+        most = std::max({most, std::abs(a.red() - b.red()), std::abs(a.green() - b.green()),
+                         std::abs(a.blue() - b.blue())});
+    }
+    return most;
+}
+
+TEST_P(EveryLook, PaintsBarsOnTheSidesWithoutAnEdgeThroughTheirMiddle) {
+    CMainFrame frame;
+    frame.resize(700, 700);
+    frame.Action(GetParam().id)->trigger();
+    auto* const bar = frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
+    for (const Qt::ToolBarArea area : {Qt::LeftToolBarArea, Qt::RightToolBarArea}) {
+        frame.addToolBar(area, bar);
+        frame.show();
+        QCoreApplication::processEvents();
+        const QImage picture = bar->grab().toImage();
+        ASSERT_GT(picture.height(), picture.width());
+        EXPECT_LE(SharpestStep(picture, picture.height() - 20), 8);
+    }
+    ApplyLook(FindLook(static_cast<int>(kDefaultLook)));
 }
 
 INSTANTIATE_TEST_SUITE_P(Looks, EveryLook, ::testing::ValuesIn(Looks().begin(), Looks().end()),

@@ -4,8 +4,10 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include "ui/dialogs/message_boxes.h"
+#include "ui/shell/main_frame.h"
 #include "ui/shell/wavo_app.h"
 
 namespace wavo {
@@ -45,41 +47,47 @@ class GraphFileOfTheCommandLine : public ::testing::Test {
 };
 
 TEST_F(GraphFileOfTheCommandLine, IsTakenAsItStandsWhenItIsThere) {
-    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("given.ini")), Path("given.ini"));
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("given.ini"), nullptr), Path("given.ini"));
     EXPECT_THAT(m_boxes, IsEmpty());
 }
 
 TEST_F(GraphFileOfTheCommandLine, IsLookedForInTheDataFolderElse) {
-    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("other.ini")), Path("DATA/other.ini"));
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("other.ini"), nullptr),
+              Path("DATA/other.ini"));
     EXPECT_THAT(m_boxes, IsEmpty());
 }
 
 TEST_F(GraphFileOfTheCommandLine, ThatIsNowhereIsNamedAsItWasGiven) {
-    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("no/such.ini")), "");
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("no/such.ini"), nullptr), "");
     EXPECT_THAT(m_boxes, ElementsAre(Box{"Can not open file [no/such.ini], not exist", "ERROR",
                                          BoxIcon::kExclamation, BoxButtons::kOk}));
 }
 
 TEST_F(GraphFileOfTheCommandLine, IsNoFolder) {
-    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("DATA")), "");
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("DATA"), nullptr), "");
     EXPECT_THAT(m_boxes, ElementsAre(Box{"Can not open file [DATA], not exist", "ERROR",
                                          BoxIcon::kExclamation, BoxButtons::kOk}));
 }
 
-TEST_F(GraphFileOfTheCommandLine, MayComeWithArgumentsThatAreRefusedWhereTheUserSeesIt) {
-    ::testing::internal::CaptureStderr();
-    CWavoApp::RefuseArguments(QStringLiteral("wavo: \u00e4"), true);
-    EXPECT_THAT(::testing::internal::GetCapturedStderr(), "wavo: \xC3\xA4\n");
-    EXPECT_THAT(m_boxes, IsEmpty());
-    ::testing::internal::CaptureStderr();
-    CWavoApp::RefuseArguments(QStringLiteral("wavo: \u00e4"), false);
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
-    EXPECT_THAT(m_boxes, ElementsAre(Box{"wavo: \xC3\xA4", "ERROR", BoxIcon::kExclamation,
-                                         BoxButtons::kOk}));
+TEST_F(GraphFileOfTheCommandLine, ThatIsNowhereIsToldOverTheFrame) {
+    SetBoxHandler(nullptr);  // the box itself
+    CMainFrame frame;
+    frame.show();
+    bool looked = false;
+    QTimer::singleShot(0, &frame, [&] {
+        QWidget* const box = QApplication::activeModalWidget();
+        ASSERT_NE(box, nullptr);
+        EXPECT_EQ(box->parentWidget(), &frame);
+        EXPECT_FALSE(box->windowIcon().isNull());
+        looked = true;
+        box->close();
+    });
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("none.ini"), &frame), "");
+    EXPECT_TRUE(looked);
 }
 
 TEST_F(GraphFileOfTheCommandLine, NeedNotBeNamed) {
-    EXPECT_EQ(CWavoApp::FindGraphFile(QString()), "");
+    EXPECT_EQ(CWavoApp::FindGraphFile(QString(), nullptr), "");
     EXPECT_THAT(m_boxes, IsEmpty());
 }
 

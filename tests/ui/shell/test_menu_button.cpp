@@ -1,0 +1,57 @@
+// Buttons of bars that open menus.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QMenu>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+#include <functional>
+
+#include "ui/shell/main_frame.h"
+
+namespace wavo {
+namespace {
+
+QImage Picture(QWidget& widget) {
+    return widget.grab().toImage();
+}
+
+/// Does `step` as soon as `widget` gives one, in whatever event loop runs then.
+void When(const std::function<QWidget*()>& widget, const std::function<void(QWidget&)>& step) {
+    QTimer::singleShot(0, qApp, [widget, step] {
+        if (QWidget* const found = widget(); found != nullptr) {
+            step(*found);
+        } else {
+            When(widget, step);
+        }
+    });
+}
+
+TEST(CustomizeArrow, IsNotLitAnyMoreWhenItsDialogIsShownAndClosed) {
+    CMainFrame frame;
+    frame.show();
+    frame.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));
+    auto* const button = frame.findChild<QToolButton*>(QStringLiteral("customize_button"));
+    const QImage before = Picture(*button);
+    bool was_shown = false;
+    // The way of a user: to the arrow, into its menu, to the dialog.
+    When(&QApplication::activePopupWidget, [&](QWidget& popup) {
+        When(&QApplication::activeModalWidget, [&](QWidget& dialog) {
+            EXPECT_EQ(Picture(*button), before);
+            was_shown = true;
+            dialog.close();
+        });
+        auto& menu = static_cast<QMenu&>(popup);
+        QTest::mouseClick(&menu, Qt::LeftButton, {},
+                          menu.actionGeometry(menu.actions().front()).center());
+    });
+    button->setAttribute(Qt::WA_UnderMouse);
+    QTest::mouseClick(button, Qt::LeftButton);
+    EXPECT_TRUE(was_shown);
+    EXPECT_EQ(Picture(*button), before);
+}
+
+}  // namespace
+}  // namespace wavo
