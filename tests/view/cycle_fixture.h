@@ -63,9 +63,10 @@ class CycleFixture : public ::testing::Test {
     ~CycleFixture() override { _MTrace_SetLevel("default", 1); }
 
     static void PublishInfo(const std::vector<std::string>& axes, double cycle_time = 0.004,
-                            std::uint64_t lines = 8) {
+                            std::uint64_t lines = 8,
+                            platform::WindowHandle master = FakeMasterChannel::kMaster) {
         MasterInfoBlock block{};
-        block.master_window = FakeMasterChannel::kMaster;
+        block.master_window = master;
         block.cycle_time = cycle_time;
         block.axis_count = axes.size();
         block.fifo_lines = lines;

@@ -38,6 +38,23 @@ constexpr char kReadFailed[] =
 class CycleFaults : public testing::CycleFixture {
  protected:
     [[nodiscard]] std::string Message() { return m_host.panes[StatusPane::kMessage]; }
+
+    /// Limits of X1, as a master publishes them.
+    static void PublishLimits(double lower, double upper) {
+        std::byte* const module =
+            testing::AddFakeSegment("DataModCap4711", CapabilityRecordOffset(1));
+        const std::int32_t count = 1;
+        const CapabilityRecord record{"X1", upper, lower, 0.0, 0.0, 0.001};
+        std::memcpy(module, &count, sizeof count);
+        std::memcpy(module + CapabilityRecordOffset(0), &record, sizeof record);
+    }
+
+    /// The info block of another master that runs.
+    void PublishAnotherMaster() {
+        m_channel.alive.insert(kOther);
+        PublishInfo({"X1", "Y1"}, 0.004, 8, kOther);
+    }
+    static constexpr platform::WindowHandle kOther = 816;
 };
 
 // ---- a FIFO that cannot be relied on ----
@@ -298,12 +315,7 @@ class HungMaster : public CycleFaults {
  protected:
     /// Connected, with capabilities, and the answer to the last batch was not taken.
     void Hang() {
-        std::byte* const module =
-            testing::AddFakeSegment("DataModCap4711", CapabilityRecordOffset(1));
-        const std::int32_t count = 1;
-        const CapabilityRecord record{"X1", 250.0, -50.0, 0.0, 0.0, 0.001};
-        std::memcpy(module, &count, sizeof count);
-        std::memcpy(module + CapabilityRecordOffset(0), &record, sizeof record);
+        PublishLimits(-50.0, 250.0);
         ConnectAndTakeFirstBatch();
         m_cycle.OnMessage({0x52F, 0, 0});
         ASSERT_TRUE(m_cycle.Capabilities().FindAxis("X1"));
@@ -387,14 +399,9 @@ TEST_F(HungMaster, WhoseSuccessorIsAnotherProcessIsForgotten) {
     m_cycle.Capabilities().FindAxis("X1");
     EXPECT_EQ(Message(), kHungText);
     m_channel.send_status = SendStatus::kDone;
-    m_channel.alive = {816};
+    m_channel.alive.clear();
     m_cycle.OnPeerGone(testing::FakeMasterChannel::kMaster);
-    MasterInfoBlock block{};
-    block.master_window = 816;
-    block.cycle_time = 0.004;
-    block.fifo_lines = 8;
-    std::memcpy(testing::AddFakeSegment("MachineTools_InfoData", sizeof block), &block,
-                sizeof block);
+    PublishAnotherMaster();
     EXPECT_TRUE(m_cycle.Connect(true));
     EXPECT_EQ(Message(), kConnectedText);
 }
@@ -407,6 +414,25 @@ TEST_F(HungMaster, ThatDiesDuringALookupIsForgotten) {
     EXPECT_FALSE(m_cycle.IsMasterKnown());
     EXPECT_EQ(Message(),
               "The master process (Dorvane) has gone: Machine Data > Connect when it is back");
+}
+
+// ---- another master ----
+
+TEST_F(CycleFaults, LimitsAreThoseOfTheMasterThatTookTheDeadOnesPlace) {
+    PublishLimits(-50.0, 250.0);
+    ConnectAndTakeFirstBatch();
+    m_cycle.OnMessage({0x52F, 0, 0});
+    EXPECT_EQ(m_cycle.Capabilities().FindAxis("X1")->upper_limit, 250.0);
+    m_channel.alive.clear();
+    m_cycle.OnPeerGone(testing::FakeMasterChannel::kMaster);
+    PublishAnotherMaster();
+    PublishLimits(-7.0, 7.0);
+    m_channel.Take();
+    m_cycle.ConnectByUser();
+    EXPECT_EQ(m_cycle.Capabilities().FindAxis("X1")->upper_limit, 7.0);
+    EXPECT_THAT(m_channel.Take(),
+                ElementsAre("post 816 52c 2", "send 816 52e 0", "send 816 52f 0"));
+    EXPECT_TRUE(m_cycle.IsMasterKnown());
 }
 
 // ---- hostile info blocks, up to the graphs ----
