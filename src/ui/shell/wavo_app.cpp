@@ -1,5 +1,6 @@
 #include "ui/shell/wavo_app.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCommandLineParser>
 #include <QFile>
 #include <QFileInfo>
@@ -133,6 +134,8 @@ void CWavoApp::FitIntoScreen(QWidget& window) {
 void CWavoApp::StartLogs() {
     diagnostics::SetLogFolder(platform::StateFolder());
     diagnostics::SetEcho(platform::StandardErrorIsTerminal());
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
+            [] { diagnostics::FlushRepeats(); });
 }
 
 void CWavoApp::WatchTermination() {
