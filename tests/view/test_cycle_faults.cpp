@@ -11,6 +11,8 @@
 #include "cycle_fixture.h"
 #include "expect_errors.h"
 #include "hostile_values.h"
+#include "support/diagnostics_output.h"
+#include "temporary_folder.h"
 
 namespace wavo {
 namespace {
@@ -38,23 +40,6 @@ constexpr char kReadFailed[] =
 class CycleFaults : public testing::CycleFixture {
  protected:
     [[nodiscard]] std::string Message() { return m_host.panes[StatusPane::kMessage]; }
-
-    /// Limits of X1, as a master publishes them.
-    static void PublishLimits(double lower, double upper) {
-        std::byte* const module =
-            testing::AddFakeSegment("DataModCap4711", CapabilityRecordOffset(1));
-        const std::int32_t count = 1;
-        const CapabilityRecord record{"X1", upper, lower, 0.0, 0.0, 0.001};
-        std::memcpy(module, &count, sizeof count);
-        std::memcpy(module + CapabilityRecordOffset(0), &record, sizeof record);
-    }
-
-    /// The info block of another master that runs.
-    void PublishAnotherMaster() {
-        m_channel.alive.insert(kOther);
-        PublishInfo({"X1", "Y1"}, 0.004, 8, kOther);
-    }
-    static constexpr platform::WindowHandle kOther = 816;
 };
 
 // ---- a FIFO that cannot be relied on ----
@@ -187,18 +172,6 @@ TEST_F(CycleFaults, BatchesRefusedWhileTheirBoxIsShownOpenNoOther) {
     ExpectAllAccountedFor();
 }
 
-TEST_F(CycleFaults, ABatchBehindAnOverrunIsTakenAndTheLinkStaysBroken) {
-    ConnectAndTakeFirstBatch();
-    EXPECT_EQ(m_cycle.OnMessage(kOverrun), 1);
-    NewFifo();
-    m_fifo->Write(50.0);
-    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
-    EXPECT_THAT(Held("X1"), ElementsAre(50.0));
-    EXPECT_TRUE(m_cycle.CanConnect());
-    EXPECT_EQ(Message(), "The value fifo ran over: Machine Data > Connect to go on");
-    ExpectAllAccountedFor();
-}
-
 TEST_F(CycleFaults, LinesThatWaitWhenTheLinkEndsAreCounted) {
     ConnectAndTakeFirstBatch();
     m_fifo->Write(2.0);
@@ -309,6 +282,37 @@ TEST_F(CycleFaults, EveryLineAndBatchIsCountedByWhatBecameOfIt) {
     ExpectAllAccountedFor();
 }
 
+TEST_F(CycleFaults, ABatchFarLongerThanAShortTimeRangeIsAnsweredAndDoesNotFloodTheLog) {
+    constexpr int kLines = 150'000;
+    constexpr double kCycle = 0.001;
+    const testing::TemporaryFolder folder;
+    diagnostics::SetLogFolder(folder.path());
+    AddGraph("X1");
+    m_board.Graphs()[0].XScale.TimeRange = 100 * kCycle;
+    PublishInfo({"X1", "Y1"}, kCycle, kLines + 1);
+    NewFifo(kLines + 1);
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_channel.Take();
+    for (int i = 0; i < kLines; ++i) {
+        m_fifo->Write(i);
+    }
+    const std::string entry = "GraphValue::SetValue(): overrun last value fifo";
+    {
+        // The new values take one more than the time range; each one beyond is reported.
+        const ExpectErrorLog expected(std::vector<std::string>(kLines - 101, entry));
+        EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    }
+    diagnostics::SetLogFolder({});
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+    EXPECT_EQ(Held("X1").back(), kLines - 1.0);
+    const std::vector<std::string> lines = folder.Lines("wavo_error.log");
+    EXPECT_LT(lines.size(), 100U);
+    ASSERT_GE(lines.size(), 2U);
+    EXPECT_TRUE(lines.front().ends_with(entry)) << lines.front();
+    EXPECT_TRUE(lines.back().ends_with(" times more")) << lines.back();
+    ExpectAllAccountedFor();
+}
+
 // ---- a master that hangs ----
 
 class HungMaster : public CycleFaults {
@@ -414,25 +418,6 @@ TEST_F(HungMaster, ThatDiesDuringALookupIsForgotten) {
     EXPECT_FALSE(m_cycle.IsMasterKnown());
     EXPECT_EQ(Message(),
               "The master process (Dorvane) has gone: Machine Data > Connect when it is back");
-}
-
-// ---- another master ----
-
-TEST_F(CycleFaults, LimitsAreThoseOfTheMasterThatTookTheDeadOnesPlace) {
-    PublishLimits(-50.0, 250.0);
-    ConnectAndTakeFirstBatch();
-    m_cycle.OnMessage({0x52F, 0, 0});
-    EXPECT_EQ(m_cycle.Capabilities().FindAxis("X1")->upper_limit, 250.0);
-    m_channel.alive.clear();
-    m_cycle.OnPeerGone(testing::FakeMasterChannel::kMaster);
-    PublishAnotherMaster();
-    PublishLimits(-7.0, 7.0);
-    m_channel.Take();
-    m_cycle.ConnectByUser();
-    EXPECT_EQ(m_cycle.Capabilities().FindAxis("X1")->upper_limit, 7.0);
-    EXPECT_THAT(m_channel.Take(),
-                ElementsAre("post 816 52c 2", "send 816 52e 0", "send 816 52f 0"));
-    EXPECT_TRUE(m_cycle.IsMasterKnown());
 }
 
 // ---- hostile info blocks, up to the graphs ----
