@@ -9,7 +9,7 @@ else()
 endif()
 
 file(RELATIVE_PATH relative_source_folder ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
-string(REGEX REPLACE "/*$" "" relative_source_folder "${relative_source_folder}")
+string(REGEX REPLACE "/+$" "" relative_source_folder "${relative_source_folder}")
 
 # Flags of everything that is ours.
 function(wavo_flags target)

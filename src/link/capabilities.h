@@ -1,8 +1,9 @@
 // What the master tells about its axes: limits by axis name.
 //
 // The master announces new capabilities with a message; from then on every lookup fetches the
-// module anew: the flag that says so is never cleared, since the master may rewrite the module at
-// any time without a second message.
+// module anew, once: the flag that says so is never cleared, since the master may rewrite the
+// module at any time without a second message, and another master that takes its place has a module
+// of its own.
 //
 // A master that does not answer is not asked again until it was heard of: lookups then give what
 // was fetched last, and at most one of them waits.
@@ -26,11 +27,8 @@ class SlaveGlobalCapabilities : public AxisLimitsSource {
     /// own window handle) and sets the new-capabilities flag.
     void OnCapabilitiesChanged(platform::WindowHandle master, platform::WindowHandle module_number);
 
-    /// The master from now on. Another one before it is not asked any more; what is known stays
-    /// known.
-    void SetMaster(platform::WindowHandle master) {
-        m_new_capabilities = m_new_capabilities && m_master == master;
-    }
+    /// The master from now on: the one that lookups ask.
+    void SetMaster(platform::WindowHandle master) { m_master = master; }
 
     /// Fetches the module first when the flag is set.
     std::optional<AxisCapabilities> FindAxis(const std::string& name) override;

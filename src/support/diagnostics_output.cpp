@@ -4,12 +4,14 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <utility>
 
 #include "platform/folders.h"
 #include "platform/last_error.h"
 #include "support/log_file.h"
+#include "support/repeat_folder.h"
 #include "support/report_sink.h"
 
 namespace wavo::diagnostics {
@@ -27,11 +29,17 @@ struct Output {
     LogFaultHandler log_fault_handler;
     bool trace_is_lost = false;
     bool error_log_is_lost = false;
+    RepeatFolder error_trace_repeats;
+    RepeatFolder error_log_repeats;
+    bool has_ended = false;  ///< nobody would write a count any more
 };
+
+void WriteLastCounts() noexcept;
 
 Output& TheOutput() {
     // Never destroyed: destructors of other statics may still report.
     static Output& output = *new Output;
+    [[maybe_unused]] static const bool ends = std::atexit(WriteLastCounts) == 0;
     return output;
 }
 
@@ -93,12 +101,37 @@ std::string LineOf(const Report& report, unsigned level,
     return line;
 }
 
-const char* FileName(Service service) {
+/// The services whose reports are folded. Traces are not: they tell what happened when.
+constexpr std::array kFoldedServices{Service::kErrorTrace, Service::kErrorLog};
+
+/// Null for a service whose reports are not folded.
+RepeatFolder* RepeatsOf(Service service) {
+    switch (service) {
+        case Service::kTrace:
+            return nullptr;
+        case Service::kErrorTrace:
+            return &TheOutput().error_trace_repeats;
+        case Service::kErrorLog:
+            return &TheOutput().error_log_repeats;
+    }
+    return nullptr;
+}
+
+std::string_view FileName(Service service) {
     return service == Service::kErrorLog ? "wavo_error.log" : "wavo_trace.log";
 }
 
+/// For all services that share the log of this one.
+void BeginRepeatsAnew(Service log) {
+    for (const Service service : kFoldedServices) {
+        if (FileName(service) == FileName(log)) {
+            RepeatsOf(service)->BeginAnew();
+        }
+    }
+}
+
 std::string LogPath(Service service) {
-    return TheOutput().folder + platform::PathSeparator() + FileName(service);
+    return TheOutput().folder + platform::PathSeparator() + std::string(FileName(service));
 }
 
 void TellLogFault(Service service) {
@@ -114,16 +147,16 @@ void WriteToLog(Service service, const std::string& line) {
     const bool was_lost = is_lost;
     // Before anybody is told: what they report themselves is not told again.
     is_lost = !AppendToLog(LogPath(service), line, output.size_limit);
+    if (is_lost != was_lost) {
+        BeginRepeatsAnew(service);
+    }
     if (is_lost && !was_lost) {
         TellLogFault(service);
     }
 }
 
-void Write(const Report& report, unsigned level, std::chrono::system_clock::time_point time) {
+void WriteLine(const Report& report, unsigned level, std::chrono::system_clock::time_point time) {
     const Output& output = TheOutput();
-    if (output.folder.empty() && !output.echo) {
-        return;
-    }
     const std::string line = LineOf(report, level, time);
     if (!output.folder.empty()) {
         WriteToLog(report.service, line);
@@ -131,6 +164,41 @@ void Write(const Report& report, unsigned level, std::chrono::system_clock::time
     if (output.echo) {
         std::fwrite(line.data(), 1, line.size(), stderr);
     }
+}
+
+void WriteLines(Service service, const std::vector<RepeatFolder::Line>& lines) {
+    for (const RepeatFolder::Line& line : lines) {
+        WriteLine({service, line.source, line.line, line.text}, 0, line.time);
+    }
+}
+
+void Write(const Report& report, unsigned level, std::chrono::system_clock::time_point time) {
+    Output& output = TheOutput();
+    if (output.folder.empty() && !output.echo) {
+        return;
+    }
+    RepeatFolder* const repeats = output.has_ended ? nullptr : RepeatsOf(report.service);
+    if (repeats == nullptr) {
+        WriteLine(report, level, time);
+        return;
+    }
+    WriteLines(report.service, repeats->Add(report.source, report.line, report.text, time));
+}
+
+void WriteAllCounts() noexcept {
+    const platform::LastErrorKeeper keep;
+    try {
+        for (const Service service : kFoldedServices) {
+            WriteLines(service, RepeatsOf(service)->FlushAll());
+        }
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): reports never fail
+    }
+}
+
+/// The end of the process.
+void WriteLastCounts() noexcept {
+    WriteAllCounts();
+    TheOutput().has_ended = true;
 }
 
 void Observe(const Report& report) {
@@ -151,7 +219,11 @@ void Observe(const Report& report) {
 }  // namespace
 
 void SetLogFolder(const std::string& folder) {
+    WriteAllCounts();
     Output& output = TheOutput();
+    for (const Service service : kFoldedServices) {
+        RepeatsOf(service)->BeginAnew();
+    }
     output.folder = folder;
     output.trace_is_lost = false;
     output.error_log_is_lost = false;
@@ -163,6 +235,20 @@ void SetLogSizeLimit(std::size_t bytes) {
 
 void SetEcho(bool on) {
     TheOutput().echo = on;
+}
+
+void FlushRepeats() noexcept {
+    for (const Service service : kFoldedServices) {
+        RepeatFolder& repeats = *RepeatsOf(service);
+        if (!repeats.HasCounts()) {
+            continue;
+        }
+        const platform::LastErrorKeeper keep;
+        try {
+            WriteLines(service, repeats.Flush(RepeatFolder::Clock::now()));
+        } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): reports never fail
+        }
+    }
 }
 
 void SetObserver(Observer observer) {

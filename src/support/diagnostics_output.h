@@ -3,6 +3,9 @@
 // Files: wavo_trace.log (trace and error trace) and wavo_error.log (error log) in the log folder.
 // A file that has reached its limit becomes <name>.1, replacing the one before.
 // A line: time, kind, source(line), text. Until a folder is set nothing is written to files.
+//
+// Messages of the error trace and entries of the error log that repeat themselves become a count
+// (repeat_folder.h), in the files and on standard error. Observers get each of them.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +25,8 @@ struct Report {
     std::string_view text;  ///< formatted, without a line end
 };
 
-/// Log files go to `folder` from now on (empty: no files). The folder is not created here.
+/// Log files go to `folder` from now on (empty: no files), counts so far to the one before. The
+/// folder is not created here.
 void SetLogFolder(const std::string& folder);
 
 /// Largest size in bytes of one log file before it is moved aside. Default 4 MiB.
@@ -31,8 +35,12 @@ void SetLogSizeLimit(std::size_t bytes);
 /// Whether reports also go to standard error. Default: off.
 void SetEcho(bool on);
 
-/// Called with each report as it goes out, after it was written; null for none. Used by tests and
-/// by the status bar.
+/// Writes the counts of repeated reports that are due. To be called when there is nothing else to
+/// do; what is still counted then is written at the end of the process.
+void FlushRepeats() noexcept;
+
+/// Called with each report as it goes out, after it was written or counted; null for none. Used by
+/// tests and by the status bar.
 using Observer = std::function<void(const Report&)>;
 void SetObserver(Observer observer);
 

@@ -90,6 +90,9 @@ bool AcquisitionCycle::Connect(bool post) {
         m_host.LinkChanged();
         return false;
     }
+    if (m_announced_to != 0 && m_announced_to != info.master_window) {
+        LeaveFormerMaster();
+    }
     // Buffers count in cycles: those of another cycle time hold other times.
     if (info.cycle_time != m_info.cycle_time) {
         m_board.DropBuffers();
@@ -101,7 +104,7 @@ bool AcquisitionCycle::Connect(bool post) {
     char text[64];
     std::snprintf(text, sizeof text, "cycl. time=%.5fs", m_info.cycle_time);
     m_host.SetPaneText(StatusPane::kCycleTime, text);
-    const char* const state = m_link_broken && !post ? m_broken_why : kConnected;
+    const char* const state = post ? kConnected : LinkText();
     m_host.SetPaneText(StatusPane::kMessage, m_master_hung ? kHung : state);
     InitialiseEditor();
     m_editor.SetCycleTime(m_info.cycle_time);
@@ -126,13 +129,26 @@ void AcquisitionCycle::LeaveMaster() {
     }
 }
 
-void AcquisitionCycle::SendDisconnect() {
-    constexpr auto kDisconnect = static_cast<std::uint64_t>(LinkRequest::kDisconnect);
-    if (m_master_hung) {  // it finds the message when it wakes up
-        m_channel.Post(m_info.master_window, ToMaster::kLink, kDisconnect);
-    } else {
-        SendToMaster(ToMaster::kLink, kDisconnect);
+void AcquisitionCycle::LeaveFormerMaster() {
+    CloseReader();
+    // Should it still live, it must not go on writing, nor remove the FIFO of the other one later.
+    if (m_channel.Exists(m_announced_to)) {
+        Disconnect(m_announced_to, m_master_hung);
     }
+}
+
+void AcquisitionCycle::SendDisconnect() {
+    const platform::WindowHandle master = m_info.master_window;
+    NoteOutcome(master, Disconnect(master, m_master_hung));
+}
+
+platform::SendStatus AcquisitionCycle::Disconnect(platform::WindowHandle master, bool hangs) {
+    constexpr auto kDisconnect = static_cast<std::uint64_t>(LinkRequest::kDisconnect);
+    if (!hangs) {
+        return m_channel.Send(master, ToMaster::kLink, kDisconnect);
+    }
+    m_channel.Post(master, ToMaster::kLink, kDisconnect);  // it finds it when it wakes up
+    return platform::SendStatus::kDone;
 }
 
 bool AcquisitionCycle::JoinMaster() {
@@ -141,6 +157,7 @@ bool AcquisitionCycle::JoinMaster() {
     }
     if (m_channel.Post(m_info.master_window, ToMaster::kLink,
                        static_cast<std::uint64_t>(LinkRequest::kConnect))) {
+        m_announced_to = m_info.master_window;
         return true;
     }
     ForgetMaster(kNotPresent);  // it ended after its info block was read
@@ -155,6 +172,7 @@ void AcquisitionCycle::ConnectByUser() {
     }
     if (Connect(true)) {
         m_link_broken = false;
+        m_broken_why = nullptr;
         m_host.LinkChanged();
         return;
     }
@@ -164,12 +182,7 @@ void AcquisitionCycle::ConnectByUser() {
 void AcquisitionCycle::End() {
     m_ended = true;
     if (IsMasterKnown()) {
-        constexpr auto kDisconnect = static_cast<std::uint64_t>(LinkRequest::kDisconnect);
-        if (m_master_hung) {
-            m_channel.Post(m_info.master_window, ToMaster::kLink, kDisconnect);
-        } else {
-            m_channel.Send(m_info.master_window, ToMaster::kLink, kDisconnect);
-        }
+        Disconnect(m_info.master_window, m_master_hung);
         m_info.master_window = 0;
     }
     CloseReader();
@@ -184,7 +197,7 @@ std::int64_t AcquisitionCycle::OnMessage(const platform::Message& message) {
     // a master that still hangs is found out.
     if (m_master_hung && number == FromMaster::kValues) {
         m_master_hung = false;
-        m_host.SetPaneText(StatusPane::kMessage, m_link_broken ? m_broken_why : kConnected);
+        m_host.SetPaneText(StatusPane::kMessage, LinkText());
     }
     switch (number) {
         case FromMaster::kValues:
@@ -203,51 +216,63 @@ std::int64_t AcquisitionCycle::OnMessage(const platform::Message& message) {
 std::int64_t AcquisitionCycle::OnMessageFromMainNewMValues(std::uint64_t notice) {
     switch (static_cast<ValuesNotice>(notice)) {
         case ValuesNotice::kNewValues:
-            return TakeBatch();
+            return OnNewValues();
         case ValuesNotice::kLinkEnded:
             return EndLink();
     }
     return 1;
 }
 
-std::int64_t AcquisitionCycle::TakeBatch() {
-    const Clock::time_point begin = Clock::now();
+std::int64_t AcquisitionCycle::OnNewValues() {
+    const Clock::time_point now = Clock::now();
     ++m_counters.batches_announced;
     if (m_host.IsDrawing()) {
-        ++m_counters.batches_refused;
-        if (m_refusal_shown) {
-            return 0;
-        }
+        return RefuseBatch();
+    }
+    if (m_taking_batch) {  // the one before still waits for its message box
+        m_counters.batches_refused += m_next_announced ? 1 : 0;  // the same, announced again
+        m_next_announced = now;
+        return 0;
+    }
+    m_boxes_closed.clear();
+    const std::int64_t result = TakeBatch(now);
+    while (m_next_announced) {
+        TakeBatch(*std::exchange(m_next_announced, std::nullopt));
+    }
+    return result;
+}
+
+std::int64_t AcquisitionCycle::RefuseBatch() {
+    ++m_counters.batches_refused;
+    if (!m_refusal_shown) {
         const FlagScope shown(m_refusal_shown);
         m_host.ShowError(
             "Fatal prg. error, can not take new mvalues.\n All ax. values out of sync.");
-        return 0;
     }
-    if (m_taking_batch) {  // the batch before still waits for its message box
-        MERRLOG(
-            "CWavoView::OnMessageFromMainNewMValues(): new values announced before the last ones "
-            "were answered");
-        ++m_counters.batches_refused;
-        return 0;
-    }
-    m_batch_begin = begin;
-    std::uint64_t lines = 0;
+    return 0;
+}
+
+std::int64_t AcquisitionCycle::TakeBatch(Clock::time_point announced) {
+    m_batch_begin = announced;
+    const std::uint64_t link = m_link_number;
+    Batch batch;
     const std::uint64_t thrown_away = m_reader.LinesThrownAway();
-    if (!ReceiveBatch(lines)) {
+    if (!ReceiveBatch(batch)) {
         const bool is_drained = m_reader.LinesThrownAway() != thrown_away;
         ++(is_drained ? m_counters.batches_drained : m_counters.batches_failed);
         return 0;
     }
+    m_ready_link = link;
     if (!m_running) {
-        m_counters.lines_not_shown += lines;
+        m_counters.lines_not_shown += batch.lines;
         MTRACE(4, "DrawingGraphsValue(): --- tx msg. 'ready for new values'");
         SendReady();
         return 1;
     }
     MTRACE(4, "OnMessageFromMainNewMValues(): --- start to set values");
-    m_board.Distribute(m_input_buffer.get(), lines, m_info.axis_names.size());
+    m_board.Distribute(m_input_buffer.get(), batch.lines, batch.axes);
     MTRACE(4, "OnMessageFromMainNewMValues(): --- end of set values");
-    m_counters.lines_shown += lines;
+    m_counters.lines_shown += batch.lines;
     // The answer to this one is then the only one of both.
     m_counters.batches_unanswered += m_ready_pending && !m_ready_on_its_way ? 1 : 0;
     m_ready_pending = true;
@@ -257,21 +282,25 @@ std::int64_t AcquisitionCycle::TakeBatch() {
     return 1;
 }
 
-bool AcquisitionCycle::ReceiveBatch(std::uint64_t& lines) {
+bool AcquisitionCycle::ReceiveBatch(Batch& batch) {
     const FlagScope taking(m_taking_batch);
     if (!m_reader.IsOpen() && !OpenReader()) {
         return false;
     }
-    if (m_ended || !ReadWaitingLines(lines)) {
+    if (m_ended || !ReadWaitingLines(batch)) {
         return false;
     }
     m_read_error_shown = false;
     if (std::exchange(m_lines_lost, false)) {
         StartCurvesAnew();
     }
-    m_total_lines += lines;
-    m_counters.lines_read += lines;
+    m_total_lines += batch.lines;
+    m_counters.lines_read += batch.lines;
     m_host.SetPaneText(StatusPane::kTotalLines, std::to_string(m_total_lines));
+    if (batch.lines != 0 && m_broken_why != nullptr && !m_overrun_shown && IsMasterKnown()) {
+        m_broken_why = nullptr;  // the values flow again
+        m_host.SetPaneText(StatusPane::kMessage, LinkText());
+    }
     if (!m_editor.IsInitialised()) {
         InitEditor();
     }
@@ -280,14 +309,23 @@ bool AcquisitionCycle::ReceiveBatch(std::uint64_t& lines) {
 
 bool AcquisitionCycle::OpenReader() {
     const platform::WindowHandle master = m_info.master_window;
+    const std::uint64_t link = m_link_number;
     const std::string name = kValueSegmentPrefix + std::to_string(m_channel.OwnWindow());
     if (!m_reader.Open(name.c_str())) {
         MERRLOG("CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Open() failed");
-        m_host.ShowError("Can not open mvales fifo");
+        ShowBatchError("Can not open mvales fifo");
+        if (m_link_number != link || m_next_announced) {  // of the next batch it may be there
+            return false;
+        }
     } else {
         ++m_counters.links;
     }
-    if (!Connect(false) && master != 0 && !m_channel.Exists(master)) {
+    if (Connect(false)) {
+        if (m_announced_to != 0 && m_announced_to != m_info.master_window) {
+            JoinMaster();  // another one, which has made no FIFO yet
+            return false;
+        }
+    } else if (master != 0 && !m_channel.Exists(master)) {
         // It died behind the announcement of its first batch.
         CloseReader();
         ForgetMaster(kGone);
@@ -295,10 +333,13 @@ bool AcquisitionCycle::OpenReader() {
     }
     m_board.DropBuffers();
     AllocateInputBuffer();
+    if (m_link_number != link) {
+        return false;
+    }
     m_lines_lost = false;
     const std::lock_guard guard(m_value_lock);
     m_host.RebuildGraphs();
-    return true;
+    return m_link_number == link;
 }
 
 void AcquisitionCycle::StartCurvesAnew() {
@@ -330,18 +371,19 @@ void AcquisitionCycle::AllocateInputBuffer() {
     }
 }
 
-bool AcquisitionCycle::ReadWaitingLines(std::uint64_t& lines) {
-    lines = m_reader.LinesWaiting();
+bool AcquisitionCycle::ReadWaitingLines(Batch& batch) {
+    batch = {m_reader.LinesWaiting(), m_info.axis_names.size()};
     if (m_input_capacity == 0) {
         MERRLOG("CWavoView::OnMessageFromMainNewMValues(): value input buffer is not available");
-        m_host.ShowError("Prg.error, value input buffer is not available");
+        ShowBatchError("Prg.error, value input buffer is not available");
         return false;
     }
-    const std::size_t line_length = m_info.axis_names.size() * sizeof(double);
+    const std::size_t line_length = batch.axes * sizeof(double);
     const std::uint64_t thrown_away = m_reader.LinesThrownAway();
-    const bool is_read = m_reader.Read(m_input_buffer.get(), line_length, lines, m_input_capacity);
+    const bool is_read =
+        m_reader.Read(m_input_buffer.get(), line_length, batch.lines, m_input_capacity);
     // Lines that waited cannot be gone, unless somebody has moved the write index back.
-    const bool is_short = is_read && m_reader.LinesCopied() < lines;
+    const bool is_short = is_read && m_reader.LinesCopied() < batch.lines;
     if (!is_read || is_short) {
         MERRLOG("CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed");
         m_counters.lines_thrown_away += is_short ? m_reader.LinesCopied() : 0;
@@ -352,7 +394,7 @@ bool AcquisitionCycle::ReadWaitingLines(std::uint64_t& lines) {
         }
         if (!m_read_error_shown) {
             m_read_error_shown = true;
-            m_host.ShowError("Prg.error, input buffer for axis values to small");
+            ShowBatchError("Prg.error, input buffer for axis values to small");
         }
         return false;
     }
@@ -363,13 +405,13 @@ void AcquisitionCycle::InitEditor() {
     AddDefaultGraph();
     if (!m_editor.Init(m_board.Graphs(), m_axis_names)) {
         MERRLOG("CWavoView::OnMessageFromMainNewMValues(): m_GraphAxSelect.Init() failed");
-        m_host.ShowError("Prg.error, can not display graph data");
+        ShowBatchError("Prg.error, can not display graph data");
     }
 }
 
 void AcquisitionCycle::AddDefaultGraph() {
     if (!IsMasterKnown()) {
-        m_host.ShowError("Prg.error, m_MasterInfoData==NULL");
+        ShowBatchError("Prg.error, m_MasterInfoData==NULL");
         return;
     }
     if (m_axis_names.empty()) {
@@ -403,9 +445,10 @@ void AcquisitionCycle::SendPendingReady() {
 }
 
 void AcquisitionCycle::SendReady() {
+    const bool is_owed = m_ready_link == m_link_number;  // the link has not ended meanwhile
     // A master that has just not answered a lookup finds this answer when it wakes up.
-    if (m_master_hung ? m_channel.Post(m_info.master_window, ToMaster::kReady, 0)
-                      : SendToMaster(ToMaster::kReady, 0)) {
+    if (is_owed && (m_master_hung ? m_channel.Post(m_info.master_window, ToMaster::kReady, 0)
+                                  : SendToMaster(ToMaster::kReady, 0))) {
         ++m_counters.batches_answered;
     } else {
         ++m_counters.batches_unanswered;
@@ -433,7 +476,11 @@ std::int64_t AcquisitionCycle::OnOverrun() {
     }
     m_broken_why = kOverrun;
     m_host.SetPaneText(StatusPane::kMessage, kOverrun);
+    const std::uint64_t link = m_link_number;
     m_host.ShowError("overrun value fifo (main -> wavo.) from master proc. detected");
+    if (m_link_number != link) {  // it has ended meanwhile, and another may have begun
+        return 1;
+    }
     CloseReader();
     m_link_broken = true;
     m_host.LinkChanged();
@@ -456,6 +503,10 @@ void AcquisitionCycle::CloseReader() {
         m_counters.lines_left += m_reader.LinesWaiting();
     }
     m_reader.Close();
+    ++m_link_number;
+    if (std::exchange(m_next_announced, std::nullopt)) {  // with what was read here
+        ++m_counters.batches_failed;
+    }
 }
 
 std::int64_t AcquisitionCycle::OnQuit() {
@@ -483,6 +534,7 @@ void AcquisitionCycle::OnPeerRefused(platform::WindowHandle window, const char* 
 void AcquisitionCycle::ForgetMaster(const std::string& why) {
     m_info.master_window = 0;
     m_master_hung = false;
+    m_broken_why = nullptr;
     m_host.SetPaneText(StatusPane::kMessage, why);
     m_host.LinkChanged();
 }
@@ -512,9 +564,20 @@ bool AcquisitionCycle::NoteOutcome(platform::WindowHandle master, platform::Send
     return false;
 }
 
+const char* AcquisitionCycle::LinkText() const {
+    return m_broken_why == nullptr ? kConnected : m_broken_why;
+}
+
 void AcquisitionCycle::Fault(const std::string& text) {
     MERRLOG("CWavoView::OnMessageFromMainNewMValues(): %s", text.c_str());
-    m_host.ShowError(text);
+    ShowBatchError(text);
+}
+
+void AcquisitionCycle::ShowBatchError(const std::string& text) {
+    if (std::find(m_boxes_closed.begin(), m_boxes_closed.end(), text) == m_boxes_closed.end()) {
+        m_boxes_closed.push_back(text);
+        m_host.ShowError(text);
+    }
 }
 
 }  // namespace wavo

@@ -14,7 +14,12 @@
 // 4. A master that does not answer costs one waiting time (MessageWindow::kSendTimeout); until it
 //    is heard of again nothing is sent to it that would have to be waited for.
 // 5. Everything happens on the user interface thread. A message box runs an event loop, so that
-//    any handler can be entered while another one waits for its box.
+//    any handler can be entered while another one waits for its box. Who goes on behind a box looks
+//    whether the link is still the one of before (m_link_number).
+// 6. A batch that is announced while another one waits for its box is taken and answered when that
+//    closes; announced several times, it is one batch.
+// 7. Values are read of a master only that the viewer has announced itself to, once it has done so
+//    to any.
 #pragma once
 
 #include <chrono>
@@ -23,6 +28,7 @@
 #include <cstdlib>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -133,29 +139,48 @@ class AcquisitionCycle {
     using Clock = std::chrono::steady_clock;
 
     std::int64_t OnMessageFromMainNewMValues(std::uint64_t notice);
-    std::int64_t TakeBatch();
+    /// What stands in the input buffer: lines of one value per axis.
+    struct Batch {
+        std::uint64_t lines = 0;
+        std::size_t axes = 0;
+    };
+
+    std::int64_t OnNewValues();
+    /// All graphs are being drawn.
+    std::int64_t RefuseBatch();
+    std::int64_t TakeBatch(Clock::time_point announced);
     /// Reads and counts the lines that wait; afterwards they stand in the input buffer.
-    bool ReceiveBatch(std::uint64_t& lines);
-    /// Opens the FIFO and reads what the master says of itself anew. Returns false when there is no
-    /// master any more; the link has then ended.
+    bool ReceiveBatch(Batch& batch);
+    /// Opens the FIFO and reads what the master says of itself anew. Returns false when there is
+    /// nothing to read: the link has ended, or the FIFO was not that of the master that runs.
     bool OpenReader();
+    /// Another master has taken the place of the one that the viewer had announced itself to.
+    void LeaveFormerMaster();
     void AllocateInputBuffer();
     void StartCurvesAnew();
-    bool ReadWaitingLines(std::uint64_t& lines);
+    bool ReadWaitingLines(Batch& batch);
     void InitEditor();
     void AddDefaultGraph();
     std::int64_t EndLink();
     std::int64_t OnOverrun();
     std::int64_t OnQuit();
     void Fault(const std::string& text);
+    /// Shows a box, unless the user has just closed the same one: a batch that waited for it would
+    /// else bring it back at once, again and again.
+    void ShowBatchError(const std::string& text);
+    /// What the status bar says of a link to a master that answers.
+    [[nodiscard]] const char* LinkText() const;
     /// Sends to the master and takes note of what became of it. True when the master handled it.
     bool SendToMaster(ToMaster number, std::uint64_t w_param);
     bool NoteOutcome(platform::WindowHandle master, platform::SendStatus status);
-    /// Tells the master, when there is one, that the viewer leaves.
+    /// Tells the master that the viewer leaves, and takes note of what became of it.
     void SendDisconnect();
+    /// Says so to any master; one that hangs is not waited for.
+    platform::SendStatus Disconnect(platform::WindowHandle master, bool hangs);
     /// The value FIFO cannot be relied on any more.
     void BreakLink(const char* why);
-    /// Lines that are left in it are counted.
+    /// The end of a link: what was begun for it is void. Lines that are left in the FIFO are
+    /// counted.
     void CloseReader();
     void SendReady();
     void ForgetMaster(const std::string& why);
@@ -177,12 +202,17 @@ class AcquisitionCycle {
     std::size_t m_input_capacity = 0;  // bytes that the master told of; 0 = no buffer
     std::uint64_t m_total_lines = 0;   // since the master last ended the link
     LinkCounters m_counters;
-    const char* m_broken_why = nullptr;  // what the status bar says of a broken link
+    std::uint64_t m_link_number = 0;            // another one whenever a link has ended
+    platform::WindowHandle m_announced_to = 0;  // the last master that was told of the viewer
+    const char* m_broken_why = nullptr;         // what the status bar says of a link without values
     bool m_link_broken = false;
+    std::uint64_t m_ready_link = 0;  // the link that the last batch came by
     bool m_ready_pending = false;
     // The pending ready is being sent. Handlers run meanwhile: they may draw, and draw a new batch.
     bool m_ready_on_its_way = false;
     bool m_taking_batch = false;  // a batch is being taken, perhaps waiting for a message box
+    std::optional<Clock::time_point> m_next_announced;  // when another one was meanwhile
+    std::vector<std::string> m_boxes_closed;            // since the last batch from outside
     bool m_running = true;
     bool m_ended = false;
     bool m_read_error_shown = false;

@@ -22,7 +22,7 @@ struct LinkCounters {
     std::uint64_t batches_announced = 0;   ///< by a master
     std::uint64_t batches_answered = 0;    ///< the master took the "ready for new values"
     std::uint64_t batches_unanswered = 0;  ///< read, but the master did not take the answer
-    std::uint64_t batches_refused = 0;     ///< came while another one was being taken or drawn
+    std::uint64_t batches_refused = 0;     ///< came while drawing, or announced again
     std::uint64_t batches_drained = 0;     ///< their lines were thrown away
     std::uint64_t batches_failed = 0;      ///< could not be read
 

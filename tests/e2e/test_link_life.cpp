@@ -9,6 +9,7 @@
 #include "expect_errors.h"
 #include "heartbeat.h"
 #include "link/master_info.h"
+#include "ui/dialogs/choosers.h"
 #include "view/message_pump.h"
 #include "viewer_fixture.h"
 
@@ -87,6 +88,27 @@ TEST_F(Link, AnOverrunIsShownAndConnectGoesOn) {
     const auto totals = master.End();
     ASSERT_TRUE(totals);
     EXPECT_EQ(totals->overruns, 1U);
+}
+
+TEST_F(Link, TheTextOfAnOverrunGoesWhenAnOpenedGraphFileBringsValuesAgain) {
+    DemoMaster master({"--motion", "circle", "--fault", "overrun", "--fault-after", "500",
+                       "--fifo-lines", "200"});
+    Open({"X"});
+    ASSERT_TRUE(WaitForMessage("The value fifo ran over: Machine Data > Connect to go on"));
+    ASSERT_TRUE(WaitFor([this] { return ConnectAction().isEnabled(); }));
+    const std::uint64_t before = Cycle().TotalLines();
+    const std::string file = View().Files().CurrentPath();
+    SetOpenFileChooser([&](QWidget*, const OpenFileQuestion&) {
+        return std::optional(QString::fromStdString(file));
+    });
+    {
+        const ExpectAnyErrorLog expected;  // settings that the file does not hold
+        m_frame->Action(CommandId::kOpen)->trigger();
+    }
+    SetOpenFileChooser(nullptr);
+    ASSERT_TRUE(WaitForLines(before + 300));
+    EXPECT_EQ(Message(), "Connected to the master process (Dorvane)");
+    EXPECT_THAT(TakeBoxes(), SizeIs(1)) << "that of the overrun";
 }
 
 TEST_F(Link, TheMastersEndForgetsItAndKeepsTheGraphs) {

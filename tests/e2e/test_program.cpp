@@ -10,6 +10,7 @@
 #include <clocale>
 #include <set>
 
+#include "graph/model/graph_ini_data.h"
 #include "platform/folders.h"
 #include "support/mini_data.h"
 #include "system/other_process.h"
@@ -141,6 +142,47 @@ TEST_F(Program, OpensTheGraphFileOfTheCommandLine) {
     EXPECT_TRUE(colours.contains(qRgb(255, 96, 96)));
     EXPECT_TRUE(colours.contains(qRgb(95, 160, 208)) || colours.contains(qRgb(96, 230, 112)));
     EXPECT_TRUE(colours.contains(qRgb(255, 200, 64)));
+}
+
+TEST_F(Program, TwoViewersWithAShortTimeRangeDoNotFloodTheirLog) {
+    const QTemporaryDir folder;
+    const std::string log = platform::StateFolder() + platform::PathSeparator() + "wavo_error.log";
+    QFile::remove(QString::fromStdString(log));
+    WavoGraph graph;
+    graph.InitGraph(1, "X", 0, nullptr);
+    graph.XScale.TimeRange = 0.05;  // of half a second of values: each one beyond it is reported
+    const QString graphs = folder.filePath(QStringLiteral("graphs.ini"));
+    MIniData store;
+    ASSERT_TRUE(store.Open(graphs.toStdString()));
+    ASSERT_TRUE(GetGraphAsIniData(store, {graph}, ""));
+    ASSERT_TRUE(store.Save());
+    DemoMaster master({"--motion", "circle", "--announce", "0.5", "--fifo-lines", "100000"});
+    QProcess second;
+    second.start(QStringLiteral(WAVO_VIEWER),
+                 {"--screenshot", folder.filePath(QStringLiteral("second.png")), "--after-lines",
+                  "3000", graphs});
+    Start({"--screenshot", folder.filePath(QStringLiteral("first.png")), "--after-lines", "3000",
+           graphs});
+    EXPECT_EQ(WaitForEnd().code, 0);
+    EXPECT_TRUE(second.waitForFinished(30000));
+    EXPECT_EQ(second.exitCode(), 0);
+    QFile file(QString::fromStdString(log));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    int lines = 0;
+    std::uint64_t told = 0;
+    while (!file.atEnd()) {
+        const QString line = QString::fromUtf8(file.readLine());
+        ASSERT_TRUE(line.contains(QStringLiteral("GraphValue::SetValue(): overrun")))
+            << qPrintable(line);
+        const QString count = line.section(QStringLiteral(" ... "), 1).section(u' ', 0, 0);
+        ++lines;
+        told += count.isEmpty() ? 1 : QString(count).remove(u',').toULongLong();
+    }
+    EXPECT_LT(lines, 100);
+    EXPECT_GT(told, 2000U);
+    const auto totals = master.End();
+    ASSERT_TRUE(totals);
+    EXPECT_EQ(totals->overruns, 0U);
 }
 
 TEST_F(Program, FindsTheGraphFileInTheDataFolderBesideIt) {

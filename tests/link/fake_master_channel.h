@@ -20,6 +20,9 @@ class FakeMasterChannel : public MasterChannel {
 
     bool Post(platform::WindowHandle master, ToMaster number, std::uint64_t w_param) override {
         Record("post", master, number, w_param);
+        if (on_post) {
+            on_post();
+        }
         return Exists(master);
     }
 
@@ -45,6 +48,7 @@ class FakeMasterChannel : public MasterChannel {
     bool silent = false;
     platform::SendStatus send_status = platform::SendStatus::kDone;
     std::function<void(ToMaster, std::uint64_t)> on_send;
+    std::function<void()> on_post;
     std::vector<std::string> said;
 
  private:

@@ -143,14 +143,34 @@ TEST_F(Capabilities, OfMoreAxesThanAnyMachineHasAreReadInPart) {
     EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 1.0);
 }
 
-TEST_F(Capabilities, OfAMasterBeforeAreKnownButNotAskedForAgain) {
+TEST_F(Capabilities, AreAskedOfTheNextMasterOnceAnyMasterHasAnnouncedThem) {
     Publish({{"X", 1.0, -1.0}});
     Announce();
     EXPECT_TRUE(m_capabilities.FindAxis("X"));
     m_channel.Take();
+    m_channel.alive = {816};
+    Publish({{"X", 2.0, -2.0}});
     m_capabilities.SetMaster(816);
-    EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 1.0);
+    EXPECT_THAT(m_channel.Take(), IsEmpty()) << "not before a lookup";
+    const std::size_t calls = testing::FakeCalls().size();
+    EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 2.0);
+    // One reload for one lookup.
+    EXPECT_THAT(m_channel.Take(), ElementsAre("send 816 52e 0", "send 816 52f 0"));
+    EXPECT_THAT(std::vector(testing::FakeCalls().begin() + static_cast<std::ptrdiff_t>(calls),
+                            testing::FakeCalls().end()),
+                ElementsAre("open DataModCap4711", "map", "unmap", "close"));
+    Publish({{"X", 3.0, -3.0}});
+    EXPECT_EQ(m_capabilities.FindAxis("X")->upper_limit, 3.0);
+    EXPECT_THAT(m_channel.Take(), ElementsAre("send 816 52e 0", "send 816 52f 0"));
+}
+
+TEST_F(Capabilities, OfTheNextMasterAreNotAskedForBeforeAnyWereAnnounced) {
+    Publish({{"X", 1.0, -1.0}});
+    m_capabilities.SetMaster(FakeMasterChannel::kMaster);
+    m_capabilities.SetMaster(816);
+    EXPECT_EQ(m_capabilities.FindAxis("X"), std::nullopt);
     EXPECT_THAT(m_channel.Take(), IsEmpty());
+    EXPECT_THAT(testing::FakeCalls(), IsEmpty());
 }
 
 TEST_F(Capabilities, ANameWithoutEndIsSkippedAndTheOthersAreKept) {

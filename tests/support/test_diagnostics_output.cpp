@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -10,6 +12,7 @@
 #include "matches_pattern.h"
 #include "platform/folders.h"
 #include "support/diagnostics.h"
+#include "support/report_sink.h"
 #include "temporary_folder.h"
 
 namespace wavo {
@@ -45,6 +48,23 @@ class DiagnosticsOutputTest : public ::testing::Test {
     static void Trace() {
         _MTrace_Location("src/t.cpp", 7, "default", 1);
         _MTrace_Always("progress");
+    }
+    /// A report that was made so many seconds after a certain time.
+    static void LogAt(double seconds, const std::string& text,
+                      diagnostics::Service service = diagnostics::Service::kErrorLog) {
+        using Clock = std::chrono::system_clock;
+        const auto passed =
+            std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+        diagnostics::Emit({service, "src/a.cpp", 12, text}, 1,
+                          Clock::time_point(std::chrono::hours(24)) + passed);
+    }
+    /// The lines of a log without times.
+    [[nodiscard]] std::vector<std::string> Untimed(const std::string& name) const {
+        std::vector<std::string> lines = m_folder.Lines(name);
+        for (std::string& line : lines) {
+            line.erase(0, line.find(' ') + 1);
+        }
+        return lines;
     }
     /// Remembers the log files that are told to be lost.
     void CollectLostLogs() {
@@ -169,6 +189,112 @@ TEST_F(DiagnosticsOutputTest, ALineLongerThanTheLimitIsStillWritten) {
     Log("second");
     EXPECT_THAT(m_folder.Read(kErrorFile), HasSubstr("second\n"));
     EXPECT_THAT(m_folder.Read("wavo_error.log.1"), HasSubstr("first\n"));
+}
+
+// ---- reports that repeat themselves ----
+
+TEST_F(DiagnosticsOutputTest, RepeatsAreMadeOneByOneAndFoldedInTheLog) {
+    int made = 0;
+    diagnostics::SetObserver([&](const diagnostics::Report& report) {
+        EXPECT_EQ(report.text, "overrun");
+        ++made;
+    });
+    for (int i = 0; i < 149'900; ++i) {
+        LogAt(1e-6 * i, "overrun");
+    }
+    diagnostics::SetObserver(nullptr);
+    EXPECT_EQ(made, 149'900);
+    EXPECT_THAT(Untimed(kErrorFile), ElementsAre("error-log src/a.cpp(12): overrun"));
+    diagnostics::FlushRepeats();
+    EXPECT_THAT(Untimed(kErrorFile),
+                ElementsAre("error-log src/a.cpp(12): overrun",
+                            "error-log src/a.cpp(12): overrun ... 149,899 times more"));
+    EXPECT_THAT(m_folder.Lines(kErrorFile)[1], HasSubstr("1970-01-02T00:00:00.149Z"));
+}
+
+TEST_F(DiagnosticsOutputTest, WhatIsReportedInTheUsualWayIsFoldedToo) {
+    constexpr int kReports = 20'000;
+    for (int i = 0; i < kReports; ++i) {
+        Log("overrun");
+    }
+    Log("another");
+    const std::vector<std::string> lines = Untimed(kErrorFile);
+    EXPECT_LT(lines.size(), 100U);
+    EXPECT_EQ(lines.back(), "error-log src/a.cpp(12): another");
+    std::uint64_t told = 0;
+    const std::string begin = "error-log src/a.cpp(12): overrun";
+    for (const std::string& line : lines) {
+        if (line == begin) {
+            ++told;
+        } else if (line.starts_with(begin + " ... ")) {
+            std::string count = line.substr(begin.size() + 5);
+            std::erase(count, ',');
+            told += std::stoull(count);
+        }
+    }
+    EXPECT_EQ(told, static_cast<std::uint64_t>(kReports));
+}
+
+TEST_F(DiagnosticsOutputTest, TheErrorTraceIsFoldedAndTheTraceIsNot) {
+    for (const diagnostics::Service service :
+         {diagnostics::Service::kErrorTrace, diagnostics::Service::kTrace}) {
+        for (int i = 0; i < 3; ++i) {
+            LogAt(0.001 * i, "repeated", service);
+        }
+    }
+    diagnostics::FlushRepeats();
+    EXPECT_THAT(
+        Untimed(kTraceFile),
+        ElementsAre("error-trace src/a.cpp(12): repeated", "trace 1 src/a.cpp(12): repeated",
+                    "trace 1 src/a.cpp(12): repeated", "trace 1 src/a.cpp(12): repeated",
+                    "error-trace src/a.cpp(12): repeated ... 2 times more"));
+}
+
+TEST_F(DiagnosticsOutputTest, AFloodMovesNoLogAside) {
+    Log("first");
+    diagnostics::SetLogSizeLimit(2000);
+    for (int i = 0; i < 100'000; ++i) {
+        LogAt(0.001 * i, "flood");
+    }
+    EXPECT_THAT(m_folder.Read(kErrorFile), HasSubstr("first\n"));
+    EXPECT_FALSE(std::filesystem::exists(m_folder.File("wavo_error.log.1")));
+}
+
+TEST_F(DiagnosticsOutputTest, CountsGoToTheLogOfTheirReports) {
+    Log("one");
+    Log("one");
+    std::filesystem::create_directory(m_folder.File("other"));
+    diagnostics::SetLogFolder(m_folder.File("other"));
+    Log("one");
+    EXPECT_THAT(Untimed(kErrorFile), ElementsAre("error-log src/a.cpp(12): one",
+                                                 "error-log src/a.cpp(12): one ... 1 time more"));
+    EXPECT_THAT(Untimed("other/wavo_error.log"), ElementsAre("error-log src/a.cpp(12): one"));
+}
+
+TEST_F(DiagnosticsOutputTest, AFloodIntoALogThatIsLostIsTriedTwice) {
+    diagnostics::SetLogFolder(m_folder.File("missing"));
+    CollectLostLogs();
+    for (int i = 0; i < 1000; ++i) {
+        LogAt(0.0001 * i, "flood");
+    }
+    std::filesystem::create_directory(m_folder.File("missing"));
+    diagnostics::FlushRepeats();
+    EXPECT_THAT(Untimed("missing/wavo_error.log"),
+                ElementsAre("error-log src/a.cpp(12): flood ... 998 times more"));
+    EXPECT_THAT(m_lost, ElementsAre(kErrorFile));
+}
+
+TEST_F(DiagnosticsOutputTest, TheEchoIsFoldedToo) {
+    diagnostics::SetLogFolder({});
+    diagnostics::SetEcho(true);
+    ::testing::internal::CaptureStderr();
+    LogAt(0.0, "loud");
+    LogAt(0.1, "loud");
+    LogAt(0.2, "loud");
+    LogAt(0.3, "louder");
+    const std::string echoed = ::testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(echoed.begin(), echoed.end(), '\n'), 3);
+    EXPECT_THAT(echoed, HasSubstr("src/a.cpp(12): loud ... 2 times more\n"));
 }
 
 TEST_F(DiagnosticsOutputTest, TheEchoGoesToStandardErrorWhenItIsOn) {

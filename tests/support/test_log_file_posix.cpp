@@ -7,10 +7,14 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "support/diagnostics.h"
+#include "support/diagnostics_output.h"
 #include "support/log_file.h"
 #include "temporary_folder.h"
 #include "unprivileged.h"
@@ -20,6 +24,26 @@ namespace wavo::diagnostics {
 using testing::TemporaryFolder;
 
 namespace {
+
+TEST(LogFilePosix, CountsOfRepeatedEntriesAreWrittenAtTheEndOfTheProcess) {
+    const TemporaryFolder folder;
+    const pid_t other = ::fork();
+    ASSERT_GE(other, 0);
+    if (other == 0) {
+        SetLogFolder(folder.path());
+        for (int i = 0; i < 5; ++i) {
+            MERRLOG("entry");
+        }
+        std::exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(other, &status, 0), other);
+    EXPECT_TRUE(WIFEXITED(status));
+    const std::vector<std::string> lines = folder.Lines("wavo_error.log");
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_TRUE(lines[0].ends_with("): entry")) << lines[0];
+    EXPECT_TRUE(lines[1].ends_with("): entry ... 4 times more")) << lines[1];
+}
 
 TEST(LogFilePosix, AFloodFromTwoProcessesStaysWithinTheLimitAndKeepsLinesWhole) {
     constexpr std::size_t kLimit = 100'000;

@@ -17,7 +17,7 @@ namespace {
 
 using testing::MiniDataFiles;
 
-constexpr unsigned kSafe = MIniData::kSaveFlush | MIniData::kSaveSafe;
+constexpr unsigned kSafeSave = MIniData::kSaveFlush | MIniData::kSaveSafe;
 
 TEST_F(MiniDataFiles, AFileThatMayNotBeReadFailsToOpen) {
     std::ofstream(m_path) << "[A]\nx=1\n";
@@ -39,7 +39,7 @@ TEST_F(MiniDataFiles, AStoreInAFolderThatMayNotBeWrittenIsNotSaved) {
     Make("[A]\r\nx=1\r\n");
     ASSERT_EQ(::chmod(m_folder.path().c_str(), 0555), 0);
     const auto text = testing::RunUnprivileged([&] {
-        MIniData store(kSafe);
+        MIniData store(kSafeSave);
         const bool is_open = store.Open(m_path) && store.SetLongEntry("A", "x", 2);
         return is_open && !store.Save() ? store.LastErrorText() : std::string("saved");
     });
@@ -54,7 +54,7 @@ TEST_F(MiniDataFiles, AStoreInAFolderThatMayNotBeWrittenIsNotSaved) {
 /// Saves a file of many lines that all hold `mark`, over and over.
 int SaveOver(const std::string& path, char mark, int times) {
     for (int i = 0; i < times; ++i) {
-        MIniData store(kSafe);
+        MIniData store(kSafeSave);
         if (!store.Open(path)) {
             return 1;  // somebody saw half a file
         }

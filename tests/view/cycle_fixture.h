@@ -63,9 +63,10 @@ class CycleFixture : public ::testing::Test {
     ~CycleFixture() override { _MTrace_SetLevel("default", 1); }
 
     static void PublishInfo(const std::vector<std::string>& axes, double cycle_time = 0.004,
-                            std::uint64_t lines = 8) {
+                            std::uint64_t lines = 8,
+                            platform::WindowHandle master = FakeMasterChannel::kMaster) {
         MasterInfoBlock block{};
-        block.master_window = FakeMasterChannel::kMaster;
+        block.master_window = master;
         block.cycle_time = cycle_time;
         block.axis_count = axes.size();
         block.fifo_lines = lines;
@@ -76,6 +77,22 @@ class CycleFixture : public ::testing::Test {
         }
         std::memcpy(AddFakeSegment("MachineTools_InfoData", sizeof block), &block, sizeof block);
     }
+
+    /// Limits of X1, as a master publishes them.
+    static void PublishLimits(double lower, double upper) {
+        std::byte* const module = AddFakeSegment("DataModCap4711", CapabilityRecordOffset(1));
+        const std::int32_t count = 1;
+        const CapabilityRecord record{"X1", upper, lower, 0.0, 0.0, 0.001};
+        std::memcpy(module, &count, sizeof count);
+        std::memcpy(module + CapabilityRecordOffset(0), &record, sizeof record);
+    }
+
+    /// The info block of another master that runs.
+    void PublishAnotherMaster() {
+        m_channel.alive.insert(kOther);
+        PublishInfo({"X1", "Y1"}, 0.004, 8, kOther);
+    }
+    static constexpr platform::WindowHandle kOther = 816;
 
     void NewFifo(std::uint64_t lines = 8, std::uint64_t doubles = 2) {
         m_fifo = std::make_unique<FifoSegment>("MValues_4711", lines, doubles);

@@ -211,25 +211,6 @@ TEST_F(Cycle, AReadyThatIsOnItsWayIsNotSentAgainByADrawingStep) {
     ExpectAllAccountedFor();
 }
 
-TEST_F(Cycle, ABatchAnnouncedWhileAnotherWaitsForItsBoxIsRefused) {
-    AddGraph("X1");
-    ASSERT_TRUE(m_cycle.Connect(true));
-    m_channel.Take();
-    testing::RemoveFakeSegment("MValues_4711");
-    m_host.on_box = [this] { EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0); };
-    const ExpectErrorLog expected(
-        {"CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Open() failed",
-         "CWavoView::OnMessageFromMainNewMValues(): new values announced before the last ones "
-         "were answered",
-         "Write(): interface is not open",
-         "CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed"});
-    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
-    EXPECT_THAT(m_channel.Take(), IsEmpty());
-    EXPECT_EQ(m_cycle.Counters().batches_refused, 1U);
-    EXPECT_EQ(m_cycle.Counters().batches_failed, 1U);
-    ExpectAllAccountedFor();
-}
-
 TEST_F(Cycle, AReaderThatCannotBeOpenedDoesNotStopTheStepsThatFollow) {
     AddGraph("X1");
     ASSERT_TRUE(m_cycle.Connect(true));
@@ -254,7 +235,7 @@ TEST_F(Cycle, AViewThatEndsWhileABatchWaitsForItsBoxSaysNothingAfterwards) {
     const ExpectErrorLog expected(
         {"CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Open() failed"});
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
-    EXPECT_THAT(m_host.Take(), ElementsAre("box Can not open mvales fifo", "rebuild"));
+    EXPECT_THAT(m_host.Take(), ElementsAre("box Can not open mvales fifo"));
     EXPECT_FALSE(m_cycle.IsMasterKnown());
     m_cycle.End();
     EXPECT_THAT(m_channel.Take(), ElementsAre(kDisconnect));

@@ -11,6 +11,8 @@
 #include "cycle_fixture.h"
 #include "expect_errors.h"
 #include "hostile_values.h"
+#include "support/diagnostics_output.h"
+#include "temporary_folder.h"
 
 namespace wavo {
 namespace {
@@ -170,18 +172,6 @@ TEST_F(CycleFaults, BatchesRefusedWhileTheirBoxIsShownOpenNoOther) {
     ExpectAllAccountedFor();
 }
 
-TEST_F(CycleFaults, ABatchBehindAnOverrunIsTakenAndTheLinkStaysBroken) {
-    ConnectAndTakeFirstBatch();
-    EXPECT_EQ(m_cycle.OnMessage(kOverrun), 1);
-    NewFifo();
-    m_fifo->Write(50.0);
-    EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
-    EXPECT_THAT(Held("X1"), ElementsAre(50.0));
-    EXPECT_TRUE(m_cycle.CanConnect());
-    EXPECT_EQ(Message(), "The value fifo ran over: Machine Data > Connect to go on");
-    ExpectAllAccountedFor();
-}
-
 TEST_F(CycleFaults, LinesThatWaitWhenTheLinkEndsAreCounted) {
     ConnectAndTakeFirstBatch();
     m_fifo->Write(2.0);
@@ -292,18 +282,44 @@ TEST_F(CycleFaults, EveryLineAndBatchIsCountedByWhatBecameOfIt) {
     ExpectAllAccountedFor();
 }
 
+TEST_F(CycleFaults, ABatchFarLongerThanAShortTimeRangeIsAnsweredAndDoesNotFloodTheLog) {
+    constexpr int kLines = 150'000;
+    constexpr double kCycle = 0.001;
+    const testing::TemporaryFolder folder;
+    diagnostics::SetLogFolder(folder.path());
+    AddGraph("X1");
+    m_board.Graphs()[0].XScale.TimeRange = 100 * kCycle;
+    PublishInfo({"X1", "Y1"}, kCycle, kLines + 1);
+    NewFifo(kLines + 1);
+    ASSERT_TRUE(m_cycle.Connect(true));
+    m_channel.Take();
+    for (int i = 0; i < kLines; ++i) {
+        m_fifo->Write(i);
+    }
+    const std::string entry = "GraphValue::SetValue(): overrun last value fifo";
+    {
+        // The new values take one more than the time range; each one beyond is reported.
+        const ExpectErrorLog expected(std::vector<std::string>(kLines - 101, entry));
+        EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
+    }
+    diagnostics::SetLogFolder({});
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kReady));
+    EXPECT_EQ(Held("X1").back(), kLines - 1.0);
+    const std::vector<std::string> lines = folder.Lines("wavo_error.log");
+    EXPECT_LT(lines.size(), 100U);
+    ASSERT_GE(lines.size(), 2U);
+    EXPECT_TRUE(lines.front().ends_with(entry)) << lines.front();
+    EXPECT_TRUE(lines.back().ends_with(" times more")) << lines.back();
+    ExpectAllAccountedFor();
+}
+
 // ---- a master that hangs ----
 
 class HungMaster : public CycleFaults {
  protected:
     /// Connected, with capabilities, and the answer to the last batch was not taken.
     void Hang() {
-        std::byte* const module =
-            testing::AddFakeSegment("DataModCap4711", CapabilityRecordOffset(1));
-        const std::int32_t count = 1;
-        const CapabilityRecord record{"X1", 250.0, -50.0, 0.0, 0.0, 0.001};
-        std::memcpy(module, &count, sizeof count);
-        std::memcpy(module + CapabilityRecordOffset(0), &record, sizeof record);
+        PublishLimits(-50.0, 250.0);
         ConnectAndTakeFirstBatch();
         m_cycle.OnMessage({0x52F, 0, 0});
         ASSERT_TRUE(m_cycle.Capabilities().FindAxis("X1"));
@@ -387,14 +403,9 @@ TEST_F(HungMaster, WhoseSuccessorIsAnotherProcessIsForgotten) {
     m_cycle.Capabilities().FindAxis("X1");
     EXPECT_EQ(Message(), kHungText);
     m_channel.send_status = SendStatus::kDone;
-    m_channel.alive = {816};
+    m_channel.alive.clear();
     m_cycle.OnPeerGone(testing::FakeMasterChannel::kMaster);
-    MasterInfoBlock block{};
-    block.master_window = 816;
-    block.cycle_time = 0.004;
-    block.fifo_lines = 8;
-    std::memcpy(testing::AddFakeSegment("MachineTools_InfoData", sizeof block), &block,
-                sizeof block);
+    PublishAnotherMaster();
     EXPECT_TRUE(m_cycle.Connect(true));
     EXPECT_EQ(Message(), kConnectedText);
 }

@@ -11,7 +11,7 @@ namespace wavo {
 
 namespace {
 
-FileHandler& Handler() {
+FileHandler& CurrentFileHandler() {
     static FileHandler handler;
     return handler;
 }
@@ -29,8 +29,8 @@ QStringList NameFilters(const std::vector<FileFilter>& filters) {
 }  // namespace
 
 std::optional<std::string> AskForFile(QWidget* parent, const FileQuestion& question) {
-    if (Handler()) {
-        return Handler()(question);
+    if (CurrentFileHandler()) {
+        return CurrentFileHandler()(question);
     }
     const bool is_saving = question.purpose == FileQuestion::Purpose::kSave;
     QFileDialog dialog(parent);
@@ -52,7 +52,7 @@ std::optional<std::string> AskForFile(QWidget* parent, const FileQuestion& quest
 }
 
 void SetFileHandler(FileHandler handler) {
-    Handler() = std::move(handler);
+    CurrentFileHandler() = std::move(handler);
 }
 
 }  // namespace wavo

@@ -9,7 +9,7 @@ namespace wavo {
 
 namespace {
 
-BoxHandler& Handler() {
+BoxHandler& CurrentBoxHandler() {
     static BoxHandler handler;
     return handler;
 }
@@ -68,8 +68,8 @@ BoxAnswer AnswerOf(int button, BoxButtons buttons) {
 }  // namespace
 
 BoxAnswer ShowBox(QWidget* parent, const Box& box) {
-    if (Handler()) {
-        return Handler()(box);
+    if (CurrentBoxHandler()) {
+        return CurrentBoxHandler()(box);
     }
     QMessageBox window(parent);
     window.setWindowTitle(QString::fromStdString(box.caption));
@@ -86,7 +86,7 @@ void ShowErrorBox(QWidget* parent, const std::string& text) {
 }
 
 void SetBoxHandler(BoxHandler handler) {
-    Handler() = std::move(handler);
+    CurrentBoxHandler() = std::move(handler);
 }
 
 }  // namespace wavo

@@ -17,7 +17,7 @@ namespace wavo {
 
 namespace {
 
-using IsHarmless = std::function<bool(const QAction&)>;
+using HarmlessTest = std::function<bool(const QAction&)>;
 
 /// The buttons of a bar that can be used, in their order.
 std::vector<QWidget*> Buttons(const QToolBar& bar) {
@@ -32,7 +32,7 @@ std::vector<QWidget*> Buttons(const QToolBar& bar) {
     return buttons;
 }
 
-QWidget* FirstButton(const QToolBar& bar, const IsHarmless& is_harmless) {
+QWidget* FirstButton(const QToolBar& bar, const HarmlessTest& is_harmless) {
     const std::vector<QWidget*> buttons = Buttons(bar);
     const auto harmless = std::find_if(buttons.begin(), buttons.end(), [&](QWidget* button) {
         const auto* const tool_button = static_cast<QToolButton*>(button);
@@ -66,7 +66,7 @@ struct Pane {
 };
 
 /// The view comes before its parts: it is where the round begins.
-std::vector<Pane> Panes(QMainWindow& frame, const IsHarmless& is_harmless) {
+std::vector<Pane> Panes(QMainWindow& frame, const HarmlessTest& is_harmless) {
     std::vector<Pane> panes;
     const auto add = [&panes](QWidget* area, QWidget* first) {
         if (area->isVisible() && first != nullptr) {
@@ -111,7 +111,7 @@ void GiveKeyboard(QMainWindow& frame, QWidget& widget, bool forward) {
 
 }  // namespace
 
-void GoToPane(QMainWindow& frame, bool forward, const IsHarmless& is_harmless) {
+void GoToPane(QMainWindow& frame, bool forward, const HarmlessTest& is_harmless) {
     const std::vector<Pane> panes = Panes(frame, is_harmless);
     const std::size_t count = panes.size();
     if (count == 0) {

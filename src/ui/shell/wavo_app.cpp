@@ -1,5 +1,6 @@
 #include "ui/shell/wavo_app.h"
 
+#include <QAbstractEventDispatcher>
 #include <QFile>
 #include <QFileInfo>
 #include <QPixmap>
@@ -102,6 +103,8 @@ std::string CWavoApp::FindGraphFile(const QString& name, QWidget* parent) {
 void CWavoApp::StartLogs() {
     diagnostics::SetLogFolder(platform::StateFolder());
     diagnostics::SetEcho(platform::StandardErrorIsTerminal());
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
+            [] { diagnostics::FlushRepeats(); });
 }
 
 void CWavoApp::WatchTermination() {

@@ -23,7 +23,7 @@ QImage BlackPicture(int width = 40, int height = 30) {
     return picture;
 }
 
-Pixels PaintedPixels(const QImage& picture) {
+Pixels PaintedPlaces(const QImage& picture) {
     Pixels pixels;
     for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {
@@ -42,7 +42,7 @@ Pixels LinePixels(int x1, int y1, int x2, int y2, const QSize& size = {40, 30}) 
     mask.Begin(picture.rect());
     mask.Line({x1, y1, kOpaque}, {x2, y2, kOpaque});
     mask.BlendInto(picture, qRgb(255, 255, 255));
-    return PaintedPixels(picture);
+    return PaintedPlaces(picture);
 }
 
 TEST(BlendPixel, TheEndsAreExactAndTheMiddleIsRounded) {
@@ -137,7 +137,7 @@ TEST(LevelMask, ASquareIsCutToTheArea) {
     mask.Square({10, 10, kOpaque}, 4);  // two pixels of each side are outside
     mask.Square({kMost, kLeast, kOpaque}, 4000);
     mask.BlendInto(picture, qRgb(255, 255, 255));
-    EXPECT_EQ(PaintedPixels(picture), (Pixels{{10, 10}, {11, 10}, {10, 11}, {11, 11}}));
+    EXPECT_EQ(PaintedPlaces(picture), (Pixels{{10, 10}, {11, 10}, {10, 11}, {11, 11}}));
 }
 
 TEST(LevelMask, BlendingEmptiesTheMask) {
@@ -150,7 +150,7 @@ TEST(LevelMask, BlendingEmptiesTheMask) {
     QImage other = BlackPicture();
     mask.Begin(QRect(3, 3, 17, 9));
     mask.BlendInto(other, qRgb(255, 255, 255));
-    EXPECT_TRUE(PaintedPixels(other).empty());
+    EXPECT_TRUE(PaintedPlaces(other).empty());
 }
 
 }  // namespace

@@ -292,8 +292,8 @@ TEST(GraphFileRoundTrip, AnXAxisIsLeftOutForALineEndOnly) {
 }
 
 TEST(GraphFileRoundTrip, BoundsThatAreNoRangeAreWrittenAsOne) {
-    const std::pair<double, double> ranges[] = {
-        {20.0, 10.0}, {kInfinity, -kInfinity}, {kNaN, 1.0}, {1.0, kNaN}, {kNaN, kNaN}, {0.0, -0.0}};
+    const std::pair<double, double> ranges[] = {{20.0, 10.0}, {kInf, -kInf}, {kNaN, 1.0},
+                                                {1.0, kNaN},  {kNaN, kNaN},  {0.0, -0.0}};
     for (const auto& [minimum, maximum] : ranges) {
         SCOPED_TRACE(std::to_string(minimum) + " " + std::to_string(maximum));
         WavoGraph graph = AxisGraph();

@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <set>
 
+#include "seen_contrast.h"
 #include "ui/shell/bar_setup.h"
 #include "ui/shell/command_icons.h"
 #include "ui/shell/looks.h"
@@ -23,20 +24,6 @@
 
 namespace wavo {
 namespace {
-
-double Luminance(const QColor& color) {
-    const auto linear = [](double part) {
-        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-           0.0722 * linear(color.blueF());
-}
-
-double Contrast(const QColor& a, const QColor& b) {
-    const double first = Luminance(a);
-    const double second = Luminance(b);
-    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
-}
 
 struct TextPair {
     QPalette::ColorRole text;
@@ -60,12 +47,13 @@ TEST_P(EveryLook, ShowsItsTextsClearly) {
     const QPalette palette = LookPalette(GetParam());
     for (const auto group : {QPalette::Active, QPalette::Inactive}) {
         for (const TextPair& pair : kPairs) {
-            EXPECT_GE(Contrast(palette.color(group, pair.text), palette.color(group, pair.ground)),
-                      4.5)
+            EXPECT_GE(
+                SeenContrast(palette.color(group, pair.text), palette.color(group, pair.ground)),
+                4.5)
                 << pair.text << " on " << pair.ground;
         }
-        EXPECT_GE(Contrast(palette.color(group, QPalette::PlaceholderText),
-                           palette.color(group, QPalette::Base)),
+        EXPECT_GE(SeenContrast(palette.color(group, QPalette::PlaceholderText),
+                               palette.color(group, QPalette::Base)),
                   3.0);
     }
 }
@@ -73,24 +61,24 @@ TEST_P(EveryLook, ShowsItsTextsClearly) {
 TEST_P(EveryLook, ShowsWhatCannotBeUsedWeakerButReadable) {
     const QPalette palette = LookPalette(GetParam());
     for (const TextPair& pair : {kPairs[0], kPairs[1], kPairs[3]}) {
-        const double disabled = Contrast(palette.color(QPalette::Disabled, pair.text),
-                                         palette.color(QPalette::Disabled, pair.ground));
+        const double disabled = SeenContrast(palette.color(QPalette::Disabled, pair.text),
+                                             palette.color(QPalette::Disabled, pair.ground));
         EXPECT_GE(disabled, 2.3) << pair.text;
-        EXPECT_LT(disabled, Contrast(palette.color(QPalette::Active, pair.text),
-                                     palette.color(QPalette::Active, pair.ground)));
+        EXPECT_LT(disabled, SeenContrast(palette.color(QPalette::Active, pair.text),
+                                         palette.color(QPalette::Active, pair.ground)));
     }
 }
 
 TEST_P(EveryLook, ShowsTextsOnItsBarsClearly) {
     const Look& look = GetParam();
     for (const QRgb ground : {look.bar_top, look.bar_bottom}) {
-        EXPECT_GE(Contrast(QColor(look.bar_text), QColor(ground)), 4.5);
-        EXPECT_GE(Contrast(BarPalette(look).color(QPalette::Disabled, QPalette::ButtonText),
-                           QColor(ground)),
+        EXPECT_GE(SeenContrast(QColor(look.bar_text), QColor(ground)), 4.5);
+        EXPECT_GE(SeenContrast(BarPalette(look).color(QPalette::Disabled, QPalette::ButtonText),
+                               QColor(ground)),
                   2.0);
     }
     for (const QRgb ground : {look.hot_top, look.hot_bottom}) {
-        EXPECT_GE(Contrast(QColor(look.hot_text), QColor(ground)), 4.5);
+        EXPECT_GE(SeenContrast(QColor(look.hot_text), QColor(ground)), 4.5);
     }
 }
 
@@ -108,7 +96,7 @@ double OutlineContrast(QWidget& widget, const Look& look) {
     const QImage picture = widget.grab().toImage();
     double most = 1.0;
     for (int x = 0; x < 4; ++x) {
-        most = std::max(most, Contrast(picture.pixelColor(x, 12), QColor(look.window)));
+        most = std::max(most, SeenContrast(picture.pixelColor(x, 12), QColor(look.window)));
     }
     return most;
 }
@@ -265,8 +253,9 @@ TEST(Icons, ShowOnTheBarsOfEveryLook) {
             for (int y = 0; y < 24; ++y) {
                 for (int x = 0; x < 24; ++x) {
                     const QColor color = picture.pixelColor(x, y);
-                    clear += color.alpha() > 200 && Contrast(color, QColor(look.bar_top)) >= 3.0 &&
-                                     Contrast(color, QColor(look.bar_bottom)) >= 3.0
+                    clear += color.alpha() > 200 &&
+                                     SeenContrast(color, QColor(look.bar_top)) >= 3.0 &&
+                                     SeenContrast(color, QColor(look.bar_bottom)) >= 3.0
                                  ? 1
                                  : 0;
                 }

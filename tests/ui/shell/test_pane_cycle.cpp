@@ -8,6 +8,7 @@
 #include <QToolButton>
 #include <cmath>
 
+#include "seen_contrast.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/editor_controls.h"
 #include "ui/shell/commands.h"
@@ -18,23 +19,12 @@
 namespace wavo {
 namespace {
 
-double Luminance(const QColor& color) {
-    const auto linear = [](double part) {
-        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-           0.0722 * linear(color.blueF());
-}
-
 /// The pixels that differ between two pictures so much that an eye sees it.
 int ClearlyDifferent(const QImage& a, const QImage& b) {
     int different = 0;
     for (int y = 0; y < a.height(); ++y) {
         for (int x = 0; x < a.width(); ++x) {
-            const double first = Luminance(a.pixelColor(x, y));
-            const double second = Luminance(b.pixelColor(x, y));
-            different +=
-                (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05) >= 3.0 ? 1 : 0;
+            different += SeenContrast(a.pixelColor(x, y), b.pixelColor(x, y)) >= 3.0 ? 1 : 0;
         }
     }
     return different;
