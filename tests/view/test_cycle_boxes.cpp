@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "cycle_fixture.h"
+#include "cycle_texts.h"
 #include "expect_errors.h"
 
 namespace wavo {
@@ -19,22 +20,6 @@ using testing::kLinkEnded;
 using testing::kNewValues;
 using testing::kOverrun;
 using testing::kReady;
-
-constexpr char kConnectedText[] = "Connected to the master process (Dorvane)";
-constexpr char kEndedText[] = "The master process (Dorvane) has ended the link";
-constexpr char kOverrunText[] = "The value fifo ran over: Machine Data > Connect to go on";
-
-constexpr char kOpenBox[] = "box Can not open mvales fifo";
-constexpr char kTooSmallBox[] = "box Prg.error, input buffer for axis values to small";
-constexpr char kNoBufferBox[] = "box Prg.error, value input buffer is not available";
-constexpr char kNoLinesBox[] = "box Prg. error, number of fifo lines=0";
-
-#define CYCLE_TEXT "CWavoView::OnMessageFromMainNewMValues(): "
-constexpr char kOpenFailed[] = CYCLE_TEXT "m_AxValueReader.Open() failed";
-constexpr char kNotOpen[] = "Write(): interface is not open";
-constexpr char kReadFailed[] = CYCLE_TEXT "m_AxValueReader.Read() failed";
-constexpr char kNoBuffer[] = CYCLE_TEXT "value input buffer is not available";
-constexpr char kNoLines[] = CYCLE_TEXT "Prg. error, number of fifo lines=0";
 
 class CycleBoxes : public testing::CycleFixture {
  protected:
@@ -116,7 +101,7 @@ TEST_F(CycleBoxes, ABatchThatIsAnnouncedBehindTheBoxOfAGoodOneIsAnsweredToo) {
         m_fifo->Write(2.0);
         EXPECT_EQ(m_cycle.OnMessage(kNewValues), 0);
     };
-    const ExpectErrorLog expected({CYCLE_TEXT "m_GraphAxSelect.Init() failed"});
+    const ExpectErrorLog expected({kInitFailed});
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
     EXPECT_THAT(m_channel.Take(), ElementsAre(kReady, kReady));
     EXPECT_THAT(Held("X1"), ElementsAre(1.0, 2.0));
@@ -230,7 +215,7 @@ TEST_F(CycleBoxes, ALinkThatEndsWhileAnOtherwiseGoodBatchWaitsGetsNoAnswer) {
     m_editor.fails = true;
     m_fifo->Write(1.0);
     m_host.on_box = [this] { m_cycle.OnMessage(kLinkEnded); };
-    const ExpectErrorLog expected({CYCLE_TEXT "m_GraphAxSelect.Init() failed"});
+    const ExpectErrorLog expected({kInitFailed});
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
     EXPECT_THAT(m_channel.Take(), IsEmpty());
     EXPECT_EQ(Message(), kEndedText);
@@ -248,7 +233,7 @@ TEST_F(CycleBoxes, ABatchIsHandedOutAsItWasReadWhateverLinkBeginsMeanwhile) {
         PublishInfo({"X1", "Y1", "Z1", "A1", "B1", "C1"});
         m_cycle.ConnectByUser();
     };
-    const ExpectErrorLog expected({CYCLE_TEXT "m_GraphAxSelect.Init() failed"});
+    const ExpectErrorLog expected({kInitFailed});
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
     EXPECT_THAT(m_channel.Take(), ElementsAre(kConnect)) << "the new link owes nothing";
     EXPECT_EQ(Message(), kConnectedText);

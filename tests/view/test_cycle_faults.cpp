@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "cycle_fixture.h"
+#include "cycle_texts.h"
 #include "expect_errors.h"
 #include "hostile_values.h"
 #include "support/diagnostics_output.h"
@@ -33,9 +34,6 @@ using testing::kReady;
 constexpr char kDamagedText[] =
     "The value fifo is damaged, see the error log: Machine Data > Connect to go on";
 constexpr char kHungText[] = "The master process (Dorvane) does not respond";
-constexpr char kConnectedText[] = "Connected to the master process (Dorvane)";
-constexpr char kReadFailed[] =
-    "CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() failed";
 
 class CycleFaults : public testing::CycleFixture {
  protected:
