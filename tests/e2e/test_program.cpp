@@ -172,6 +172,9 @@ TEST_F(Program, TwoViewersWithAShortTimeRangeDoNotFloodTheirLog) {
     std::uint64_t told = 0;
     while (!file.atEnd()) {
         const QString line = QString::fromUtf8(file.readLine());
+        if (line.contains(QStringLiteral("CWavoView::ReadProperties"))) {
+            continue;  // the graph file holds no settings
+        }
         ASSERT_TRUE(line.contains(QStringLiteral("GraphValue::SetValue(): overrun")))
             << qPrintable(line);
         const QString count = line.section(QStringLiteral(" ... "), 1).section(u' ', 0, 0);
