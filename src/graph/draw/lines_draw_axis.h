@@ -91,9 +91,9 @@ class LinesDrawAxis {
     /// drawing ends.
     void DrawLinesXIsTime(const std::vector<double>& values, double start_time, PlotCanvas* canvas);
 
-    /// Replaces the curve by a stretch of a ring, in the order of time, the first sample at 0, and
-    /// adapts an automatic scale to it. The ring is not owned and stays until KeepWindow or Empty.
-    void ShowWindow(const SampleRing& ring, const SampleStretch& stretch);
+    /// Replaces the curve by parts of a ring, in the order of time, row 0 at 0, and adapts an
+    /// automatic scale to them. The ring is not owned and stays until KeepWindow or Empty.
+    void ShowWindow(const SampleRing& ring, std::vector<RowPart> parts);
 
     /// The same for the times from `from` to `to`, seconds from the oldest sample that the curve
     /// holds.
