@@ -109,6 +109,11 @@ class GraphDraw {
     /// switches the zoom off; one below 0.1 ms changes nothing; both are reported.
     void SetZoomRange(double start, double end);
 
+    /// The span for SetZoomRange that shows the samples at places of the display, `marked` seconds
+    /// from its left border. In the order of time these are one; the picture of a sweep that has
+    /// wrapped is not. A mark across the gap of a sweep takes the side that holds more of it.
+    [[nodiscard]] TimeWindow ZoomSpanOf(const TimeWindow& marked) const;
+
     /// Goes back to an earlier zoom (or none) and to the scales of that time.
     void RestoreZoom(const ZoomState& zoom);
 

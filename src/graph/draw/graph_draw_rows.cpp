@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "graph/draw/graph_draw.h"
+#include "graph/draw/sweep.h"
 #include "graph/values/missing_value.h"
 #include "support/diagnostics.h"
 
@@ -86,7 +87,12 @@ TimeWindow GraphDraw::WindowInRows(double before) const {
     const double length = m_zoom.end - m_zoom.start;
     double from = m_zoom.offset + m_zoom.start + before;
     double to = m_zoom.offset + m_zoom.end + before;
-    const double longest = LongestRange();
+    double longest = LongestRange();
+    if (m_recorded_section && !m_lines.empty()) {
+        // The batch that the trigger fired in is recorded besides the range.
+        const auto held = static_cast<double>(m_lines.front()->HeldSamples());
+        longest = std::max(longest, held * m_cycle_time);
+    }
     if (to > longest) {
         to = longest;
         from = to - length;
@@ -105,6 +111,27 @@ bool GraphDraw::ShowsRecording() const {
            m_run_state == RunState::kStoppedAfterStop ||
            (m_run_state == RunState::kWaitingForStart && !m_lines.empty() &&
             m_lines.front()->Size() > 0);
+}
+
+TimeWindow GraphDraw::ZoomSpanOf(const TimeWindow& marked) const {
+    if (!IsTimeGraph() || m_zoom.active || m_graph.Mode == GraphMode::kContinuity ||
+        m_lines.empty()) {
+        return marked;
+    }
+    const LinesDrawAxis& line = *m_lines.front();  // all curves sweep together
+    const std::optional<TimeWindow> shown = StretchOfPlaces(line.Runs(), m_cycle_time, marked);
+    if (!shown.has_value()) {
+        return marked;
+    }
+    double oldest = 0.0;  // of the curve, where SetZoomRange counts from
+    if (!ShowsRecording()) {
+        const StreamRows rows = Rows();
+        oldest =
+            (static_cast<double>(rows.Count()) - static_cast<double>(line.Size())) * m_cycle_time -
+            TimeBeforeDisplay(rows);
+    }
+    const TimeWindow span{std::max(0.0, shown->start + oldest), shown->end + oldest};
+    return span.end > span.start ? span : marked;
 }
 
 bool GraphDraw::ShowsBuffers() const {

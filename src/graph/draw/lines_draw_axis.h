@@ -120,10 +120,14 @@ class LinesDrawAxis {
 
     [[nodiscard]] std::uint64_t MaxPoints() const { return m_curve.MaxPoints(); }
     [[nodiscard]] std::size_t Size() const;
+    /// Samples over time that the curve holds itself, whatever a window shows.
+    [[nodiscard]] std::uint64_t HeldSamples() const { return m_curve.HeldSamples(); }
     /// The point at a place of the FIFO. REQUIRES: place < Size().
     [[nodiscard]] LinePoint Point(std::size_t place) const;
     [[nodiscard]] std::uint64_t WriteIndex() const { return m_curve.WriteIndex(); }
     [[nodiscard]] double SweepPosition() const { return m_curve.SweepPosition(); }
+    /// The samples over time, as stretches that follow one another by one cycle.
+    [[nodiscard]] std::vector<CurveRun> Runs() const { return m_curve.Runs(); }
 
     /// Copies the values of all points, oldest first; x values over an axis only.
     void GetYValues(std::vector<double>& out) const;
