@@ -71,9 +71,10 @@ void DataExport::CollectColumns(const WavoGraph& graph,
                                 const std::vector<std::string>& axis_names) {
     const GraphDraw& drawer = *m_board.FindDrawerWithValues(graph.GraphNumber);
     m_DataExport.Clear();
-    for (const std::string& name : axis_names) {
-        // The column of a name that the drawing does not know stays empty.
-        drawer.GetAxValues(name, m_DataExport.FindOrAddColumn(name));
+    std::vector<std::vector<double>> columns;
+    drawer.GetAxRows(axis_names, columns);
+    for (std::size_t i = 0; i < axis_names.size(); ++i) {
+        m_DataExport.FindOrAddColumn(axis_names[i]) = std::move(columns[i]);
     }
 }
 

@@ -129,6 +129,8 @@ void GraphBoard::DropBuffers() {
 
 void GraphBoard::Distribute(const double* lines, std::uint64_t line_count,
                             std::uint64_t axis_count) {
+    ExpectLines();
+    m_lines += static_cast<std::int64_t>(line_count);
     if (m_columns_share_buffers) {
         DistributeLineByLine(lines, line_count, axis_count);
         return;
@@ -141,6 +143,13 @@ void GraphBoard::Distribute(const double* lines, std::uint64_t line_count,
                 value->SetValues(lines + a, line_count, axis_count);
             }
         }
+    }
+}
+
+// The buffers may have missed lines, each others.
+void GraphBoard::ExpectLines() {
+    for (GraphValue& value : m_registry.Values()) {
+        value.ExpectLine(m_lines);
     }
 }
 

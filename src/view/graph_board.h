@@ -76,6 +76,7 @@ class GraphBoard {
     }
 
  private:
+    void ExpectLines();
     void DistributeLineByLine(const double* lines, std::uint64_t line_count,
                               std::uint64_t axis_count);
     /// Tells the definitions how large their graphs are drawn.
@@ -91,6 +92,7 @@ class GraphBoard {
     std::vector<std::unique_ptr<GraphDraw>> m_drawers;
     std::vector<std::vector<GraphValue*>> m_distribution;
     std::vector<std::string> m_faults;     ///< found while the drawers are made, for the user
+    std::int64_t m_lines = 0;              ///< handed out so far
     bool m_columns_share_buffers = false;  ///< the master has axes of the same name
 };
 

@@ -340,11 +340,13 @@ std::vector<GraphDraw*> CWavoView::ZoomedTogether(const GraphDraw& drawer) const
 
 void CWavoView::ZoomGraph(std::size_t index, double start, double end) {
     const GraphDraw& drawer = *m_board.Drawers()[index];
+    const TimeWindow span = drawer.ZoomSpanOf({start, end});
     for (GraphDraw* const graph : ZoomedTogether(drawer)) {
         ZoomState before = graph->Zoom();
         before.definition = graph->Graph();
-        graph->SetZoomRange(start, end);
-        if (!graph->Zoom().active || graph->Zoom().start != start || graph->Zoom().end != end) {
+        graph->SetZoomRange(span.start, span.end);
+        if (!graph->Zoom().active || graph->Zoom().start != span.start ||
+            graph->Zoom().end != span.end) {
             continue;  // refused, and reported
         }
         for (GraphValue* const value : graph->Values()) {

@@ -80,7 +80,8 @@ class CWavoView : public QWidget,
     [[nodiscard]] bool IsGraphEditorShown() const { return m_editor->isVisibleTo(this); }
 
     /// Zooms the drawn graph of an index (with the editor's `all graphs` every graph over time) to
-    /// a span of its displayed time axis, seconds. Nothing for a graph that is not over time.
+    /// a span of its displayed time axis, seconds; in a swept picture to the samples that stand
+    /// there. Nothing for a graph that is not over time.
     void ZoomGraph(std::size_t index, double start, double end);
     /// Steps the graph of a number (with `all graphs` every graph over time) back to the zoom
     /// before.

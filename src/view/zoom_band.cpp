@@ -33,8 +33,12 @@ bool SpanOfBand(const GraphDraw& drawer, double time_step, ZoomSpan& span) {
     }
     span.from = drawer.PixelToTime(std::clamp(band.left(), plot.left(), plot.right()));
     span.to = drawer.PixelToTime(std::clamp(band.right(), plot.left(), plot.right()));
-    return span.from >= 0.0 && span.to > span.from &&
-           span.to - span.from >= kFewestZoomedSteps * time_step;
+    if (span.from < 0.0 || span.to <= span.from) {
+        return false;
+    }
+    const double fewest = kFewestZoomedSteps * time_step;
+    const TimeWindow shown = drawer.ZoomSpanOf({span.from, span.to});
+    return span.to - span.from >= fewest && shown.end - shown.start >= fewest;
 }
 
 void PaintBands(QPainter& painter, const GraphBoard& board, ColorRef background) {

@@ -24,8 +24,9 @@ struct ZoomSpan {
 /// The band between two pixel columns of a graph, over its whole height but for the border.
 QRect BandBetween(const GraphDraw& drawer, int left, int right);
 
-/// Takes the span of the graph's band; false when there is no band or it shows less than
-/// kFewestZoomedSteps times `time_step` (seconds). A band that leaves the plot area ends with it.
+/// Takes the span of the graph's band; false when there is no band or a zoom to it would show less
+/// than kFewestZoomedSteps times `time_step` (seconds). A band that leaves the plot area ends with
+/// it.
 bool SpanOfBand(const GraphDraw& drawer, double time_step, ZoomSpan& span);
 
 /// Paints the bands of all graphs, to be told from `background`.

@@ -17,6 +17,7 @@
 #include "master_window.h"
 #include "printed_page.h"
 #include "system_facts.h"
+#include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/message_boxes.h"
 #include "view/view_settings_file.h"
@@ -130,6 +131,40 @@ TEST_F(View, ADragWithTheRightButtonZoomsAtOnceAndIsSteppedBack) {
     QTest::keyClick(&m_view, Qt::Key_Minus);
     EXPECT_FALSE(Drawer(0).Zoom().active);
     EXPECT_TRUE(FindControl(m_view.Editor(), kAllGraphs)->isEnabled());
+}
+
+TEST_F(View, ADragInAWrappedSweepZoomsToTheSamplesUnderIt) {
+    Check(kZoomEnable, true);
+    m_view.Board().Graphs()[0].Mode = GraphMode::kClassic;
+    SendAppMessage(&m_view, AppMessage::kGraphChanged, 0, 0);
+    Feed(200);  // sin(0.05 i) of line i
+    for (int i = 0; i < 40; ++i) {
+        Feed(30);  // again from line 0: the sweep wraps
+    }
+    const LinesDrawAxis& line = *Drawer(0).Lines()[0];
+    ASSERT_GT(line.Runs().size(), 1U);
+    // Right of the gap stand the oldest samples.
+    const CurveRun oldest = line.Runs().front();
+    const double first_shown = static_cast<double>(oldest.step) * 0.004;
+    ASSERT_LT(first_shown, 2.0);
+    std::vector<double> marked;
+    for (std::size_t place = 0; place < line.Size(); ++place) {
+        const LinePoint point = line.Point(place);
+        if (point.x_value >= Drawer(0).PixelToTime(PlotPoint(0, 0.6).x()) &&
+            point.x_value < Drawer(0).PixelToTime(PlotPoint(0, 0.9).x())) {
+            marked.push_back(point.y_value);
+        }
+    }
+    Drag(0, 0.6, 0.9);
+    ASSERT_TRUE(Drawer(0).Zoom().active);
+    std::vector<double> shown;
+    line.GetYValues(shown);
+    ASSERT_GT(shown.size(), 10U);
+    ASSERT_NEAR(static_cast<double>(shown.size()), static_cast<double>(marked.size()), 1.0);
+    const std::size_t skipped = shown.front() == marked.front() ? 0 : 1;
+    for (std::size_t i = 0; i + skipped < std::min(shown.size(), marked.size()); ++i) {
+        EXPECT_EQ(shown[i], marked[i + skipped]) << i;
+    }
 }
 
 TEST_F(View, WithoutTheBoxTheMouseDoesNotZoom) {

@@ -187,7 +187,11 @@ class Reduction {
 
     void AddColumn(std::int32_t column, std::uint64_t first, std::uint64_t count) {
         if (m_may_hold_nan && m_pyramid.HasNaN(m_ring, first, count)) {
-            AddEach(column, first, count);
+            if (RangeOf(first, count).IsEmpty()) {
+                m_builder.Break();
+            } else {
+                AddEach(column, first, count);
+            }
             return;
         }
         m_builder.Column(column, m_ring[first], RangeOf(first, count), m_ring[first + count - 1],

@@ -52,7 +52,7 @@ void CurveShape::FindPixels(TimeCurve& curve, const AxisMapping& x, const AxisMa
         m_sum_columns.Follow(m_columns, step, curve.Size());
         return;
     }
-    const std::uint64_t end = std::max(curve.MaxPoints(), curve.Size()) + 1;
+    const std::uint64_t end = std::max(curve.MaxPoints(), curve.EndOfSteps()) + 1;
     if (m_step_columns_end != end) {
         m_step_columns.Find(m_columns, step, end);
         m_step_columns_end = end;

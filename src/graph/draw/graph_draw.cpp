@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "graph/values/missing_value.h"
 #include "support/diagnostics.h"
 
 namespace wavo {
@@ -57,15 +58,31 @@ void GraphDraw::DrawBuffer::Discard() {
     }
     values.clear();
     start_time = 0.0;
+    underived.clear();
 }
 
 void GraphDraw::DrawBuffer::DropFront(std::uint64_t count) {
     const std::uint64_t dropped = std::min<std::uint64_t>(count, values.size());
     values.erase(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(dropped));
+    for (SampleStretch& stretch : underived) {
+        const std::uint64_t end = stretch.position + stretch.count;
+        stretch.position -= std::min(dropped, stretch.position);
+        stretch.count = end - std::min(end, dropped + stretch.position);
+    }
 }
 
 void GraphDraw::DrawBuffer::DropBack(std::uint64_t count) {
     values.resize(values.size() - std::min<std::uint64_t>(count, values.size()));
+}
+
+void GraphDraw::DrawBuffer::LeaveOutUnderived() {
+    for (const SampleStretch& stretch : underived) {
+        const auto begin = std::min<std::uint64_t>(stretch.position, values.size());
+        const auto end = std::min<std::uint64_t>(stretch.position + stretch.count, values.size());
+        std::fill(values.begin() + static_cast<std::ptrdiff_t>(begin),
+                  values.begin() + static_cast<std::ptrdiff_t>(end), kNoValue);
+    }
+    underived.clear();
 }
 
 GraphDraw::GraphDraw(const QRect& rectangle, const WavoGraph& graph, GraphDrawHost& host,
@@ -143,22 +160,17 @@ void GraphDraw::PrimeLines() {
         return;  // nothing is shown before the trigger
     }
     // Values that are still new come with the first step.
-    const auto take_held = [this](DrawBuffer& buffer) {
-        if (buffer.value != nullptr) {
-            TakeRefill(buffer);
-            buffer.DropBack(buffer.value->NewCount());
-        }
-    };
-    take_held(m_x_buffer);
+    const StreamRows rows = Rows();
+    SampleStretch held = RowsOfSpan(rows);
+    held.count -= std::min(held.count, rows.Count() - rows.FirstNew());
+    TakeRows(rows, held);
+    LeaveOutUnderived();
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        DrawBuffer& buffer = m_buffers[i];
-        take_held(buffer);
+        const DrawBuffer& buffer = m_buffers[i];
+        m_lines[i]->CheckYScaleValue(buffer.values);
         if (IsTimeGraph()) {
-            m_lines[i]->CheckYScaleValue(buffer.values);
             m_lines[i]->DrawLinesXIsTime(buffer.values, buffer.start_time, nullptr);
         } else {
-            AlignToX(buffer);
-            m_lines[i]->CheckYScaleValue(buffer.values);
             m_lines[i]->CheckXScaleValue(m_x_buffer.values);
             m_lines[i]->DrawLinesXIsAx(m_x_buffer.values, buffer.values, nullptr);
         }
@@ -249,12 +261,7 @@ void GraphDraw::SetZoomRange(double start, double end) {
         m_zoom.offset += m_zoom.start;
     }
     if (!m_zoom.active) {
-        // While a graph waits again, its last recording may still be seen.
-        m_recorded_section = m_run_state == RunState::kRunningAfterStart ||
-                             m_run_state == RunState::kStoppedAfterStart ||
-                             m_run_state == RunState::kStoppedAfterStop ||
-                             (m_run_state == RunState::kWaitingForStart && !m_lines.empty() &&
-                              m_lines.front()->Size() > 0);
+        m_recorded_section = ShowsRecording();
     }
     m_zoom.start = start;
     m_zoom.end = end;
@@ -279,32 +286,6 @@ void GraphDraw::RestoreZoom(const ZoomState& zoom) {
             line->SetGeometry(Geometry(), m_device_ratio);
         }
     }
-}
-
-bool GraphDraw::GetAxValues(const std::string& axis_name, std::vector<double>& values) const {
-    values.clear();
-    const auto& names = m_graph.YCoorAxName;
-    const auto found = std::find(names.begin(), names.end(), axis_name);
-    const bool is_x = found == names.end() && !IsTimeGraph() && axis_name == m_graph.XCoorAxName;
-    if (found == names.end() && !is_x) {
-        MERRLOG("GraphDraw::GetAxValues(): unknown axis: %s", axis_name.c_str());
-        return false;
-    }
-    const std::size_t axis = is_x ? 0 : static_cast<std::size_t>(found - names.begin());
-    const GraphValue* value = is_x ? m_x_buffer.value : m_buffers[axis].value;
-    const bool stopped =
-        m_run_state == RunState::kStoppedAfterStart || m_run_state == RunState::kStoppedAfterStop;
-    if (!Zoomed() && !stopped && value != nullptr) {
-        double start_time = 0.0;
-        value->GetTimeRangeValues(values, GraphTimeRange(m_graph), start_time);
-    } else if (axis < m_lines.size()) {
-        if (is_x) {
-            m_lines[axis]->GetXValues(values);
-        } else {
-            m_lines[axis]->GetYValues(values);
-        }
-    }
-    return true;
 }
 
 void GraphDraw::DetachValues() {

@@ -11,7 +11,9 @@
 // 3. The streams are not owned. They may be null: frame, texts and what the curves hold are drawn
 //    all the same.
 // 4. Every label shows the scale that the curves of the same step are drawn with.
-// 5. The rectangle is in logical pixels; curves and lines stand on device pixels of the painter.
+// 5. The curves share one time origin: each takes a value for every line of the master that any
+//    stream of the graph took, NoSample() where its own has none.
+// 6. The rectangle is in logical pixels; curves and lines stand on device pixels of the painter.
 #pragma once
 
 #include <QFont>
@@ -36,6 +38,7 @@
 #include "graph/draw/texts.h"
 #include "graph/model/wavo_graph.h"
 #include "graph/values/graph_value.h"
+#include "graph/values/stream_rows.h"
 
 namespace wavo {
 
@@ -106,6 +109,11 @@ class GraphDraw {
     /// switches the zoom off; one below 0.1 ms changes nothing; both are reported.
     void SetZoomRange(double start, double end);
 
+    /// The span for SetZoomRange that shows the samples at places of the display, `marked` seconds
+    /// from its left border. In the order of time these are one; the picture of a sweep that has
+    /// wrapped is not. A mark across the gap of a sweep takes the side that holds more of it.
+    [[nodiscard]] TimeWindow ZoomSpanOf(const TimeWindow& marked) const;
+
     /// Goes back to an earlier zoom (or none) and to the scales of that time.
     void RestoreZoom(const ZoomState& zoom);
 
@@ -113,6 +121,12 @@ class GraphDraw {
     /// axis), oldest first: the zoom window, else the finished recording, else the most recent
     /// span. False, an error-log entry and no values for a name that the graph does not know.
     bool GetAxValues(const std::string& axis_name, std::vector<double>& values) const;
+
+    /// The same of several axes as rows of one line of the master each: only lines that the streams
+    /// of all of them hold. A derivative that has no earlier samples is NaN. `columns` are as many
+    /// as the names; one of a name that the graph does not know is empty.
+    void GetAxRows(const std::vector<std::string>& axis_names,
+                   std::vector<std::vector<double>>& columns) const;
 
     /// Forgets the buffers, before they go. The curves keep what they show.
     void DetachValues();
@@ -156,12 +170,15 @@ class GraphDraw {
     struct DrawBuffer {
         GraphValue* value = nullptr;
         std::vector<double> values;
-        double start_time = 0.0;   ///< of the first of the values, seconds
-        bool full_refill = false;  ///< the curve is filled anew from the buffer
+        double start_time = 0.0;               ///< of the first of the values, seconds
+        std::vector<SampleStretch> underived;  ///< values that are no derivatives
+        bool full_refill = false;              ///< the curve is filled anew from the buffer
 
         void Discard();
         void DropFront(std::uint64_t count);
         void DropBack(std::uint64_t count);
+        /// Puts a missing value where there is no derivative.
+        void LeaveOutUnderived();
     };
 
     /// What the texts of the frame say.
@@ -205,11 +222,10 @@ class GraphDraw {
     void Restart();
     void TakeValues();
     void TakeZoomWindow();
-    void ShowWindowOf(std::size_t axis, TimeWindow& shown);
-    [[nodiscard]] double TimeBeforeDisplay(const GraphValue& value) const;
     void TakeSpanOrNew();
-    void TakeRefill(DrawBuffer& buffer) const;
-    void AlignToX(DrawBuffer& buffer);
+    void TakeNew(const StreamRows& rows);
+    void Refill(const StreamRows& rows);
+    void LeaveOutUnderived();
     void ShowScale(double time_range);
     void ShowFullScale();
     void TestTriggerCondition();
@@ -224,6 +240,19 @@ class GraphDraw {
     void DrawGraphs(QImage& picture);
     void DrawLine(LinesDrawAxis& line, const DrawBuffer& buffer, PlotCanvas* canvas);
     void ReportDifferentSizes() const;
+
+    // What is taken of the streams (graph_draw_rows.cpp). Streams count like the y axes, then x.
+    [[nodiscard]] StreamRows Rows() const;
+    [[nodiscard]] DrawBuffer& BufferOf(std::size_t stream);
+    [[nodiscard]] SampleStretch RowsOfSpan(const StreamRows& rows) const;
+    void TakeRows(const StreamRows& rows, const SampleStretch& taken);
+    [[nodiscard]] double TimeBeforeDisplay(const StreamRows& rows) const;
+    [[nodiscard]] double LongestRange() const;
+    [[nodiscard]] TimeWindow WindowInRows(double before) const;
+    [[nodiscard]] bool ShowsRecording() const;
+    [[nodiscard]] std::optional<std::size_t> StreamOf(const std::string& axis_name) const;
+    [[nodiscard]] bool ShowsBuffers() const;
+    void CurveValues(std::size_t stream, std::vector<double>& values) const;
 
     // Everything but the curves (graph_draw_frame.cpp).
     void DrawFrame(QImage& picture);
@@ -283,6 +312,7 @@ class GraphDraw {
 
     ZoomState m_zoom;
     TimeWindow m_window;
+    SampleStretch m_window_rows;      ///< of the streams; while it is no recording's
     bool m_window_taken = false;      ///< the values of this step are those of the zoom window
     bool m_recorded_section = false;  ///< the zoom was chosen in a recording
 };

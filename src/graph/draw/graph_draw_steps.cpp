@@ -30,6 +30,7 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart) {
     MTRACE(4, "DrawGraph(): --- starting test trigger condition");
     TestTriggerCondition();
     MTRACE(4, "DrawGraph(): --- end of test trigger condition");
+    LeaveOutUnderived();
     CheckScales();
     DrawFrame(picture);
     MTRACE(4, "DrawGraph(): --- starting to draw graphs");
@@ -99,55 +100,40 @@ void GraphDraw::TakeValues() {
 }
 
 void GraphDraw::TakeZoomWindow() {
+    const StreamRows rows = Rows();
+    const double before = m_recorded_section ? 0.0 : TimeBeforeDisplay(rows);
+    const TimeWindow window = WindowInRows(before);
     for (std::size_t i = 0; i < m_buffers.size(); ++i) {
-        if (m_buffers[i].value == nullptr) {
+        GraphValue* const value = m_buffers[i].value;
+        if (value == nullptr) {
             continue;
         }
-        TimeWindow shown;
-        ShowWindowOf(i, shown);
-        if (!m_window_taken) {
+        if (m_recorded_section) {
+            // The curve still holds the whole recording; its buffer may have run on.
+            m_lines[i]->ShowOwnWindow(window.start, window.end);
             m_window_taken = true;
-            m_window = shown;
+            continue;
         }
+        if (!m_window_taken) {
+            // A window may reach beyond the newest sample while the buffers are not full.
+            const std::uint64_t count = rows.AreEven() ? value->StoredCount() : rows.Count();
+            const double held = static_cast<double>(count) * m_cycle_time;
+            std::optional<SampleStretch> found;
+            if (window.start < held) {
+                found = value->FindDefineTimeRange(window.start, std::min(window.end, held),
+                                                   value->LatestTime(), rows.Count());
+            }
+            m_window_rows = found.value_or(SampleStretch());
+            m_window_taken = true;
+        }
+        // The curve looks at the buffer's own samples: a window costs nothing per sample.
+        m_lines[i]->ShowWindow(value->Values(),
+                               rows.Parts(i, m_window_rows.position, m_window_rows.count));
     }
     if (m_window_taken) {  // without buffers the curves keep what they show
+        m_window = {window.start - before, window.end - before};
         ShowScale(m_zoom.end - m_zoom.start);
     }
-}
-
-void GraphDraw::ShowWindowOf(std::size_t axis, TimeWindow& shown) {
-    GraphValue& value = *m_buffers[axis].value;
-    const double before = m_recorded_section ? 0.0 : TimeBeforeDisplay(value);
-    const double length = m_zoom.end - m_zoom.start;
-    double from = m_zoom.offset + m_zoom.start + before;
-    double to = m_zoom.offset + m_zoom.end + before;
-    if (to > value.TimeRange()) {
-        to = value.TimeRange();
-        from = to - length;
-    }
-    if (from < 0.0) {
-        from = 0.0;
-        to = length;
-    }
-    shown = {from - before, to - before};
-    if (m_recorded_section) {
-        // The curve still holds the whole recording; its buffer may have run on.
-        m_lines[axis]->ShowOwnWindow(from, to);
-        return;
-    }
-    // A window may reach beyond the newest sample while the buffer is not full.
-    const double held = static_cast<double>(value.StoredCount()) * m_cycle_time;
-    std::optional<SampleStretch> found;
-    if (from < held) {
-        found = value.FindDefineTimeRange(from, std::min(to, held), value.LatestTime());
-    }
-    // The curve looks at the buffer's own samples: a window costs nothing per sample.
-    m_lines[axis]->ShowWindow(value.Values(), found.value_or(SampleStretch()));
-}
-
-double GraphDraw::TimeBeforeDisplay(const GraphValue& value) const {
-    const double held = static_cast<double>(value.StoredCount()) * m_cycle_time;
-    return std::max(0.0, held - GraphTimeRange(m_graph));
 }
 
 void GraphDraw::ShowScale(double time_range) {
@@ -171,43 +157,53 @@ void GraphDraw::ShowFullScale() {
 }
 
 void GraphDraw::TakeSpanOrNew() {
-    if (!IsTimeGraph() && m_x_buffer.value != nullptr) {
-        if (m_x_buffer.full_refill) {
-            TakeRefill(m_x_buffer);
-        } else {
-            m_x_buffer.value->GetNewValues(m_x_buffer.values, m_x_buffer.start_time);
-        }
+    const StreamRows rows = Rows();
+    const bool refill = std::any_of(m_buffers.begin(), m_buffers.end(), [](const DrawBuffer& b) {
+        return b.value != nullptr && b.full_refill;
+    });
+    if (refill) {
+        Refill(rows);
+    } else {
+        TakeNew(rows);
     }
+}
+
+void GraphDraw::Refill(const StreamRows& rows) {
+    ShowFullScale();
     for (std::size_t i = 0; i < m_buffers.size(); ++i) {
-        DrawBuffer& buffer = m_buffers[i];
-        if (buffer.value == nullptr) {
-            continue;
+        if (m_buffers[i].value != nullptr) {
+            m_lines[i]->Empty();
+            m_buffers[i].full_refill = false;
         }
-        if (!buffer.full_refill) {
-            buffer.value->GetNewValues(buffer.values, buffer.start_time);
-            continue;
-        }
-        ShowFullScale();
-        m_lines[i]->Empty();
-        TakeRefill(buffer);
-        AlignToX(buffer);
-        buffer.full_refill = false;
     }
-    m_x_buffer.full_refill = m_x_buffer.full_refill && m_x_buffer.value == nullptr;
+    TakeRows(rows, RowsOfSpan(rows));
 }
 
-void GraphDraw::TakeRefill(DrawBuffer& buffer) const {
-    buffer.value->GetTimeRangeValues(buffer.values, GraphTimeRange(m_graph), buffer.start_time);
+void GraphDraw::TakeNew(const StreamRows& rows) {
+    const std::uint64_t first = rows.FirstNew();
+    if (!rows.NewValuesAreEven()) {
+        TakeRows(rows, {first, rows.Count() - first});
+    } else {
+        for (std::size_t i = 0; i <= m_buffers.size(); ++i) {
+            DrawBuffer& buffer = BufferOf(i);
+            if (buffer.value != nullptr) {
+                buffer.value->GetNewValues(buffer.values, buffer.start_time);
+                buffer.underived = rows.Underived(i, first, buffer.values.size());
+            }
+        }
+    }
+    // A stream that is younger than others goes on where they do.
+    const double start = rows.StartOfNew();
+    for (DrawBuffer& buffer : m_buffers) {
+        buffer.start_time = start;
+    }
+    m_x_buffer.start_time = start;
 }
 
-void GraphDraw::AlignToX(DrawBuffer& buffer) {
-    if (IsTimeGraph() || m_x_buffer.value == nullptr) {
-        return;
+void GraphDraw::LeaveOutUnderived() {
+    for (std::size_t i = 0; i <= m_buffers.size(); ++i) {
+        BufferOf(i).LeaveOutUnderived();
     }
-    // The buffers may reach back to different times; both end at the newest sample.
-    const std::size_t common = std::min(buffer.values.size(), m_x_buffer.values.size());
-    buffer.DropFront(buffer.values.size() - common);
-    m_x_buffer.DropFront(m_x_buffer.values.size() - common);
 }
 
 bool GraphDraw::IsTrigger(std::uint64_t& index) const {

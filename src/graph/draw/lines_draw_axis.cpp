@@ -137,16 +137,18 @@ void LinesDrawAxis::DrawLinesXIsTime(const std::vector<double>& values, double s
     DrawAllLinesXIsTime(kOwnColor, canvas);
 }
 
-void LinesDrawAxis::ShowWindow(const SampleRing& ring, const SampleStretch& stretch) {
-    m_curve.ShowWindow(ring, stretch);
+void LinesDrawAxis::ShowWindow(const SampleRing& ring, std::vector<RowPart> parts) {
+    m_curve.ShowWindow(ring, std::move(parts));
     FitScaleToWindow();
 }
 
 void LinesDrawAxis::ShowOwnWindow(double from, double to) {
+    // A window may reach beyond the newest sample.
     const std::uint64_t held = m_curve.HeldSamples();
-    const std::uint64_t end = ToCount(to / m_settings.cycle_time, held);
+    const std::uint64_t end = ToCount(to / m_settings.cycle_time, kMostPoints);
     const std::uint64_t count = ToCount((to - from) / m_settings.cycle_time, end);
-    m_curve.ShowOwnWindow({end - count, count});
+    const std::uint64_t first = std::min(end - count, held);
+    m_curve.ShowOwnWindow({first, std::min(end, held) - first});
     FitScaleToWindow();
 }
 

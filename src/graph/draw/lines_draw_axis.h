@@ -91,9 +91,9 @@ class LinesDrawAxis {
     /// drawing ends.
     void DrawLinesXIsTime(const std::vector<double>& values, double start_time, PlotCanvas* canvas);
 
-    /// Replaces the curve by a stretch of a ring, in the order of time, the first sample at 0, and
-    /// adapts an automatic scale to it. The ring is not owned and stays until KeepWindow or Empty.
-    void ShowWindow(const SampleRing& ring, const SampleStretch& stretch);
+    /// Replaces the curve by parts of a ring, in the order of time, row 0 at 0, and adapts an
+    /// automatic scale to them. The ring is not owned and stays until KeepWindow or Empty.
+    void ShowWindow(const SampleRing& ring, std::vector<RowPart> parts);
 
     /// The same for the times from `from` to `to`, seconds from the oldest sample that the curve
     /// holds.
@@ -120,10 +120,14 @@ class LinesDrawAxis {
 
     [[nodiscard]] std::uint64_t MaxPoints() const { return m_curve.MaxPoints(); }
     [[nodiscard]] std::size_t Size() const;
+    /// Samples over time that the curve holds itself, whatever a window shows.
+    [[nodiscard]] std::uint64_t HeldSamples() const { return m_curve.HeldSamples(); }
     /// The point at a place of the FIFO. REQUIRES: place < Size().
     [[nodiscard]] LinePoint Point(std::size_t place) const;
     [[nodiscard]] std::uint64_t WriteIndex() const { return m_curve.WriteIndex(); }
     [[nodiscard]] double SweepPosition() const { return m_curve.SweepPosition(); }
+    /// The samples over time, as stretches that follow one another by one cycle.
+    [[nodiscard]] std::vector<CurveRun> Runs() const { return m_curve.Runs(); }
 
     /// Copies the values of all points, oldest first; x values over an axis only.
     void GetYValues(std::vector<double>& out) const;

@@ -1,7 +1,9 @@
 #include "graph/draw/time_curve.h"
 
 #include <algorithm>
+#include <utility>
 
+#include "graph/values/missing_value.h"
 #include "support/diagnostics.h"
 
 namespace wavo {
@@ -100,8 +102,8 @@ void TimeCurve::ForgetOldAnchors() {
     }
 }
 
-void TimeCurve::ShowWindow(const SampleRing& ring, const SampleStretch& stretch) {
-    const bool same = m_window == &ring && m_window_stretch == stretch &&
+void TimeCurve::ShowWindow(const SampleRing& ring, std::vector<RowPart> parts) {
+    const bool same = m_window == &ring && m_window_parts == parts &&
                       m_window_appended == ring.Appended() && m_window_moves == ring.Moves();
     if (same) {
         return;
@@ -111,7 +113,7 @@ void TimeCurve::ShowWindow(const SampleRing& ring, const SampleStretch& stretch)
         m_pyramid.Clear();
         m_window = &ring;
     }
-    m_window_stretch = stretch;
+    m_window_parts = std::move(parts);
     m_window_appended = ring.Appended();
     m_window_moves = ring.Moves();
     ++m_version;
@@ -121,9 +123,10 @@ void TimeCurve::ShowOwnWindow(const SampleStretch& stretch) {
     if (m_window != nullptr && m_window != &m_own) {
         return;  // there are no samples of its own
     }
-    if (m_window == nullptr || m_window_stretch != stretch) {
+    std::vector<RowPart> parts{{0, stretch}};
+    if (m_window == nullptr || m_window_parts != parts) {
         m_window = &m_own;
-        m_window_stretch = stretch;
+        m_window_parts = std::move(parts);
         ++m_version;
     }
 }
@@ -143,15 +146,38 @@ void TimeCurve::KeepWindow() {
     }
     m_pyramid.Clear();
     m_window = &m_own;
-    m_window_stretch = {0, m_own.Size()};
+    m_window_parts = {{0, {0, m_own.Size()}}};
 }
 
 std::uint64_t TimeCurve::Size() const {
-    return m_window != nullptr ? m_window_stretch.count : m_own.Size();
+    if (m_window == nullptr) {
+        return m_own.Size();
+    }
+    std::uint64_t size = 0;
+    for (const RowPart& part : m_window_parts) {
+        size += part.samples.count;
+    }
+    return size;
 }
 
 SampleStretch TimeCurve::Stretch() const {
-    return m_window != nullptr ? m_window_stretch : SampleStretch{0, m_own.Size()};
+    if (m_window == nullptr) {
+        return {0, m_own.Size()};
+    }
+    if (m_window_parts.empty()) {
+        return {};
+    }
+    const std::uint64_t begin = m_window_parts.front().samples.position;
+    const SampleStretch& last = m_window_parts.back().samples;
+    return {begin, last.position + last.count - begin};
+}
+
+std::uint64_t TimeCurve::EndOfSteps() const {
+    if (m_window == nullptr) {
+        return m_max_points;
+    }
+    return m_window_parts.empty() ? 0
+                                  : m_window_parts.back().row + m_window_parts.back().samples.count;
 }
 
 std::uint64_t TimeCurve::PositionOf(std::uint64_t place) const {
@@ -159,12 +185,29 @@ std::uint64_t TimeCurve::PositionOf(std::uint64_t place) const {
     return place >= write_index ? place - write_index : place + Size() - write_index;
 }
 
+const RowPart& TimeCurve::PartOf(std::uint64_t& place) const {
+    auto part = m_window_parts.begin();
+    while (place >= part->samples.count) {
+        place -= part->samples.count;
+        ++part;
+    }
+    return *part;
+}
+
 double TimeCurve::Sample(std::uint64_t place) const {
-    return Ring()[Stretch().position + PositionOf(place)];
+    if (m_window != nullptr) {
+        const std::uint64_t position = PartOf(place).samples.position;
+        return Ring()[position + place];
+    }
+    return Ring()[PositionOf(place)];
 }
 
 double TimeCurve::Time(std::uint64_t place) const {
-    if (m_window == nullptr && m_mode != GraphMode::kContinuity) {
+    if (m_window != nullptr) {
+        const std::uint64_t row = PartOf(place).row;
+        return static_cast<double>(row + place) * m_step;
+    }
+    if (m_mode != GraphMode::kContinuity) {
         const std::uint64_t sequence = m_own.FirstSequence() + PositionOf(place);
         auto anchor = m_anchors.rbegin();
         while (anchor->sequence > sequence) {
@@ -196,8 +239,21 @@ bool TimeCurve::TimesAreSums() const {
 }
 
 void TimeCurve::CopySamples(std::vector<double>& out) const {
-    const SampleStretch stretch = Stretch();
-    Ring().CopyOut(out, stretch.position, stretch.count);
+    if (m_window == nullptr || m_window_parts.size() == 1) {
+        const SampleStretch stretch = Stretch();
+        Ring().CopyOut(out, stretch.position, stretch.count);
+        if (m_window != nullptr) {
+            out.insert(out.begin(), m_window_parts.front().row, NoSample());
+        }
+        return;
+    }
+    out.clear();
+    std::vector<double> samples;
+    for (const RowPart& part : m_window_parts) {
+        Ring().CopyOut(samples, part.samples.position, part.samples.count);
+        out.resize(part.row, NoSample());
+        out.insert(out.end(), samples.begin(), samples.end());
+    }
 }
 
 const MinMaxPyramid& TimeCurve::Pyramid() {
@@ -206,8 +262,16 @@ const MinMaxPyramid& TimeCurve::Pyramid() {
 }
 
 MinMax TimeCurve::FiniteExtremes() {
-    const SampleStretch stretch = Stretch();
-    return Pyramid().FiniteOf(Ring(), stretch.position, stretch.count);
+    if (m_window == nullptr) {
+        return Pyramid().FiniteOf(Ring(), 0, m_own.Size());
+    }
+    MinMax extremes;
+    for (const RowPart& part : m_window_parts) {
+        const MinMax range = Pyramid().FiniteOf(Ring(), part.samples.position, part.samples.count);
+        extremes.minimum = std::min(extremes.minimum, range.minimum);
+        extremes.maximum = std::max(extremes.maximum, range.maximum);
+    }
+    return extremes;
 }
 
 std::vector<CurveRun> TimeCurve::Runs() const {
@@ -215,10 +279,20 @@ std::vector<CurveRun> TimeCurve::Runs() const {
     if (size == 0) {
         return {};
     }
-    if (m_window != nullptr || m_mode == GraphMode::kContinuity) {
+    std::vector<CurveRun> runs;
+    if (m_window != nullptr) {
+        const std::uint64_t begin = Stretch().position;
+        for (const RowPart& part : m_window_parts) {
+            if (part.samples.count != 0) {
+                runs.push_back(
+                    {part.samples.position - begin, part.samples.count, part.row, false});
+            }
+        }
+        return runs;
+    }
+    if (m_mode == GraphMode::kContinuity) {
         return {{0, size, 0, false}};
     }
-    std::vector<CurveRun> runs;
     const std::uint64_t oldest = m_own.FirstSequence();
     std::uint64_t last_step = 0;
     for (std::size_t i = 0; i < m_anchors.size(); ++i) {

@@ -11,7 +11,8 @@
 // 3. In continuity mode times grow by addition of the step until the FIFO has scrolled once; from
 //    then on the time of a place is place x step.
 // 4. A window shows samples of another ring, or a part of the curve's own until Clear. Nothing is
-//    added while there is one.
+//    added while there is one. Its parts rise in rows and positions; between them the curve has a
+//    gap.
 #pragma once
 
 #include <cstddef>
@@ -24,6 +25,7 @@
 #include "graph/values/graph_value.h"
 #include "graph/values/min_max_pyramid.h"
 #include "graph/values/sample_ring.h"
+#include "graph/values/stream_rows.h"
 
 namespace wavo {
 
@@ -53,7 +55,11 @@ class TimeCurve {
 
     /// Shows a stretch of another ring, the first sample at time 0. The ring is not owned; it stays
     /// until the next window, Clear or KeepWindow.
-    void ShowWindow(const SampleRing& ring, const SampleStretch& stretch);
+    void ShowWindow(const SampleRing& ring, const SampleStretch& stretch) {
+        ShowWindow(ring, std::vector<RowPart>{{0, stretch}});
+    }
+    /// The same for several stretches; row 0 is time 0.
+    void ShowWindow(const SampleRing& ring, std::vector<RowPart> parts);
     /// Shows a stretch of the samples that the curve holds itself.
     void ShowOwnWindow(const SampleStretch& stretch);
     /// Copies what a window shows, before its ring goes.
@@ -71,10 +77,12 @@ class TimeCurve {
     /// Time of the newest sample of the sweep, seconds.
     [[nodiscard]] double SweepPosition() const { return static_cast<double>(m_sweep) * m_step; }
 
-    /// Copies all samples, oldest first.
+    /// Copies all samples, oldest first; of a window those of each row, NoSample() in its gaps.
     void CopySamples(std::vector<double>& out) const;
-    /// Smallest and largest finite sample.
+    /// Smallest and largest finite sample that is shown.
     [[nodiscard]] MinMax FiniteExtremes();
+    /// All samples stand at steps below this.
+    [[nodiscard]] std::uint64_t EndOfSteps() const;
 
     /// The ring whose samples are shown, and which of them. Positions of runs count from the
     /// stretch's first sample.
@@ -98,6 +106,8 @@ class TimeCurve {
     void Push(std::span<const double> samples);
     void ForgetOldAnchors();
     [[nodiscard]] std::uint64_t PositionOf(std::uint64_t place) const;
+    /// The part of the window that a place lies in; `place` counts from there then.
+    [[nodiscard]] const RowPart& PartOf(std::uint64_t& place) const;
 
     GraphMode m_mode;
     double m_step;
@@ -106,7 +116,7 @@ class TimeCurve {
     SampleRing m_own;
     MinMaxPyramid m_pyramid;
     const SampleRing* m_window = nullptr;
-    SampleStretch m_window_stretch;
+    std::vector<RowPart> m_window_parts;
     std::uint64_t m_window_appended = 0;  // of the window's ring when it was shown last
     std::uint64_t m_window_moves = 0;
     std::int64_t m_sweep = -1;        // step that the next sample follows; -1: it begins at 0

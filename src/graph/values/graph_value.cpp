@@ -70,6 +70,21 @@ void GraphValue::SetEnabled(bool enabled) {
 void GraphValue::ForgetHistory() {
     m_values.CloseRun();  // a run of a derived stream needs the history
     m_history.clear();
+    BeginDerivation();
+}
+
+void GraphValue::BeginDerivation() {
+    if (m_derivation_order >= 1) {
+        m_lines.BeginDerivation(m_values.Appended());
+    }
+}
+
+void GraphValue::ExpectLine(std::int64_t line) {
+    if (!m_enabled) {
+        return;
+    }
+    m_lines.Expect(m_values.Appended(), line);
+    m_lines.ForgetBefore(std::min(m_values.FirstSequence(), m_new_begin));
 }
 
 void GraphValue::SetValueAtRunEnd(double sample) {
@@ -197,6 +212,7 @@ void GraphValue::Reset() {
     m_stored_base_appended = 0;
     ForgetNewValues();
     m_history.clear();
+    m_lines.Clear();
 }
 
 void GraphValue::GrowTimeRange(double time_range) {
@@ -208,6 +224,7 @@ void GraphValue::GrowTimeRange(double time_range) {
     m_values.SetExpectedSize(m_capacity);
     ForgetNewValues();
     m_history.clear();
+    BeginDerivation();
 }
 
 void GraphValue::ForgetNewValues() {
@@ -243,16 +260,24 @@ void GraphValue::EmptyNewValues() {
     OpenRun();
 }
 
-void GraphValue::GetTimeRangeValues(std::vector<double>& out, double span,
-                                    double& start_time) const {
+double GraphValue::StartOfSpan(double span) const {
     const double newest = m_cycle_time * PushedCount();
     const double oldest = m_cycle_time * DroppedCount();
-    const double start = span > newest - oldest ? oldest : newest - span;
-    const auto wanted = TruncateToCount<std::uint32_t>((newest - start) / m_cycle_time);
+    return span > newest - oldest ? oldest : newest - span;
+}
+
+std::uint64_t GraphValue::CountOfSpan(double span) const {
+    const double newest = m_cycle_time * PushedCount();
+    const auto wanted = TruncateToCount<std::uint32_t>((newest - StartOfSpan(span)) / m_cycle_time);
     // The quotient is rounded and may exceed what is held.
-    const std::size_t count = std::min<std::size_t>(wanted, m_values.Size());
+    return std::min<std::uint64_t>(wanted, m_values.Size());
+}
+
+void GraphValue::GetTimeRangeValues(std::vector<double>& out, double span,
+                                    double& start_time) const {
+    const auto count = static_cast<std::size_t>(CountOfSpan(span));
     m_values.CopyOut(out, m_values.Size() - count, count);
-    start_time = start;
+    start_time = StartOfSpan(span);
 }
 
 void GraphValue::GetDefineTimeRangeValue(std::vector<double>& out, double from, double to,
@@ -266,7 +291,8 @@ void GraphValue::GetDefineTimeRangeValue(std::vector<double>& out, double from, 
     m_range_result = out;
 }
 
-std::optional<SampleStretch> GraphValue::FindDefineTimeRange(double from, double to, double now) {
+std::optional<SampleStretch> GraphValue::FindDefineTimeRange(double from, double to, double now,
+                                                             std::uint64_t held) {
     if (m_first_range_request) {
         m_reference_time = now;
         m_first_range_request = false;
@@ -283,14 +309,13 @@ std::optional<SampleStretch> GraphValue::FindDefineTimeRange(double from, double
         return std::nullopt;
     }
     double end_exact = end_time / m_cycle_time;
-    const auto size = static_cast<double>(m_values.Size());
+    const auto size = static_cast<double>(held);
     if (size - end_exact < 0.0) {
         end_exact = size - 1.0;
     }
     const auto end = TruncateToCount<std::uint64_t>(end_exact);
     const auto count = TruncateToCount<std::uint64_t>(count_exact);
     const std::uint64_t first = end >= count ? end - count : 0;
-    const std::uint64_t held = m_values.Size();
     return SampleStretch{first, std::min(end - first, held - std::min(first, held))};
 }
 

@@ -14,6 +14,7 @@
 // 5. A run of the value FIFO is open only while storing is all that a sample asks for: enabled,
 //    derivation history full, new values neither full nor copied aside. SetValue leaves its fast
 //    path where the run ends, and SetValueAtRunEnd decides.
+// 6. Streams miss lines of the master, each others: Lines() tells which line a sample came with.
 //
 // One thread; no locks.
 #pragma once
@@ -24,6 +25,7 @@
 #include <string>
 #include <vector>
 
+#include "graph/values/line_log.h"
 #include "graph/values/sample_ring.h"
 
 namespace wavo {
@@ -63,6 +65,10 @@ class GraphValue {
     /// them: one column of a batch of lines. Several times as fast.
     void SetValues(const double* samples, std::size_t count, std::size_t stride);
 
+    /// The next sample comes with this line of the master. To be told before each batch of lines;
+    /// samples of which nothing was told came with lines 0, 1, 2, ... Does nothing while disabled.
+    void ExpectLine(std::int64_t line);
+
     /// Empties the buffer and recomputes the capacity.
     void Reset();
 
@@ -75,6 +81,9 @@ class GraphValue {
     /// is that of the first, seconds. A span longer than what is held gives all.
     void GetTimeRangeValues(std::vector<double>& out, double span, double& start_time) const;
 
+    /// The number of samples that GetTimeRangeValues gives.
+    [[nodiscard]] std::uint64_t CountOfSpan(double span) const;
+
     /// Copies the samples between the times `from` and `to` (seconds, counted from the oldest
     /// sample held) to `out`. `now` is latched by the first request. A request that cannot be
     /// served gives the result of the last one that could.
@@ -82,7 +91,12 @@ class GraphValue {
 
     /// Where the samples stand in Values() that GetDefineTimeRangeValue would copy; nothing is
     /// copied and no result kept. Nothing for a request that cannot be served.
-    std::optional<SampleStretch> FindDefineTimeRange(double from, double to, double now);
+    std::optional<SampleStretch> FindDefineTimeRange(double from, double to, double now) {
+        return FindDefineTimeRange(from, to, now, m_values.Size());
+    }
+    /// The same among `held` samples, for streams that are looked at together.
+    std::optional<SampleStretch> FindDefineTimeRange(double from, double to, double now,
+                                                     std::uint64_t held);
 
     /// Makes the next GetDefineTimeRangeValue latch its reference time again.
     void MarkFirstRangeRequest() { m_first_range_request = true; }
@@ -113,6 +127,10 @@ class GraphValue {
     /// set, so this is the pushed count.
     [[nodiscard]] double TotalCount() const { return PushedCount(); }
     [[nodiscard]] double FirstNewIndex() const;
+    /// Sequence number of the first of the new values, or of the next sample when there are none.
+    [[nodiscard]] std::uint64_t FirstNewSequence() const { return m_new_begin; }
+    /// The lines of the samples, by their sequence numbers.
+    [[nodiscard]] const LineLog& Lines() const { return m_lines; }
     [[nodiscard]] const SampleRing& Values() const { return m_values; }
     /// Number of the samples that GetNewValues gives.
     [[nodiscard]] std::uint64_t NewCount() const;
@@ -133,6 +151,10 @@ class GraphValue {
     /// No memory for one sample more: the buffer goes on with the capacity that it has.
     void CapacityBecomesSize();
     void ForgetNewValues();
+    /// The next sample has no earlier ones to be derived from.
+    void BeginDerivation();
+    /// The time, seconds, of the first sample of the most recent span.
+    [[nodiscard]] double StartOfSpan(double span) const;
 
     /// The value to store for a raw sample while the history fills.
     double DeriveAtStart(double sample);
@@ -175,6 +197,7 @@ class GraphValue {
     bool m_new_values_aside = false;   // the new values stand in m_new_values
     std::vector<double> m_new_values;  // used only while they are aside
 
+    LineLog m_lines;
     std::vector<double> m_history;  // the last raw samples, oldest first, at most order many
     bool m_first_range_request = true;
     std::vector<double> m_range_result;

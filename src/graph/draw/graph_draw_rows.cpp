@@ -1,0 +1,227 @@
+// What a graph takes of its streams, side by side: a row is a line of the master.
+#include <algorithm>
+#include <optional>
+
+#include "graph/draw/graph_draw.h"
+#include "graph/draw/sweep.h"
+#include "graph/values/missing_value.h"
+#include "support/diagnostics.h"
+
+namespace wavo {
+
+namespace {
+
+/// Drops the rows that one of the columns has no sample of. REQUIRES: columns of one length.
+void KeepFullRows(std::vector<std::vector<double>>& columns) {
+    const std::size_t rows = columns.empty() ? 0 : columns.front().size();
+    std::size_t kept = 0;
+    for (std::size_t row = 0; row < rows; ++row) {
+        if (std::any_of(columns.begin(), columns.end(),
+                        [row](const auto& column) { return IsNoSample(column[row]); })) {
+            continue;
+        }
+        if (kept != row) {
+            for (std::vector<double>& column : columns) {
+                column[kept] = column[row];
+            }
+        }
+        ++kept;
+    }
+    for (std::vector<double>& column : columns) {
+        column.resize(kept);
+    }
+}
+
+}  // namespace
+
+StreamRows GraphDraw::Rows() const {
+    std::vector<const GraphValue*> streams;
+    for (const DrawBuffer& buffer : m_buffers) {
+        streams.push_back(buffer.value);
+    }
+    streams.push_back(m_x_buffer.value);
+    return StreamRows(streams);
+}
+
+GraphDraw::DrawBuffer& GraphDraw::BufferOf(std::size_t stream) {
+    return stream < m_buffers.size() ? m_buffers[stream] : m_x_buffer;
+}
+
+SampleStretch GraphDraw::RowsOfSpan(const StreamRows& rows) const {
+    SampleStretch span;
+    span.count = rows.CountOfSpan(GraphTimeRange(m_graph));
+    span.position = rows.Count() - span.count;
+    if (!IsTimeGraph() && m_x_buffer.value != nullptr) {
+        // A point has two values.
+        const std::uint64_t first = std::max(span.position, rows.FirstOfAll());
+        span.count -= first - span.position;
+        span.position = first;
+    }
+    return span;
+}
+
+void GraphDraw::TakeRows(const StreamRows& rows, const SampleStretch& taken) {
+    for (std::size_t i = 0; i <= m_buffers.size(); ++i) {
+        DrawBuffer& buffer = BufferOf(i);
+        if (buffer.value != nullptr) {
+            rows.Copy(i, taken.position, taken.count, buffer.values);
+            buffer.underived = rows.Underived(i, taken.position, taken.count);
+        }
+    }
+}
+
+double GraphDraw::TimeBeforeDisplay(const StreamRows& rows) const {
+    const double held = static_cast<double>(rows.Count()) * m_cycle_time;
+    return std::max(0.0, held - GraphTimeRange(m_graph));
+}
+
+double GraphDraw::LongestRange() const {
+    double longest = 0.0;
+    for (const GraphValue* value : Values()) {
+        longest = std::max(longest, value->TimeRange());
+    }
+    return longest;
+}
+
+TimeWindow GraphDraw::WindowInRows(double before) const {
+    const double length = m_zoom.end - m_zoom.start;
+    double from = m_zoom.offset + m_zoom.start + before;
+    double to = m_zoom.offset + m_zoom.end + before;
+    double longest = LongestRange();
+    if (m_recorded_section && !m_lines.empty()) {
+        // The batch that the trigger fired in is recorded besides the range.
+        const auto held = static_cast<double>(m_lines.front()->HeldSamples());
+        longest = std::max(longest, held * m_cycle_time);
+    }
+    if (to > longest) {
+        to = longest;
+        from = to - length;
+    }
+    if (from < 0.0) {
+        from = 0.0;
+        to = length;
+    }
+    return {from, to};
+}
+
+bool GraphDraw::ShowsRecording() const {
+    // While a graph waits again, its last recording may still be seen.
+    return m_run_state == RunState::kRunningAfterStart ||
+           m_run_state == RunState::kStoppedAfterStart ||
+           m_run_state == RunState::kStoppedAfterStop ||
+           (m_run_state == RunState::kWaitingForStart && !m_lines.empty() &&
+            m_lines.front()->Size() > 0);
+}
+
+TimeWindow GraphDraw::ZoomSpanOf(const TimeWindow& marked) const {
+    if (!IsTimeGraph() || m_zoom.active || m_graph.Mode == GraphMode::kContinuity ||
+        m_lines.empty()) {
+        return marked;
+    }
+    const LinesDrawAxis& line = *m_lines.front();  // all curves sweep together
+    const std::optional<TimeWindow> shown = StretchOfPlaces(line.Runs(), m_cycle_time, marked);
+    if (!shown.has_value()) {
+        return marked;
+    }
+    double oldest = 0.0;  // of the curve, where SetZoomRange counts from
+    if (!ShowsRecording()) {
+        const StreamRows rows = Rows();
+        oldest =
+            (static_cast<double>(rows.Count()) - static_cast<double>(line.Size())) * m_cycle_time -
+            TimeBeforeDisplay(rows);
+    }
+    const TimeWindow span{std::max(0.0, shown->start + oldest), shown->end + oldest};
+    return span.end > span.start ? span : marked;
+}
+
+bool GraphDraw::ShowsBuffers() const {
+    return m_run_state != RunState::kStoppedAfterStart &&
+           m_run_state != RunState::kStoppedAfterStop && !(Zoomed() && m_recorded_section);
+}
+
+std::optional<std::size_t> GraphDraw::StreamOf(const std::string& axis_name) const {
+    const auto& names = m_graph.YCoorAxName;
+    const auto found = std::find(names.begin(), names.end(), axis_name);
+    if (found != names.end()) {
+        return static_cast<std::size_t>(found - names.begin());
+    }
+    if (!IsTimeGraph() && axis_name == m_graph.XCoorAxName) {
+        return m_buffers.size();
+    }
+    MERRLOG("GraphDraw::GetAxValues(): unknown axis: %s", axis_name.c_str());
+    return std::nullopt;
+}
+
+void GraphDraw::CurveValues(std::size_t stream, std::vector<double>& values) const {
+    if (stream < m_lines.size()) {
+        m_lines[stream]->GetYValues(values);
+    } else if (!m_lines.empty()) {
+        m_lines.front()->GetXValues(values);
+    }
+}
+
+bool GraphDraw::GetAxValues(const std::string& axis_name, std::vector<double>& values) const {
+    values.clear();
+    const std::optional<std::size_t> stream = StreamOf(axis_name);
+    if (!stream.has_value()) {
+        return false;
+    }
+    const GraphValue* const value =
+        *stream < m_buffers.size() ? m_buffers[*stream].value : m_x_buffer.value;
+    if (!Zoomed() && ShowsBuffers() && value != nullptr) {
+        double start_time = 0.0;
+        value->GetTimeRangeValues(values, GraphTimeRange(m_graph), start_time);
+    } else {
+        CurveValues(*stream, values);
+    }
+    return true;
+}
+
+void GraphDraw::GetAxRows(const std::vector<std::string>& axis_names,
+                          std::vector<std::vector<double>>& columns) const {
+    columns.assign(axis_names.size(), {});
+    std::vector<std::size_t> streams;
+    for (const std::string& name : axis_names) {
+        if (const std::optional<std::size_t> stream = StreamOf(name)) {
+            streams.push_back(*stream);
+        }
+    }
+    if (streams.size() != axis_names.size()) {
+        return;  // there is no line that all of them hold
+    }
+    const bool attached = std::all_of(streams.begin(), streams.end(), [this](std::size_t stream) {
+        return (stream < m_buffers.size() ? m_buffers[stream].value : m_x_buffer.value) != nullptr;
+    });
+    if (attached && ShowsBuffers() && Zoomed() == m_window_taken) {
+        const StreamRows rows = Rows();
+        const SampleStretch shown = Zoomed() ? m_window_rows : RowsOfSpan(rows);
+        for (std::size_t i = 0; i < streams.size(); ++i) {
+            rows.Copy(streams[i], shown.position, shown.count, columns[i]);
+            for (const SampleStretch& none :
+                 rows.Underived(streams[i], shown.position, shown.count)) {
+                std::fill_n(columns[i].begin() + static_cast<std::ptrdiff_t>(none.position),
+                            none.count, kNoValue);
+            }
+        }
+    } else {
+        for (std::size_t i = 0; i < streams.size(); ++i) {
+            CurveValues(streams[i], columns[i]);
+        }
+    }
+    const auto shortest =
+        std::min_element(columns.begin(), columns.end(),
+                         [](const auto& a, const auto& b) { return a.size() < b.size(); });
+    const std::size_t common = shortest == columns.end() ? 0 : shortest->size();
+    for (std::vector<double>& column : columns) {
+        // The rows of a window begin together, those of curves end together.
+        const auto surplus = static_cast<std::ptrdiff_t>(column.size() - common);
+        if (Zoomed()) {
+            column.resize(common);
+        } else {
+            column.erase(column.begin(), column.begin() + surplus);
+        }
+    }
+    KeepFullRows(columns);
+}
+
+}  // namespace wavo
