@@ -189,9 +189,9 @@ TEST(StreamRowsOf, AStreamThatIsResetBeginsInTheMiddleOfOthers) {
 
 // A model that remembers, per stream, which lines it holds with what value, and which of these are
 // zeros for want of earlier samples.
-class Model {
+class RowModel {
  public:
-    explicit Model(unsigned seed) : m_random(seed) {
+    explicit RowModel(unsigned seed) : m_random(seed) {
         for (int i = 0; i < 3; ++i) {
             Add();
         }
@@ -361,7 +361,7 @@ class Model {
 TEST(StreamRowsOf, AnyStreamsAreAsTheirLinesSay) {
     const testing::ExpectAnyErrorLog overruns;
     for (unsigned seed = 0; seed < 60; ++seed) {
-        Model model(seed);
+        RowModel model(seed);
         for (int step = 0; step < 120; ++step) {
             model.Live();
             model.Compare();
