@@ -22,9 +22,8 @@ function(wavo_flags target)
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
     # The same where a compiler cache has made them relative to the build folder.
     -ffile-prefix-map=${relative_source_folder}/=
-    # GCC 12 sees overlapping and endless copies inside std::string where there are none.
+    # GCC 12 sees overlapping copies inside std::string where there are none.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow>
     $<$<COMPILE_LANGUAGE:CXX>:-Werror=switch>)
   if(WAVO_WERROR)
     target_compile_options(${target} PRIVATE -Werror)

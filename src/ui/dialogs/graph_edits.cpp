@@ -105,7 +105,8 @@ std::optional<std::size_t> FindYAxis(const WavoGraph& graph, const std::string& 
 std::string YAxesText(const WavoGraph& graph) {
     std::string text;
     for (std::size_t i = 0; i < graph.YCoorAxName.size(); ++i) {
-        text += (i == 0 ? "" : ",") + AxisLabel(graph.YCoorAxName[i], DerivationOf(graph, i));
+        text += i == 0 ? "" : ",";
+        text += AxisLabel(graph.YCoorAxName[i], DerivationOf(graph, i));
     }
     return text;
 }
