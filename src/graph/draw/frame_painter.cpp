@@ -137,7 +137,7 @@ void PaintTexts(QPainter& painter, const FrameLayout& layout, const LabelMetrics
         const QRect& slot = layout.low ? low.y[i] : layout.y_slots[i];
         const SlotPlaces places = PlaceSlot(slot, metrics.gap, TextWidth(font_metrics, label.text),
                                             TextWidth(font_metrics, label.spacing));
-        const QColor color = Readable(label.color, colors.background, colors.label_contrast);
+        const QColor color = ShownColor(label.color, colors.background, kTextContrast);
         const auto alignment = Qt::AlignLeft | Qt::AlignVCenter;
         if (layout.low) {
             PaintText(painter, slot, LowText(label.alone, font_metrics, slot.width()), color,
