@@ -1,6 +1,7 @@
 #include "view/graph_picture.h"
 
 #include <QPainter>
+#include <cmath>
 
 #include "graph/draw/display_settings.h"
 #include "support/diagnostics.h"
@@ -14,6 +15,13 @@ void GraphPicture::Resize(const QSize& size, qreal device_pixel_ratio) {
     m_image.setDevicePixelRatio(device_pixel_ratio);
     m_band.Forget();
     m_blank = true;
+}
+
+int GraphPicture::EndOfGraphs(const BandText& text) {
+    const double ratio = m_image.devicePixelRatio();
+    const QRect band = m_band.Band(m_image, text);
+    const int end = band.isEmpty() ? m_image.height() : band.top();
+    return static_cast<int>(std::floor(end / ratio));
 }
 
 void GraphPicture::Draw(GraphBoard& board, ColorRef background, bool restart,

@@ -1,4 +1,4 @@
-// The off-screen picture of all graphs, with the additional text over its bottom. Drawing is one
+// The off-screen picture of all graphs, with the additional text at its bottom. Drawing is one
 // step that takes the new values; exposing only copies the picture.
 #pragma once
 
@@ -27,7 +27,11 @@ class GraphPicture {
     /// The graphs are others: the next step draws the whole picture.
     void Invalidate() { m_blank = true; }
 
-    /// One drawing step; `text` stands over the graphs afterwards. With `restart` all buffers are
+    /// The row, device-independent pixels, where the band of `text` begins: graphs end above it.
+    /// The height of the picture without a text.
+    [[nodiscard]] int EndOfGraphs(const BandText& text);
+
+    /// One drawing step; `text` stands at the bottom afterwards. With `restart` all buffers are
     /// reset first and the graphs begin anew.
     void Draw(GraphBoard& board, ColorRef background, bool restart, const BandText& text = {});
 

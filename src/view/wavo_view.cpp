@@ -256,12 +256,25 @@ QRect CWavoView::GraphArea() const {
     return area;
 }
 
+BandText CWavoView::AdditionalText() const {
+    return {m_files.AdditionalText(), m_settings.font, ComplementColor(m_settings.background)};
+}
+
+QRect CWavoView::AreaAboveText() {
+    QRect area = GraphArea();
+    if (!m_files.AdditionalText().empty() && !m_picture.IsEmpty()) {
+        area.setBottom(std::min(area.bottom(), m_picture.EndOfGraphs(AdditionalText()) - 1));
+    }
+    return area;
+}
+
 void CWavoView::LayOut() {
     if (IsGraphEditorShown()) {
         m_editor->setGeometry(0, 0, width(), m_editor->heightForWidth(width()));
     }
     const std::lock_guard guard(m_graph_lock);
-    m_board.Layout(GraphArea());
+    m_laid_out = AreaAboveText();
+    m_board.Layout(m_laid_out);
     m_picture.Invalidate();
 }
 
@@ -281,11 +294,12 @@ void CWavoView::DrawAndShow() {
         if (m_picture.Image().devicePixelRatio() != devicePixelRatioF()) {
             m_picture.Resize(size(), devicePixelRatioF());  // moved to another screen
         }
+        if (AreaAboveText() != m_laid_out) {
+            LayOut();  // there is another text, or none
+        }
         const bool could_start = m_run_control.CanStartAfterTrigger();
         m_drawing = true;
-        m_picture.Draw(
-            m_board, m_settings.background, m_restart,
-            {m_files.AdditionalText(), m_settings.font, ComplementColor(m_settings.background)});
+        m_picture.Draw(m_board, m_settings.background, m_restart, AdditionalText());
         m_restart = false;
         m_drawing = false;
         if (m_run_control.CanStartAfterTrigger() != could_start) {
@@ -313,7 +327,8 @@ void CWavoView::RebuildGraphs() {
     m_keys.Cancel();
     {
         const std::lock_guard guard(m_graph_lock);
-        m_board.CreateAllGraphRects(GraphArea(), m_cycle.CycleTime(), m_cycle.AxisNames(),
+        m_laid_out = AreaAboveText();
+        m_board.CreateAllGraphRects(m_laid_out, m_cycle.CycleTime(), m_cycle.AxisNames(),
                                     m_settings);
         m_picture.Invalidate();
     }

@@ -181,6 +181,9 @@ class CWavoView : public QWidget,
     std::int64_t OnAppMessage(const AppMessageEvent& message);
     /// Puts the editor to the top and the graphs below it.
     void LayOut();
+    [[nodiscard]] BandText AdditionalText() const;
+    /// The graph area without the band of the additional text.
+    [[nodiscard]] QRect AreaAboveText();
     void ShowOrHideGraphEditor(bool show);
     void ClearZoomHistory();
     void TellZoom(const GraphDraw& drawer);
@@ -220,6 +223,7 @@ class CWavoView : public QWidget,
     ViewKeys m_keys;
     GraphPrinter m_printer;
     GraphPicture m_picture;
+    QRect m_laid_out;  ///< where the graphs were placed last
     ZoomHistory m_zoom_history;
     bool m_ready_for_painting = false;  // set by OnInitialUpdate
     bool m_restart = false;             // the next drawing step starts all graphs anew

@@ -56,6 +56,27 @@ QImage AxisGuidingCircles() {
     return PictureOf(graph, Loops(200));
 }
 
+/// As low as one of seven graphs on a small screen, with so many device pixels per pixel.
+QImage SmallCircle(double ratio) {
+    WavoGraph graph =
+        Path(AxisDrawMode::kLines, ManualScale(-100.0, 100.0), ManualScale(-100.0, 100.0));
+    graph.AutoCircle = true;
+    graph.InnerGuidingCircleDX = 40.0;
+    graph.OuterGuidingCircleDX = 80.0;
+    graph.UpdateGuidingCircles();
+    ScopeLooks looks = Looks(QSize(300, 52));
+    looks.ratio = ratio;
+    return PictureOf(graph, {Sine(400, 200.0, 60.0), Sine(400, 200.0, 60.0, 0.0, 0.25)}, looks);
+}
+
+QImage SmallCircle1() {
+    return SmallCircle(1.0);
+}
+
+QImage SmallCircle15() {
+    return SmallCircle(1.5);
+}
+
 }  // namespace
 
 std::vector<Scene> AxisScenes() {
@@ -65,6 +86,8 @@ std::vector<Scene> AxisScenes() {
         {"axis_zero_lines", &AxisZeroLines},
         {"axis_automatic_scales", &AxisAutomaticScales},
         {"axis_guiding_circles", &AxisGuidingCircles},
+        {"axis_small_circle", &SmallCircle1},
+        {"axis_small_circle_hidpi_1_5", &SmallCircle15},
         {"axis_old_points_gone", &AxisOldPointsGone},
     };
 }

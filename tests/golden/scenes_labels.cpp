@@ -67,6 +67,26 @@ QImage State120() {
     return CurvesIn(1, QSize(120, 60), TriggerTypeCode::kStartAbove);
 }
 
+QImage LowWide() {
+    return CurvesIn(3, QSize(760, 44));
+}
+
+QImage Low400() {
+    return CurvesIn(3, QSize(400, 40));
+}
+
+QImage Low200() {
+    return CurvesIn(5, QSize(200, 30));
+}
+
+QImage LowState() {
+    return CurvesIn(2, QSize(640, 44), TriggerTypeCode::kStopAbove);
+}
+
+QImage Lowest() {
+    return CurvesIn(2, QSize(400, 24));
+}
+
 WavoGraph LongNames() {
     WavoGraph graph = TimeGraph(4.0);
     AddCurve(graph, "ActualPositionOfTheUpperMillingSpindleCarrier", kYellow,
@@ -150,6 +170,11 @@ std::vector<Scene> LabelScenes() {
         {"labels_one_curve_120x60", &OneCurve120},
         {"labels_state_200x80", &State200},
         {"labels_state_120x60", &State120},
+        {"labels_low_760x44", &LowWide},
+        {"labels_low_400x40", &Low400},
+        {"labels_low_200x30", &Low200},
+        {"labels_low_state_640x44", &LowState},
+        {"labels_lowest_400x24", &Lowest},
         {"labels_long_names_480x160", &LongNames480},
         {"labels_long_names_200x100", &LongNames200},
         {"labels_long_names_over_axis", &LongNamesOverAxis},

@@ -50,6 +50,24 @@ QImage CurvesLikeTheBackground() {
                      Looks(QSize(400, 140), QColor(0x80, 0x80, 0x80)));
 }
 
+/// What is printed on white paper of curves that were chosen for a dark screen.
+QImage LightCurvesOnWhite() {
+    WavoGraph graph = TimeGraph(4.0);
+    graph.ZeroLines = true;
+    AddCurve(graph, "white", 0xFFFFFF, ManualScale(-10.0, 10.0));
+    AddCurve(graph, "yellow", 0x00FFFF, ManualScale(-10.0, 10.0));
+    AddCurve(graph, "cyan", 0xFFFF00, ManualScale(-10.0, 10.0));
+    return PictureOf(graph, {Sine(400, 200.0, 8.0), Sine(400, 130.0, 8.0), Sine(400, 90.0, 6.0)},
+                     Looks(QSize(480, 140), Qt::white));
+}
+
+QImage WhitePathOnWhite() {
+    WavoGraph graph = AxisGraph(4.0, ManualScale(-100.0, 100.0), ManualScale(-100.0, 100.0));
+    graph.YCoorAxColor = {0xFFFFFF};
+    return PictureOf(graph, {Sine(300, 200.0, 70.0), Sine(300, 200.0, 70.0, 0.0, 0.25)},
+                     Looks(QSize(240, 160), Qt::white));
+}
+
 QImage WaitingOnWhite() {
     WavoGraph graph = TimeGraph(1.0);
     AddCurve(graph, "X", 0x000000, ManualScale(-10.0, 10.0));
@@ -81,6 +99,8 @@ std::vector<Scene> LooksScenes() {
         {"background_grey", &OnGrey},
         {"background_blue", &OnBlue},
         {"curves_like_the_background", &CurvesLikeTheBackground},
+        {"curves_light_on_white", &LightCurvesOnWhite},
+        {"axis_white_on_white", &WhitePathOnWhite},
         {"state_waiting_on_white", &WaitingOnWhite},
         {"hidpi_2", &HiDpi2},
         {"among_others", &AmongOthers},

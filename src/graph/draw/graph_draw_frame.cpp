@@ -81,7 +81,7 @@ GraphDraw::FrameLines GraphDraw::LinesNow() const {
     }
     for (const auto& line : m_lines) {
         const std::optional<std::int32_t> row = ZeroPixel(Coordinate::kY, line->YLines());
-        const QColor color = Blend(m_colors.background, ToQColor(line->Color()), kZeroLinePart);
+        const QColor color = Blend(m_colors.background, line->ShownColor(), kZeroLinePart);
         if (row.has_value() && !lines.zero_rows.emplace(*row, color.rgb()).second) {
             lines.zero_rows[*row] = m_colors.shared_zero_line.rgb();
         }
@@ -105,12 +105,12 @@ void GraphDraw::DrawFrameLines() {
     }
     if (m_drawn_lines.zero_column.has_value()) {
         const QColor color =
-            Blend(m_colors.background, ToQColor(m_lines.front()->Color()), kZeroLinePart);
+            Blend(m_colors.background, m_lines.front()->ShownColor(), kZeroLinePart);
         PaintZeroLine(painter, Coordinate::kX, *m_drawn_lines.zero_column, m_device_plot, color);
     }
     if (!m_lines.empty()) {
         PaintCircles(painter, m_device_plot, m_drawn_lines.circles,
-                     CircleColor(m_colors, ToQColor(m_lines.front()->Color())), m_device_ratio);
+                     CircleColor(m_colors, m_lines.front()->ShownColor()), m_device_ratio);
     }
     PaintBorder(painter, m_device_plot, m_colors);
 }

@@ -176,6 +176,7 @@ void GraphDraw::Refill(const StreamRows& rows) {
             m_buffers[i].full_refill = false;
         }
     }
+    m_x_buffer.full_refill = m_x_buffer.full_refill && m_x_buffer.value == nullptr;
     TakeRows(rows, RowsOfSpan(rows));
 }
 

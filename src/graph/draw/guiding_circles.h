@@ -50,9 +50,9 @@ GuidingCircles PlaceCircles(const WavoGraph& graph, const ScaleLines& vertical,
 /// The largest plot area in the middle of `available` in which one x unit is as long as one y unit,
 /// so that circles are round. `available` itself for a graph in which nothing has to be round (no
 /// automatic circle or none that is set, over time, a scale that follows the values), that has zero
-/// outside a scale (a part of a circle is not seen to be round), or whose plot area would become
-/// narrower or lower than kLeastRoundSide. Logical pixels.
-inline constexpr int kLeastRoundSide = 40;
+/// outside a scale (a part of a circle is not seen to be round), or in which the circle would have
+/// no room (kLeastRoundSide) however it is drawn. Pixels, of whatever kind.
+inline constexpr int kLeastRoundSide = 3;
 QRect RoundPlot(const QRect& available, const WavoGraph& graph);
 
 /// The colour for circles that stands out from the curve.

@@ -14,6 +14,21 @@ constexpr int kSmallWidth = 60;
 /// Parts of a slot that range and name take, and the name alone; percent.
 constexpr int kRangePercent = 50;
 constexpr int kNamePercent = 25;
+/// Lower than so many text lines, a graph has one line for all texts.
+constexpr int kLowLines = 4;
+/// Room above and below the letters of a text line, which a low line does without.
+constexpr int kLeading = 4;
+/// Less height than this is no plot area.
+constexpr int kLeastPlot = 4;
+
+/// The height of the text line of a graph too low for more; 0 when there is no room for one either.
+int LowLineHeight(int height, int line_height) {
+    if (line_height <= 0 || height >= kLowLines * line_height) {
+        return 0;
+    }
+    const int room = height - kBareMargin - kLeastPlot;
+    return room >= line_height - kLeading ? std::min(line_height, room) : 0;
+}
 
 /// Whether the plot area keeps half of the height beside so many text lines.
 bool LinesFit(int height, int line_height, int lines) {
@@ -61,6 +76,14 @@ FrameLayout LayoutFrame(const QRect& rectangle, const LabelMetrics& metrics, int
     const int inner_width = rectangle.width() - 2 * side;
     const int height = rectangle.height();
 
+    const int low_line = wide && y_axes > 0 ? LowLineHeight(height, metrics.line_height) : 0;
+    if (low_line > 0) {
+        layout.low = true;
+        layout.top_line = QRect(inner_left, rectangle.top(), inner_width, low_line);
+        layout.plot = QRect(inner_left, rectangle.top() + low_line, inner_width,
+                            height - low_line - kBareMargin);
+        return layout;
+    }
     const bool top = wide && LinesFit(height, metrics.line_height, 1);
     int rows = 0;
     int columns = 1;
@@ -114,6 +137,47 @@ TopLinePlaces PlaceTopLine(const QRect& line, int gap, int x_text_width, int sta
         if (x_spacing_width <= side_room) {
             places.x_spacing = place(width - x_spacing_width, x_spacing_width);
         }
+    }
+    return places;
+}
+
+LowLinePlaces PlaceLowLine(const QRect& line, const LabelMetrics& metrics, int x_text_width,
+                           int status_width, int x_spacing_width, int y_axes) {
+    LowLinePlaces places;
+    places.y.resize(static_cast<std::size_t>(std::max(y_axes, 0)));
+    if (line.isEmpty() || y_axes <= 0) {
+        return places;
+    }
+    const auto place = [&line](int offset, int width) {
+        return width > 0 ? QRect(line.left() + offset, line.top(), width, line.height()) : QRect();
+    };
+    const auto with_gap = [&metrics](int width) { return width > 0 ? width + metrics.gap : 0; };
+    const int wanted = y_axes * (metrics.slot_width * kRangePercent / 100 + metrics.gap);
+    const int least = y_axes * (metrics.minimum_slot + metrics.gap);
+    int begin = with_gap(x_text_width);
+    int end = line.width();
+    if (begin + wanted + with_gap(status_width) + with_gap(x_spacing_width) <= end) {
+        places.top.x_text = place(0, x_text_width);
+        places.top.x_spacing = place(end - x_spacing_width, x_spacing_width);
+        end -= with_gap(x_spacing_width);
+    } else if (begin + wanted + with_gap(status_width) <= end) {
+        places.top.x_text = place(0, x_text_width);
+    } else {
+        begin = 0;
+    }
+    const int status_room = std::min(status_width, end - begin - least - metrics.gap);
+    if (status_room >= std::min(status_width, metrics.minimum_slot) && status_width > 0) {
+        // In the middle of the line where that leaves the y axes their room.
+        const int rightmost = end - status_room;
+        const int offset = std::clamp((line.width() - status_room) / 2,
+                                      std::min(begin + wanted, rightmost), rightmost);
+        places.top.status = place(offset, status_room);
+        end = offset - metrics.gap;
+    }
+    const int pitch = std::min((end - begin + metrics.gap) / y_axes,
+                               metrics.slot_width * kRangePercent / 100 + metrics.gap);
+    for (int axis = 0; axis < y_axes && pitch > metrics.gap; ++axis) {
+        places.y[static_cast<std::size_t>(axis)] = place(begin + axis * pitch, pitch - metrics.gap);
     }
     return places;
 }

@@ -7,6 +7,7 @@
 #include <limits>
 #include <utility>
 
+#include "graph/draw/colors.h"
 #include "graph/draw/display_settings.h"
 #include "support/diagnostics.h"
 
@@ -34,6 +35,8 @@ std::uint64_t MaxCurvePoints(double range, double cycle_time) {
 LinesDrawAxis::LinesDrawAxis(const PlotGeometry& geometry, ScaleDefinition& x_scale,
                              ScaleDefinition& y_scale, Settings settings)
     : m_settings(std::move(settings)),
+      m_shown_color(wavo::ShownColor(ToQColor(m_settings.color), ToQColor(m_settings.background),
+                                     kCurveContrast)),
       m_x_scale(x_scale),
       m_y_scale(y_scale),
       m_plot(geometry.plot),
@@ -225,7 +228,7 @@ void LinesDrawAxis::CheckYScaleValue(const std::vector<double>& y_values) {
 }
 
 QColor LinesDrawAxis::DrawColor(ColorRef color) const {
-    return ToQColor((color & kOwnColor) != 0 ? m_settings.color : color);
+    return (color & kOwnColor) != 0 ? m_shown_color : ToQColor(color);
 }
 
 void LinesDrawAxis::DrawAllLinesXIsTime(ColorRef color, PlotCanvas* canvas) {

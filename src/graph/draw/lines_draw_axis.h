@@ -135,7 +135,10 @@ class LinesDrawAxis {
 
     [[nodiscard]] const std::string& AxisName() const { return m_settings.axis_name; }
     [[nodiscard]] std::int32_t Derivation() const { return m_settings.derivation; }
+    /// The user's colour.
     [[nodiscard]] ColorRef Color() const { return m_settings.color; }
+    /// The colour that the curve is drawn with: the user's, where it can be seen.
+    [[nodiscard]] const QColor& ShownColor() const { return m_shown_color; }
     /// The horizontal scale lines with the values of the y scale.
     [[nodiscard]] const ScaleLines& YLines() const { return m_y_mapping.Lines(); }
     [[nodiscard]] const ScaleLines& XLines() const { return m_x_mapping.Lines(); }
@@ -153,6 +156,7 @@ class LinesDrawAxis {
 
     // Constant after construction.
     Settings m_settings;
+    QColor m_shown_color;
     ScaleDefinition& m_x_scale;
     ScaleDefinition& m_y_scale;
 

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+
 namespace wavo {
 namespace {
 
@@ -38,8 +41,10 @@ TEST(Colors, TextsHaveContrastOnEveryBackground) {
                 EXPECT_GE(Contrast(colors.text, background), kTextContrast) << name;
                 for (const QColor& curve :
                      {background, QColor(255, 0, 0), QColor(0, 0, 255), QColor(255, 255, 0)}) {
-                    const QColor label = Readable(curve, background, colors.label_contrast);
-                    EXPECT_GE(Contrast(label, background), 3.0) << name;
+                    const QColor label = ShownColor(curve, background, kTextContrast);
+                    EXPECT_GE(Contrast(label, background), kTextContrast) << name;
+                    const QColor shown = ShownColor(curve, background, kCurveContrast);
+                    EXPECT_GE(Contrast(shown, background), kCurveContrast) << name;
                 }
                 EXPECT_GE(Contrast(colors.waiting, background), 3.0) << name;
                 EXPECT_GE(Contrast(colors.stopped, background), 3.0) << name;
@@ -47,6 +52,49 @@ TEST(Colors, TextsHaveContrastOnEveryBackground) {
             }
         }
     }
+}
+
+TEST(Colors, AShownColorIsTheUsersWhereItHasContrast) {
+    EXPECT_EQ(ShownColor(QColor(255, 255, 0), Qt::black, kCurveContrast), QColor(255, 255, 0));
+    EXPECT_EQ(ShownColor(QColor(160, 160, 255), Qt::white, kCurveContrast), QColor(160, 160, 255));
+}
+
+TEST(Colors, AShownColorHasTheLeastChangeOfLightnessAndTheSameHue) {
+    for (const QColor& background :
+         {QColor(Qt::white), QColor(Qt::black), QColor(119, 119, 119), QColor(0, 96, 160)}) {
+        for (int hue = 0; hue < 360; hue += 30) {
+            for (const int lightness : {10, 60, 128, 200, 245}) {
+                const QColor color = QColor::fromHsl(hue, 200, lightness).toRgb();
+                for (const double contrast : {kCurveContrast, kTextContrast}) {
+                    const QColor shown = ShownColor(color, background, contrast);
+                    ASSERT_GE(Contrast(shown, background), contrast);
+                    const int change = std::abs(shown.lightness() - color.lightness());
+                    if (shown.lightness() > 40 && shown.lightness() < 215) {
+                        const int turned = std::abs(shown.hslHue() - color.hslHue());
+                        EXPECT_LE(std::min(turned, 360 - turned), 6) << color.name().toStdString();
+                    }
+                    // Nothing that is nearer would do.
+                    for (const int way : {-1, 1}) {
+                        const int nearer = color.lightness() + way * (change - 2);
+                        if (change > 2 && nearer >= 0 && nearer <= 255) {
+                            EXPECT_LT(Contrast(QColor::fromHsl(color.hslHue(),
+                                                               color.hslSaturation(), nearer),
+                                               background),
+                                      contrast + 0.05)
+                                << color.name().toStdString();
+                        }
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(Colors, AGreyStaysAGrey) {
+    const QColor shown = ShownColor(Qt::white, Qt::white, kCurveContrast);
+    EXPECT_EQ(shown.hslSaturation(), 0);
+    EXPECT_GE(Contrast(shown, Qt::white), kCurveContrast);
+    EXPECT_LT(Contrast(shown, Qt::white), kCurveContrast + 0.1);
 }
 
 TEST(Colors, ScaleLinesAreDimmerThanTheFrameAndTheTexts) {

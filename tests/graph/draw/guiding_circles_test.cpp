@@ -200,8 +200,8 @@ TEST(RoundPlot, IsWhatIsAvailableWhenNothingHasToBeRound) {
         {"zero left of x", [](WavoGraph& graph) { graph.XScale = ManualScale(0.1, 2); }},
         {"zero above y", [](WavoGraph& graph) { graph.YScales[0] = ManualScale(-2, -0.1); }},
         {"no x extent", [](WavoGraph& graph) { graph.XScale = ManualScale(0, 0); }},
-        {"too low", [](WavoGraph& graph) { graph.XScale = ManualScale(-20, 20); }},
-        {"too narrow", [](WavoGraph& graph) { graph.YScales[0] = ManualScale(-20, 20); }},
+        {"too low", [](WavoGraph& graph) { graph.XScale = ManualScale(-2000, 2000); }},
+        {"too narrow", [](WavoGraph& graph) { graph.YScales[0] = ManualScale(-2000, 2000); }},
         {"no number", [](WavoGraph& graph) { graph.XScale = ManualScale(kNaN, 20); }},
         {"too large", [](WavoGraph& graph) { graph.XScale = ManualScale(-1e308, 1e308); }},
     };
@@ -213,8 +213,15 @@ TEST(RoundPlot, IsWhatIsAvailableWhenNothingHasToBeRound) {
     }
     const WavoGraph graph = CircleGraph(0.5, ManualScale(-1, 1), ManualScale(-1, 1));
     EXPECT_EQ(RoundPlot(QRect(), graph), QRect());
-    EXPECT_EQ(RoundPlot(QRect(0, 0, 39, 200), graph), QRect(0, 0, 39, 200));
-    EXPECT_EQ(RoundPlot(QRect(0, 0, 40, 200), graph), QRect(0, 80, 40, 40));
+    EXPECT_EQ(RoundPlot(QRect(0, 0, 2, 200), graph), QRect(0, 0, 2, 200)) << "there is no room";
+}
+
+TEST(RoundPlot, IsRoundHoweverSmall) {
+    const WavoGraph graph = CircleGraph(0.5, ManualScale(-1, 1), ManualScale(-1, 1));
+    for (int side = 3; side <= 45; ++side) {
+        EXPECT_EQ(RoundPlot(QRect(0, 0, side, 200), graph).size(), QSize(side, side));
+        EXPECT_EQ(RoundPlot(QRect(0, 0, 900, side), graph).size(), QSize(side, side));
+    }
 }
 
 TEST(RoundPlot, MakesTheCircleRound) {

@@ -29,9 +29,10 @@ TEST(Labels, NothingOverlapsAndNothingLeavesTheGraphAtAnySize) {
                             << width << "x" << height << " " << axes << ": " << i << ", " << k;
                     }
                 }
-                if (width >= 2 && height >= 2) {
+                if (width >= 2 && height >= 2 && !layout.low) {
                     ASSERT_GE(layout.plot.height() * 2, height - 1);
                 }
+                ASSERT_EQ(layout.low, axes > 0 && width >= 60 && height < 72 && height >= 21);
             }
         }
     }
@@ -66,20 +67,73 @@ TEST(Labels, SlotsGetNarrowerBeforeTheyTakeMoreThanAThirdOfTheHeight) {
     EXPECT_EQ(names.y_slots[7].top(), names.y_slots[0].top());
 }
 
-TEST(Labels, LowGraphsKeepThePlotArea) {
-    const FrameLayout two_lines = LayoutFrame(QRect(0, 0, 200, 80), kMetrics, 2);
+TEST(Labels, LowGraphsHaveOneLineForAllTexts) {
+    const FrameLayout two_lines = LayoutFrame(QRect(0, 0, 200, 72), kMetrics, 2);
     EXPECT_FALSE(two_lines.top_line.isEmpty());
     EXPECT_FALSE(two_lines.y_slots[1].isEmpty());
-    const FrameLayout one_line = LayoutFrame(QRect(0, 0, 200, 60), kMetrics, 2);
-    EXPECT_FALSE(one_line.top_line.isEmpty());
+    EXPECT_FALSE(two_lines.low);
+    const FrameLayout one_line = LayoutFrame(QRect(0, 0, 200, 71), kMetrics, 2);
+    EXPECT_TRUE(one_line.low);
+    EXPECT_EQ(one_line.top_line, QRect(6, 0, 188, 18));
+    EXPECT_EQ(one_line.plot, QRect(6, 18, 188, 71 - 18 - 3));
     EXPECT_TRUE(one_line.y_slots[0].isEmpty());
-    const FrameLayout bare = LayoutFrame(QRect(0, 0, 200, 30), kMetrics, 2);
+    // The line gives up the room around its letters before it goes.
+    const FrameLayout lowest = LayoutFrame(QRect(0, 0, 200, 21), kMetrics, 2);
+    EXPECT_EQ(lowest.top_line, QRect(6, 0, 188, 14));
+    EXPECT_EQ(lowest.plot.height(), 4);
+    const FrameLayout bare = LayoutFrame(QRect(0, 0, 200, 20), kMetrics, 2);
     EXPECT_TRUE(bare.top_line.isEmpty());
     EXPECT_FALSE(bare.plot.isEmpty());
 }
 
+TEST(Labels, InALowLineTheNamesOfTheAxesAreTheLastToGo) {
+    // A y axis wants 125 pixels, and a gap of 14.
+    const auto places = [](int width, int status) {
+        return PlaceLowLine(QRect(10, 0, width, 18), kMetrics, 100, status, 80, 2);
+    };
+    const LowLinePlaces all = places(486, 0);
+    EXPECT_EQ(all.top.x_text, QRect(10, 0, 100, 18));
+    EXPECT_EQ(all.y[0], QRect(124, 0, 125, 18));
+    EXPECT_EQ(all.y[1], QRect(263, 0, 125, 18));
+    EXPECT_EQ(all.top.x_spacing, QRect(416, 0, 80, 18));
+    const LowLinePlaces no_spacing = places(485, 0);
+    EXPECT_TRUE(no_spacing.top.x_spacing.isEmpty());
+    EXPECT_FALSE(no_spacing.top.x_text.isEmpty());
+    const LowLinePlaces names = places(391, 0);
+    EXPECT_TRUE(names.top.x_text.isEmpty());
+    EXPECT_EQ(names.y[0], QRect(10, 0, 125, 18));
+    const LowLinePlaces narrow = places(100, 0);
+    EXPECT_EQ(narrow.y[0], QRect(10, 0, 43, 18));
+    EXPECT_EQ(narrow.y[1], QRect(67, 0, 43, 18));
+    EXPECT_TRUE(places(100, 90).top.status.isEmpty()) << "the state goes before the names";
+    EXPECT_FALSE(places(100, 90).y[1].isEmpty());
+    EXPECT_EQ(places(800, 90).top.status.left(), 10 + 392) << "behind the axes";
+    EXPECT_EQ(places(1200, 90).top.status.left(), 10 + 555) << "in the middle";
+}
+
+TEST(Labels, InALowLineNothingOverlapsAtAnyWidth) {
+    for (int width = 0; width <= 1500; width += 7) {
+        for (const int axes : {0, 1, 2, 5, 16}) {
+            for (const int status : {0, 130}) {
+                const QRect line(11, 13, width, 18);
+                const LowLinePlaces places = PlaceLowLine(line, kMetrics, 90, status, 60, axes);
+                std::vector<QRect> all{places.top.x_text, places.top.status, places.top.x_spacing};
+                all.insert(all.end(), places.y.begin(), places.y.end());
+                for (std::size_t i = 0; i < all.size(); ++i) {
+                    ASSERT_TRUE(all[i].isEmpty() || line.contains(all[i])) << width << " " << i;
+                    for (std::size_t k = i + 1; k < all.size(); ++k) {
+                        ASSERT_FALSE(all[i].intersects(all[k]))
+                            << width << " " << axes << ": " << i << ", " << k;
+                    }
+                }
+            }
+        }
+    }
+}
+
 TEST(Labels, TooManyAxesForTheWidthShowNoSlots) {
     const FrameLayout layout = LayoutFrame(QRect(0, 0, 120, 80), kMetrics, 9);
+    EXPECT_FALSE(layout.low);
     for (const QRect& slot : layout.y_slots) {
         EXPECT_TRUE(slot.isEmpty());
     }
