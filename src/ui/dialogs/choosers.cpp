@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <utility>
 
+#include "ui/dialogs/file_dialogs.h"
+
 namespace wavo {
 
 namespace {
@@ -32,6 +34,7 @@ std::optional<QString> RunFileDialog(QFileDialog& dialog, const SaveFileQuestion
         dialog.setDirectory(initial.absolutePath());
         dialog.selectFile(initial.fileName());
     }
+    ShowWholeColumns(dialog);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
         return std::nullopt;
     }
