@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <utility>
 
+#include "ui/dialogs/file_dialogs.h"
 #include "ui/dialogs/line_edits.h"
 
 namespace wavo {
@@ -35,6 +36,7 @@ std::optional<QString> RunFileDialog(QFileDialog& dialog, const SaveFileQuestion
         dialog.setDirectory(initial.absolutePath());
         dialog.selectFile(initial.fileName());
     }
+    ShowWholeColumns(dialog);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
         return std::nullopt;
     }

@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
+#include <QTreeView>
 #include <utility>
 
 #include "ui/dialogs/line_edits.h"
@@ -45,10 +47,22 @@ std::optional<std::string> AskForFile(QWidget* parent, const FileQuestion& quest
         dialog.setDirectory(initial.absolutePath());
         dialog.selectFile(initial.fileName());
     }
+    ShowWholeColumns(dialog);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
         return std::nullopt;
     }
     return QDir::toNativeSeparators(dialog.selectedFiles().front()).toStdString();
+}
+
+void ShowWholeColumns(QFileDialog& dialog) {
+    const auto* const list = dialog.findChild<QTreeView*>();
+    if (list == nullptr) {
+        return;  // a dialog of the system
+    }
+    QHeaderView& header = *list->header();
+    header.setStretchLastSection(false);
+    header.setSectionResizeMode(QHeaderView::ResizeToContents);
+    header.setSectionResizeMode(0, QHeaderView::Stretch);  // the name
 }
 
 void SetFileHandler(FileHandler handler) {

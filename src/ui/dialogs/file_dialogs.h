@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+class QFileDialog;
 class QWidget;
 
 namespace wavo {
@@ -34,6 +35,9 @@ struct FileQuestion {
 /// path, nothing when the dialog was left without one. A file that is there already is no reason to
 /// ask: who saves does that.
 std::optional<std::string> AskForFile(QWidget* parent, const FileQuestion& question);
+
+/// Gives the columns of a dialog of the toolkit's own the widths that their texts need.
+void ShowWholeColumns(QFileDialog& dialog);
 
 /// Answers all questions from now on instead of showing them; null shows them again.
 using FileHandler = std::function<std::optional<std::string>(const FileQuestion&)>;

@@ -1,5 +1,6 @@
 #include "ui/shell/command_actions.h"
 
+#include <QActionGroup>
 #include <QKeySequence>
 #include <QPixmap>
 #include <algorithm>
@@ -12,9 +13,8 @@ namespace {
 
 constexpr int kUserImageSize = 16;
 
-bool ShowsCheckMark(CommandId id) {
-    return id == CommandId::kStatusBar ||
-           (id >= CommandId::kLookClassic && id <= CommandId::kLookAqua);
+bool IsLook(CommandId id) {
+    return id >= CommandId::kLookClassic && id <= CommandId::kLookAqua;
 }
 
 }  // namespace
@@ -38,6 +38,7 @@ std::vector<QIcon> LoadUserImages(const QString& file) {
 }
 
 CommandActions::CommandActions(QWidget& frame, const Handler& handler) {
+    auto* const looks = new QActionGroup(&frame);  // one of them at a time
     for (const Command& command : Commands()) {
         auto* const action = new QAction(MenuText(command), &frame);
         const QString shortcut = ShortcutText(command);
@@ -47,7 +48,10 @@ CommandActions::CommandActions(QWidget& frame, const Handler& handler) {
         action->setToolTip(shortcut.isEmpty() ? ToolTip(command)
                                               : ToolTip(command) + " (" + shortcut + ")");
         action->setIcon(CommandIcon(command.id));
-        action->setCheckable(ShowsCheckMark(command.id));
+        action->setCheckable(command.id == CommandId::kStatusBar || IsLook(command.id));
+        if (IsLook(command.id)) {
+            looks->addAction(action);
+        }
         action->setMenuRole(QAction::NoRole);
         QObject::connect(action, &QAction::triggered, &frame,
                          [handler, id = command.id] { handler(id); });

@@ -8,6 +8,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
@@ -192,9 +193,12 @@ void CustomizeDialog::ShowBar(int row_of_button) {
     {
         const QSignalBlocker blocker(buttons);
         buttons.clear();
+        const int side = buttons.style()->pixelMetric(QStyle::PM_ListViewIconSize);
+        QPixmap nothing(side, side);  // the texts stand below each other
+        nothing.fill(Qt::transparent);
         for (const int item : Bar().items) {
             buttons.addItem(new QListWidgetItem(
-                item == kSeparatorItem ? QIcon() : CommandIcon(static_cast<CommandId>(item)),
+                item == kSeparatorItem ? QIcon(nothing) : CommandIcon(static_cast<CommandId>(item)),
                 ItemText(item)));
         }
         buttons.setCurrentRow(std::min(row_of_button, buttons.count() - 1));

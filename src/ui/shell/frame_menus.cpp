@@ -1,5 +1,6 @@
 #include "ui/shell/frame_menus.h"
 
+#include <QActionGroup>
 #include <QDockWidget>
 #include <QMenu>
 #include <QMenuBar>
@@ -161,12 +162,15 @@ void FrameMenus::Fill(const Content& content, bool complete) {
 void FrameMenus::BuildLookMenu() {
     m_look_menu = new QMenu(&m_frame);
     m_look_menu->setObjectName(QStringLiteral("look_menu"));
+    auto* const looks = new QActionGroup(m_look_menu);
+    looks->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
     for (const LookMenuRow& row : LookMenuRows()) {
         QAction* const command = m_actions.Find(row.id);
         QAction* const action = m_look_menu->addAction(QString::fromLatin1(row.text));
         action->setObjectName(command->objectName() + QStringLiteral("_popup"));
         action->setStatusTip(command->statusTip());
         action->setCheckable(true);
+        looks->addAction(action);
         QObject::connect(action, &QAction::triggered, command, &QAction::trigger);
         QObject::connect(m_look_menu, &QMenu::aboutToShow, action,
                          [action, command] { action->setChecked(command->isChecked()); });

@@ -32,6 +32,11 @@ QRect BarBelow(const QWidget* menu_bar, const QRect& otherwise) {
     return bar == nullptr ? menu_bar->rect() : bar->rect().translated(-menu_bar->pos());
 }
 
+bool IsSeparator(const QStyleOption& menu_item) {
+    const auto& item = static_cast<const QStyleOptionMenuItem&>(menu_item);
+    return item.menuItemType == QStyleOptionMenuItem::Separator && item.text.isEmpty();
+}
+
 bool StandsInToolBar(const QWidget* widget) {
     return widget != nullptr && qobject_cast<const QToolBar*>(widget->parentWidget()) != nullptr;
 }
@@ -130,6 +135,10 @@ void LookStyle::drawControl(ControlElement element, const QStyleOption* option, 
             FillBar(*painter, option->rect, (option->state & State_Horizontal) == 0);
             return;
         }
+        if (element == CE_MenuItem && IsDark() && IsSeparator(*option)) {
+            DrawSeparator(*option, *painter);
+            return;
+        }
         if (element == CE_MenuItem) {
             QStyleOptionMenuItem item(*static_cast<const QStyleOptionMenuItem*>(option));
             item.palette.setColor(QPalette::Highlight, QColor(m_look.hot_bottom));
@@ -175,13 +184,19 @@ void LookStyle::drawComplexControl(ComplexControl control, const QStyleOptionCom
     }
 }
 
-// The style below outlines with a darker shade of the window, which does not show in a dark one.
+// The style below outlines and separates with a darker shade, which does not show in a dark window.
+void LookStyle::DrawSeparator(const QStyleOption& option, QPainter& painter) const {
+    QColor color(m_look.text);
+    color.setAlphaF(kDisabledOutlinePart);
+    const int y = option.rect.center().y();
+    painter.fillRect(option.rect.left() + 5, y, option.rect.width() - 10, 1, color);
+}
+
 void LookStyle::DrawOutline(PrimitiveElement element, const QStyleOption& option,
                             QPainter& painter) const {
     const bool is_radio = element == PE_IndicatorRadioButton;
     const bool is_edit = element == PE_FrameLineEdit;
-    if (QColor(m_look.window).lightness() >= 128 ||
-        !(is_radio || is_edit || element == PE_IndicatorCheckBox) ||
+    if (!IsDark() || !(is_radio || is_edit || element == PE_IndicatorCheckBox) ||
         (is_edit && (option.state & State_HasFocus) != 0)) {  // outlined as having the keyboard
         return;
     }

@@ -30,6 +30,8 @@ class LookStyle : public QProxyStyle {
  private:
     void FillBar(QPainter& painter, const QRect& area, bool upright) const;
     void FillHot(QPainter& painter, const QRect& area, bool pressed) const;
+    [[nodiscard]] bool IsDark() const { return QColor(m_look.window).lightness() < 128; }
+    void DrawSeparator(const QStyleOption& option, QPainter& painter) const;
     void DrawKeyboardPlace(const QStyleOption& option, QPainter& painter) const;
     void DrawKeyboardFrame(const QStyleOption& option, QPainter& painter) const;
     void DrawOutline(PrimitiveElement element, const QStyleOption& option, QPainter& painter) const;

@@ -5,8 +5,11 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFontDialog>
+#include <QHeaderView>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTimer>
+#include <QTreeView>
 
 #include "ui/dialogs/choosers.h"
 
@@ -63,6 +66,32 @@ TEST(Choosers, TheFontDialogGivesTheFontThatWasChosen) {
     EXPECT_TRUE(font->bold());
     WithNextDialog<QFontDialog>([](QFontDialog& dialog) { dialog.reject(); });
     EXPECT_EQ(ChooseFont(nullptr, QFont()), std::nullopt);
+}
+
+TEST(Choosers, TheColumnsOfTheFileDialogShowTheirWholeTexts) {
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("there.txt")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(123456, 'x'));
+    file.close();
+    const SaveFileQuestion question{
+        QStringLiteral("Save As"), folder.filePath(QStringLiteral("there.txt")),
+        QStringLiteral("txt"), QStringLiteral("Data Files (*.txt)|*.txt||")};
+    WithNextDialog<QFileDialog>([](QFileDialog& dialog) {
+        const auto* const list = dialog.findChild<QTreeView*>();
+        EXPECT_TRUE(
+            QTest::qWaitFor([list] { return list->model()->rowCount(list->rootIndex()) > 0; }));
+        QCoreApplication::processEvents();
+        for (int column = 1; column < list->header()->count(); ++column) {
+            EXPECT_GE(list->columnWidth(column),
+                      static_cast<const QAbstractItemView*>(list)
+                          ->sizeHintForIndex(list->model()->index(0, column, list->rootIndex()))
+                          .width())
+                << column;
+        }
+        dialog.reject();
+    });
+    EXPECT_EQ(ChooseSaveFile(nullptr, question), std::nullopt);
 }
 
 TEST(Choosers, TheFileDialogAddsTheSuffixAndDoesNotAskAboutAFileThatExists) {

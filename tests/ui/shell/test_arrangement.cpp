@@ -242,6 +242,15 @@ TEST_F(Customizing, TheNameOfABarIsOneLine) {
     EXPECT_EQ(m_dialog.Setup().bars[1].name, "My bar");
 }
 
+TEST_F(Customizing, TheTextsOfButtonsAndSeparatorsStandBelowEachOther) {
+    Select(customize::kButtons, 0);
+    Click(customize::kSeparator);
+    const auto& list = *FindControl<QListWidget>(m_dialog, customize::kButtons);
+    for (int row = 0; row < list.count(); ++row) {
+        EXPECT_FALSE(list.item(row)->icon().isNull()) << row;  // takes its room
+    }
+}
+
 TEST_F(Customizing, TheEndsOfTheListAreEnds) {
     Select(customize::kButtons, 0);
     EXPECT_FALSE(FindControl(m_dialog, customize::kUp)->isEnabled());

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QActionGroup>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -157,6 +158,34 @@ TEST_F(Frame, ShowsAllMenusToTheLetter) {
     std::vector<Line> lines;
     CollectLines(m_frame, m_frame.menuBar()->actions(), 0, lines);
     EXPECT_EQ(lines, ExpectedMenuBar());
+}
+
+TEST_F(Frame, MarksLooksAsOneOfSeveral) {
+    for (int id = 210; id <= 218; ++id) {
+        const QActionGroup* const group = m_frame.Action(static_cast<CommandId>(id))->actionGroup();
+        ASSERT_NE(group, nullptr) << id;
+        EXPECT_TRUE(group->isExclusive()) << id;
+    }
+    // In the menu that pops up the look that is chosen may be none of the four.
+    QMenu& menu = m_frame.LookMenu();
+    const auto checked = [&menu] {
+        menu.popup(QPoint(0, 0));
+        menu.close();
+        std::vector<std::string> texts;
+        for (const QAction* const action : menu.actions()) {
+            if (action->isChecked()) {
+                texts.push_back(action->text().toStdString());
+            }
+        }
+        return texts;
+    };
+    EXPECT_THAT(checked(), ElementsAre());
+    menu.actions()[2]->trigger();
+    EXPECT_THAT(checked(), ElementsAre("Office 2007 (&Silver Style)"));
+    menu.actions()[2]->trigger();
+    EXPECT_THAT(checked(), ElementsAre("Office 2007 (&Silver Style)"));
+    m_frame.Action(CommandId::kLookStudio)->trigger();
+    EXPECT_THAT(checked(), ElementsAre());
 }
 
 TEST_F(Frame, ShowsTheMenuOfLooksToTheLetter) {

@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QImage>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMenuBar>
 #include <QRadioButton>
 #include <QSettings>
@@ -140,6 +141,23 @@ TEST_P(EveryLook, IsChosenShownAndRemembered) {
     for (const Look& look : Looks()) {
         EXPECT_EQ(again.Action(look.id)->isChecked(), look.id == id);
     }
+}
+
+TEST_P(EveryLook, SeparatesTheItemsOfItsMenus) {
+    ApplyLook(GetParam());
+    QMenu menu;
+    menu.addAction(QStringLiteral("above"));
+    QAction* const separator = menu.addSeparator();
+    menu.addAction(QStringLiteral("below"));
+    menu.popup(QPoint(0, 0));
+    const QImage picture = menu.grab(menu.actionGeometry(separator)).toImage();
+    double most = 1.0;
+    for (int y = 0; y < picture.height(); ++y) {
+        most = std::max(most, Contrast(picture.pixelColor(picture.width() / 2, y),
+                                       menu.palette().color(QPalette::Base)));
+    }
+    EXPECT_GE(most, 1.3);
+    ApplyLook(FindLook(static_cast<int>(kDefaultLook)));
 }
 
 /// The most that two pixels beside each other differ in a row of a picture, its edges left out.

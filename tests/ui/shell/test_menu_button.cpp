@@ -5,10 +5,12 @@
 #include <QMenu>
 #include <QTest>
 #include <QTimer>
+#include <QToolBar>
 #include <QToolButton>
 #include <functional>
 
 #include "ui/shell/main_frame.h"
+#include "view/wavo_view.h"
 
 namespace wavo {
 namespace {
@@ -51,6 +53,33 @@ TEST(CustomizeArrow, IsNotLitAnyMoreWhenItsDialogIsShownAndClosed) {
     QTest::mouseClick(button, Qt::LeftButton);
     EXPECT_TRUE(was_shown);
     EXPECT_EQ(Picture(*button), before);
+}
+
+TEST(CustomizeArrow, TakesLittleRoomOnABarThatLiesOrStands) {
+    CMainFrame frame;
+    frame.resize(700, 700);
+    frame.show();
+    auto* const bar = frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
+    const auto* const button = frame.findChild<QToolButton*>(QStringLiteral("customize_button"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(button->width(), 16);
+    EXPECT_GE(button->height(), 24);
+    frame.addToolBar(Qt::LeftToolBarArea, bar);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(button->height(), 16);
+    EXPECT_GE(button->width(), 24);
+}
+
+TEST(CustomizeArrow, DoesNotGetTheKeyboardWhenTheGraphEditorIsClosed) {
+    CMainFrame frame;
+    frame.show();
+    frame.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));
+    frame.View().ShowGraphEditor();
+    QTest::keyClick(&frame, Qt::Key_F6);
+    ASSERT_TRUE(frame.View().Editor().isAncestorOf(frame.focusWidget()));
+    frame.View().Editor().hide();
+    EXPECT_EQ(frame.focusWidget(), &frame.View());
 }
 
 }  // namespace

@@ -41,6 +41,9 @@ class Dock : public ::testing::Test {
     /// Alt and the letter open the menu, which is closed again. A button opens its menu in an event
     /// loop of its own.
     void ExpectLetterOpens(Qt::Key letter, int menu) {
+        // The menu before may have become active after it was closed.
+        m_frame.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&m_frame));
         bool was_open = false;
         QTimer timer;
         QObject::connect(&timer, &QTimer::timeout, &m_frame, [&] {

@@ -11,6 +11,7 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QPainter>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <set>
@@ -200,10 +201,13 @@ TEST_F(SettingsCommands, TheTextOfTheGraphsIsShownInTheInverseOfTheBackground) {
         Click(dialog, add_text::kOk);
     });
     EXPECT_EQ(View().Files().AdditionalText(), "second");
-    QImage expected = without.copy();
-    TextBand().PutOn(expected, {"second", View().Settings().font, 0xFFFFFF});
-    EXPECT_NE(expected, without);
+    // In a band of its own, below the graphs.
+    const BandText text{"second", View().Settings().font, 0xFFFFFF};
+    QImage expected = View().Picture().copy();
+    QPainter(&expected).fillRect(TextBand().Band(expected, text), Qt::black);
+    TextBand().PutOn(expected, text);
     EXPECT_EQ(View().Picture(), expected);
+    EXPECT_NE(expected, without);
 }
 
 TEST_F(SettingsCommands, CtrlASelectsAllInTheEditsOfDialogs) {
