@@ -460,7 +460,9 @@ TEST(MessageWindow, WhatIsHeldBackKeepsItsOrderAndEndsWithItsWindow) {
         ::PostMessageW(handle, kFirst, 0, i);
     }
     std::this_thread::sleep_for(milliseconds(50));  // the timer is due
-    RunLoop(milliseconds(500));
+    for (int i = 0; i < 60 && seen.size() < static_cast<std::size_t>(kCount); ++i) {
+        RunLoop(milliseconds(500));
+    }
     ASSERT_EQ(seen.size(), static_cast<std::size_t>(kCount));
     for (int i = 0; i < kCount; ++i) {
         EXPECT_EQ(seen[static_cast<std::size_t>(i)].l_param, i);

@@ -28,6 +28,9 @@ inline constexpr bool kOpenFilesHoldTheirFolder = false;
 /// Whether a segment stays without those who hold it, and its name can be taken away from them.
 inline constexpr bool kSegmentsOutliveTheirMaker = true;
 
+/// A width at which the graph editor stands in one row.
+inline constexpr int kSmallScreenWidth = 1366;
+
 inline void SetVariable(const char* name, const std::string& value) {
     ::setenv(name, value.c_str(), 1);
 }

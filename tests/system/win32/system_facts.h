@@ -28,6 +28,9 @@ inline constexpr bool kOpenFilesHoldTheirFolder = true;
 /// Whether a segment stays without those who hold it, and its name can be taken away from them.
 inline constexpr bool kSegmentsOutliveTheirMaker = false;
 
+/// A width at which the graph editor stands in one row: texts of this system are wider.
+inline constexpr int kSmallScreenWidth = 1440;
+
 inline void SetVariable(const char* name, const std::string& value) {
     ::_putenv_s(name, value.c_str());
 }

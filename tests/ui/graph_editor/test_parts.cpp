@@ -11,6 +11,7 @@
 #include "editor_fixture.h"
 #include "graph/draw/colors.h"
 #include "graph/draw/display_settings.h"
+#include "system_facts.h"
 #include "ui/dialogs/curve_palette.h"
 #include "ui/dialogs/flow_layout.h"
 
@@ -19,6 +20,7 @@ namespace {
 
 using enum EditorControl;
 using testing::AxisGraph;
+using testing::kSmallScreenWidth;
 using testing::TimeGraph;
 
 using EditorParts = testing::EditorFixture;
@@ -113,7 +115,7 @@ TEST_F(EditorParts, TheLongestTimeIsNotCutOff) {
     WavoGraph graph = TimeGraph();
     graph.XScale.TimeRange = 1000000.0;
     Begin({graph});
-    m_editor->resize(1366, m_editor->heightForWidth(1366));
+    m_editor->resize(kSmallScreenWidth, m_editor->heightForWidth(kSmallScreenWidth));
     EXPECT_EQ(Text(kTimeRange), "1000000.000");
     EXPECT_THAT(CutOffTexts(*m_editor), ::testing::IsEmpty());
 }
@@ -132,7 +134,7 @@ TEST_F(EditorParts, HasTheTextsOfItsTable) {
 
 TEST_F(EditorParts, WhatAWindowIsWiderIsForTheListOfTheAxesUpToALength) {
     Begin({TimeGraph()});
-    m_editor->resize(1366, m_editor->heightForWidth(1366));
+    m_editor->resize(kSmallScreenWidth, m_editor->heightForWidth(kSmallScreenWidth));
     const int combo = Get(kYAxis).width();
     const int axes = Get(kYAxes).width();
     m_editor->resize(1920, m_editor->heightForWidth(1920));
@@ -162,7 +164,7 @@ TEST_F(EditorParts, AGroupIsReachedByTheLetterOfItsTitle) {
 }
 
 TEST_F(EditorParts, AllGroupsStandInOneRowOnASmallScreen) {
-    EXPECT_EQ(m_editor->heightForWidth(1366), m_editor->heightForWidth(4000));
+    EXPECT_EQ(m_editor->heightForWidth(kSmallScreenWidth), m_editor->heightForWidth(4000));
 }
 
 /// Height of the middle of a control in the strip.
@@ -172,7 +174,7 @@ int MiddleOf(const QWidget& strip, const QWidget& control) {
 
 TEST_F(EditorParts, ControlsOfAllGroupsStandOnTheSameLines) {
     Begin({TimeGraph()});
-    m_editor->resize(1366, m_editor->heightForWidth(1366));
+    m_editor->resize(kSmallScreenWidth, m_editor->heightForWidth(kSmallScreenWidth));
     const std::vector<std::vector<EditorControl>> lines = {
         {kGraphNumber, kXIsTime, kXIsAxis, kYAxis, kColor, kAddYAxis, kXTime, kTimeRange,
          kYAutomatic, kAutoCircle, kZeroLines},
