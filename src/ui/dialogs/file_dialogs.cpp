@@ -4,6 +4,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QSize>
 #include <QTreeView>
 #include <utility>
 
@@ -12,6 +13,9 @@
 namespace wavo {
 
 namespace {
+
+/// Of a dialog of the toolkit's own: long names beside whole columns, on the smallest screen too.
+constexpr QSize kDialogSize{840, 450};
 
 FileHandler& CurrentFileHandler() {
     static FileHandler handler;
@@ -63,6 +67,7 @@ void ShowWholeColumns(QFileDialog& dialog) {
     header.setStretchLastSection(false);
     header.setSectionResizeMode(QHeaderView::ResizeToContents);
     header.setSectionResizeMode(0, QHeaderView::Stretch);  // the name
+    dialog.resize(kDialogSize);
 }
 
 void SetFileHandler(FileHandler handler) {

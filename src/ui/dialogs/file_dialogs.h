@@ -36,7 +36,8 @@ struct FileQuestion {
 /// ask: who saves does that.
 std::optional<std::string> AskForFile(QWidget* parent, const FileQuestion& question);
 
-/// Gives the columns of a dialog of the toolkit's own the widths that their texts need.
+/// Gives the columns of a dialog of the toolkit's own the widths that their texts need, and the
+/// dialog a size that leaves room for long names.
 void ShowWholeColumns(QFileDialog& dialog);
 
 /// Answers all questions from now on instead of showing them; null shows them again.
