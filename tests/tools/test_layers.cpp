@@ -30,6 +30,7 @@ const std::map<std::string, Layer>& Layers() {
         {"platform", {{}}},
         {"support", {{"platform"}}},
         {"link", {{"support", "platform"}}},
+        {"recording", {{"support", "platform"}}},
         {"graph/model", {{"link/axis_capabilities.h", "support"}}},
         {"graph/values", {{"support"}}},
         {"graph/draw", {{"graph/model", "graph/values", "support"}, true}},

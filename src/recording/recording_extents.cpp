@@ -1,0 +1,295 @@
+// What stretches of a stream hold: from levels as far as they go, from lines at the edges.
+#include <algorithm>
+#include <cmath>
+
+#include "recording/mcap.h"
+#include "recording/recording_reader.h"
+
+namespace wavo::recording {
+
+namespace {
+
+/// Lines that are read at a time where there are no levels.
+constexpr std::size_t kPiece = 4096;
+
+LineRange Within(LineRange lines, LineRange limits) {
+    return {std::max(lines.first, limits.first), std::min(lines.end, limits.end)};
+}
+
+void TakeBoth(ColumnExtent& extent, const Level& level) {
+    extent.certain.Take(level);
+    extent.possible.Take(level);
+}
+
+void TakeMissing(ColumnExtent& extent) {
+    extent.certain.missing = true;
+    extent.possible.missing = true;
+}
+
+}  // namespace
+
+const AxisLevels* RecordingReader::LoadLevels(std::size_t index, std::size_t axis) {
+    const ChunkEntry& entry = m_index.table.Entries()[index];
+    const std::uint64_t key = entry.offset + entry.skipped;
+    if (const AxisLevels* const found = m_levels.Find(key, axis)) {
+        return found;
+    }
+    const std::size_t blocks = BlocksOf(entry.lines);
+    if (entry.has_levels) {
+        const std::size_t size = AxisLevelsSize(blocks);
+        m_bytes.resize(size);
+        AxisLevels levels;
+        const std::size_t head = LevelsHeadSize(Head().axis_names.size(), blocks);
+        if (m_file.ReadAt(entry.levels_offset + head + axis * size, m_bytes) &&
+            ReadAxisLevels(m_bytes, blocks, levels)) {
+            const std::size_t bytes = levels.size() * sizeof(Level) + sizeof levels;
+            return &m_levels.Put(key, axis, std::move(levels), bytes);
+        }
+        // Damaged levels are made anew from the lines, which have a CRC of their own.
+        m_index.table.At(index).has_levels = false;
+    }
+    return MakeLevels(index) ? m_levels.Find(key, axis) : nullptr;
+}
+
+bool RecordingReader::MakeLevels(std::size_t index) {
+    const std::size_t axes = Head().axis_names.size();
+    const ChunkEntry entry = m_index.table.Entries()[index];
+    LevelBuilder builder(axes, Head().cycle_time);
+    std::vector<AxisLevels> levels;
+    std::vector<Level> whole;
+    std::vector<double> line(axes);
+    // Derivatives need the lines before, where there are some.
+    std::uint64_t history = 0;
+    while (history < kLevelOrders - 1 && history < entry.first_line &&
+           m_index.table.CountLines(entry.first_line - history - 1, entry.first_line) ==
+               history + 1) {
+        ++history;
+    }
+    for (; history > 0; --history) {
+        if (!ReadLine(entry.first_line - history, line)) {
+            return false;  // a chunk was lost: the table has changed
+        }
+        builder.Take(reinterpret_cast<const std::byte*>(line.data()));
+    }
+    builder.EndChunk(levels, whole);
+    for (std::size_t block = 0; block < BlocksOf(entry.lines); ++block) {
+        const Block* const values = LoadBlock(index, block);
+        if (values == nullptr) {
+            return false;
+        }
+        const std::size_t lines =
+            std::min<std::size_t>(kLinesPerBlock, entry.lines - block * kLinesPerBlock);
+        for (std::size_t i = 0; i < lines; ++i) {
+            builder.Take(reinterpret_cast<const std::byte*>(values->data() + i * axes));
+        }
+    }
+    builder.EndChunk(levels, whole);
+    for (std::size_t axis = 0; axis < axes; ++axis) {
+        const std::size_t bytes = levels[axis].size() * sizeof(Level) + sizeof(AxisLevels);
+        m_levels.Put(entry.offset + entry.skipped, axis, std::move(levels[axis]), bytes);
+    }
+    if (m_index.table.Entries()[index].levels_are_due) {
+        m_index.table.SetWhole(index, whole);
+    }
+    return true;
+}
+
+void RecordingReader::SettleLevels() {
+    while (m_settled_version != m_index.table.Version()) {
+        const auto& entries = m_index.table.Entries();
+        const auto due = std::find_if(entries.begin(), entries.end(),
+                                      [](const ChunkEntry& entry) { return entry.levels_are_due; });
+        if (due == entries.end()) {
+            m_settled_version = m_index.table.Version();
+            return;
+        }
+        // Either the levels are made, or a chunk leaves the table: this ends.
+        for (std::size_t i = static_cast<std::size_t>(due - entries.begin());
+             i < entries.size() && (!entries[i].levels_are_due || MakeLevels(i)); ++i) {
+        }
+    }
+}
+
+ColumnExtent RecordingReader::Extent(std::size_t axis, std::int32_t order, std::uint64_t from,
+                                     std::uint64_t to, Detail detail) {
+    for (;;) {
+        if (order < static_cast<std::int32_t>(kLevelOrders)) {
+            SettleLevels();
+        }
+        const std::uint64_t version = m_index.table.Version();
+        const ColumnExtent extent =
+            order < static_cast<std::int32_t>(kLevelOrders)
+                ? ExtentOnce(axis, static_cast<std::size_t>(order), from, to, detail)
+                : ExtentFromLines(axis, order, {from, to});
+        if (m_index.table.Version() == version) {  // else a chunk turned out to be damaged
+            return extent;
+        }
+    }
+}
+
+void RecordingReader::Columns(std::size_t axis, std::int32_t order,
+                              std::span<const std::uint64_t> bounds, Detail detail,
+                              std::span<ColumnExtent> out) {
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        out[i] = Extent(axis, order, bounds[i], bounds[i + 1], detail);
+    }
+}
+
+ColumnExtent RecordingReader::ExtentOnce(std::size_t axis, std::size_t order, std::uint64_t from,
+                                         std::uint64_t to, Detail detail) {
+    ColumnExtent extent;
+    const ChunkTable& table = m_index.table;
+    if (from >= to) {
+        return extent;
+    }
+    if (table.CountLines(from, to) != to - from) {
+        TakeMissing(extent);
+    }
+    const auto lies_within = [&](std::size_t i) {
+        return table.Entries()[i].first_line >= from && table.Entries()[i].EndLine() <= to;
+    };
+    const std::size_t count = table.Entries().size();
+    std::size_t first = table.Find(from);
+    std::size_t end = table.Find(to);
+    if (end < count && table.Entries()[end].first_line < to) {
+        ++end;
+    }
+    const std::uint64_t version = table.Version();
+    // Entries at the edges are taken in part.
+    if (first < end && !lies_within(first)) {
+        TakePart(first, axis, order, {from, to}, detail, extent);
+        ++first;
+    }
+    if (first < end && version == table.Version() && !lies_within(end - 1)) {
+        TakePart(end - 1, axis, order, {from, to}, detail, extent);
+        --end;
+    }
+    if (version != table.Version()) {
+        return extent;
+    }
+    if (first < end) {
+        TakeBoth(extent, table.Stream(axis * kLevelOrders + order).Of(first, end));
+    }
+    if (detail == Detail::kLines) {
+        extent.first = EdgeValue(axis, static_cast<std::int32_t>(order), {from, to}, true);
+        extent.last = EdgeValue(axis, static_cast<std::int32_t>(order), {from, to}, false);
+    }
+    return extent;
+}
+
+void RecordingReader::TakePart(std::size_t index, std::size_t axis, std::size_t order,
+                               LineRange lines, Detail detail, ColumnExtent& extent) {
+    const ChunkEntry entry = m_index.table.Entries()[index];
+    lines = Within(lines, {entry.first_line, entry.EndLine()});
+    if (detail == Detail::kChunks) {
+        extent.possible.Take(m_index.table.Whole(entry, axis * kLevelOrders + order));
+        return;
+    }
+    const std::size_t blocks = BlocksOf(entry.lines);
+    const auto first_block =
+        static_cast<std::size_t>(lines.first - entry.first_line) / kLinesPerBlock;
+    const auto end_block = BlocksOf(static_cast<std::size_t>(lines.end - entry.first_line));
+    // Blocks that only end where the entry ends are whole.
+    const auto block_range = [&entry](std::size_t block) {
+        const std::uint64_t begin = entry.first_line + block * kLinesPerBlock;
+        return LineRange{begin, std::min(begin + kLinesPerBlock, entry.EndLine())};
+    };
+    std::vector<LineRange> edges;
+    if (const AxisLevels* const levels = LoadLevels(index, axis)) {
+        for (std::size_t block = first_block; block < end_block; ++block) {
+            const Level& level = (*levels)[order * blocks + block];
+            const LineRange range = block_range(block);
+            if (range.first >= lines.first && range.end <= lines.end) {
+                TakeBoth(extent, level);
+            } else if (detail == Detail::kBlocks) {
+                extent.possible.Take(level);
+            } else {
+                edges.push_back(Within(range, lines));
+            }
+        }
+    }
+    for (const LineRange& edge : edges) {
+        TakeLines(axis, static_cast<std::int32_t>(order), edge, extent);
+    }
+}
+
+void RecordingReader::TakeLines(std::size_t axis, std::int32_t order, LineRange lines,
+                                ColumnExtent& extent) {
+    std::vector<double> values(static_cast<std::size_t>(lines.end - lines.first));
+    std::vector<std::uint8_t> are_there(values.size());
+    ReadStream(axis, order, lines.first, values, are_there);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        Level level;
+        level.missing = are_there[i] == 0 || std::isnan(values[i]);
+        if (!level.missing) {
+            level.extremes = {values[i], values[i]};
+        }
+        TakeBoth(extent, level);
+    }
+}
+
+ColumnExtent RecordingReader::ExtentFromLines(std::size_t axis, std::int32_t order,
+                                              LineRange lines) {
+    ColumnExtent extent;
+    if (m_index.table.CountLines(lines.first, lines.end) < lines.end - lines.first) {
+        TakeMissing(extent);
+    }
+    std::vector<double> values(kPiece);
+    std::vector<std::uint8_t> are_there(kPiece);
+    for (SkipGap(lines); lines.first < lines.end; SkipGap(lines)) {
+        const auto count =
+            static_cast<std::size_t>(std::min<std::uint64_t>(kPiece, lines.end - lines.first));
+        ReadStream(axis, order, lines.first, std::span(values).first(count),
+                   std::span(are_there).first(count));
+        for (std::size_t i = 0; i < count; ++i) {
+            if (are_there[i] == 0 || std::isnan(values[i])) {
+                TakeMissing(extent);
+                continue;
+            }
+            TakeBoth(extent, {{values[i], values[i]}, false});
+            extent.first = std::isnan(extent.first) ? values[i] : extent.first;
+            extent.last = values[i];
+        }
+        lines.first += count;
+    }
+    return extent;
+}
+
+void RecordingReader::SkipGap(LineRange& lines) const {
+    const auto& entries = m_index.table.Entries();
+    const std::size_t first = m_index.table.Find(lines.first);
+    if (first == entries.size()) {
+        lines.first = lines.end;
+        return;
+    }
+    lines.first = std::max(lines.first, entries[first].first_line);
+    const std::size_t behind = m_index.table.Find(lines.end);
+    if ((behind == entries.size() || entries[behind].first_line >= lines.end) && behind > 0) {
+        lines.end = std::min(lines.end, entries[behind - 1].EndLine());
+    }
+}
+
+double RecordingReader::EdgeValue(std::size_t axis, std::int32_t order, LineRange lines,
+                                  bool is_first) {
+    // Mostly the very first line has it; behind a gap or NaN it is looked for.
+    std::size_t most = 1;
+    for (SkipGap(lines); lines.first < lines.end; SkipGap(lines)) {
+        const auto count =
+            static_cast<std::size_t>(std::min<std::uint64_t>(most, lines.end - lines.first));
+        std::vector<double> values(count);
+        std::vector<std::uint8_t> are_there(count);
+        const std::uint64_t begin = is_first ? lines.first : lines.end - count;
+        ReadStream(axis, order, begin, values, are_there);
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::size_t at = is_first ? i : count - 1 - i;
+            if (are_there[at] != 0 && !std::isnan(values[at])) {
+                return values[at];
+            }
+        }
+        (is_first ? lines.first : lines.end) = is_first ? begin + count : begin;
+        most = std::min(2 * most, kPiece);
+    }
+    return std::numeric_limits<double>::quiet_NaN();
+}
+
+}  // namespace wavo::recording
