@@ -10,7 +10,7 @@ namespace wavo::recording {
 namespace {
 
 /// Lines that are read at a time where there are no levels.
-constexpr std::size_t kPiece = 4096;
+constexpr std::size_t kLinesPiece = 4096;
 
 LineRange Within(LineRange lines, LineRange limits) {
     return {std::max(lines.first, limits.first), std::min(lines.end, limits.end)};
@@ -234,11 +234,11 @@ ColumnExtent RecordingReader::ExtentFromLines(std::size_t axis, std::int32_t ord
     if (m_index.table.CountLines(lines.first, lines.end) < lines.end - lines.first) {
         TakeMissing(extent);
     }
-    std::vector<double> values(kPiece);
-    std::vector<std::uint8_t> are_there(kPiece);
+    std::vector<double> values(kLinesPiece);
+    std::vector<std::uint8_t> are_there(kLinesPiece);
     for (SkipGap(lines); lines.first < lines.end; SkipGap(lines)) {
         const auto count =
-            static_cast<std::size_t>(std::min<std::uint64_t>(kPiece, lines.end - lines.first));
+            static_cast<std::size_t>(std::min<std::uint64_t>(kLinesPiece, lines.end - lines.first));
         ReadStream(axis, order, lines.first, std::span(values).first(count),
                    std::span(are_there).first(count));
         for (std::size_t i = 0; i < count; ++i) {
@@ -287,7 +287,7 @@ double RecordingReader::EdgeValue(std::size_t axis, std::int32_t order, LineRang
             }
         }
         (is_first ? lines.first : lines.end) = is_first ? begin + count : begin;
-        most = std::min(2 * most, kPiece);
+        most = std::min(2 * most, kLinesPiece);
     }
     return std::numeric_limits<double>::quiet_NaN();
 }

@@ -15,7 +15,7 @@ using mcap::Opcode;
 using mcap::RecordScope;
 
 /// The summary is written in pieces of this size.
-constexpr std::size_t kPiece = std::size_t{1} << 20U;
+constexpr std::size_t kSummaryPiece = std::size_t{1} << 20U;
 
 /// Writes a summary piece by piece, and notes where its groups stand.
 class SummaryWriter {
@@ -39,7 +39,7 @@ class SummaryWriter {
     }
     void PutOffsets() { m_out.PutBytes(m_offsets.View()); }
 
-    bool FlushPiece() { return m_out.size() < kPiece || Flush(); }
+    bool FlushPiece() { return m_out.size() < kSummaryPiece || Flush(); }
     bool Flush() {
         m_crc = Crc();
         m_written += m_out.size();
