@@ -120,7 +120,9 @@ void IndexReader::AddRegular(const ChunkInFile& chunk, const LevelsHead& head,
     entry.lines = head.lines;
     entry.rest_crc = head.rest_crc;
     entry.is_regular = true;
-    entry.has_levels = true;
+    // Its derivatives belong to the cycle time that it was recorded with.
+    entry.has_levels = m_index.head_is_own;
+    entry.levels_are_due = !m_index.head_is_own;
     m_index.table.Add(entry, head.whole, head.block_crcs);
 }
 

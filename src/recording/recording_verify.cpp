@@ -61,7 +61,8 @@ class Verifier {
     void TakeCrc(std::uint64_t from, std::uint64_t to) {
         std::vector<std::byte> piece;
         while (from < to) {
-            piece.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kVerifyPiece, to - from)));
+            piece.resize(
+                static_cast<std::size_t>(std::min<std::uint64_t>(kVerifyPiece, to - from)));
             if (!m_file.ReadAt(from, piece)) {
                 Find(from, "cannot be read");
                 return;
