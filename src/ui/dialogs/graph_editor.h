@@ -4,19 +4,18 @@
 #include <string>
 #include <vector>
 
-#include "graph/model/wavo_graph.h"
-
 namespace wavo {
+
+class GraphList;
 
 class GraphEditor {
  public:
     virtual ~GraphEditor() = default;
 
-    /// Takes the graphs to edit (the view's own list, which outlives the editor) and the axis
-    /// names that the master offers, and announces the graphs to the view with a posted
-    /// kGraphChanged. False on failure.
-    virtual bool Init(std::vector<WavoGraph>& graphs,
-                      const std::vector<std::string>& axis_names) = 0;
+    /// Takes the document to edit (not owned, outlives the editor) and the axis names that the
+    /// master offers, and announces the graphs to the view with a posted kGraphChanged. False on
+    /// failure.
+    virtual bool Init(GraphList& graphs, const std::vector<std::string>& axis_names) = 0;
 
     /// Whether there was a graph to edit since SetNotInitialised.
     [[nodiscard]] virtual bool IsInitialised() const = 0;
