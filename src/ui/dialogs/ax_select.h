@@ -25,14 +25,13 @@
 #include "graph/model/graph_list.h"
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/editor_strip.h"
-#include "ui/dialogs/graph_editor.h"
 #include "ui/dialogs/graph_edits.h"
 
 namespace wavo {
 
 class AxisLimitsSource;
 
-class CAxSelect : public EditorStrip, public GraphEditor {
+class CAxSelect : public EditorStrip {
     Q_OBJECT
 
  public:
@@ -40,13 +39,19 @@ class CAxSelect : public EditorStrip, public GraphEditor {
     explicit CAxSelect(QObject* view, QWidget* parent = nullptr);
     ~CAxSelect() override;
 
-    // GraphEditor
-    bool Init(GraphList& graphs, const std::vector<std::string>& axis_names) override;
-    [[nodiscard]] bool IsInitialised() const override { return m_initialised; }
-    void SetNotInitialised() override { m_initialised = false; }
-    void ResetSelection() override;
-    void SetCycleTime(double cycle_time) override;
-    void SetAcquisitionRuns(bool runs) override;
+    /// Takes the document to edit (not owned, outlives the editor) and the axis names that the
+    /// master offers, and announces the graphs to the view with a posted kGraphChanged. False on
+    /// failure.
+    bool Init(GraphList& graphs, const std::vector<std::string>& axis_names);
+    /// Whether there was a graph to edit since SetNotInitialised.
+    [[nodiscard]] bool IsInitialised() const { return m_initialised; }
+    void SetNotInitialised() { m_initialised = false; }
+    /// Drops all zooms that could be stepped back from.
+    void ResetSelection();
+    /// Seconds per line of the master.
+    void SetCycleTime(double cycle_time);
+    /// Whether values flow into the graphs.
+    void SetAcquisitionRuns(bool runs);
 
     /// Where the scale of a new y axis comes from; may be null; not owned, outlives the editor.
     void SetAxisLimits(AxisLimitsSource* limits) { m_limits = limits; }
