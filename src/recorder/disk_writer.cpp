@@ -173,7 +173,7 @@ bool DiskWriter::Open() {
         writer = m_names.CreateNext(m_head.head, m_head.graph_file);
     }
     if (!writer) {
-        Fail(writer.fault());
+        Fail(writer.Why());
         return false;
     }
     m_writer = std::move(*writer);
@@ -188,7 +188,7 @@ bool DiskWriter::Open() {
 
 void DiskWriter::Close() {
     while (m_writer != nullptr) {
-        if (std::optional<Fault> fault = m_writer->Finish()) {
+        if (MaybeFault fault = m_writer->Finish()) {
             Note(fault);
         } else {
             ReleaseKept();
@@ -204,7 +204,7 @@ void DiskWriter::Forget() {
     m_writer.reset();
 }
 
-void DiskWriter::Note(std::optional<Fault> fault) {
+void DiskWriter::Note(MaybeFault fault) {
     while (fault && m_writer != nullptr) {
         ReleaseKept();  // the rest goes into the next file
         Forget();

@@ -41,7 +41,7 @@ struct DiskStatus {
     std::uint64_t lines = 0;           ///< on the device
     std::uint64_t bytes = 0;           ///< of all files that were made
     std::size_t queued = 0;            ///< bytes of lines that are not on the device yet
-    std::optional<Fault> fault;        ///< writing has ended
+    MaybeFault fault;                  ///< writing has ended
 };
 
 class DiskWriter final : public RecordSink {
@@ -88,7 +88,7 @@ class DiskWriter final : public RecordSink {
     void Close();
     /// Takes note of what has become of the last call of the writer; goes on in a new file where
     /// older ones can make room.
-    void Note(std::optional<Fault> fault);
+    void Note(MaybeFault fault);
     /// Removes an older file where the disk is full and a limit is set.
     bool MakeRoomOnFullDisk();
     bool RemoveOldest();

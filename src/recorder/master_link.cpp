@@ -1,9 +1,9 @@
 #include "recorder/master_link.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "support/diagnostics.h"
+#include "support/flag_scope.h"
 
 namespace wavo::recorder {
 
@@ -26,53 +26,54 @@ class QuietScope {
 
 }  // namespace
 
-MasterLink::MasterLink(LinkListener& listener) : m_listener(listener), m_capabilities(*this) {}
-
-MasterLink::~MasterLink() {
-    Close();
-}
-
-bool MasterLink::Open(std::string* error) {
+bool WindowChannel::Open(MasterMessages& messages) {
+    if (m_window != nullptr) {
+        return true;
+    }
     m_window = platform::MessageWindow::Create(
-        [this](const platform::Message& message) { return Handle(message); }, error);
+        [this, &messages](const platform::Message& message) {
+            if (message.number == static_cast<std::uint32_t>(FromMaster::kOverrun)) {
+                m_before_leaving();
+            }
+            return messages.OnMessage(message);
+        },
+        &m_error);
     if (m_window == nullptr) {
         return false;
     }
-    m_window->SetPeerGoneHandler([this](platform::WindowHandle window) { PeerGone(window); });
-    m_window->SetPeerRefusedHandler([this](platform::WindowHandle window, const char* /*why*/) {
-        if (window == m_info.master_window) {
-            Break(Interruption::kDamaged);
-        }
+    m_window->SetPeerGoneHandler([this, &messages](platform::WindowHandle window) {
+        m_before_leaving();
+        messages.OnPeerGone(window);
+    });
+    m_window->SetPeerRefusedHandler([&messages](platform::WindowHandle window, const char* why) {
+        messages.OnPeerRefused(window, why);
     });
     return true;
 }
 
-platform::WindowHandle MasterLink::OwnWindow() const {
+platform::WindowHandle WindowChannel::OwnWindow() const {
     return m_window == nullptr ? 0 : m_window->handle();
 }
 
-bool MasterLink::Post(platform::WindowHandle master, ToMaster number, std::uint64_t w_param) {
-    return m_window->Post(master, {static_cast<std::uint32_t>(number), w_param,
-                                   static_cast<std::int64_t>(OwnWindow())});
+platform::Message WindowChannel::MessageTo(ToMaster number, std::uint64_t w_param) const {
+    return {static_cast<std::uint32_t>(number), w_param, static_cast<std::int64_t>(OwnWindow())};
 }
 
-platform::SendStatus MasterLink::Send(platform::WindowHandle master, ToMaster number,
-                                      std::uint64_t w_param) {
-    const platform::SendStatus status =
-        m_window
-            ->Send(master, {static_cast<std::uint32_t>(number), w_param,
-                            static_cast<std::int64_t>(OwnWindow())})
-            .status;
-    m_is_hung = m_is_hung || status == platform::SendStatus::kNoAnswer;
-    return status;
+bool WindowChannel::Post(platform::WindowHandle master, ToMaster number, std::uint64_t w_param) {
+    return m_window != nullptr && m_window->Post(master, MessageTo(number, w_param));
 }
 
-bool MasterLink::Exists(platform::WindowHandle master) const {
+platform::SendStatus WindowChannel::Send(platform::WindowHandle master, ToMaster number,
+                                         std::uint64_t w_param) {
+    return m_window == nullptr ? platform::SendStatus::kGone
+                               : m_window->Send(master, MessageTo(number, w_param)).status;
+}
+
+bool WindowChannel::Exists(platform::WindowHandle master) const {
     return platform::WindowExists(master);
 }
 
-void MasterLink::Serve(std::chrono::milliseconds timeout) {
-    LookForMaster();
+void WindowChannel::Serve(std::chrono::milliseconds timeout) {
     if (timeout.count() > 0) {
         m_window->WaitAndDispatch(timeout);
     } else {
@@ -80,173 +81,120 @@ void MasterLink::Serve(std::chrono::milliseconds timeout) {
     }
 }
 
-bool MasterLink::ReadInfo(MasterInfo& info) {
-    const QuietScope quiet;
-    return ReadMasterInfo(*this, info) == MasterInfoStatus::kPresent;
+MasterLink::MasterLink(LinkListener& listener) : m_listener(listener), m_source(m_channel) {
+    m_source.SetEvents(this);
+    m_channel.SetBeforeLeaving([this] { TakeRest(); });
+}
+
+MasterLink::~MasterLink() {
+    Close();
+}
+
+bool MasterLink::Open(std::string* error) {
+    LookForMaster();
+    *error = m_channel.Error();
+    return m_channel.OwnWindow() != 0;
+}
+
+void MasterLink::Serve(std::chrono::milliseconds timeout) {
+    LookForMaster();
+    m_channel.Serve(timeout);
+    TellInterruption();
 }
 
 void MasterLink::LookForMaster() {
     const Clock::time_point now = Clock::now();
-    if (m_is_announced || now < m_next_look) {
+    if (m_is_linked || !m_source.CanStart() || now < m_next_look) {
         return;
     }
     m_next_look = now + kLookInterval;
-    if (MasterInfo info; ReadInfo(info)) {
-        m_info = std::move(info);
-        Announce();
-    }
+    const QuietScope quiet;
+    (void)m_source.Start();  // there may be nobody yet
 }
 
-void MasterLink::Announce() {
-    m_capabilities.SetMaster(m_info.master_window);
-    m_is_announced = Post(m_info.master_window, ToMaster::kLink,
-                          static_cast<std::uint64_t>(LinkRequest::kConnect));
-    if (!m_is_announced) {
-        m_info.master_window = 0;
-    }
-}
-
-std::int64_t MasterLink::Handle(const platform::Message& message) {
-    switch (static_cast<FromMaster>(message.number)) {
-        case FromMaster::kValues:
-            m_is_hung = false;
-            if (message.w_param == static_cast<std::uint64_t>(ValuesNotice::kNewValues)) {
-                TakeBatch();
-            } else if (message.w_param == static_cast<std::uint64_t>(ValuesNotice::kLinkEnded)) {
-                Interrupt(Interruption::kLinkEnded);
-            }
-            return 1;
-        case FromMaster::kOverrun:
-            Break(Interruption::kOverrun);
-            return 1;
-        case FromMaster::kQuit:
-            m_listener.ToldToQuit();
-            return 1;
-        case FromMaster::kCapabilitiesChanged:
-            m_capabilities.OnCapabilitiesChanged(m_info.master_window, OwnWindow());
-            return 1;
-    }
-    return 0;
-}
-
-void MasterLink::PeerGone(platform::WindowHandle window) {
-    if (window == m_info.master_window && window != 0) {
-        Interrupt(Interruption::kGone);
-    }
-}
-
-bool MasterLink::OpenReader() {
-    const platform::WindowHandle before = m_info.master_window;
-    MasterInfo info;
-    const std::string name = kValueSegmentPrefix + std::to_string(OwnWindow());
-    const bool is_open = [&] {
-        const QuietScope quiet;
-        return m_reader.Open(name.c_str());
-    }();
-    if (!is_open || !ReadInfo(info)) {
-        m_reader.Close();
+bool MasterLink::Take(bool is_answered) {
+    ValueBatch batch;
+    if (m_source.Take(batch) != BatchOutcome::kTaken) {
         return false;
     }
-    m_info = std::move(info);
-    if (m_info.master_window != before) {
-        // Another one took its place, which has made no FIFO yet.
-        m_reader.Close();
-        m_listener.Interrupted(Interruption::kReplaced);
-        Announce();
-        return false;
+    const auto lines = static_cast<std::size_t>(batch.count);
+    std::vector<double> values(batch.lines, batch.lines + lines * batch.axes);
+    if (is_answered) {
+        m_source.Answer();
     }
-    m_listener.LinkBegan(m_info, m_capabilities);
+    if (lines > 0) {
+        m_listener.LinesCame(std::move(values), lines);
+    }
     return true;
 }
 
-void MasterLink::TakeBatch() {
-    if (m_taking_batch) {  // announced while the answer to the one before is on its way
-        m_batch_waits = true;
-        return;
+void MasterLink::TakeRest() {
+    if (m_is_linked && !m_taking_batch && m_source.IsReaderOpen()) {
+        const FlagScope taking(m_taking_batch);
+        Take(false);
     }
-    m_taking_batch = true;
+}
+
+bool MasterLink::BatchReady() {
+    if (m_taking_batch) {
+        m_batch_waits = true;
+        return true;
+    }
+    const FlagScope taking(m_taking_batch);
+    bool is_taken = false;
     do {
         m_batch_waits = false;
-        if ((m_reader.IsOpen() || OpenReader()) && !TakeLines()) {
-            Break(Interruption::kDamaged);
-        }
-        if (m_deferred) {
-            m_listener.Interrupted(*std::exchange(m_deferred, std::nullopt));
-        }
+        is_taken = Take(true);
     } while (m_batch_waits);
-    m_taking_batch = false;
+    return is_taken;
 }
 
-bool MasterLink::TakeLines() {
-    const std::size_t axes = m_info.axis_names.size();
-    const std::size_t line = axes * sizeof(double);
-    const std::uint64_t waiting = m_reader.LinesWaiting();
-    if (line != 0 && waiting > m_reader.SlotsSize() / line) {
-        return false;
-    }
-    std::vector<double> values(static_cast<std::size_t>(waiting) * axes);
-    if (!m_reader.Read(values.data(), line, waiting, values.size() * sizeof(double)) ||
-        m_reader.LinesCopied() < waiting) {
-        return false;
-    }
-    const platform::WindowHandle master = m_info.master_window;
-    if (m_is_hung) {  // it finds this when it wakes up
-        Post(master, ToMaster::kReady, 0);
-    } else if (Send(master, ToMaster::kReady, 0) == platform::SendStatus::kGone) {
-        PeerGone(master);
-    }
-    if (waiting > 0) {
-        m_listener.LinesCame(std::move(values), static_cast<std::size_t>(waiting));
-    }
-    return true;
+void MasterLink::ValuesBegin() {
+    m_is_interrupted = m_is_interrupted || m_is_linked;
+    TellInterruption();
+    m_is_linked = true;
+    m_has_ended = false;
+    m_seen = m_source.Counters();
+    m_listener.LinkBegan(m_source.Description(), m_source.Limits());
 }
 
-void MasterLink::Disconnect() {
-    constexpr auto kDisconnect = static_cast<std::uint64_t>(LinkRequest::kDisconnect);
-    if (m_info.master_window == 0 || !m_is_announced) {
-        return;
-    }
-    if (m_is_hung) {
-        Post(m_info.master_window, ToMaster::kLink, kDisconnect);
-    } else {
-        Send(m_info.master_window, ToMaster::kLink, kDisconnect);
-    }
-}
-
-void MasterLink::Break(Interruption why) {
-    if (!m_is_announced) {
-        return;
-    }
-    Disconnect();
-    Interrupt(why);
-    if (why == Interruption::kOverrun) {
+void MasterLink::Closed() {
+    if (std::exchange(m_is_linked, false)) {
+        m_is_interrupted = true;
         m_next_look = {};  // at once
     }
 }
 
-void MasterLink::Interrupt(Interruption why) {
-    const bool was_linked = m_is_announced;
-    m_reader.Close();
-    m_is_announced = false;
-    m_is_hung = false;
-    m_batch_waits = false;
-    m_info.master_window = 0;
-    m_next_look = Clock::now() + kLookInterval;
-    if (was_linked && m_taking_batch) {
-        m_deferred = why;  // the lines that were read come first
-    } else if (was_linked) {
-        m_listener.Interrupted(why);
+void MasterLink::TellInterruption() {
+    if (std::exchange(m_is_interrupted, false)) {
+        m_listener.Interrupted(WhyInterrupted());
     }
 }
 
-void MasterLink::Close() {
-    if (m_window == nullptr) {
-        return;
+Interruption MasterLink::WhyInterrupted() const {
+    const SourceCounters now = m_source.Counters();
+    if (now.overruns != m_seen.overruns) {
+        return Interruption::kOverrun;
     }
-    Disconnect();
-    m_reader.Close();
-    m_is_announced = false;
-    m_info.master_window = 0;
+    if (m_has_ended) {
+        return Interruption::kLinkEnded;
+    }
+    if (m_is_linked) {  // lines go on to come
+        return Interruption::kThrownAway;
+    }
+    if (now.links_broken != m_seen.links_broken) {
+        return Interruption::kDamaged;
+    }
+    if (!m_source.IsPresent()) {
+        return Interruption::kGone;
+    }
+    return m_source.CanStart() ? Interruption::kDamaged : Interruption::kReplaced;
+}
+
+void MasterLink::Close() {
+    m_is_linked = false;
+    m_source.Stop();
+    m_is_interrupted = false;
 }
 
 }  // namespace wavo::recorder

@@ -152,16 +152,16 @@ std::optional<std::uint64_t> ParseSize(std::string_view text) {
                                            : std::nullopt;
 }
 
-RecordOutcomeOfOptions ParseRecordOptions(std::span<const std::string> arguments,
-                                          RecordOptions* options, std::string* error) {
+OptionsOutcome ParseRecordOptions(std::span<const std::string> arguments, RecordOptions* options,
+                                  std::string* error) {
     std::vector<std::string_view> given;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string_view argument = arguments[i];
         if (argument == "--help" || argument == "-h") {
-            return RecordOutcomeOfOptions::kHelp;
+            return OptionsOutcome::kHelp;
         }
         if (argument == "--version") {
-            return RecordOutcomeOfOptions::kVersion;
+            return OptionsOutcome::kVersion;
         }
         const auto equals = argument.find('=');
         const std::string_view name = argument.substr(0, equals);
@@ -174,25 +174,25 @@ RecordOutcomeOfOptions ParseRecordOptions(std::span<const std::string> arguments
         const auto option = std::ranges::find(kValueOptions, name, &ValueOption::name);
         if (option == std::end(kValueOptions)) {
             *error = "unknown argument \"" + arguments[i] + "\"";
-            return RecordOutcomeOfOptions::kError;
+            return OptionsOutcome::kError;
         }
         if (equals == std::string_view::npos && i + 1 == arguments.size()) {
             *error = std::string(name) + " needs a value";
-            return RecordOutcomeOfOptions::kError;
+            return OptionsOutcome::kError;
         }
         const std::string_view value = equals == std::string_view::npos
                                            ? std::string_view(arguments[++i])
                                            : argument.substr(equals + 1);
         if (const std::string wrong = option->set(value, options); !wrong.empty()) {
             *error = std::string(name) + " \"" + std::string(value) + "\": " + wrong;
-            return RecordOutcomeOfOptions::kError;
+            return OptionsOutcome::kError;
         }
     }
     *error = WhyNotTogether(given);
     if (!error->empty()) {
-        return RecordOutcomeOfOptions::kError;
+        return OptionsOutcome::kError;
     }
-    return options->verify.empty() ? RecordOutcomeOfOptions::kRun : RecordOutcomeOfOptions::kVerify;
+    return options->verify.empty() ? OptionsOutcome::kRun : OptionsOutcome::kVerify;
 }
 
 std::string RecordHelp() {

@@ -26,11 +26,11 @@ struct RecordOptions {
     std::string verify;  ///< a recording to be checked instead
 };
 
-enum class RecordOutcomeOfOptions { kRun, kVerify, kHelp, kVersion, kError };
+enum class OptionsOutcome { kRun, kVerify, kHelp, kVersion, kError };
 
 /// Reads the arguments after the program's name. kError: `*error` tells what is wrong with them.
-RecordOutcomeOfOptions ParseRecordOptions(std::span<const std::string> arguments,
-                                          RecordOptions* options, std::string* error);
+OptionsOutcome ParseRecordOptions(std::span<const std::string> arguments, RecordOptions* options,
+                                  std::string* error);
 
 /// "60s", "5m", "1.5h", "2d", "250ms"; a bare number is seconds. Nothing when it is no time of 0 to
 /// 1000 days.

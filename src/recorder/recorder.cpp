@@ -35,6 +35,8 @@ InterruptionWords WordsOf(Interruption why) {
             return {recording::kEventOverrun, "the value fifo ran over", true};
         case Interruption::kDamaged:
             return {recording::kEventDamaged, "the value fifo is damaged", true};
+        case Interruption::kThrownAway:
+            return {recording::kEventOverrun, "a batch had no room in the buffer", true};
         case Interruption::kLinkEnded:
             return {recording::kEventLinkEnded, "the master has ended the link", false};
         case Interruption::kGone:
@@ -160,7 +162,7 @@ bool Recorder::Serve(std::chrono::milliseconds timeout) {
         Finish("all that was asked for is recorded");
     }
     if (!m_has_ended) {
-        if (const std::optional<Fault> fault = m_disk->Status().fault) {
+        if (const MaybeFault fault = m_disk->Status().fault) {
             Fail(fault->text);
         }
     }
@@ -183,13 +185,12 @@ double Recorder::SecondsSinceFirst() const {
                          : 0.0;
 }
 
-void Recorder::LinkBegan(const MasterInfo& info, AxisLimitsSource& limits) {
-    m_plan_is_due = m_plan == nullptr || info.axis_names != m_info.axis_names ||
-                    info.cycle_time != m_info.cycle_time;
-    m_info = info;
+void Recorder::LinkBegan(const SourceDescription& lines, AxisLimitsSource& limits) {
+    m_plan_is_due = m_plan == nullptr || !(lines == m_lines);
+    m_lines = lines;
     m_limits = &limits;
-    m_say("the master gives " + std::to_string(info.axis_names.size()) + " axes, a line every " +
-          std::to_string(info.cycle_time * 1e3) + " ms");
+    m_say("the master gives " + std::to_string(m_lines.axis_names.size()) + " axes, a line every " +
+          std::to_string(m_lines.cycle_time * 1e3) + " ms");
 }
 
 PlanOptions Recorder::MakePlanOptions(double cycle_time) const {
@@ -212,21 +213,21 @@ PlanOptions Recorder::MakePlanOptions(double cycle_time) const {
     return options;
 }
 
-void Recorder::BeginPlan(const MasterInfo& info, AxisLimitsSource& limits, std::size_t lines) {
+void Recorder::BeginPlan(AxisLimitsSource& limits, std::size_t lines) {
     EndPlan();
     m_plan_is_due = false;
-    if (!recording::LineClock::CanRecord(info.cycle_time)) {
+    if (!recording::LineClock::CanRecord(m_lines.cycle_time)) {
         Fail("lines with a cycle time below 1 ns or above 1e6 s cannot be recorded");
         return;
     }
     recording::RecordingHead head;
-    head.axis_names = info.axis_names;
-    head.cycle_time = info.cycle_time;
+    head.axis_names = m_lines.axis_names;
+    head.cycle_time = m_lines.cycle_time;
     head.program = m_program;
     // Line 0 was taken by the machine when the others of this batch had yet to come.
-    const double since = static_cast<double>(lines - 1) * info.cycle_time * 1e9;
+    const double since = static_cast<double>(lines - 1) * m_lines.cycle_time * 1e9;
     head.start_time = WallTime() - static_cast<std::uint64_t>(std::min(since, 1e15));
-    for (const std::string& name : info.axis_names) {
+    for (const std::string& name : m_lines.axis_names) {
         const std::optional<AxisCapabilities> axis = limits.FindAxis(name);
         head.limits.emplace_back();
         if (axis) {
@@ -235,8 +236,8 @@ void Recorder::BeginPlan(const MasterInfo& info, AxisLimitsSource& limits, std::
         }
     }
     m_next_line = 0;
-    m_plan = std::make_unique<RecordPlan>(MakePlanOptions(info.cycle_time), info.axis_names,
-                                          info.cycle_time, *m_disk);
+    m_plan = std::make_unique<RecordPlan>(MakePlanOptions(m_lines.cycle_time), m_lines.axis_names,
+                                          m_lines.cycle_time, *m_disk);
     m_disk->SetHead(std::move(head), m_graph_file);
     for (const std::string& trigger : m_plan->UnknownTriggers()) {
         m_say("the master has no axis for the trigger " + trigger);
@@ -262,7 +263,7 @@ std::uint64_t Recorder::PlaceOf(std::size_t lines, Clock::time_point now) {
     }
     // The last line before came with its batch; the first of these is as old as the others.
     const std::chrono::duration<double> passed = now - m_last_lines;
-    const double cycles = std::round(passed.count() / m_info.cycle_time);
+    const double cycles = std::round(passed.count() / m_lines.cycle_time);
     const double missing = cycles - static_cast<double>(lines);
     return m_next_line + (missing > 1.0 ? static_cast<std::uint64_t>(missing) : 1);
 }
@@ -273,7 +274,7 @@ void Recorder::LinesCame(std::vector<double> values, std::size_t lines) {
     }
     const Clock::time_point now = Clock::now();
     if (m_plan_is_due) {
-        BeginPlan(m_info, *m_limits, lines);
+        BeginPlan(*m_limits, lines);
         if (m_plan == nullptr) {
             return;
         }
@@ -322,7 +323,7 @@ void Recorder::Finish(const std::string& reason) {
     EndPlan();
     if (m_disk != nullptr) {
         m_disk->Stop();
-        if (const std::optional<Fault> fault = m_disk->Status().fault) {
+        if (const MaybeFault fault = m_disk->Status().fault) {
             m_outcome.reason = fault->text;
             m_outcome.exit_code = ExitCode::kCouldNot;
         }

@@ -68,13 +68,14 @@ class Recorder final : private LinkListener {
  private:
     using Clock = std::chrono::steady_clock;
 
-    void LinkBegan(const MasterInfo& info, AxisLimitsSource& limits) override;
+    void LinkBegan(const SourceDescription& lines, AxisLimitsSource& limits) override;
     void LinesCame(std::vector<double> values, std::size_t lines) override;
     void Interrupted(Interruption why) override;
     void ToldToQuit() override;
 
     bool ReadGraphs();
-    void BeginPlan(const MasterInfo& info, AxisLimitsSource& limits, std::size_t lines);
+    /// `lines` came just now, the first ones.
+    void BeginPlan(AxisLimitsSource& limits, std::size_t lines);
     [[nodiscard]] PlanOptions MakePlanOptions(double cycle_time) const;
     void EndPlan();
     /// The number of the first of `lines` that came just now, by the clock behind an interruption.
@@ -93,7 +94,7 @@ class Recorder final : private LinkListener {
     MasterLink m_link;
     std::unique_ptr<DiskWriter> m_disk;
     std::unique_ptr<RecordPlan> m_plan;
-    MasterInfo m_info;  // of the master whose lines come
+    SourceDescription m_lines;  // of the master whose lines come
     AxisLimitsSource* m_limits = nullptr;
     bool m_plan_is_due = false;  // with the next lines
     std::optional<Clock::time_point> m_started;

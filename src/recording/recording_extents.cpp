@@ -12,7 +12,7 @@ namespace {
 /// Lines that are read at a time where there are no levels.
 constexpr std::size_t kLinesPiece = 4096;
 
-LineRange Within(LineRange lines, LineRange limits) {
+LineSpan Within(LineSpan lines, LineSpan limits) {
     return {std::max(lines.first, limits.first), std::min(lines.end, limits.end)};
 }
 
@@ -178,7 +178,7 @@ ColumnExtent RecordingReader::ExtentOnce(std::size_t axis, std::size_t order, st
 }
 
 void RecordingReader::TakePart(std::size_t index, std::size_t axis, std::size_t order,
-                               LineRange lines, Detail detail, ColumnExtent& extent) {
+                               LineSpan lines, Detail detail, ColumnExtent& extent) {
     const ChunkEntry entry = m_index.table.Entries()[index];
     lines = Within(lines, {entry.first_line, entry.EndLine()});
     if (detail == Detail::kChunks) {
@@ -192,13 +192,13 @@ void RecordingReader::TakePart(std::size_t index, std::size_t axis, std::size_t 
     // Blocks that only end where the entry ends are whole.
     const auto block_range = [&entry](std::size_t block) {
         const std::uint64_t begin = entry.first_line + block * kLinesPerBlock;
-        return LineRange{begin, std::min(begin + kLinesPerBlock, entry.EndLine())};
+        return LineSpan{begin, std::min(begin + kLinesPerBlock, entry.EndLine())};
     };
-    std::vector<LineRange> edges;
+    std::vector<LineSpan> edges;
     if (const AxisLevels* const levels = LoadLevels(index, axis)) {
         for (std::size_t block = first_block; block < end_block; ++block) {
             const Level& level = (*levels)[order * blocks + block];
-            const LineRange range = block_range(block);
+            const LineSpan range = block_range(block);
             if (range.first >= lines.first && range.end <= lines.end) {
                 TakeBoth(extent, level);
             } else if (detail == Detail::kBlocks) {
@@ -208,12 +208,12 @@ void RecordingReader::TakePart(std::size_t index, std::size_t axis, std::size_t 
             }
         }
     }
-    for (const LineRange& edge : edges) {
+    for (const LineSpan& edge : edges) {
         TakeLines(axis, static_cast<std::int32_t>(order), edge, extent);
     }
 }
 
-void RecordingReader::TakeLines(std::size_t axis, std::int32_t order, LineRange lines,
+void RecordingReader::TakeLines(std::size_t axis, std::int32_t order, LineSpan lines,
                                 ColumnExtent& extent) {
     std::vector<double> values(static_cast<std::size_t>(lines.end - lines.first));
     std::vector<std::uint8_t> are_there(values.size());
@@ -229,7 +229,7 @@ void RecordingReader::TakeLines(std::size_t axis, std::int32_t order, LineRange 
 }
 
 ColumnExtent RecordingReader::ExtentFromLines(std::size_t axis, std::int32_t order,
-                                              LineRange lines) {
+                                              LineSpan lines) {
     ColumnExtent extent;
     if (m_index.table.CountLines(lines.first, lines.end) < lines.end - lines.first) {
         TakeMissing(extent);
@@ -255,7 +255,7 @@ ColumnExtent RecordingReader::ExtentFromLines(std::size_t axis, std::int32_t ord
     return extent;
 }
 
-void RecordingReader::SkipGap(LineRange& lines) const {
+void RecordingReader::SkipGap(LineSpan& lines) const {
     const auto& entries = m_index.table.Entries();
     const std::size_t first = m_index.table.Find(lines.first);
     if (first == entries.size()) {
@@ -269,7 +269,7 @@ void RecordingReader::SkipGap(LineRange& lines) const {
     }
 }
 
-double RecordingReader::EdgeValue(std::size_t axis, std::int32_t order, LineRange lines,
+double RecordingReader::EdgeValue(std::size_t axis, std::int32_t order, LineSpan lines,
                                   bool is_first) {
     // Mostly the very first line has it; behind a gap or NaN it is looked for.
     std::size_t most = 1;

@@ -7,7 +7,7 @@
 namespace wavo::recording {
 
 Fault MakeFault(RecordingFault code, std::string text) {
-    return {static_cast<int>(code), std::move(text)};
+    return {std::move(text), static_cast<int>(code)};
 }
 
 Fault SystemFault(RecordingFault code, const std::string& what, const std::string& path) {

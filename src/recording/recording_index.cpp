@@ -89,8 +89,8 @@ IndexReader::IndexReader(const RecordingFile& file, std::uint64_t file_size, std
       m_index(index),
       m_window(file, file_size, kStepWindow) {}
 
-std::optional<Fault> IndexReader::ReadAll() {
-    if (std::optional<Fault> fault = CheckMagic()) {
+MaybeFault IndexReader::ReadAll() {
+    if (MaybeFault fault = CheckMagic()) {
         return fault;
     }
     ReadFront();
@@ -114,7 +114,7 @@ std::optional<Fault> IndexReader::ReadAll() {
     return std::nullopt;
 }
 
-std::optional<Fault> IndexReader::CheckMagic() {
+MaybeFault IndexReader::CheckMagic() {
     const Bytes bytes = m_window.At(0, mcap::kMagic.size());
     const std::string name = "\"" + m_path + "\" ";
     if (m_size == 0) {

@@ -78,7 +78,7 @@ class IndexReader {
                 RecordingIndex& index);
 
     /// Reads the index of a file that was just opened.
-    std::optional<Fault> ReadAll();
+    MaybeFault ReadAll();
 
     /// Takes in what was written behind index.next_record since.
     void GoOn();
@@ -91,7 +91,7 @@ class IndexReader {
         ChunkHead head;
     };
 
-    std::optional<Fault> CheckMagic();
+    MaybeFault CheckMagic();
     /// Reads the records in front of the first chunk.
     void ReadFront();
     void TakeFrontRecord(const mcap::Framing& framing, std::uint64_t content);

@@ -74,7 +74,7 @@ Expected<std::unique_ptr<RecordingWriter>> RecordingNames::CreateNext(
     for (int tries = 0;; ++tries, ++number) {
         auto writer = RecordingWriter::Create(PathOf(number), head, graph_file);
         if (writer || tries == kMostTries ||
-            writer.fault().code != static_cast<int>(RecordingFault::kExists)) {
+            writer.Why().code != static_cast<int>(RecordingFault::kExists)) {
             return writer;
         }
     }

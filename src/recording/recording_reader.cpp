@@ -35,8 +35,7 @@ Expected<std::unique_ptr<RecordingReader>> RecordingReader::Open(const std::stri
         return SystemFault(RecordingFault::kCannotRead, "cannot read", path);
     }
     std::unique_ptr<RecordingReader> reader(new RecordingReader(std::move(file), path));
-    if (std::optional<Fault> fault =
-            IndexReader(reader->m_file, size, path, reader->m_index).ReadAll()) {
+    if (MaybeFault fault = IndexReader(reader->m_file, size, path, reader->m_index).ReadAll()) {
         return *fault;
     }
     reader->m_clock = LineClock(reader->Head().cycle_time, reader->Head().start_time);
@@ -57,8 +56,8 @@ std::uint64_t RecordingReader::LineCount() const {
     return m_index.table.CountLines(FirstLine(), EndLine());
 }
 
-std::vector<LineRange> RecordingReader::Gaps() const {
-    std::vector<LineRange> gaps;
+std::vector<LineSpan> RecordingReader::Gaps() const {
+    std::vector<LineSpan> gaps;
     const ChunkEntry* before = nullptr;
     for (const ChunkEntry& entry : m_index.table.Entries()) {
         if (before != nullptr && before->EndLine() < entry.first_line) {

@@ -54,11 +54,11 @@ struct ColumnExtent {
 };
 
 /// Successive lines.
-struct LineRange {
+struct LineSpan {
     std::uint64_t first = 0;
     std::uint64_t end = 0;  ///< behind the last
 
-    friend bool operator==(const LineRange&, const LineRange&) = default;
+    friend bool operator==(const LineSpan&, const LineSpan&) = default;
 };
 
 class RecordingReader {
@@ -81,7 +81,7 @@ class RecordingReader {
     /// Lines that are there.
     [[nodiscard]] std::uint64_t LineCount() const;
     /// Stretches without lines between FirstLine and EndLine.
-    [[nodiscard]] std::vector<LineRange> Gaps() const;
+    [[nodiscard]] std::vector<LineSpan> Gaps() const;
 
     /// Whether the recording was ended in order; else it was cut off, or is still being written.
     [[nodiscard]] bool IsComplete() const { return m_index.is_complete; }
@@ -152,13 +152,13 @@ class RecordingReader {
 
     ColumnExtent ExtentOnce(std::size_t axis, std::size_t order, std::uint64_t from,
                             std::uint64_t to, Detail detail);
-    void TakePart(std::size_t index, std::size_t axis, std::size_t order, LineRange lines,
+    void TakePart(std::size_t index, std::size_t axis, std::size_t order, LineSpan lines,
                   Detail detail, ColumnExtent& extent);
-    void TakeLines(std::size_t axis, std::int32_t order, LineRange lines, ColumnExtent& extent);
-    ColumnExtent ExtentFromLines(std::size_t axis, std::int32_t order, LineRange lines);
+    void TakeLines(std::size_t axis, std::int32_t order, LineSpan lines, ColumnExtent& extent);
+    ColumnExtent ExtentFromLines(std::size_t axis, std::int32_t order, LineSpan lines);
     /// Takes what lies in gaps off both ends.
-    void SkipGap(LineRange& lines) const;
-    double EdgeValue(std::size_t axis, std::int32_t order, LineRange lines, bool is_first);
+    void SkipGap(LineSpan& lines) const;
+    double EdgeValue(std::size_t axis, std::int32_t order, LineSpan lines, bool is_first);
 
     RecordingFile m_file;
     const std::string m_path;

@@ -59,8 +59,8 @@ class SummaryWriter {
 
 }  // namespace
 
-std::optional<Fault> RecordingWriter::Finish() {
-    if (std::optional<Fault> fault = Keep()) {
+MaybeFault RecordingWriter::Finish() {
+    if (MaybeFault fault = Keep()) {
         return fault;
     }
     if (!m_file.IsOpen()) {
@@ -133,7 +133,7 @@ bool RecordingWriter::CopyLevelsHead(ByteWriter& out, const ChunkPlace& place) c
                          {out.Extend(size), size});
 }
 
-std::optional<Fault> RecordingWriter::WriteSummary() {
+MaybeFault RecordingWriter::WriteSummary() {
     const std::uint64_t start = m_file_size;
     SummaryWriter summary(m_file, start);
     layout::PutSchemas(summary.out(), m_axis_names);

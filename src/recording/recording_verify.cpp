@@ -333,7 +333,7 @@ class Verifier {
 Expected<VerifyReport> VerifyRecording(const std::string& path, const VerifyProgress& progress) {
     Expected<std::unique_ptr<RecordingReader>> reader = RecordingReader::Open(path);
     if (!reader) {
-        return reader.fault();
+        return reader.Why();
     }
     RecordingFile file(platform::DataFiles().OpenForReading(path));
     VerifyReport report;

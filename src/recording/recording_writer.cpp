@@ -52,8 +52,7 @@ Expected<std::unique_ptr<RecordingWriter>> RecordingWriter::Create(
     }
     std::unique_ptr<RecordingWriter> writer(new RecordingWriter(std::move(file), path, head));
     writer->PutHead(head, graph_file);
-    if (std::optional<Fault> fault =
-            writer->Write(writer->m_piece.View(), Crc32(writer->m_piece.View()))) {
+    if (MaybeFault fault = writer->Write(writer->m_piece.View(), Crc32(writer->m_piece.View()))) {
         return *fault;
     }
     writer->BeginChunk();
@@ -89,13 +88,13 @@ void RecordingWriter::BeginChunk() {
     m_event_index.clear();
 }
 
-std::optional<Fault> RecordingWriter::Append(std::uint64_t first_line,
-                                             std::span<const double> values, std::size_t lines) {
+MaybeFault RecordingWriter::Append(std::uint64_t first_line, std::span<const double> values,
+                                   std::size_t lines) {
     for (std::size_t i = 0; i < lines; ++i) {
         const std::uint64_t line = first_line + i;
         const bool is_gap = line != m_next_line;
         if (m_chunk_lines > 0 && (is_gap || m_chunk_lines == m_lines_per_chunk)) {
-            if (std::optional<Fault> fault = EndChunk()) {
+            if (MaybeFault fault = EndChunk()) {
                 return fault;
             }
         }
@@ -143,11 +142,11 @@ void RecordingWriter::AddEvent(const Event& event) {
     m_events.PutBytes(BytesOf(ToJson(event)));
 }
 
-std::optional<Fault> RecordingWriter::Keep() {
+MaybeFault RecordingWriter::Keep() {
     return m_chunk_lines > 0 || !m_event_index.empty() ? EndChunk() : m_fault;
 }
 
-std::optional<Fault> RecordingWriter::EndChunk() {
+MaybeFault RecordingWriter::EndChunk() {
     if (m_fault) {
         return m_fault;
     }
@@ -174,8 +173,7 @@ std::optional<Fault> RecordingWriter::EndChunk() {
     PutMessageIndexes();
     place.index_length = m_piece.size() - place.length;
     PutLevels();
-    if (std::optional<Fault> fault =
-            Write(m_piece.View(), Crc32(m_piece.View(place.length), chunk_crc))) {
+    if (MaybeFault fault = Write(m_piece.View(), Crc32(m_piece.View(place.length), chunk_crc))) {
         return fault;
     }
     m_chunks.push_back(place);
@@ -234,7 +232,7 @@ void RecordingWriter::PutLevels() {
     }
 }
 
-std::optional<Fault> RecordingWriter::Write(Bytes bytes, std::uint32_t crc) {
+MaybeFault RecordingWriter::Write(Bytes bytes, std::uint32_t crc) {
     if (m_fault) {
         return m_fault;
     }

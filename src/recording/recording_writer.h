@@ -57,17 +57,16 @@ class RecordingWriter {
     /// Takes successive lines, a double per axis each, the first of them with the number
     /// `first_line`. Writes and syncs each chunk that becomes full. Returns why it could not.
     /// REQUIRES: `values` are whole lines; no line goes back behind NextLine().
-    std::optional<Fault> Append(std::uint64_t first_line, std::span<const double> values,
-                                std::size_t lines);
+    MaybeFault Append(std::uint64_t first_line, std::span<const double> values, std::size_t lines);
 
     /// Takes an event. It is written with the chunk that is being filled.
     void AddEvent(const Event& event);
 
     /// Writes and syncs what has been taken so far.
-    std::optional<Fault> Keep();
+    MaybeFault Keep();
 
     /// Writes and syncs what is left, and the index, and closes the file.
-    std::optional<Fault> Finish();
+    MaybeFault Finish();
 
     [[nodiscard]] const std::string& path() const { return m_path; }
     /// The number behind the last line that was taken; 0 before the first.
@@ -84,18 +83,18 @@ class RecordingWriter {
     void PutHead(const RecordingHead& head, const std::optional<GraphFile>& graph_file);
     void PutLine(std::uint64_t line, const double* values);
     void BeginChunk();
-    std::optional<Fault> EndChunk();
+    MaybeFault EndChunk();
     /// CRC of each block of the lines; returns the CRC of all records.
     std::uint32_t TakeCrcs(std::size_t lines_size);
     void PutMessageIndexes();
     void PutLevels();
-    std::optional<Fault> Write(Bytes bytes, std::uint32_t crc);
+    MaybeFault Write(Bytes bytes, std::uint32_t crc);
     Fault Failed();
 
     void PutStatistics(ByteWriter& out) const;
     static void PutChunkIndex(ByteWriter& out, const ChunkPlace& place);
     bool CopyLevelsHead(ByteWriter& out, const ChunkPlace& place) const;
-    std::optional<Fault> WriteSummary();
+    MaybeFault WriteSummary();
 
     // Constant after construction.
     const std::string m_path;
@@ -108,7 +107,7 @@ class RecordingWriter {
     RecordingFile m_file;
     std::uint64_t m_file_size = 0;
     std::uint32_t m_file_crc = 0;
-    std::optional<Fault> m_fault;
+    MaybeFault m_fault;
     std::uint64_t m_next_line = 0;
     std::uint64_t m_kept_lines = 0;
     std::uint64_t m_kept_end = 0;

@@ -1,46 +1,48 @@
-// One way to fail: a function returns what it was asked for, or a fault that says why not.
-//
-//   Expected<Recording> recording = Recording::Open(path);
-//   if (!recording) {
-//       Show(recording.fault().text);
-//   }
+// The one way in which calls say that they failed and why, but for the published ones that have a
+// form of their own.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
 
 namespace wavo {
 
-/// Why something could not be done.
+/// Why something failed: in words for the user or the log, and a number for programs.
 struct Fault {
-    int code = 0;      ///< of the part that failed, for those who tell faults apart
-    std::string text;  ///< for the user, without a full stop
+    std::string text;
+    int code = 0;  ///< of the operating system or of the one who reports it; 0 for none
 
     friend bool operator==(const Fault&, const Fault&) = default;
 };
 
-/// A value, or the fault that kept it from being there.
-template <class T>
-class [[nodiscard]] Expected {
- public:
-    Expected(T value) : m_content(std::in_place_index<0>, std::move(value)) {}
-    Expected(Fault fault) : m_content(std::in_place_index<1>, std::move(fault)) {}
+/// Nothing, or why there is a fault: what calls return that have no other result.
+using MaybeFault = std::optional<Fault>;
 
-    [[nodiscard]] bool HasValue() const { return m_content.index() == 0; }
+/// A result, or why there is none.
+template <typename Value>
+class Expected {
+ public:
+    // NOLINTBEGIN(google-explicit-constructor): both are returned as they are
+    Expected(Value value) : m_state(std::in_place_index<0>, std::move(value)) {}
+    Expected(Fault fault) : m_state(std::in_place_index<1>, std::move(fault)) {}
+    // NOLINTEND(google-explicit-constructor)
+
+    [[nodiscard]] bool HasValue() const { return m_state.index() == 0; }
     explicit operator bool() const { return HasValue(); }
 
     /// REQUIRES: HasValue().
-    [[nodiscard]] T& operator*() { return *std::get_if<0>(&m_content); }
-    [[nodiscard]] const T& operator*() const { return *std::get_if<0>(&m_content); }
-    [[nodiscard]] T* operator->() { return std::get_if<0>(&m_content); }
-    [[nodiscard]] const T* operator->() const { return std::get_if<0>(&m_content); }
+    [[nodiscard]] Value& operator*() { return std::get<0>(m_state); }
+    [[nodiscard]] const Value& operator*() const { return std::get<0>(m_state); }
+    [[nodiscard]] Value* operator->() { return &std::get<0>(m_state); }
+    [[nodiscard]] const Value* operator->() const { return &std::get<0>(m_state); }
 
     /// REQUIRES: !HasValue().
-    [[nodiscard]] const Fault& fault() const { return *std::get_if<1>(&m_content); }
+    [[nodiscard]] const Fault& Why() const { return std::get<1>(m_state); }
 
  private:
-    std::variant<T, Fault> m_content;
+    std::variant<Value, Fault> m_state;
 };
 
 }  // namespace wavo

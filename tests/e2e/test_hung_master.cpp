@@ -68,7 +68,7 @@ TEST_F(HungMaster, IsToldByALookupAndAskedAgainWhenItIsBack) {
     DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
     Open({"X"});
     ASSERT_TRUE(WaitForLines(200));
-    AxisLimitsSource& limits = View().Capabilities();
+    AxisLimitsSource& limits = View().Work().Source().Limits();
     ASSERT_TRUE(limits.FindAxis("X"));
     master.Freeze();
     for (int i = 0; i < 50; ++i) {
@@ -77,7 +77,7 @@ TEST_F(HungMaster, IsToldByALookupAndAskedAgainWhenItIsBack) {
         EXPECT_EQ(found->upper_limit, 34.0);
     }
     EXPECT_EQ(Message(), kHung);
-    EXPECT_TRUE(Cycle().IsMasterKnown());
+    EXPECT_TRUE(Cycle().Source().IsPresent());
     master.Thaw();
     ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 500));
     EXPECT_EQ(Message(), kConnected);
@@ -114,23 +114,23 @@ TEST_F(HungMaster, AnAxisThatIsAddedWithTheEditorFreezesNothing) {
     DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6,Y=-1:1:1:1"});
     Open({"X"});
     ASSERT_TRUE(WaitForLines(200));
-    ASSERT_TRUE(View().Capabilities().FindAxis("X"));
-    View().ShowGraphEditor();
+    ASSERT_TRUE(View().Work().Source().Limits().FindAxis("X"));
+    View().Commands().ShowGraphEditor();
     ASSERT_NO_FATAL_FAILURE(ExpectNoFreeze(master, false, [this] {
         auto* const add = FindControl<QWidget>(View().Editor(), static_cast<int>(kAddYAxis));
         QTest::mouseClick(add, Qt::LeftButton, {}, QPoint(8, add->height() / 2));
     }));
-    EXPECT_THAT(View().Board().Graphs()[0].YCoorAxName, SizeIs(Gt(1U)));
+    EXPECT_THAT(View().Work().Graphs().Graphs()[0].YCoorAxName, SizeIs(Gt(1U)));
 }
 
 TEST_F(HungMaster, ManyLookupsFreezeNothing) {
     DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
     Open({"X"});
     ASSERT_TRUE(WaitForLines(200));
-    ASSERT_TRUE(View().Capabilities().FindAxis("X"));
+    ASSERT_TRUE(View().Work().Source().Limits().FindAxis("X"));
     ASSERT_NO_FATAL_FAILURE(ExpectNoFreeze(master, false, [this] {
         for (int i = 0; i < 50; ++i) {
-            EXPECT_TRUE(View().Capabilities().FindAxis("X"));
+            EXPECT_TRUE(View().Work().Source().Limits().FindAxis("X"));
         }
     }));
 }
@@ -138,12 +138,12 @@ TEST_F(HungMaster, ManyLookupsFreezeNothing) {
 TEST_F(HungMaster, OpeningAGraphFileFreezesNothing) {
     DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
     Open({"X"});
-    const std::string file = View().Files().CurrentPath();
-    View().Execute(CommandId::kSave);  // with the settings
-    View().SetRecentFiles([file](int) { return file; });
-    ASSERT_NO_FATAL_FAILURE(
-        ExpectNoFreeze(master, false, [this] { View().Execute(CommandId::kRecentFile); }));
-    EXPECT_THAT(View().Board().Graphs(), SizeIs(1));
+    const std::string file = View().Work().Files().CurrentPath();
+    View().Commands().Execute(CommandId::kSave);  // with the settings
+    View().Commands().SetRecentFiles([file](int) { return file; });
+    ASSERT_NO_FATAL_FAILURE(ExpectNoFreeze(
+        master, false, [this] { View().Commands().Execute(CommandId::kRecentFile); }));
+    EXPECT_THAT(View().Work().Graphs().Graphs(), SizeIs(1));
 }
 
 TEST_F(HungMaster, TheFirstBatchOfAViewerWithoutGraphsFreezesNothing) {
@@ -160,7 +160,7 @@ TEST_F(HungMaster, TheFirstBatchOfAViewerWithoutGraphsFreezesNothing) {
         master.Thaw();
         ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
         EXPECT_EQ(Message(), kConnected);
-        EXPECT_THAT(View().Board().Graphs(), SizeIs(1));
+        EXPECT_THAT(View().Work().Graphs().Graphs(), SizeIs(1));
         Close();
         ASSERT_TRUE(master.End());
     }

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "expect_errors.h"
+#include "master_link_of.h"
 #include "platform/message_window.h"
 #include "platform/posix/descriptor.h"
 #include "platform/posix/message_packet.h"
@@ -44,7 +45,7 @@ class Flooded : public Viewer {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         const std::string path = qEnvironmentVariable("XDG_RUNTIME_DIR").toStdString() + "/wavo/" +
-                                 std::to_string(View().Window());
+                                 std::to_string(testing::MasterLinkOf(View()).Window());
         std::memcpy(address.sun_path, path.c_str(), path.size());
         if (::connect(socket.number(), reinterpret_cast<const sockaddr*>(&address),
                       sizeof address) != 0) {
@@ -85,7 +86,8 @@ class Flooded : public Viewer {
                 }
             }
             ASSERT_FALSE(HasFailure()) << "at " << i;
-            if (std::exchange(answered, Cycle().BatchesAnswered()) != Cycle().BatchesAnswered()) {
+            if (std::exchange(answered, Cycle().Counters().batches_answered) !=
+                Cycle().Counters().batches_answered) {
                 longest_pause = std::max<std::int64_t>(longest_pause, pause.restart());
             }
         }
@@ -107,7 +109,7 @@ class Flooded : public Viewer {
         const auto flooder = OtherWindow();
         ExpectUndisturbed(count, [&](std::uint64_t i) {
             flooder->Dispatch();
-            return flooder->Post(View().Window(), message(i));
+            return flooder->Post(testing::MasterLinkOf(View()).Window(), message(i));
         });
         ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 500));
     }
@@ -149,7 +151,7 @@ TEST_F(Flooded, AMillionNoticesOfNewCapabilitiesAskTheMasterForNothing) {
     DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
     Connect();
     ASSERT_TRUE(WaitForLines(100));
-    AxisLimitsSource& limits = View().Capabilities();
+    AxisLimitsSource& limits = View().Work().Source().Limits();
     ASSERT_TRUE(limits.FindAxis("X"));
     ExpectUndisturbedBy(1'000'000, [](std::uint64_t i) {
         return platform::Message{0x52F, i, static_cast<std::int64_t>(~i)};
@@ -224,7 +226,7 @@ TEST_F(Flooded, BatchesThatNobodyAnnouncedAreEmptyAndCounted) {
     ASSERT_TRUE(WaitForLines(1000));
     const auto flooder = OtherWindow();
     for (int i = 0; i < 2000; ++i) {
-        ASSERT_TRUE(flooder->Post(View().Window(), {0x52C, 1, 0}));
+        ASSERT_TRUE(flooder->Post(testing::MasterLinkOf(View()).Window(), {0x52C, 1, 0}));
     }
     const std::uint64_t before = Cycle().Counters().batches_announced;
     ASSERT_TRUE(WaitFor([&] {
@@ -275,7 +277,7 @@ TEST_F(Flooded, AViewerThatFindsNoDescriptorsSaysSoAndConnectsWhenThereAreSome) 
     {
         const ExpectAnyErrorLog expected;
         View().OnInitialUpdate(file);
-        EXPECT_EQ(View().Window(), 0U);
+        EXPECT_EQ(testing::MasterLinkOf(View()).Window(), 0U);
     }
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
     TakeBoxes();

@@ -40,7 +40,7 @@ TEST_F(Windows, LinesAreTakenAndAnsweredWhileAMenuOfTheSystemIsOpen) {
     ASSERT_TRUE(WaitForLines(200));
     std::uint64_t first = 0;
     std::uint64_t last = 0;
-    QObject::connect(&View(), &CWavoView::BatchShown, m_frame.get(), [&](quint64 total) {
+    QObject::connect(&View().News(), &ViewNews::BatchShown, m_frame.get(), [&](quint64 total) {
         if (!IsMenuOpen()) {
             return;
         }
@@ -56,7 +56,7 @@ TEST_F(Windows, LinesAreTakenAndAnsweredWhileAMenuOfTheSystemIsOpen) {
     EXPECT_THAT(TakeBoxes(), IsEmpty());
     const auto totals = master.End();
     ASSERT_TRUE(totals);
-    EXPECT_EQ(totals->batches_answered, Cycle().BatchesAnswered());
+    EXPECT_EQ(totals->batches_answered, Cycle().Counters().batches_answered);
     EXPECT_EQ(totals->overruns, 0U);
 }
 
@@ -64,9 +64,9 @@ TEST_F(Windows, TheMastersQuitClosesAMenuOfTheSystem) {
     DemoMaster master({"--motion", "circle", "--fault", "quit", "--fault-after", "1000"});
     Open({"X"});
     bool menu_was_open = false;
-    QObject::connect(&View(), &CWavoView::BatchShown, m_frame.get(),
+    QObject::connect(&View().News(), &ViewNews::BatchShown, m_frame.get(),
                      [&] { menu_was_open = menu_was_open || IsMenuOpen(); });
-    QSignalSpy quit(&View(), &CWavoView::QuitRequested);
+    QSignalSpy quit(&View().News(), &ViewNews::QuitRequested);
     bool gave_up = false;
     QTimer::singleShot(20000, m_frame.get(), [&] {
         gave_up = true;

@@ -31,7 +31,7 @@ class Viewer : public ::testing::Test {
     void Close() { m_frame.reset(); }
 
     CWavoView& View() { return m_frame->View(); }
-    const AcquisitionCycle& Cycle() { return m_frame->View().Acquisition(); }
+    const Acquisition& Cycle() { return m_frame->View().Work().Values(); }
 
     /// Keeps the events going until the condition holds.
     static bool WaitFor(const std::function<bool()>& condition, int milliseconds = 20000) {

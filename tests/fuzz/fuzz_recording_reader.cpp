@@ -1,5 +1,5 @@
-// Any bytes as a recording: opening, reading, looking at stretches and verifying end in bounded time,
-// and what is said of one line does not depend on how it was asked for.
+// Any bytes as a recording: opening, reading, looking at stretches and verifying end in bounded
+// time, and what is said of one line does not depend on how it was asked for.
 
 #include <algorithm>
 #include <bit>
@@ -53,7 +53,7 @@ void TestOne(std::string_view content) {
     auto reader = RecordingReader::Open(kPath);
     const auto report = VerifyRecording(kPath, nullptr);
     if (!reader) {
-        Require(!reader.fault().text.empty());
+        Require(!reader.Why().text.empty());
         return;
     }
     Require((*reader)->LineCount() <= (*reader)->EndLine() - (*reader)->FirstLine());

@@ -140,8 +140,8 @@ QImage HugeNumbers200() {
 
 QImage LinesIn(std::int32_t x_lines, std::int32_t y_lines) {
     ScopeLooks looks = Looks(QSize(400, 160));
-    looks.settings.scale_lines_x = x_lines;
-    looks.settings.scale_lines_y = y_lines;
+    looks.scale_lines_x = x_lines;
+    looks.scale_lines_y = y_lines;
     return PictureOf(Curves(1), Values(1), looks);
 }
 

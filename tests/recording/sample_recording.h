@@ -127,7 +127,7 @@ inline recording::RecordingHead MakeHead(std::size_t axes, double cycle_time = 0
     return head;
 }
 
-inline void RequireNoFault(const std::optional<Fault>& fault) {
+inline void RequireNoFault(const MaybeFault& fault) {
     ASSERT_FALSE(fault.has_value()) << fault->text;
 }
 

@@ -122,8 +122,8 @@ TEST_F(DamagedRecording, CutAtEveryByteItGivesItsWholeChunks) {
         SCOPED_TRACE(size);
         auto reader = Open(m_file.substr(0, size));
         if (!reader) {
-            ASSERT_LT(size, first_chunk) << reader.fault().text;
-            ASSERT_THAT(reader.fault().text,
+            ASSERT_LT(size, first_chunk) << reader.Why().text;
+            ASSERT_THAT(reader.Why().text,
                         AnyOf("\"a.mcap\" is empty",
                               "\"a.mcap\" was cut off before it says what it holds"));
             continue;
@@ -177,7 +177,7 @@ TEST_F(DamagedRecording, AnyBitFlippedCostsAChunkAtMostAndIsFound) {
     FlipEveryBit(m_file, [this](const std::string& file, std::size_t byte) {
         auto reader = Open(file);
         if (!reader) {
-            ASSERT_LT(byte, mcap::kMagic.size()) << reader.fault().text;
+            ASSERT_LT(byte, mcap::kMagic.size()) << reader.Why().text;
             return;
         }
         std::size_t missing = 0;
@@ -247,7 +247,7 @@ TEST_F(DamagedRecording, AChunkThatIsDamagedIsAGapAndTold) {
     EXPECT_THAT((*reader)->Notices(),
                 ElementsAre("lines 33 to 65 (2025-08-01 14:00:01.113 UTC) are damaged and left "
                             "out"));
-    EXPECT_THAT((*reader)->Gaps(), ElementsAre(LineRange{33, 66}, LineRange{80, 100}));
+    EXPECT_THAT((*reader)->Gaps(), ElementsAre(LineSpan{33, 66}, LineSpan{80, 100}));
     m_lines.Remove(33, 66);
     EXPECT_EQ(CompareLines(**reader, m_lines), "");
     for (int order = 0; order < 4; ++order) {
@@ -330,16 +330,16 @@ TEST(NotARecording, IsToldInWords) {
     const auto text_of = [&files](std::string_view content) {
         files.Put(kPath, content);
         const auto reader = RecordingReader::Open(kPath);
-        return reader ? std::string() : reader.fault().text;
+        return reader ? std::string() : reader.Why().text;
     };
     EXPECT_EQ(text_of(""), "\"a.mcap\" is empty");
     EXPECT_EQ(text_of("X,Y\r\n1,2\r\n"), "\"a.mcap\" is not a recording");
     EXPECT_EQ(text_of("X"), "\"a.mcap\" is not a recording");
     EXPECT_EQ(text_of("\x89MCAP1\r\n"), "\"a.mcap\" is of another version of the container format");
     EXPECT_EQ(text_of("\x89MCAP0\r\n"), "\"a.mcap\" was cut off before it says what it holds");
-    EXPECT_EQ(RecordingReader::Open("none.mcap").fault().code,
+    EXPECT_EQ(RecordingReader::Open("none.mcap").Why().code,
               static_cast<int>(RecordingFault::kCannotOpen));
-    EXPECT_THAT(RecordingReader::Open("none.mcap").fault().text,
+    EXPECT_THAT(RecordingReader::Open("none.mcap").Why().text,
                 HasSubstr("cannot open \"none.mcap\": "));
     // Another program's file: a channel of another kind.
     ByteWriter other;
@@ -382,7 +382,7 @@ TEST_F(DamagedRecording, MoreThanFourGigabytesAreReadAtTheirPlaces) {
     std::ofstream(path, std::ios::binary | std::ios::app) << file.substr(front);
     const platform::DataFileOperationsOverride system(platform::SystemDataFiles());
     auto reader = RecordingReader::Open(path);
-    ASSERT_TRUE(reader) << reader.fault().text;
+    ASSERT_TRUE(reader) << reader.Why().text;
     EXPECT_EQ(CompareLines(**reader, m_lines), "");
     EXPECT_EQ((*reader)->ReadGraphFile()->text, "[GENERAL]\n");
     EXPECT_THAT((*reader)->Notices(), IsEmpty());
@@ -399,7 +399,7 @@ TEST_F(DamagedRecording, FiveGigabytesOfNothingAreNoRecording) {
     }
     const platform::DataFileOperationsOverride system(platform::SystemDataFiles());
     auto reader = RecordingReader::Open(path);
-    ASSERT_TRUE(reader) << reader.fault().text;
+    ASSERT_TRUE(reader) << reader.Why().text;
     EXPECT_EQ(CompareLines(**reader, m_lines), "");
     EXPECT_FALSE((*reader)->IsComplete());
 }

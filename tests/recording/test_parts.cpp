@@ -217,7 +217,7 @@ class OthersFile : public ::testing::Test {
     std::unique_ptr<RecordingReader> Open() {
         m_files.Put("a.mcap", {reinterpret_cast<const char*>(m_out.data()), m_out.size()});
         auto reader = RecordingReader::Open("a.mcap");
-        EXPECT_TRUE(reader) << reader.fault().text;
+        EXPECT_TRUE(reader) << reader.Why().text;
         return reader ? std::move(*reader) : nullptr;
     }
 
@@ -236,7 +236,7 @@ TEST_F(OthersFile, GapsMayStandWithinAChunk) {
     EndChunk();
     const auto reader = Open();
     ASSERT_TRUE(reader);
-    EXPECT_THAT(reader->Gaps(), ElementsAre(LineRange{3, 10}, LineRange{12, 500}));
+    EXPECT_THAT(reader->Gaps(), ElementsAre(LineSpan{3, 10}, LineSpan{12, 500}));
     std::vector<double> values(14);
     reader->ReadValues(0, 1, 0, -1.0, values);
     EXPECT_THAT(values, ElementsAre(-1.0, 1000.0, 1000.0, -1, -1, -1, -1, -1, -1, -1, -1, 1000.0,
@@ -255,7 +255,7 @@ TEST_F(OthersFile, LinesWithoutNumbersHaveThatOfTheirTime) {
     EndChunk();
     const auto reader = Open();
     ASSERT_TRUE(reader);
-    EXPECT_THAT(reader->Gaps(), ElementsAre(LineRange{8, 9}));
+    EXPECT_THAT(reader->Gaps(), ElementsAre(LineSpan{8, 9}));
     std::vector<double> line(1);
     EXPECT_TRUE(reader->ReadLine(9, line));
     EXPECT_EQ(line[0], 9.0);
@@ -268,8 +268,8 @@ TEST_F(OthersFile, ChunksThatAreCompressedAreRefused) {
     m_files.Put("a.mcap", {reinterpret_cast<const char*>(m_out.data()), m_out.size()});
     const auto reader = RecordingReader::Open("a.mcap");
     ASSERT_FALSE(reader);
-    EXPECT_EQ(reader.fault().text, "\"a.mcap\" is compressed (lz4), which cannot be read");
-    EXPECT_EQ(reader.fault().code, static_cast<int>(RecordingFault::kUnsupported));
+    EXPECT_EQ(reader.Why().text, "\"a.mcap\" is compressed (lz4), which cannot be read");
+    EXPECT_EQ(reader.Why().code, static_cast<int>(RecordingFault::kUnsupported));
 }
 
 TEST_F(OthersFile, AMessageOfNoChannelIsDamage) {

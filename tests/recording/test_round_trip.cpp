@@ -27,7 +27,7 @@ class RoundTrip : public ::testing::Test {
  protected:
     void Create(const RecordingHead& head, const std::optional<GraphFile>& graph = std::nullopt) {
         auto writer = RecordingWriter::Create(m_folder.File("a.mcap"), head, graph);
-        ASSERT_TRUE(writer) << writer.fault().text;
+        ASSERT_TRUE(writer) << writer.Why().text;
         m_writer = std::move(*writer);
         m_lines.emplace(head.cycle_time);
     }
@@ -41,7 +41,7 @@ class RoundTrip : public ::testing::Test {
     }
     void Open() {
         auto reader = RecordingReader::Open(m_folder.File("a.mcap"));
-        ASSERT_TRUE(reader) << reader.fault().text;
+        ASSERT_TRUE(reader) << reader.Why().text;
         m_reader = std::move(*reader);
     }
 
@@ -127,7 +127,7 @@ TEST_F(RoundTrip, SoTheyAreWithGapsAndStrangeValues) {
     Add(2701, MakeLines(2, 64, 5, true));
     FinishAndOpen();
     EXPECT_THAT(m_reader->Gaps(),
-                ElementsAre(LineRange{6, 10}, LineRange{912, 2000}, LineRange{2700, 2701}));
+                ElementsAre(LineSpan{6, 10}, LineSpan{912, 2000}, LineSpan{2700, 2701}));
     EXPECT_EQ(m_reader->LineCount(), 1667U);
     EXPECT_EQ(CompareLines(*m_reader, *m_lines), "");
     CompareExtents(600, 200);
@@ -143,7 +143,7 @@ TEST_F(RoundTrip, AnEvenAndAnOddNumberOfAxesAndNone) {
         Append(**writer, 0, lines);
         RequireNoFault((*writer)->Finish());
         auto reader = RecordingReader::Open(folder.File("a.mcap"));
-        ASSERT_TRUE(reader) << reader.fault().text;
+        ASSERT_TRUE(reader) << reader.Why().text;
         PlainLines plain(0.001);
         plain.Add(0, lines);
         EXPECT_EQ(CompareLines(**reader, plain), "");
@@ -222,7 +222,7 @@ TEST_F(RoundTrip, AFileThatIsThereIsNeverReplaced) {
     Create(MakeHead(1));
     const auto second = RecordingWriter::Create(m_folder.File("a.mcap"), MakeHead(1), std::nullopt);
     ASSERT_FALSE(second);
-    EXPECT_EQ(second.fault().code, static_cast<int>(RecordingFault::kExists));
+    EXPECT_EQ(second.Why().code, static_cast<int>(RecordingFault::kExists));
 }
 
 TEST_F(RoundTrip, WhatGrowsIsSeenGrowing) {

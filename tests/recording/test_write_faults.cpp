@@ -35,12 +35,12 @@ std::vector<double> Flat(const std::vector<std::vector<double>>& lines) {
 }
 
 /// Writes a recording until something fails. Returns the fault, if any, and the lines kept.
-std::optional<Fault> WriteUntilFault(const std::string& path, std::uint64_t& kept) {
+MaybeFault WriteUntilFault(const std::string& path, std::uint64_t& kept) {
     auto writer = RecordingWriter::Create(path, MakeHead(kTwoAxes, 0.01), std::nullopt);
     if (!writer) {
-        return writer.fault();
+        return writer.Why();
     }
-    std::optional<Fault> fault;
+    MaybeFault fault;
     for (std::uint64_t first = 0; first < 450 && !fault; first += 50) {
         fault = (*writer)->Append(first, Flat(MakeLines(kTwoAxes, 50, 1)), 50);
         (*writer)->AddEvent({kEventTrigger, first, 0, ""});
@@ -79,7 +79,7 @@ TEST(RecordingDisk, FailingAtAnyCallCostsWhatWasNotKept) {
             {
                 FaultyDataFiles files;
                 files.FailFrom(call, error);
-                const std::optional<Fault> fault = WriteUntilFault(path, kept);
+                const MaybeFault fault = WriteUntilFault(path, kept);
                 ASSERT_TRUE(fault);
                 EXPECT_THAT(fault->text, HasSubstr(path));
                 EXPECT_EQ(fault->code, static_cast<int>(RecordingFault::kCannotWrite));
@@ -103,7 +103,7 @@ TEST(RecordingDisk, FaultsAreToldWithTheFileAndTheReason) {
     std::uint64_t kept = 0;
     FaultyDataFiles files;
     files.FailFrom(3, ENOSPC);
-    const std::optional<Fault> fault = WriteUntilFault(path, kept);
+    const MaybeFault fault = WriteUntilFault(path, kept);
     ASSERT_TRUE(fault);
     EXPECT_EQ(fault->text, "cannot write \"" + path + "\": " + platform::ErrorText(ENOSPC));
 }
@@ -113,7 +113,7 @@ TEST(RecordingDisk, WithoutItsFolderNothingIsMade) {
     const std::string path = folder.File("none") + "/a.mcap";
     const auto writer = RecordingWriter::Create(path, MakeHead(1), std::nullopt);
     ASSERT_FALSE(writer);
-    EXPECT_THAT(writer.fault().text, HasSubstr("cannot make \"" + path + "\": "));
+    EXPECT_THAT(writer.Why().text, HasSubstr("cannot make \"" + path + "\": "));
 }
 
 TEST(RecordingDisk, AFolderThatVanishesTakesTheRecordingAlong) {
@@ -138,7 +138,7 @@ TEST(RecordingDisk, ReadingThatFailsIsAGapOrAFault) {
         files.FailReadsFrom(call, EIO);
         auto reader = RecordingReader::Open(path);
         if (!reader) {
-            EXPECT_THAT(reader.fault().text, HasSubstr(path));
+            EXPECT_THAT(reader.Why().text, HasSubstr(path));
             continue;
         }
         std::vector<double> line(kTwoAxes);
@@ -158,7 +158,7 @@ TEST(RecordingDisk, CyclesThatNoTimeHasAreRefused) {
         const auto writer =
             RecordingWriter::Create(folder.File("a.mcap"), MakeHead(1, cycle), std::nullopt);
         ASSERT_FALSE(writer);
-        EXPECT_EQ(writer.fault().text,
+        EXPECT_EQ(writer.Why().text,
                   "cannot record lines with a cycle time below 1 ns or above 1e6 s");
     }
     EXPECT_FALSE(fs::exists(folder.File("a.mcap")));

@@ -29,23 +29,30 @@ const std::map<std::string, Layer>& Layers() {
     static const std::map<std::string, Layer> layers = {
         {"platform", {{}}},
         {"support", {{"platform"}}},
+        {"settings", {{"support", "platform"}}},
+        {"source", {{"support"}}},
+        {"link", {{"source", "support", "platform"}}},
         {"link", {{"support", "platform"}}},
-        {"recording", {{"support", "platform"}}},
+        {"recording", {{"source", "support", "platform"}}},
         {"graph/model", {{"link/axis_capabilities.h", "support"}}},
-        {"graph/values", {{"support"}}},
-        {"graph/draw", {{"graph/model", "graph/values", "support"}, true}},
+        {"graph/values", {{"source", "support"}}},
+        {"graph/draw", {{"source", "graph/model", "graph/values", "settings", "support"}, true}},
+        {"session",
+         {{"source", "link", "graph/model", "graph/values", "settings", "support", "platform"}}},
         {"ui/dialogs",
          {{"graph/model", "graph/values", "graph/draw/colors.h", "graph/draw/display_settings.h",
-           "link/axis_capabilities.h", "support"},
+           "link/axis_capabilities.h", "settings", "support"},
           true}},
         {"view",
-         {{"ui/dialogs", "graph/model", "graph/values", "graph/draw", "link", "support",
-           "platform"},
+         {{"session", "source", "ui/dialogs", "graph/model", "graph/values", "graph/draw", "link",
+           "settings", "support", "platform"},
           true}},
         {"ui/shell",
-         {{"view", "ui/dialogs", "graph/model", "graph/values", "graph/draw", "link", "support",
-           "platform"},
+         {{"view", "session", "ui/dialogs", "graph/model", "graph/values", "graph/draw", "link",
+           "settings", "support", "platform"},
           true}},
+        {"recorder", {{"recording", "graph/model", "graph/values", "link", "support", "platform"}}},
+        {"programs", {{"recorder", "recording", "support", "platform"}}},
         {"master",
          {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "support",
            "platform"}}},
@@ -53,7 +60,8 @@ const std::map<std::string, Layer>& Layers() {
     return layers;
 }
 
-/// The layer that a path (relative to src, or beginning with "master/") lies in; empty for none.
+/// The layer that a path (relative to src, or beginning with "master/" or "programs/") lies in;
+/// empty for none.
 std::string LayerOf(const std::string& path) {
     for (const auto& [name, layer] : Layers()) {
         if (path.starts_with(name + "/")) {
@@ -138,7 +146,8 @@ TEST(Layers, EverySourceKeepsToTheTable) {
     std::size_t files = 0;
     const fs::path root(WAVO_SOURCE_DIR);
     for (const auto& [folder, base] :
-         {std::pair{root / "src", root / "src"}, std::pair{root / "master", root}}) {
+         {std::pair{root / "src", root / "src"}, std::pair{root / "master", root},
+          std::pair{root / "programs", root}}) {
         for (const auto& entry : fs::recursive_directory_iterator(folder)) {
             const std::string extension = entry.path().extension().string();
             if (extension != ".h" && extension != ".cpp") {
