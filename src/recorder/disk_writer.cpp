@@ -192,10 +192,12 @@ void DiskWriter::Close() {
             Note(fault);
         } else {
             ReleaseKept();
+            m_others += m_writer->FileSize();
             Forget();
         }
     }
     ReleaseKept();
+    RemoveBeyondLimit();  // with the index at the end it is larger than it was
 }
 
 void DiskWriter::Forget() {
@@ -246,8 +248,8 @@ bool DiskWriter::RemoveOldest() {
 }
 
 void DiskWriter::RemoveBeyondLimit() {
-    while (m_options.keep > 0 && m_writer != nullptr && m_others > 0 &&
-           m_others + m_writer->FileSize() > m_options.keep && RemoveOldest()) {
+    const std::uint64_t present = m_writer != nullptr ? m_writer->FileSize() : 0;
+    while (m_options.keep > 0 && m_others + present > m_options.keep && RemoveOldest()) {
     }
 }
 

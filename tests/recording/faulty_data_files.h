@@ -3,7 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/data_file.h"
@@ -21,6 +24,15 @@ class FaultyDataFiles final : public platform::DataFileOperations {
         m_fail_from = number;
         m_error = error;
     }
+    /// Makes only this one fail.
+    void FailOnce(int number, int error) {
+        m_fail_once = number;
+        m_error = error;
+    }
+    /// What there is room for, whatever the disk has.
+    void SetFreeSpace(std::uint64_t bytes) { m_free_space = bytes; }
+    /// Called before each call that changes a file.
+    void SetBeforeChange(std::function<void()> action) { m_before_change = std::move(action); }
     /// Makes the reads fail from number `number` (from 0) on.
     void FailReadsFrom(int number, int error) {
         m_fail_reads_from = number;
@@ -67,7 +79,8 @@ class FaultyDataFiles final : public platform::DataFileOperations {
     }
     bool RemoveUnused(const std::string& path) override { return m_system.RemoveUnused(path); }
     bool FreeSpace(const std::string& folder, std::uint64_t& bytes) override {
-        return m_system.FreeSpace(folder, bytes);
+        bytes = m_free_space.value_or(0);
+        return m_free_space || m_system.FreeSpace(folder, bytes);
     }
     bool List(const std::string& folder, std::vector<platform::FolderFile>& files) override {
         return m_system.List(folder, files);
@@ -77,7 +90,11 @@ class FaultyDataFiles final : public platform::DataFileOperations {
     static constexpr int kNever = 1'000'000'000;
 
     bool Fails() {
-        if (m_changes++ < m_fail_from) {
+        if (m_before_change) {
+            m_before_change();
+        }
+        const int number = m_changes++;
+        if (number < m_fail_from && number != m_fail_once) {
             return false;
         }
         platform::SetLastError(m_error);
@@ -86,7 +103,10 @@ class FaultyDataFiles final : public platform::DataFileOperations {
 
     platform::DataFileOperations& m_system = platform::SystemDataFiles();
     int m_fail_from = kNever;
+    int m_fail_once = kNever;
     int m_fail_reads_from = kNever;
+    std::optional<std::uint64_t> m_free_space;
+    std::function<void()> m_before_change;
     int m_error = 0;
     int m_changes = 0;
     int m_reads = 0;
