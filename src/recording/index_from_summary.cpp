@@ -128,8 +128,12 @@ bool IndexReader::CollectSummary(std::uint64_t start, std::uint64_t end) {
                     }
                     return true;
                 }
+                case Opcode::kAttachmentIndex: {
+                    ByteReader reader(content);
+                    TakeAttachment({reader.Take<std::uint64_t>(), reader.Take<std::uint64_t>()});
+                    return true;
+                }
                 case Opcode::kStatistics:
-                case Opcode::kAttachmentIndex:
                     return true;
                 default:
                     return framing.opcode >= Opcode::kExtremes;

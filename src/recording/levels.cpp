@@ -159,7 +159,6 @@ LevelBuilder::LevelBuilder(std::size_t axes, double cycle_time)
     : m_axes(axes),
       m_divisors{1.0, DerivationDivisor(cycle_time, 1), DerivationDivisor(cycle_time, 2)},
       m_lanes((axes + 1) / 2),
-      m_line(2 * m_lanes.size()),
       m_blocks(axes) {
     BeginBlock();
 }
@@ -175,56 +174,75 @@ void LevelBuilder::BeginBlock() {
     }
 }
 
-void LevelBuilder::Take(const std::byte* line) {
-    if (m_axes > 0) {
-        std::memcpy(m_line.data(), line, m_axes * sizeof(double));
-    }
-    if (m_history < 2) {
-        TakeFirstLines();
-    } else {
-        const double* from = m_line.data();
-        for (Lane& lane : m_lanes) {
-            const Pair value{from[0], from[1]};
-            from += 2;
-            const Pair difference = value - lane.last;
-            const Pair second = difference - lane.last_difference;
-            lane.last = value;
-            lane.last_difference = difference;
-            lane.least[0] = value < lane.least[0] ? value : lane.least[0];
-            lane.largest[0] = value > lane.largest[0] ? value : lane.largest[0];
-            lane.missing[0] |= value != value;
-            lane.least[1] = difference < lane.least[1] ? difference : lane.least[1];
-            lane.largest[1] = difference > lane.largest[1] ? difference : lane.largest[1];
-            lane.missing[1] |= difference != difference;
-            lane.least[2] = second < lane.least[2] ? second : lane.least[2];
-            lane.largest[2] = second > lane.largest[2] ? second : lane.largest[2];
-            lane.missing[2] |= second != second;
+void LevelBuilder::Take(const std::byte* values, std::size_t stride, std::size_t lines) {
+    while (lines > 0) {
+        std::size_t count = 1;
+        if (m_history < kLevelOrders - 1) {
+            TakeFirstLine(values);
+        } else {
+            count = std::min(lines, kLinesPerBlock - m_lines % kLinesPerBlock);
+            const std::size_t pairs = m_axes / 2;
+            for (std::size_t i = 0; i < pairs; ++i) {
+                TakeLane<2>(m_lanes[i], values + i * sizeof(Pair), stride, count);
+            }
+            if (m_axes % 2 != 0) {
+                TakeLane<1>(m_lanes[pairs], values + pairs * sizeof(Pair), stride, count);
+            }
         }
-    }
-    if (++m_lines % kLinesPerBlock == 0) {
-        EndBlock();
+        m_lines += count;
+        if (m_lines % kLinesPerBlock == 0) {
+            EndBlock();
+        }
+        values += count * stride;
+        lines -= count;
     }
 }
 
-void LevelBuilder::TakeFirstLines() {
-    const double* from = m_line.data();
-    for (Lane& lane : m_lanes) {
-        const Pair value{from[0], from[1]};
-        from += 2;
-        const Pair difference = value - lane.last;  // means nothing in the first line
-        lane.last = value;
-        lane.last_difference = difference;
-        lane.least[0] = value < lane.least[0] ? value : lane.least[0];
-        lane.largest[0] = value > lane.largest[0] ? value : lane.largest[0];
-        lane.missing[0] |= value != value;
+template <std::size_t Values>
+void LevelBuilder::TakeLane(Lane& lane, const std::byte* values, std::size_t stride,
+                            std::size_t lines) {
+    Lane now = lane;
+    for (std::size_t i = 0; i < lines; ++i, values += stride) {
+        Pair value{};
+        std::memcpy(&value, values, Values * sizeof(double));
+        const Pair difference = value - now.last;
+        const Pair second = difference - now.last_difference;
+        now.last = value;
+        now.last_difference = difference;
+        now.least[0] = value < now.least[0] ? value : now.least[0];
+        now.largest[0] = value > now.largest[0] ? value : now.largest[0];
+        now.missing[0] |= value != value;
+        now.least[1] = difference < now.least[1] ? difference : now.least[1];
+        now.largest[1] = difference > now.largest[1] ? difference : now.largest[1];
+        now.missing[1] |= difference != difference;
+        now.least[2] = second < now.least[2] ? second : now.least[2];
+        now.largest[2] = second > now.largest[2] ? second : now.largest[2];
+        now.missing[2] |= second != second;
+    }
+    lane = now;
+}
+
+void LevelBuilder::TakeFirstLine(const std::byte* values) {
+    for (std::size_t axis = 0; axis < m_axes; ++axis) {
+        Lane& lane = m_lanes[axis / 2];
+        const std::size_t side = axis % 2;
+        double value = 0.0;
+        std::memcpy(&value, values + axis * sizeof value, sizeof value);
+        const double difference = value - lane.last[side];  // means nothing in the first line
+        lane.last[side] = value;
+        lane.last_difference[side] = difference;
+        const auto take = [&lane, side](std::size_t order, double sample) {
+            lane.least[order][side] = std::min(lane.least[order][side], sample);
+            lane.largest[order][side] = std::max(lane.largest[order][side], sample);
+            lane.missing[order][side] |= std::isnan(sample) ? -1 : 0;
+        };
+        take(0, value);
         if (m_history == 1) {
-            lane.least[1] = difference < lane.least[1] ? difference : lane.least[1];
-            lane.largest[1] = difference > lane.largest[1] ? difference : lane.largest[1];
-            lane.missing[1] |= difference != difference;
+            take(1, difference);
         } else {
-            lane.missing[1] = PairMask{-1, -1};
+            lane.missing[1][side] = -1;
         }
-        lane.missing[2] = PairMask{-1, -1};
+        lane.missing[2][side] = -1;
     }
     ++m_history;
 }

@@ -112,8 +112,9 @@ class LevelBuilder {
     /// The next line has none before it.
     void ForgetHistory() { m_history = 0; }
 
-    /// Takes the next line of the chunk. `line` has a value per axis, in no alignment.
-    void Take(const std::byte* line);
+    /// Takes the next lines of the chunk: a value per axis each, in no alignment, `stride` bytes
+    /// from one line to the next.
+    void Take(const std::byte* values, std::size_t stride, std::size_t lines);
 
     [[nodiscard]] std::size_t Lines() const { return m_lines; }
 
@@ -138,12 +139,17 @@ class LevelBuilder {
 
     void BeginBlock();
     void EndBlock();
-    void TakeFirstLines();
+    /// Takes lines that have fewer than two before them.
+    void TakeFirstLine(const std::byte* values);
+    /// Takes lines of one block into a lane. Of the last one of an odd number of axes there is only
+    /// one value.
+    template <std::size_t Values>
+    static void TakeLane(Lane& lane, const std::byte* values, std::size_t stride,
+                         std::size_t lines);
 
     const std::size_t m_axes;
     const double m_divisors[kLevelOrders];
     std::vector<Lane> m_lanes;
-    std::vector<double> m_line;        // of an even number of axes
     std::size_t m_history = 0;         // lines before the next one, at most 2
     std::size_t m_lines = 0;           // of the chunk
     std::vector<AxisLevels> m_blocks;  // [axis][block][order]

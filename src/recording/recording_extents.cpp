@@ -69,7 +69,7 @@ bool RecordingReader::MakeLevels(std::size_t index) {
         if (!ReadLine(entry.first_line - history, line)) {
             return false;  // a chunk was lost: the table has changed
         }
-        builder.Take(reinterpret_cast<const std::byte*>(line.data()));
+        builder.Take(reinterpret_cast<const std::byte*>(line.data()), 0, 1);
     }
     builder.EndChunk(levels, whole);
     for (std::size_t block = 0; block < BlocksOf(entry.lines); ++block) {
@@ -79,9 +79,8 @@ bool RecordingReader::MakeLevels(std::size_t index) {
         }
         const std::size_t lines =
             std::min<std::size_t>(kLinesPerBlock, entry.lines - block * kLinesPerBlock);
-        for (std::size_t i = 0; i < lines; ++i) {
-            builder.Take(reinterpret_cast<const std::byte*>(values->data() + i * axes));
-        }
+        builder.Take(reinterpret_cast<const std::byte*>(values->data()), axes * sizeof(double),
+                     lines);
     }
     builder.EndChunk(levels, whole);
     for (std::size_t axis = 0; axis < axes; ++axis) {

@@ -20,6 +20,8 @@ constexpr std::size_t kStepWindow = 4096;
 constexpr std::uint64_t kLargestSmallRecord = std::uint64_t{1} << 24U;
 /// Notices that are kept; a file with more wounds is damaged enough.
 constexpr std::size_t kMostNotices = 1000;
+/// Attachments that are looked at.
+constexpr std::size_t kMostAttachments = 100;
 
 std::map<std::string, std::string> ReadMetadataEntries(ByteReader& reader) {
     std::map<std::string, std::string> entries;
@@ -172,7 +174,7 @@ void IndexReader::ReadFront() {
 
 void IndexReader::TakeFrontRecord(const mcap::Framing& framing, std::uint64_t content) {
     if (framing.opcode == Opcode::kAttachment) {
-        m_index.attachments.push_back({content - mcap::kFraming, framing.length + mcap::kFraming});
+        TakeAttachment({content - mcap::kFraming, framing.length + mcap::kFraming});
         return;
     }
     if (framing.length > kLargestSmallRecord) {
@@ -188,6 +190,15 @@ void IndexReader::TakeFrontRecord(const mcap::Framing& framing, std::uint64_t co
         if (reader.TakeText() == layout::kMetadataName) {
             m_told_head = FromMetadata(ReadMetadataEntries(reader));
         }
+    }
+}
+
+void IndexReader::TakeAttachment(const RecordingIndex::Place& place) {
+    const bool is_known = std::any_of(
+        m_index.attachments.begin(), m_index.attachments.end(),
+        [&place](const RecordingIndex::Place& other) { return other.offset == place.offset; });
+    if (!is_known && m_index.attachments.size() < kMostAttachments) {
+        m_index.attachments.push_back(place);
     }
 }
 

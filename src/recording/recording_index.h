@@ -94,6 +94,7 @@ class IndexReader {
     MaybeFault CheckMagic();
     /// Reads the records in front of the first chunk.
     void ReadFront();
+    void TakeAttachment(const RecordingIndex::Place& place);
     void TakeFrontRecord(const mcap::Framing& framing, std::uint64_t content);
     /// Makes the head out of what was found. False when there are no lines in this file.
     bool DecideHead();

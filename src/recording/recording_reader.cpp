@@ -331,7 +331,8 @@ std::optional<GraphFile> RecordingReader::ReadGraphFile() {
             continue;
         }
         m_bytes.resize(static_cast<std::size_t>(place.length));
-        if (!m_file.ReadAt(place.offset, m_bytes)) {
+        if (!m_file.ReadAt(place.offset, m_bytes) ||
+            static_cast<Opcode>(m_bytes[0]) != Opcode::kAttachment) {
             continue;
         }
         const Bytes content = Bytes(m_bytes).subspan(mcap::kFraming);

@@ -269,7 +269,7 @@ class Verifier {
             m_levels.ForgetHistory();
         }
         for (const ChunkContent::Line& line : m_content.lines) {
-            m_levels.Take(m_records.data() + line.place);
+            m_levels.Take(m_records.data() + line.place, 0, 1);
         }
         m_next_line = head.lines > 0 ? head.first_line + head.lines : m_next_line;
         m_is_behind_damage = false;

@@ -84,6 +84,8 @@ void RecordingWriter::BeginChunk() {
     m_piece.Clear();
     m_piece.Extend(mcap::kFraming + mcap::kChunkHead);  // written when the chunk ends
     m_chunk_lines = 0;
+    m_records_crc = 0;
+    m_levels_head.block_crcs.clear();
     m_events.Clear();
     m_event_index.clear();
 }
@@ -127,8 +129,20 @@ void RecordingWriter::PutLine(std::uint64_t line, const double* values) {
     if (m_axes > 0) {
         std::memcpy(to, values, m_axes * sizeof(double));
     }
-    m_levels.Take(to);
     m_next_line = line + 1;
+    if (m_chunk_lines % kLinesPerBlock == 0) {
+        EndBlock();
+    }
+}
+
+void RecordingWriter::EndBlock() {
+    constexpr std::size_t kRecords = mcap::kFraming + mcap::kChunkHead;
+    constexpr std::size_t kValues = mcap::kFraming + mcap::kMessageHead + mcap::kCdrHead.size();
+    const std::size_t begin = (m_chunk_lines - 1) / kLinesPerBlock * kLinesPerBlock;
+    const Bytes block = m_piece.View(kRecords + begin * m_line_size);
+    m_levels.Take(block.data() + kValues, m_line_size, m_chunk_lines - begin);
+    m_levels_head.block_crcs.push_back(Crc32(block));
+    m_records_crc = CombineCrc32(m_records_crc, m_levels_head.block_crcs.back(), block.size());
 }
 
 void RecordingWriter::AddEvent(const Event& event) {
@@ -163,9 +177,14 @@ MaybeFault RecordingWriter::EndChunk() {
         place.end_time = std::max(place.end_time, entry.time);
         entry.offset += lines_size;
     }
+    if (m_chunk_lines % kLinesPerBlock != 0) {
+        EndBlock();
+    }
     m_piece.PutBytes(m_events.View());
     place.length = m_piece.size();
-    const std::uint32_t records_crc = TakeCrcs(lines_size);
+    m_levels_head.rest_crc = Crc32(m_events.View());
+    const std::uint32_t records_crc =
+        CombineCrc32(m_records_crc, m_levels_head.rest_crc, m_events.size());
     layout::PutChunkHead(m_piece, place, records_crc);
     constexpr std::size_t kHead = mcap::kFraming + mcap::kChunkHead;
     const std::uint32_t chunk_crc =
@@ -181,21 +200,6 @@ MaybeFault RecordingWriter::EndChunk() {
     m_kept_end = m_next_line;
     BeginChunk();
     return std::nullopt;
-}
-
-std::uint32_t RecordingWriter::TakeCrcs(std::size_t lines_size) {
-    const Bytes records = m_piece.View(mcap::kFraming + mcap::kChunkHead);
-    const std::size_t block_size = kLinesPerBlock * m_line_size;
-    std::uint32_t all = 0;
-    m_levels_head.block_crcs.clear();
-    for (std::size_t begin = 0; begin < lines_size; begin += block_size) {
-        const Bytes block = records.subspan(begin, std::min(block_size, lines_size - begin));
-        m_levels_head.block_crcs.push_back(Crc32(block));
-        all = CombineCrc32(all, m_levels_head.block_crcs.back(), block.size());
-    }
-    const Bytes rest = records.subspan(lines_size);
-    m_levels_head.rest_crc = Crc32(rest);
-    return CombineCrc32(all, m_levels_head.rest_crc, rest.size());
 }
 
 void RecordingWriter::PutMessageIndexes() {

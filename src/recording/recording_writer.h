@@ -84,8 +84,8 @@ class RecordingWriter {
     void PutLine(std::uint64_t line, const double* values);
     void BeginChunk();
     MaybeFault EndChunk();
-    /// CRC of each block of the lines; returns the CRC of all records.
-    std::uint32_t TakeCrcs(std::size_t lines_size);
+    /// Takes levels and CRC of the lines of a block, while they are at hand.
+    void EndBlock();
     void PutMessageIndexes();
     void PutLevels();
     MaybeFault Write(Bytes bytes, std::uint32_t crc);
@@ -121,7 +121,8 @@ class RecordingWriter {
     ByteWriter m_piece;
     std::uint64_t m_chunk_first = 0;
     std::size_t m_chunk_lines = 0;
-    ByteWriter m_events;  // messages, to stand behind the lines
+    std::uint32_t m_records_crc = 0;  // of the blocks that are complete
+    ByteWriter m_events;              // messages, to stand behind the lines
     struct IndexEntry {
         std::uint64_t time;
         std::uint64_t offset;
