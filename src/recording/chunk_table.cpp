@@ -48,13 +48,18 @@ void ChunkTable::Add(ChunkEntry entry, const std::vector<Level>& whole,
                      const std::vector<std::uint32_t>& crcs) {
     entry.row = static_cast<std::uint32_t>(m_streams > 0 ? m_whole.size() / m_streams : 0);
     entry.crcs = m_crcs.size();
+    m_whole.resize(m_whole.size() + whole.size());
+    m_missing.resize(m_missing.size() + whole.size());
+    Extremes* extremes = m_whole.data() + m_whole.size() - whole.size();
+    std::uint8_t* missing = m_missing.data() + m_missing.size() - whole.size();
     for (const Level& level : whole) {
-        m_whole.push_back(level.extremes);
-        m_missing.push_back(level.missing ? 1 : 0);
+        *extremes++ = level.extremes;
+        *missing++ = level.missing ? 1 : 0;
     }
     m_crcs.insert(m_crcs.end(), crcs.begin(), crcs.end());
     m_lines_before.push_back(m_entries.empty() ? 0
                                                : m_lines_before.back() + m_entries.back().lines);
+    m_ends.push_back(entry.EndLine());
     m_entries.push_back(entry);
     ++m_version;
 }
@@ -62,6 +67,7 @@ void ChunkTable::Add(ChunkEntry entry, const std::vector<Level>& whole,
 void ChunkTable::Remove(std::size_t index) {
     const std::uint64_t end = m_entries[index].EndLine();
     m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(index));
+    m_ends.erase(m_ends.begin() + static_cast<std::ptrdiff_t>(index));
     if (index < m_entries.size() && m_entries[index].first_line == end) {
         m_entries[index].has_levels = false;
         m_entries[index].levels_are_due = true;
@@ -73,11 +79,16 @@ void ChunkTable::Remove(std::size_t index) {
     ++m_version;
 }
 
-std::size_t ChunkTable::Find(std::uint64_t line) const {
-    const auto found =
-        std::partition_point(m_entries.begin(), m_entries.end(),
-                             [line](const ChunkEntry& entry) { return entry.EndLine() <= line; });
-    return static_cast<std::size_t>(found - m_entries.begin());
+std::size_t ChunkTable::Find(std::uint64_t line, std::size_t from) const {
+    // Steps that double find an end for the search near where it begins.
+    std::size_t end = from;
+    for (std::size_t step = 1; end < m_ends.size() && m_ends[end] <= line; step *= 2) {
+        from = end + 1;
+        end += step;
+    }
+    const auto begin = m_ends.begin() + static_cast<std::ptrdiff_t>(from);
+    const auto last = m_ends.begin() + static_cast<std::ptrdiff_t>(std::min(end, m_ends.size()));
+    return static_cast<std::size_t>(std::upper_bound(begin, last, line) - m_ends.begin());
 }
 
 std::optional<std::size_t> ChunkTable::FindOffset(std::uint64_t offset) const {
@@ -89,16 +100,16 @@ std::optional<std::size_t> ChunkTable::FindOffset(std::uint64_t offset) const {
                : std::optional(static_cast<std::size_t>(found - m_entries.begin()));
 }
 
+std::uint64_t ChunkTable::CountBefore(std::uint64_t line, std::size_t index) const {
+    if (index == m_entries.size()) {
+        return m_entries.empty() ? 0 : m_lines_before.back() + m_entries.back().lines;
+    }
+    const std::uint64_t first = m_entries[index].first_line;
+    return m_lines_before[index] + (line > first ? line - first : 0);
+}
+
 std::uint64_t ChunkTable::CountLines(std::uint64_t from, std::uint64_t to) const {
-    const auto before = [this](std::uint64_t line) -> std::uint64_t {
-        const std::size_t index = Find(line);
-        if (index == m_entries.size()) {
-            return m_entries.empty() ? 0 : m_lines_before.back() + m_entries.back().lines;
-        }
-        const std::uint64_t first = m_entries[index].first_line;
-        return m_lines_before[index] + (line > first ? line - first : 0);
-    };
-    return from < to ? before(to) - before(from) : 0;
+    return from < to ? CountBefore(to, Find(to)) - CountBefore(from, Find(from)) : 0;
 }
 
 Level ChunkTable::Whole(const ChunkEntry& entry, std::size_t stream) const {

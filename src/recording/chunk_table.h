@@ -66,11 +66,14 @@ class ChunkTable {
     /// Takes an entry out: its lines are gone. The derivatives of the next one begin anew.
     void Remove(std::size_t index);
 
-    /// The first entry with lines at or behind `line`; Entries().size() when there is none.
-    [[nodiscard]] std::size_t Find(std::uint64_t line) const;
+    /// The first entry with lines at or behind `line`; Entries().size() when there is none. Looks
+    /// from entry `from` on, near it first. REQUIRES: no entry before `from` is the one.
+    [[nodiscard]] std::size_t Find(std::uint64_t line, std::size_t from = 0) const;
     /// The entry that begins at this place of the file; nothing when there is none.
     [[nodiscard]] std::optional<std::size_t> FindOffset(std::uint64_t offset) const;
 
+    /// Lines that are there before `line`, which stands in or before entry `index` = Find(line).
+    [[nodiscard]] std::uint64_t CountBefore(std::uint64_t line, std::size_t index) const;
     /// Lines that are there from `from` to before `to`.
     [[nodiscard]] std::uint64_t CountLines(std::uint64_t from, std::uint64_t to) const;
 
@@ -89,6 +92,7 @@ class ChunkTable {
  private:
     std::size_t m_streams;
     std::vector<ChunkEntry> m_entries;
+    std::vector<std::uint64_t> m_ends;          // per entry, its EndLine()
     std::vector<std::uint64_t> m_lines_before;  // per entry, lines of those in front of it
     std::vector<Extremes> m_whole;              // [row][stream]
     std::vector<std::uint8_t> m_missing;        // the same

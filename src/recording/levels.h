@@ -66,8 +66,8 @@ struct Level {
     friend bool operator==(const Level&, const Level&) = default;
 };
 
-constexpr std::size_t BlocksOf(std::size_t lines) {
-    return (lines + kLinesPerBlock - 1) / kLinesPerBlock;
+constexpr std::size_t BlocksOf(std::uint64_t lines) {
+    return static_cast<std::size_t>((lines + kLinesPerBlock - 1) / kLinesPerBlock);
 }
 
 /// The head of a record of levels.

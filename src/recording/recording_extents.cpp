@@ -111,104 +111,111 @@ void RecordingReader::SettleLevels() {
 
 ColumnExtent RecordingReader::Extent(std::size_t axis, std::int32_t order, std::uint64_t from,
                                      std::uint64_t to, Detail detail) {
-    for (;;) {
-        if (order < static_cast<std::int32_t>(kLevelOrders)) {
-            SettleLevels();
-        }
-        const std::uint64_t version = m_index.table.Version();
-        const ColumnExtent extent =
-            order < static_cast<std::int32_t>(kLevelOrders)
-                ? ExtentOnce(axis, static_cast<std::size_t>(order), from, to, detail)
-                : ExtentFromLines(axis, order, {from, to});
-        if (m_index.table.Version() == version) {  // else a chunk turned out to be damaged
-            return extent;
-        }
-    }
+    const std::uint64_t bounds[] = {from, std::max(from, to)};
+    ColumnExtent extent;
+    Columns(axis, order, bounds, detail, {&extent, 1});
+    return extent;
 }
 
 void RecordingReader::Columns(std::size_t axis, std::int32_t order,
                               std::span<const std::uint64_t> bounds, Detail detail,
                               std::span<ColumnExtent> out) {
-    for (std::size_t i = 0; i < out.size(); ++i) {
-        out[i] = Extent(axis, order, bounds[i], bounds[i + 1], detail);
+    const bool has_levels = order < static_cast<std::int32_t>(kLevelOrders);
+    for (std::size_t i = 0; i < out.size();) {
+        if (has_levels) {
+            SettleLevels();
+        }
+        const std::uint64_t version = m_index.table.Version();
+        std::size_t entry = m_index.table.Find(bounds[i]);
+        for (; i < out.size() && m_index.table.Version() == version; ++i) {
+            if (!has_levels) {
+                out[i] = ExtentFromLines(axis, order, {bounds[i], bounds[i + 1]});
+                continue;
+            }
+            const std::size_t next = m_index.table.Find(bounds[i + 1], entry);
+            out[i] = ExtentOnce({axis, static_cast<std::size_t>(order), detail},
+                                {bounds[i], bounds[i + 1]}, entry, next);
+            entry = next;
+        }
+        if (m_index.table.Version() != version) {
+            i = 0;  // a chunk turned out to be damaged
+        }
     }
 }
 
-ColumnExtent RecordingReader::ExtentOnce(std::size_t axis, std::size_t order, std::uint64_t from,
-                                         std::uint64_t to, Detail detail) {
+ColumnExtent RecordingReader::ExtentOnce(const Wanted& wanted, LineSpan lines, std::size_t first,
+                                         std::size_t end) {
     ColumnExtent extent;
     const ChunkTable& table = m_index.table;
-    if (from >= to) {
+    if (lines.first >= lines.end) {
         return extent;
     }
-    if (table.CountLines(from, to) != to - from) {
+    if (table.CountBefore(lines.end, end) - table.CountBefore(lines.first, first) !=
+        lines.end - lines.first) {
         TakeMissing(extent);
     }
-    const auto lies_within = [&](std::size_t i) {
-        return table.Entries()[i].first_line >= from && table.Entries()[i].EndLine() <= to;
+    const auto lies_within = [&table, lines](std::size_t i) {
+        return table.Entries()[i].first_line >= lines.first &&
+               table.Entries()[i].EndLine() <= lines.end;
     };
-    const std::size_t count = table.Entries().size();
-    std::size_t first = table.Find(from);
-    std::size_t end = table.Find(to);
-    if (end < count && table.Entries()[end].first_line < to) {
+    if (end < table.Entries().size() && table.Entries()[end].first_line < lines.end) {
         ++end;
     }
     const std::uint64_t version = table.Version();
     // Entries at the edges are taken in part.
     if (first < end && !lies_within(first)) {
-        TakePart(first, axis, order, {from, to}, detail, extent);
+        TakePart(first, wanted, lines, extent);
         ++first;
     }
     if (first < end && version == table.Version() && !lies_within(end - 1)) {
-        TakePart(end - 1, axis, order, {from, to}, detail, extent);
+        TakePart(end - 1, wanted, lines, extent);
         --end;
     }
     if (version != table.Version()) {
         return extent;
     }
     if (first < end) {
-        TakeBoth(extent, table.Stream(axis * kLevelOrders + order).Of(first, end));
+        TakeBoth(extent, table.Stream(wanted.axis * kLevelOrders + wanted.order).Of(first, end));
     }
-    if (detail == Detail::kLines) {
-        extent.first = EdgeValue(axis, static_cast<std::int32_t>(order), {from, to}, true);
-        extent.last = EdgeValue(axis, static_cast<std::int32_t>(order), {from, to}, false);
+    if (wanted.detail == Detail::kLines) {
+        const auto order = static_cast<std::int32_t>(wanted.order);
+        extent.first = EdgeValue(wanted.axis, order, lines, true);
+        extent.last = EdgeValue(wanted.axis, order, lines, false);
     }
     return extent;
 }
 
-void RecordingReader::TakePart(std::size_t index, std::size_t axis, std::size_t order,
-                               LineSpan lines, Detail detail, ColumnExtent& extent) {
+void RecordingReader::TakePart(std::size_t index, const Wanted& wanted, LineSpan lines,
+                               ColumnExtent& extent) {
     const ChunkEntry entry = m_index.table.Entries()[index];
     lines = Within(lines, {entry.first_line, entry.EndLine()});
-    if (detail == Detail::kChunks) {
-        extent.possible.Take(m_index.table.Whole(entry, axis * kLevelOrders + order));
+    if (wanted.detail == Detail::kChunks) {
+        extent.possible.Take(m_index.table.Whole(entry, wanted.axis * kLevelOrders + wanted.order));
         return;
     }
+    const AxisLevels* const levels = LoadLevels(index, wanted.axis);
+    if (levels == nullptr) {
+        return;  // the entry is gone
+    }
     const std::size_t blocks = BlocksOf(entry.lines);
-    const auto first_block =
-        static_cast<std::size_t>(lines.first - entry.first_line) / kLinesPerBlock;
-    const auto end_block = BlocksOf(static_cast<std::size_t>(lines.end - entry.first_line));
-    // Blocks that only end where the entry ends are whole.
-    const auto block_range = [&entry](std::size_t block) {
+    const std::uint64_t first_block = (lines.first - entry.first_line) / kLinesPerBlock;
+    const std::uint64_t end_block = BlocksOf(lines.end - entry.first_line);
+    LineSpan edges[2];
+    std::size_t edge_count = 0;
+    for (std::uint64_t block = first_block; block < end_block; ++block) {
+        const Level& level = (*levels)[wanted.order * blocks + block];
         const std::uint64_t begin = entry.first_line + block * kLinesPerBlock;
-        return LineSpan{begin, std::min(begin + kLinesPerBlock, entry.EndLine())};
-    };
-    std::vector<LineSpan> edges;
-    if (const AxisLevels* const levels = LoadLevels(index, axis)) {
-        for (std::size_t block = first_block; block < end_block; ++block) {
-            const Level& level = (*levels)[order * blocks + block];
-            const LineSpan range = block_range(block);
-            if (range.first >= lines.first && range.end <= lines.end) {
-                TakeBoth(extent, level);
-            } else if (detail == Detail::kBlocks) {
-                extent.possible.Take(level);
-            } else {
-                edges.push_back(Within(range, lines));
-            }
+        const LineSpan range{begin, std::min(begin + kLinesPerBlock, entry.EndLine())};
+        if (range.first >= lines.first && range.end <= lines.end) {
+            TakeBoth(extent, level);
+        } else if (wanted.detail == Detail::kBlocks) {
+            extent.possible.Take(level);
+        } else {
+            edges[edge_count++] = Within(range, lines);  // the first or the last block
         }
     }
-    for (const LineSpan& edge : edges) {
-        TakeLines(axis, static_cast<std::int32_t>(order), edge, extent);
+    for (std::size_t i = 0; i < edge_count; ++i) {
+        TakeLines(wanted.axis, static_cast<std::int32_t>(wanted.order), edges[i], extent);
     }
 }
 

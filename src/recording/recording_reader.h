@@ -64,7 +64,7 @@ struct LineSpan {
 class RecordingReader {
  public:
     /// Memory for what was read last, bytes.
-    static constexpr std::size_t kCacheSize = std::size_t{96} << 20U;
+    static constexpr std::size_t kCacheSize = std::size_t{128} << 20U;
 
     static Expected<std::unique_ptr<RecordingReader>> Open(const std::string& path);
 
@@ -150,10 +150,16 @@ class RecordingReader {
     void ReadStream(std::size_t axis, std::int32_t order, std::uint64_t first,
                     std::span<double> values, std::span<std::uint8_t> are_there);
 
-    ColumnExtent ExtentOnce(std::size_t axis, std::size_t order, std::uint64_t from,
-                            std::uint64_t to, Detail detail);
-    void TakePart(std::size_t index, std::size_t axis, std::size_t order, LineSpan lines,
-                  Detail detail, ColumnExtent& extent);
+    /// A stream, and how closely it is looked at. REQUIRES: it has levels.
+    struct Wanted {
+        std::size_t axis = 0;
+        std::size_t order = 0;
+        Detail detail{};
+    };
+    /// `first` and `end` are what the table finds for the bounds of `lines`.
+    ColumnExtent ExtentOnce(const Wanted& wanted, LineSpan lines, std::size_t first,
+                            std::size_t end);
+    void TakePart(std::size_t index, const Wanted& wanted, LineSpan lines, ColumnExtent& extent);
     void TakeLines(std::size_t axis, std::int32_t order, LineSpan lines, ColumnExtent& extent);
     ColumnExtent ExtentFromLines(std::size_t axis, std::int32_t order, LineSpan lines);
     /// Takes what lies in gaps off both ends.
@@ -164,8 +170,8 @@ class RecordingReader {
     const std::string m_path;
     RecordingIndex m_index;
     LineClock m_clock{1.0, 0};
-    BlockCache<Block> m_blocks{kCacheSize * 3 / 4};
-    BlockCache<AxisLevels> m_levels{kCacheSize / 4};
+    BlockCache<Block> m_blocks{kCacheSize / 2};
+    BlockCache<AxisLevels> m_levels{kCacheSize / 2};
     std::vector<std::byte> m_bytes;       // of what is being read
     std::uint64_t m_settled_version = 0;  // of the table, when no levels were due
     std::size_t m_events_read = 0;        // of the index' rests
