@@ -200,7 +200,12 @@ TEST_F(EditorParts, ControlsOfAllGroupsStandOnTheSameLines) {
     };
     ExpectLines(*m_editor, lines);
     // Closed up, and at ease again.
-    m_editor->resize(kSmallScreenWidth, m_editor->heightForWidth(kSmallScreenWidth));
+    int narrowest = at_ease;
+    while (m_editor->heightForWidth(narrowest - 1) == m_editor->heightForWidth(at_ease)) {
+        --narrowest;
+    }
+    m_editor->resize(narrowest, m_editor->heightForWidth(narrowest));
+    EXPECT_THAT(CutOffTexts(*m_editor), ::testing::IsEmpty());
     ExpectLines(*m_editor, {{kDerivation, kXAxis}, {kDeleteYAxis, kYAxes, kClassic}});
     EXPECT_EQ(Get(kAddYAxis).geometry().right(), Get(kDeleteYAxis).geometry().right());
     m_editor->resize(at_ease, m_editor->heightForWidth(at_ease));
