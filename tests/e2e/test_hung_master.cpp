@@ -134,7 +134,7 @@ TEST_F(HungMaster, ManyLookupsFreezeNothing) {
 TEST_F(HungMaster, OpeningAGraphFileFreezesNothing) {
     DemoMaster master({"--motion", "circle", "--limits", "X=-12:34:5:6"});
     Open({"X"});
-    const std::string file = View().Files().CurrentPath();
+    std::string file = View().Files().CurrentPath();
     View().Execute(CommandId::kSave);  // with the settings
     View().SetRecentFiles([file](int) { return file; });
     ASSERT_NO_FATAL_FAILURE(
