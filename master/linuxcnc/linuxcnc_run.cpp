@@ -21,7 +21,7 @@ using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
 /// The controller tells nobody of a new line, so it is looked for.
-constexpr milliseconds kLookForLinesEvery{2};
+constexpr milliseconds kLookForLinesEvery{5};
 /// After so much silence somebody has to be there still who could write.
 constexpr milliseconds kSilence{250};
 constexpr milliseconds kLeastAnnounceInterval{10};

@@ -47,13 +47,6 @@ std::string SamplerArguments(const std::vector<SampledChannel>& channels, const 
     return "depth=" + depths + " cfg=" + letters;
 }
 
-/// The signal that a pin is on, or is to be put on.
-std::string SignalOf(const std::string& pin, const std::string& name, const HalListing& hal) {
-    const HalPin* const found = hal.Find(pin);
-    return found != nullptr && !found->signal.empty() ? found->signal
-                                                      : std::string(kOwnSignals) + name;
-}
-
 std::string LoadLines(const std::vector<SampledChannel>& channels, const HalListing& hal) {
     const std::string arguments = SamplerArguments(channels, hal);
     if (channels.front().channel == 0) {
@@ -65,18 +58,39 @@ std::string LoadLines(const std::vector<SampledChannel>& channels, const HalList
            arguments + "\n";
 }
 
-std::string NetLines(const SampledChannel& channel, const HalListing& hal) {
-    std::string lines;
-    const std::vector<std::string> pins = ColumnPins(channel);
-    for (std::size_t column = 0; column < pins.size(); ++column) {
-        const bool is_fingerprint = column == channel.pins.size();
-        const std::string name = is_fingerprint ? "cycle" : channel.pins[column].name;
-        lines.append("net ").append(SignalOf(pins[column], name, hal)).append(" ");
-        lines.append(pins[column]).append(" => ");
-        lines.append(SamplerPin(channel.channel, column)).append("\n");
+/// The lines that put pins and columns on signals.
+class Nets {
+ public:
+    explicit Nets(const HalListing& hal) : m_hal(hal) {}
+
+    /// Those of one sampler.
+    std::string Lines(const SampledChannel& channel) {
+        std::string lines;
+        const std::vector<std::string> pins = ColumnPins(channel);
+        for (std::size_t column = 0; column < pins.size(); ++column) {
+            const bool is_fingerprint = column == channel.pins.size();
+            const std::string name = is_fingerprint ? "cycle" : channel.pins[column].name;
+            lines.append("net ").append(SignalOf(pins[column], name)).append(" ");
+            lines.append(pins[column]).append(" => ");
+            lines.append(SamplerPin(channel.channel, column)).append("\n");
+        }
+        return lines;
     }
-    return lines;
-}
+
+ private:
+    /// The signal that a pin is on already, by others or by a line before; else one of our own.
+    const std::string& SignalOf(const std::string& pin, const std::string& name) {
+        const HalPin* const found = m_hal.Find(pin);
+        const bool is_others =
+            found != nullptr && !found->signal.empty() && !found->signal.starts_with(kOwnSignals);
+        return m_signals
+            .try_emplace(pin, is_others ? found->signal : std::string(kOwnSignals) + name)
+            .first->second;
+    }
+
+    const HalListing& m_hal;
+    std::map<std::string, std::string> m_signals;
+};
 
 /// The line that starts the program. It is not waited for: a scope that cannot start must not keep
 /// the machine from starting.
@@ -201,8 +215,9 @@ std::optional<std::string> MakeWiring(const std::vector<SampledChannel>& channel
         }
         lines.append("\nsets ").append(kEnableSignal).append(" 0\n");
     }
+    Nets nets(hal);
     for (const SampledChannel& channel : channels) {
-        lines.append(NetLines(channel, hal));
+        lines.append(nets.Lines(channel));
     }
     lines.append("\n");
     const std::string thread = hal.ServoThread().value_or("servo-thread");

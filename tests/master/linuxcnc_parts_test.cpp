@@ -313,6 +313,18 @@ TEST(WiringTest, ManyPinsAreSharedOutAndBeginTogether) {
                                   "sets wavo-enable 1\n"));
 }
 
+TEST(WiringTest, APinThatIsShownTwiceIsOnOneSignal) {
+    const std::string wiring =
+        WiringFor({{"a", "joint.0.pos-fb"}, {"b", "joint.0.pos-fb"}}, Listing());
+    EXPECT_THAT(wiring, HasSubstr("net wavo-a joint.0.pos-fb => sampler.0.pin.0\n"
+                                  "net wavo-a joint.0.pos-fb => sampler.0.pin.1\n"));
+}
+
+TEST(WiringTest, SignalsOfAnEarlierWiringAreNamedAnew) {
+    const HalListing hal = Listing("motmod float OUT 0 joint.0.pos-fb ==> wavo-old\n");
+    EXPECT_THAT(WiringFor(kFour, hal), HasSubstr("net wavo-X joint.0.pos-fb => sampler.0.pin.0\n"));
+}
+
 TEST(WiringTest, AsManyPinsAsThereIsRoomFor) {
     std::string error;
     EXPECT_THAT(*ShareOut(std::vector<ChosenPin>(21), 0, &error), SizeIs(1));
