@@ -7,6 +7,9 @@ namespace wavo::master {
 
 namespace {
 
+/// Lines that it takes to find out which of them belong together.
+constexpr std::size_t kEnough = CycleReader::kRun + 2 * CycleReader::kMostApart;
+
 /// How far a count is ahead of another one, also where one of them has passed over to 0.
 std::int32_t Ahead(std::uint32_t count, std::uint32_t other) {
     return static_cast<std::int32_t>(count - other);
@@ -14,7 +17,7 @@ std::int32_t Ahead(std::uint32_t count, std::uint32_t other) {
 
 }  // namespace
 
-CycleReader::CycleReader(std::vector<SampleChannel*> channels, bool have_fingerprint)
+CycleReader::CycleReader(const std::vector<SampleChannel*>& channels, bool have_fingerprint)
     : m_have_fingerprint(have_fingerprint) {
     std::size_t columns = 0;
     for (SampleChannel* const source : channels) {
@@ -33,9 +36,9 @@ CycleReader::Outcome CycleReader::Poll(const Take& take) {
         return outcome;
     }
     if (!m_is_aligned && !Align()) {
-        const auto enough = static_cast<std::size_t>(2 * (kRun + 2 * kMostApart));
+        constexpr std::size_t kPlenty = 2 * kEnough;
         outcome.is_apart = std::ranges::all_of(
-            m_channels, [&](const Channel& channel) { return channel.waiting.size() > enough; });
+            m_channels, [](const Channel& channel) { return channel.waiting.size() > kPlenty; });
         if (outcome.is_apart) {
             Restart();
         }
@@ -123,7 +126,6 @@ bool CycleReader::IsWhole() const {
 
 /// Finds out which lines belong together, as soon as there are enough. False when it could not.
 bool CycleReader::Align() {
-    constexpr std::size_t kEnough = kRun + 2 * kMostApart;
     for (const Channel& channel : m_channels) {
         if (channel.waiting.size() < kEnough) {
             return false;

@@ -45,13 +45,13 @@ class CycleReader {
     using Take = std::function<void(std::span<const double>)>;
 
     /// So many successive fingerprints have to agree, ...
-    static constexpr int kRun = 20;
+    static constexpr std::int32_t kRun = 20;
     /// ... and so many cycles at most can the samplers be apart.
-    static constexpr int kMostApart = 50;
+    static constexpr std::int32_t kMostApart = 50;
 
     /// Drops what waits. With `have_fingerprint` the last column of each channel is one, which is
     /// no part of the lines; several channels need it. The channels stay the caller's.
-    CycleReader(std::vector<SampleChannel*> channels, bool have_fingerprint);
+    CycleReader(const std::vector<SampleChannel*>& channels, bool have_fingerprint);
 
     struct Outcome {
         std::uint64_t lines = 0;  ///< given to `take`

@@ -19,10 +19,11 @@ constexpr char kWiringFile[] = "wavo.hal";
 
 /// The value of --pins as the program started by the controller needs it: files with their folder.
 std::string LastingPins(const std::string& given) {
-    const auto at = given.find('@');
-    if (at == std::string::npos || at > 1) {
+    const bool is_file = given.starts_with('@') || given.starts_with("+@");
+    if (!is_file) {
         return given;
     }
+    const auto at = given.find('@');
     std::error_code error;
     const auto path = std::filesystem::absolute(given.substr(at + 1), error);
     return given.substr(0, at + 1) + path.string();

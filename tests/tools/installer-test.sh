@@ -30,7 +30,7 @@ for file in wavo.exe demo_master.exe wavo_pipe.exe docs/user-guide.md data/graph
         fail "not in the ZIP: $file"
 done
 cmp "$build/src/ui/shell/wavo.exe" "$place/wavo.exe" || fail "not the program of this build"
-# Both programs need nothing but what every Windows has.
+# The programs need nothing but what every Windows has.
 for program in wavo.exe demo_master.exe wavo_pipe.exe; do
     foreign=$(x86_64-w64-mingw32-objdump -p "$place/$program" | sed -n 's/.*DLL Name: //p' |
         grep -iE '^(lib|qt6|zlib|icu|msvcp|vcruntime)' || true)

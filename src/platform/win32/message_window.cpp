@@ -443,8 +443,8 @@ std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::strin
 }
 
 std::vector<WindowHandle> MessageWindows() {
-    // Each search begins behind the window found before, and fails when that one has gone meanwhile:
-    // then all is looked for again, some times.
+    // Each search begins behind the window found before, and fails when that one has gone
+    // meanwhile: then all is looked for again, some times.
     std::vector<WindowHandle> found;
     for (int tries = 0; tries < 5; ++tries) {
         found.clear();
