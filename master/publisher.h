@@ -44,8 +44,8 @@ struct PublisherOptions {
     double cycle_time = 0.001;            ///< seconds per line
     std::uint64_t fifo_lines = 10000;     ///< slots of each value FIFO; one less can wait
     std::vector<AxisLimits> limits;       ///< empty: none are announced
-    /// Least time between two announcements to a viewer. Zero: a viewer that is ready gets what
-    /// there is at once, and draws as often as it can.
+    /// Least time between two announcements to a viewer, unless its FIFO is more than half full.
+    /// Zero: a viewer that is ready gets what there is at once, and draws as often as it can.
     std::chrono::nanoseconds announce_interval{0};
     /// How long a batch may stay unanswered after its viewer connected again.
     std::chrono::nanoseconds batch_grace = kBatchGrace;
@@ -79,9 +79,9 @@ struct PublisherEvents {
 
 class MasterPublisher {
  public:
-    /// Starts publishing. Returns null on failure and the reason in words in `*error`: another
-    /// master runs, options that cannot be published, or a failure of the system. What a dead
-    /// master left behind is replaced.
+    /// Starts publishing, and tells the viewers that are there already. Returns null on failure and
+    /// the reason in words in `*error`: another master runs, options that cannot be published, or a
+    /// failure of the system. What a dead master left behind is replaced.
     static std::unique_ptr<MasterPublisher> Start(PublisherOptions options, PublisherEvents events,
                                                   std::string* error);
 
@@ -93,6 +93,13 @@ class MasterPublisher {
     /// The window that viewers send to; 0 after End.
     [[nodiscard]] platform::WindowHandle window() const;
 
+    /// What is published.
+    [[nodiscard]] const PublisherOptions& options() const { return m_options; }
+
+    /// Descriptor that is readable while Serve has work; -1 where there is none (Windows: the
+    /// thread's messages tell).
+    [[nodiscard]] int PollDescriptor() const;
+
     /// Writes one line for every connected viewer and announces it where the viewer is ready.
     /// A viewer without room is told of the overrun once and gets nothing until it connects again.
     /// REQUIRES: `line` has one value per axis.
@@ -101,6 +108,10 @@ class MasterPublisher {
     /// Lines that every viewer being filled could take now; kNoViewer when there is none.
     [[nodiscard]] std::uint64_t Room() const;
     static constexpr std::uint64_t kNoViewer = ~std::uint64_t{0};
+
+    /// The source of the lines has lost some: ends the stream of every viewer that is being filled
+    /// as a full FIFO does. Each of them goes on when it connects again.
+    void LinesLost();
 
     /// Handles messages; waits up to `timeout` for the first one. With zero only what is there.
     void Serve(std::chrono::nanoseconds timeout);
@@ -164,6 +175,8 @@ class MasterPublisher {
     void CapabilitiesRead(ViewerMap::iterator viewer);
 
     void Fill(ViewerMap::value_type& viewer, std::span<const double> line);
+    void RunOver(ViewerMap::value_type& viewer);
+    void Announce();
     bool Tend(ViewerMap::value_type& viewer);
     void TendAll();
     bool Tell(ViewerMap::value_type& viewer, FromMaster number, std::uint64_t w_param = 0);
@@ -177,6 +190,8 @@ class MasterPublisher {
     std::unique_ptr<platform::MessageWindow> m_window;
     platform::SharedSegment m_info;
     ViewerMap m_viewers;
+    /// Windows that are still to be told that this master is here.
+    std::vector<platform::WindowHandle> m_untold;
     Counters m_forgotten;  ///< of viewers that are not known any more
     bool m_ignore_answers = false;
 };

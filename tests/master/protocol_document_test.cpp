@@ -95,6 +95,7 @@ TEST_F(ProtocolDocumentTest, Messages) {
     ExpectMessage(FromMaster::kOverrun, "master to viewer | posted | any | overrun");
     ExpectMessage(FromMaster::kQuit, "master to viewer | posted | any | quit");
     ExpectMessage(FromMaster::kCapabilitiesChanged, "master to viewer | posted | any | the capab");
+    ExpectMessage(kMasterIsHere, "master to viewer | posted | any | a master is here");
 }
 
 TEST_F(ProtocolDocumentTest, Packets) {

@@ -54,6 +54,16 @@ TEST_F(MessageWindowTest, HandlesArePositiveBelowTwoToThe31AndUnique) {
     }
 }
 
+TEST_F(MessageWindowTest, AllWindowsOfTheUserAreFound) {
+    EXPECT_THAT(MessageWindows(), ::testing::IsEmpty());
+    const auto first = Make(nullptr);
+    auto second = Make(nullptr);
+    EXPECT_THAT(MessageWindows(),
+                ::testing::UnorderedElementsAre(first->handle(), second->handle()));
+    second.reset();
+    EXPECT_THAT(MessageWindows(), ElementsAre(first->handle()));
+}
+
 TEST_F(MessageWindowTest, ExistsFromCreationToDestruction) {
     auto window = Make(nullptr);
     const WindowHandle handle = window->handle();
