@@ -250,6 +250,7 @@ class DyingMaster : public Damage {
 TEST_F(DyingMaster, LeavesAViewerThatConnectsToTheNextOneAndNothingElse) {
     std::mt19937 random(20);
     Open({"X", "Y"});
+    View().Work().Source().SetComesBack(false);  // curves would go on
     EXPECT_EQ(MappedSegments(), 0U);
     Holdings allowed;
     const int cycles = CyclesOfThisRun();
