@@ -252,7 +252,7 @@ TEST_F(DemoMasterTest, FaultNeverReady) {
 }
 
 TEST_F(DemoMasterTest, FaultHangLeavesASentMessageWithoutAnswer) {
-    Start({"--fault", "hang", "--fault-after", "50"});
+    Start({"--fault", "hang", "--fault-after", "2000"});
     TestViewer viewer;
     ASSERT_TRUE(viewer.Connect());
     ASSERT_TRUE(viewer.ServeUntil([&] { return viewer.lines.size() > 40; }));
