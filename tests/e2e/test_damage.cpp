@@ -159,7 +159,7 @@ TEST_F(Damage, ConnectWhileTheMasterHangsFreezesNothing) {
     EXPECT_EQ(Message(), kHung);
     QTest::qWait(300);
     heart.ExpectNoFreeze();
-    EXPECT_EQ(heart.Waits(), 1U);
+    heart.ExpectOneWait();
     master.Thaw();
     ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
     EXPECT_EQ(Message(), kConnected);

@@ -35,7 +35,7 @@ class HungMaster : public Viewer {
         EXPECT_TRUE(WaitForMessage(kHung)) << Message();
         QTest::qWait(300);
         heart.ExpectNoFreeze();
-        EXPECT_EQ(heart.Waits(), 1U);
+        heart.ExpectOneWait();
         master.Thaw();
         ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
         EXPECT_EQ(Message(), kConnected);
@@ -151,7 +151,7 @@ TEST_F(HungMaster, TheFirstBatchOfAViewerWithoutGraphsFreezesNothing) {
     ASSERT_TRUE(WaitForMessage(kHung)) << Message();
     QTest::qWait(300);
     heart.ExpectNoFreeze();
-    EXPECT_EQ(heart.Waits(), 1U);
+    heart.ExpectOneWait();
     master.Thaw();
     ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
     EXPECT_EQ(Message(), kConnected);

@@ -71,7 +71,7 @@ TEST_F(Link, AViewerThatWasThereFirstConnectsByCommand) {
 
 TEST_F(Link, AnOverrunIsShownAndConnectGoesOn) {
     DemoMaster master({"--motion", "circle", "--fault", "overrun", "--fault-after", "500",
-                       "--fifo-lines", "200"});
+                       "--fifo-lines", "5000"});
     Open({"X"});
     ASSERT_TRUE(WaitFor([this] { return !m_boxes.empty(); }));
     EXPECT_THAT(
@@ -92,7 +92,7 @@ TEST_F(Link, AnOverrunIsShownAndConnectGoesOn) {
 
 TEST_F(Link, TheTextOfAnOverrunGoesWhenAnOpenedGraphFileBringsValuesAgain) {
     DemoMaster master({"--motion", "circle", "--fault", "overrun", "--fault-after", "500",
-                       "--fifo-lines", "200"});
+                       "--fifo-lines", "5000"});
     Open({"X"});
     ASSERT_TRUE(WaitForMessage("The value fifo ran over: Machine Data > Connect to go on"));
     ASSERT_TRUE(WaitFor([this] { return ConnectAction().isEnabled(); }));
@@ -205,10 +205,10 @@ TEST_F(Link, AHungMasterIsReportedAfterOneWaitForItsAnswer) {
     master.Freeze();
     Heartbeat heart;
     ASSERT_TRUE(WaitForMessage("The master process (Dorvane) does not respond"));
-    EXPECT_EQ(heart.Waits(), 1U);
+    heart.ExpectOneWait();
     QTest::qWait(300);
     heart.ExpectNoFreeze();
-    EXPECT_EQ(heart.Waits(), 1U);
+    heart.ExpectOneWait();
     EXPECT_TRUE(Cycle().Source().IsPresent());
     EXPECT_THAT(TakeBoxes(), IsEmpty());
     master.Thaw();
