@@ -33,6 +33,7 @@ const std::map<std::string, Layer>& Layers() {
         {"graph/model", {{"link/axis_capabilities.h", "support"}}},
         {"graph/values", {{"support"}}},
         {"graph/draw", {{"graph/model", "graph/values", "support"}, true}},
+        {"measure", {{"support"}}},
         {"ui/dialogs",
          {{"graph/model", "graph/values", "graph/draw/colors.h", "graph/draw/display_settings.h",
            "link/axis_capabilities.h", "support"},
