@@ -46,6 +46,10 @@ struct RadialModel {
     double oval = 0.0;  ///< R eps/2 - s v dtau/2
     double backlash_x = 0.0;
     double backlash_y = 0.0;
+    /// Angle in the direction of motion at which the axis turns, away from that of its reversal on
+    /// the ideal circle: the other axis is late, by its play and by another lag.
+    double turns_x = 0.0;
+    double turns_y = 0.0;
 
     /// Deviation from the radius without play.
     [[nodiscard]] double Smooth(const PolarPoint& p) const {
@@ -57,16 +61,17 @@ struct RadialModel {
     [[nodiscard]] double Value(const PolarPoint& p) const {
         return Smooth(p) + backlash_x * p.PlayX(sense) + backlash_y * p.PlayY(sense);
     }
-    /// With the play of the axis that reversed being taken up over the first degrees behind.
-    [[nodiscard]] double Behind(const PolarPoint& p) const {
-        const bool x_reversed = std::abs(p.cosine) > std::abs(p.sine);
-        const double play = x_reversed ? backlash_x : backlash_y;
-        const double cosine = x_reversed ? std::abs(p.cosine) : std::abs(p.sine);
-        const double taken_up =
-            SignOfNumber(play) *
-            std::min(std::abs(play) / 2.0, radius * (1.0 - cosine) - std::abs(play) / 2.0) * cosine;
+    /// With the play of the axis that turned being taken up, `phi` radians behind the reversal.
+    [[nodiscard]] double Behind(const PolarPoint& p, double phi) const {
+        const bool x_turned = std::abs(p.cosine) > std::abs(p.sine);
+        const double play = x_turned ? backlash_x : backlash_y;
+        const double since = std::max(0.0, phi - (x_turned ? turns_x : turns_y));
+        const double taken_up = SignOfNumber(play) *
+                                std::min(std::abs(play) / 2.0,
+                                         radius * (1.0 - std::cos(since)) - std::abs(play) / 2.0) *
+                                std::cos(phi);
         return Smooth(p) + taken_up +
-               (x_reversed ? backlash_y * p.PlayY(sense) : backlash_x * p.PlayX(sense));
+               (x_turned ? backlash_y * p.PlayY(sense) : backlash_x * p.PlayX(sense));
     }
 };
 

@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kLeastShareOfFastest = 0.01;
 constexpr double kLeastCurvature = 1e-6;   // per mm
+constexpr double kSmallestRadius = 1e-3;   // mm
 constexpr double kLargestResidual = 0.01;  // share of the radius
 
 /// Speed and curvature of one whole stretch of a path, where both are defined.
@@ -247,7 +248,7 @@ std::vector<CircleRun> FindCircleRuns(const PlanePath& path, const RunSetup& set
             from = found->end;
             const Arc arc = ArcOf(x, y, *found);
             const auto circle = FitCircleQuickly({&arc, 1});
-            if (!circle) {
+            if (!circle || circle->radius < kSmallestRadius) {
                 continue;
             }
             CircleRun run;

@@ -82,6 +82,10 @@ class ShapeFit {
                          : unknowns[Squareness()];
         model.backlash_x = unknowns[BacklashX()];
         model.backlash_y = unknowns[BacklashY()];
+        const double late =
+            m_both_senses ? m_turns[turn].feed / m_radius * unknowns[ServoMismatch()] : 0.0;
+        model.turns_x = -model.backlash_y / (2.0 * m_radius) - late;
+        model.turns_y = -model.backlash_x / (2.0 * m_radius) + late;
         return model;
     }
 

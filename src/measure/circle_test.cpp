@@ -5,7 +5,9 @@
 #include <cmath>
 #include <numbers>
 
+#include "measure/circle_model.h"
 #include "measure/circle_notes.h"
+#include "measure/least_squares.h"
 #include "measure/units.h"
 
 namespace wavo::measure {
@@ -56,16 +58,24 @@ void TakeFeed(const PlanePath& path, CircleTurn* turn) {
     }
 }
 
-/// How the radius changed from the beginning of the turn to its end, over the first and last 2 %.
-double ClosureOf(const Arc& arc, const Circle& circle) {
-    const std::size_t count = std::max<std::size_t>(arc.x.size() / 50, 1);
-    double change = 0.0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t last = arc.x.size() - 1 - i;
-        change += std::hypot(arc.x[last] - circle.x, arc.y[last] - circle.y) -
-                  std::hypot(arc.x[i] - circle.x, arc.y[i] - circle.y);
+/// How the radius changed over the turn: a share in proportion to the angle, beside the errors that
+/// a machine has anyway.
+double ClosureOf(const Arc& arc, const Circle& circle, Sense sense) {
+    constexpr std::size_t kPoints = 2000;
+    constexpr double kZone = 0.09;  // sine of 5 degrees
+    const double sign = SignOf(sense);
+    const std::size_t step = std::max<std::size_t>(arc.x.size() / kPoints, 1);
+    LeastSquares fit(8);
+    for (std::size_t i = 0; i < arc.x.size(); i += step) {
+        const PolarPoint p(arc.x[i] - circle.x, arc.y[i] - circle.y);
+        if (std::abs(p.SinceReversal(sign)) > kZone) {
+            const double share = static_cast<double>(i) / static_cast<double>(arc.x.size());
+            fit.Add(std::array{1.0, p.cosine, p.sine, p.cosine * p.cosine - p.sine * p.sine,
+                               2.0 * p.sine * p.cosine, p.PlayX(sign), p.PlayY(sign), share,
+                               p.distance - circle.radius});
+        }
     }
-    return change / static_cast<double>(count) * kMicrometres;
+    return fit.Solve().unknowns[7] * kMicrometres;
 }
 
 Figure NominalRadius(const PlanePath& path, const Stretch& stretch, const CircleSetup& setup) {
@@ -159,7 +169,7 @@ Told<CircleTurn> EvaluateTurn(const PlanePath& path, const Stretch& stretch, Sen
         turn.radial_error_max = (range.largest - *turn.nominal_radius) * kMicrometres;
         turn.radial_error_min = (range.smallest - *turn.nominal_radius) * kMicrometres;
     }
-    turn.closure = ClosureOf(arc, *circle);
+    turn.closure = ClosureOf(arc, *circle, sense);
     return turn;
 }
 

@@ -13,6 +13,8 @@ namespace {
 /// Below so many standard deviations of the residual there is no spike.
 constexpr double kLeastDeviations = 4.0;
 constexpr double kBase = 0.1;
+/// What is smaller disturbs no fit, mm.
+constexpr double kSmallest = 1e-4;
 /// Degrees before a reversal that are looked at too: the rising side may begin there.
 constexpr double kBefore = 10.0;
 
@@ -42,7 +44,9 @@ std::vector<SpikePoint> PointsAbout(int degrees, const ShapeTurn& turn, const Ci
         if (phi < -kBefore || phi > setup.spike_window + kBefore) {
             continue;
         }
-        const double expected = phi >= 0.0 ? model.Behind(p) : model.Value(p);
+        const double turns = (degrees % 180 == 0 ? model.turns_x : model.turns_y) * kDegrees;
+        const double expected =
+            phi >= std::min(turns, 0.0) ? model.Behind(p, phi / kDegrees) : model.Value(p);
         points.push_back({phi, p.distance - model.radius - expected});
     }
     // A turn that begins here holds the part before the reversal at its end.
@@ -96,7 +100,10 @@ FoundSpike SpikeAt(int degrees, const ShapeTurn& turn, const Circle& centre,
     const double level = height * setup.spike_share;
     const auto left = FallsTo(points, *peak, level, -1);
     const auto right = FallsTo(points, *peak, level, 1);
-    found.end = FallsTo(points, *peak, height * kBase, 1).value_or(setup.spike_window + kBefore);
+    const double base = std::max(height * kBase, kSmallest);
+    if (height > base) {
+        found.end = FallsTo(points, *peak, base, 1).value_or(setup.spike_window + kBefore);
+    }
     if (!left || !right) {
         found.spike.width = found.spike.duration =
             Figure::Not("it does not fall to the level of the width");
