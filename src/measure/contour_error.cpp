@@ -29,13 +29,14 @@ class CommandedPath {
         }
     }
 
-    /// Squared distance of the actual place of cycle `i` from the nearest segment.
-    [[nodiscard]] Nearest To(std::size_t i, const ContourSetup& setup) const {
+    /// Squared distance of the actual place of cycle `i` from the nearest segment. `guess` is one
+    /// that may be near: segments that are not nearer then cost no division.
+    [[nodiscard]] Nearest To(std::size_t i, std::size_t guess, const ContourSetup& setup) const {
         std::size_t reach = setup.reach;
         while (true) {
             const std::size_t first = i - std::min(i, reach);
             const std::size_t end = std::min(i + reach, m_size - 1);
-            const Nearest nearest = Within(i, first, end);
+            const Nearest nearest = Within(i, first, end, std::clamp(guess, first, end - 1));
             // The path may come nearer still beyond the segments looked at.
             const bool beyond = (nearest.segment == first && first > 0 && Moves(first)) ||
                                 (nearest.segment + 1 == end && end < m_size - 1 && Moves(end - 1));
@@ -56,20 +57,21 @@ class CommandedPath {
     }
 
  private:
-    [[nodiscard]] Nearest Within(std::size_t i, std::size_t first, std::size_t end) const {
+    [[nodiscard]] Nearest Within(std::size_t i, std::size_t first, std::size_t end,
+                                 std::size_t guess) const {
         Nearest nearest;
         nearest.segment = first;
+        TakeIfNearer(i, guess, &nearest);
         for (std::size_t segment = first; segment < end; ++segment) {
-            const double square = SquareTo(i, segment);
-            if (square < nearest.square) {
-                nearest = {square, segment};
-            }
+            TakeIfNearer(i, segment, &nearest);
         }
+        nearest.square =
+            std::isfinite(nearest.square) ? SquareTo(i, nearest.segment) : nearest.square;
         return nearest;
     }
 
-    /// NaN (never the nearest) where a value is missing.
-    [[nodiscard]] double SquareTo(std::size_t i, std::size_t segment) const {
+    /// Comparisons with NaN fail: a segment with a missing value is never the nearest.
+    void TakeIfNearer(std::size_t i, std::size_t segment, Nearest* nearest) const {
         double length = 0.0;
         double along = 0.0;
         double square = 0.0;
@@ -81,10 +83,31 @@ class CommandedPath {
             along += step * offset;
             square += offset * offset;
         }
-        if (along <= 0.0 || length == 0.0) {
-            return square;
+        if (along > 0.0 && along < length) {
+            // The distance across is what is left of the offset: times the length of the segment.
+            const double across = square * length - along * along;
+            if (across < nearest->square * length) {
+                *nearest = {across / length, segment};
+            }
+        } else {
+            const double beyond = along > 0.0 ? square - 2.0 * along + length : square;
+            if (beyond < nearest->square) {
+                *nearest = {beyond, segment};
+            }
         }
-        const double foot = std::min(along / length, 1.0);
+    }
+
+    /// The same to the last digit, for the segment that was chosen.
+    [[nodiscard]] double SquareTo(std::size_t i, std::size_t segment) const {
+        double length = 0.0;
+        double along = 0.0;
+        for (std::size_t axis = 0; axis < kAxes; ++axis) {
+            const double from = m_commanded[axis][segment];
+            const double step = m_commanded[axis][segment + 1] - from;
+            length += step * step;
+            along += step * (m_actual[axis][i] - from);
+        }
+        const double foot = length > 0.0 ? std::clamp(along / length, 0.0, 1.0) : 0.0;
         double distance = 0.0;
         for (std::size_t axis = 0; axis < kAxes; ++axis) {
             const double from = m_commanded[axis][segment];
@@ -117,8 +140,10 @@ std::vector<double> ErrorsOf(std::span<const ContourAxis> axes, const Stretch& s
         return errors;
     }
     const CommandedPath<kAxes> path(axes);
+    std::size_t guess = stretch.first;
     for (std::size_t i = stretch.first; i < stretch.end; ++i) {
-        const Nearest nearest = path.To(i, setup);
+        const Nearest nearest = path.To(i, guess, setup);
+        guess = nearest.segment + 1;  // the path goes on
         if (std::isfinite(nearest.square)) {
             const double side = with_sign ? path.SideOf(i, nearest.segment) : 1.0;
             errors[i - stretch.first] = side * std::sqrt(nearest.square);

@@ -10,8 +10,8 @@ namespace wavo::measure {
 
 struct FoundSpike {
     ReversalSpike spike;
-    double end =
-        0.0;  ///< where it has fallen to a tenth of its height, degrees behind the reversal
+    /// Where it has fallen to a tenth of its height or to 0.1 um, degrees behind the reversal.
+    double end = 0.0;
 };
 
 /// The spikes of one turn at 0, 90, 180 and 270 degrees. `deviation`: standard deviation of the

@@ -24,16 +24,14 @@ double SumOf(const Lanes& lanes) {
 }
 
 struct FirstRead {
-    double sum = 0.0;  ///< of value - shift
+    double sum = 0.0;  ///< of value - shift; not finite where a value is not
     double minimum = 0.0;
     double maximum = 0.0;
-    bool finite = false;  ///< every value is
 };
 
 /// REQUIRES: a multiple of kLanes values.
 FirstRead ReadFirst(std::span<const double> values, double shift) {
     Lanes sum{};
-    Lanes probe{};  // stays zero as long as values are finite
     Lanes minimum;
     Lanes maximum;
     std::copy_n(values.begin(), kLanes, minimum.begin());
@@ -42,39 +40,42 @@ FirstRead ReadFirst(std::span<const double> values, double shift) {
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
             const double value = values[i + lane];
             sum[lane] += value - shift;
-            probe[lane] += value * 0.0;
             minimum[lane] = value < minimum[lane] ? value : minimum[lane];
             maximum[lane] = value > maximum[lane] ? value : maximum[lane];
         }
     }
-    return {SumOf(sum), *std::ranges::min_element(minimum), *std::ranges::max_element(maximum),
-            SumOf(probe) == 0.0};
+    return {SumOf(sum), *std::ranges::min_element(minimum), *std::ranges::max_element(maximum)};
 }
 
 /// Sums about the mean; the second read of a block.
 void ReadSecond(std::span<const double> values, double shift, double mean, Moments* moments) {
+    Lanes sum{};
     Lanes square{};
-    Lanes product{};
+    Lanes product{};  // with the place of the first lane
+    double place = 0.0;
     for (std::size_t i = 0; i < values.size(); i += kLanes) {
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
             const double deviation = (values[i + lane] - shift) - mean;
+            sum[lane] += deviation;
             square[lane] += deviation * deviation;
-            product[lane] += deviation * static_cast<double>(static_cast<int>(i + lane));
+            product[lane] += deviation * place;
         }
+        place += static_cast<double>(kLanes);
     }
-    // The deviations add up to (nearly) nothing, so that places serve for deviations of the cycles.
     moments->m2 = SumOf(square);
-    moments->ctx = SumOf(product);
+    moments->ctx = SumOf(product) - SumOf(sum) * moments->cycle_mean;
+    for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        moments->ctx += static_cast<double>(lane) * sum[lane];
+    }
 }
 
-/// The block's moments; nothing when it holds values that are not finite.
-bool BlockMoments(std::span<const double> values, Cycle first_cycle, Moments* moments) {
+/// The block's moments; false when it holds values that are not finite. Where its extremes lie is
+/// only looked for where they are beyond those of `before`.
+bool BlockMoments(std::span<const double> values, Cycle first_cycle, const Moments& before,
+                  Moments* moments) {
     const double shift = values.front();
-    if (!std::isfinite(shift)) {
-        return false;
-    }
     const FirstRead first = ReadFirst(values, shift);
-    if (!first.finite) {
+    if (!std::isfinite(first.sum)) {
         return false;
     }
     const auto count = static_cast<double>(values.size());
@@ -91,8 +92,12 @@ bool BlockMoments(std::span<const double> values, Cycle first_cycle, Moments* mo
     const auto place = [&](double extreme) {
         return first_cycle + (std::ranges::find(values, extreme) - values.begin());
     };
-    moments->minimum_cycle = place(first.minimum);
-    moments->maximum_cycle = place(first.maximum);
+    if (before.count == 0 || first.minimum < before.minimum) {
+        moments->minimum_cycle = place(first.minimum);
+    }
+    if (before.count == 0 || first.maximum > before.maximum) {
+        moments->maximum_cycle = place(first.maximum);
+    }
     return true;
 }
 
@@ -166,7 +171,7 @@ Moments MomentsOf(std::span<const double> values, Cycle first_cycle) {
         size = size >= kLanes ? size / kLanes * kLanes : size;
         const auto block = values.first(size);
         Moments moments;
-        if (size % kLanes == 0 && BlockMoments(block, first_cycle, &moments)) {
+        if (size % kLanes == 0 && BlockMoments(block, first_cycle, all, &moments)) {
             all.Merge(moments);
         } else {
             for (std::size_t i = 0; i < size; ++i) {
