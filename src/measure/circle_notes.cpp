@@ -83,7 +83,8 @@ void NoteClipping(const char* axis, std::span<const double> values, std::span<co
 
 void NoteTurn(const PlanePath& path, const CircleSetup& setup, const CircleTurn& turn,
               const CircleRun& run, std::vector<std::string>* notes) {
-    const std::string sense = SenseName(turn.sense);
+    const std::string sense =
+        Words("%s turn at line %zu", SenseName(turn.sense).c_str(), turn.stretch.first);
     if (run.shortened) {
         notes->push_back(
             Words("%s: only %s s left out at both ends, for lack of angle; program "
@@ -116,9 +117,8 @@ void NoteTurn(const PlanePath& path, const CircleSetup& setup, const CircleTurn&
     for (const OtherAxis& axis : setup.others) {
         const double range = RangeOf(axis.values.subspan(turn.stretch.first, turn.stretch.Size()));
         if (range > kOtherAxisMoves) {
-            notes->push_back(
-                Words("%s moves by %s mm during the %s turn: not a circle in one plane",
-                      axis.name.c_str(), Decimals(range, 3).c_str(), sense.c_str()));
+            notes->push_back(Words("%s moves by %s mm during the %s: not a circle in one plane",
+                                   axis.name.c_str(), Decimals(range, 3).c_str(), sense.c_str()));
         }
     }
 }

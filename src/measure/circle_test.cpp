@@ -16,6 +16,7 @@ namespace {
 
 constexpr double kFeedsAgree = 0.02;
 constexpr double kSizesAgree = 0.01;
+constexpr double kFeedIsMeant = 0.05;
 
 Arc PointsOf(const PlanePath& path, const Stretch& stretch) {
     return {path.x.subspan(stretch.first, stretch.Size()),
@@ -138,6 +139,7 @@ void TakePairFigures(std::span<const Arc> arcs, const Figure& nominal, bool zone
             evaluation->bidirectional_error_zone = Figure::Not(common.reason);
         return;
     }
+    evaluation->common = *common;
     evaluation->bidirectional_error =
         RadialRangeAbout(arcs, common->x, common->y).Width() * kMicrometres;
     evaluation->bidirectional_error_zone = ZoneWidth(arcs, *common, zone);
@@ -195,6 +197,22 @@ CircleEvaluation EvaluateTurns(const PlanePath& path, std::span<const CircleTurn
         evaluation.shape.value->radius_change.value = nominal;
     }
     return evaluation;
+}
+
+std::optional<std::size_t> ChosenEvaluation(const CircleResult& result,
+                                            const std::optional<double>& feed) {
+    std::optional<std::size_t> chosen;
+    for (std::size_t i = 0; i < result.evaluations.size(); ++i) {
+        const CircleEvaluation& evaluation = result.evaluations[i];
+        const double reached = result.turns[evaluation.turns.front()].feed;
+        if (feed && std::abs(reached / *feed - 1.0) > kFeedIsMeant) {
+            continue;
+        }
+        if (!chosen || evaluation.turns.size() > result.evaluations[*chosen].turns.size()) {
+            chosen = i;
+        }
+    }
+    return chosen;
 }
 
 CircleResult TestCircle(const PlanePath& path, const CircleSetup& setup) {

@@ -52,6 +52,7 @@ struct CircleTurn {
 /// Two turns of different senses that belong together, or one without a partner.
 struct CircleEvaluation {
     std::vector<std::size_t> turns;   ///< one or two, counter-clockwise first
+    std::optional<Circle> common;     ///< circle through both turns, about which G(b) stands
     Figure bidirectional_error;       ///< G(b), um
     Figure bidirectional_error_zone;  ///< um
     Figure mean_radial_error;         ///< D, um
@@ -70,6 +71,11 @@ struct CircleResult {
 
 /// REQUIRES: columns of one size.
 CircleResult TestCircle(const PlanePath& path, const CircleSetup& setup = {});
+
+/// The evaluation that a report is about: the first pair, or else the first turn, of those whose
+/// feed is within 5 % of the one given in mm/s. Nothing where there is none.
+std::optional<std::size_t> ChosenEvaluation(const CircleResult& result,
+                                            const std::optional<double>& feed);
 
 /// The figures of a given turn. Not told where its points make no circle.
 Told<CircleTurn> EvaluateTurn(const PlanePath& path, const Stretch& stretch, Sense sense,

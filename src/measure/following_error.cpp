@@ -15,6 +15,7 @@ namespace {
 constexpr double kLeastShareOfSpeed = 0.1;
 constexpr double kSpeedHolds = 0.01;  // share of the speed that it may vary by
 constexpr double kHoldTime = 0.2;     // s
+constexpr std::size_t kFewestSamples = 10;
 constexpr double kLeastShareOfSign = 0.1;
 constexpr const char* kStandstill = "standstill: the axis does not move";
 
@@ -139,14 +140,15 @@ FollowingError FollowingErrorOf(std::span<const double> commanded, std::span<con
     FollowingError result;
     result.samples = samples;
     auto chosen = Chosen(commanded, actual, speeds, cycle_time, stretch, samples);
-    if (chosen.empty() && samples == LagSamples::kConstantSpeed) {
+    if (chosen.size() < kFewestSamples && samples == LagSamples::kConstantSpeed) {
         result.samples = LagSamples::kMoving;
         chosen = Chosen(commanded, actual, speeds, cycle_time, stretch, result.samples);
     }
     result.count = chosen.size();
-    if (chosen.empty()) {
+    if (chosen.size() < kFewestSamples) {
         result.largest = result.rms = result.lag = result.offset = result.gain =
-            result.linear_gain = Figure::Not(kStandstill);
+            result.linear_gain =
+                Figure::Not(chosen.empty() ? kStandstill : "too few lines in motion");
         return result;
     }
     double largest = 0.0;

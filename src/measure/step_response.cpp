@@ -13,6 +13,7 @@ namespace wavo::measure {
 
 namespace {
 
+constexpr double kRestOfStandstill = 0.05;  // s
 constexpr const char* kNotReached = "not reached";
 
 /// Cycles in a row in which the commanded value changes.
@@ -274,8 +275,12 @@ std::vector<ReversalDwell> FindReversalDwells(std::span<const double> commanded,
                 turning.upper ? std::ranges::max_element(part) : std::ranges::min_element(part);
             const std::size_t place =
                 turning.place + static_cast<std::size_t>(extreme - part.begin());
+            const std::size_t commanded_rest = RestAround(commanded, turning.place, window);
+            if (commanded_rest >= CyclesIn(kRestOfStandstill, cycle_time, 2)) {
+                continue;
+            }
             const auto rest = static_cast<double>(RestAround(actual, place, window)) -
-                              static_cast<double>(RestAround(commanded, turning.place, window));
+                              static_cast<double>(commanded_rest);
             dwells.push_back({turning.place, commanded[turning.place], turning.upper,
                               rest * cycle_time * kMilliseconds});
         }

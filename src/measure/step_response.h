@@ -74,9 +74,9 @@ struct ReversalDwell {
     Figure dwell;           ///< ms
 };
 
-/// At each place where the commanded value turns round by more than `window` on both sides: the
-/// time that the actual value stays within `window` of its own extreme, less the same of the
-/// commanded value. In the unit of the axis.
+/// At each place where the commanded value turns round by more than `window` on both sides,
+/// without a standstill of 50 ms or more: the time that the actual value stays within `window` of
+/// its own extreme, less the same of the commanded value. In the unit of the axis.
 std::vector<ReversalDwell> FindReversalDwells(std::span<const double> commanded,
                                               std::span<const double> actual, double cycle_time,
                                               double window);

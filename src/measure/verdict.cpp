@@ -31,53 +31,60 @@ std::string LowerCase(std::string_view text) {
 /// Figures of a turn, named by plane and sense.
 void AddTurn(const CircleTurn& turn, const std::string& plane, std::vector<NamedFigure>* figures) {
     const std::string sense = turn.sense == Sense::kCounterClockwise ? "ccw" : "cw";
-    const auto add = [&](const char* key, const char* name, const char* unit, int decimals,
-                         const Figure& figure) {
+    const auto add = [&](const char* key, const char* symbol, const char* name, const char* unit,
+                         int decimals, const Figure& figure) {
         figures->push_back({std::string(key) + "_" + sense,
-                            std::string(key) + "_" + plane + " " + sense,
+                            std::string(symbol) + "_" + plane + " " + sense,
                             std::string(name) + ", " + sense, unit, decimals, figure, 0.0});
     };
-    add("G", "circular error", "um", 2, turn.circular_error);
+    add("G", "G", "circular error G", "um", 2, turn.circular_error);
     if (turn.circular_error_zone || turn.circular_error_zone.reason != "not asked for") {
-        add("G_zone", "circular error, minimum zone", "um", 2, turn.circular_error_zone);
+        add("G_zone", "G", "G, minimum zone", "um", 2, turn.circular_error_zone);
     }
-    add("F_max", "radial error, largest", "um", 2, turn.radial_error_max);
-    add("F_min", "radial error, smallest", "um", 2, turn.radial_error_min);
-    add("R", "radius", "mm", 4, turn.circle.radius);
-    add("v", "path feed", "mm/s", 3, turn.feed);
-    add("v_even", "feed, largest deviation", "%", 2, turn.feed_deviation);
+    add("F_max", "F_max", "radial error F max", "um", 2, turn.radial_error_max);
+    add("F_min", "F_min", "radial error F min", "um", 2, turn.radial_error_min);
+    add("R", "R", "radius", "mm", 4, turn.circle.radius);
+    add("v", "v", "feed", "mm/s", 3, turn.feed);
+    add("v_even", "v", "feed unevenness", "%", 2, turn.feed_deviation);
 }
 
-void AddShape(const CircleShape& shape, std::vector<NamedFigure>* figures) {
-    const auto add = [&](const char* key, const char* name, const char* unit, int decimals,
+/// One spike: its height always, width and duration where there is one.
+void AddSpike(const ReversalSpike& spike, std::vector<NamedFigure>* figures) {
+    const std::string sense = spike.sense == Sense::kCounterClockwise ? "ccw" : "cw";
+    const std::string at = std::to_string(spike.degrees) + "_" + sense;
+    const std::string words = std::to_string(spike.degrees) + " deg, " + sense;
+    // For limits, none is a spike of no height.
+    const bool none = spike.height.reason == "none";
+    figures->push_back({"spike_" + at, "spike " + words, "reversal spike at " + words, "um", 2,
+                        none ? Figure(0.0) : spike.height, 0.0});
+    if (!none) {
+        figures->push_back({"spike_deg_" + at, "spike " + words, "width of the spike at " + words,
+                            "deg", 2, spike.width, 0.0});
+        figures->push_back({"spike_ms_" + at, "spike " + words, "duration of the spike at " + words,
+                            "ms", 2, spike.duration, 0.0});
+    }
+}
+
+void AddShape(const CircleShape& shape, const PlaneNames& plane,
+              std::vector<NamedFigure>* figures) {
+    const auto add = [&](const char* key, const std::string& name, const char* unit, int decimals,
                          const FittedFigure& fitted) {
         figures->push_back({key, key, name, unit, decimals, fitted.value, fitted.error});
     };
     add("dR", "radius change", "um", 2, shape.radius_change);
-    add("dS", "scale difference Sx - Sy", "um/m", 1, shape.scale_difference);
+    add("dS", "scale difference " + plane.first + " - " + plane.second, "um/m", 1,
+        shape.scale_difference);
     add("eps", "squareness", "um/m", 1, shape.squareness);
-    add("dtau", "servo mismatch tau_y - tau_x", "ms", 4, shape.servo_mismatch);
+    add("dtau", "servo mismatch " + plane.second + " - " + plane.first, "ms", 4,
+        shape.servo_mismatch);
     if (shape.oval.value) {
-        add("oval", "oval at 45 deg: squareness and servo mismatch together", "um", 2, shape.oval);
+        add("oval", "oval at 45 deg", "um", 2, shape.oval);
     }
-    add("Bx", "backlash of the first axis", "um", 2, shape.backlash_x);
-    add("By", "backlash of the second axis", "um", 2, shape.backlash_y);
+    add("Bx", "backlash " + plane.first, "um", 2, shape.backlash_x);
+    add("By", "backlash " + plane.second, "um", 2, shape.backlash_y);
     figures->push_back({"residual", "residual", "residual, rms", "um", 3, shape.residual, 0.0});
     for (const ReversalSpike& spike : shape.spikes) {
-        const std::string at = std::to_string(spike.degrees) +
-                               (spike.sense == Sense::kCounterClockwise ? "_ccw" : "_cw");
-        const std::string words = std::to_string(spike.degrees) + " deg, " +
-                                  (spike.sense == Sense::kCounterClockwise ? "ccw" : "cw");
-        // Limits on spikes: none is a spike of no height.
-        const bool none = spike.height.reason == "none";
-        figures->push_back({"spike_" + at, "spike " + words, "reversal spike at " + words, "um", 2,
-                            none ? Figure(0.0) : spike.height, 0.0});
-        if (!none) {
-            figures->push_back(
-                {"spike_deg_" + at, "spike " + words, "its width", "deg", 2, spike.width, 0.0});
-            figures->push_back(
-                {"spike_ms_" + at, "spike " + words, "its duration", "ms", 2, spike.duration, 0.0});
-        }
+        AddSpike(spike, figures);
     }
 }
 
@@ -115,22 +122,22 @@ Verdict Worse(Verdict a, Verdict b) {
 }  // namespace
 
 std::vector<NamedFigure> FiguresOf(const CircleResult& result, const CircleEvaluation& evaluation,
-                                   const std::string& plane) {
+                                   const PlaneNames& plane) {
     std::vector<NamedFigure> figures;
     for (const std::size_t turn : evaluation.turns) {
-        AddTurn(result.turns[turn], plane, &figures);
+        AddTurn(result.turns[turn], plane.first + plane.second, &figures);
     }
-    const std::string both = "_" + plane;
-    figures.push_back({"G_b", "G(b)" + both, "bi-directional circular error", "um", 2,
+    const std::string both = "_" + plane.first + plane.second;
+    figures.push_back({"G_b", "G(b)" + both, "bi-directional error G(b)", "um", 2,
                        evaluation.bidirectional_error, 0.0});
     if (evaluation.bidirectional_error_zone) {
-        figures.push_back({"G_b_zone", "G(b)" + both, "the same, minimum zone", "um", 2,
+        figures.push_back({"G_b_zone", "G(b)" + both, "G(b), minimum zone", "um", 2,
                            evaluation.bidirectional_error_zone, 0.0});
     }
-    figures.push_back({"D", "D" + both, "mean bi-directional radial error", "um", 2,
-                       evaluation.mean_radial_error, 0.0});
+    figures.push_back(
+        {"D", "D" + both, "mean radial error D", "um", 2, evaluation.mean_radial_error, 0.0});
     if (evaluation.shape) {
-        AddShape(*evaluation.shape, &figures);
+        AddShape(*evaluation.shape, plane, &figures);
     }
     return figures;
 }

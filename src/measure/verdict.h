@@ -25,9 +25,15 @@ struct NamedFigure {
     double error = 0.0;  ///< standard error, 0 where there is none
 };
 
-/// The figures of one evaluation of a circle test. `plane` is "XY" or like it.
+/// The axes of a plane.
+struct PlaneNames {
+    std::string first;
+    std::string second;
+};
+
+/// The figures of one evaluation of a circle test.
 std::vector<NamedFigure> FiguresOf(const CircleResult& result, const CircleEvaluation& evaluation,
-                                   const std::string& plane);
+                                   const PlaneNames& plane);
 
 /// The figures of an axis test.
 std::vector<NamedFigure> FiguresOf(const AxisResult& result);

@@ -90,7 +90,7 @@ TEST(NamedFigures, HaveKeysOfTheirOwn) {
     CircleSetup setup;
     setup.minimum_zone = true;
     const auto result = TestCircle(data.Path(), setup);
-    const auto figures = FiguresOf(result, result.evaluations.at(0), "XY");
+    const auto figures = FiguresOf(result, result.evaluations.at(0), {"X", "Y"});
     std::set<std::string> keys;
     for (const NamedFigure& figure : figures) {
         EXPECT_TRUE(keys.insert(figure.key).second) << figure.key;

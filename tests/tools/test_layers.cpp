@@ -34,6 +34,7 @@ const std::map<std::string, Layer>& Layers() {
         {"graph/values", {{"support"}}},
         {"graph/draw", {{"graph/model", "graph/values", "support"}, true}},
         {"measure", {{"support"}}},
+        {"report", {{"measure", "support"}, true}},
         {"ui/dialogs",
          {{"graph/model", "graph/values", "graph/draw/colors.h", "graph/draw/display_settings.h",
            "link/axis_capabilities.h", "support"},
@@ -49,6 +50,7 @@ const std::map<std::string, Layer>& Layers() {
         {"master",
          {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "support",
            "platform"}}},
+        {"programs", {{"report", "measure", "master/gzip.h", "support", "platform"}, true}},
     };
     return layers;
 }
@@ -138,7 +140,8 @@ TEST(Layers, EverySourceKeepsToTheTable) {
     std::size_t files = 0;
     const fs::path root(WAVO_SOURCE_DIR);
     for (const auto& [folder, base] :
-         {std::pair{root / "src", root / "src"}, std::pair{root / "master", root}}) {
+         {std::pair{root / "src", root / "src"}, std::pair{root / "master", root},
+          std::pair{root / "programs", root}}) {
         for (const auto& entry : fs::recursive_directory_iterator(folder)) {
             const std::string extension = entry.path().extension().string();
             if (extension != ".h" && extension != ".cpp") {
