@@ -238,9 +238,10 @@ std::string ReportHelp() {
         "FILE is comma-separated text with the names of the columns in its first line, plain or\n"
         "compressed with gzip. X_cmd is the commanded column of X, X_act or X_fb.\n\n";
     for (const OptionRow& row : Rows()) {
-        std::string name = std::string("  ") + row.name + " " + row.value;
+        std::string name = "  ";
+        name.append(row.name).append(" ").append(row.value);
         name.resize(std::max<std::size_t>(name.size() + 1, 26), ' ');
-        help += name + row.help + "\n";
+        help.append(name).append(row.help).append("\n");
     }
     return help +
            "\nExit code: 0 pass or no limits, 1 fail, 2 wrong arguments or files, 3 could not be\n"

@@ -180,7 +180,8 @@ int RunCircle(const ReportOptions& options, const ColumnTable& table,
     report->polar_step = options.polar_step;
     report->result = measure::TestCircle(report->path, report->setup);
     const auto verdict = report::JudgeCircle(*report);
-    *output = TextOf(verdict.figures, verdict.judgement) + NotesText(report->result.notes);
+    *output = TextOf(verdict.figures, verdict.judgement) + NotesText(report->result.notes) +
+              NotesText({report::kFeedbackCaveat});
     if (!options.out.empty() &&
         !report::WriteCirclePdf(QString::fromStdString(options.out), *report)) {
         *error = Unwritable(options.out);

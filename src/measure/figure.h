@@ -16,9 +16,9 @@ struct Told {
     // A value is a told one.
     Told(T told) : value(std::move(told)) {}  // NOLINT(google-explicit-constructor)
 
-    static Told Not(std::string why) {
+    static Told Not(const std::string& why) {
         Told told;
-        told.reason = std::move(why);
+        told.reason = why;
         return told;
     }
 

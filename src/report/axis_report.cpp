@@ -219,8 +219,11 @@ QStringList AxisSentences(const AxisReport& report, const AxisPart& part,
     QStringList sentences;
     sentences << Words("Definitions: " + measure::DefinitionsOf(report.setup.step) + ".");
     sentences << QStringLiteral(
-        "From the control's own values: errors behind the encoder are not seen. With velocity "
-        "feed-forward the velocity gain is the apparent one.");
+        "From the control's own values: errors behind the encoder are not seen. An offset between "
+        "the "
+        "moments at which both columns are taken counts as lag; with velocity feed-forward the "
+        "velocity "
+        "gain is the apparent one.");
     sentences << ReasonsOf(figures);
     for (const std::string& note : part.result.notes) {
         sentences << Words(note + ".");

@@ -205,6 +205,29 @@ Chart ErrorsOverAngle(const PolarPicture& picture) {
     return chart;
 }
 
+/// Settings that are not the usual ones.
+std::string SettingsText(const measure::CircleSetup& setup) {
+    const measure::CircleSetup usual;
+    std::string text;
+    if (setup.shape.zone != usual.shape.zone) {
+        text += " reversal zones of " + Decimals(setup.shape.zone, 1) + " deg;";
+    }
+    if (setup.shape.noise) {
+        text += " known noise of " + Decimals(*setup.shape.noise, 2) + " um;";
+    }
+    if (setup.centre) {
+        text += " F about the nominal centre " + Decimals(setup.centre->x, 4) + ", " +
+                Decimals(setup.centre->y, 4) + " mm;";
+    }
+    if (setup.minimum_zone) {
+        text += " minimum zone too;";
+    }
+    if (!text.empty()) {
+        text.pop_back();
+    }
+    return text;
+}
+
 /// Turns that are evaluated, but not on this page.
 QStringList OtherTurns(const CircleReport& report, const CircleVerdict& verdict) {
     QStringList sentences;
@@ -226,18 +249,23 @@ QStringList OtherTurns(const CircleReport& report, const CircleVerdict& verdict)
 
 QStringList SentencesOf(const CircleReport& report, const CircleVerdict& verdict) {
     QStringList sentences;
-    sentences << QStringLiteral(
-        "From feedback signals of the control: errors behind the encoders are not seen. Terms of "
-        "ISO 230-4:2022.");
+    sentences << Told(std::string(kFeedbackCaveat) + ". Terms of ISO 230-4:2022.");
+    const std::string settings = SettingsText(report.setup);
+    if (!settings.empty()) {
+        sentences << Told("Settings:" + settings + ".");
+    }
     if (verdict.evaluation) {
         const auto& shape = report.result.evaluations[*verdict.evaluation].shape;
         if (shape) {
-            sentences << Told(
-                "Fit: " + Decimals(shape->zone_before, 1) + " deg before and " +
-                Decimals(shape->zone_behind, 1) + " deg behind each reversal left out; condition " +
-                Decimals(shape->condition, 1) + "; residual " + Decimals(shape->residual, 3) +
-                " um rms; errors are standard errors.");
+            sentences << Told("Fit: " + Decimals(shape->zone_before, 1) + " deg before and " +
+                              Decimals(shape->zone_behind, 1) +
+                              " deg behind each reversal left out; condition " +
+                              Decimals(shape->condition, 1) + "; residual " +
+                              Decimals(shape->residual, 3) + " um rms; +- gives standard errors.");
         }
+    }
+    if (BandOf(report)) {
+        sentences << QStringLiteral("Dash-dotted: limits of the radial error.");
     }
     sentences << ReasonsOf(verdict.figures);
     for (const std::string& key : verdict.judgement.unknown) {
@@ -330,10 +358,10 @@ void PaintCirclePage(QPainter& painter, const CircleReport& report) {
         (IsSpike(figure) ? spikes : others).push_back(figure);
     }
     PaintSpikes(page, Page::kLeft, top + kPictureSize + 2.0, kPictureSize, spikes);
-    page.Figures(kTableLeft, top, Page::kRight - kTableLeft, 4.7, others,
-                 measure::Judge(others, report.limits));
+    const double table_end = page.Figures(kTableLeft, top, Page::kRight - kTableLeft, 4.7, others,
+                                          measure::Judge(others, report.limits));
     constexpr double kChartHeight = 62.0;
-    const double chart_top = top + kPictureSize + 28.0;
+    const double chart_top = std::max(top + kPictureSize + 27.0, table_end + 3.0);
     page.SetFont(7.0);
     PaintChart(painter, page.Area(Page::kLeft, chart_top, Page::kRight - Page::kLeft, kChartHeight),
                ErrorsOverAngle(picture), page.Millimetre());
@@ -357,6 +385,8 @@ std::string CircleJson(const CircleReport& report) {
     json.Text("", report.second_axis);
     json.EndArray();
     json.Flag("from_commanded", report.result.from_commanded);
+    json.Text("caveat", kFeedbackCaveat);
+    json.Text("settings", SettingsText(report.setup));
     WriteRuns(json, report.result);
     json.BeginArray("evaluations");
     for (std::size_t i = 0; i < report.result.evaluations.size(); ++i) {

@@ -22,6 +22,10 @@ struct ReportHeader {
     QString made_by;  ///< program and version
 };
 
+/// What goes with every result.
+inline constexpr char kFeedbackCaveat[] =
+    "from feedback signals of the control; errors behind the encoders are not seen";
+
 struct CircleReport {
     ReportHeader header;
     std::string first_axis = "X";

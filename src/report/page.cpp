@@ -21,6 +21,9 @@ QString FromText(const std::string& text) {
 QString DisplayText(QString text) {
     text.replace(QStringLiteral(" deg"), QStringLiteral("°"));
     text.replace(QStringLiteral(" um"), QStringLiteral(" µm"));
+    text.replace(QStringLiteral("+-"), QStringLiteral("±"));
+    text.replace(QStringLiteral("<= "), QStringLiteral("≤ "));
+    text.replace(QStringLiteral(">= "), QStringLiteral("≥ "));
     return text;
 }
 
@@ -133,7 +136,8 @@ double Page::Figures(double left, double top, double width, double row_height,
         if (judged != judgement.judged.end()) {
             m_painter.setPen(kText);
             Text(limit_left, row, limit_width - 1.0, row_height,
-                 FromText(measure::TextOf(judged->limit, figure.decimals)), Qt::AlignRight);
+                 DisplayText(FromText(measure::TextOf(judged->limit, figure.decimals))),
+                 Qt::AlignRight);
             m_painter.setPen(InkOf(judged->verdict));
             SetFont(7.5, true);
             Text(limit_left + limit_width, row, verdict_width, row_height,

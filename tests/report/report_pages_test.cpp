@@ -91,6 +91,7 @@ TEST(CircleReport, ThePageHoldsTheFigures) {
     }
     CircleCase test;
     test.report.limits = *measure::ParseLimits("[Limits]\nG_ccw = 50\nBx = 4\n");
+    test.report.setup.shape.zone = 6.0;
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("circle.pdf"));
     ASSERT_TRUE(WriteCirclePdf(path, test.report));
@@ -102,7 +103,8 @@ TEST(CircleReport, ThePageHoldsTheFigures) {
           std::string("errors behind the encoders"), std::string("ISO 230-4:2022"),
           std::string("FAIL"), std::string("pass"), std::string("backlash X"),
           std::string("servo mismatch Y - X"), std::string("Signature"),
-          std::string("counter-clockwise"), std::string("µm/div"),
+          std::string("counter-clockwise"), std::string("Settings: reversal zones of 6.0°"),
+          std::string("µm/div"),
           QStringLiteral("%1 µm").arg(*turn.circular_error, 0, 'f', 2).toStdString(),
           QStringLiteral("lines %1 to").arg(turn.stretch.first).toStdString()}) {
         EXPECT_THAT(text, HasSubstr(part));
