@@ -37,6 +37,8 @@ const std::map<std::string, Layer>& Layers() {
         {"graph/draw", {{"source", "graph/model", "graph/values", "settings", "support"}, true}},
         {"session",
          {{"source", "link", "graph/model", "graph/values", "settings", "support", "platform"}}},
+        {"measure", {{"support"}}},
+        {"report", {{"measure", "support"}, true}},
         {"ui/dialogs",
          {{"graph/model", "graph/values", "graph/draw/colors.h", "graph/draw/display_settings.h",
            "link/axis_capabilities.h", "settings", "support"},
@@ -56,6 +58,7 @@ const std::map<std::string, Layer>& Layers() {
          {{"master", "link/axis_capabilities.h", "link/master_messages.h", "support", "platform"}}},
         {"master/pipe",
          {{"master", "link/axis_capabilities.h", "link/master_messages.h", "support", "platform"}}},
+        {"programs", {{"report", "measure", "master/gzip.h", "support", "platform"}, true}},
     };
     return layers;
 }
@@ -147,7 +150,8 @@ TEST(Layers, EverySourceKeepsToTheTable) {
     std::size_t files = 0;
     const fs::path root(WAVO_SOURCE_DIR);
     for (const auto& [folder, base] :
-         {std::pair{root / "src", root / "src"}, std::pair{root / "master", root}}) {
+         {std::pair{root / "src", root / "src"}, std::pair{root / "master", root},
+          std::pair{root / "programs", root}}) {
         for (const auto& entry : fs::recursive_directory_iterator(folder)) {
             const std::string extension = entry.path().extension().string();
             if (extension != ".h" && extension != ".cpp") {
