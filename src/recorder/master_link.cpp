@@ -149,7 +149,7 @@ bool MasterLink::BatchReady() {
     return is_taken;
 }
 
-void MasterLink::ValuesBegin() {
+void MasterLink::ValuesBegin(bool /*by_itself*/) {
     m_is_interrupted = m_is_interrupted || m_is_linked;
     TellInterruption();
     m_is_linked = true;

@@ -92,9 +92,9 @@ class MasterLink final : private ValueSourceEvents {
     using Clock = std::chrono::steady_clock;
 
     bool BatchReady() override;
-    void Described() override {}
+    void Described(bool /*by_itself*/) override {}
     void StateChanged() override {}
-    void ValuesBegin() override;
+    void ValuesBegin(bool by_itself) override;
     void Closed() override;
     void Ended() override { m_has_ended = true; }
     void Quit() override { m_listener.ToldToQuit(); }

@@ -32,13 +32,14 @@ const std::map<std::string, Layer>& Layers() {
         {"settings", {{"support", "platform"}}},
         {"source", {{"support"}}},
         {"link", {{"source", "support", "platform"}}},
-        {"link", {{"support", "platform"}}},
         {"recording", {{"source", "support", "platform"}}},
         {"graph/model", {{"link/axis_capabilities.h", "support"}}},
         {"graph/values", {{"source", "support"}}},
         {"graph/draw", {{"source", "graph/model", "graph/values", "settings", "support"}, true}},
         {"session",
          {{"source", "link", "graph/model", "graph/values", "settings", "support", "platform"}}},
+        {"measure", {{"support"}}},
+        {"report", {{"measure", "support"}, true}},
         {"ui/dialogs",
          {{"graph/model", "graph/values", "graph/draw/colors.h", "graph/draw/display_settings.h",
            "link/axis_capabilities.h", "settings", "support"},
@@ -51,24 +52,31 @@ const std::map<std::string, Layer>& Layers() {
          {{"view", "session", "ui/dialogs", "graph/model", "graph/values", "graph/draw", "link",
            "settings", "support", "platform"},
           true}},
-        {"recorder", {{"recording", "graph/model", "graph/values", "link", "support", "platform"}}},
-        {"programs", {{"recorder", "recording", "support", "platform"}}},
+        {"recorder",
+         {{"recording", "source", "graph/model", "graph/values", "link", "support", "platform"}}},
         {"master",
          {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "support",
            "platform"}}},
+        {"master/linuxcnc",
+         {{"master", "link/axis_capabilities.h", "link/master_messages.h", "support", "platform"}}},
+        {"master/pipe",
+         {{"master", "link/axis_capabilities.h", "link/master_messages.h", "support", "platform"}}},
+        {"programs",
+         {{"recorder", "report", "measure", "master/gzip.h", "support", "platform"}, true}},
     };
     return layers;
 }
 
-/// The layer that a path (relative to src, or beginning with "master/" or "programs/") lies in;
-/// empty for none.
+/// The layer that a path (relative to src, or beginning with "master/" or "programs/") lies in, the
+/// innermost; empty for none.
 std::string LayerOf(const std::string& path) {
+    std::string innermost;
     for (const auto& [name, layer] : Layers()) {
-        if (path.starts_with(name + "/")) {
-            return name;
+        if (path.starts_with(name + "/") && name.size() > innermost.size()) {
+            innermost = name;
         }
     }
-    return {};
+    return innermost;
 }
 
 bool IsOperatingSystemHeader(const std::string& header) {
@@ -176,6 +184,8 @@ TEST(Layers, APlantedBadIncludeIsFound) {
                 ElementsAre("view/wavo_view.h: depends on the operating system: #ifdef Q_OS_WIN"));
     EXPECT_THAT(Check("link/line_fifo.cpp", "#include <atomic>\n#include \"link/line_fifo.h\"\n"),
                 ElementsAre("link/line_fifo.cpp: does not include its own header first"));
+    EXPECT_THAT(Check("master/publisher.h", "#include \"master/pipe/pipe_run.h\"\n"),
+                ElementsAre("master/publisher.h: may not include master/pipe/pipe_run.h"));
     EXPECT_THAT(Check("view/wavo_view.cpp", "#include \"view/wavo_view.h\"\n#include <QPainter>\n"),
                 IsEmpty());
 }

@@ -35,7 +35,7 @@ constexpr UINT kFirstNumber = WM_USER;
 constexpr UINT kLastNumber = WM_APP - 1;
 /// Those between masters and viewers, docs/master-protocol.md.
 constexpr UINT kFirstLinkNumber = 0x52C;
-constexpr UINT kLastLinkNumber = 0x52F;
+constexpr UINT kLastLinkNumber = 0x530;
 /// Posted by us to ourselves: what was held back is to be handled now.
 constexpr UINT kDeliver = WM_APP + 1;
 /// How long a posted message makes room for input, painting and timers.
@@ -440,6 +440,24 @@ std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::strin
         return nullptr;
     }
     return std::make_unique<CoreWindow<WindowCore>>(std::move(core));
+}
+
+std::vector<WindowHandle> MessageWindows() {
+    // Each search begins behind the window found before, and fails when that one has gone
+    // meanwhile: then all is looked for again, some times.
+    std::vector<WindowHandle> found;
+    for (int tries = 0; tries < 5; ++tries) {
+        found.clear();
+        ::SetLastError(ERROR_SUCCESS);
+        HWND window = nullptr;
+        while ((window = ::FindWindowExW(HWND_MESSAGE, window, kClassName, nullptr)) != nullptr) {
+            found.push_back(NumberOf(window));
+        }
+        if (LastError() != ERROR_INVALID_WINDOW_HANDLE) {
+            break;
+        }
+    }
+    return found;
 }
 
 bool WindowExists(WindowHandle handle) {
