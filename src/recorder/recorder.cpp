@@ -251,6 +251,7 @@ void Recorder::EndPlan() {
     if (m_plan == nullptr) {
         return;
     }
+    TakeEventsBefore(m_next_line);  // what ended it belongs to its file
     m_plan->Finish();
     m_lines_before += m_plan->LinesWritten();
     m_outcome.lost += m_plan->LinesDropped();
@@ -291,7 +292,7 @@ void Recorder::LinesCame(std::vector<double> values, std::size_t lines) {
 
 void Recorder::TakeEventsBefore(std::uint64_t line) {
     // What several interruptions have cost together is told with the last.
-    std::uint64_t lost = line - m_next_line;
+    const std::uint64_t lost = line - m_next_line;
     const bool is_lost = std::ranges::any_of(m_gaps, &Gap::is_lost);
     m_outcome.lost += is_lost ? lost : 0;
     for (std::size_t i = 0; i < m_gaps.size(); ++i) {

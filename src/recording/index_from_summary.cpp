@@ -100,7 +100,7 @@ bool IndexReader::ReadSummary() {
     m_index.is_complete = true;
     m_index.next_record = m_size;
     AddChunks(start, end);
-    return m_index.table.Entries().size() > 0 || m_compression.empty();
+    return !m_index.table.Entries().empty() || m_compression.empty();
 }
 
 bool IndexReader::CollectSummary(std::uint64_t start, std::uint64_t end) {

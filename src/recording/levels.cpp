@@ -209,6 +209,8 @@ void LevelBuilder::TakeLane(Lane& lane, const std::byte* values, std::size_t str
         const Pair second = difference - now.last_difference;
         now.last = value;
         now.last_difference = difference;
+        // Only NaN differs from itself.
+        // NOLINTBEGIN(misc-redundant-expression)
         now.least[0] = value < now.least[0] ? value : now.least[0];
         now.largest[0] = value > now.largest[0] ? value : now.largest[0];
         now.missing[0] |= value != value;
@@ -218,6 +220,7 @@ void LevelBuilder::TakeLane(Lane& lane, const std::byte* values, std::size_t str
         now.least[2] = second < now.least[2] ? second : now.least[2];
         now.largest[2] = second > now.largest[2] ? second : now.largest[2];
         now.missing[2] |= second != second;
+        // NOLINTEND(misc-redundant-expression)
     }
     lane = now;
 }

@@ -41,7 +41,6 @@ class RecorderBesideMaster : public ::testing::Test {
         std::string error;
         m_master = master::MasterPublisher::Start(std::move(options), {}, &error);
         ASSERT_TRUE(m_master) << error;
-        m_line.resize(m_axes);
     }
     void StartRecorder(RecordOptions options = {}) {
         options.out = m_folder.File("a");
@@ -98,12 +97,10 @@ class RecorderBesideMaster : public ::testing::Test {
         return lines;
     }
 
-    static constexpr std::size_t m_axes = 2;
     TemporaryFolder m_folder;
     std::unique_ptr<master::MasterPublisher> m_master;
     std::unique_ptr<Recorder> m_recorder;
     std::vector<std::string> m_said;
-    std::vector<double> m_line;
     std::vector<recording::Event> m_events;
     recording::RecordingHead m_head;
     double m_next = 0.0;
@@ -203,6 +200,8 @@ TEST_F(RecorderBesideMaster, OtherAxesBeginAnotherFile) {
     EXPECT_THAT(m_recorder->Outcome().files,
                 ElementsAre(m_folder.File("a.mcap"), m_folder.File("a-2.mcap")));
     EXPECT_EQ(Lines(m_folder.File("a.mcap")).size(), 20U);
+    ASSERT_THAT(m_events, SizeIs(1));
+    EXPECT_EQ(m_events[0].kind, recording::kEventLinkEnded) << "in the file that it ended";
     EXPECT_EQ(Lines(m_folder.File("a-2.mcap")).size(), 30U);
     EXPECT_THAT(m_head.axis_names, ElementsAre("X", "Z"));
     EXPECT_EQ(m_recorder->Outcome().lines, 50U);
