@@ -32,6 +32,7 @@ const std::map<std::string, Layer>& Layers() {
         {"settings", {{"support", "platform"}}},
         {"source", {{"support"}}},
         {"link", {{"source", "support", "platform"}}},
+        {"recording", {{"source", "support", "platform"}}},
         {"graph/model", {{"link/axis_capabilities.h", "support"}}},
         {"graph/values", {{"source", "support"}}},
         {"graph/draw", {{"source", "graph/model", "graph/values", "settings", "support"}, true}},
@@ -51,6 +52,7 @@ const std::map<std::string, Layer>& Layers() {
          {{"view", "session", "ui/dialogs", "graph/model", "graph/values", "graph/draw", "link",
            "settings", "support", "platform"},
           true}},
+        {"recorder", {{"recording", "graph/model", "graph/values", "link", "support", "platform"}}},
         {"master",
          {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "support",
            "platform"}}},
@@ -58,12 +60,15 @@ const std::map<std::string, Layer>& Layers() {
          {{"master", "link/axis_capabilities.h", "link/master_messages.h", "support", "platform"}}},
         {"master/pipe",
          {{"master", "link/axis_capabilities.h", "link/master_messages.h", "support", "platform"}}},
-        {"programs", {{"report", "measure", "master/gzip.h", "support", "platform"}, true}},
+        {"programs",
+         {{"recorder", "recording", "report", "measure", "master/gzip.h", "support", "platform"},
+          true}},
     };
     return layers;
 }
 
-/// The layer that a path (relative to src, or beginning with "master/") lies in, the innermost;
+/// The layer that a path (relative to src, or beginning with "master/" or "programs/") lies in, the
+/// innermost;
 /// empty for none.
 std::string LayerOf(const std::string& path) {
     std::string innermost;
