@@ -26,7 +26,7 @@
 #include "link/ax_value_reader.h"
 #include "link/wire_format.h"
 #include "platform/shared_memory.h"
-#include "ui/dialogs/view_settings.h"
+#include "settings/view_settings.h"
 #include "view/graph_board.h"
 #include "view/graph_picture.h"
 
@@ -108,10 +108,10 @@ class Acquisition {
           m_input(kLinesPerSecond * kAxes) {
         const Scene scene = AcquiredScene();
         for (std::size_t i = 0; i < scene.graphs; ++i) {
-            m_board.Graphs().push_back(wavo::bench::MakeGraph(scene, i));
+            m_graphs.Graphs().push_back(wavo::bench::MakeGraph(scene, i));
         }
         std::vector<std::string> names;
-        for (const wavo::WavoGraph& graph : m_board.Graphs()) {
+        for (const wavo::WavoGraph& graph : m_graphs.Graphs()) {
             names.insert(names.end(), graph.YCoorAxName.begin(), graph.YCoorAxName.end());
         }
         m_board.CreateAllGraphRects(QRect(QPoint(0, 0), scene.size), scene.cycle_time, names,
@@ -129,7 +129,7 @@ class Acquisition {
                                                m_input.size() * sizeof(double))) {
             return false;
         }
-        m_board.Distribute(m_input.data(), waiting, kAxes);
+        m_streams.Distribute({m_input.data(), waiting, kAxes});
         m_picture.Draw(m_board, m_settings.background, false);
         return true;
     }

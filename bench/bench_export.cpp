@@ -20,7 +20,7 @@
 
 #include "bench/bench_common.h"
 #include "platform/file.h"
-#include "view/save_values.h"
+#include "session/save_values.h"
 
 namespace {
 

@@ -220,7 +220,7 @@ void MasterPublisher::Connect(platform::WindowHandle window) {
         // 5. It goes on with that FIFO. An announced batch that it refused was never answered, so
         // the wait for the answer has an end.
         if (viewer.batch_out) {
-            viewer.batch_lost_at = Clock::now() + kBatchGrace;
+            viewer.batch_lost_at = Clock::now() + m_options.batch_grace;
         }
     } else {
         // An answer to a batch in a FIFO that was damaged will not come.

@@ -6,7 +6,7 @@
 // Invariants:
 // 1. Never waits for a viewer: messages to viewers are posted, a full FIFO is an overrun.
 // 2. At most one batch per viewer is announced and not yet answered. (A viewer that connects again
-//    without having answered gets kBatchGrace for it; after that the batch counts as lost.)
+//    without having answered gets batch_grace for it; after that the batch counts as lost.)
 // 3. Lines reach a viewer in the order of publishing, without a gap between its connect and its
 //    disconnect or overrun.
 // 4. Connect and disconnect may come in any order and any number of times: a disconnect is sent
@@ -35,6 +35,10 @@
 
 namespace wavo::master {
 
+/// How long a batch may stay unanswered after its viewer connected again, unless the options say
+/// otherwise.
+inline constexpr std::chrono::milliseconds kBatchGrace{1000};
+
 struct PublisherOptions {
     std::vector<std::string> axis_names;  ///< one double of each in every line, in this order
     double cycle_time = 0.001;            ///< seconds per line
@@ -43,6 +47,8 @@ struct PublisherOptions {
     /// Least time between two announcements to a viewer, unless its FIFO is more than half full.
     /// Zero: a viewer that is ready gets what there is at once, and draws as often as it can.
     std::chrono::nanoseconds announce_interval{0};
+    /// How long a batch may stay unanswered after its viewer connected again.
+    std::chrono::nanoseconds batch_grace = kBatchGrace;
 };
 
 struct Counters {
@@ -73,9 +79,6 @@ struct PublisherEvents {
 
 class MasterPublisher {
  public:
-    /// How long a batch may stay unanswered after its viewer connected again.
-    static constexpr std::chrono::milliseconds kBatchGrace{1000};
-
     /// Starts publishing, and tells the viewers that are there already. Returns null on failure and
     /// the reason in words in `*error`: another master runs, options that cannot be published, or a
     /// failure of the system. What a dead master left behind is replaced.

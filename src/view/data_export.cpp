@@ -13,8 +13,8 @@
 
 namespace wavo {
 
-DataExport::DataExport(const GraphBoard& board, DataExportHost& host, Clock clock)
-    : m_board(board), m_host(host), m_clock(std::move(clock)) {}
+DataExport::DataExport(const GraphBoard& board, Surroundings surroundings, Clock clock)
+    : m_board(board), m_surroundings(std::move(surroundings)), m_clock(std::move(clock)) {}
 
 DataExport::~DataExport() = default;
 
@@ -60,10 +60,10 @@ void DataExport::Export(const WavoGraph& graph) {
     if (!AskForPath(axis_names, m_path)) {
         return;
     }
-    ExportSettings& settings = m_host.CurrentExportSettings();
+    ExportSettings& settings = m_surroundings.settings;
     settings.data_file = m_path;
     m_DataExport.SetSettings(settings);
-    m_host.SaveSettings();
+    m_surroundings.save_settings();
     WriteFile();
 }
 
@@ -79,8 +79,7 @@ void DataExport::CollectColumns(const WavoGraph& graph,
 }
 
 bool DataExport::AskForPath(const std::vector<std::string>& axis_names, std::string& path) {
-    PathSaveData dialog(m_host.CurrentExportSettings().data_file, axis_names,
-                        m_host.ExportWindow());
+    PathSaveData dialog(m_surroundings.settings.data_file, axis_names, m_surroundings.window());
     m_path_dialog = &dialog;
     const bool is_accepted = dialog.exec() == QDialog::Accepted;
     m_path_dialog = nullptr;
@@ -97,7 +96,7 @@ void DataExport::WriteFile() {
     if (result == SaveValues::Result::kFailed) {
         // The text names another place; who reads logs knows it like this.
         MERRLOG("CView::OnCreate(): m_DataExport.CreateDataFile()");
-        m_host.ShowWriteFault(m_path);
+        m_surroundings.unwritten(m_path);
     }
 }
 
@@ -107,7 +106,7 @@ bool DataExport::GoOn(std::uint64_t written, std::uint64_t total) {
         return true;
     }
     if (m_progress == nullptr && now - m_begin > kPatience) {
-        m_progress = std::make_unique<ExportProgress>(m_path, m_host.ExportWindow());
+        m_progress = std::make_unique<ExportProgress>(m_path, m_surroundings.window());
         m_progress->show();
     }
     if (m_progress != nullptr) {

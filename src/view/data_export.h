@@ -18,8 +18,8 @@
 #include <vector>
 
 #include "graph/model/wavo_graph.h"
-#include "support/export_settings.h"
-#include "view/save_values.h"
+#include "session/save_values.h"
+#include "settings/export_settings.h"
 
 class QDialog;
 class QWidget;
@@ -29,31 +29,25 @@ namespace wavo {
 class ExportProgress;
 class GraphBoard;
 
-/// What the export needs of the view.
-class DataExportHost {
- public:
-    virtual ~DataExportHost() = default;
-    /// How values are exported: the view's own settings.
-    [[nodiscard]] virtual ExportSettings& CurrentExportSettings() = 0;
-    /// Saves the settings of the view; a fault is in the error log.
-    virtual void SaveSettings() = 0;
-    /// Tells in the status bar that a file could not be written.
-    virtual void ShowWriteFault(const std::string& path) = 0;
-    /// The window that the dialogs of an export belong to; may be null.
-    [[nodiscard]] virtual QWidget* ExportWindow() = 0;
-};
-
 class DataExport {
  public:
     using Clock = std::function<std::chrono::milliseconds()>;
+
+    /// What an export reaches besides the graphs.
+    struct Surroundings {
+        ExportSettings& settings;                           ///< the user's; not owned
+        std::function<void()> save_settings;                ///< a fault is shown by this call
+        std::function<void(const std::string&)> unwritten;  ///< shows that a file is not written
+        std::function<QWidget*()> window;  ///< that the dialogs belong to; may give null
+    };
 
     /// An export that takes longer than this shows how far it has come.
     static constexpr std::chrono::milliseconds kPatience{500};
     /// Events wait no longer than this, and the time of one write.
     static constexpr std::chrono::milliseconds kEventPause{20};
 
-    /// `board` and `host` are not owned and outlive the export. `clock` only ever goes forward.
-    DataExport(const GraphBoard& board, DataExportHost& host, Clock clock = SteadyClock);
+    /// `board` is not owned and outlives the export. `clock` only ever goes forward.
+    DataExport(const GraphBoard& board, Surroundings surroundings, Clock clock = SteadyClock);
     ~DataExport();
     DataExport(const DataExport&) = delete;
     DataExport& operator=(const DataExport&) = delete;
@@ -82,7 +76,7 @@ class DataExport {
     bool GoOn(std::uint64_t written, std::uint64_t total);
 
     const GraphBoard& m_board;
-    DataExportHost& m_host;
+    const Surroundings m_surroundings;
     const Clock m_clock;
 
     SaveValues m_DataExport;

@@ -4,10 +4,10 @@
 #include <optional>
 
 #include "platform/file.h"
+#include "settings/view_settings_file.h"
 #include "support/diagnostics.h"
 #include "ui/dialogs/choosers.h"
 #include "ui/dialogs/message_boxes.h"
-#include "view/view_settings_file.h"
 
 namespace wavo {
 
@@ -20,100 +20,83 @@ SaveFileQuestion GraphFileQuestion(const char* caption, const std::string& path)
 
 }  // namespace
 
-void FileCommands::New() {
-    {
-        const std::lock_guard guard(m_value_lock);
-        m_board.Clear();
-        m_cycle.InitialiseEditor();
-    }
-    m_host.ShowTitle("new");
-    m_files.SetAdditionalText({});
-    m_host.ShowNoGraphs();
-}
-
 void FileCommands::Open() {
+    GraphFiles& files = m_session.Files();
     const std::optional<QString> chosen =
-        ChooseOpenFile(m_host.DialogParent(), GraphFileQuestion("Open", m_files.CurrentPath()));
+        ChooseOpenFile(m_parent, GraphFileQuestion("Open", files.CurrentPath()));
     if (!chosen) {
         return;
     }
     const std::string path = chosen->toStdString();
-    const ViewSettings before = m_host.MutableSettings();
-    m_files.SetCurrentPath(path);
-    ReadSettings(path);
-    if (!m_files.Open(path, FileNameOf(path), true) && m_host.MutableSettings() != before) {
-        m_host.ShowSettings();  // nobody else does without new graphs
+    const ViewSettings before = m_session.Settings().Current();
+    files.SetCurrentPath(path);
+    m_session.Settings().ReadFrom(path);
+    if (!files.Open(path, FileNameOf(path), true) && m_session.Settings().Current() != before) {
+        m_session.RebuildGraphs();  // nobody else does without new graphs
     }
-    m_host.CurrentFileChanged();
+    m_session.CommandsChanged();
 }
 
 void FileCommands::OpenRecent(const std::string& path) {
-    const ViewSettings before = m_host.MutableSettings();
-    m_files.Open(path, FileNameOf(path), false);
-    m_files.SetCurrentPath(path);
-    ReadSettings(path);
-    if (m_host.MutableSettings() != before) {
-        m_host.ShowSettings();
+    const ViewSettings before = m_session.Settings().Current();
+    m_session.Files().Open(path, FileNameOf(path), false);
+    m_session.Files().SetCurrentPath(path);
+    m_session.Settings().ReadFrom(path);
+    if (m_session.Settings().Current() != before) {
+        m_session.RebuildGraphs();
     }
-    m_host.CurrentFileChanged();
+    m_session.CommandsChanged();
 }
 
 void FileCommands::Save() {
     if (Write()) {
         WriteSettings();
-        m_host.ShowRunTitle();
+        m_session.Files().ShowRunTitle();
     }
 }
 
 void FileCommands::SaveAs() {
     const std::optional<QString> chosen =
-        ChooseSaveFile(m_host.DialogParent(), GraphFileQuestion("Save As", m_files.CurrentPath()));
+        ChooseSaveFile(m_parent, GraphFileQuestion("Save As", m_session.Files().CurrentPath()));
     if (!chosen) {
         return;
     }
     const std::string path = chosen->toStdString();
     if (platform::Files().Exists(path) &&
-        ShowBox(m_host.DialogParent(), {"file " + path + " already exist, override ?", "file exist",
-                                        BoxIcon::kExclamation, BoxButtons::kOkCancel}) !=
-            BoxAnswer::kOk) {
+        ShowBox(m_parent, {"file " + path + " already exist, override ?", "file exist",
+                           BoxIcon::kExclamation, BoxButtons::kOkCancel}) != BoxAnswer::kOk) {
         return;
     }
-    m_files.SetCurrentPath(path);
+    m_session.Files().SetCurrentPath(path);
     Write();
-    m_host.ShowTitle(FileNameOf(path));
+    m_session.ShowTitle(FileNameOf(path));
     WriteSettings();
-    m_host.CurrentFileChanged();
-}
-
-void FileCommands::ReadSettings(const std::string& path) {
-    if (platform::Files().Exists(path)) {
-        ReadProperties(path, m_host.MutableSettings());
-    } else {
-        m_host.MutableSettings() = DefaultViewSettings();
-    }
+    m_session.CommandsChanged();
 }
 
 void FileCommands::WriteSettings() {
+    const std::string& path = m_session.Files().CurrentPath();
     bool has_kept = false;
-    if (!WriteProperties(m_files.CurrentPath(), m_host.MutableSettings(), &has_kept)) {
-        m_host.ShowWriteFault(m_files.CurrentPath());
+    if (!WriteProperties(path, m_session.Settings().Current(), &has_kept)) {
+        m_session.ShowWriteFault(path);
     }
     if (has_kept) {
-        m_files.NoteKept();
+        m_session.Files().NoteKept();
     }
 }
 
 bool FileCommands::Write() {
-    const GraphFiles::Saved saved = m_files.Save();
-    if (saved.succeeded) {
-        if (saved.axes_left_out > 0) {
-            m_host.ShowAxesLeftOut(m_files.CurrentPath());
+    const std::string& path = m_session.Files().CurrentPath();
+    const Expected<std::size_t> axes_left_out = m_session.Files().Save();
+    if (axes_left_out) {
+        if (*axes_left_out > 0) {
+            m_session.ShowAxesLeftOut(path);
         }
         return true;
     }
-    MERRLOG("FileCommands::Write(): failed to save '%s'", m_files.CurrentPath().c_str());
-    m_host.ShowWriteFault(m_files.CurrentPath());
-    ShowErrorBox(m_host.DialogParent(), "Failed to create ini. data file");
+    MERRLOG("FileCommands::Write(): failed to save '%s'", path.c_str());
+    m_session.ShowWriteFault(path);
+    ShowErrorBox(m_parent, axes_left_out.Why().text);
     return false;
 }
 

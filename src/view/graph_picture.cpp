@@ -43,9 +43,6 @@ void GraphPicture::DrawGraphs(GraphBoard& board, ColorRef background, bool resta
         return;
     }
     MTRACE(4, "OnDraw(): --- start to draw all graphs");
-    if (restart) {
-        board.ResetBuffers();
-    }
     board.DrawAll(m_image, restart);
     MTRACE(4, "OnDraw(): --- end of drawing all graphs");
 }

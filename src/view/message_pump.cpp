@@ -2,7 +2,7 @@
 
 #include <QObject>
 #include <QSocketNotifier>
-#include <utility>
+#include <string>
 
 #include "support/diagnostics.h"
 
@@ -11,17 +11,23 @@ namespace wavo {
 MessagePump::MessagePump() = default;
 MessagePump::~MessagePump() = default;
 
-bool MessagePump::Open(platform::MessageWindow::Handler handler,
-                       platform::MessageWindow::PeerGone peer_gone,
-                       platform::MessageWindow::PeerRefused peer_refused) {
+bool MessagePump::Open(MasterMessages& messages) {
+    if (m_window != nullptr) {
+        return true;
+    }
     std::string error;
-    m_window = platform::MessageWindow::Create(std::move(handler), &error);
+    m_window = platform::MessageWindow::Create(
+        [&messages](const platform::Message& message) { return messages.OnMessage(message); },
+        &error);
     if (m_window == nullptr) {
         MERRLOG("MessagePump::Open(): no message window: %s", error.c_str());
         return false;
     }
-    m_window->SetPeerGoneHandler(std::move(peer_gone));
-    m_window->SetPeerRefusedHandler(std::move(peer_refused));
+    m_window->SetPeerGoneHandler(
+        [&messages](platform::WindowHandle window) { messages.OnPeerGone(window); });
+    m_window->SetPeerRefusedHandler([&messages](platform::WindowHandle window, const char* why) {
+        messages.OnPeerRefused(window, why);
+    });
     if (const int descriptor = m_window->PollDescriptor(); descriptor >= 0) {
         m_notifier = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
         QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
@@ -44,8 +50,15 @@ bool MessagePump::Post(platform::WindowHandle master, ToMaster number, std::uint
 
 platform::SendStatus MessagePump::Send(platform::WindowHandle master, ToMaster number,
                                        std::uint64_t w_param) {
-    return m_window == nullptr ? platform::SendStatus::kGone
-                               : m_window->Send(master, MessageTo(number, w_param)).status;
+    if (m_window == nullptr) {
+        return platform::SendStatus::kGone;
+    }
+    const platform::SendStatus status = m_window->Send(master, MessageTo(number, w_param)).status;
+    if (status == platform::SendStatus::kNoAnswer) {
+        MERRTRACE("MessagePump::Send(): no answer to message 0x%X in time",
+                  static_cast<unsigned>(number));
+    }
+    return status;
 }
 
 bool MessagePump::Exists(platform::WindowHandle master) const {

@@ -51,13 +51,13 @@ bool ViewKeys::Select(int step) {
     const auto index = static_cast<int>(std::distance(drawers.begin(), current));
     Cancel();
     const auto next = static_cast<std::size_t>(std::clamp(index + step, 0, count - 1));
-    m_host.SelectInEditor(drawers[next]->Graph().GraphNumber);
+    m_zooms.Select(drawers[next]->Graph().GraphNumber);
     return true;
 }
 
 bool ViewKeys::MoveMark(int direction, Qt::KeyboardModifiers modifiers) {
     GraphDraw* const drawer = Current();
-    if (!m_host.IsZoomEnabled() || drawer->Graph().XCoorType != CoorType::kTime) {
+    if (!m_zooms.IsEnabled() || drawer->Graph().XCoorType != CoorType::kTime) {
         return true;
     }
     const QRect& plot = drawer->PlotArea();
@@ -76,7 +76,7 @@ bool ViewKeys::MoveMark(int direction, Qt::KeyboardModifiers modifiers) {
     }
     drawer->SetTracker(
         BandBetween(*drawer, std::min(m_anchor, m_mark), std::max(m_anchor, m_mark)));
-    m_host.UpdatePart(drawer->Rectangle());
+    m_zooms.UpdatePart(drawer->Rectangle());
     return true;
 }
 
@@ -84,20 +84,20 @@ bool ViewKeys::ZoomToBand() {
     const GraphDraw* const drawer = Current();
     const std::uint32_t number = drawer->Graph().GraphNumber;
     ZoomSpan span;
-    const bool zooms = m_host.IsZoomEnabled() && !m_host.IsBusy() && m_marked == number &&
-                       SpanOfBand(*drawer, m_host.TimeStep(), span);
+    const bool zooms = m_zooms.IsEnabled() && !m_zooms.IsBusy() && m_marked == number &&
+                       SpanOfBand(*drawer, m_zooms.TimeStep(), span);
     Cancel();
     if (zooms) {
-        m_host.ZoomTo(number, span);
+        m_zooms.ZoomTo(number, span);
     } else {
-        m_host.SelectInEditor(number);
+        m_zooms.Select(number);
     }
     return true;
 }
 
 bool ViewKeys::ZoomToMiddle() {
     GraphDraw* const drawer = Current();
-    if (!m_host.IsZoomEnabled() || drawer->Graph().XCoorType != CoorType::kTime) {
+    if (!m_zooms.IsEnabled() || drawer->Graph().XCoorType != CoorType::kTime) {
         return true;
     }
     const QRect& plot = drawer->PlotArea();
@@ -111,30 +111,22 @@ bool ViewKeys::ZoomToMiddle() {
 bool ViewKeys::StepBack() {
     const std::uint32_t number = Current()->Graph().GraphNumber;
     Cancel();
-    m_host.ZoomOut(number);
+    m_zooms.ZoomOut(number);
     return true;
 }
 
 void ViewKeys::Cancel() {
-    if (GraphDraw* const drawer = m_marked ? WithNumber(*m_marked) : nullptr) {
+    if (GraphDraw* const drawer = m_marked ? m_board.Find(*m_marked) : nullptr) {
         drawer->SetTracker({});
-        m_host.UpdatePart(drawer->Rectangle());
+        m_zooms.UpdatePart(drawer->Rectangle());
     }
     m_marked.reset();
 }
 
 GraphDraw* ViewKeys::Current() const {
     const auto& drawers = m_board.Drawers();
-    GraphDraw* const selected = WithNumber(m_host.SelectedInEditor());
+    GraphDraw* const selected = m_board.Find(m_zooms.Selected());
     return selected != nullptr || drawers.empty() ? selected : drawers.front().get();
-}
-
-GraphDraw* ViewKeys::WithNumber(std::uint32_t graph_number) const {
-    const auto& drawers = m_board.Drawers();
-    const auto found = std::find_if(drawers.begin(), drawers.end(), [&](const auto& drawer) {
-        return drawer->Graph().GraphNumber == graph_number;
-    });
-    return found == drawers.end() ? nullptr : found->get();
 }
 
 }  // namespace wavo

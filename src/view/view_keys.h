@@ -14,14 +14,14 @@
 #include <optional>
 
 #include "view/graph_board.h"
-#include "view/view_mouse.h"
+#include "view/zoom_target.h"
 
 namespace wavo {
 
 class ViewKeys {
  public:
     /// None of the references is owned; all outlive this object.
-    ViewKeys(GraphBoard& board, ZoomHost& host) : m_board(board), m_host(host) {}
+    ViewKeys(GraphBoard& board, ZoomTarget& zooms) : m_board(board), m_zooms(zooms) {}
 
     /// False for a key that means nothing here.
     bool KeyPress(int key, Qt::KeyboardModifiers modifiers);
@@ -32,7 +32,6 @@ class ViewKeys {
  private:
     /// The graph that the editor shows, else the first one; null when there is none.
     [[nodiscard]] GraphDraw* Current() const;
-    [[nodiscard]] GraphDraw* WithNumber(std::uint32_t graph_number) const;
     bool Select(int step);
     bool MoveMark(int direction, Qt::KeyboardModifiers modifiers);
     bool ZoomToBand();
@@ -40,7 +39,7 @@ class ViewKeys {
     bool StepBack();
 
     GraphBoard& m_board;
-    ZoomHost& m_host;
+    ZoomTarget& m_zooms;
     std::optional<std::uint32_t> m_marked;  // number of the graph whose mark is shown
     int m_anchor = 0;                       // pixel column where the band begins
     int m_mark = 0;                         // and ends

@@ -15,17 +15,17 @@ void ViewMouse::LeftButtonDown(const QPoint& point) {
         }
     }
     for (const std::uint32_t number : numbers) {
-        m_host.SelectInEditor(number);
+        m_zooms.Select(number);
     }
 }
 
 bool ViewMouse::RightButtonDown(const QPoint& point) {
     LeftButtonDown(point);
     Cancel();
-    if (!m_host.IsZoomEnabled()) {
+    if (!m_zooms.IsEnabled()) {
         return true;
     }
-    if (m_host.IsBusy()) {
+    if (m_zooms.IsBusy()) {
         return false;
     }
     const auto& drawers = m_board.Drawers();
@@ -45,7 +45,7 @@ void ViewMouse::MouseMove(const QPoint& point) {
         return;
     }
     drawer->SetTracker(BandBetween(*drawer, m_anchor.x(), point.x()));
-    m_host.UpdatePart(drawer->Rectangle());
+    m_zooms.UpdatePart(drawer->Rectangle());
 }
 
 void ViewMouse::RightButtonUp(const QPoint& point) {
@@ -54,15 +54,15 @@ void ViewMouse::RightButtonUp(const QPoint& point) {
         return;
     }
     ZoomSpan span;
-    const bool zooms = SpanOfBand(*drawer, m_host.TimeStep(), span);
+    const bool zooms = SpanOfBand(*drawer, m_zooms.TimeStep(), span);
     const std::uint32_t number = drawer->Graph().GraphNumber;
     const QRect rectangle = drawer->Rectangle();
     drawer->SetTracker({});
     m_selected.reset();
     if (zooms) {
-        m_host.ZoomTo(number, span);
+        m_zooms.ZoomTo(number, span);
     } else {
-        m_host.RepaintPart(rectangle);
+        m_zooms.RepaintPart(rectangle);
         LeftButtonDown(point);
     }
 }
@@ -70,7 +70,7 @@ void ViewMouse::RightButtonUp(const QPoint& point) {
 void ViewMouse::Cancel() {
     if (GraphDraw* const drawer = Selected()) {
         drawer->SetTracker({});
-        m_host.UpdatePart(drawer->Rectangle());
+        m_zooms.UpdatePart(drawer->Rectangle());
     }
     m_selected.reset();
 }

@@ -11,39 +11,14 @@
 #include <optional>
 
 #include "view/graph_board.h"
-#include "view/zoom_band.h"
+#include "view/zoom_target.h"
 
 namespace wavo {
-
-/// What mouse and keys need of the view to select and to zoom.
-class ZoomHost {
- public:
-    virtual ~ZoomHost() = default;
-    /// The graph editor shows the graph of that number.
-    virtual void SelectInEditor(std::uint32_t graph_number) = 0;
-    /// Number of the graph that the editor shows; of none in the list when it shows none.
-    [[nodiscard]] virtual std::uint32_t SelectedInEditor() const = 0;
-    /// The user allows zooming.
-    [[nodiscard]] virtual bool IsZoomEnabled() const = 0;
-    /// Graphs are being drawn.
-    [[nodiscard]] virtual bool IsBusy() const = 0;
-    /// Seconds per line of the master.
-    [[nodiscard]] virtual double TimeStep() const = 0;
-    /// Zooms the graph of that number, and all others over time if the user wants so; shown at
-    /// once.
-    virtual void ZoomTo(std::uint32_t graph_number, const ZoomSpan& span) = 0;
-    /// Takes the last zoom of the graph back, and that of all others if the user wants so; shown
-    /// at once.
-    virtual void ZoomOut(std::uint32_t graph_number) = 0;
-    /// A part of the view has to be exposed anew: soon, or now.
-    virtual void UpdatePart(const QRect& part) = 0;
-    virtual void RepaintPart(const QRect& part) = 0;
-};
 
 class ViewMouse {
  public:
     /// None of the references is owned; all outlive this object.
-    ViewMouse(GraphBoard& board, ZoomHost& host) : m_board(board), m_host(host) {}
+    ViewMouse(GraphBoard& board, ZoomTarget& zooms) : m_board(board), m_zooms(zooms) {}
 
     // Points are logical pixels of the view.
     void LeftButtonDown(const QPoint& point);
@@ -62,7 +37,7 @@ class ViewMouse {
     [[nodiscard]] GraphDraw* Selected() const;
 
     GraphBoard& m_board;
-    ZoomHost& m_host;
+    ZoomTarget& m_zooms;
     std::optional<std::size_t> m_selected;  // index of the graph that is being zoomed
     QPoint m_anchor;
 };

@@ -43,7 +43,7 @@ TEST_P(Recordings, ArriveInTheBuffersBitForBitAndInOrder) {
     const auto totals = master.End();
     ASSERT_TRUE(totals);
     EXPECT_GE(totals->lines_sent, expected.front().size());
-    EXPECT_EQ(totals->batches_answered, Cycle().BatchesAnswered());
+    EXPECT_EQ(totals->batches_answered, Cycle().Counters().batches_answered);
     EXPECT_EQ(totals->overruns, 0U);
     EXPECT_THAT(TakeBoxes(), IsEmpty());
 }
@@ -65,7 +65,7 @@ TEST_P(Answers, EachBatchIsAnsweredExactlyOnceAndEveryLineCounted) {
         case Shown::kRunning:
             break;
         case Shown::kStopped:
-            View().Execute(CommandId::kStop);
+            View().Commands().Execute(CommandId::kStop);
             break;
         case Shown::kHidden:
             m_frame->hide();
@@ -82,7 +82,7 @@ TEST_P(Answers, EachBatchIsAnsweredExactlyOnceAndEveryLineCounted) {
     ASSERT_TRUE(totals);
     EXPECT_GE(totals->lines_sent, 3000U);
     EXPECT_GT(totals->batches_answered, 1U);
-    EXPECT_EQ(totals->batches_answered, Cycle().BatchesAnswered());
+    EXPECT_EQ(totals->batches_answered, Cycle().Counters().batches_answered);
 }
 
 INSTANTIATE_TEST_SUITE_P(Window, Answers,
@@ -101,19 +101,19 @@ TEST_F(Viewer, TenMinutesOfLinesAtFullSpeedArriveWithoutLoss) {
     ASSERT_TRUE(totals);
     EXPECT_GE(totals->lines_sent, kLines);
     EXPECT_EQ(totals->overruns, 0U);
-    EXPECT_EQ(totals->batches_answered, Cycle().BatchesAnswered());
+    EXPECT_EQ(totals->batches_answered, Cycle().Counters().batches_answered);
 }
 
 TEST_F(Viewer, StoppedAndStartedAgainTheValuesSinceTheStartAreShown) {
     DemoMaster master({"--motion", "circle"});
     Open({"X"});
     ASSERT_TRUE(WaitForLines(200));
-    View().Execute(CommandId::kStop);
+    View().Commands().Execute(CommandId::kStop);
     const std::size_t held = Held("X").size();
     const std::uint64_t total = Cycle().TotalLines();
     ASSERT_TRUE(WaitForLines(total + 200));
     EXPECT_THAT(Held("X"), SizeIs(held));
-    View().Execute(CommandId::kStart);
+    View().Commands().Execute(CommandId::kStart);
     EXPECT_THAT(Held("X"), IsEmpty());
     const std::uint64_t at_start = Cycle().TotalLines();
     ASSERT_TRUE(WaitForLines(at_start + 200));
@@ -126,8 +126,8 @@ TEST_F(Viewer, WithoutGraphsTheFirstBatchBringsADefaultGraphAndLosesNoLine) {
                        "1500", "--wait-viewer", "--stay"});
     Open({});
     ASSERT_TRUE(WaitForLines(1500));
-    ASSERT_THAT(View().Board().Graphs(), SizeIs(1));
-    EXPECT_EQ(View().Board().Graphs()[0].YCoorAxName, std::vector<std::string>{"Y"});
+    ASSERT_THAT(View().Work().Graphs().Graphs(), SizeIs(1));
+    EXPECT_EQ(View().Work().Graphs().Graphs()[0].YCoorAxName, std::vector<std::string>{"Y"});
     EXPECT_THAT(Held("Y"), SizeIs(1500));
     EXPECT_EQ(m_frame->windowTitle(), QStringLiteral("graphs.ini - running"));
 }
@@ -141,10 +141,11 @@ TEST_F(Viewer, AClickOnTheCountShowsWhatBecameOfEveryLine) {
     auto& count = static_cast<CountPane&>(*pane);
     EXPECT_EQ(count.DetailsText(), "");
     QTest::mouseClick(&count, Qt::LeftButton);
-    ASSERT_TRUE(WaitFor(
-        [this] { return Cycle().Counters().batches_announced == Cycle().BatchesAnswered(); }));
+    ASSERT_TRUE(WaitFor([this] {
+        return Cycle().Counters().batches_announced == Cycle().Counters().batches_answered;
+    }));
     count.Refresh();
-    const std::string batches = std::to_string(Cycle().BatchesAnswered());
+    const std::string batches = std::to_string(Cycle().Counters().batches_answered);
     EXPECT_EQ(count.DetailsText(),
               "Lines read\t500\nLines shown\t500\nLines read while stopped\t0\n"
               "Lines thrown away\t0\nLines left unread at a link's end\t0\nBatches announced\t" +
@@ -168,7 +169,7 @@ TEST_F(Viewer, AResizeInTheMidstOfABatchLosesNothing) {
         return Cycle().TotalLines() >= 2000;
     }));
     EXPECT_THAT(Held("X"), SizeIs(2000));
-    EXPECT_EQ(View().Picture().width(), View().width());
+    EXPECT_EQ(View().Screen().Picture().width(), View().width());
 }
 
 }  // namespace

@@ -95,7 +95,7 @@ class Editing : public Viewer {
         Do(action);
         QApplication::sendPostedEvents(&View());
         const std::vector<WavoGraph> drawn = Drawn();
-        const std::vector<WavoGraph>& defined = View().Board().Graphs();
+        const std::vector<WavoGraph>& defined = View().Work().Graphs().Graphs();
         ASSERT_EQ(drawn.size(), defined.size());
         for (std::size_t i = 0; i < drawn.size(); ++i) {
             EXPECT_EQ(WithoutFoundRanges(drawn[i]), WithoutFoundRanges(defined[i]));
@@ -150,7 +150,7 @@ TEST_F(Editing, EveryChangeIsDrawnAtOnceAndNoLineIsLost) {
                                              recorded[0].begin() + std::ptrdiff_t{kLines}));
     const auto totals = master.End();
     ASSERT_TRUE(totals);
-    EXPECT_EQ(totals->batches_answered, Cycle().BatchesAnswered());
+    EXPECT_EQ(totals->batches_answered, Cycle().Counters().batches_answered);
     EXPECT_EQ(totals->overruns, 0U);
     EXPECT_THAT(TakeBoxes(), IsEmpty());
 }

@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <algorithm>
 
+#include "master_link_of.h"
 #include "slow_files.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/export_progress.h"
@@ -110,10 +111,10 @@ TEST_P(SavedRecordings, AreTheRecordingToTheLastDigit) {
                        "--axes", "X_cmd,Y_cmd,Z_cmd,A_cmd,X,Y,Z,A,F"});
     OpenAllAxes();
     ASSERT_TRUE(WaitForLines(expected.size() - 1));
-    View().Execute(CommandId::kStop);
+    View().Commands().Execute(CommandId::kStop);
     SaveValues();
     EXPECT_EQ(LinesOf(Path(), kAxes.size()), expected);
-    EXPECT_EQ(View().Settings().export_settings.data_file, Path().toStdString());
+    EXPECT_EQ(View().Work().Settings().Current().export_settings.data_file, Path().toStdString());
     EXPECT_THAT(TakeBoxes(), IsEmpty());
 }
 
@@ -126,7 +127,7 @@ TEST_F(Saving, ThatIsCancelledKeepsItsRowsAndTheLink) {
                        "X_cmd,Y_cmd,Z_cmd,A_cmd,X,Y,Z,A,F", "--fifo-lines", "100000"});
     OpenAllAxes();
     ASSERT_TRUE(WaitForLines(15000));
-    View().Execute(CommandId::kStop);
+    View().Commands().Execute(CommandId::kStop);
     const std::uint64_t lines = Cycle().TotalLines();
     std::size_t all_rows = 0;
     {
@@ -160,7 +161,7 @@ TEST_F(Saving, ThatIsCancelledKeepsItsRowsAndTheLink) {
     ASSERT_TRUE(WaitForLines(before + 1000));
     const auto totals = master.End();
     ASSERT_TRUE(totals);
-    EXPECT_EQ(totals->batches_answered, Cycle().BatchesAnswered());
+    EXPECT_EQ(totals->batches_answered, Cycle().Counters().batches_answered);
     EXPECT_EQ(totals->overruns, 0U);
     EXPECT_THAT(TakeBoxes(), IsEmpty());
 }
@@ -171,8 +172,8 @@ TEST_F(Saving, EndsWithTheProgramWhenTheMasterQuits) {
                        "quit", "--fault-after", "40000"});
     OpenAllAxes();
     ASSERT_TRUE(WaitForLines(15000));
-    View().Execute(CommandId::kStop);
-    QSignalSpy quit(&View(), &CWavoView::QuitRequested);
+    View().Commands().Execute(CommandId::kStop);
+    QSignalSpy quit(&View().News(), &ViewNews::QuitRequested);
     {
         SlowFiles files;
         files.at_write = [&](int) { QThread::msleep(quit.isEmpty() ? 500 : 0); };
@@ -182,7 +183,7 @@ TEST_F(Saving, EndsWithTheProgramWhenTheMasterQuits) {
     const std::size_t rows = WholeRows();
     EXPECT_GT(rows, 0U);
     EXPECT_LT(rows, 14999U);
-    EXPECT_FALSE(Cycle().IsReaderOpen());
+    EXPECT_FALSE(testing::MasterLinkOf(View()).IsReaderOpen());
     for (QWidget* const window : QApplication::topLevelWidgets()) {
         EXPECT_EQ(dynamic_cast<ExportProgress*>(window), nullptr);
     }

@@ -2,13 +2,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QThread>
 
 #include "expect_errors.h"
 #include "heartbeat.h"
 #include "link/master_info.h"
+#include "master_link_of.h"
 #include "ui/dialogs/choosers.h"
 #include "view/message_pump.h"
 #include "viewer_fixture.h"
@@ -44,7 +44,7 @@ TEST_F(Link, WithoutAMasterTheViewerStartsInSilenceAndConnectSaysSo) {
     Open({"X"});
     EXPECT_THAT(TakeBoxes(), IsEmpty());
     EXPECT_EQ(Message(), "Master process (Dorvane) not present");
-    EXPECT_THAT(View().Board().Registry().Values(), IsEmpty());
+    EXPECT_THAT(View().Work().Streams().Registry().Values(), IsEmpty());
     ASSERT_TRUE(ConnectAction().isEnabled());
     ConnectAction().trigger();
     EXPECT_THAT(TakeBoxes(), ElementsAre("ERROR: Master process (Dorvane) not present."));
@@ -53,9 +53,9 @@ TEST_F(Link, WithoutAMasterTheViewerStartsInSilenceAndConnectSaysSo) {
 TEST_F(Link, WithoutAMasterTheGraphsAreThereAndEmpty) {
     Open({"X", "Y"});
     ASSERT_TRUE(WaitFor([this] { return View().Board().Drawers().size() == 2; }));
-    EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
+    EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Screen().Picture()));
     m_frame->resize(900, 550);
-    EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
+    EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Screen().Picture()));
 }
 
 TEST_F(Link, AViewerThatWasThereFirstConnectsByCommand) {
@@ -77,8 +77,8 @@ TEST_F(Link, AnOverrunIsShownAndConnectGoesOn) {
     EXPECT_THAT(
         TakeBoxes(),
         ElementsAre("ERROR: overrun value fifo (main -> wavo.) from master proc. detected"));
-    EXPECT_FALSE(Cycle().IsReaderOpen());
-    EXPECT_TRUE(Cycle().IsMasterKnown());
+    EXPECT_FALSE(testing::MasterLinkOf(View()).IsReaderOpen());
+    EXPECT_TRUE(Cycle().Source().IsPresent());
     const std::uint64_t before = Cycle().TotalLines();
     EXPECT_THAT(before, Gt(0U));
     ASSERT_TRUE(ConnectAction().isEnabled());
@@ -97,7 +97,7 @@ TEST_F(Link, TheTextOfAnOverrunGoesWhenAnOpenedGraphFileBringsValuesAgain) {
     ASSERT_TRUE(WaitForMessage("The value fifo ran over: Machine Data > Connect to go on"));
     ASSERT_TRUE(WaitFor([this] { return ConnectAction().isEnabled(); }));
     const std::uint64_t before = Cycle().TotalLines();
-    const std::string file = View().Files().CurrentPath();
+    const std::string file = View().Work().Files().CurrentPath();
     SetOpenFileChooser([&](QWidget*, const OpenFileQuestion&) {
         return std::optional(QString::fromStdString(file));
     });
@@ -118,8 +118,8 @@ TEST_F(Link, TheMastersEndForgetsItAndKeepsTheGraphs) {
     ASSERT_TRUE(master.End());
     ASSERT_TRUE(WaitForMessage("The master process (Dorvane) has ended the link"));
     EXPECT_EQ(Cycle().TotalLines(), 0U);
-    EXPECT_FALSE(Cycle().IsMasterKnown());
-    EXPECT_FALSE(Cycle().IsReaderOpen());
+    EXPECT_FALSE(Cycle().Source().IsPresent());
+    EXPECT_FALSE(testing::MasterLinkOf(View()).IsReaderOpen());
     EXPECT_THAT(Held("X"), SizeIs(Gt(0U)));
     EXPECT_THAT(TakeBoxes(), IsEmpty());
 }
@@ -127,17 +127,17 @@ TEST_F(Link, TheMastersEndForgetsItAndKeepsTheGraphs) {
 TEST_F(Link, QuitEndsTheViewer) {
     DemoMaster master({"--motion", "circle", "--fault", "quit", "--fault-after", "300"});
     Open({"X"});
-    QSignalSpy quit(&View(), &CWavoView::QuitRequested);
+    QSignalSpy quit(&View().News(), &ViewNews::QuitRequested);
     ASSERT_TRUE(WaitFor([&quit] { return quit.count() == 1; }));
-    EXPECT_FALSE(Cycle().IsMasterKnown());
-    EXPECT_FALSE(Cycle().IsReaderOpen());
+    EXPECT_FALSE(Cycle().Source().IsPresent());
+    EXPECT_FALSE(testing::MasterLinkOf(View()).IsReaderOpen());
 }
 
 TEST_F(Link, ChangedCapabilitiesAreFetchedAtTheNextLookup) {
     DemoMaster master({"--motion", "circle", "--fault", "capabilities", "--fault-after", "500",
                        "--limits", "X=-12:34:5:6"});
     Open({"X"});
-    AxisLimitsSource& limits = View().Capabilities();
+    AxisLimitsSource& limits = View().Work().Source().Limits();
     ASSERT_TRUE(WaitForLines(200));
     const std::optional<AxisCapabilities> before = limits.FindAxis("X");
     ASSERT_TRUE(before);
@@ -164,9 +164,9 @@ TEST_F(Link, AKilledMasterIsNoticedAndARestartedOneConnects) {
         master.Kill();
         ASSERT_TRUE(WaitForMessage(kGone));
         EXPECT_TRUE(ConnectAction().isEnabled());
-        EXPECT_FALSE(Cycle().IsReaderOpen());
+        EXPECT_FALSE(testing::MasterLinkOf(View()).IsReaderOpen());
         EXPECT_THAT(Held("X"), SizeIs(Gt(200U)));
-        EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
+        EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Screen().Picture()));
         // What the dead master left behind counts as nothing.
         ConnectAction().trigger();
         EXPECT_THAT(TakeBoxes(), ElementsAre("ERROR: Master process (Dorvane) not present."));
@@ -181,7 +181,7 @@ TEST_F(Link, ARestartedMasterWithOtherAxesFeedsTheGraphsThatFindTheirAxis) {
         ASSERT_TRUE(WaitForLines(200));
         EXPECT_THAT(Held("Q"), IsEmpty());
         ASSERT_TRUE(master.End());
-        ASSERT_TRUE(WaitFor([this] { return !Cycle().IsMasterKnown(); }));
+        ASSERT_TRUE(WaitFor([this] { return !Cycle().Source().IsPresent(); }));
     }
     DemoMaster master({"--recording", RecordingPath("helix_4axis"), "--axes", "A,Z,X,Y",
                        "--wait-viewer", "--stay"});
@@ -195,32 +195,23 @@ TEST_F(Link, ARestartedMasterWithOtherAxesFeedsTheGraphsThatFindTheirAxis) {
     }());
 }
 
-TEST_F(Link, AHungMasterIsReportedWithinASecond) {
+TEST_F(Link, AHungMasterIsReportedAfterOneWaitForItsAnswer) {
     DemoMaster master({"--motion", "circle"});
     Open({"X"});
-    std::int64_t gap = kLongestGap;
-    std::int64_t told_after = kLongestGap;
-    // Another program may have had the processor: the best of three tries counts.
-    for (int i = 0; i < 3 && (gap >= kLongestGap || told_after >= kLongestGap); ++i) {
-        ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
-        ASSERT_EQ(Message(), "Connected to the master process (Dorvane)");
-        // The next batch is announced meanwhile, and its answer meets a master that is stopped.
-        QThread::msleep(100);
-        master.Freeze();
-        QElapsedTimer clock;
-        clock.start();
-        const Heartbeat heart;
-        ASSERT_TRUE(WaitForMessage("The master process (Dorvane) does not respond"));
-        told_after = clock.elapsed();
-        QTest::qWait(300);
-        gap = heart.LargestGap();
-        EXPECT_GT(heart.Beats(), 0);
-        EXPECT_TRUE(Cycle().IsMasterKnown());
-        EXPECT_THAT(TakeBoxes(), IsEmpty());
-        master.Thaw();
-    }
-    EXPECT_LT(gap, kLongestGap) << "ms without an event";
-    EXPECT_LT(told_after, kLongestGap) << "ms";
+    ASSERT_TRUE(WaitForLines(300));
+    ASSERT_EQ(Message(), "Connected to the master process (Dorvane)");
+    // The next batch is announced meanwhile, and its answer meets a master that is stopped.
+    QThread::msleep(100);
+    master.Freeze();
+    Heartbeat heart;
+    ASSERT_TRUE(WaitForMessage("The master process (Dorvane) does not respond"));
+    EXPECT_EQ(heart.Waits(), 1U);
+    QTest::qWait(300);
+    heart.ExpectNoFreeze();
+    EXPECT_EQ(heart.Waits(), 1U);
+    EXPECT_TRUE(Cycle().Source().IsPresent());
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+    master.Thaw();
 }
 
 TEST_F(Link, TheLinkGoesOnWhenAHungMasterAnswersLate) {
@@ -232,7 +223,7 @@ TEST_F(Link, TheLinkGoesOnWhenAHungMasterAnswersLate) {
     master.Freeze();
     ASSERT_TRUE(WaitForMessage("The master process (Dorvane) does not respond"));
     const std::uint64_t before = Cycle().TotalLines();
-    EXPECT_TRUE(Cycle().IsMasterKnown());
+    EXPECT_TRUE(Cycle().Source().IsPresent());
     master.Thaw();
     ASSERT_TRUE(WaitForLines(before + 500));
     EXPECT_EQ(Message(), "Connected to the master process (Dorvane)");
@@ -249,7 +240,7 @@ TEST_F(Link, GarbageInTheHeadersIsRefusedAndTheViewerLives) {
     EXPECT_TRUE(
         expected.Saw("CWavoView::OnMessageFromMainNewMValues(): m_AxValueReader.Read() "
                      "failed"));
-    EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Picture()));
+    EXPECT_TRUE(PictureShowsMoreThanOneColour(View().Screen().Picture()));
 }
 
 TEST_F(Link, TwoViewersOnOneMasterGetEveryLineEach) {
@@ -258,28 +249,24 @@ TEST_F(Link, TwoViewersOnOneMasterGetEveryLineEach) {
     CMainFrame second;
     second.View().OnInitialUpdate();
     ASSERT_TRUE(WaitFor([&] {
-        return Cycle().TotalLines() >= 1500 && second.View().Acquisition().TotalLines() >= 1500;
+        return Cycle().TotalLines() >= 1500 && second.View().Work().Values().TotalLines() >= 1500;
     }));
-    EXPECT_NE(View().Window(), second.View().Window());
+    EXPECT_NE(testing::MasterLinkOf(View()).Window(),
+              testing::MasterLinkOf(second.View()).Window());
     second.close();
-    const std::uint64_t at_close = second.View().Acquisition().TotalLines();
+    const std::uint64_t at_close = second.View().Work().Values().TotalLines();
     ASSERT_TRUE(WaitForLines(2000));
-    EXPECT_EQ(second.View().Acquisition().TotalLines(), at_close);
+    EXPECT_EQ(second.View().Work().Values().TotalLines(), at_close);
     const auto totals = master.End();
     ASSERT_TRUE(totals);
     EXPECT_EQ(totals->overruns, 0U);
 }
 
 /// A bare viewer side: a message window that only counts.
-class CountingViewer {
+class CountingViewer : public MasterMessages {
  public:
     CountingViewer() {
-        EXPECT_TRUE(m_pump.Open(
-            [this](const platform::Message& message) {
-                announced += message.number == 0x52C && message.w_param == 1 ? 1 : 0;
-                return 1;
-            },
-            [](platform::WindowHandle) {}));
+        EXPECT_TRUE(m_pump.Open(*this));
         EXPECT_EQ(ReadMasterInfo(m_pump, m_info), MasterInfoStatus::kPresent);
     }
     void Connect() { EXPECT_TRUE(m_pump.Post(m_info.master_window, ToMaster::kLink, 2)); }
@@ -290,6 +277,14 @@ class CountingViewer {
     int announced = 0;
 
  private:
+    // MasterMessages
+    std::int64_t OnMessage(const platform::Message& message) override {
+        announced += message.number == 0x52C && message.w_param == 1 ? 1 : 0;
+        return 1;
+    }
+    void OnPeerGone(platform::WindowHandle) override {}
+    void OnPeerRefused(platform::WindowHandle, const char*) override {}
+
     MessagePump m_pump;
     MasterInfo m_info;
 };

@@ -141,9 +141,10 @@ TEST_P(WhileItWaits, BatchesAreTakenAndAnswered) {
     user.Begin(waiting.steps, [&] {
         if (lines == 0) {
             lines = Cycle().TotalLines();
-            answered = Cycle().BatchesAnswered();
+            answered = Cycle().Counters().batches_answered;
         }
-        return Cycle().TotalLines() >= lines + 200 && Cycle().BatchesAnswered() >= answered + 3;
+        return Cycle().TotalLines() >= lines + 200 &&
+               Cycle().Counters().batches_answered >= answered + 3;
     });
     waiting.open(*m_frame);
     EXPECT_TRUE(WaitFor([&] { return user.IsDone(); }, 8000)) << "last seen: " << user.LastSeen();
@@ -153,7 +154,7 @@ TEST_P(WhileItWaits, BatchesAreTakenAndAnswered) {
     }));
     const auto totals = master.End();
     ASSERT_TRUE(totals);
-    EXPECT_EQ(totals->batches_answered, Cycle().BatchesAnswered());
+    EXPECT_EQ(totals->batches_answered, Cycle().Counters().batches_answered);
     EXPECT_EQ(totals->overruns, 0U);
 }
 
@@ -166,9 +167,9 @@ TEST_F(Viewer, AMasterThatTellsToQuitClosesWhatWaits) {
     ASSERT_TRUE(WaitForLines(50));
     SetBoxHandler(nullptr);
     m_frame->Action(CommandId::kSaveAs)->trigger();  // comes back when the program is to end
-    EXPECT_FALSE(Cycle().IsMasterKnown());
+    EXPECT_FALSE(Cycle().Source().IsPresent());
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-    EXPECT_EQ(View().Files().CurrentPath(),
+    EXPECT_EQ(View().Work().Files().CurrentPath(),
               m_folder.filePath(QStringLiteral("graphs.ini")).toStdString());
 }
 

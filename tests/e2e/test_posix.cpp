@@ -17,6 +17,7 @@
 #include "expect_errors.h"
 #include "link/master_info.h"
 #include "link/wire_format.h"
+#include "master_link_of.h"
 #include "platform/posix/descriptor.h"
 #include "platform/posix/message_packet.h"
 #include "platform/shared_memory.h"
@@ -40,7 +41,7 @@ class Posix : public Viewer {
     /// A connection to the viewer as the one of the master that it knows.
     platform::Descriptor ConnectionAsMaster() {
         const std::string path = qEnvironmentVariable("XDG_RUNTIME_DIR").toStdString() + "/wavo/" +
-                                 std::to_string(View().Window());
+                                 std::to_string(testing::MasterLinkOf(View()).Window());
         platform::Descriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
@@ -55,7 +56,9 @@ class Posix : public Viewer {
         return socket;
     }
 
-    std::string FifoName() { return kValueSegmentPrefix + std::to_string(View().Window()); }
+    std::string FifoName() {
+        return kValueSegmentPrefix + std::to_string(testing::MasterLinkOf(View()).Window());
+    }
 
     /// Waits, without letting the viewer do anything, until the master has announced a batch: it
     /// does so behind the first line and before the second.

@@ -59,14 +59,14 @@ TEST_P(SampleMaster, ShowsItsLinesFromConnectToTheEndOfTheLink) {
     EXPECT_EQ(m_frame->PaneText(StatusPane::kCycleTime), QStringLiteral("cycl. time=0.00100s"));
     EXPECT_GE(Held("X").size(), 1500U);
     ExpectCircle();
-    const auto limits = View().Capabilities().FindAxis("Y");
+    const auto limits = View().Work().Source().Limits().FindAxis("Y");
     ASSERT_TRUE(limits);
     EXPECT_EQ(*limits, (AxisCapabilities{120.0, -120.0, 1000.0, 10000.0, 0.001}));
     // Opening a graph file leaves the master and connects again.
-    const std::string file = View().Files().CurrentPath();
-    View().Execute(CommandId::kSave);  // with the settings
-    View().SetRecentFiles([file](int) { return file; });
-    View().Execute(CommandId::kRecentFile);
+    std::string file = View().Work().Files().CurrentPath();
+    View().Commands().Execute(CommandId::kSave);  // with the settings
+    View().Commands().SetRecentFiles([file](int) { return file; });
+    View().Commands().Execute(CommandId::kRecentFile);
     ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 1000));
     ExpectCircle();
     const LinkCounters counters = Cycle().Counters();

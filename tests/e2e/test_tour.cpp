@@ -16,6 +16,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 
+#include "master_link_of.h"
 #include "platform/system_dialogs.h"
 #include "printed_page.h"
 #include "ui/dialogs/controls.h"
@@ -162,7 +163,8 @@ void Tour::SaveNewAndOpen() {
     // The next batch brings a graph, and with it the name of the document.
     ASSERT_TRUE(WaitFor([this] { return Title() == "graphs.ini - running"; }));
     ASSERT_TRUE(WaitFor([this] { return View().Board().Drawers().size() == 1; }));
-    EXPECT_EQ(View().Board().Graphs().front().Triggers.front().TriggerType, TriggerTypeCode::kNone);
+    EXPECT_EQ(View().Work().Graphs().Graphs().front().Triggers.front().TriggerType,
+              TriggerTypeCode::kNone);
     ChooseFile([this] { Press(*m_frame, Qt::Key_O, Qt::ControlModifier); }, Path("mine.ini"));
     EXPECT_EQ(Title(), "mine.ini - running");
     ASSERT_TRUE(WaitFor([this] { return Offers(CommandId::kStartAfterTrigger); }));
@@ -174,7 +176,7 @@ void Tour::SaveNewAndOpen() {
     EXPECT_EQ(Title(), "mine.ini - running");
     const std::uint64_t lines = Cycle().TotalLines();
     ASSERT_TRUE(WaitForLines(lines + 100));
-    EXPECT_EQ(View().Board().Graphs().front().Triggers.front().TriggerType,
+    EXPECT_EQ(View().Work().Graphs().Graphs().front().Triggers.front().TriggerType,
               TriggerTypeCode::kStopAbove);
 }
 
@@ -237,15 +239,15 @@ TEST_F(Tour, FromTheStartToTheEnd) {
     EXPECT_THAT(TakeBoxes(), ::testing::IsEmpty());
     ClickMenu("&File", "E&xit");
     EXPECT_FALSE(m_frame->isVisible());
-    EXPECT_FALSE(Cycle().IsMasterKnown());
-    EXPECT_FALSE(Cycle().IsReaderOpen());
+    EXPECT_FALSE(Cycle().Source().IsPresent());
+    EXPECT_FALSE(testing::MasterLinkOf(View()).IsReaderOpen());
     const std::uint64_t lines = Cycle().TotalLines();
     ASSERT_TRUE(WaitFor([&] { return master.Output().contains(QStringLiteral("disconnected")); }));
     QTest::qWait(100);
     EXPECT_EQ(Cycle().TotalLines(), lines);
     const auto totals = master.End();
     ASSERT_TRUE(totals);
-    EXPECT_EQ(totals->batches_answered, Cycle().BatchesAnswered());
+    EXPECT_EQ(totals->batches_answered, Cycle().Counters().batches_answered);
     EXPECT_EQ(totals->overruns, 0U);
 }
 

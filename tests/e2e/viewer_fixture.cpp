@@ -4,8 +4,8 @@
 #include <QTimer>
 
 #include "graph/model/graph_ini_data.h"
+#include "settings/view_settings_file.h"
 #include "support/mini_data.h"
-#include "view/view_settings_file.h"
 
 namespace wavo::testing {
 
@@ -54,7 +54,7 @@ std::string Viewer::WriteGraphFile(const std::vector<WavoGraph>& graphs) {
 
 std::vector<double> Viewer::Held(const std::string& axis) {
     std::vector<double> held;
-    for (GraphValue& value : View().Board().Registry().Values()) {
+    for (GraphValue& value : View().Work().Streams().Registry().Values()) {
         if (value.Name() == axis && value.DerivationOrder() == 0) {
             double start = 0.0;
             value.GetTimeRangeValues(held, 2.0 * value.TimeRange(), start);

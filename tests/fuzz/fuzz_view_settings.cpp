@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "settings/view_settings_file.h"
 #include "support/mini_data.h"
-#include "view/view_settings_file.h"
 
 namespace wavo {
 namespace {

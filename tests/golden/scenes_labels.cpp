@@ -21,6 +21,7 @@ WavoGraph Curves(int count, TriggerTypeCode trigger = TriggerTypeCode::kNone) {
 
 std::vector<std::vector<double>> Values(int count) {
     std::vector<std::vector<double>> values;
+    values.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
         values.push_back(Sine(400, 110.0 + 20.0 * i, 70.0 - 5.0 * i, 0.0, 0.1 * i));
     }
@@ -140,8 +141,8 @@ QImage HugeNumbers200() {
 
 QImage LinesIn(std::int32_t x_lines, std::int32_t y_lines) {
     ScopeLooks looks = Looks(QSize(400, 160));
-    looks.settings.scale_lines_x = x_lines;
-    looks.settings.scale_lines_y = y_lines;
+    looks.scale_lines_x = x_lines;
+    looks.scale_lines_y = y_lines;
     return PictureOf(Curves(1), Values(1), looks);
 }
 

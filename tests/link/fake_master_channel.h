@@ -16,6 +16,7 @@ class FakeMasterChannel : public MasterChannel {
     static constexpr platform::WindowHandle kViewer = 4711;
     static constexpr platform::WindowHandle kMaster = 815;
 
+    bool Open(MasterMessages&) override { return true; }
     [[nodiscard]] platform::WindowHandle OwnWindow() const override { return kViewer; }
 
     bool Post(platform::WindowHandle master, ToMaster number, std::uint64_t w_param) override {

@@ -133,7 +133,7 @@ void TestViewer::Serve(std::chrono::milliseconds timeout) {
 }
 
 bool TestViewer::ServeUntil(const std::function<bool()>& done) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!done()) {
         if (std::chrono::steady_clock::now() > end) {
             return false;

@@ -97,7 +97,7 @@ std::vector<WavoGraph> SoakGraphs() {
 void SoakUser::Step() {
     LookForTriggers();
     const std::size_t kind = Below(16);
-    if (!m_view.Acquisition().IsRunning() || m_done.arms == 0) {
+    if (!m_view.Work().Values().IsRunning() || m_done.arms == 0) {
         Arm();
     } else if (m_done.edits == 0) {
         Edit();
@@ -135,7 +135,7 @@ void SoakUser::Edit() {
     };
     const auto drawn = [&] { return edited(m_view.Board().Drawers()[index]->Graph()); };
     const auto before = drawn();
-    WavoGraph& graph = m_view.Board().Graphs()[index];
+    WavoGraph graph = m_view.Work().Graphs().Graphs()[index];
     switch (Below(6)) {
         case 0:
             graph.Mode =
@@ -161,6 +161,7 @@ void SoakUser::Edit() {
             graph.Triggers[0].TriggerValue = static_cast<double>(Below(180)) - 90.0;
     }
     const auto wanted = edited(graph);
+    m_view.Work().Graphs().Put(graph, GraphList::Telling::kSilent);
     SendAppMessage(&m_view, AppMessage::kGraphChanged, 0, graph.GraphNumber);
     m_done.edits += wanted != before ? 1 : 0;
     m_done.edits_shown += wanted != before && drawn() == wanted ? 1 : 0;
@@ -176,7 +177,7 @@ void SoakUser::Zoom() {
     };
     const auto before = shown();
     if (graph.XCoorType != CoorType::kTime || Below(3) == 0) {
-        m_view.ZoomOut(graph.GraphNumber);
+        m_view.Zooms().ZoomOut(graph.GraphNumber);
         m_done.zooms_undone += shown() != before ? 1 : 0;
         return;
     }
@@ -184,16 +185,16 @@ void SoakUser::Zoom() {
     const double range = graph.XScale.TimeRange;
     const double start = range * static_cast<double>(Below(50)) / 100.0;
     const double end = start + range * static_cast<double>(10 + Below(40)) / 100.0;
-    m_view.ZoomGraph(index, start, end);
+    m_view.Zooms().ZoomGraph(index, start, end);
     m_done.zooms_shown += shown() == std::tuple(true, start, end) ? 1 : 0;
 }
 
 // Start begins all recordings anew and arms their triggers. Half of the time the view stands until
 // the next step.
 void SoakUser::Arm() {
-    const bool stop = m_view.Acquisition().IsRunning() && Below(2) == 0;
-    m_view.Execute(stop ? CommandId::kStop : CommandId::kStart);
-    if (m_view.Acquisition().IsRunning() == stop) {
+    const bool stop = m_view.Work().Values().IsRunning() && Below(2) == 0;
+    m_view.Commands().Execute(stop ? CommandId::kStop : CommandId::kStart);
+    if (m_view.Work().Values().IsRunning() == stop) {
         ++m_done.runs_not_changed;
     }
     if (stop) {

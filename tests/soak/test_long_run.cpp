@@ -67,7 +67,7 @@ class LongRun : public Viewer {
         m_frame = std::make_unique<CMainFrame>();
         m_frame->show();
         View().OnInitialUpdate(WriteGraphFile(SoakGraphs()));
-        QObject::connect(&View(), &CWavoView::BatchShown, &View(), [this] {
+        QObject::connect(&View().News(), &ViewNews::BatchShown, &View(), [this] {
             m_drawing.Add(Cycle().LastBatchTimes().drawing);
             m_to_ready.Add(Cycle().LastBatchTimes().to_ready);
         });
@@ -86,7 +86,7 @@ class LongRun : public Viewer {
     void Run(std::int64_t seconds) {
         SoakUser user(View(), kSeed);
         const QMetaObject::Connection look = QObject::connect(
-            &View(), &CWavoView::BatchShown, &View(), [&user] { user.LookForTriggers(); });
+            &View().News(), &ViewNews::BatchShown, &View(), [&user] { user.LookForTriggers(); });
         QElapsedTimer clock;
         clock.start();
         for (std::int64_t due = kStepEvery; clock.elapsed() < 1000 * seconds; due += kStepEvery) {

@@ -1,20 +1,21 @@
-// The acquisition cycle with everything around it faked: master, segments, editor and view.
+// The session on a master with everything around it faked: master, segments, editor and view.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "fake_acquisition_host.h"
 #include "fake_master_channel.h"
+#include "fake_session_observer.h"
 #include "fake_shared_memory.h"
+#include "link/shared_memory_source.h"
+#include "session/session.h"
 #include "support/diagnostics.h"
 #include "test_fifo_segment.h"
-#include "ui/dialogs/graph_editor.h"
-#include "view/acquisition_cycle.h"
 
 namespace wavo::testing {
 
@@ -25,30 +26,44 @@ inline constexpr platform::Message kNewValues{0x52C, 1, 0};
 inline constexpr platform::Message kLinkEnded{0x52C, 2, 0};
 inline constexpr platform::Message kOverrun{0x52D, 0, 0};
 
-/// Initialised by hand, records what it is told; never posts anything.
-class FakeEditor : public GraphEditor {
+/// The acquisition of a session and its link to the master.
+class Cycle {
  public:
-    bool Init(std::vector<WavoGraph>& graphs, const std::vector<std::string>& axes) override {
-        happened.push_back("init " + std::to_string(graphs.size()) + " " +
-                           std::to_string(axes.size()));
-        initialised = !graphs.empty();
-        return !fails;
-    }
-    [[nodiscard]] bool IsInitialised() const override { return initialised; }
-    void SetNotInitialised() override {
-        initialised = false;
-        happened.emplace_back("not initialised");
-    }
-    void ResetSelection() override { happened.emplace_back("reset selection"); }
-    void SetCycleTime(double cycle_time) override { cycle = cycle_time; }
-    void SetAcquisitionRuns(bool runs) override {
-        happened.emplace_back(runs ? "acquisition runs" : "acquisition stands");
+    Cycle(SharedMemorySource& source, Session& session) : m_source(source), m_session(session) {}
+
+    bool Connect(bool post) { return m_source.Connect(post); }
+    void ConnectByUser() { m_session.Values().ConnectByUser(); }
+    void LeaveMaster() { m_source.Hold(); }
+    bool JoinMaster() { return m_source.GoOn(); }
+    void End() { m_source.Stop(); }
+    void InitialiseEditor() { m_session.Values().InitialiseEditor(); }
+    void SendPendingReady() { m_session.Values().AnswerDrawn(); }
+    void SetRunning(bool running) { m_session.Values().SetRunning(running); }
+    std::int64_t OnMessage(const platform::Message& message) { return m_source.OnMessage(message); }
+    void OnPeerGone(platform::WindowHandle window) { m_source.OnPeerGone(window); }
+    void OnPeerRefused(platform::WindowHandle window, const char* why) {
+        m_source.OnPeerRefused(window, why);
     }
 
-    bool initialised = false;
-    bool fails = false;
-    double cycle = 0.0;
-    std::vector<std::string> happened;
+    [[nodiscard]] bool IsRunning() const { return m_session.Values().IsRunning(); }
+    [[nodiscard]] bool IsMasterKnown() const { return m_source.IsPresent(); }
+    [[nodiscard]] bool CanConnect() const { return m_source.CanStart(); }
+    [[nodiscard]] bool IsReaderOpen() const { return m_source.IsReaderOpen(); }
+    [[nodiscard]] std::uint64_t TotalLines() const { return m_session.Values().TotalLines(); }
+    [[nodiscard]] std::uint64_t BatchesAnswered() const { return Counters().batches_answered; }
+    [[nodiscard]] LinkCounters Counters() const { return m_session.Values().Counters(); }
+    [[nodiscard]] const BatchTimes& LastBatchTimes() const {
+        return m_session.Values().LastBatchTimes();
+    }
+    [[nodiscard]] double CycleTime() const { return m_session.Values().CycleTime(); }
+    [[nodiscard]] const std::vector<std::string>& AxisNames() const {
+        return m_session.Values().AxisNames();
+    }
+    [[nodiscard]] AxisLimitsSource& Capabilities() { return m_source.Limits(); }
+
+ private:
+    SharedMemorySource& m_source;
+    Session& m_session;
 };
 
 class CycleFixture : public ::testing::Test {
@@ -56,7 +71,7 @@ class CycleFixture : public ::testing::Test {
     CycleFixture() {
         ResetFakeSharedMemory();
         m_host.board = &m_board;
-        m_host.cycle = &m_cycle;
+        m_host.session = &m_session;
         PublishInfo({"X1", "Y1"});
         NewFifo();
     }
@@ -101,10 +116,10 @@ class CycleFixture : public ::testing::Test {
     /// A graph of one axis, so that no default graph is added.
     void AddGraph(const std::string& axis, std::int32_t derivation = 0) {
         WavoGraph graph;
-        graph.InitGraph(static_cast<std::uint32_t>(m_board.Graphs().size() + 1), axis.c_str(), 0,
+        graph.InitGraph(static_cast<std::uint32_t>(m_graphs.Graphs().size() + 1), axis.c_str(), 0,
                         nullptr);
         graph.YCoorAxDerivation = {derivation};
-        m_board.Graphs().push_back(graph);
+        m_graphs.Add(graph, GraphList::Telling::kSilent);
     }
 
     /// Connected, one batch of one line taken and answered.
@@ -119,7 +134,7 @@ class CycleFixture : public ::testing::Test {
     }
 
     [[nodiscard]] std::vector<double> Held(const std::string& name, std::int32_t derivation = 0) {
-        for (GraphValue& value : m_board.Registry().Values()) {
+        for (GraphValue& value : m_streams.Registry().Values()) {
             if (value.Name() == name && value.DerivationOrder() == derivation) {
                 std::vector<double> held;
                 double start = 0.0;
@@ -142,11 +157,15 @@ class CycleFixture : public ::testing::Test {
     }
 
     FakeMasterChannel m_channel;
-    FakeHost m_host;
     FakeEditor m_editor;
-    std::recursive_mutex m_lock;
-    GraphBoard m_board{m_host, [this](const std::string& text) { m_host.ShowError(text); }};
-    AcquisitionCycle m_cycle{m_channel, m_board, m_editor, m_host, m_lock};
+    FakeHost m_host{m_editor};
+    std::chrono::steady_clock::time_point m_now{};
+    SharedMemorySource m_source{m_channel, [this] { return m_now; }};
+    Session m_session{m_source, m_board, m_host};
+    GraphList& m_graphs = m_session.Graphs();
+    ValueStreams& m_streams = m_session.Streams();
+    GraphBoard m_board{m_graphs, m_streams, [] {}};
+    Cycle m_cycle{m_source, m_session};
     std::unique_ptr<FifoSegment> m_fifo;
 };
 

@@ -15,34 +15,28 @@
 #include <string>
 #include <vector>
 
+#include "settings/view_settings.h"
 #include "slow_files.h"
 #include "temporary_folder.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/export_progress.h"
 #include "ui/dialogs/path_save_data.h"
-#include "ui/dialogs/view_settings.h"
 #include "view/data_export.h"
 #include "view/graph_board.h"
 
 namespace wavo::testing {
 
-class Export : public ::testing::Test, public DataExportHost, public GraphDrawHost {
+class Export : public ::testing::Test {
  protected:
     Export() {
         m_settings.end_of_line = "\n";
         m_settings.data_file = m_folder.File("before.txt");
     }
 
-    // DataExportHost
-    [[nodiscard]] ExportSettings& CurrentExportSettings() override { return m_settings; }
-    void SaveSettings() override {
+    void SaveSettings() {
         m_saved.push_back(m_settings.data_file);
         m_file_there_when_saved = std::filesystem::exists(m_settings.data_file);
     }
-    void ShowWriteFault(const std::string& path) override { m_unwritten.push_back(path); }
-    [[nodiscard]] QWidget* ExportWindow() override { return nullptr; }
-    // GraphDrawHost
-    void RecordingEnded() override {}
 
     /// Shows a graph of these axes over time and gives it lines with a value per axis X, Y, Z.
     void ShowGraph(const std::vector<std::string>& axes,
@@ -59,9 +53,9 @@ class Export : public ::testing::Test, public DataExportHost, public GraphDrawHo
             graph.YScales.push_back(other.YScales.front());
         }
         graph.XScale.TimeRange = time_range;
-        m_board.Graphs() = {graph};
+        m_graphs.Replace({graph});
         m_board.CreateAllGraphRects({0, 0, 300, 200}, kCycleTime, {"X", "Y", "Z"}, {});
-        m_board.Distribute(lines.empty() ? nullptr : lines.front().data(), lines.size(), 3);
+        m_streams.Distribute({lines.empty() ? nullptr : lines.front().data(), lines.size(), 3});
     }
     /// A graph with so many values that its file takes `pieces` writes behind the header.
     void ShowLongGraph(int pieces) {
@@ -70,7 +64,7 @@ class Export : public ::testing::Test, public DataExportHost, public GraphDrawHo
         // Twice the range: a range that the values fill exactly may lose one to rounding.
         ShowGraph({"X"}, lines, 2.0 * static_cast<double>(rows) * kCycleTime);
     }
-    [[nodiscard]] const WavoGraph& Graph() const { return m_board.Graphs().front(); }
+    [[nodiscard]] const WavoGraph& Graph() const { return m_graphs.Graphs().front(); }
 
     /// Does something with the dialog that opens next.
     void WhenAsked(const std::function<void(PathSaveData&)>& action) {
@@ -132,8 +126,14 @@ class Export : public ::testing::Test, public DataExportHost, public GraphDrawHo
     bool m_file_there_when_saved = false;
     int m_asked = 0;
     SlowFiles m_files;
-    GraphBoard m_board{*this, [](const std::string&) {}};
-    DataExport m_export{m_board, *this, [this] { return m_files.now; }};
+    GraphList m_graphs;
+    ValueStreams m_streams;
+    GraphBoard m_board{m_graphs, m_streams, [] {}};
+    DataExport m_export{
+        m_board,
+        {m_settings, [this] { SaveSettings(); },
+         [this](const std::string& path) { m_unwritten.push_back(path); }, [] { return nullptr; }},
+        [this] { return m_files.now; }};
 };
 
 }  // namespace wavo::testing

@@ -7,14 +7,15 @@
 #include <QTemporaryDir>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cycle_fixture.h"
 #include "graph/model/graph_ini_data.h"
+#include "settings/view_settings_file.h"
 #include "ui/dialogs/choosers.h"
 #include "ui/dialogs/message_boxes.h"
 #include "view/file_commands.h"
-#include "view/view_settings_file.h"
 
 namespace wavo::testing {
 
@@ -26,9 +27,16 @@ inline std::string FailedToSaveSettings(const std::string& path) {
     return "CWavoView::WriteProperties: failed to svae '" + path + "'";
 }
 
-class FileCommandTest : public CycleFixture, public GraphFilesHost, public FileCommandsHost {
+class FileCommandTest : public CycleFixture {
  protected:
     FileCommandTest() {
+        m_host.full_titles = true;
+        m_host.on_title = [this] { m_background_at_title = m_settings.background; };
+        m_host.on_graphs = [this] {
+            return m_graphs.IsEmpty() ? "show no graphs" : "show settings";
+        };
+        m_host.on_message = [this](const std::string& text) { NoteMessage(text); };
+        m_settings = DefaultViewSettings();
         SetBoxHandler([this](const Box& box) {
             m_host.happened.push_back("box " + box.text);
             m_boxes.push_back(box);
@@ -47,30 +55,22 @@ class FileCommandTest : public CycleFixture, public GraphFilesHost, public FileC
         SetSaveFileChooser(nullptr);
     }
 
-    // GraphFilesHost, FileCommandsHost
-    void ShowWriteFault(const std::string& path) override { m_unwritten.push_back(path); }
-    void ShowError(const std::string& text) override { m_host.ShowError(text); }
-    void AddToRecentFiles(const std::string& path) override {
-        m_host.happened.push_back("recent " + FileNameOf(path));
+    /// Keeps the files that the status bar tells of.
+    void NoteMessage(const std::string& text) {
+        const std::string unwritten = "Cannot write ";
+        const std::string left_out =
+            "Axes with names that cannot stand in a file were left out of ";
+        const std::size_t end = text.find(", see the error log");
+        for (const auto& [begin, files] :
+             {std::pair{unwritten, &m_unwritten}, std::pair{left_out, &m_left_out}}) {
+            if (text.starts_with(begin)) {
+                files->push_back(text.substr(begin.size(), end - begin.size()));
+            }
+        }
     }
-    void ShowRunTitle() override {
-        m_host.happened.push_back("title " + m_files.DocumentName() +
-                                  (m_cycle.IsRunning() ? " - running" : " - stopped"));
-        m_background_at_title = m_settings.background;
-    }
-    ViewSettings& MutableSettings() override { return m_settings; }
-    void ShowSettings() override { m_host.happened.emplace_back("show settings"); }
-    void ShowNoGraphs() override { m_host.happened.emplace_back("show no graphs"); }
-    void ShowTitle(const std::string& title) override {
-        m_host.happened.push_back("title " + title);
-    }
-    void CurrentFileChanged() override {}
-    QWidget* DialogParent() override { return nullptr; }
-
-    void ShowAxesLeftOut(const std::string& path) override { m_left_out.push_back(path); }
 
     std::vector<std::string> m_unwritten;
-    std::vector<std::string> m_left_out;  // files that the status bar told of
+    std::vector<std::string> m_left_out;
 
     std::string Path(const char* name) { return m_folder.filePath(name).toStdString(); }
     void Choose(const std::string& path) { m_choice = QString::fromStdString(path); }
@@ -118,9 +118,9 @@ class FileCommandTest : public CycleFixture, public GraphFilesHost, public FileC
     }
 
     QTemporaryDir m_folder;
-    ViewSettings m_settings = DefaultViewSettings();
-    GraphFiles m_files{m_cycle, m_board, *this};
-    FileCommands m_commands{m_files, m_board, m_cycle, *this, m_lock};
+    ViewSettings& m_settings = m_session.Settings().Current();
+    GraphFiles& m_files = m_session.Files();
+    FileCommands m_commands{m_session, nullptr};
     std::optional<QString> m_choice;
     BoxAnswer m_answer = BoxAnswer::kOk;
     std::vector<Box> m_boxes;

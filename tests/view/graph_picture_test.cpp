@@ -7,7 +7,7 @@
 #include <cmath>
 #include <memory>
 
-#include "ui/dialogs/view_settings.h"
+#include "settings/view_settings.h"
 #include "view/graph_board.h"
 
 namespace wavo {
@@ -17,21 +17,20 @@ constexpr QSize kSize(400, 201);
 constexpr double kCycleTime = 0.01;
 
 /// Two graphs and their picture, fed in batches as the view does it.
-class Screen : public GraphDrawHost {
+class Screen {
  public:
     explicit Screen(double ratio, GraphMode mode = GraphMode::kContinuity) {
         for (const char* const axis : {"X", "Y"}) {
             WavoGraph graph;
-            graph.InitGraph(static_cast<std::uint32_t>(m_board.Graphs().size() + 1), axis, 0,
+            graph.InitGraph(static_cast<std::uint32_t>(m_graphs.Graphs().size() + 1), axis, 0,
                             nullptr);
             graph.XScale.TimeRange = 2.0;
             graph.Mode = mode;
-            m_board.Graphs().push_back(graph);
+            m_graphs.Add(graph);
         }
         m_picture.Resize(kSize, ratio);
         Rebuild();
     }
-    void RecordingEnded() override {}
 
     void Rebuild() {
         m_board.CreateAllGraphRects(QRect(QPoint(), kSize), kCycleTime, {"X", "Y"}, settings);
@@ -44,7 +43,7 @@ class Screen : public GraphDrawHost {
         for (int i = 0; i < lines; ++i) {
             const double t = kCycleTime * static_cast<double>(m_line++);
             const std::array<double, 2> line{8.0 * std::sin(7.0 * t), 9.0 * std::sin(11.0 * t)};
-            m_board.Distribute(line.data(), 1, 2);
+            m_streams.Distribute({line.data(), 1, 2});
         }
         m_picture.Draw(m_board, settings.background, restart, Text(text));
     }
@@ -56,7 +55,9 @@ class Screen : public GraphDrawHost {
     ViewSettings settings;
 
  private:
-    GraphBoard m_board{*this, [](const std::string&) {}};
+    GraphList m_graphs;
+    ValueStreams m_streams;
+    GraphBoard m_board{m_graphs, m_streams, [] {}};
     GraphPicture m_picture;
     int m_line = 0;
 };
@@ -112,10 +113,9 @@ TEST_P(Picture, CarriesNoTextIntoANewSizeOrNewGraphs) {
 }
 
 TEST(PictureWithoutGraphs, ShowsTheTextOnTheBackground) {
-    class Host : public GraphDrawHost {
-        void RecordingEnded() override {}
-    } host;
-    GraphBoard board(host, [](const std::string&) {});
+    const GraphList graphs;
+    ValueStreams streams;
+    GraphBoard board(graphs, streams, [] {});
     GraphPicture picture;
     picture.Resize(kSize, 1.0);
     const BandText text{"text", {}, 0xFFFFFF};

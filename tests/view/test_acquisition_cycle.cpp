@@ -76,13 +76,13 @@ TEST_F(Cycle, ARefusedInfoBlockEndsInTheErrorLogAndTheStatusBar) {
 
 TEST_F(Cycle, AnotherCycleTimeDropsAllBuffers) {
     ConnectAndTakeFirstBatch();
-    EXPECT_EQ(m_board.Registry().Values().size(), 1U);
+    EXPECT_EQ(m_streams.Registry().Values().size(), 1U);
     EXPECT_TRUE(m_cycle.Connect(false));
-    EXPECT_EQ(m_board.Registry().Values().size(), 1U);
+    EXPECT_EQ(m_streams.Registry().Values().size(), 1U);
     PublishInfo({"X1", "Y1"}, 0.002);
     EXPECT_TRUE(m_cycle.Connect(false));
-    EXPECT_THAT(m_board.Registry().Values(), IsEmpty());
-    EXPECT_THAT(m_board.DistributionLists(), IsEmpty());
+    EXPECT_THAT(m_streams.Registry().Values(), IsEmpty());
+    EXPECT_THAT(m_streams.DistributionLists(), IsEmpty());
 }
 
 // ---- batches ----
@@ -125,8 +125,8 @@ TEST_F(Cycle, DerivedStreamsOfAnAxisGetItsValuesToo) {
     m_fifo->Write(0.4);
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
     EXPECT_THAT(Held("X1", 1), ElementsAre(0.0, 0.4 / 0.004));
-    EXPECT_EQ(m_board.DistributionLists()[0].size(), 2U);
-    EXPECT_EQ(m_board.DistributionLists()[1].size(), 0U);
+    EXPECT_EQ(m_streams.DistributionLists()[0].size(), 2U);
+    EXPECT_EQ(m_streams.DistributionLists()[1].size(), 0U);
 }
 
 TEST_F(Cycle, AStoppedViewDrainsCountsAndAnswersAtOnceWithoutDrawing) {
@@ -358,13 +358,13 @@ TEST_P(DefaultGraph, IsAddedForTheFirstAxisNamedXYZOrC) {
     ASSERT_TRUE(m_cycle.Connect(true));
     m_fifo->Write(5.0);
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
-    ASSERT_EQ(m_board.Graphs().size(), 1U);
-    const WavoGraph& graph = m_board.Graphs().front();
+    ASSERT_EQ(m_graphs.Graphs().size(), 1U);
+    const WavoGraph& graph = m_graphs.Graphs().front();
     EXPECT_EQ(graph.GraphNumber, 1U);
     EXPECT_THAT(graph.YCoorAxName, ElementsAre(GetParam().chosen));
     EXPECT_THAT(graph.YCoorAxColor, ElementsAre(0xFFFFFFU));  // contrasts with black
     EXPECT_THAT(m_host.Take(), ElementsAre("rebuild", "title running", "rebuild", "draw"));
-    EXPECT_TRUE(m_editor.IsInitialised());
+    EXPECT_TRUE(m_editor.initialised);
     EXPECT_EQ(Held(GetParam().chosen).size(), 1U);  // the batch that brought the graph counts
 }
 
@@ -386,9 +386,9 @@ TEST_F(Cycle, TheDefaultGraphIsScaledToTheLimitsThatTheMasterTells) {
     m_channel.Take();
     m_fifo->Write(1.0);
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
-    ASSERT_EQ(m_board.Graphs().size(), 1U);
-    EXPECT_EQ(m_board.Graphs()[0].YScales[0].Minimum, -50.0);
-    EXPECT_EQ(m_board.Graphs()[0].YScales[0].Maximum, 250.0);
+    ASSERT_EQ(m_graphs.Graphs().size(), 1U);
+    EXPECT_EQ(m_graphs.Graphs()[0].YScales[0].Minimum, -50.0);
+    EXPECT_EQ(m_graphs.Graphs()[0].YScales[0].Maximum, 250.0);
     EXPECT_THAT(m_channel.Take(), ElementsAre("send 815 52e 0", "send 815 52f 0", kReady));
 }
 
@@ -406,7 +406,7 @@ TEST_F(Cycle, AFailedInitOfTheEditorIsShownAndTheBatchGoesOn) {
 
 TEST_F(Cycle, WithoutAMasterWindowNoDefaultGraphIsAdded) {
     ConnectAndTakeFirstBatch();
-    m_board.Graphs().clear();
+    m_graphs.Replace({}, GraphList::Telling::kSilent);
     m_editor.initialised = false;
     // The info block is gone, the open reader still has a line.
     testing::RemoveFakeSegment("MachineTools_InfoData");
@@ -414,7 +414,7 @@ TEST_F(Cycle, WithoutAMasterWindowNoDefaultGraphIsAdded) {
     m_fifo->Write(2.0);
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
     EXPECT_THAT(m_host.Take(), Contains("box Prg.error, m_MasterInfoData==NULL"));
-    EXPECT_THAT(m_board.Graphs(), IsEmpty());
+    EXPECT_THAT(m_graphs.Graphs(), IsEmpty());
 }
 
 }  // namespace

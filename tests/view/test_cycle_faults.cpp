@@ -10,6 +10,7 @@
 
 #include "cycle_fixture.h"
 #include "cycle_texts.h"
+#include "edit_graph.h"
 #include "expect_errors.h"
 #include "hostile_values.h"
 #include "support/diagnostics_output.h"
@@ -20,6 +21,7 @@ namespace {
 
 using platform::SegmentState;
 using platform::SendStatus;
+using testing::EditGraph;
 using ::testing::ElementsAre;
 using testing::ExpectAnyErrorLog;
 using testing::ExpectErrorLog;
@@ -286,7 +288,7 @@ TEST_F(CycleFaults, ABatchFarLongerThanAShortTimeRangeIsAnsweredAndDoesNotFloodT
     const testing::TemporaryFolder folder;
     diagnostics::SetLogFolder(folder.path());
     AddGraph("X1");
-    m_board.Graphs()[0].XScale.TimeRange = 100 * kCycle;
+    EditGraph(m_graphs, 0, [](WavoGraph& graph) { graph.XScale.TimeRange = 100 * kCycle; });
     PublishInfo({"X1", "Y1"}, kCycle, kLines + 1);
     NewFifo(kLines + 1);
     ASSERT_TRUE(m_cycle.Connect(true));
@@ -367,7 +369,7 @@ TEST_F(HungMaster, CostsOneWaitWhenALookupForTheFirstGraphAndTheAnswerMeetIt) {
     m_cycle.OnMessage({0x52F, 0, 0});
     m_fifo->Write(1.0);
     EXPECT_EQ(m_cycle.OnMessage(kNewValues), 1);
-    EXPECT_EQ(m_board.Graphs().size(), 1U);
+    EXPECT_EQ(m_graphs.Graphs().size(), 1U);
     EXPECT_EQ(Message(), kHungText);
     const std::vector<std::string> said = m_channel.Take();
     EXPECT_EQ(Waits(said), 1U);

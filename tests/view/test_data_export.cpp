@@ -47,9 +47,9 @@ TEST_F(Export, OfAGraphThatIsNotDrawnOrHoldsNoValuesIsAnError) {
     WavoGraph other = Graph();
     other.GraphNumber = 8;
     const std::array<double, 3> line{1.0, 2.0, 3.0};
-    m_board.Distribute(line.data(), 1, 3);
+    m_streams.Distribute({line.data(), 1, 3});
     EXPECT_EQ(m_export.OnSaveValues(&other), 1);
-    m_board.DropBuffers();
+    m_streams.Drop();
     EXPECT_EQ(m_export.OnSaveValues(&Graph()), 1);
     EXPECT_THAT(m_saved, IsEmpty());
 }
@@ -67,15 +67,16 @@ TEST_F(Export, NamesEachAxisOnceAndTheXAxisLast) {
 
 TEST_F(Export, OfAnAxisOverAnAxisHasBoth) {
     ShowGraph({"Y"}, {});
-    WavoGraph& graph = m_board.Graphs().front();
+    WavoGraph graph = m_graphs.Graphs().front();
     graph.XCoorType = CoorType::kAxis;
     graph.XCoorAxName = "X";
     graph.XScale.ScaleType = ScaleTypeCode::kAxis;
     graph.XScale.ScaleAx = ScaleAxCode::kAutomatic;
     graph.FadeOutTime = 3.0;
+    m_graphs.Put(graph);
     m_board.CreateAllGraphRects({0, 0, 300, 200}, kCycleTime, {"X", "Y", "Z"}, {});
     const std::array<double, 6> lines{1.0, 2.0, 3.0, 4.0, 5.0, 6.0};
-    m_board.Distribute(lines.data(), 2, 3);
+    m_streams.Distribute({lines.data(), 2, 3});
     Save();
     EXPECT_EQ(Text(), "Y,X\n2.000000,1.000000\n5.000000,4.000000\n");
 }
@@ -132,8 +133,8 @@ TEST_F(Export, ValuesThatArriveWhileTheDialogIsOpenAreNotInTheFile) {
     ShowGraph({"X"}, {{1.0, 2.0, 3.0}});
     WhenAsked([this](PathSaveData& dialog) {
         const std::array<double, 3> line{9.0, 9.0, 9.0};
-        m_board.Distribute(line.data(), 1, 3);
-        m_board.DropBuffers();
+        m_streams.Distribute({line.data(), 1, 3});
+        m_streams.Drop();
         FindControl<QLineEdit>(dialog, static_cast<int>(PathSaveDataId::kPath))
             ->setText(QString::fromStdString(m_folder.File("values.txt")));
         dialog.accept();

@@ -8,10 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "edit_graph.h"
 #include "export_fixture.h"
 
 namespace wavo {
 namespace {
+
+using testing::EditGraph;
 
 /// A circle of radius 100, one line per 4 ms, on X and Y; Z counts the lines.
 class ExportedRows : public testing::Export {
@@ -45,7 +48,7 @@ class ExportedRows : public testing::Export {
                 const double angle = 2.0 * m_line;
                 line = {100.0 * std::cos(angle), 100.0 * std::sin(angle), m_line++};
             }
-            m_board.Distribute(lines.front().data(), lines.size(), 3);
+            m_streams.Distribute({lines.front().data(), lines.size(), 3});
             m_board.DrawAll(m_picture, false);
         }
     }
@@ -79,10 +82,10 @@ class ExportedRows : public testing::Export {
 };
 
 TEST_F(ExportedRows, OfStreamsThatReachBackDifferentlyAreOnACircle) {
-    m_board.Graphs() = {Graph(7, {"X", "Y"}, 2.0), Graph(8, {"X"}, 60.0)};
+    m_graphs.Replace({Graph(7, {"X", "Y"}, 2.0), Graph(8, {"X"}, 60.0)});
     Rebuild();
     Run(20.0);
-    m_board.Graphs()[0].XScale.TimeRange = 30.0;
+    EditGraph(m_graphs, 0, [](WavoGraph& graph) { graph.XScale.TimeRange = 30.0; });
     Rebuild();
     Save();
     ExpectCircle(490);
@@ -92,8 +95,10 @@ TEST_F(ExportedRows, OfStreamsThatReachBackDifferentlyAreOnACircle) {
 }
 
 TEST_F(ExportedRows, OfAStreamThatATriggerStoppedEndWithItsLastLine) {
-    m_board.Graphs() = {Graph(7, {"X", "Y", "Z"}, 10.0), Graph(8, {"X"}, 10.0)};
-    m_board.Graphs()[1].Triggers[0] = {TriggerTypeCode::kStopAbove, 99.99, "X"};
+    m_graphs.Replace({Graph(7, {"X", "Y", "Z"}, 10.0), Graph(8, {"X"}, 10.0)});
+    EditGraph(m_graphs, 1, [](WavoGraph& graph) {
+        graph.Triggers[0] = {TriggerTypeCode::kStopAbove, 99.99, "X"};
+    });
     Rebuild();
     Run(0.2);
     ASSERT_EQ(m_board.Drawers()[1]->State(), RunState::kStoppedAfterStop);
@@ -104,7 +109,7 @@ TEST_F(ExportedRows, OfAStreamThatATriggerStoppedEndWithItsLastLine) {
     // It takes values again: the lines that it missed are left out.
     m_board.Drawers()[1]->SetZoomRange(0.1, 0.5);  // which leaves the trigger
     m_board.DrawAll(m_picture, false);
-    m_board.EnableBuffers();
+    m_streams.Enable();
     Run(1.0);
     Save();
     ExpectCircle(25 + 250);
@@ -117,10 +122,10 @@ TEST_F(ExportedRows, OfAStreamThatATriggerStoppedEndWithItsLastLine) {
 }
 
 TEST_F(ExportedRows, OfAZoomAreThoseOfItsSpan) {
-    m_board.Graphs() = {Graph(7, {"Z"}, 4.0)};
+    m_graphs.Replace({Graph(7, {"Z"}, 4.0)});
     Rebuild();
     Run(3.0);
-    m_board.Graphs()[0] = Graph(7, {"X", "Y", "Z"}, 4.0);
+    m_graphs.Put(Graph(7, {"X", "Y", "Z"}, 4.0));
     Rebuild();
     Run(1.0);
     m_board.Drawers()[0]->SetZoomRange(2.5, 3.5);
@@ -132,12 +137,12 @@ TEST_F(ExportedRows, OfAZoomAreThoseOfItsSpan) {
 }
 
 TEST_F(ExportedRows, OfADerivativeThatBeganLaterSayWhereItHasNoValue) {
-    m_board.Graphs() = {Graph(7, {"Z"}, 4.0)};
+    m_graphs.Replace({Graph(7, {"Z"}, 4.0)});
     Rebuild();
     Run(0.4);
-    WavoGraph& graph = m_board.Graphs()[0];
-    graph = Graph(7, {"Z", "X"}, 4.0);
+    WavoGraph graph = Graph(7, {"Z", "X"}, 4.0);
     graph.YCoorAxDerivation[1] = 2;
+    m_graphs.Put(graph);
     Rebuild();
     Run(0.1);
     Save();

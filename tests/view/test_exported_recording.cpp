@@ -11,9 +11,9 @@
 
 #include "graph/draw/graph_draw.h"
 #include "master/recording.h"
+#include "settings/view_settings.h"
 #include "temporary_folder.h"
 #include "ui/dialogs/path_save_data.h"
-#include "ui/dialogs/view_settings.h"
 #include "view/data_export.h"
 #include "view/graph_board.h"
 
@@ -41,19 +41,12 @@ std::vector<std::string> RecordedRows(const std::string& path) {
     return rows;
 }
 
-class ExportedRecording : public ::testing::TestWithParam<const char*>,
-                          public DataExportHost,
-                          public GraphDrawHost {
+class ExportedRecording : public ::testing::TestWithParam<const char*> {
  protected:
     ExportedRecording() {
         m_settings.end_of_line = "\n";
         m_settings.data_file = m_folder.File("values.txt");
     }
-    [[nodiscard]] ExportSettings& CurrentExportSettings() override { return m_settings; }
-    void SaveSettings() override {}
-    void ShowWriteFault(const std::string& path) override { ADD_FAILURE() << path; }
-    [[nodiscard]] QWidget* ExportWindow() override { return nullptr; }
-    void RecordingEnded() override {}
 
     /// A graph of all axes that holds a recording of this many rows.
     void MakeGraph(std::size_t rows) {
@@ -72,7 +65,7 @@ class ExportedRecording : public ::testing::TestWithParam<const char*>,
             graph.YScales.push_back(one.YScales.front());
         }
         graph.XScale.TimeRange = 2.0 * static_cast<double>(rows) * kCycleTime;
-        m_board.Graphs() = {graph};
+        m_graphs.Replace({graph});
         m_board.CreateAllGraphRects({0, 0, 300, 200}, kCycleTime, kAxes, {});
     }
 
@@ -85,7 +78,7 @@ class ExportedRecording : public ::testing::TestWithParam<const char*>,
             recording.Line(i, line);
             batch.insert(batch.end(), line.begin(), line.end());
             if (batch.size() == 300 * line.size() || i + 1 == recording.LinesPerRound()) {
-                m_board.Distribute(batch.data(), batch.size() / line.size(), line.size());
+                m_streams.Distribute({batch.data(), batch.size() / line.size(), line.size()});
                 m_board.DrawAll(picture, false);
                 batch.clear();
             }
@@ -94,8 +87,12 @@ class ExportedRecording : public ::testing::TestWithParam<const char*>,
 
     const testing::TemporaryFolder m_folder;
     ExportSettings m_settings;
-    GraphBoard m_board{*this, [](const std::string&) {}};
-    DataExport m_export{m_board, *this};
+    GraphList m_graphs;
+    ValueStreams m_streams;
+    GraphBoard m_board{m_graphs, m_streams, [] {}};
+    DataExport m_export{m_board,
+                        {m_settings, [] {}, [](const std::string& path) { ADD_FAILURE() << path; },
+                         [] { return nullptr; }}};
 };
 
 TEST_P(ExportedRecording, HasTheRecordingsOwnText) {
@@ -110,7 +107,7 @@ TEST_P(ExportedRecording, HasTheRecordingsOwnText) {
     QMetaObject::invokeMethod(
         qApp, [] { dynamic_cast<PathSaveData&>(*QApplication::activeModalWidget()).accept(); },
         Qt::QueuedConnection);
-    m_export.OnSaveValues(&m_board.Graphs().front());
+    m_export.OnSaveValues(&m_graphs.Graphs().front());
     const std::vector<std::string> exported = m_folder.Lines("values.txt");
     // The span that a graph shows, whole seconds over cycle time, may be rounded down by one row.
     ASSERT_GE(exported.size() + 1, recorded.size());

@@ -91,7 +91,7 @@ class FaultyGraphFile : public testing::FileCommandTest,
         const std::string title = is_save ? "title wavo.ini - running" : "title a.ini";
         EXPECT_EQ(!happened.empty() && happened.back() == title, !is_save || !graphs_failed);
         // The program goes on with what it has.
-        EXPECT_THAT(m_board.Graphs(), SizeIs(2));
+        EXPECT_THAT(m_graphs.Graphs(), SizeIs(2));
         EXPECT_EQ(m_settings.background, 0x222222U);
         EXPECT_EQ(m_files.CurrentPath(), m_path);
         return m_unwritten.empty();
@@ -111,7 +111,7 @@ class FaultyGraphFile : public testing::FileCommandTest,
         PutText(other, text);
         MIniData store;
         EXPECT_TRUE(store.Open(other));
-        EXPECT_TRUE(GetGraphAsIniData(store, m_board.Graphs(), m_files.AdditionalText()));
+        EXPECT_TRUE(GetGraphAsIniData(store, m_graphs.Graphs(), m_files.AdditionalText()));
         EXPECT_TRUE(store.Save());
         std::string with = TextOf(other);
         fs::remove(other);

@@ -44,7 +44,7 @@ TEST_F(FileCommandTest, OpenAsksForAnIniFileAndReadsTheSettingsBeforeTheGraphs) 
                                              "Ini Files (*.ini)|*.ini|All Files (*.*)|*.*||"}));
     EXPECT_THAT(m_host.Take(), ElementsAre("title new.ini - running", "recent new.ini"));
     EXPECT_EQ(m_background_at_title, 0x123456U);
-    EXPECT_EQ(m_board.Graphs().front().YCoorAxName.front(), "Y1");
+    EXPECT_EQ(m_graphs.Graphs().front().YCoorAxName.front(), "Y1");
     EXPECT_EQ(m_files.CurrentPath(), Path("new.ini"));
     EXPECT_EQ(m_files.AdditionalText(), "text");
     EXPECT_THAT(m_channel.Take(), ElementsAre(kDisconnect, kConnect));
@@ -66,7 +66,7 @@ TEST_F(FileCommandTest, OpenOfAMissingFileKeepsGraphsAndConnectionAndMakesNoFile
     EXPECT_THAT(m_host.Take(),
                 ElementsAre("box file " + Path("none.ini") + " not exist !", "show settings"));
     EXPECT_EQ(m_settings, DefaultViewSettings());  // read even so
-    EXPECT_THAT(m_board.Graphs(), SizeIs(1));
+    EXPECT_THAT(m_graphs.Graphs(), SizeIs(1));
     EXPECT_THAT(m_channel.Take(), IsEmpty());
     EXPECT_FALSE(QFile::exists(m_folder.filePath("none.ini")));
 }
@@ -95,7 +95,7 @@ TEST_F(FileCommandTest, NewEmptiesAllButKeepsPathAndDocumentName) {
     m_commands.New();
     EXPECT_THAT(m_host.Take(), ElementsAre("title new", "show no graphs"));
     EXPECT_THAT(m_editor.happened, ElementsAre("not initialised", "reset selection", "init 0 0"));
-    EXPECT_THAT(m_board.Graphs(), IsEmpty());
+    EXPECT_THAT(m_graphs.Graphs(), IsEmpty());
     EXPECT_THAT(m_board.Drawers(), IsEmpty());
     EXPECT_EQ(m_files.AdditionalText(), "");
     EXPECT_EQ(m_files.CurrentPath(), path);
@@ -176,29 +176,34 @@ TEST_F(FileCommandTest, SaveAsThatFailsHasTheTitleAllTheSame) {
 
 TEST_F(FileCommandTest, BoundsThatTheViewWasNotToldOfAreSavedAsTheViewShowsThem) {
     ConnectAndTakeFirstBatch();
-    WavoGraph& graph = m_board.Graphs().front();
+    WavoGraph graph = m_graphs.Graphs().front();
     graph.YScales = {{ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, -5.0, 10.0}};
-    m_host.RebuildGraphs();
+    m_graphs.Put(graph, GraphList::Telling::kSilent);
+    m_host.GraphsChanged();
     m_files.SetCurrentPath(Path("a.ini"));
     for (const double minimum : {20.0, 10.0}) {
         graph.YScales[0].Minimum = minimum;
+        m_graphs.Put(graph, GraphList::Telling::kSilent);
         m_commands.Save();
         const std::vector<WavoGraph> saved = GraphsIn(Path("a.ini"));
         ASSERT_THAT(saved, SizeIs(1));
         EXPECT_EQ(saved[0].YScales[0].Minimum, -5.0);
         EXPECT_EQ(saved[0].YScales[0].Maximum, 10.0);
-        EXPECT_EQ(graph.YScales[0].Minimum, minimum);  // what was typed stays
+        // What was typed stays.
+        EXPECT_EQ(m_graphs.Graphs().front().YScales[0].Minimum, minimum);
     }
 }
 
 TEST_F(FileCommandTest, TheSameGoesForTheXScaleOverAnAxis) {
     ConnectAndTakeFirstBatch();
-    WavoGraph& graph = m_board.Graphs().front();
+    WavoGraph graph = m_graphs.Graphs().front();
     graph.XCoorType = CoorType::kAxis;
     graph.XCoorAxName = "Y1";
     graph.XScale = {ScaleTypeCode::kAxis, 10.0, ScaleAxCode::kManual, -30.0, 40.0};
-    m_host.RebuildGraphs();
+    m_graphs.Put(graph, GraphList::Telling::kSilent);
+    m_host.GraphsChanged();
     graph.XScale.Maximum = -31.0;
+    m_graphs.Put(graph, GraphList::Telling::kSilent);
     m_files.SetCurrentPath(Path("a.ini"));
     m_commands.Save();
     const std::vector<WavoGraph> saved = GraphsIn(Path("a.ini"));
@@ -209,7 +214,7 @@ TEST_F(FileCommandTest, TheSameGoesForTheXScaleOverAnAxis) {
 
 TEST_F(FileCommandTest, AnAxisThatMovedSinceTheViewWasToldIsFoundByItsName) {
     ConnectAndTakeFirstBatch();
-    WavoGraph& graph = m_board.Graphs().front();
+    WavoGraph graph = m_graphs.Graphs().front();
     graph.YCoorAxName = {"Y1", "X1", "X1"};
     graph.YCoorAxColor = {1, 2, 3};
     graph.YCoorAxDerivation = {0, 0, 1};
@@ -217,7 +222,8 @@ TEST_F(FileCommandTest, AnAxisThatMovedSinceTheViewWasToldIsFoundByItsName) {
     graph.YScales = {{ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, 1.0, 2.0},
                      {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, 3.0, 4.0},
                      {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, 5.0, 6.0}};
-    m_host.RebuildGraphs();
+    m_graphs.Put(graph, GraphList::Telling::kSilent);
+    m_host.GraphsChanged();
     graph.YCoorAxName.erase(graph.YCoorAxName.begin());
     graph.YCoorAxColor.pop_back();
     graph.YCoorAxDerivation = {0, 1};
@@ -225,6 +231,7 @@ TEST_F(FileCommandTest, AnAxisThatMovedSinceTheViewWasToldIsFoundByItsName) {
     graph.YScales.erase(graph.YScales.begin());
     graph.YScales[0].Minimum = 9.0;
     graph.YScales[1].Minimum = 9.0;
+    m_graphs.Put(graph, GraphList::Telling::kSilent);
     m_files.SetCurrentPath(Path("a.ini"));
     m_commands.Save();
     const std::vector<WavoGraph> saved = GraphsIn(Path("a.ini"));
@@ -250,14 +257,15 @@ TEST_F(FileCommandTest, AxesThatCannotBeSavedAreToldAndStayInTheGraph) {
     EXPECT_THAT(m_boxes, IsEmpty());
     EXPECT_THAT(m_left_out, ElementsAre(Path("a.ini")));
     ASSERT_THAT(GraphsIn(Path("a.ini")), SizeIs(3));
-    EXPECT_THAT(m_board.Graphs()[1].YCoorAxName, ElementsAre("X,Y"));
+    EXPECT_THAT(m_graphs.Graphs()[1].YCoorAxName, ElementsAre("X,Y"));
     Choose(Path("b.ini"));
     {
         const ExpectErrorLog expected(entries);
         m_commands.SaveAs();
     }
     EXPECT_THAT(m_left_out, ElementsAre(Path("a.ini"), Path("b.ini")));
-    m_board.Graphs().resize(1);
+    m_graphs.Remove(2, GraphList::Telling::kSilent);
+    m_graphs.Remove(3, GraphList::Telling::kSilent);
     m_commands.Save();
     EXPECT_THAT(m_left_out, SizeIs(2));
 }

@@ -8,7 +8,7 @@
 #include "expect_errors.h"
 #include "graph/model/graph_ini_data.h"
 #include "platform/folders.h"
-#include "view/graph_files.h"
+#include "session/graph_files.h"
 
 namespace wavo {
 namespace {
@@ -22,19 +22,9 @@ using testing::kNewValues;
 using testing::kReady;
 using ::testing::SizeIs;
 
-class GraphFileTest : public testing::CycleFixture, public GraphFilesHost {
+class GraphFileTest : public testing::CycleFixture {
  protected:
-    void ShowError(const std::string& text) override {
-        // What the user would see while the box is up must be the old state.
-        m_host.ShowError(text);
-    }
-    void ShowRunTitle() override {
-        m_host.happened.push_back("title " + m_files.DocumentName() +
-                                  (m_cycle.IsRunning() ? " - running" : " - stopped"));
-    }
-    void AddToRecentFiles(const std::string& path) override {
-        m_host.happened.push_back("recent " + FileNameOf(path));
-    }
+    GraphFileTest() { m_host.full_titles = true; }
 
     std::string Path(const char* name) { return m_folder.filePath(name).toStdString(); }
 
@@ -62,13 +52,13 @@ class GraphFileTest : public testing::CycleFixture, public GraphFilesHost {
     }
 
     QTemporaryDir m_folder;
-    GraphFiles m_files{m_cycle, m_board, *this};
+    GraphFiles& m_files = m_session.Files();
 };
 
 TEST_F(GraphFileTest, OpeningTakesGraphsTextTitleAndPath) {
     const std::string path = WriteGraphs("two.ini", {"X1", "Y1"}, "hello");
     EXPECT_TRUE(m_files.Open(path, "two.ini", true));
-    EXPECT_THAT(m_board.Graphs(), SizeIs(2));
+    EXPECT_THAT(m_graphs.Graphs(), SizeIs(2));
     EXPECT_EQ(m_files.AdditionalText(), "hello");
     EXPECT_EQ(m_files.CurrentPath(), path);
     EXPECT_EQ(m_files.DocumentName(), "two.ini");
@@ -124,7 +114,7 @@ TEST_F(GraphFileTest, ABadGraphKeepsTheOldOnesAndStillJoinsAgain) {
     EXPECT_THAT(m_host.Take(), ElementsAre("box failed to read " + path +
                                            ".\ninvalid number of colors, graph [1]"));
     EXPECT_THAT(m_channel.Take(), ElementsAre(kDisconnect, kConnect));
-    EXPECT_THAT(m_board.Graphs(), SizeIs(1));
+    EXPECT_THAT(m_graphs.Graphs(), SizeIs(1));
     EXPECT_EQ(m_files.AdditionalText(), "old");
     EXPECT_EQ(m_files.DocumentName(), "one.ini");
     EXPECT_EQ(m_files.CurrentPath(), path);

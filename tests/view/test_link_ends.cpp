@@ -118,7 +118,7 @@ TEST_F(LinkEnds, AMasterThatVanishesIsForgottenAndTheGraphsStay) {
     EXPECT_FALSE(m_cycle.IsMasterKnown());
     EXPECT_FALSE(m_cycle.IsReaderOpen());
     EXPECT_EQ(m_cycle.TotalLines(), 1U);
-    EXPECT_EQ(m_board.Graphs().size(), 1U);
+    EXPECT_EQ(m_graphs.Graphs().size(), 1U);
     EXPECT_THAT(Held("X1"), ElementsAre(1.0));
     EXPECT_EQ(m_host.panes[StatusPane::kMessage],
               "The master process (Dorvane) has gone: Machine Data > Connect when it is back");

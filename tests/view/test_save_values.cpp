@@ -14,8 +14,8 @@
 
 #include "expect_errors.h"
 #include "faulty_files.h"
+#include "session/save_values.h"
 #include "temporary_folder.h"
-#include "view/save_values.h"
 
 namespace wavo {
 namespace {

@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
+#include "session/save_values.h"
 #include "temporary_folder.h"
 #include "unprivileged.h"
-#include "view/save_values.h"
 
 namespace wavo {
 namespace {

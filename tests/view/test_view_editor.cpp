@@ -6,6 +6,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDialog>
+#include <QLineEdit>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -49,8 +50,8 @@ class ViewWithEditor : public ::testing::Test {
 
     /// Graphs over time, as if a file with them was opened.
     void Show(std::vector<WavoGraph> graphs) {
-        m_view->Board().Graphs() = std::move(graphs);
-        m_view->Editor().Init(m_view->Board().Graphs(), {"X", "Y"});
+        m_view->Work().Graphs().Replace(std::move(graphs), GraphList::Telling::kSilent);
+        m_view->Editor().Init(m_view->Work().Graphs(), {"X", "Y"});
         QApplication::sendPostedEvents();
     }
     QAbstractButton& Button(EditorControl id) {
@@ -71,11 +72,12 @@ class ViewWithEditor : public ::testing::Test {
 TEST_F(ViewWithEditor, StandsAboveTheGraphs) {
     Show({TimeGraph(1), TimeGraph(2)});
     EXPECT_THAT(m_boxes, IsEmpty());
-    ASSERT_TRUE(m_view->IsGraphEditorShown());
+    ASSERT_TRUE(m_view->Screen().IsEditorShown());
     const QRect editor = m_view->Editor().geometry();
     EXPECT_EQ(editor.topLeft(), QPoint(0, 0));
     EXPECT_EQ(editor.width(), 1366);
-    EXPECT_EQ(m_view->GraphArea(), QRect(0, editor.height() + 1, 1366, 700 - editor.height() - 1));
+    EXPECT_EQ(m_view->Screen().GraphArea(),
+              QRect(0, editor.height() + 1, 1366, 700 - editor.height() - 1));
     EXPECT_EQ(Drawer(0).Rectangle().top(), editor.height() + 1);
     m_view->resize(640, 700);
     EXPECT_GT(m_view->Editor().height(), editor.height());
@@ -86,11 +88,11 @@ TEST_F(ViewWithEditor, StandsAboveTheGraphs) {
 TEST_F(ViewWithEditor, LeavesAllRoomToTheGraphsWhenItIsClosed) {
     Show({TimeGraph(1)});
     Button(EditorControl::kClose).click();
-    EXPECT_FALSE(m_view->IsGraphEditorShown());
-    EXPECT_EQ(m_view->GraphArea(), m_view->rect());
+    EXPECT_FALSE(m_view->Screen().IsEditorShown());
+    EXPECT_EQ(m_view->Screen().GraphArea(), m_view->rect());
     EXPECT_EQ(Drawer(0).Rectangle().top(), 0);
-    m_view->ShowGraphEditor();
-    EXPECT_TRUE(m_view->IsGraphEditorShown());
+    m_view->Commands().ShowGraphEditor();
+    EXPECT_TRUE(m_view->Screen().IsEditorShown());
     EXPECT_TRUE(m_view->Editor().IsShown());
     EXPECT_EQ(Drawer(0).Rectangle().top(), m_view->Editor().height() + 1);
 }
@@ -106,21 +108,34 @@ TEST_F(ViewWithEditor, ShowsAChangeAtOnce) {
     EXPECT_THAT(m_view->Board().Drawers(), IsEmpty());
 }
 
-TEST_F(ViewWithEditor, TellsARecordHowLargeItsGraphIsDrawn) {
-    Show({TimeGraph(1)});
-    const QRect plot = Drawer(0).PlotArea();
-    EXPECT_GT(plot.height(), 0);
-    EXPECT_EQ(m_view->Board().Graphs()[0].Drawn.width, plot.width());
-    EXPECT_EQ(m_view->Board().Graphs()[0].Drawn.height, plot.height());
-    m_view->resize(1000, 500);
-    EXPECT_EQ(m_view->Board().Graphs()[0].Drawn.width, Drawer(0).PlotArea().width());
-    EXPECT_LT(m_view->Board().Graphs()[0].Drawn.width, plot.width());
+TEST_F(ViewWithEditor, KeepsCirclesRoundByTheSizeThatItsGraphIsDrawnWith) {
+    WavoGraph graph = TimeGraph(1);
+    graph.XCoorType = CoorType::kAxis;
+    graph.XCoorAxName = "Y";
+    graph.XScale = {ScaleTypeCode::kAxis, 10.0, ScaleAxCode::kManual, -10.0, 30.0};
+    graph.YScales[0].Minimum = -5.0;
+    graph.YScales[0].Maximum = 5.0;
+    Show({graph});
+    auto* const maximum =
+        FindControl<QLineEdit>(m_view->Editor(), static_cast<int>(EditorControl::kYMaximum));
+    const QRect wide = Drawer(0).PlotArea();
+    ASSERT_GT(wide.height(), 0);
+    for (const int width : {m_view->width(), 600}) {
+        m_view->resize(width, 500);
+        QApplication::sendPostedEvents();
+        const QRect plot = Drawer(0).PlotArea();
+        maximum->selectAll();
+        QTest::keyClicks(maximum, "6");
+        EXPECT_EQ(m_view->Work().Graphs().Graphs()[0].XScale.Maximum,
+                  -10.0 + plot.width() * 11.0 / static_cast<double>(plot.height()));
+        EXPECT_EQ(plot.width() == wide.width(), width != 600);
+    }
 }
 
 TEST_F(ViewWithEditor, StepsBackFromZoomsOneByOne) {
     Show({TimeGraph(1), TimeGraph(2)});
-    m_view->ZoomGraph(0, 1.0, 3.0);
-    m_view->ZoomGraph(0, 0.5, 1.0);
+    m_view->Zooms().ZoomGraph(0, 1.0, 3.0);
+    m_view->Zooms().ZoomGraph(0, 0.5, 1.0);
     EXPECT_TRUE(Drawer(0).Zoom().active);
     EXPECT_FALSE(Drawer(1).Zoom().active);
     EXPECT_FALSE(IsEnabled(EditorControl::kTimeRange));
@@ -148,11 +163,11 @@ TEST_F(ViewWithEditor, ZoomsAllGraphsOverTimeTogether) {
     over_axis.XScale = {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, 0.0, 1.0};
     Show({TimeGraph(1), TimeGraph(2), over_axis});
     Button(EditorControl::kAllGraphs).setChecked(true);
-    m_view->ZoomGraph(1, 1.0, 3.0);
+    m_view->Zooms().ZoomGraph(1, 1.0, 3.0);
     EXPECT_TRUE(Drawer(0).Zoom().active);
     EXPECT_TRUE(Drawer(1).Zoom().active);
     EXPECT_FALSE(Drawer(2).Zoom().active);
-    m_view->ZoomOut(2);
+    m_view->Zooms().ZoomOut(2);
     EXPECT_FALSE(Drawer(0).Zoom().active);
     EXPECT_FALSE(Drawer(1).Zoom().active);
     EXPECT_TRUE(IsEnabled(EditorControl::kAllGraphs));
@@ -160,14 +175,14 @@ TEST_F(ViewWithEditor, ZoomsAllGraphsOverTimeTogether) {
 
 TEST_F(ViewWithEditor, ForgetsZoomsWhenTheGraphsAreMadeAnewOrRestarted) {
     Show({TimeGraph(1)});
-    m_view->ZoomGraph(0, 1.0, 3.0);
+    m_view->Zooms().ZoomGraph(0, 1.0, 3.0);
     Button(EditorControl::kZeroLines).click();
     QApplication::sendPostedEvents();
     EXPECT_FALSE(Drawer(0).Zoom().active);
     EXPECT_TRUE(IsEnabled(EditorControl::kTimeRange));
-    m_view->ZoomGraph(0, 1.0, 3.0);
-    m_view->Execute(CommandId::kStop);
-    m_view->Execute(CommandId::kStart);
+    m_view->Zooms().ZoomGraph(0, 1.0, 3.0);
+    m_view->Commands().Execute(CommandId::kStop);
+    m_view->Commands().Execute(CommandId::kStart);
     EXPECT_TRUE(IsEnabled(EditorControl::kTimeRange));
     EXPECT_FALSE(Drawer(0).Zoom().active);
 }
@@ -181,14 +196,14 @@ void AcceptProperties(CWavoView& view) {
     QMetaObject::invokeMethod(
         qApp, [] { dynamic_cast<QDialog&>(*QApplication::activeModalWidget()).accept(); },
         Qt::QueuedConnection);
-    view.EditProperties();
+    view.Commands().EditProperties();
 }
 
 TEST_F(ViewWithEditor, ShowsTheTimeOfTheRecordOnceZoomsAreLeft) {
     const WayOut ways[] = {{"Start",
                             [](CWavoView& view) {
-                                view.Execute(CommandId::kStop);
-                                view.Execute(CommandId::kStart);
+                                view.Commands().Execute(CommandId::kStop);
+                                view.Commands().Execute(CommandId::kStart);
                             }},
                            {"Properties", AcceptProperties},
                            {"an edit",
@@ -198,18 +213,18 @@ TEST_F(ViewWithEditor, ShowsTheTimeOfTheRecordOnceZoomsAreLeft) {
                                     ->click();
                                 QApplication::sendPostedEvents();
                             }},
-                           {"zoom out", [](CWavoView& view) { view.ZoomOut(1); }},
+                           {"zoom out", [](CWavoView& view) { view.Zooms().ZoomOut(1); }},
                            {"New graphs", [](CWavoView& view) {
                                 view.Editor().SetNotInitialised();
                                 view.Editor().ResetSelection();
-                                view.Editor().Init(view.Board().Graphs(), {"X", "Y"});
+                                view.Editor().Init(view.Work().Graphs(), {"X", "Y"});
                                 QApplication::sendPostedEvents();
                             }}};
     for (const WayOut& way : ways) {
         SCOPED_TRACE(way.name);
         Button(EditorControl::kAllGraphs).setChecked(false);
         Show({TimeGraph(1), TimeGraph(2)});
-        m_view->ZoomGraph(0, 1.0, 3.5);
+        m_view->Zooms().ZoomGraph(0, 1.0, 3.5);
         EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "2.500");
         way.leave(*m_view);
         EXPECT_FALSE(Drawer(0).Zoom().active);
@@ -218,7 +233,7 @@ TEST_F(ViewWithEditor, ShowsTheTimeOfTheRecordOnceZoomsAreLeft) {
         Button(EditorControl::kXTime).click();
         Button(EditorControl::kAllGraphs).click();
         QApplication::sendPostedEvents();
-        for (const WavoGraph& graph : m_view->Board().Graphs()) {
+        for (const WavoGraph& graph : m_view->Work().Graphs().Graphs()) {
             EXPECT_EQ(graph.XScale.TimeRange, 10.0);
         }
     }
@@ -226,7 +241,7 @@ TEST_F(ViewWithEditor, ShowsTheTimeOfTheRecordOnceZoomsAreLeft) {
 
 TEST_F(ViewWithEditor, ShowsTheSpanOfAZoomAgainWhenItsGraphIsSelectedAgain) {
     Show({TimeGraph(1), TimeGraph(2)});
-    m_view->ZoomGraph(0, 1.0, 3.5);
+    m_view->Zooms().ZoomGraph(0, 1.0, 3.5);
     QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, Drawer(1).PlotArea().center());
     EXPECT_EQ(m_view->Editor().SelectedNumber(), 2U);
     EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "10.000");
@@ -238,10 +253,10 @@ TEST_F(ViewWithEditor, ShowsTheSpanOfAZoomAgainWhenItsGraphIsSelectedAgain) {
 TEST_F(ViewWithEditor, KeepsTheTimeOfTheRecordWhenTimeIsClickedDuringAZoom) {
     Show({TimeGraph(1), TimeGraph(2)});
     Button(EditorControl::kAllGraphs).setChecked(true);
-    m_view->ZoomGraph(0, 1.0, 3.5);
+    m_view->Zooms().ZoomGraph(0, 1.0, 3.5);
     Button(EditorControl::kXTime).click();
     QApplication::sendPostedEvents();
-    for (const WavoGraph& graph : m_view->Board().Graphs()) {
+    for (const WavoGraph& graph : m_view->Work().Graphs().Graphs()) {
         EXPECT_EQ(graph.XScale.TimeRange, 10.0);
     }
     EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "10.000");
@@ -250,9 +265,9 @@ TEST_F(ViewWithEditor, KeepsTheTimeOfTheRecordWhenTimeIsClickedDuringAZoom) {
 TEST_F(ViewWithEditor, AllowsSavingOnlyWhileItIsStopped) {
     Show({TimeGraph(1)});
     EXPECT_FALSE(IsEnabled(EditorControl::kSaveValues));
-    m_view->Execute(CommandId::kStop);
+    m_view->Commands().Execute(CommandId::kStop);
     EXPECT_TRUE(IsEnabled(EditorControl::kSaveValues));
-    m_view->Execute(CommandId::kStart);
+    m_view->Commands().Execute(CommandId::kStart);
     EXPECT_FALSE(IsEnabled(EditorControl::kSaveValues));
 }
 

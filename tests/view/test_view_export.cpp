@@ -12,12 +12,12 @@
 #include <vector>
 
 #include "expect_errors.h"
+#include "settings/view_settings_file.h"
 #include "system_facts.h"
 #include "temporary_folder.h"
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/path_save_data.h"
-#include "view/view_settings_file.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -34,10 +34,11 @@ class ViewExport : public ::testing::Test {
     void ShowGraphWithValues() {
         WavoGraph graph;
         graph.InitGraph(1, "X", 0, nullptr);
-        m_view.Board().Graphs() = {graph};
-        m_view.Board().CreateAllGraphRects({0, 0, 300, 200}, 0.004, {"X"}, m_view.Settings());
+        m_view.Work().Graphs().Replace({graph}, GraphList::Telling::kSilent);
+        m_view.Board().CreateAllGraphRects({0, 0, 300, 200}, 0.004, {"X"},
+                                           m_view.Work().Settings().Current());
         const double values[] = {1.25, -2.0};
-        m_view.Board().Distribute(values, 2, 1);
+        m_view.Work().Streams().Distribute({values, 2, 1});
     }
     std::int64_t Send(const WavoGraph* graph) {
         return SendAppMessage(&m_view, AppMessage::kSaveValues, 0,
@@ -66,9 +67,9 @@ TEST_F(ViewExport, TheMessageOfTheEditorSavesTheValuesOfItsGraph) {
             ->setText(QString::fromStdString(path));
         dialog.accept();
     });
-    EXPECT_EQ(Send(&m_view.Board().Graphs().front()), 1);
+    EXPECT_EQ(Send(&m_view.Work().Graphs().Graphs().front()), 1);
     EXPECT_EQ(m_folder.Read("chosen.txt"), "X\r\n1.250000\r\n-2.000000\r\n");
-    EXPECT_EQ(m_view.Settings().export_settings.data_file, path);
+    EXPECT_EQ(m_view.Work().Settings().Current().export_settings.data_file, path);
     ViewSettings stored;
     ReadProperties(m_folder.File("Velk/wavo.ini"), stored);
     EXPECT_EQ(stored.export_settings.data_file, path);
@@ -77,7 +78,7 @@ TEST_F(ViewExport, TheMessageOfTheEditorSavesTheValuesOfItsGraph) {
 TEST_F(ViewExport, AnExportThatFailsIsToldInTheStatusBar) {
     ShowGraphWithValues();
     std::vector<std::string> told;
-    QObject::connect(&m_view, &CWavoView::PaneTextChanged,
+    QObject::connect(&m_view.News(), &ViewNews::PaneTextChanged,
                      [&](StatusPane pane, const QString& text) {
                          EXPECT_EQ(pane, StatusPane::kMessage);
                          told.push_back(text.toStdString());
@@ -89,7 +90,7 @@ TEST_F(ViewExport, AnExportThatFailsIsToldInTheStatusBar) {
         dialog.accept();
     });
     const ExpectErrorLog expected({"CView::OnCreate(): m_DataExport.CreateDataFile()"});
-    EXPECT_EQ(Send(&m_view.Board().Graphs().front()), 1);
+    EXPECT_EQ(Send(&m_view.Work().Graphs().Graphs().front()), 1);
     EXPECT_THAT(told, ElementsAre("Cannot write " + path + ", see the error log"));
 }
 
@@ -110,7 +111,7 @@ TEST_F(ViewExport, ClosingTheWindowLeavesTheDialog) {
         m_view.OnClose();
         EXPECT_FALSE(dialog.isVisible());
     });
-    EXPECT_EQ(Send(&m_view.Board().Graphs().front()), 1);
+    EXPECT_EQ(Send(&m_view.Work().Graphs().Graphs().front()), 1);
     EXPECT_EQ(m_asked, 1);
 }
 

@@ -37,7 +37,7 @@ class ViewFaults : public ::testing::Test {
         testing::ResetFakeSharedMemory();
         testing::SetVariable(testing::kDataHome, m_folder.path());
         SetBoxHandler([](const Box&) { return BoxAnswer::kOk; });
-        QObject::connect(&m_view, &CWavoView::PaneTextChanged,
+        QObject::connect(&m_view.News(), &ViewNews::PaneTextChanged,
                          [this](StatusPane pane, const QString& text) {
                              if (pane == StatusPane::kMessage) {
                                  m_told.push_back(text.toStdString());
@@ -54,7 +54,7 @@ class ViewFaults : public ::testing::Test {
         QMetaObject::invokeMethod(
             qApp, [] { dynamic_cast<QDialog&>(*QApplication::activeModalWidget()).accept(); },
             Qt::QueuedConnection);
-        m_view.EditProperties();
+        m_view.Commands().EditProperties();
     }
     /// There is no data folder, and none can be made.
     std::string LoseDataFolder() {
@@ -86,7 +86,7 @@ TEST_F(ViewFaults, AFirstStartThatCannotLeaveItsSettingsIsTold) {
         expected.Saw("CWavoView::WriteProperties: failed to svae '" + SettingsFile() + "'"));
     ASSERT_FALSE(m_told.empty());
     EXPECT_EQ(m_told.back(), "Cannot write " + SettingsFile() + ", see the error log");
-    EXPECT_EQ(m_view.Settings(), DefaultViewSettings());
+    EXPECT_EQ(m_view.Work().Settings().Current(), DefaultViewSettings());
     m_told.clear();
     SaveSettings();
     EXPECT_THAT(m_told, ElementsAre()) << "now it can";

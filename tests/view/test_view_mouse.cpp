@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "ui/dialogs/view_settings.h"
+#include "settings/view_settings.h"
 #include "view/view_keys.h"
 #include "view/view_mouse.h"
 
@@ -17,7 +17,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 /// Graph 1 and 2 over time (10 s), graph 3 one axis over another; 100 pixels high each.
-class Pointing : public ::testing::Test, public GraphDrawHost, public ZoomHost {
+class Pointing : public ::testing::Test, public ZoomTarget {
  protected:
     Pointing() {
         for (const std::uint32_t number : {1U, 2U, 3U}) {
@@ -30,20 +30,19 @@ class Pointing : public ::testing::Test, public GraphDrawHost, public ZoomHost {
                 graph.XScale.ScaleAx = ScaleAxCode::kManual;
                 graph.XScale.Maximum = 1.0;
             }
-            m_board.Graphs().push_back(graph);
+            m_graphs.Add(graph);
         }
         m_board.CreateAllGraphRects({0, 0, 400, 300}, 0.004, {"X", "Y"}, ViewSettings());
         QImage picture(400, 300, QImage::Format_RGB32);
         m_board.DrawAll(picture, false);
     }
 
-    void RecordingEnded() override {}
-    void SelectInEditor(std::uint32_t number) override {
+    void Select(std::uint32_t number) override {
         m_happened.push_back("select " + std::to_string(number));
         m_selected = number;
     }
-    [[nodiscard]] std::uint32_t SelectedInEditor() const override { return m_selected; }
-    [[nodiscard]] bool IsZoomEnabled() const override { return m_enabled; }
+    [[nodiscard]] std::uint32_t Selected() const override { return m_selected; }
+    [[nodiscard]] bool IsEnabled() const override { return m_enabled; }
     [[nodiscard]] bool IsBusy() const override { return m_busy; }
     [[nodiscard]] double TimeStep() const override { return m_time_step; }
     void ZoomTo(std::uint32_t number, const ZoomSpan& span) override {
@@ -66,7 +65,9 @@ class Pointing : public ::testing::Test, public GraphDrawHost, public ZoomHost {
     }
     std::vector<std::string> Take() { return std::exchange(m_happened, {}); }
 
-    GraphBoard m_board{*this, [](const std::string&) {}};
+    GraphList m_graphs;
+    ValueStreams m_streams;
+    GraphBoard m_board{m_graphs, m_streams, [] {}};
     ViewMouse m_mouse{m_board, *this};
     ViewKeys m_keys{m_board, *this};
     std::uint32_t m_selected = 0;
@@ -259,7 +260,8 @@ TEST_F(Pointing, KeysZoomNeitherWhereItIsNotAllowedNorOverAnAxis) {
 }
 
 TEST_F(Pointing, WithoutGraphsKeysAreLeftToOthers) {
-    m_board.Clear();
+    m_graphs.Replace({});
+    m_board.CreateAllGraphRects({0, 0, 400, 300}, 0.004, {}, ViewSettings());
     EXPECT_FALSE(m_keys.KeyPress(Qt::Key_Plus, Qt::NoModifier));
     m_keys.Cancel();
     m_mouse.Cancel();

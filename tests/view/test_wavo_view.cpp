@@ -17,20 +17,22 @@
 #include <algorithm>
 #include <cmath>
 
+#include "edit_graph.h"
 #include "fake_shared_memory.h"
 #include "graph/model/graph_ini_data.h"
 #include "master_window.h"
 #include "printed_page.h"
+#include "settings/view_settings_file.h"
 #include "system_facts.h"
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/message_boxes.h"
-#include "view/view_settings_file.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
 namespace {
 
+using testing::EditGraph;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -71,7 +73,7 @@ class View : public ::testing::Test {
     /// Gives the graphs so many values and draws them.
     void Feed(int count, double height = 1.0) {
         for (int i = 0; i < count; ++i) {
-            for (GraphValue& value : m_view.Board().Registry().Values()) {
+            for (GraphValue& value : m_view.Work().Streams().Registry().Values()) {
                 value.SetValue(height * std::sin(i * 0.05));
             }
         }
@@ -81,7 +83,8 @@ class View : public ::testing::Test {
     /// What stands on the screen, without the graph editor.
     [[nodiscard]] QImage Shown() {
         QImage shown = m_view.grab().toImage();
-        QPainter(&shown).fillRect(0, 0, shown.width(), m_view.GraphArea().top(), Qt::black);
+        QPainter(&shown).fillRect(0, 0, shown.width(), m_view.Screen().GraphArea().top(),
+                                  Qt::black);
         return shown;
     }
     void Check(int control, bool checked) {
@@ -125,13 +128,13 @@ constexpr int kAllGraphs = 1030;
 TEST_F(View, ADragWithTheRightButtonZoomsAtOnceAndIsSteppedBack) {
     Check(kZoomEnable, true);
     Feed(1000);
-    const QImage before = m_view.Picture().copy();
+    const QImage before = m_view.Screen().Picture().copy();
     Drag(0, 0.25, 0.75);
     EXPECT_TRUE(Drawer(0).Zoom().active);
     EXPECT_NEAR(Drawer(0).Zoom().start, 1.0, 0.02);
     EXPECT_NEAR(Drawer(0).Zoom().end, 3.0, 0.02);
     EXPECT_FALSE(Drawer(1).Zoom().active);
-    EXPECT_NE(m_view.Picture(), before);
+    EXPECT_NE(m_view.Screen().Picture(), before);
     EXPECT_FALSE(FindControl(m_view.Editor(), kAllGraphs)->isEnabled());
     QTest::keyClick(&m_view, Qt::Key_Minus);
     EXPECT_FALSE(Drawer(0).Zoom().active);
@@ -140,7 +143,8 @@ TEST_F(View, ADragWithTheRightButtonZoomsAtOnceAndIsSteppedBack) {
 
 TEST_F(View, ADragInAWrappedSweepZoomsToTheSamplesUnderIt) {
     Check(kZoomEnable, true);
-    m_view.Board().Graphs()[0].Mode = GraphMode::kClassic;
+    EditGraph(m_view.Work().Graphs(), 0,
+              [](WavoGraph& graph) { graph.Mode = GraphMode::kClassic; });
     SendAppMessage(&m_view, AppMessage::kGraphChanged, 0, 0);
     Feed(200);  // sin(0.05 i) of line i
     for (int i = 0; i < 40; ++i) {
@@ -183,21 +187,21 @@ TEST_F(View, GraphsEndAboveTheAdditionalText) {
                 dialog->accept();
             },
             Qt::QueuedConnection);
-        m_view.Execute(CommandId::kAdditionalText);
+        m_view.Commands().Execute(CommandId::kAdditionalText);
     };
     Feed(300);
-    const QRect whole = m_view.GraphArea();
+    const QRect whole = m_view.Screen().GraphArea();
     const auto end = [this] { return Drawer(1).Rectangle().bottom(); };
     EXPECT_GE(end(), whole.bottom() - 1);
-    const QImage before = m_view.Picture().copy();
+    const QImage before = m_view.Screen().Picture().copy();
     edit_text(QStringLiteral("machine 7"));
-    const int line = QFontMetrics(MakeFont(m_view.Settings().font)).height();
+    const int line = QFontMetrics(MakeFont(m_view.Work().Settings().Current().font)).height();
     EXPECT_LE(end(), whole.bottom() - line);
     EXPECT_GE(end(), whole.bottom() - line - 3);
-    EXPECT_EQ(m_view.GraphArea(), whole) << "the text is printed with the graphs";
+    EXPECT_EQ(m_view.Screen().GraphArea(), whole) << "the text is printed with the graphs";
     // Nothing but the text stands in its band.
-    const QImage& picture = m_view.Picture();
-    const QColor background = ToQColor(m_view.Settings().background);
+    const QImage& picture = m_view.Screen().Picture();
+    const QColor background = ToQColor(m_view.Work().Settings().Current().background);
     const int band = picture.height() - line;
     int text_pixels = 0;
     for (int y = band; y < picture.height(); ++y) {
@@ -209,7 +213,7 @@ TEST_F(View, GraphsEndAboveTheAdditionalText) {
     }
     EXPECT_GT(text_pixels, 20);
     edit_text(QString());
-    EXPECT_EQ(m_view.Picture(), before);
+    EXPECT_EQ(m_view.Screen().Picture(), before);
 }
 
 TEST_F(View, WithoutTheBoxTheMouseDoesNotZoom) {
@@ -234,12 +238,12 @@ TEST_F(View, WithAllGraphsAZoomAndItsWayBackAreForAll) {
 TEST_F(View, TheBandStandsOverThePictureNotInIt) {
     Check(kZoomEnable, true);
     Feed(1000);
-    const QImage picture = m_view.Picture().copy();
+    const QImage picture = m_view.Screen().Picture().copy();
     const QImage before = Shown();
     QTest::mousePress(&m_view, Qt::RightButton, Qt::NoModifier, PlotPoint(0, 0.25));
     QTest::mouseMove(&m_view, PlotPoint(0, 0.75));
     const QImage during = Shown();
-    EXPECT_EQ(m_view.Picture(), picture);
+    EXPECT_EQ(m_view.Screen().Picture(), picture);
     const QPoint inside = PlotPoint(0, 0.6);
     EXPECT_NE(during.pixelColor(inside), before.pixelColor(inside));
     EXPECT_EQ(during.pixelColor(PlotPoint(0, 0.9)), before.pixelColor(PlotPoint(0, 0.9)));
@@ -254,8 +258,8 @@ TEST_F(View, ARestartForgetsTheZooms) {
     Feed(1000);
     QTest::keyClick(&m_view, Qt::Key_Plus);
     ASSERT_TRUE(Drawer(0).Zoom().active);
-    m_view.Execute(CommandId::kStop);
-    m_view.Execute(CommandId::kStart);
+    m_view.Commands().Execute(CommandId::kStop);
+    m_view.Commands().Execute(CommandId::kStart);
     EXPECT_FALSE(Drawer(0).Zoom().active);
     EXPECT_TRUE(FindControl(m_view.Editor(), kAllGraphs)->isEnabled());
 }
@@ -266,14 +270,14 @@ TEST_F(View, StartAfterTriggerLeavesTheZoomOfAnotherGraph) {
     QTest::keyClick(&m_view, Qt::Key_Plus);
     ASSERT_TRUE(Drawer(0).Zoom().active);
     Feed(100, 10.0);
-    ASSERT_TRUE(m_view.IsEnabled(CommandId::kStartAfterTrigger));
-    m_view.Execute(CommandId::kStartAfterTrigger);
+    ASSERT_TRUE(m_view.Commands().IsEnabled(CommandId::kStartAfterTrigger));
+    m_view.Commands().Execute(CommandId::kStartAfterTrigger);
     EXPECT_FALSE(Drawer(0).Zoom().active);
-    EXPECT_FALSE(m_view.IsEnabled(CommandId::kStartAfterTrigger));
+    EXPECT_FALSE(m_view.Commands().IsEnabled(CommandId::kStartAfterTrigger));
 }
 
 TEST_F(View, SaysWhatAGraphNeedsThatIsMadeAnewAfterItsTrigger) {
-    QSignalSpy panes(&m_view, &CWavoView::PaneTextChanged);
+    QSignalSpy panes(&m_view.News(), &ViewNews::PaneTextChanged);
     Feed(100, 10.0);
     ASSERT_EQ(Drawer(1).State(), RunState::kStoppedAfterStop);
     SendAppMessage(&m_view, AppMessage::kGraphChanged, 0, 1);
@@ -282,8 +286,8 @@ TEST_F(View, SaysWhatAGraphNeedsThatIsMadeAnewAfterItsTrigger) {
               "A graph was made anew after its trigger had stopped it: Run control > Stop, then "
               "Start to go on");
     panes.clear();
-    m_view.Execute(CommandId::kStop);
-    m_view.Execute(CommandId::kStart);
+    m_view.Commands().Execute(CommandId::kStop);
+    m_view.Commands().Execute(CommandId::kStart);
     EXPECT_EQ(panes.back()[1].toString(), "Connected to the master process (Dorvane)");
 }
 
@@ -300,11 +304,11 @@ TEST_F(View, MakesItsGraphsOnceForChangesThatCameBefore) {
 }
 
 TEST_F(View, TitlesFollowTheCommands) {
-    QSignalSpy titles(&m_view, &CWavoView::FrameTitleChanged);
-    m_view.Execute(CommandId::kStop);
-    m_view.Execute(CommandId::kStart);
-    m_view.Execute(CommandId::kNew);
-    m_view.Execute(CommandId::kStop);
+    QSignalSpy titles(&m_view.News(), &ViewNews::FrameTitleChanged);
+    m_view.Commands().Execute(CommandId::kStop);
+    m_view.Commands().Execute(CommandId::kStart);
+    m_view.Commands().Execute(CommandId::kNew);
+    m_view.Commands().Execute(CommandId::kStop);
     std::vector<std::string> seen;
     for (const QList<QVariant>& title : titles) {
         seen.push_back(title[0].toString().toStdString());
@@ -314,47 +318,47 @@ TEST_F(View, TitlesFollowTheCommands) {
 }
 
 TEST_F(View, OffersWhatMakesSense) {
-    EXPECT_FALSE(m_view.IsEnabled(CommandId::kStart));
-    EXPECT_TRUE(m_view.IsEnabled(CommandId::kStop));
-    EXPECT_FALSE(m_view.IsEnabled(CommandId::kStartAfterTrigger));
-    EXPECT_FALSE(m_view.IsEnabled(CommandId::kConnect));
-    EXPECT_TRUE(m_view.IsEnabled(CommandId::kNew));
-    EXPECT_TRUE(m_view.IsEnabled(CommandId::kOpen));
-    EXPECT_TRUE(m_view.IsEnabled(CommandId::kSave));
-    EXPECT_TRUE(m_view.IsEnabled(CommandId::kSaveAs));
-    EXPECT_FALSE(m_view.IsEnabled(CommandId::kShowGraphEditor));  // it is shown
-    EXPECT_TRUE(m_view.IsEnabled(CommandId::kPrint));
-    EXPECT_TRUE(m_view.IsEnabled(CommandId::kPrintPreview));
-    EXPECT_TRUE(m_view.IsEnabled(CommandId::kPageSetup));
-    EXPECT_TRUE(m_view.IsEnabled(CommandId::kProperties));
-    EXPECT_TRUE(m_view.IsEnabled(CommandId::kAdditionalText));
-    EXPECT_FALSE(m_view.IsEnabled(CommandId::kRecentFile));
-    EXPECT_FALSE(m_view.IsEnabled(CommandId::kExit));  // not the view's
+    EXPECT_FALSE(m_view.Commands().IsEnabled(CommandId::kStart));
+    EXPECT_TRUE(m_view.Commands().IsEnabled(CommandId::kStop));
+    EXPECT_FALSE(m_view.Commands().IsEnabled(CommandId::kStartAfterTrigger));
+    EXPECT_FALSE(m_view.Commands().IsEnabled(CommandId::kConnect));
+    EXPECT_TRUE(m_view.Commands().IsEnabled(CommandId::kNew));
+    EXPECT_TRUE(m_view.Commands().IsEnabled(CommandId::kOpen));
+    EXPECT_TRUE(m_view.Commands().IsEnabled(CommandId::kSave));
+    EXPECT_TRUE(m_view.Commands().IsEnabled(CommandId::kSaveAs));
+    EXPECT_FALSE(m_view.Commands().IsEnabled(CommandId::kShowGraphEditor));  // it is shown
+    EXPECT_TRUE(m_view.Commands().IsEnabled(CommandId::kPrint));
+    EXPECT_TRUE(m_view.Commands().IsEnabled(CommandId::kPrintPreview));
+    EXPECT_TRUE(m_view.Commands().IsEnabled(CommandId::kPageSetup));
+    EXPECT_TRUE(m_view.Commands().IsEnabled(CommandId::kProperties));
+    EXPECT_TRUE(m_view.Commands().IsEnabled(CommandId::kAdditionalText));
+    EXPECT_FALSE(m_view.Commands().IsEnabled(CommandId::kRecentFile));
+    EXPECT_FALSE(m_view.Commands().IsEnabled(CommandId::kExit));  // not the view's
     SendAppMessage(&m_view.Editor(), AppMessage::kCloseEditor, 0, 0);
-    EXPECT_TRUE(m_view.IsEnabled(CommandId::kShowGraphEditor));
-    m_view.Execute(CommandId::kShowGraphEditor);
-    EXPECT_FALSE(m_view.IsEnabled(CommandId::kShowGraphEditor));
+    EXPECT_TRUE(m_view.Commands().IsEnabled(CommandId::kShowGraphEditor));
+    m_view.Commands().Execute(CommandId::kShowGraphEditor);
+    EXPECT_FALSE(m_view.Commands().IsEnabled(CommandId::kShowGraphEditor));
 }
 
 TEST_F(View, ACommandThatIsNotOfferedDoesNothing) {
-    QSignalSpy titles(&m_view, &CWavoView::FrameTitleChanged);
-    m_view.Execute(CommandId::kConnect);
-    m_view.Execute(CommandId::kStart);
-    m_view.Execute(CommandId::kRecentFile);
-    m_view.Execute(CommandId::kExit);
+    QSignalSpy titles(&m_view.News(), &ViewNews::FrameTitleChanged);
+    m_view.Commands().Execute(CommandId::kConnect);
+    m_view.Commands().Execute(CommandId::kStart);
+    m_view.Commands().Execute(CommandId::kRecentFile);
+    m_view.Commands().Execute(CommandId::kExit);
     EXPECT_THAT(m_boxes, IsEmpty());
     EXPECT_EQ(titles.size(), 0);
 }
 
 TEST_F(View, RecentFilesComeFromTheirList) {
-    m_view.SetRecentFiles([this](int index) {
+    m_view.Commands().SetRecentFiles([this](int index) {
         return index == 1 ? m_folder.filePath(QStringLiteral("gone.ini")).toStdString()
                           : std::string();
     });
     const auto second = static_cast<CommandId>(static_cast<int>(CommandId::kRecentFile) + 1);
-    EXPECT_FALSE(m_view.IsEnabled(CommandId::kRecentFile));
-    ASSERT_TRUE(m_view.IsEnabled(second));
-    m_view.Execute(second);
+    EXPECT_FALSE(m_view.Commands().IsEnabled(CommandId::kRecentFile));
+    ASSERT_TRUE(m_view.Commands().IsEnabled(second));
+    m_view.Commands().Execute(second);
     EXPECT_THAT(m_boxes,
                 ElementsAre("file " + m_folder.filePath(QStringLiteral("gone.ini")).toStdString() +
                             " not exist !"));
@@ -362,9 +366,9 @@ TEST_F(View, RecentFilesComeFromTheirList) {
 
 TEST_F(View, NewShowsNoGraphs) {
     Feed(100);
-    m_view.Execute(CommandId::kNew);
+    m_view.Commands().Execute(CommandId::kNew);
     EXPECT_THAT(m_view.Board().Drawers(), IsEmpty());
-    const QImage& picture = m_view.Picture();
+    const QImage& picture = m_view.Screen().Picture();
     for (int y = 0; y < picture.height(); y += 7) {
         for (int x = 0; x < picture.width(); x += 7) {
             ASSERT_EQ(picture.pixelColor(x, y), QColor(Qt::black));
@@ -386,12 +390,12 @@ TEST_F(View, PrintsWhatItShows) {
                                  },
                                  {},
                                  {}});
-    m_view.Execute(CommandId::kPrint);
+    m_view.Commands().Execute(CommandId::kPrint);
     ASSERT_TRUE(QFile::exists(file));
     if (!testing::CanReadPages()) {
         GTEST_SKIP() << testing::kNoPageReader;
     }
-    const QImage& picture = m_view.Picture();
+    const QImage& picture = m_view.Screen().Picture();
     const QImage page = testing::PageOf(file, 500);
     const QRect printed = DarkPart(page);
     const double scale = static_cast<double>(printed.width()) / picture.width();
@@ -410,11 +414,11 @@ TEST_F(View, PrintsWhatItShows) {
 
 TEST_F(View, AfterStartAfterTriggerTheEditorShowsTheTimeOfTheRecord) {
     Feed(1000);
-    m_view.ZoomGraph(0, 1.0, 3.5);
+    m_view.Zooms().ZoomGraph(0, 1.0, 3.5);
     ASSERT_EQ(m_view.Editor().Text(EditorControl::kTimeRange), "2.500");
     Feed(1000, 10.0);
-    ASSERT_TRUE(m_view.IsEnabled(CommandId::kStartAfterTrigger));
-    m_view.Execute(CommandId::kStartAfterTrigger);
+    ASSERT_TRUE(m_view.Commands().IsEnabled(CommandId::kStartAfterTrigger));
+    m_view.Commands().Execute(CommandId::kStartAfterTrigger);
     EXPECT_FALSE(Drawer(0).Zoom().active);
     EXPECT_EQ(m_view.Editor().Text(EditorControl::kTimeRange), "4.000");
 }
@@ -437,14 +441,14 @@ TEST_F(View, AtItsStartTakesTheSettingsOfItsGraphFileAndSaveKeepsThem) {
     CWavoView view;
     view.resize(800, 600);
     view.show();
-    EXPECT_TRUE(view.Files().CurrentPath().empty());
+    EXPECT_TRUE(view.Work().Files().CurrentPath().empty());
     view.OnInitialUpdate(path);
     QCoreApplication::processEvents();
-    EXPECT_EQ(view.Settings(), settings);
-    EXPECT_FALSE(view.IsGraphEditorShown());
-    EXPECT_EQ(view.Picture().pixelColor(0, 0), QColor(0x10, 0x20, 0x30));
-    EXPECT_EQ(view.Board().Graphs().size(), 2U);
-    view.Execute(CommandId::kSave);
+    EXPECT_EQ(view.Work().Settings().Current(), settings);
+    EXPECT_FALSE(view.Screen().IsEditorShown());
+    EXPECT_EQ(view.Screen().Picture().pixelColor(0, 0), QColor(0x10, 0x20, 0x30));
+    EXPECT_EQ(view.Work().Graphs().Graphs().size(), 2U);
+    view.Commands().Execute(CommandId::kSave);
     EXPECT_EQ(text(), before);
     EXPECT_THAT(m_boxes, IsEmpty());
 }

@@ -9,8 +9,8 @@
 
 #include "expect_errors.h"
 #include "faulty_files.h"
+#include "settings/view_settings_file.h"
 #include "system_facts.h"
-#include "view/view_settings_file.h"
 #include "view_settings_fixture.h"
 
 namespace wavo {

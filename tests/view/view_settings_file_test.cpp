@@ -1,6 +1,6 @@
 // The view's settings file: what is written, what is read, and what every slip falls back to.
 
-#include "view/view_settings_file.h"
+#include "settings/view_settings_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

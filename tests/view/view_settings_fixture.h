@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "platform/folders.h"
+#include "settings/view_settings_file.h"
 #include "system_facts.h"
 #include "temporary_folder.h"
-#include "view/view_settings_file.h"
 
 namespace wavo::testing {
 

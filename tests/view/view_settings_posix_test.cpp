@@ -10,8 +10,8 @@
 #include <string>
 
 #include "expect_errors.h"
+#include "settings/view_settings_file.h"
 #include "unprivileged.h"
-#include "view/view_settings_file.h"
 #include "view_settings_fixture.h"
 
 namespace wavo {

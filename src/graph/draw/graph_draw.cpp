@@ -48,13 +48,6 @@ int DeviceCoordinate(int logical, double ratio) {
 
 }  // namespace
 
-double GraphTimeRange(const WavoGraph& graph) {
-    const double range =
-        graph.XCoorType == CoorType::kAxis ? graph.FadeOutTime : graph.XScale.TimeRange;
-    // A file can leave the range out, and a buffer without one would grow for ever.
-    return range > 0.0 ? range : kShortestStreamRange;
-}
-
 void GraphDraw::DrawBuffer::Discard() {
     if (values.capacity() > kValuesKept) {
         std::vector<double>().swap(values);  // a refill takes as many as the curve holds

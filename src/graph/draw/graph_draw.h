@@ -37,6 +37,7 @@
 #include "graph/draw/run_state.h"
 #include "graph/draw/texts.h"
 #include "graph/model/wavo_graph.h"
+#include "graph/values/graph_streams.h"
 #include "graph/values/graph_value.h"
 #include "graph/values/stream_rows.h"
 
@@ -49,19 +50,6 @@ class GraphDrawHost {
     /// A recording that a start trigger began is complete. Called once, from within DrawGraph.
     virtual void RecordingEnded() = 0;
 };
-
-/// The buffers of a graph: one per y axis, in order, and that of the x axis of an axis-over-axis
-/// graph. Null where there is none.
-struct GraphStreams {
-    std::vector<GraphValue*> y;
-    GraphValue* x = nullptr;
-};
-
-/// Seconds that a graph without a time range is given.
-inline constexpr double kShortestStreamRange = 1.0;
-
-/// The time range, seconds, that the buffers of a graph have to cover; above 0.
-double GraphTimeRange(const WavoGraph& graph);
 
 /// The zoom of a time graph. Start and end count from the left border of the display in which the
 /// zoom was chosen; `offset` is where that left border stood.

@@ -82,8 +82,11 @@ void WavoGraph::UpdateGuidingCircles() {
     OuterGuidingCircleDY = OuterGuidingCircleDX / x_span * y_span;
 }
 
-ColorRef ComplementColor(ColorRef colour) noexcept {
-    return ~colour & kColorMask;
+double GraphTimeRange(const WavoGraph& graph) {
+    const double range =
+        graph.XCoorType == CoorType::kAxis ? graph.FadeOutTime : graph.XScale.TimeRange;
+    // A file can leave the range out, and a buffer without one would grow for ever.
+    return range > 0.0 ? range : kShortestStreamRange;
 }
 
 std::string AxisLabel(const std::string& axis_name, std::int32_t derivation) {

@@ -8,9 +8,6 @@
 // 2. With XCoorType kAxis there is one y axis at most.
 // 3. A graph holds start triggers or stop triggers, never both.
 // 4. GraphNumber is unique within a list of graphs.
-// 5. What the layout notes in a record is no part of the definition: it is never stored, and
-// records
-//    that differ in nothing else are equal.
 //
 // The enumeration codes are stored in graph files and never change.
 #pragma once
@@ -19,6 +16,8 @@
 #include <limits>
 #include <string>
 #include <vector>
+
+#include "support/color_ref.h"
 
 namespace wavo {
 
@@ -37,13 +36,11 @@ enum class TriggerTypeCode : std::int32_t {
     kStopBelow = 5,
 };
 
-/// Colour as 0x00BBGGRR.
-using ColorRef = std::uint32_t;
-/// The bits of a colour; the top byte means nothing.
-inline constexpr ColorRef kColorMask = 0x00FFFFFF;
-
 /// A guiding circle radius that is not set.
 inline constexpr double kNoRadius = std::numeric_limits<double>::max();
+
+/// Seconds that the buffers of a graph without a time range cover.
+inline constexpr double kShortestStreamRange = 1.0;
 
 /// Shortest time range of a scale, seconds.
 inline constexpr double kMinTimeRange = 0.0001;
@@ -64,15 +61,6 @@ struct ScaleDefinition {
     double Maximum = 0.0;    ///< axis units, above Minimum for a manual range
 
     friend bool operator==(const ScaleDefinition&, const ScaleDefinition&) = default;
-};
-
-/// Size of the area that a graph's curves are drawn in, pixels; 0 before the first layout.
-struct DrawnSize {
-    std::int32_t width = 0;
-    std::int32_t height = 0;
-
-    /// A note of the screen says nothing of the graph: all are equal.
-    friend bool operator==(const DrawnSize&, const DrawnSize&) { return true; }
 };
 
 class WavoGraph {
@@ -113,11 +101,10 @@ class WavoGraph {
     double InnerGuidingCircleDY = kNoRadius;  ///< units of the first y axis; derived
     double OuterGuidingCircleDX = kNoRadius;
     double OuterGuidingCircleDY = kNoRadius;
-    DrawnSize Drawn;  ///< transient, written by the layout
 };
 
-/// The complement of a colour in each of its three colour bytes; the top byte is 0.
-ColorRef ComplementColor(ColorRef colour) noexcept;
+/// The time range, seconds, that the buffers of a graph have to cover; above 0.
+double GraphTimeRange(const WavoGraph& graph);
 
 /// Text for a curve: the axis name with one "'" per derivation order (X, X', X'').
 std::string AxisLabel(const std::string& axis_name, std::int32_t derivation);

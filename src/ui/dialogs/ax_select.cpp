@@ -126,18 +126,19 @@ void CAxSelect::ConnectTexts() {
     on_number(kOuterCircle, &CAxSelect::OnCircle);
 }
 
-bool CAxSelect::Init(std::vector<WavoGraph>& graphs, const std::vector<std::string>& axis_names) {
+bool CAxSelect::Init(GraphList& graphs, const std::vector<std::string>& axis_names) {
     m_graphs = &graphs;
     m_axis_names = axis_names;
     FillCombos();
-    m_initialised = !graphs.empty();
-    m_notify = !graphs.empty();
-    if (graphs.empty()) {
+    m_initialised = !graphs.IsEmpty();
+    m_notify = !graphs.IsEmpty();
+    if (graphs.IsEmpty()) {
         ShowNoGraph();
         PostAppMessage(m_view, AppMessage::kGraphChanged, 0, kNoGraph);
     } else {
-        Show(graphs.front(), 0);
-        Announce(graphs.front().GraphNumber);
+        const WavoGraph& first = graphs.Graphs().front();
+        Show(first, 0);
+        Announce(first.GraphNumber);
     }
     return true;
 }
@@ -146,7 +147,7 @@ void CAxSelect::FillCombos() {
     for (const EditorControl id : {kGraphNumber, kXAxis, kYAxis}) {
         Combo(id)->clear();
     }
-    for (const WavoGraph& graph : *m_graphs) {
+    for (const WavoGraph& graph : m_graphs->Graphs()) {
         Combo(kGraphNumber)->addItem(QString::number(graph.GraphNumber));
     }
     for (const std::string& name : m_axis_names) {
@@ -215,7 +216,7 @@ std::int64_t CAxSelect::OnMessage(AppMessage number, std::int64_t l_param) {
             Close();
             return 1;
         case AppMessage::kSelectGraph:
-            if (m_graphs != nullptr && m_graphs->size() >= 2) {
+            if (m_graphs != nullptr && m_graphs->Graphs().size() >= 2) {
                 SelectByMessage(static_cast<std::uint32_t>(l_param));
             }
             return 1;
@@ -262,21 +263,8 @@ std::uint32_t CAxSelect::SelectedNumber() const {
     return ReadUnsigned(Text(kGraphNumber));
 }
 
-WavoGraph* CAxSelect::Find(std::uint32_t graph_number) const {
-    if (m_graphs == nullptr || graph_number == 0) {
-        return nullptr;
-    }
-    const auto found = std::find_if(
-        m_graphs->begin(), m_graphs->end(),
-        [graph_number](const WavoGraph& graph) { return graph.GraphNumber == graph_number; });
-    return found == m_graphs->end() ? nullptr : &*found;
-}
-
-void CAxSelect::WriteBack(WavoGraph copy) {
-    copy.UpdateGuidingCircles();
-    if (WavoGraph* const graph = Find(copy.GraphNumber)) {
-        *graph = std::move(copy);
-    }
+const WavoGraph* CAxSelect::Find(std::uint32_t graph_number) const {
+    return m_graphs == nullptr || graph_number == 0 ? nullptr : m_graphs->Find(graph_number);
 }
 
 void CAxSelect::Announce(std::int64_t graph_number) {
@@ -296,7 +284,7 @@ bool CAxSelect::Change(const std::function<bool(WavoGraph&)>& change, bool annou
         return false;
     }
     const std::uint32_t number = copy.GraphNumber;
-    WriteBack(std::move(copy));
+    m_graphs->Put(std::move(copy), GraphList::Telling::kSilent);
     if (announce) {
         Announce(number);
     }
@@ -319,7 +307,7 @@ void CAxSelect::CreateGraph(std::uint32_t number) {
     WavoGraph graph;
     graph.InitGraph(number, nullptr, m_background, m_limits);
     graph.UpdateGuidingCircles();
-    m_graphs->push_back(graph);
+    m_graphs->Add(graph, GraphList::Telling::kSilent);
     m_initialised = true;
     m_notify = true;
     Combo(kGraphNumber)->addItem(QString::number(number));
@@ -334,8 +322,8 @@ void CAxSelect::DeleteGraph() {
     }
     QComboBox& combo = *Combo(kGraphNumber);
     combo.removeItem(combo.findText(QString::number(graph->GraphNumber)));
-    m_graphs->erase(m_graphs->begin() + (graph - m_graphs->data()));
-    if (m_graphs->empty()) {
+    m_graphs->Remove(graph->GraphNumber, GraphList::Telling::kSilent);
+    if (m_graphs->IsEmpty()) {
         combo.setEditText({});
         ShowNoGraph();
         Announce(kNoGraph);

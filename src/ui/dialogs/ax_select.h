@@ -19,18 +19,19 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "graph/model/wavo_graph.h"
+#include "graph/model/graph_list.h"
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/editor_strip.h"
-#include "ui/dialogs/graph_editor.h"
+#include "ui/dialogs/graph_edits.h"
 
 namespace wavo {
 
 class AxisLimitsSource;
 
-class CAxSelect : public EditorStrip, public GraphEditor {
+class CAxSelect : public EditorStrip {
     Q_OBJECT
 
  public:
@@ -38,16 +39,26 @@ class CAxSelect : public EditorStrip, public GraphEditor {
     explicit CAxSelect(QObject* view, QWidget* parent = nullptr);
     ~CAxSelect() override;
 
-    // GraphEditor
-    bool Init(std::vector<WavoGraph>& graphs, const std::vector<std::string>& axis_names) override;
-    [[nodiscard]] bool IsInitialised() const override { return m_initialised; }
-    void SetNotInitialised() override { m_initialised = false; }
-    void ResetSelection() override;
-    void SetCycleTime(double cycle_time) override;
-    void SetAcquisitionRuns(bool runs) override;
+    /// Takes the document to edit (not owned, outlives the editor) and the axis names that the
+    /// master offers, and announces the graphs to the view with a posted kGraphChanged. False on
+    /// failure.
+    bool Init(GraphList& graphs, const std::vector<std::string>& axis_names);
+    /// Whether there was a graph to edit since SetNotInitialised.
+    [[nodiscard]] bool IsInitialised() const { return m_initialised; }
+    void SetNotInitialised() { m_initialised = false; }
+    /// Drops all zooms that could be stepped back from.
+    void ResetSelection();
+    /// Seconds per line of the master.
+    void SetCycleTime(double cycle_time);
+    /// Whether values flow into the graphs.
+    void SetAcquisitionRuns(bool runs);
 
     /// Where the scale of a new y axis comes from; may be null; not owned, outlives the editor.
     void SetAxisLimits(AxisLimitsSource* limits) { m_limits = limits; }
+
+    /// Tells how large the curves of a graph are drawn; nothing is known before it is set.
+    using PlotSizeSource = std::function<PlotSize(std::uint32_t graph_number)>;
+    void SetPlotSizes(PlotSizeSource plot_sizes) { m_plot_sizes = std::move(plot_sizes); }
 
     /// The background of the graphs: colours of new curves stand out from it.
     void SetBackground(ColorRef background);
@@ -102,11 +113,10 @@ class CAxSelect : public EditorStrip, public GraphEditor {
     void SaveValues();
     void ZoomOut();
 
-    // The list (ax_select.cpp).
-    [[nodiscard]] WavoGraph* Find(std::uint32_t graph_number) const;
-    [[nodiscard]] WavoGraph* Selected() const { return Find(SelectedNumber()); }
-    /// Puts a changed copy back.
-    void WriteBack(WavoGraph copy);
+    // The document (ax_select.cpp). The view learns of changes by messages alone, so that bounds
+    // that are no range yet can be stored.
+    [[nodiscard]] const WavoGraph* Find(std::uint32_t graph_number) const;
+    [[nodiscard]] const WavoGraph* Selected() const { return Find(SelectedNumber()); }
     /// Tells the view which graph changed; kNoGraph for none.
     void Announce(std::int64_t graph_number);
     /// Changes a copy of the selected graph and puts it back; with `announce`, tells the view.
@@ -138,6 +148,7 @@ class CAxSelect : public EditorStrip, public GraphEditor {
     // Coordinates and axes (ax_select_axes.cpp).
     [[nodiscard]] std::int32_t Derivation() const;
     [[nodiscard]] std::optional<std::size_t> ChosenAxis(const WavoGraph& graph) const;
+    [[nodiscard]] PlotSize PlotSizeOf(const WavoGraph& graph) const;
     [[nodiscard]] bool IsMasterAxis(const std::string& name) const;
     void OnXIsTime();
     void OnXIsAxis();
@@ -173,9 +184,10 @@ class CAxSelect : public EditorStrip, public GraphEditor {
     QObject* m_view;
     TriggerDialog m_trigger_dialog;
 
-    std::vector<WavoGraph>* m_graphs = nullptr;  // the view's
-    std::vector<std::string> m_axis_names;       // that the master offers
+    GraphList* m_graphs = nullptr;          // the document
+    std::vector<std::string> m_axis_names;  // that the master offers
     AxisLimitsSource* m_limits = nullptr;
+    PlotSizeSource m_plot_sizes;
     std::map<std::uint32_t, double> m_zooms;  // spans, seconds
     std::uint32_t m_shown_graph = 0;  // number of the graph that the controls show; 0 for none
     std::int32_t m_color_index = -1;  // y axis whose colour the colour field shows; -1 for none

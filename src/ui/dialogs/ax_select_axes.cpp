@@ -66,7 +66,7 @@ void CAxSelect::OnXIsAxis() {
                    "[%s]",
                    name.c_str());
         }
-        MakeXAxis(graph, name);
+        MakeXAxis(graph, name, PlotSizeOf(graph));
         return true;
     });
     if (changed) {
@@ -112,7 +112,7 @@ void CAxSelect::OnYAxis() {
 }
 
 void CAxSelect::OnAddYAxis() {
-    if (m_graphs != nullptr && m_graphs->empty()) {
+    if (m_graphs != nullptr && m_graphs->IsEmpty()) {
         SetText(kGraphNumber, QStringLiteral("1"));
         // The axis to add is the one chosen before the graph was there.
         SelectGraph();
@@ -218,7 +218,7 @@ void CAxSelect::OnTrigger() {
                        "invalid trigger-conditions", BoxIcon::kExclamation, BoxButtons::kOk});
         return;
     }
-    WriteBack(std::move(copy));
+    m_graphs->Put(std::move(copy), GraphList::Telling::kSilent);
     SetWindowData(number, *axis);
     Announce(number);
 }

@@ -24,6 +24,10 @@ double ReadBound(const std::string& text) {
 
 }  // namespace
 
+PlotSize CAxSelect::PlotSizeOf(const WavoGraph& graph) const {
+    return m_plot_sizes ? m_plot_sizes(graph.GraphNumber) : PlotSize();
+}
+
 void CAxSelect::ReadXScale(WavoGraph& graph) const {
     ScaleDefinition& scale = graph.XScale;
     if (IsChecked(kXTime)) {
@@ -51,10 +55,10 @@ void CAxSelect::ReadXScale(WavoGraph& graph) const {
 }
 
 void CAxSelect::ApplyTimeToAllGraphs(double time) {
-    for (WavoGraph& graph : *m_graphs) {
+    for (WavoGraph graph : std::vector(m_graphs->Graphs())) {
         graph.XScale.ScaleType = ScaleTypeCode::kTime;
         graph.XScale.TimeRange = time;
-        graph.UpdateGuidingCircles();
+        m_graphs->Put(std::move(graph), GraphList::Telling::kSilent);
     }
 }
 
@@ -132,7 +136,7 @@ void CAxSelect::OnXBound(EditorControl id) {
             // Round circles find a maximum for every minimum.
             goes_up = scale.Maximum > scale.Minimum || (id == kXMinimum && graph.AutoCircle);
             if (goes_up) {
-                KeepCirclesRound(graph, 0);
+                KeepCirclesRound(graph, 0, PlotSizeOf(graph));
             }
             return true;
         },
@@ -161,7 +165,7 @@ void CAxSelect::OnYBound(EditorControl id) {
             goes_up = scale.Maximum > scale.Minimum;
             moved_x = goes_up && graph.XCoorType == CoorType::kAxis && graph.AutoCircle;
             if (moved_x) {
-                KeepCirclesRound(graph, *axis);
+                KeepCirclesRound(graph, *axis, PlotSizeOf(graph));
             }
             return true;
         },

@@ -68,7 +68,7 @@ bool Stops(TriggerTypeCode type) {
 }
 
 /// A scale of axis values that was never told how it is scaled.
-void CompleteXScale(WavoGraph& graph) {
+void CompleteXScale(WavoGraph& graph, const PlotSize& plot) {
     ScaleDefinition& x = graph.XScale;
     if (x.ScaleAx == ScaleAxCode::kAutomatic || x.ScaleAx == ScaleAxCode::kManual) {
         return;
@@ -83,7 +83,7 @@ void CompleteXScale(WavoGraph& graph) {
         x.Minimum = graph.YScales.front().Minimum;
         x.Maximum = graph.YScales.front().Maximum;
     }
-    KeepCirclesRound(graph, 0);
+    KeepCirclesRound(graph, 0, plot);
 }
 
 }  // namespace
@@ -120,7 +120,7 @@ void MakeXTime(WavoGraph& graph) {
     }
 }
 
-void MakeXAxis(WavoGraph& graph, const std::string& name) {
+void MakeXAxis(WavoGraph& graph, const std::string& name, const PlotSize& plot) {
     KeepFirst(graph.YCoorAxName);
     KeepFirst(graph.YCoorAxColor);
     KeepFirst(graph.YCoorAxDerivation);
@@ -136,7 +136,7 @@ void MakeXAxis(WavoGraph& graph, const std::string& name) {
         graph.YScales.front().ScaleType = ScaleTypeCode::kAxis;
     }
     graph.FadeOutTime = kDefaultFadeOutTime;
-    CompleteXScale(graph);
+    CompleteXScale(graph, plot);
 }
 
 void AddYAxis(WavoGraph& graph, const YAxisToAdd& axis,
@@ -170,9 +170,9 @@ void RemoveYAxis(WavoGraph& graph, std::size_t axis) {
     Erase(graph.YScales, axis);
 }
 
-void KeepCirclesRound(WavoGraph& graph, std::size_t y_scale) {
+void KeepCirclesRound(WavoGraph& graph, std::size_t y_scale, const PlotSize& plot) {
     if (!graph.AutoCircle || graph.XCoorType == CoorType::kTime ||
-        y_scale >= graph.YScales.size() || graph.Drawn.height == 0) {
+        y_scale >= graph.YScales.size() || plot.height == 0) {
         return;
     }
     const ScaleDefinition& y = graph.YScales[y_scale];
@@ -181,7 +181,7 @@ void KeepCirclesRound(WavoGraph& graph, std::size_t y_scale) {
         return;
     }
     graph.XScale.Maximum =
-        graph.XScale.Minimum + graph.Drawn.width * span / static_cast<double>(graph.Drawn.height);
+        graph.XScale.Minimum + plot.width * span / static_cast<double>(plot.height);
 }
 
 bool HasBounds(const ScaleDefinition& scale) {

@@ -22,6 +22,12 @@ struct AxisCapabilities;
 /// Values that are typed as bounds of a scale are held within plus and minus this.
 inline constexpr double kLargestBound = 1e8;
 
+/// Size of the area that a graph's curves are drawn in, pixels; 0 before the first layout.
+struct PlotSize {
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+};
+
 /// The derivation order of a y axis; 0 for one that the record does not tell.
 std::int32_t DerivationOf(const WavoGraph& graph, std::size_t axis);
 
@@ -37,7 +43,7 @@ void MakeXTime(WavoGraph& graph);
 
 /// Makes x the axis `name` (may be empty) and keeps the first y axis alone, with derivation 0. An
 /// x scale that never had a range gets that of the y axis.
-void MakeXAxis(WavoGraph& graph, const std::string& name);
+void MakeXAxis(WavoGraph& graph, const std::string& name, const PlotSize& plot);
 
 struct YAxisToAdd {
     std::string name;
@@ -54,9 +60,10 @@ void AddYAxis(WavoGraph& graph, const YAxisToAdd& axis,
 /// is reported.
 void RemoveYAxis(WavoGraph& graph, std::size_t axis);
 
-/// Over an axis, with round circles: makes a unit as long in x as in y by moving the x maximum.
+/// Over an axis, with round circles: makes a unit as long in x as in y on a plot of that size, by
+/// moving the x maximum.
 /// Nothing with another graph, before the graph was laid out, or for a y range that does not go up.
-void KeepCirclesRound(WavoGraph& graph, std::size_t y_scale);
+void KeepCirclesRound(WavoGraph& graph, std::size_t y_scale, const PlotSize& plot);
 
 /// Whether a scale is manual, or was given a range before. One that never was leaves its edits free
 /// for one.

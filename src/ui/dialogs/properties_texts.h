@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "support/export_settings.h"
+#include "settings/export_settings.h"
 
 namespace wavo {
 

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "graph/draw/display_settings.h"
 #include "ui/dialogs/choosers.h"
 #include "ui/dialogs/color_field.h"
 #include "ui/dialogs/controls.h"

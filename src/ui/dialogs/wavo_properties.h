@@ -8,7 +8,7 @@
 
 #include <QDialog>
 
-#include "ui/dialogs/view_settings.h"
+#include "settings/view_settings.h"
 
 class QFormLayout;
 class QGroupBox;

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
+#include "session/link_counters.h"
 #include "ui/shell/roomy_label.h"
-#include "view/link_counters.h"
 
 class QFrame;
 

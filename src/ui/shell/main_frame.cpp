@@ -79,19 +79,19 @@ CMainFrame::~CMainFrame() {
 }
 
 void CMainFrame::ConnectView() {
-    m_view->SetRecentFiles(
+    m_view->Commands().SetRecentFiles(
         [this](int index) { return m_recent_files.Paths().value(index).toStdString(); });
-    connect(m_view, &CWavoView::PaneTextChanged, this,
+    connect(&m_view->News(), &ViewNews::PaneTextChanged, this,
             [this](StatusPane pane, const QString& text) {
                 m_panes[static_cast<int>(pane)]->setText(text);
             });
-    connect(m_view, &CWavoView::FrameTitleChanged, this, &QWidget::setWindowTitle);
-    connect(m_view, &CWavoView::CommandsChanged, this, &CMainFrame::UpdateCommands);
-    connect(m_view, &CWavoView::RecentFileOpened, this, [this](const QString& path) {
+    connect(&m_view->News(), &ViewNews::FrameTitleChanged, this, &QWidget::setWindowTitle);
+    connect(&m_view->News(), &ViewNews::CommandsChanged, this, &CMainFrame::UpdateCommands);
+    connect(&m_view->News(), &ViewNews::RecentFileOpened, this, [this](const QString& path) {
         m_recent_files.Add(QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath()));
         ShowRecentFiles();
     });
-    connect(m_view, &CWavoView::QuitRequested, this, [this] {
+    connect(&m_view->News(), &ViewNews::QuitRequested, this, [this] {
         StoreLayout();
         platform::CancelSystemDialogs();  // the toolkit ends its own ones only
         QCoreApplication::exit(0);
@@ -100,8 +100,8 @@ void CMainFrame::ConnectView() {
 
 void CMainFrame::CreateStatusBar() {
     m_panes[0] = new ElidedLabel(this);
-    auto* const count = new CountPane([this] { return m_view->Acquisition().Counters(); }, this);
-    connect(m_view, &CWavoView::PaneTextChanged, count, [count] { count->Refresh(); });
+    auto* const count = new CountPane([this] { return m_view->Work().Values().Counters(); }, this);
+    connect(&m_view->News(), &ViewNews::PaneTextChanged, count, [count] { count->Refresh(); });
     count->setObjectName(QStringLiteral("count_pane"));
     m_panes[1] = count;
     auto* const cycle_time = new RoomyLabel(this);
@@ -198,7 +198,7 @@ void CMainFrame::UpdateCommands() {
     for (const Command& command : Commands()) {
         QAction* const action = Action(command.id);
         if (command.owner == CommandOwner::kView) {
-            action->setEnabled(m_view->IsEnabled(command.id));
+            action->setEnabled(m_view->Commands().IsEnabled(command.id));
         } else if (command.id == CommandId::kStatusBar) {
             action->setChecked(!statusBar()->isHidden());
         } else if (action->isCheckable()) {
@@ -222,7 +222,7 @@ void CMainFrame::OnCommand(CommandId id) {
         m_bars.used_commands.insert(static_cast<int>(id));
     }
     if (command == nullptr || command->owner == CommandOwner::kView) {
-        m_view->Execute(id);
+        m_view->Commands().Execute(id);
     } else {
         ExecuteOwn(id);
     }

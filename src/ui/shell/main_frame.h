@@ -11,12 +11,12 @@
 #include <memory>
 #include <string>
 
+#include "session/acquisition.h"
 #include "ui/shell/bar_setup.h"
 #include "ui/shell/command_actions.h"
 #include "ui/shell/frame_menus.h"
 #include "ui/shell/menu_dock.h"
 #include "ui/shell/recent_files.h"
-#include "view/acquisition_cycle.h"
 #include "view/command_ids.h"
 
 class QLabel;

@@ -66,11 +66,12 @@ void CWavoApp::InitInstance(const AppOptions& options) {
             FitIntoScreen(*m_frame);
         }
     } else {
-        connect(&m_frame->View(), &CWavoView::BatchShown, this, [this, options](quint64 total) {
-            if (total >= options.after_lines) {
-                TakeScreenshot(options.screenshot);
-            }
-        });
+        connect(&m_frame->View().News(), &ViewNews::BatchShown, this,
+                [this, options](quint64 total) {
+                    if (total >= options.after_lines) {
+                        TakeScreenshot(options.screenshot);
+                    }
+                });
     }
     m_frame->show();
     // In the event loop: a box that is shown meanwhile can then be left with the program's end.
@@ -120,7 +121,7 @@ void CWavoApp::WatchTermination() {
 }
 
 void CWavoApp::TakeScreenshot(const QString& file) {
-    disconnect(&m_frame->View(), &CWavoView::BatchShown, this, nullptr);
+    disconnect(&m_frame->View().News(), &ViewNews::BatchShown, this, nullptr);
     const bool saved = m_frame->grab().save(file);
     if (!saved) {
         MERRLOG("CWavoApp::TakeScreenshot(): cannot write %s", file.toUtf8().constData());

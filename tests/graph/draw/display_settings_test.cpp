@@ -20,8 +20,6 @@ FontDescription Sans(std::int32_t height) {
 TEST(DisplaySettings, Defaults) {
     const GraphDisplaySettings settings;
     EXPECT_EQ(settings.background, 0U);
-    EXPECT_EQ(settings.scale_lines_x, 5);
-    EXPECT_EQ(settings.scale_lines_y, 3);
     EXPECT_EQ(settings.font.height, 8);
     EXPECT_EQ(settings.font.weight, 400);
     EXPECT_EQ(settings.font.pitch_and_family, 0x20);

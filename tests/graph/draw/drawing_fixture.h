@@ -70,6 +70,8 @@ struct ScopeLooks {
     QSize size{400, 200};  ///< of the image, logical pixels
     double ratio = 1.0;    ///< device pixels per logical pixel
     GraphDisplaySettings settings;
+    std::int32_t scale_lines_x = 5;
+    std::int32_t scale_lines_y = 3;
 };
 
 /// One graph as the view keeps it.
@@ -91,7 +93,7 @@ class Scope {
             streams.x = &values.emplace_back(graph.XCoorAxName, cycle_time, range, 0);
         }
         draw = std::make_unique<GraphDraw>(rectangle, graph, host, settings, cycle_time,
-                                           settings.scale_lines_x, settings.scale_lines_y, streams);
+                                           looks.scale_lines_x, looks.scale_lines_y, streams);
     }
 
     /// Gives each stream its values; in the order of the y axes, then x.

@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 
 #include "dialog_driver.h"
+#include "graph/draw/display_settings.h"
 #include "system_facts.h"
 #include "ui/dialogs/choosers.h"
 #include "ui/dialogs/color_field.h"

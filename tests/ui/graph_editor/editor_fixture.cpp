@@ -74,7 +74,6 @@ WavoGraph AxisGraph(std::uint32_t number) {
     graph.XCoorAxName = "Y";
     graph.XScale = {ScaleTypeCode::kAxis, 10.0, ScaleAxCode::kManual, -10.0, 30.0};
     graph.YScales = {{ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, -5.0, 5.0}};
-    graph.Drawn = {400, 100};
     return graph;
 }
 
@@ -115,6 +114,10 @@ EditorFixture::EditorFixture() {
         return BoxAnswer::kOk;
     });
     m_editor->SetAxisLimits(&m_limits);
+    m_editor->SetPlotSizes([this](std::uint32_t number) {
+        const auto found = m_plots.find(number);
+        return found == m_plots.end() ? PlotSize() : found->second;
+    });
     m_editor->show();
     m_editor->activateWindow();
     EXPECT_TRUE(QTest::qWaitForWindowActive(m_editor.get()));
@@ -126,8 +129,14 @@ EditorFixture::~EditorFixture() {
 }
 
 void EditorFixture::Begin(std::vector<WavoGraph> graphs) {
-    m_graphs = std::move(graphs);
-    ASSERT_TRUE(m_editor->Init(m_graphs, {"X", "Y", "Z"}));
+    m_plots.clear();
+    for (const WavoGraph& graph : graphs) {
+        if (graph.XCoorType == CoorType::kAxis) {
+            m_plots[graph.GraphNumber] = {400, 100};
+        }
+    }
+    m_list.Replace(std::move(graphs));
+    ASSERT_TRUE(m_editor->Init(m_list, {"X", "Y", "Z"}));
     m_view.Take();
 }
 

@@ -27,7 +27,8 @@ std::string Describe(const WavoGraph& graph);
 
 /// A graph over time with y axes X, X' and Y.
 WavoGraph TimeGraph(std::uint32_t number = 1);
-/// X over Y with manual scales: x from -10 to 30, y from -5 to 5.
+/// X over Y with manual scales: x from -10 to 30, y from -5 to 5. Begin tells the editor that its
+/// curves are drawn on 400 x 100 pixels.
 WavoGraph AxisGraph(std::uint32_t number = 1);
 
 /// Keeps the messages that it gets: "590", "591 1", "593 1"; of 0x592, the number of the graph.
@@ -77,7 +78,10 @@ class EditorFixture : public ::testing::Test {
     [[nodiscard]] std::string Text(EditorControl id) { return m_editor->Text(id); }
     [[nodiscard]] std::vector<std::string> Entries(EditorControl id);
 
-    std::vector<WavoGraph> m_graphs;
+    /// What graphs are drawn on, by their numbers; nothing for those that are not laid out.
+    std::map<std::uint32_t, PlotSize> m_plots;
+    GraphList m_list;
+    const std::vector<WavoGraph>& m_graphs = m_list.Graphs();
     RecordingView m_view;
     KnownLimits m_limits;
     std::vector<Box> m_boxes;

@@ -29,6 +29,7 @@ struct Row {
     /// Entries of the error log.
     std::vector<std::string> errors = {};
     std::size_t graphs = 1;  ///< how many there are then; the first of them is `after`
+    bool laid_out = true;    ///< the curves of the graph have been drawn
 };
 
 inline void PrintTo(const Row& row, std::ostream* out) {

@@ -22,9 +22,9 @@ using testing::TimeGraph;
 using GraphEditorTest = testing::EditorFixture;
 
 TEST_F(GraphEditorTest, BeginsWithTheFirstGraphAndAnnouncesIt) {
-    m_graphs = {TimeGraph(7), AxisGraph(3)};
+    m_list.Replace({TimeGraph(7), AxisGraph(3)});
     EXPECT_FALSE(m_editor->IsInitialised());
-    ASSERT_TRUE(m_editor->Init(m_graphs, {"X", "Y", "Z"}));
+    ASSERT_TRUE(m_editor->Init(m_list, {"X", "Y", "Z"}));
     EXPECT_TRUE(m_editor->IsInitialised());
     EXPECT_THAT(m_view.Take(), ElementsAre("591 7"));
     EXPECT_THAT(Entries(kGraphNumber), ElementsAre("7", "3"));
@@ -48,7 +48,7 @@ TEST_F(GraphEditorTest, BeginsAnewWithoutWhatWasThereBefore) {
 }
 
 TEST_F(GraphEditorTest, AnnouncesThatThereIsNoGraph) {
-    ASSERT_TRUE(m_editor->Init(m_graphs, {"X"}));
+    ASSERT_TRUE(m_editor->Init(m_list, {"X"}));
     EXPECT_FALSE(m_editor->IsInitialised());
     EXPECT_THAT(m_view.Take(), ElementsAre("591 4294967295"));
     EXPECT_EQ(Text(kYAxes), "");

@@ -106,7 +106,7 @@ TEST_F(EditorDialogs, ATriggerOfAnAxisThatWentMeanwhileIsDropped) {
     Begin({TimeGraph()});
     m_editor->SetTriggerDialog([this](TriggerEntry& trigger, QWidget*) {
         trigger.TriggerType = TriggerTypeCode::kStartAbove;
-        m_graphs = {AxisGraph(5)};
+        m_list.Replace({AxisGraph(5)});
         return true;
     });
     Click(kTrigger);
@@ -295,7 +295,8 @@ TEST_F(EditorDialogs, AClickOnTimeWhileZoomedKeepsTheTimeOfTheRecord) {
     Click(kAllGraphs);
     m_editor->SetZooms({{1, 0.5}, {2, 0.5}});
     Type(kGraphNumber, "2");
-    m_graphs[1].XScale.TimeRange = 3.0;
+    second.XScale.TimeRange = 3.0;
+    m_list.Put(second);
     Click(kXTime);
     EXPECT_EQ(m_graphs[0].XScale.TimeRange, 3.0);
     EXPECT_EQ(m_graphs[1].XScale.TimeRange, 3.0);
@@ -433,7 +434,8 @@ TEST_F(EditorDialogs, ItsOwnWritingIsNoChange) {
 
 TEST_F(EditorDialogs, WorksWithoutAView) {
     CAxSelect alone(nullptr);
-    std::vector<WavoGraph> graphs = {TimeGraph()};
+    GraphList graphs;
+    graphs.Add(TimeGraph());
     alone.Init(graphs, {"X"});
     QTest::mouseClick(FindControl(alone, static_cast<int>(kZoomOut)), Qt::LeftButton);
     QTest::mouseClick(FindControl(alone, static_cast<int>(kClose)), Qt::LeftButton);

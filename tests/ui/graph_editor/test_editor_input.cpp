@@ -43,7 +43,7 @@ TEST_F(EditorInput, TheNumberThatMeansNoGraphMakesNone) {
 
 TEST_F(EditorInput, NoControlMakesAGraphAnewThatHasGone) {
     Begin({TimeGraph(1)});
-    m_graphs.clear();
+    m_list.Replace({});
     for (const EditorControl id : {kClassic, kContinuity, kXIsAxis, kZeroLines}) {
         Click(id);
         EXPECT_EQ(m_graphs.size(), 0U) << static_cast<int>(id);

@@ -101,9 +101,9 @@ class RandomActions : public testing::EditorFixture {
                 m_editor->SetAcquisitionRuns(Below(2) == 0);
                 return;
             case 5:
-                for (WavoGraph& graph : m_graphs) {
-                    graph.Drawn = {static_cast<std::int32_t>(Below(1000)),
-                                   static_cast<std::int32_t>(Below(200))};
+                for (const WavoGraph& graph : m_graphs) {
+                    m_plots[graph.GraphNumber] = {static_cast<std::int32_t>(Below(1000)),
+                                                  static_cast<std::int32_t>(Below(200))};
                 }
                 return;
             default:

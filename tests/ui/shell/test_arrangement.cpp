@@ -154,7 +154,7 @@ TEST_F(Arrangement, AFileThatWasOpenedStandsInTheFileMenu) {
     auto* const first = frame.findChild<QAction*>(QStringLiteral("recent_file_1"));
     EXPECT_TRUE(frame.Action(CommandId::kRecentFile)->isVisible());
     EXPECT_FALSE(first->isVisible());
-    Q_EMIT frame.View().RecentFileOpened(QStringLiteral("/graphs/mine.ini"));
+    Q_EMIT frame.View().News().RecentFileOpened(QStringLiteral("/graphs/mine.ini"));
     EXPECT_FALSE(frame.Action(CommandId::kRecentFile)->isVisible());
     EXPECT_TRUE(first->isVisible());
     const QString path =

@@ -241,7 +241,8 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
 TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
     for (const Command& command : Commands()) {
         EXPECT_EQ(m_frame.Action(command.id)->isEnabled(),
-                  command.owner == CommandOwner::kShell || m_frame.View().IsEnabled(command.id))
+                  command.owner == CommandOwner::kShell ||
+                      m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
     }
     EXPECT_TRUE(m_frame.Action(CommandId::kStop)->isEnabled());
@@ -283,10 +284,11 @@ TEST_F(Frame, APromptStandsInTheStatusBarWhileACommandIsPointedAt) {
 
 TEST_F(Frame, ThePanesOfTheStatusBarStandBesideEachOtherInANarrowWindow) {
     m_frame.show();
-    Q_EMIT m_frame.View().PaneTextChanged(StatusPane::kMessage, QStringLiteral("Connected"));
-    Q_EMIT m_frame.View().PaneTextChanged(StatusPane::kTotalLines, QStringLiteral("1234567890"));
-    Q_EMIT m_frame.View().PaneTextChanged(StatusPane::kCycleTime,
-                                          QStringLiteral("cycl. time=0.00100s"));
+    Q_EMIT m_frame.View().News().PaneTextChanged(StatusPane::kMessage, QStringLiteral("Connected"));
+    Q_EMIT m_frame.View().News().PaneTextChanged(StatusPane::kTotalLines,
+                                                 QStringLiteral("1234567890"));
+    Q_EMIT m_frame.View().News().PaneTextChanged(StatusPane::kCycleTime,
+                                                 QStringLiteral("cycl. time=0.00100s"));
     for (const int width : {210, 260, 600}) {
         m_frame.resize(width, 400);
         QCoreApplication::processEvents();
@@ -312,7 +314,8 @@ TEST_F(Frame, TheNumbersInTheStatusBarKeepTheirPlacesWhileTheyGrow) {
     m_frame.show();
     const auto* const count = m_frame.findChild<QLabel*>(QStringLiteral("count_pane"));
     const auto place = [&](const char* text) {
-        Q_EMIT m_frame.View().PaneTextChanged(StatusPane::kTotalLines, QString::fromLatin1(text));
+        Q_EMIT m_frame.View().News().PaneTextChanged(StatusPane::kTotalLines,
+                                                     QString::fromLatin1(text));
         QCoreApplication::processEvents();
         return count->geometry();
     };

@@ -21,14 +21,15 @@
 #include "fake_shared_memory.h"
 #include "graph/model/graph_ini_data.h"
 #include "link/wire_format.h"
+#include "master_link_of.h"
 #include "master_window.h"
+#include "settings/view_settings_file.h"
 #include "system_facts.h"
 #include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/editor_controls.h"
 #include "ui/dialogs/message_boxes.h"
 #include "ui/shell/main_frame.h"
-#include "view/view_settings_file.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -104,7 +105,7 @@ class Offered : public ::testing::Test {
     /// Gives the graph so many values and draws them.
     void Feed(int count, double value) {
         for (int i = 0; i < count; ++i) {
-            for (GraphValue& buffer : View().Board().Registry().Values()) {
+            for (GraphValue& buffer : View().Work().Streams().Registry().Values()) {
                 buffer.SetValue(value);
             }
         }
@@ -113,15 +114,15 @@ class Offered : public ::testing::Test {
     }
     [[nodiscard]] RunState State() { return View().Board().Drawers().front()->State(); }
 
-    /// A message as a master sends it, handled.
+    /// A message as of a master, handled.
     void Hear(FromMaster number, std::uint64_t w_param) {
         std::string error;
         const auto sender = platform::MessageWindow::Create(
             [](const platform::Message&) { return std::int64_t{1}; }, &error);
         ASSERT_NE(sender, nullptr) << error;
-        ASSERT_TRUE(
-            sender->Post(View().Window(), {static_cast<std::uint32_t>(number), w_param, 0}));
-        QTest::qWait(50);
+        const platform::Message message{static_cast<std::uint32_t>(number), w_param, 0};
+        ASSERT_EQ(sender->Send(testing::MasterLinkOf(View()).Window(), message).status,
+                  platform::SendStatus::kDone);
     }
 
     /// The item of that text in the menus.
@@ -273,10 +274,10 @@ TEST_F(Offered, TheGraphEditorWhileItIsNotShown) {
     EXPECT_FALSE(Offers("Graph Editor"));
     FindControl<QPushButton>(View().Editor(), static_cast<int>(EditorControl::kClose))->click();
     EXPECT_TRUE(Offers("Graph Editor"));
-    EXPECT_FALSE(View().IsGraphEditorShown());
+    EXPECT_FALSE(View().Screen().IsEditorShown());
     Item("Graph Editor").trigger();
     EXPECT_FALSE(Offers("Graph Editor"));
-    EXPECT_TRUE(View().IsGraphEditorShown());
+    EXPECT_TRUE(View().Screen().IsEditorShown());
 }
 
 TEST_F(Offered, AlwaysNewPropertiesTextAndPrinting) {

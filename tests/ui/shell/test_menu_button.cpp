@@ -75,7 +75,7 @@ TEST(CustomizeArrow, DoesNotGetTheKeyboardWhenTheGraphEditorIsClosed) {
     frame.show();
     frame.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));
-    frame.View().ShowGraphEditor();
+    frame.View().Commands().ShowGraphEditor();
     QTest::keyClick(&frame, Qt::Key_F6);
     ASSERT_TRUE(frame.View().Editor().isAncestorOf(frame.focusWidget()));
     frame.View().Editor().hide();

@@ -67,7 +67,7 @@ class Keyboard : public ::testing::Test {
 };
 
 TEST_F(Keyboard, GoesThroughThePanesAndBackWithF6) {
-    m_frame.View().ShowGraphEditor();
+    m_frame.View().Commands().ShowGraphEditor();
     const QWidget& graph_number = *FindControl<QWidget>(
         m_frame.View().Editor(), static_cast<int>(EditorControl::kGraphNumber));
     Press(Qt::Key_F6);
@@ -144,7 +144,7 @@ TEST_F(Keyboard, UsesTheButtonThatItIsOnWithSpace) {
 }
 
 TEST_F(Keyboard, ShowsInEveryLookWhereItIs) {
-    m_frame.View().ShowGraphEditor();
+    m_frame.View().Commands().ShowGraphEditor();
     for (const Look& look : Looks()) {
         m_frame.Action(look.id)->trigger();
         QCoreApplication::processEvents();

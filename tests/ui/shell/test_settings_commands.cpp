@@ -20,6 +20,7 @@
 #include "expect_errors.h"
 #include "fake_shared_memory.h"
 #include "graph/model/graph_ini_data.h"
+#include "settings/view_settings_file.h"
 #include "support/diagnostics.h"
 #include "system_facts.h"
 #include "ui/dialogs/add_text.h"
@@ -31,7 +32,6 @@
 #include "ui/dialogs/wavo_properties_controls.h"
 #include "ui/shell/commands.h"
 #include "ui/shell/main_frame.h"
-#include "view/view_settings_file.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -114,7 +114,7 @@ TEST_F(SettingsCommands, PropertiesAreShownAtOnceAndWrittenToTheFile) {
         Type(dialog, wp::kScaleLinesX, QStringLiteral("8"));
         Type(dialog, wp::kSeparator, QStringLiteral("0x09"));
         Click(dialog, wp::kShowGraphEditor);
-        EXPECT_EQ(View().Settings(), DefaultViewSettings());
+        EXPECT_EQ(View().Work().Settings().Current(), DefaultViewSettings());
         Click(dialog, wp::kOk);
     });
     ViewSettings expected = DefaultViewSettings();
@@ -122,8 +122,8 @@ TEST_F(SettingsCommands, PropertiesAreShownAtOnceAndWrittenToTheFile) {
     expected.scale_lines_x = 8;
     expected.export_settings.separator = '\t';
     expected.show_graph_editor = false;
-    EXPECT_EQ(View().Settings(), expected);
-    EXPECT_EQ(View().Picture().pixelColor(0, 0), QColor(0x10, 0x20, 0x30));
+    EXPECT_EQ(View().Work().Settings().Current(), expected);
+    EXPECT_EQ(View().Screen().Picture().pixelColor(0, 0), QColor(0x10, 0x20, 0x30));
     for (const char* const line : {"red=16\r\n", "green=32\r\n", "blue=48\r\n", "x=8\r\n",
                                    "Separator=0x09\r\n", "ShowDialog=0\r\n"}) {
         EXPECT_THAT(SettingsText(), ::testing::HasSubstr(line));
@@ -136,38 +136,38 @@ TEST_F(SettingsCommands, EveryLookIsRedrawnAtOnce) {
         const char* typed;
     } rows[] = {{wp::kScaleLinesX, "8"}, {wp::kScaleLinesY, "6"}};
     for (const auto& row : rows) {
-        const QImage before = View().Picture().copy();
+        const QImage before = View().Screen().Picture().copy();
         Run<CWavoProperties>(CommandId::kProperties, [&](CWavoProperties& dialog) {
             Type(dialog, row.id, QString::fromLatin1(row.typed));
             Click(dialog, wp::kOk);
         });
-        EXPECT_NE(View().Picture(), before) << row.id;
+        EXPECT_NE(View().Screen().Picture(), before) << row.id;
     }
     SetFontChooser([](QWidget*, const QFont&) {
         QFont font(QStringLiteral("DejaVu Sans"));
         font.setPixelSize(27);
         return font;
     });
-    const QImage before = View().Picture().copy();
+    const QImage before = View().Screen().Picture().copy();
     Run<CWavoProperties>(CommandId::kProperties, [](CWavoProperties& dialog) {
         Click(dialog, wp::kSelectFont);
         Click(dialog, wp::kOk);
     });
     SetFontChooser(nullptr);
-    EXPECT_NE(View().Picture(), before);
+    EXPECT_NE(View().Screen().Picture(), before);
     EXPECT_THAT(SettingsText(), ::testing::HasSubstr("height=-27\r\nname=DejaVu Sans\r\n"));
 }
 
 TEST_F(SettingsCommands, CancelledPropertiesChangeNothing) {
     const std::string before = SettingsText();
-    const QImage picture = View().Picture().copy();
+    const QImage picture = View().Screen().Picture().copy();
     Run<CWavoProperties>(CommandId::kProperties, [&](CWavoProperties& dialog) {
         Type(dialog, wp::kScaleLinesX, QStringLiteral("8"));
         Click(dialog, wp::kCancel);
     });
-    EXPECT_EQ(View().Settings(), DefaultViewSettings());
+    EXPECT_EQ(View().Work().Settings().Current(), DefaultViewSettings());
     EXPECT_EQ(SettingsText(), before);
-    EXPECT_EQ(View().Picture(), picture);
+    EXPECT_EQ(View().Screen().Picture(), picture);
 }
 
 TEST_F(SettingsCommands, PropertiesThatCannotBeWrittenAreUsedAllTheSame) {
@@ -181,32 +181,32 @@ TEST_F(SettingsCommands, PropertiesThatCannotBeWrittenAreUsedAllTheSame) {
         Type(dialog, wp::kScaleLinesX, QStringLiteral("8"));
         Click(dialog, wp::kOk);
     });
-    EXPECT_EQ(View().Settings().scale_lines_x, 8);
+    EXPECT_EQ(View().Work().Settings().Current().scale_lines_x, 8);
     EXPECT_EQ(m_frame->PaneText(StatusPane::kMessage).toStdString(),
               "Cannot write " + shown + ", see the error log");
 }
 
 TEST_F(SettingsCommands, TheTextOfTheGraphsIsShownInTheInverseOfTheBackground) {
-    EXPECT_EQ(View().Files().AdditionalText(), "first");
+    EXPECT_EQ(View().Work().Files().AdditionalText(), "first");
     Run<CAddText>(CommandId::kAdditionalText, [&](CAddText& dialog) {
         EXPECT_EQ(TextOf(dialog, add_text::kText), "first");
         Type(dialog, add_text::kText, QString());
         Click(dialog, add_text::kOk);
     });
-    EXPECT_EQ(View().Files().AdditionalText(), "");
-    const QImage without = View().Picture().copy();
+    EXPECT_EQ(View().Work().Files().AdditionalText(), "");
+    const QImage without = View().Screen().Picture().copy();
     Run<CAddText>(CommandId::kAdditionalText, [&](CAddText& dialog) {
         Type(dialog, add_text::kText, QStringLiteral("second"));
-        EXPECT_EQ(View().Files().AdditionalText(), "");
+        EXPECT_EQ(View().Work().Files().AdditionalText(), "");
         Click(dialog, add_text::kOk);
     });
-    EXPECT_EQ(View().Files().AdditionalText(), "second");
+    EXPECT_EQ(View().Work().Files().AdditionalText(), "second");
     // In a band of its own, below the graphs.
-    const BandText text{"second", View().Settings().font, 0xFFFFFF};
-    QImage expected = View().Picture().copy();
+    const BandText text{"second", View().Work().Settings().Current().font, 0xFFFFFF};
+    QImage expected = View().Screen().Picture().copy();
     QPainter(&expected).fillRect(TextBand().Band(expected, text), Qt::black);
     TextBand().PutOn(expected, text);
-    EXPECT_EQ(View().Picture(), expected);
+    EXPECT_EQ(View().Screen().Picture(), expected);
     EXPECT_NE(expected, without);
 }
 
@@ -263,13 +263,13 @@ TEST_F(SettingsCommands, TheLettersOfMenusAndOfTheEditorsGroupsAreAllDifferent) 
 }
 
 TEST_F(SettingsCommands, ACancelledTextStays) {
-    const QImage picture = View().Picture().copy();
+    const QImage picture = View().Screen().Picture().copy();
     Run<CAddText>(CommandId::kAdditionalText, [&](CAddText& dialog) {
         Type(dialog, add_text::kText, QStringLiteral("second"));
         Click(dialog, add_text::kCancel);
     });
-    EXPECT_EQ(View().Files().AdditionalText(), "first");
-    EXPECT_EQ(View().Picture(), picture);
+    EXPECT_EQ(View().Work().Files().AdditionalText(), "first");
+    EXPECT_EQ(View().Screen().Picture(), picture);
 }
 
 TEST_F(SettingsCommands, PropertiesSetTheTraceLevelOfTheSettings) {

@@ -1,0 +1,140 @@
+#include "session/graph_files.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "graph/model/graph_ini_data.h"
+#include "platform/file.h"
+#include "platform/folders.h"
+#include "session/report_texts.h"
+#include "support/diagnostics.h"
+#include "support/kept_file.h"
+#include "support/mini_data.h"
+
+namespace wavo {
+
+namespace {
+
+bool IsNoRange(const ScaleDefinition& scale) {
+    return scale.ScaleType == ScaleTypeCode::kAxis && scale.ScaleAx == ScaleAxCode::kManual &&
+           !(scale.Maximum > scale.Minimum);
+}
+
+void TakeBounds(const ScaleDefinition& shown, ScaleDefinition& scale) {
+    if (IsNoRange(scale)) {
+        scale.Minimum = shown.Minimum;
+        scale.Maximum = shown.Maximum;
+    }
+}
+
+/// The bounds of `graph` that are no range become those of `shown`, the same graph on the screen,
+/// whose axes may be others already.
+void TakeShownBounds(const WavoGraph& shown, WavoGraph& graph) {
+    if (shown.XCoorType == graph.XCoorType) {
+        TakeBounds(shown.XScale, graph.XScale);
+    }
+    const std::size_t axes = std::min(graph.YCoorAxName.size(), graph.YScales.size());
+    for (std::size_t i = 0; i < axes; ++i) {
+        const auto is_same = [&](std::size_t other) {
+            return other < shown.YCoorAxName.size() && other < shown.YScales.size() &&
+                   shown.YCoorAxName[other] == graph.YCoorAxName[i] &&
+                   i < graph.YCoorAxDerivation.size() &&
+                   shown.YCoorAxDerivation[other] == graph.YCoorAxDerivation[i];
+        };
+        std::size_t other = is_same(i) ? i : 0;
+        while (other < shown.YCoorAxName.size() && !is_same(other)) {
+            ++other;
+        }
+        if (is_same(other)) {
+            TakeBounds(shown.YScales[other], graph.YScales[i]);
+        }
+    }
+}
+
+}  // namespace
+
+std::string FileNameOf(const std::string& path) {
+    const std::string native = platform::NativePath(path);
+    return native.substr(native.rfind(platform::PathSeparator()) + 1);
+}
+
+bool GraphFiles::Open(const std::string& path, const std::string& display_name,
+                      bool add_to_recent) {
+    MIniData store;
+    const bool readable = store.Open(path);
+    if (store.HasNoFileContent()) {
+        m_observer.ShowError("file " + path + " not exist !");
+        return false;
+    }
+    m_current_path = path;
+    m_acquisition.Source().Hold();
+    std::vector<WavoGraph> graphs;
+    std::string additional_text;
+    std::string error = store.LastErrorText();
+    const bool read = readable && CreateGraphsFromIniData(store, graphs, error, additional_text,
+                                                          m_acquisition.CycleTime());
+    if (read) {
+        m_additional_text = std::move(additional_text);
+        m_graphs.Replace(std::move(graphs));
+        m_document_name = display_name;
+        ShowRunTitle();
+        if (add_to_recent) {
+            m_observer.FileOpened(path);
+        }
+        m_not_read.erase(path);
+    } else {
+        m_not_read.insert(path);
+        MErrTrace_Dump();
+        m_observer.ShowError("failed to read " + path + ".\n" + error);
+    }
+    m_acquisition.Source().GoOn();
+    return read;
+}
+
+Expected<std::size_t> GraphFiles::Save() {
+    MIniData store(MIniData::kSaveFlush | MIniData::kSaveSafe);
+    std::size_t axes_left_out = 0;
+    if (store.Open(m_current_path) &&
+        GetGraphAsIniData(store, GraphsToStore(), m_additional_text, &axes_left_out) &&
+        KeepUnread() && store.Save()) {
+        return axes_left_out;
+    }
+    MErrTrace_Dump();
+    return Fault{session_texts::kNotSavedBox};
+}
+
+bool GraphFiles::KeepUnread() {
+    const auto unread = m_not_read.find(m_current_path);
+    if (unread == m_not_read.end()) {
+        return true;
+    }
+    if (platform::Files().Exists(m_current_path) && !KeepFile(m_current_path)) {
+        return false;
+    }
+    m_not_read.erase(unread);
+    return true;
+}
+
+std::vector<WavoGraph> GraphFiles::GraphsToStore() const {
+    std::vector<WavoGraph> graphs = m_graphs.Graphs();
+    for (WavoGraph& graph : graphs) {
+        if (const WavoGraph* const shown = m_shown.Shown(graph.GraphNumber)) {
+            TakeShownBounds(*shown, graph);
+        }
+    }
+    return graphs;
+}
+
+void GraphFiles::New() {
+    m_observer.TitleChanged("new");
+    m_additional_text.clear();
+    m_graphs.Replace({});
+    m_observer.GraphsChanged();
+}
+
+void GraphFiles::ShowRunTitle() {
+    m_observer.TitleChanged(m_document_name +
+                            (m_acquisition.IsRunning() ? " - running" : " - stopped"));
+}
+
+}  // namespace wavo

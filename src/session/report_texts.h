@@ -1,0 +1,23 @@
+// What the session reports to the error log and to the user, where others rely on the words:
+// service tools search logs for them. They stay byte for byte; names in them may be those of a
+// former time.
+#pragma once
+
+namespace wavo::session_texts {
+
+// The error log.
+inline constexpr char kGraphsNotShown[] =
+    "CWavoView::OnMessageFromMainNewMValues(): m_GraphAxSelect.Init() failed";
+inline constexpr char kStreamNotFound[] = "CWavoView::GetGraphValueFifo(): %s";
+inline constexpr char kStreamNotMade[] =
+    "CWavoView::CreateAllGraphRects(): GetGraphValueFifo() failed";
+inline constexpr char kNoDataFolder[] = "GetCommonAppDataFolder() failed %s";
+
+// Message boxes.
+inline constexpr char kBatchWhileDrawingBox[] =
+    "Fatal prg. error, can not take new mvalues.\n All ax. values out of sync.";
+inline constexpr char kNoMasterDataBox[] = "Prg.error, m_MasterInfoData==NULL";
+inline constexpr char kNotSavedBox[] = "Failed to create ini. data file";
+inline constexpr char kGraphsNotShownBox[] = "Prg.error, can not display graph data";
+
+}  // namespace wavo::session_texts

@@ -1,0 +1,78 @@
+// How the past of one stream of values is asked: of a ring in memory, of a recording on a disk.
+//
+// Lines of a source are numbered from the first one on; the numbers survive a reset. A stream holds
+// a value for most of the lines of a range: some it may have missed.
+//
+// Questions are for whole rows of columns, so that they can be answered with wide instructions and
+// a disk is read once.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <vector>
+
+namespace wavo {
+
+/// Lines from `begin` to before `end`.
+struct LineRange {
+    std::int64_t begin = 0;
+    std::int64_t end = 0;
+
+    [[nodiscard]] std::int64_t Count() const { return end > begin ? end - begin : 0; }
+    friend bool operator==(const LineRange&, const LineRange&) = default;
+};
+
+/// Columns of a curve, an entry per column. A column without values has a minimum above its maximum
+/// and no number as first and last.
+struct ColumnRow {
+    std::vector<double> first;    ///< value of its first line that has one
+    std::vector<double> last;     ///< value of its last line that has one
+    std::vector<double> minimum;  ///< of its values, infinite ones included
+    std::vector<double> maximum;
+    std::vector<std::uint8_t> missing;  ///< 1: some of its lines have no value
+
+    /// As many columns, without values; all their lines are missing.
+    void Reset(std::size_t columns) {
+        first.assign(columns, std::numeric_limits<double>::quiet_NaN());
+        last.assign(columns, std::numeric_limits<double>::quiet_NaN());
+        minimum.assign(columns, std::numeric_limits<double>::infinity());
+        maximum.assign(columns, -std::numeric_limits<double>::infinity());
+        missing.assign(columns, 1);
+    }
+};
+
+/// What statistics of a range are made from. Only finite values take part.
+struct HistorySums {
+    std::uint64_t count = 0;
+    double sum = 0.0;
+    double sum_of_squares = 0.0;  ///< of the differences to the mean
+    [[nodiscard]] double Mean() const {
+        return count == 0 ? 0.0 : sum / static_cast<double>(count);
+    }
+};
+
+enum class HistoryAnswer {
+    kAll,
+    kNotLoaded,  ///< not all was there yet; what was is in the answer: ask again later
+};
+
+class History {
+ public:
+    virtual ~History() = default;
+
+    /// The lines that the stream reaches over.
+    [[nodiscard]] virtual LineRange Lines() const = 0;
+
+    /// Column i is made of the lines from bounds[i] to before bounds[i + 1]; `row` gets one column
+    /// less than there are bounds. REQUIRES: the bounds do not fall.
+    virtual HistoryAnswer Columns(std::span<const std::int64_t> bounds, ColumnRow& row) = 0;
+
+    /// The values of successive lines from `first` on, NoSample() for lines without one.
+    virtual HistoryAnswer Values(std::int64_t first, std::span<double> values) = 0;
+
+    virtual HistoryAnswer Sums(const LineRange& lines, HistorySums& sums) = 0;
+};
+
+}  // namespace wavo

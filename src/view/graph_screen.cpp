@@ -1,0 +1,113 @@
+#include "view/graph_screen.h"
+
+#include <QPainter>
+#include <QWidget>
+#include <algorithm>
+#include <utility>
+
+#include "view/zoom_band.h"
+
+namespace wavo {
+
+GraphScreen::GraphScreen(QWidget& widget, QWidget& editor, Session& session, GraphBoard& board,
+                         std::function<void()> stopped)
+    : m_widget(widget),
+      m_editor(editor),
+      m_session(session),
+      m_board(board),
+      m_stopped(std::move(stopped)) {}
+
+bool GraphScreen::IsEditorShown() const {
+    return m_editor.isVisibleTo(&m_widget);
+}
+
+QRect GraphScreen::GraphArea() const {
+    QRect area = m_widget.rect();
+    if (IsEditorShown()) {
+        area.setTop(std::min(m_editor.y() + m_editor.height() + 1, m_widget.height()));
+    }
+    return area;
+}
+
+BandText GraphScreen::AdditionalText() const {
+    const ViewSettings& settings = m_session.Settings().Current();
+    return {m_session.Files().AdditionalText(), settings.font,
+            ComplementColor(settings.background)};
+}
+
+QRect GraphScreen::AreaAboveText() {
+    QRect area = GraphArea();
+    if (!m_session.Files().AdditionalText().empty() && !m_picture.IsEmpty()) {
+        area.setBottom(std::min(area.bottom(), m_picture.EndOfGraphs(AdditionalText()) - 1));
+    }
+    return area;
+}
+
+void GraphScreen::ShowEditor(bool show) {
+    m_editor.setVisible(show);
+    LayOut();
+}
+
+void GraphScreen::LayOut() {
+    if (IsEditorShown()) {
+        const int width = m_widget.width();
+        m_editor.setGeometry(0, 0, width, m_editor.heightForWidth(width));
+    }
+    const std::lock_guard guard(m_graph_lock);
+    m_laid_out = AreaAboveText();
+    m_board.Layout(m_laid_out);
+    m_picture.Invalidate();
+}
+
+void GraphScreen::Resize() {
+    m_picture.Resize(m_widget.size(), m_widget.devicePixelRatioF());
+    LayOut();
+}
+
+std::vector<std::string> GraphScreen::MakeGraphs() {
+    const std::lock_guard guard(m_graph_lock);
+    m_laid_out = AreaAboveText();
+    std::vector<std::string> faults =
+        m_board.CreateAllGraphRects(m_laid_out, m_session.Values().CycleTime(),
+                                    m_session.Values().AxisNames(), m_session.Settings().Current());
+    m_picture.Invalidate();
+    return faults;
+}
+
+void GraphScreen::DrawAndShow(bool restart) {
+    m_restart = m_restart || restart;
+    if (m_ready_for_painting && !m_picture.IsEmpty()) {
+        if (m_picture.Image().devicePixelRatio() != m_widget.devicePixelRatioF()) {
+            // Moved to another screen.
+            m_picture.Resize(m_widget.size(), m_widget.devicePixelRatioF());
+        }
+        if (AreaAboveText() != m_laid_out) {
+            LayOut();  // there is another text, or none
+        }
+        const bool was_stopped = m_board.IsAnyStopped();
+        m_drawing = true;
+        m_picture.Draw(m_board, m_session.Settings().Current().background, m_restart,
+                       AdditionalText());
+        m_restart = false;
+        m_drawing = false;
+        if (m_board.IsAnyStopped() != was_stopped) {
+            m_stopped();
+        }
+        if (m_widget.isVisible()) {
+            m_widget.repaint();
+        }
+    }
+    m_session.Values().AnswerDrawn();
+}
+
+void GraphScreen::Expose(QPainter& painter, const QRect& exposed) const {
+    const ColorRef background = m_session.Settings().Current().background;
+    if (!m_ready_for_painting || m_picture.IsEmpty()) {  // nothing was drawn yet
+        painter.fillRect(exposed, ToQColor(background));
+    } else {
+        m_picture.CopyTo(painter, exposed);
+        PaintBands(painter, m_board, background);
+    }
+}
+
+}  // namespace wavo

@@ -1,0 +1,57 @@
+// Shows what a session tells: in the graphs, the graph editor and, through ViewNews, the frame.
+#pragma once
+
+#include <string>
+
+#include "session/session_observer.h"
+
+class QWidget;
+
+namespace wavo {
+
+class CAxSelect;
+class CWavoView;
+class DataExport;
+class GraphScreen;
+class Session;
+class ViewKeys;
+class ViewMouse;
+class ViewNews;
+class ZoomControl;
+
+class SessionDisplay final : public SessionObserver {
+ public:
+    /// Who takes part; none is owned, all outlive the display. Not used before the session calls.
+    struct Parts {
+        QWidget& view;
+        ViewNews& news;
+        CAxSelect& editor;
+        Session& session;
+        GraphScreen& screen;
+        ZoomControl& zooms;
+        ViewMouse& mouse;
+        ViewKeys& keys;
+        DataExport& data_export;
+    };
+    explicit SessionDisplay(const Parts& parts) : m_parts(parts) {}
+
+    // SessionObserver
+    void PaneTextChanged(StatusPane pane, const std::string& text) override;
+    void TitleChanged(const std::string& title) override;
+    void CommandsChanged() override;
+    void FileOpened(const std::string& path) override;
+    bool EditDocument(bool forget) override;
+    [[nodiscard]] bool HasEditedGraphs() const override;
+    void GraphsChanged() override;
+    void ValuesArrived() override;
+    [[nodiscard]] bool IsDrawing() const override;
+    void RunBegins(bool anew) override;
+    void RunStateChanged(bool values_flow) override;
+    void ShowError(const std::string& text) override;
+    void EndProcess() override;
+
+ private:
+    const Parts m_parts;
+};
+
+}  // namespace wavo

@@ -1,0 +1,73 @@
+// Zooming: into a graph, or with the editor's `all graphs` into every graph over time, and back
+// step by step. The one place where zooms are made, remembered and left.
+//
+// Invariant: an entry of the history says how a graph was shown before the zoom that made the
+// entry.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "graph/draw/graph_draw.h"
+#include "view/graph_board.h"
+#include "view/zoom_target.h"
+
+namespace wavo {
+
+class Acquisition;
+class CAxSelect;
+class GraphScreen;
+
+class ZoomControl final : public ZoomTarget {
+ public:
+    /// None of the references is owned; all outlive this object. `zoomed`: a zoomed graph leaves
+    /// the state that its trigger brought it to.
+    ZoomControl(GraphBoard& board, CAxSelect& editor, GraphScreen& screen,
+                const Acquisition& acquisition, std::function<void()> zoomed);
+
+    /// Zooms the drawn graph of an index to a span of its displayed time axis, seconds; in a swept
+    /// picture to the samples that stand there; shown at once. Nothing for a graph that is not over
+    /// time.
+    void ZoomGraph(std::size_t index, double start, double end);
+    /// All graphs leave all their zooms; not shown yet.
+    void LeaveAll();
+    /// Zooms can no longer be stepped back from.
+    void Forget();
+    /// The same, and the editor knows it already.
+    void Clear() { m_entries.clear(); }
+
+    // ZoomTarget
+    void Select(std::uint32_t graph_number) override;
+    [[nodiscard]] std::uint32_t Selected() const override;
+    [[nodiscard]] bool IsEnabled() const override;
+    [[nodiscard]] bool IsBusy() const override;
+    [[nodiscard]] double TimeStep() const override;
+    void ZoomTo(std::uint32_t graph_number, const ZoomSpan& span) override;
+    void ZoomOut(std::uint32_t graph_number) override;
+    void UpdatePart(const QRect& part) override;
+    void RepaintPart(const QRect& part) override;
+
+ private:
+    struct Entry {
+        std::uint32_t graph_number;
+        ZoomState before;
+    };
+
+    /// Takes the last entry of a graph; nothing when it has none.
+    std::optional<ZoomState> Pop(std::uint32_t graph_number);
+    /// The drawers that a zoom of one of them is for.
+    [[nodiscard]] std::vector<GraphDraw*> ZoomedTogether(const GraphDraw& drawer) const;
+    void TellEditor(const GraphDraw& drawer);
+
+    GraphBoard& m_board;
+    CAxSelect& m_editor;
+    GraphScreen& m_screen;
+    const Acquisition& m_acquisition;
+    const std::function<void()> m_zoomed;
+    std::vector<Entry> m_entries;  // of all graphs, oldest first
+};
+
+}  // namespace wavo

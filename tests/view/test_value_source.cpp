@@ -1,0 +1,127 @@
+// The whole viewer on a source of values that is no master.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "expect_errors.h"
+#include "graph/values/ring_history.h"
+#include "link/axis_capabilities.h"
+#include "system_facts.h"
+#include "ui/dialogs/message_boxes.h"
+#include "view/wavo_view.h"
+
+namespace wavo {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+struct NoLimits : AxisLimitsSource {
+    std::optional<AxisCapabilities> FindAxis(const std::string&) override { return std::nullopt; }
+};
+
+/// Lines from memory.
+class Lines : public ValueSource {
+ public:
+    void SetEvents(ValueSourceEvents* e) override { events = e; }
+    MaybeFault Start() override {
+        return events->Described(false), events->ValuesBegin(false), std::nullopt;
+    }
+    void Hold() override {}
+    bool GoOn() override { return true; }
+    void Stop() override {}
+    BatchOutcome Take(ValueBatch& b) override {
+        return b = {values.data(), values.size() / 2, 2}, BatchOutcome::kTaken;
+    }
+    bool Answer() override { return ++answers, true; }
+    const SourceDescription& Description() const override { return description; }
+    AxisLimitsSource& Limits() override { return limits; }
+    bool IsPresent() const override { return true; }
+    bool CanStart() const override { return false; }
+    const std::string& StateText() const override { return text; }
+    SourceCounters Counters() const override { return {}; }
+
+    ValueSourceEvents* events = nullptr;
+    SourceDescription description{{"X", "Y"}, 0.004};
+    NoLimits limits;
+    std::string text = "From memory";
+    std::vector<double> values;
+    int answers = 0;
+};
+
+class OtherSource : public ::testing::Test {
+ protected:
+    OtherSource() {
+        qputenv(testing::kDataHome, m_folder.path().toLocal8Bit());
+        SetBoxHandler([this](const Box& box) {
+            m_boxes.push_back(box.text);
+            return BoxAnswer::kOk;
+        });
+        auto source = std::make_unique<Lines>();
+        m_source = source.get();
+        m_view = std::make_unique<CWavoView>(nullptr, std::move(source));
+        m_view->resize(800, 600);
+        m_view->show();
+        m_view->OnInitialUpdate();
+        QCoreApplication::processEvents();
+    }
+    ~OtherSource() override {
+        m_view.reset();
+        SetBoxHandler(nullptr);
+        qunsetenv(testing::kDataHome);
+    }
+
+    QTemporaryDir m_folder;
+    std::vector<std::string> m_boxes;
+    Lines* m_source = nullptr;
+    std::unique_ptr<CWavoView> m_view;
+};
+
+TEST_F(OtherSource, FeedsGraphsEditorAndCounters) {
+    m_source->values = {1.0, 10.0, 2.0, 20.0, 3.0, 30.0};
+    EXPECT_TRUE(m_source->events->BatchReady());
+    EXPECT_EQ(m_source->answers, 1);
+    EXPECT_EQ(m_view->Work().Values().TotalLines(), 3U);
+    ASSERT_THAT(m_view->Work().Graphs().Graphs(), SizeIs(1)) << "a default graph";
+    EXPECT_TRUE(m_view->Editor().IsInitialised());
+    ASSERT_THAT(m_view->Board().Drawers(), SizeIs(1));
+    std::vector<double> shown;
+    EXPECT_TRUE(m_view->Board().Drawers()[0]->GetAxValues("X", shown));
+    EXPECT_THAT(shown, ElementsAre(1.0, 2.0, 3.0));
+    EXPECT_FALSE(m_view->Commands().IsEnabled(CommandId::kConnect));
+    EXPECT_TRUE(m_view->Commands().IsEnabled(CommandId::kOpen));
+    EXPECT_THAT(m_boxes, IsEmpty());
+}
+
+TEST_F(OtherSource, IsAnsweredAtOnceWhileStopped) {
+    m_view->Commands().Execute(CommandId::kStop);
+    m_source->values = {1.0, 10.0};
+    EXPECT_TRUE(m_source->events->BatchReady());
+    EXPECT_EQ(m_source->answers, 1);
+    EXPECT_EQ(m_view->Work().Values().Counters().lines_not_shown, 1U);
+}
+
+TEST_F(OtherSource, BuffersAreAskedForTheLinesOfTheSource) {
+    for (int batch = 0; batch < 3; ++batch) {
+        m_source->values = {1.0 * batch, 0.0, 2.0 * batch, 0.0};
+        m_source->events->BatchReady();
+    }
+    RingHistory history(m_view->Work().Streams().Registry().Values().front());
+    EXPECT_EQ(history.Lines(), (LineRange{0, 6}));
+    ColumnRow row;
+    history.Columns(std::vector<std::int64_t>{0, 3, 6}, row);
+    EXPECT_THAT(row.maximum, ElementsAre(1.0, 4.0));
+}
+
+TEST(Sources, AreMadeByTheirNames) {
+    EXPECT_NE(MakeSource(kMasterSource), nullptr);
+    EXPECT_EQ(MakeSource("moon"), nullptr);
+}
+
+}  // namespace
+}  // namespace wavo
