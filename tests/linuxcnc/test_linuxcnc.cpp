@@ -14,6 +14,7 @@
 #include <map>
 #include <sstream>
 
+#include "link/axis_capabilities.h"
 #include "machine.h"
 #include "support/mini_data.h"
 #include "system/other_process.h"
@@ -269,7 +270,7 @@ TEST_F(Linuxcnc, ShowsEveryCycleOfAMinuteAsASecondSamplerSawIt) {
         shown.push_back(Held(axis));
         ASSERT_THAT(shown.back(), SizeIs(Cycle().TotalLines())) << axis;
     }
-    const auto limits = View().Capabilities().FindAxis("X");
+    const auto limits = View().Work().Source().Limits().FindAxis("X");
     ASSERT_TRUE(limits);
     EXPECT_EQ(*limits, (AxisCapabilities{500.0, -500.0, 420.0, 3150.0, 0.001}));
     EXPECT_EQ(m_frame->PaneText(StatusPane::kCycleTime), QStringLiteral("cycl. time=0.00100s"));
@@ -324,9 +325,9 @@ TEST_F(Linuxcnc, TheDefaultGraphHasTheLimitsOfTheMachine) {
     ASSERT_TRUE(mill.Start({}));
     ASSERT_TRUE(Connect());
     ASSERT_TRUE(WaitForLines(100));
-    View().Execute(CommandId::kSave);
+    View().Commands().Execute(CommandId::kSave);
     MIniData store;
-    ASSERT_TRUE(store.Open(View().Files().CurrentPath()));
+    ASSERT_TRUE(store.Open(View().Work().Files().CurrentPath()));
     std::string value;
     EXPECT_TRUE(store.GetStringEntry("1", "YCoorAxName", value));
     EXPECT_EQ(value, "X");
