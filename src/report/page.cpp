@@ -232,7 +232,7 @@ QStringList ReasonsOf(std::span<const measure::NamedFigure> figures) {
     }
     QStringList sentences;
     for (const auto& [reason, names] : reasons) {
-        sentences << FromText("Not told: " + names + " (" + reason + ").");
+        sentences << QStringLiteral("Not told: %1 (%2).").arg(FromText(names), FromText(reason));
     }
     return sentences;
 }
