@@ -157,6 +157,7 @@ TEST_F(RoundTrip, NoLineAndOneLine) {
     EXPECT_EQ(m_reader->LineCount(), 0U);
     EXPECT_EQ(m_reader->FirstLine(), m_reader->EndLine());
     EXPECT_TRUE(m_reader->Extent(0, 0, 0, 10, Detail::kLines).certain.missing);
+    m_reader.reset();
     std::filesystem::remove(m_folder.File("a.mcap"));
     Create(MakeHead(2));
     Add(77, MakeLines(2, 1, 1));

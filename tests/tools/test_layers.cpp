@@ -52,7 +52,8 @@ const std::map<std::string, Layer>& Layers() {
          {{"view", "session", "ui/dialogs", "graph/model", "graph/values", "graph/draw", "link",
            "settings", "support", "platform"},
           true}},
-        {"recorder", {{"recording", "graph/model", "graph/values", "link", "support", "platform"}}},
+        {"recorder",
+         {{"recording", "source", "graph/model", "graph/values", "link", "support", "platform"}}},
         {"master",
          {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "support",
            "platform"}}},
@@ -61,15 +62,13 @@ const std::map<std::string, Layer>& Layers() {
         {"master/pipe",
          {{"master", "link/axis_capabilities.h", "link/master_messages.h", "support", "platform"}}},
         {"programs",
-         {{"recorder", "recording", "report", "measure", "master/gzip.h", "support", "platform"},
-          true}},
+         {{"recorder", "report", "measure", "master/gzip.h", "support", "platform"}, true}},
     };
     return layers;
 }
 
 /// The layer that a path (relative to src, or beginning with "master/" or "programs/") lies in, the
-/// innermost;
-/// empty for none.
+/// innermost; empty for none.
 std::string LayerOf(const std::string& path) {
     std::string innermost;
     for (const auto& [name, layer] : Layers()) {

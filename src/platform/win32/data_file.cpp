@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "platform/last_error.h"
 #include "platform/win32/handle.h"
@@ -80,6 +81,9 @@ class WindowsDataFiles final : public DataFileOperations {
                 std::size_t& count) override {
         count = 0;
         while (count < size) {
+            if (offset + count > static_cast<std::uint64_t>(std::numeric_limits<LONGLONG>::max())) {
+                return true;  // behind the end of any file
+            }
             OVERLAPPED place = PlaceOf(offset + count);
             DWORD got = 0;
             const auto piece = static_cast<DWORD>(std::min(size - count, kLargestTransfer));

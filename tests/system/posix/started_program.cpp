@@ -24,6 +24,12 @@ void ReadAll(int pipe, std::string* text) {
     }
 }
 
+/// A pipe that is read without waiting; who writes into it waits for room.
+void MakePipe(std::array<int, 2>& ends) {
+    EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    EXPECT_EQ(::fcntl(ends[0], F_SETFL, O_NONBLOCK), 0);
+}
+
 }  // namespace
 
 struct StartedProgram::System {
@@ -41,8 +47,8 @@ StartedProgram::StartedProgram(const std::string& program,
     std::array<int, 2> output{};
     std::array<int, 2> errors{};
     EXPECT_EQ(::pipe2(input.data(), O_CLOEXEC), 0);
-    EXPECT_EQ(::pipe2(output.data(), O_CLOEXEC | O_NONBLOCK), 0);
-    EXPECT_EQ(::pipe2(errors.data(), O_CLOEXEC | O_NONBLOCK), 0);
+    MakePipe(output);
+    MakePipe(errors);
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
