@@ -152,13 +152,13 @@ bool Acquisition::TakeBatch(Clock::time_point announced) {
     }
     if (!m_running) {
         m_counters.lines_not_shown += batch.count;
-        MTRACE(4, "DrawingGraphsValue(): --- tx msg. 'ready for new values'");
+        MTRACE(4, session_texts::kReadyWhileStopped);
         Answer();
         return true;
     }
-    MTRACE(4, "OnMessageFromMainNewMValues(): --- start to set values");
+    MTRACE(4, session_texts::kSettingValues);
     m_streams.Distribute(batch);
-    MTRACE(4, "OnMessageFromMainNewMValues(): --- end of set values");
+    MTRACE(4, session_texts::kValuesSet);
     m_counters.lines_shown += batch.count;
     // The answer to this one is then the only one of both.
     m_counters.batches_unanswered += m_batch == BatchState::kOwed ? 1 : 0;
@@ -219,7 +219,7 @@ void Acquisition::AnswerDrawn() {
     if (m_batch != BatchState::kOwed) {
         return;
     }
-    MTRACE(4, "OnDraw(): --- tx msg. 'ready for new values'");
+    MTRACE(4, session_texts::kReadyAfterDrawing);
     m_batch = BatchState::kAnswering;
     m_batch_times.drawing = Clock::now() - m_draw_begin;
     Answer();

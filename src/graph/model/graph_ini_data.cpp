@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "graph/model/report_texts.h"
 #include "graph/model/stored_form.h"
 #include "support/diagnostics.h"
 #include "support/number_text.h"
@@ -101,8 +102,7 @@ class GraphWriter {
     bool CheckYScales() {
         for (std::size_t i = 0; i < m_graph.YCoorAxName.size(); ++i) {
             if (ItemOf(m_graph.YScales, i).ScaleType != ScaleTypeCode::kAxis) {
-                MERRLOG("CAxSelect::GetGraphAsIniData(): invalid y-scale type [%s]",
-                        m_graph.YCoorAxName[i].c_str());
+                MERRLOG(model_texts::kBadYScaleType, m_graph.YCoorAxName[i].c_str());
                 m_stopped = true;
                 return false;
             }
@@ -227,11 +227,11 @@ class GraphReader {
         const std::size_t axes = m_graph.YCoorAxName.size();
         const std::vector<std::string> colors = List("YCoorAxColor");
         if (colors.size() != axes) {
-            return "invalid number of colors";
+            return model_texts::kColorCount;
         }
         const std::vector<std::string> derivations = List("YCoorAxDerivation");
         if (derivations.size() != axes) {
-            return "invalid number of derivations";
+            return model_texts::kDerivationCount;
         }
         for (std::size_t i = 0; i < axes; ++i) {
             m_graph.YCoorAxColor.push_back(ReadUnsigned(colors[i]) & kColorMask);
@@ -248,7 +248,7 @@ class GraphReader {
         // Files from before there were triggers have neither list.
         const bool without_triggers = values.empty() && types.empty();
         if (!without_triggers && (values.size() != axes || types.size() != axes)) {
-            return "invalid number of trigger types or trigger values";
+            return model_texts::kTriggerCount;
         }
         for (std::size_t i = 0; i < axes; ++i) {
             TriggerEntry trigger{TriggerTypeCode::kNone, 0.0, m_graph.YCoorAxName[i]};
@@ -267,12 +267,12 @@ class GraphReader {
             case CodeOf(ScaleTypeCode::kTime):
                 scale.ScaleType = ScaleTypeCode::kTime;
                 scale.TimeRange = ReadDouble(Text("XScaleTime"));
-                return scale.TimeRange < kMinTimeRange ? "invalid time range XCoor" : nullptr;
+                return scale.TimeRange < kMinTimeRange ? model_texts::kXTimeRange : nullptr;
             case CodeOf(ScaleTypeCode::kAxis):
                 scale.ScaleType = ScaleTypeCode::kAxis;
                 break;
             default:
-                return "invalid XScaleType";
+                return model_texts::kXScaleType;
         }
         switch (Integer("XScaleAxType")) {
             case CodeOf(ScaleAxCode::kAutomatic):
@@ -282,11 +282,9 @@ class GraphReader {
                 scale.ScaleAx = ScaleAxCode::kManual;
                 scale.Maximum = ReadDouble(Text("XScaleAxMax"));
                 scale.Minimum = ReadDouble(Text("XScaleAxMin"));
-                return scale.Maximum < scale.Minimum
-                           ? "invalid min. or max., XScaleAxMax or XScaleAxMin"
-                           : nullptr;
+                return scale.Maximum < scale.Minimum ? model_texts::kXBounds : nullptr;
             default:
-                return "invalid XScaleType";
+                return model_texts::kXScaleType;
         }
     }
 
@@ -303,16 +301,16 @@ class GraphReader {
         const YScaleLists lists{List("YScaleType"), List("YScaleAxType"), List("YScaleAxMax"),
                                 List("YScaleAxMin")};
         if (lists.type.size() != axes) {
-            return "invalid number of YScaleType";
+            return model_texts::kYScaleTypeCount;
         }
         if (lists.ax_type.size() != axes) {
-            return "invalid number of YScaleAxType";
+            return model_texts::kYScaleAxTypeCount;
         }
         if (lists.maximum.size() != axes) {
-            return "invalid number of YScaleAxMax";
+            return model_texts::kYMaximumCount;
         }
         if (lists.minimum.size() != axes) {
-            return "invalid number of YScaleAxMin";
+            return model_texts::kYMinimumCount;
         }
         for (std::size_t i = 0; i < axes; ++i) {
             ScaleDefinition& scale = m_graph.YScales.emplace_back();
@@ -328,12 +326,12 @@ class GraphReader {
             case CodeOf(ScaleTypeCode::kTime):
                 scale.ScaleType = ScaleTypeCode::kTime;
                 scale.TimeRange = ReadDouble(Text("YScaleTime"));
-                return scale.TimeRange < kMinTimeRange ? "invalid time range YCoor" : nullptr;
+                return scale.TimeRange < kMinTimeRange ? model_texts::kYTimeRange : nullptr;
             case CodeOf(ScaleTypeCode::kAxis):
                 scale.ScaleType = ScaleTypeCode::kAxis;
                 break;
             default:
-                return "invalid YScaleType";
+                return model_texts::kYScaleType;
         }
         // Without bounds that are meant, the scale finds its own.
         scale.ScaleAx = ScaleAxCode::kAutomatic;
@@ -342,17 +340,14 @@ class GraphReader {
             scale.Maximum = ReadDouble(lists.maximum[i]);
             scale.Minimum = ReadDouble(lists.minimum[i]);
         }
-        return scale.Maximum < scale.Minimum ? "invalid min. or max., YScaleAxMax or YScaleAxMin"
-                                             : nullptr;
+        return scale.Maximum < scale.Minimum ? model_texts::kYBounds : nullptr;
     }
 
     void KeepOneYAxisOverAnAxis() {
         if (m_graph.XCoorType != CoorType::kAxis || m_graph.YCoorAxName.size() <= 1) {
             return;
         }
-        MERRLOG(
-            "CreateGraphsFromIniData(): only one axis on y-coor. is allowed "
-            "(x-coor.is an axis value). using first axis");
+        MERRLOG(model_texts::kOneYAxisAllowed);
         m_graph.YCoorAxName.resize(1);
         m_graph.YCoorAxColor.resize(1);
         m_graph.YCoorAxDerivation.resize(1);
@@ -436,7 +431,7 @@ bool CreateGraphsFromIniData(const MIniData& store, std::vector<WavoGraph>& grap
             continue;
         }
         if (const char* const error = GraphReader(store, section, graph).Read(min_fade_out_time)) {
-            MERRLOG("CAxSelect::CreateGraphsFromIniData(): %s", error);
+            MERRLOG(model_texts::kGraphRefused, error);
             error_text = std::string(error) + ", graph [" + section + "]";
             return false;
         }
