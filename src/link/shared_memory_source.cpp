@@ -96,12 +96,12 @@ bool SharedMemorySource::Connect(bool post) {
     if (m_state == State::kStopped) {  // while a batch waited for its message box
         return false;
     }
-    MasterInfo info;
-    const MasterInfoStatus status = ReadMasterInfo(m_channel, info);
-    if (status != MasterInfoStatus::kPresent) {
-        ForgetMaster(status == MasterInfoStatus::kRefused ? kRefused : kNotPresent);
+    Expected<std::optional<MasterInfo>> found = ReadMasterInfo(m_channel);
+    if (!found || !*found) {
+        ForgetMaster(found ? kNotPresent : kRefused);
         return false;
     }
+    MasterInfo& info = **found;
     if (m_announced_to != 0 && m_announced_to != info.master_window) {
         LeaveFormerMaster();
     }

@@ -91,10 +91,10 @@ bool DataExport::AskForPath(const std::vector<std::string>& axis_names, std::str
 void DataExport::WriteFile() {
     m_begin = m_clock();
     m_events_handled = m_begin;
-    const SaveValues::Result result = m_DataExport.CreateDataFile(
+    const Expected<SaveValues::Ending> ending = m_DataExport.CreateDataFile(
         [this](std::uint64_t written, std::uint64_t total) { return GoOn(written, total); });
     m_progress.reset();
-    if (result == SaveValues::Result::kFailed) {
+    if (!ending) {
         MERRLOG(view_texts::kDataFileNotWritten);
         m_surroundings.unwritten(m_path);
     }

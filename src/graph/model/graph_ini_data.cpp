@@ -9,6 +9,7 @@
 #include "graph/model/report_texts.h"
 #include "graph/model/stored_form.h"
 #include "support/diagnostics.h"
+#include "support/fault.h"
 #include "support/number_text.h"
 
 namespace wavo {
@@ -182,23 +183,27 @@ std::vector<std::string> SplitList(std::string text) {
     return items;
 }
 
-/// Reads one graph from its section. Its steps return null, or what is wrong in the words for the
-/// error log and the user.
+MaybeFault FaultIf(bool is_wrong, const char* why) {
+    return is_wrong ? MaybeFault(Fault{why}) : std::nullopt;
+}
+
+/// Reads one graph from its section. Its steps return what is wrong, in the words for the error log
+/// and the user.
 class GraphReader {
  public:
     GraphReader(const MIniData& store, const std::string& section, WavoGraph& graph)
         : m_store(store), m_section(section), m_graph(graph) {}
 
-    const char* Read(double min_fade_out_time) {
+    MaybeFault Read(double min_fade_out_time) {
         ReadModes();
-        if (const char* const error = ReadYAxes()) {
-            return error;
+        if (MaybeFault fault = ReadYAxes()) {
+            return fault;
         }
-        if (const char* const error = ReadXScale()) {
-            return error;
+        if (MaybeFault fault = ReadXScale()) {
+            return fault;
         }
-        if (const char* const error = ReadYScales()) {
-            return error;
+        if (MaybeFault fault = ReadYScales()) {
+            return fault;
         }
         KeepOneYAxisOverAnAxis();
         m_graph.InnerGuidingCircleDX = Radius("InnerGuidingCircleDX");
@@ -207,7 +212,7 @@ class GraphReader {
             m_graph.FadeOutTime = std::max(*time, min_fade_out_time);
         }
         m_graph.UpdateGuidingCircles();
-        return nullptr;
+        return std::nullopt;
     }
 
  private:
@@ -222,16 +227,16 @@ class GraphReader {
         }
     }
 
-    const char* ReadYAxes() {
+    MaybeFault ReadYAxes() {
         m_graph.YCoorAxName = List("YCoorAxName");
         const std::size_t axes = m_graph.YCoorAxName.size();
         const std::vector<std::string> colors = List("YCoorAxColor");
         if (colors.size() != axes) {
-            return model_texts::kColorCount;
+            return Fault{model_texts::kColorCount};
         }
         const std::vector<std::string> derivations = List("YCoorAxDerivation");
         if (derivations.size() != axes) {
-            return model_texts::kDerivationCount;
+            return Fault{model_texts::kDerivationCount};
         }
         for (std::size_t i = 0; i < axes; ++i) {
             m_graph.YCoorAxColor.push_back(ReadUnsigned(colors[i]) & kColorMask);
@@ -241,14 +246,14 @@ class GraphReader {
         return ReadTriggers();
     }
 
-    const char* ReadTriggers() {
+    MaybeFault ReadTriggers() {
         const std::size_t axes = m_graph.YCoorAxName.size();
         const std::vector<std::string> values = List("TriggerValue");
         const std::vector<std::string> types = List("TriggerType");
         // Files from before there were triggers have neither list.
         const bool without_triggers = values.empty() && types.empty();
         if (!without_triggers && (values.size() != axes || types.size() != axes)) {
-            return model_texts::kTriggerCount;
+            return Fault{model_texts::kTriggerCount};
         }
         for (std::size_t i = 0; i < axes; ++i) {
             TriggerEntry trigger{TriggerTypeCode::kNone, 0.0, m_graph.YCoorAxName[i]};
@@ -258,33 +263,33 @@ class GraphReader {
             }
             m_graph.Triggers.push_back(std::move(trigger));
         }
-        return nullptr;
+        return std::nullopt;
     }
 
-    const char* ReadXScale() {
+    MaybeFault ReadXScale() {
         ScaleDefinition& scale = m_graph.XScale;
         switch (Integer("XScaleType")) {
             case CodeOf(ScaleTypeCode::kTime):
                 scale.ScaleType = ScaleTypeCode::kTime;
                 scale.TimeRange = ReadDouble(Text("XScaleTime"));
-                return scale.TimeRange < kMinTimeRange ? model_texts::kXTimeRange : nullptr;
+                return FaultIf(scale.TimeRange < kMinTimeRange, model_texts::kXTimeRange);
             case CodeOf(ScaleTypeCode::kAxis):
                 scale.ScaleType = ScaleTypeCode::kAxis;
                 break;
             default:
-                return model_texts::kXScaleType;
+                return Fault{model_texts::kXScaleType};
         }
         switch (Integer("XScaleAxType")) {
             case CodeOf(ScaleAxCode::kAutomatic):
                 scale.ScaleAx = ScaleAxCode::kAutomatic;
-                return nullptr;
+                return std::nullopt;
             case CodeOf(ScaleAxCode::kManual):
                 scale.ScaleAx = ScaleAxCode::kManual;
                 scale.Maximum = ReadDouble(Text("XScaleAxMax"));
                 scale.Minimum = ReadDouble(Text("XScaleAxMin"));
-                return scale.Maximum < scale.Minimum ? model_texts::kXBounds : nullptr;
+                return FaultIf(scale.Maximum < scale.Minimum, model_texts::kXBounds);
             default:
-                return model_texts::kXScaleType;
+                return Fault{model_texts::kXScaleType};
         }
     }
 
@@ -296,42 +301,42 @@ class GraphReader {
         std::vector<std::string> minimum;
     };
 
-    const char* ReadYScales() {
+    MaybeFault ReadYScales() {
         const std::size_t axes = m_graph.YCoorAxName.size();
         const YScaleLists lists{List("YScaleType"), List("YScaleAxType"), List("YScaleAxMax"),
                                 List("YScaleAxMin")};
         if (lists.type.size() != axes) {
-            return model_texts::kYScaleTypeCount;
+            return Fault{model_texts::kYScaleTypeCount};
         }
         if (lists.ax_type.size() != axes) {
-            return model_texts::kYScaleAxTypeCount;
+            return Fault{model_texts::kYScaleAxTypeCount};
         }
         if (lists.maximum.size() != axes) {
-            return model_texts::kYMaximumCount;
+            return Fault{model_texts::kYMaximumCount};
         }
         if (lists.minimum.size() != axes) {
-            return model_texts::kYMinimumCount;
+            return Fault{model_texts::kYMinimumCount};
         }
         for (std::size_t i = 0; i < axes; ++i) {
             ScaleDefinition& scale = m_graph.YScales.emplace_back();
-            if (const char* const error = ReadYScale(lists, i, scale)) {
-                return error;
+            if (MaybeFault fault = ReadYScale(lists, i, scale)) {
+                return fault;
             }
         }
-        return nullptr;
+        return std::nullopt;
     }
 
-    const char* ReadYScale(const YScaleLists& lists, std::size_t i, ScaleDefinition& scale) {
+    MaybeFault ReadYScale(const YScaleLists& lists, std::size_t i, ScaleDefinition& scale) {
         switch (ReadInteger(lists.type[i])) {
             case CodeOf(ScaleTypeCode::kTime):
                 scale.ScaleType = ScaleTypeCode::kTime;
                 scale.TimeRange = ReadDouble(Text("YScaleTime"));
-                return scale.TimeRange < kMinTimeRange ? model_texts::kYTimeRange : nullptr;
+                return FaultIf(scale.TimeRange < kMinTimeRange, model_texts::kYTimeRange);
             case CodeOf(ScaleTypeCode::kAxis):
                 scale.ScaleType = ScaleTypeCode::kAxis;
                 break;
             default:
-                return model_texts::kYScaleType;
+                return Fault{model_texts::kYScaleType};
         }
         // Without bounds that are meant, the scale finds its own.
         scale.ScaleAx = ScaleAxCode::kAutomatic;
@@ -340,7 +345,7 @@ class GraphReader {
             scale.Maximum = ReadDouble(lists.maximum[i]);
             scale.Minimum = ReadDouble(lists.minimum[i]);
         }
-        return scale.Maximum < scale.Minimum ? model_texts::kYBounds : nullptr;
+        return FaultIf(scale.Maximum < scale.Minimum, model_texts::kYBounds);
     }
 
     void KeepOneYAxisOverAnAxis() {
@@ -430,9 +435,9 @@ bool CreateGraphsFromIniData(const MIniData& store, std::vector<WavoGraph>& grap
             }
             continue;
         }
-        if (const char* const error = GraphReader(store, section, graph).Read(min_fade_out_time)) {
-            MERRLOG(model_texts::kGraphRefused, error);
-            error_text = std::string(error) + ", graph [" + section + "]";
+        if (const MaybeFault fault = GraphReader(store, section, graph).Read(min_fade_out_time)) {
+            MERRLOG(model_texts::kGraphRefused, fault->text.c_str());
+            error_text = model_texts::RefusedGraph(fault->text, section);
             return false;
         }
         graphs.push_back(std::move(graph));

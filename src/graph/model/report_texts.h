@@ -3,6 +3,8 @@
 // former time.
 #pragma once
 
+#include <string>
+
 namespace wavo::model_texts {
 
 // The error log.
@@ -27,5 +29,10 @@ inline constexpr char kYMinimumCount[] = "invalid number of YScaleAxMin";
 inline constexpr char kYTimeRange[] = "invalid time range YCoor";
 inline constexpr char kYScaleType[] = "invalid YScaleType";
 inline constexpr char kYBounds[] = "invalid min. or max., YScaleAxMax or YScaleAxMin";
+
+/// What the user reads of it.
+inline std::string RefusedGraph(const std::string& why, const std::string& section) {
+    return why + ", graph [" + section + "]";
+}
 
 }  // namespace wavo::model_texts
