@@ -28,6 +28,10 @@ enum class FromMaster : std::uint32_t {
     kCapabilitiesChanged = 0x52F,  ///< the capability module is new
 };
 
+/// A master has begun to publish: posted to every viewer that can be found, known or not, with
+/// wParam and lParam 0. The number after those of FromMaster.
+inline constexpr std::uint32_t kMasterIsHere = 0x530;
+
 /// wParam of FromMaster::kValues; others are ignored.
 enum class ValuesNotice : std::uint64_t {
     kNewValues = 1,

@@ -23,11 +23,12 @@ std::size_t SaturatingProduct(std::size_t a, std::size_t b) {
 
 }  // namespace
 
-SharedMemorySource::SharedMemorySource(MasterChannel& channel)
+SharedMemorySource::SharedMemorySource(MasterChannel& channel, Clock clock)
     : m_channel(channel),
       m_watched(channel, [this](platform::WindowHandle master,
                                 platform::SendStatus status) { NoteOutcome(master, status); }),
-      m_capabilities(m_watched) {}
+      m_capabilities(m_watched),
+      m_clock(std::move(clock)) {}
 
 bool SharedMemorySource::CanStart() const {
     return !IsPresent() || m_state == State::kBroken || m_state == State::kRepaired;
@@ -73,6 +74,7 @@ const char* SharedMemorySource::LinkText() const {
 // ---- begin and end ----
 
 MaybeFault SharedMemorySource::Start() {
+    m_by_itself = false;
     if (!m_channel.Open(*this)) {
         Enter(State::kNoMaster, kNoMessageWindow);
         return Fault{kNoMessageWindow};
@@ -114,13 +116,14 @@ bool SharedMemorySource::Connect(bool post) {
     m_capabilities.SetMaster(info.master_window);
     m_info = std::move(info);
     m_description = {m_info.axis_names, m_info.cycle_time};
-    m_events->Described();
+    m_events->Described(m_by_itself);
     const char* const text = post ? kConnected : LinkText();
     Say(m_watched.IsSilent() ? kHung : text);
     return !post || GoOn();
 }
 
 void SharedMemorySource::Hold() {
+    m_by_itself = false;
     if (IsPresent()) {
         SayGoodbye(m_watched, m_info.master_window);
         CloseReader();
@@ -223,7 +226,7 @@ bool SharedMemorySource::Receive(ValueBatch& batch) {
     }
     m_read_fault_shown = false;
     if (std::exchange(m_lines_lost, false)) {
-        m_events->ValuesBegin();
+        m_events->ValuesBegin(false);
     }
     if (batch.count != 0 && m_why_broken != nullptr && !m_overrun_shown && IsPresent()) {
         Enter(m_state == State::kBroken ? State::kRepaired : State::kConnected, kConnected);
@@ -261,7 +264,7 @@ bool SharedMemorySource::OpenReader() {
         return false;
     }
     m_lines_lost = false;
-    m_events->ValuesBegin();
+    m_events->ValuesBegin(std::exchange(m_by_itself, false));
     return m_link_number == link;
 }
 
@@ -337,6 +340,9 @@ std::int64_t SharedMemorySource::OnMessage(const platform::Message& message) {
     if (m_state == State::kStopped) {
         return 0;
     }
+    if (message.number == kMasterIsHere) {
+        return OnMasterIsHere();
+    }
     const auto number = static_cast<FromMaster>(message.number);
     // What has waited here since before it hung says nothing; a batch at least is answered, so that
     // a master that still hangs is found out.
@@ -401,6 +407,35 @@ std::int64_t SharedMemorySource::OnQuit() {
     Stop();
     m_events->Quit();
     return 1;
+}
+
+std::int64_t SharedMemorySource::OnMasterIsHere() {
+    if (!m_comes_back) {
+        return 0;
+    }
+    if (!MayLook()) {
+        return 1;
+    }
+    if (IsPresent() && m_channel.Exists(m_info.master_window)) {
+        return 1;  // another one; ours goes on
+    }
+    OnPeerGone(m_info.master_window);
+    m_by_itself = true;
+    if (Connect(true)) {
+        m_looked.reset();
+        Enter(State::kConnected, kConnected);
+    }
+    return 1;
+}
+
+bool SharedMemorySource::MayLook() {
+    constexpr std::chrono::seconds kPause{1};
+    const auto now = m_clock();
+    if (m_looked && now - *m_looked < kPause) {
+        return false;
+    }
+    m_looked = now;
+    return true;
 }
 
 void SharedMemorySource::OnPeerGone(platform::WindowHandle window) {

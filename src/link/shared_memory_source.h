@@ -21,6 +21,8 @@
 //                                             kBroken     when that closes: closes the FIFO
 // FIFO damaged, nonsense    any               kBroken     tells the master goodbye, closes the FIFO
 // link ended, window gone   any               kNoMaster   closes the FIFO
+// a master tells that it    kNoMaster, or     kConnected  as Start, but what is shown stays
+// is here                   its master died
 // Stop, quit                any               kStopped    tells the master goodbye, closes the FIFO
 //
 // Whether the master answers is another matter and its channel's (WatchedChannel): one that does
@@ -35,12 +37,17 @@
 // 3. Lines behind lines that were lost are told as a begin (ValuesBegin) before they are handed
 // out.
 // 4. A link that was closed is answered nothing any more.
+// 5. Whoever says that a master is here, and however often: the viewer looks at most once a second
+//    whether its own master lives and what the info block says.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "link/ax_value_reader.h"
@@ -54,12 +61,16 @@ namespace wavo {
 
 class SharedMemorySource : public ValueSource, public MasterMessages {
  public:
-    /// `channel` is not owned and outlives the source.
-    explicit SharedMemorySource(MasterChannel& channel);
+    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+    /// `channel` is not owned and outlives the source. `clock` only ever goes forward.
+    explicit SharedMemorySource(MasterChannel& channel,
+                                Clock clock = std::chrono::steady_clock::now);
 
     // ValueSource
     void SetEvents(ValueSourceEvents* events) override { m_events = events; }
     MaybeFault Start() override;
+    void SetComesBack(bool comes_back) override { m_comes_back = comes_back; }
     void Hold() override;
     bool GoOn() override;
     void Stop() override;
@@ -109,6 +120,8 @@ class SharedMemorySource : public ValueSource, public MasterMessages {
     std::int64_t OnLinkEnded();
     std::int64_t OnOverrun();
     std::int64_t OnQuit();
+    std::int64_t OnMasterIsHere();
+    [[nodiscard]] bool MayLook();
 
     // The end of a link.
     /// Lines that are left in the FIFO are counted.
@@ -124,6 +137,7 @@ class SharedMemorySource : public ValueSource, public MasterMessages {
     MasterChannel& m_channel;
     WatchedChannel m_watched;
     SlaveGlobalCapabilities m_capabilities;
+    const Clock m_clock;
     ValueSourceEvents* m_events = nullptr;
 
     State m_state = State::kNoMaster;
@@ -143,6 +157,9 @@ class SharedMemorySource : public ValueSource, public MasterMessages {
     bool m_lines_lost = false;     // since the last batch that was taken, in a link that goes on
     bool m_overrun_shown = false;  // its box waits; the state may have gone on
     bool m_read_fault_shown = false;
+    bool m_comes_back = false;  // a master that tells of itself is connected to
+    bool m_by_itself = false;   // the link was made so, and its FIFO is not open yet
+    std::optional<std::chrono::steady_clock::time_point> m_looked;  // last, without success
 };
 
 }  // namespace wavo

@@ -1,6 +1,7 @@
 #include "session/acquisition.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <utility>
 
@@ -56,13 +57,23 @@ void Acquisition::ConnectByUser() {
 
 void Acquisition::InitialiseEditor() {
     const std::lock_guard guard(m_value_lock);
+    m_edited = m_source.Description();
     m_observer.EditDocument(true);
 }
 
 // ---- what the source tells ----
 
-void Acquisition::Described() {
+void Acquisition::SetRunning(bool running) {
+    m_running = running;
+    m_gap_waits = false;  // the graphs begin anew with the next start
+}
+
+void Acquisition::Described(bool by_itself) {
     const SourceDescription& description = m_source.Description();
+    if (by_itself && description == m_edited) {
+        return;  // all is known
+    }
+    m_is_new = true;
     // Buffers count in cycles: those of another cycle time hold other times.
     if (description.cycle_time != m_cycle_time) {
         m_streams.Drop();
@@ -83,7 +94,13 @@ void Acquisition::ShowHint(const std::string& text) {
     m_observer.PaneTextChanged(StatusPane::kMessage, text.empty() ? m_source.StateText() : text);
 }
 
-void Acquisition::ValuesBegin() {
+void Acquisition::ValuesBegin(bool by_itself) {
+    const bool is_new = std::exchange(m_is_new, false);
+    m_gap_waits = by_itself && !is_new;
+    if (m_gap_waits) {
+        m_streams.ListBuffers(AxisNames());
+        return;
+    }
     m_streams.Drop();
     RebuildGraphs();
 }
@@ -114,7 +131,7 @@ void Acquisition::ShowBatchFault(const std::string& text) {
 // ---- batches ----
 
 bool Acquisition::BatchReady() {
-    const Clock::time_point now = Clock::now();
+    const Clock::time_point now = m_now();
     ++m_counters.batches_announced;
     if (m_observer.IsDrawing()) {
         return RefuseBatch();
@@ -150,15 +167,21 @@ bool Acquisition::TakeBatch(Clock::time_point announced) {
     if (!is_received) {
         return false;
     }
+    const auto fills_gap = std::exchange(m_gap_waits, false);
     if (!m_running) {
+        m_last_values = announced;
         m_counters.lines_not_shown += batch.count;
-        MTRACE(4, session_texts::kReadyWhileStopped);
+        MTRACE(4, kReadyWhileStopped);
         Answer();
         return true;
     }
-    MTRACE(4, session_texts::kSettingValues);
+    if (fills_gap && m_last_values) {
+        FillGap(batch);
+    }
+    m_last_values = announced;
+    MTRACE(4, kSettingValues);
     m_streams.Distribute(batch);
-    MTRACE(4, session_texts::kValuesSet);
+    MTRACE(4, kValuesSet);
     m_counters.lines_shown += batch.count;
     // The answer to this one is then the only one of both.
     m_counters.batches_unanswered += m_batch == BatchState::kOwed ? 1 : 0;
@@ -215,11 +238,20 @@ void Acquisition::RebuildGraphs() {
     m_observer.GraphsChanged();
 }
 
+void Acquisition::FillGap(const ValueBatch& batch) {
+    const double since = std::chrono::duration<double>(m_batch_begin - *m_last_values).count();
+    const double lines = std::round(since / CycleTime()) - static_cast<double>(batch.count);
+    // One at least: the lines around it must not be joined.
+    m_streams.Skip(std::max(lines, 1.0));
+    // In a step of its own: no more new values at once than a buffer keeps.
+    m_observer.ValuesArrived();
+}
+
 void Acquisition::AnswerDrawn() {
     if (m_batch != BatchState::kOwed) {
         return;
     }
-    MTRACE(4, session_texts::kReadyAfterDrawing);
+    MTRACE(4, kReadyAfterDrawing);
     m_batch = BatchState::kAnswering;
     m_batch_times.drawing = Clock::now() - m_draw_begin;
     Answer();

@@ -6,7 +6,8 @@
 //    stopped. A refused or failed batch gets no answer.
 // 2. Every line that was read is counted in TotalLines, running or not; Counters accounts for every
 //    line and every batch.
-// 3. Curves begin anew behind lines that were lost: nothing is joined across the gap.
+// 3. Curves begin anew behind lines that were lost; behind a link that came back by itself they go
+//    on after missing values. Nothing is joined across a gap.
 // 4. Everything happens on the user interface thread. A message box runs an event loop, so that any
 //    handler can be entered while another one waits for its box.
 // 5. A batch that is announced while another one waits for its box is taken and answered when that
@@ -15,9 +16,11 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "graph/model/graph_list.h"
@@ -37,6 +40,8 @@ struct BatchTimes {
 
 class Acquisition final : public ValueSourceEvents {
  public:
+    using Clock = std::chrono::steady_clock;
+
     /// None of the references is owned; all outlive this object. `background` is that of the
     /// graphs: a new curve contrasts with it.
     Acquisition(ValueSource& source, GraphList& graphs, ValueStreams& streams,
@@ -53,7 +58,7 @@ class Acquisition final : public ValueSourceEvents {
     void AnswerDrawn();
 
     /// True = values go into the graphs.
-    void SetRunning(bool running) { m_running = running; }
+    void SetRunning(bool running);
     [[nodiscard]] bool IsRunning() const { return m_running; }
 
     [[nodiscard]] std::uint64_t TotalLines() const { return m_total_lines; }
@@ -73,18 +78,19 @@ class Acquisition final : public ValueSourceEvents {
 
     // ValueSourceEvents
     bool BatchReady() override;
-    void Described() override;
+    void Described(bool by_itself) override;
     void StateChanged() override;
-    void ValuesBegin() override;
+    void ValuesBegin(bool by_itself) override;
     void Closed() override;
     void Ended() override;
     void Quit() override;
     void ShowFault(const std::string& text) override { m_observer.ShowError(text); }
     void ShowBatchFault(const std::string& text) override;
 
- private:
-    using Clock = std::chrono::steady_clock;
+    /// Takes the time from `now`, for tests.
+    void SetClock(std::function<Clock::time_point()> now) { m_now = std::move(now); }
 
+ private:
     /// What is under way with the batch of now.
     enum class BatchState {
         kNone,
@@ -100,6 +106,8 @@ class Acquisition final : public ValueSourceEvents {
     void TakeGraphs();
     void AddDefaultGraph();
     void RebuildGraphs();
+    /// Puts missing values where a link that came back by itself had none.
+    void FillGap(const ValueBatch& batch);
     void Answer();
 
     ValueSource& m_source;
@@ -112,14 +120,19 @@ class Acquisition final : public ValueSourceEvents {
     std::uint64_t m_total_lines = 0;  // since the link was ended last
     LinkCounters m_counters;          // without those of the source
     double m_cycle_time = 0.0;        // that the buffers count in
+    SourceDescription m_edited;       // what the graph editor knows of the source
     BatchState m_batch = BatchState::kNone;
     std::optional<Clock::time_point> m_next_announced;  // while another one was being taken
     std::vector<std::string> m_boxes_closed;            // since the last batch from outside
     bool m_running = true;
+    bool m_is_new = false;         // the lines to come are not of the same axes as those before
+    bool m_gap_waits = false;      // before the lines to come some are missing
     bool m_refusal_shown = false;  // the box that a batch came while drawing waits
     BatchTimes m_batch_times;
     Clock::time_point m_batch_begin{};
     Clock::time_point m_draw_begin{};
+    std::optional<Clock::time_point> m_last_values;  // when lines came last
+    std::function<Clock::time_point()> m_now = Clock::now;
 };
 
 }  // namespace wavo

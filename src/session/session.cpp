@@ -35,6 +35,7 @@ void Session::ReadSettings(const std::string& graph_file) {
 
 void Session::Begin(const std::string& graph_file) {
     RebuildGraphs();  // something to see until a master and a graph file are there
+    m_source.SetComesBack(m_settings.AutoConnect());
     m_source.Start();
     const std::string& file = graph_file.empty() ? m_settings.File() : graph_file;
     if (!file.empty()) {

@@ -6,6 +6,8 @@
 #include "session/report_texts.h"
 #include "settings/view_settings_file.h"
 #include "support/diagnostics.h"
+#include "support/mini_data.h"
+#include "support/number_text.h"
 
 namespace wavo {
 
@@ -24,6 +26,14 @@ std::string DefaultSettingsFile() {
     return folder + platform::PathSeparator() + kSettingsFile;
 }
 
+/// 0 says no; whatever else stands there, or nothing, yes.
+bool ReadAutoConnect(const std::string& file) {
+    MIniData store;
+    std::string value;
+    return !store.Open(file) || !store.GetStringEntry("GENERAL", "AutoConnect", value) ||
+           ReadWholeNumber(value) != 0;
+}
+
 }  // namespace
 
 bool SettingsStore::Read() {
@@ -32,7 +42,9 @@ bool SettingsStore::Read() {
         m_current = DefaultViewSettings();
         return false;
     }
-    return ReadProperties(m_file, m_current);
+    const bool is_written = ReadProperties(m_file, m_current);
+    m_auto_connect = ReadAutoConnect(m_file);
+    return is_written;
 }
 
 bool SettingsStore::Save() {

@@ -23,12 +23,17 @@ class SettingsStore {
     /// The file that was read; empty without a data folder.
     [[nodiscard]] const std::string& File() const { return m_file; }
 
+    /// The viewer connects by itself to a master that tells of itself (entry AutoConnect of the
+    /// settings file, 1 by default; graph files have none).
+    [[nodiscard]] bool AutoConnect() const { return m_auto_connect; }
+
     /// Takes the settings of a graph file; those of a first start from one that is not there.
     void ReadFrom(const std::string& graph_file);
 
  private:
     ViewSettings m_current;
     std::string m_file;
+    bool m_auto_connect = true;
 };
 
 }  // namespace wavo

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "graph/values/missing_value.h"
 #include "session/report_texts.h"
 #include "support/diagnostics.h"
 
@@ -69,6 +70,19 @@ void ValueStreams::Distribute(const ValueBatch& batch) {
         for (GraphValue* const value : m_distribution[a]) {
             value->SetValues(batch.lines + a, batch.count, batch.axes);
         }
+    }
+}
+
+void ValueStreams::Skip(double lines) {
+    constexpr double kMost = 9e15;  // counts that a double tells apart
+    const auto count = static_cast<std::int64_t>(std::min(lines, kMost));
+    const double none = NoSample();
+    m_lines += count;
+    for (GraphValue& value : m_registry.Values()) {
+        const auto held = static_cast<std::int64_t>(
+            std::min<std::uint64_t>(value.Capacity(), static_cast<std::uint64_t>(count)));
+        value.ExpectLine(m_lines - held);
+        value.SetValues(&none, static_cast<std::size_t>(held), 0);
     }
 }
 

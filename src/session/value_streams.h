@@ -43,6 +43,10 @@ class ValueStreams {
     /// Hands the lines of a batch to the buffers, in order.
     void Distribute(const ValueBatch& batch);
 
+    /// Lines that nobody has: each buffer that takes values gets missing ones in their place, at
+    /// most as many as it holds. `lines` may be beyond every number.
+    void Skip(double lines);
+
     /// The new values of all buffers were shown.
     void EmptyNewValues();
     void Reset();

@@ -58,12 +58,13 @@ class ValueSourceEvents {
 
     /// A batch can be taken. True when it was.
     virtual bool BatchReady() = 0;
-    /// What the lines are was looked up anew; it may be the same.
-    virtual void Described() = 0;
+    /// What the lines are was looked up anew; it may be the same. `by_itself`: nobody has asked for
+    /// it, so what is shown stays as far as it can.
+    virtual void Described(bool by_itself) = 0;
     /// The text about the source, or whether it can be started, may be another one.
     virtual void StateChanged() = 0;
-    /// The next lines do not follow those before.
-    virtual void ValuesBegin() = 0;
+    /// The next lines do not follow those before. `by_itself`: as above.
+    virtual void ValuesBegin(bool by_itself) = 0;
     /// Batches that are announced or not answered are void.
     virtual void Closed() = 0;
     /// The other side has ended the link in order.
@@ -85,6 +86,8 @@ class ValueSource {
 
     /// Looks for the values and lets them come. A fault, for the user, when there are none.
     virtual MaybeFault Start() = 0;
+    /// Whether the source may start by itself as soon as there is somebody again.
+    virtual void SetComesBack(bool /*comes_back*/) {}
     /// Lets no more values come until GoOn.
     virtual void Hold() = 0;
     /// False when nothing is there to go on with.

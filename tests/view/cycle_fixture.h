@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -158,7 +159,8 @@ class CycleFixture : public ::testing::Test {
     FakeMasterChannel m_channel;
     FakeEditor m_editor;
     FakeHost m_host{m_editor};
-    SharedMemorySource m_source{m_channel};
+    std::chrono::steady_clock::time_point m_now{};
+    SharedMemorySource m_source{m_channel, [this] { return m_now; }};
     Session m_session{m_source, m_board, m_host};
     GraphList& m_graphs = m_session.Graphs();
     ValueStreams& m_streams = m_session.Streams();

@@ -29,7 +29,9 @@ struct NoLimits : AxisLimitsSource {
 class Lines : public ValueSource {
  public:
     void SetEvents(ValueSourceEvents* e) override { events = e; }
-    MaybeFault Start() override { return events->Described(), events->ValuesBegin(), std::nullopt; }
+    MaybeFault Start() override {
+        return events->Described(false), events->ValuesBegin(false), std::nullopt;
+    }
     void Hold() override {}
     bool GoOn() override { return true; }
     void Stop() override {}
