@@ -1,7 +1,6 @@
 #include "link/shared_mem.h"
 
 #include <algorithm>
-#include <cinttypes>
 #include <mutex>
 
 #include "link/report_texts.h"

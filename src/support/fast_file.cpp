@@ -2,9 +2,7 @@
 
 #include <cassert>
 #include <cstring>
-#include <new>
 #include <stdexcept>
-#include <utility>
 
 #include "platform/last_error.h"
 #include "support/byte_scan.h"

@@ -1,6 +1,5 @@
 // Writing of whole files.
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>

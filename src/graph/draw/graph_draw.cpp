@@ -3,7 +3,6 @@
 #include <QFontMetrics>
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 #include "graph/draw/report_texts.h"
 #include "graph/values/missing_value.h"

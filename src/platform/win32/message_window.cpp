@@ -14,7 +14,6 @@
 
 #include "platform/core_window.h"
 #include "platform/last_error.h"
-#include "platform/process.h"
 #include "platform/win32/handle.h"
 #include "platform/win32/peer_watch.h"
 #include "platform/win32/termination.h"

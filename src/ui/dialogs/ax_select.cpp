@@ -4,10 +4,8 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <algorithm>
 #include <utility>
 
-#include "support/diagnostics.h"
 #include "support/number_text.h"
 #include "ui/dialogs/color_field.h"
 #include "ui/dialogs/curve_palette.h"

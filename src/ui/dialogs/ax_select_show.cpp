@@ -1,10 +1,8 @@
 // Showing: every control from the record of a graph.
 #include <QComboBox>
-#include <algorithm>
 
 #include "graph/draw/display_settings.h"
 #include "support/diagnostics.h"
-#include "support/number_text.h"
 #include "ui/dialogs/ax_select.h"
 #include "ui/dialogs/color_field.h"
 #include "ui/dialogs/graph_edits.h"

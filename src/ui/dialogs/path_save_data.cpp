@@ -124,8 +124,7 @@ void PathSaveData::accept() {
 
 void PathSaveData::ChoosePath() {
     const std::optional<std::string> path =
-        AskForFile(this, {FileQuestion::Purpose::kSave,
-                          "txt",
+        AskForFile(this, {"txt",
                           m_path_edit->text().toStdString(),
                           {{"Data Files", "*.txt"}, {"All Files", "*.*"}}});
     if (!path.has_value()) {
