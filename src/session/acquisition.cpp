@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <mutex>
 #include <utility>
 
 #include "session/report_texts.h"
@@ -27,7 +28,7 @@ const std::string& ChooseDefaultAxis(const std::vector<std::string>& names) {
 }  // namespace
 
 Acquisition::Acquisition(ValueSource& source, GraphList& graphs, ValueStreams& streams,
-                         SessionObserver& observer, std::recursive_mutex& value_lock,
+                         SessionObserver& observer, OrderedMutex& value_lock,
                          const ColorRef& background)
     : m_source(source),
       m_graphs(graphs),
@@ -59,6 +60,11 @@ void Acquisition::InitialiseEditor() {
     const std::lock_guard guard(m_value_lock);
     m_edited = m_source.Description();
     m_observer.EditDocument(true);
+}
+
+void Acquisition::RebuildGraphs() {
+    const std::lock_guard guard(m_value_lock);
+    m_observer.GraphsChanged();
 }
 
 // ---- what the source tells ----
@@ -231,11 +237,6 @@ void Acquisition::AddDefaultGraph() {
     graph.InitGraph(m_graphs.FreeNumber(), ChooseDefaultAxis(AxisNames()).c_str(), m_background,
                     &m_source.Limits());
     m_graphs.Add(graph);  // it gets its buffers before the values of this batch are handed out
-}
-
-void Acquisition::RebuildGraphs() {
-    const std::lock_guard guard(m_value_lock);
-    m_observer.GraphsChanged();
 }
 
 void Acquisition::FillGap(const ValueBatch& batch) {

@@ -129,7 +129,7 @@ void GraphFiles::New() {
     m_observer.TitleChanged("new");
     m_additional_text.clear();
     m_graphs.Replace({});
-    m_observer.GraphsChanged();
+    m_acquisition.RebuildGraphs();
 }
 
 void GraphFiles::ShowRunTitle() {

@@ -61,11 +61,6 @@ void Session::OnGraphChange(const GraphChange& change) {
     RebuildGraphs();
 }
 
-void Session::RebuildGraphs() {
-    const std::lock_guard guard(m_value_lock);
-    m_observer.GraphsChanged();
-}
-
 void Session::SetTraceLevel() const {
     _MTrace_SetLevel("default",
                      static_cast<unsigned>(std::max(0, m_settings.Current().trace_level)));
