@@ -46,7 +46,6 @@ void SharedMemorySource::Enter(State state, const char* text) {
     switch (m_state) {
         case State::kNoMaster:
             m_info.master_window = 0;
-            m_watched.SetSilent(false);
             break;
         case State::kOverrun:
         case State::kBroken:
@@ -100,7 +99,8 @@ bool SharedMemorySource::Connect(bool post) {
     }
     Expected<std::optional<MasterInfo>> found = ReadMasterInfo(m_channel);
     if (!found || !*found) {
-        ForgetMaster(found ? kNotPresent : kRefused);
+        // One that hangs may still be there: lookups of limits go on sparing it.
+        Enter(State::kNoMaster, found ? kNotPresent : kRefused);
         return false;
     }
     MasterInfo& info = **found;
@@ -202,6 +202,11 @@ void SharedMemorySource::BreakLink(const char* why) {
     }
     CloseReader();
     Enter(State::kBroken, why);
+}
+
+void SharedMemorySource::ForgetMaster(const char* why) {
+    m_watched.SetSilent(false);
+    Enter(State::kNoMaster, why);
 }
 
 // ---- batches ----

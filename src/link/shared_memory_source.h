@@ -127,7 +127,7 @@ class SharedMemorySource : public ValueSource, public MasterMessages {
     /// Lines that are left in the FIFO are counted.
     void CloseReader();
     void BreakLink(const char* why);
-    void ForgetMaster(const char* why) { Enter(State::kNoMaster, why); }
+    void ForgetMaster(const char* why);
     /// Another master has taken the place of the one that the viewer had announced itself to.
     void LeaveFormerMaster();
     /// Tells a master that the viewer leaves; one that hangs is not waited for.
