@@ -1,7 +1,6 @@
 #include "master/demo_options.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <optional>
 #include <string_view>
@@ -12,44 +11,6 @@ namespace {
 
 constexpr double kShortestCycle = 1e-5;
 constexpr double kLongestCycle = 10.0;
-constexpr std::uint64_t kMostFifoLines = 100'000'000;
-
-std::vector<std::string> Split(std::string_view text, char separator) {
-    std::vector<std::string> parts;
-    while (true) {
-        const auto end = text.find(separator);
-        parts.emplace_back(text.substr(0, end));
-        if (end == std::string_view::npos) {
-            return parts;
-        }
-        text.remove_prefix(end + 1);
-    }
-}
-
-template <typename Number>
-std::optional<Number> ParseWhole(std::string_view text) {
-    Number value{};
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
-    if (result.ec != std::errc() || result.ptr != end) {
-        return std::nullopt;
-    }
-    return value;
-}
-
-/// Reads one option's value into the options; returns what is wrong with it, or nothing.
-using SetOption = std::string (*)(std::string_view value, DemoOptions* options);
-
-std::string SetCount(std::string_view value, std::uint64_t lowest, std::uint64_t highest,
-                     std::uint64_t* count) {
-    const auto number = ParseWhole<std::uint64_t>(value);
-    if (!number || *number < lowest || *number > highest) {
-        return "not a whole number from " + std::to_string(lowest) + " to " +
-               std::to_string(highest);
-    }
-    *count = *number;
-    return {};
-}
 
 constexpr std::uint64_t kMostLines = 1'000'000'000'000'000;
 
@@ -69,16 +30,7 @@ std::string SetSeed(std::string_view value, DemoOptions* options) {
 }
 
 std::string SetAxes(std::string_view value, DemoOptions* options) {
-    options->axes = Split(value, ',');
-    for (auto axis = options->axes.begin(); axis != options->axes.end(); ++axis) {
-        if (axis->empty()) {
-            return "an axis name is empty";
-        }
-        if (std::find(options->axes.begin(), axis, *axis) != axis) {
-            return "axis " + *axis + " is there twice";
-        }
-    }
-    return {};
+    return SetAxisNames(value, &options->axes);
 }
 
 std::string SetCycle(std::string_view value, DemoOptions* options) {
@@ -181,30 +133,22 @@ std::string SetLimits(std::string_view value, DemoOptions* options) {
     return {};
 }
 
-struct ValueOption {
-    std::string_view name;
-    SetOption set;
-};
-constexpr ValueOption kValueOptions[] = {{"--recording", SetRecording},
-                                         {"--motion", SetMotion},
-                                         {"--seed", SetSeed},
-                                         {"--axes", SetAxes},
-                                         {"--cycle", SetCycle},
-                                         {"--loop", SetLoop},
-                                         {"--announce", SetAnnounce},
-                                         {"--lines", SetLines},
-                                         {"--fifo-lines", SetFifoLines},
-                                         {"--speed", SetSpeed},
-                                         {"--limits", SetLimits},
-                                         {"--fault", SetFault},
-                                         {"--fault-after", SetFaultAfter}};
+constexpr ValueOption<DemoOptions> kValueOptions[] = {{"--recording", SetRecording},
+                                                      {"--motion", SetMotion},
+                                                      {"--seed", SetSeed},
+                                                      {"--axes", SetAxes},
+                                                      {"--cycle", SetCycle},
+                                                      {"--loop", SetLoop},
+                                                      {"--announce", SetAnnounce},
+                                                      {"--lines", SetLines},
+                                                      {"--fifo-lines", SetFifoLines},
+                                                      {"--speed", SetSpeed},
+                                                      {"--limits", SetLimits},
+                                                      {"--fault", SetFault},
+                                                      {"--fault-after", SetFaultAfter}};
 
-struct Switch {
-    std::string_view name;
-    bool DemoOptions::*flag;
-};
-constexpr Switch kSwitches[] = {{"--wait-viewer", &DemoOptions::wait_viewer},
-                                {"--stay", &DemoOptions::stay}};
+constexpr Switch<DemoOptions> kSwitches[] = {{"--wait-viewer", &DemoOptions::wait_viewer},
+                                             {"--stay", &DemoOptions::stay}};
 
 /// Options that contradict each other.
 std::string WhyNotTogether(const std::vector<std::string_view>& given) {
@@ -225,37 +169,10 @@ std::string WhyNotTogether(const std::vector<std::string_view>& given) {
 OptionsOutcome ParseDemoOptions(std::span<const std::string> arguments, DemoOptions* options,
                                 std::string* error) {
     std::vector<std::string_view> given;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string_view argument = arguments[i];
-        if (argument == "--help" || argument == "-h") {
-            return OptionsOutcome::kHelp;
-        }
-        if (argument == "--version") {
-            return OptionsOutcome::kVersion;
-        }
-        const auto equals = argument.find('=');
-        const std::string_view name = argument.substr(0, equals);
-        given.push_back(name);
-        const auto flag = std::ranges::find(kSwitches, argument, &Switch::name);
-        if (flag != std::end(kSwitches)) {
-            options->*(flag->flag) = true;
-            continue;
-        }
-        const auto option = std::ranges::find(kValueOptions, name, &ValueOption::name);
-        if (option == std::end(kValueOptions)) {
-            *error = "unknown argument \"" + arguments[i] + "\"";
-            return OptionsOutcome::kError;
-        }
-        if (equals == std::string_view::npos && i + 1 == arguments.size()) {
-            *error = std::string(name) + " needs a value";
-            return OptionsOutcome::kError;
-        }
-        const std::string_view value =
-            equals == std::string_view::npos ? arguments[++i] : argument.substr(equals + 1);
-        if (const std::string wrong = option->set(value, options); !wrong.empty()) {
-            *error = std::string(name) + " \"" + std::string(value) + "\": " + wrong;
-            return OptionsOutcome::kError;
-        }
+    const OptionsOutcome outcome =
+        ReadArguments<DemoOptions>(arguments, kValueOptions, kSwitches, options, &given, error);
+    if (outcome != OptionsOutcome::kRun) {
+        return outcome;
     }
     *error = WhyNotTogether(given);
     return error->empty() ? OptionsOutcome::kRun : OptionsOutcome::kError;

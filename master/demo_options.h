@@ -8,6 +8,7 @@
 
 #include "master/capability_module.h"
 #include "master/motions.h"
+#include "master/options.h"
 
 namespace wavo::master {
 
@@ -41,8 +42,6 @@ struct DemoOptions {
     Fault fault = Fault::kNone;
     std::uint64_t fault_after = 1000;
 };
-
-enum class OptionsOutcome { kRun, kHelp, kVersion, kError };
 
 /// Reads the arguments after the program's name. kError: `*error` tells what is wrong with them.
 OptionsOutcome ParseDemoOptions(std::span<const std::string> arguments, DemoOptions* options,

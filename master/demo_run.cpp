@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "master/demo_faults.h"
+#include "master/master_report.h"
 #include "master/source_limits.h"
 #include "platform/folders.h"
 #include "platform/process.h"
@@ -21,24 +22,7 @@ using std::chrono::milliseconds;
 
 /// Longest wait for messages, so that a request to end is noticed.
 constexpr milliseconds kLongestWait{50};
-constexpr milliseconds kTimeToTakeRest{10000};
-constexpr milliseconds kTimeToTakeRestOnRequest{500};
 constexpr std::uint64_t kLinesBetweenMessages = 256;
-
-void PrintCounters(const char* who, const Counters& counters) {
-    std::printf("%s: lines sent %" PRIu64 ", batches answered %" PRIu64 ", overruns %" PRIu64 "\n",
-                who, counters.lines_sent, counters.batches_answered, counters.overruns);
-    std::fflush(stdout);
-}
-
-std::string ViewerName(const ViewerState& viewer) {
-    return "viewer " + std::to_string(viewer.window);
-}
-
-void PrintEvent(const ViewerState& viewer, const char* what) {
-    std::printf("%s %s\n", ViewerName(viewer).c_str(), what);
-    std::fflush(stdout);
-}
 
 std::uint64_t EndOf(const DemoOptions& options, const LineSource& source) {
     std::uint64_t end = std::numeric_limits<std::uint64_t>::max();
@@ -95,9 +79,7 @@ bool DemoRun::StartPublishing() {
             std::chrono::duration<double>(m_options.announce_interval));
     }
     const auto left = [this] { m_abandoned = m_abandoned || m_publisher->ConnectedCount() == 0; };
-    PublisherEvents events;
-    events.connected = [](const ViewerState& viewer) { PrintEvent(viewer, "connected"); };
-    events.overrun = [](const ViewerState& viewer) { PrintEvent(viewer, "overrun"); };
+    PublisherEvents events = PrintedEvents();
     events.disconnected = [left](const ViewerState& viewer) {
         PrintEvent(viewer, "disconnected");
         left();
@@ -112,14 +94,7 @@ bool DemoRun::StartPublishing() {
         std::fprintf(stderr, "demo_master: %s\n", error.c_str());
         return false;
     }
-    std::printf("demo_master: window %" PRIu64 ", cycle time %g s, value FIFO %" PRIu64
-                " lines, axes",
-                m_publisher->window(), m_options.cycle_time, m_options.fifo_lines);
-    for (const std::string& axis : m_source->AxisNames()) {
-        std::printf(" %s", axis.c_str());
-    }
-    std::printf("\n");
-    std::fflush(stdout);
+    PrintStart("demo_master", *m_publisher);
     return true;
 }
 
@@ -257,22 +232,10 @@ void DemoRun::Overrun() {
 }
 
 void DemoRun::Finish() {
-    // Viewers that are about to open their FIFO, or still reading, may do so.
-    const bool on_request = platform::TerminationRequested();
-    const Clock::time_point end =
-        Clock::now() + (on_request ? kTimeToTakeRestOnRequest : kTimeToTakeRest);
-    while (!m_publisher->WaitUntilTaken(kLongestWait) && Clock::now() < end &&
-           (on_request || !platform::TerminationRequested())) {
-    }
-    const std::vector<ViewerState> viewers = m_publisher->Viewers();
-    m_publisher->End();
     if (m_status_due) {
         std::fprintf(stderr, "\n");
     }
-    for (const ViewerState& viewer : viewers) {
-        PrintCounters(ViewerName(viewer).c_str(), viewer.counters);
-    }
-    PrintCounters("total", m_publisher->Total());
+    EndInOrder(m_publisher.get());
 }
 
 void DemoRun::ShowStatus() {

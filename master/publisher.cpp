@@ -139,6 +139,9 @@ std::unique_ptr<MasterPublisher> MasterPublisher::Start(PublisherOptions options
     if (!publisher->PublishInfoBlock(error)) {
         return nullptr;
     }
+    publisher->m_untold = platform::MessageWindows();
+    std::erase(publisher->m_untold, publisher->window());
+    publisher->Announce();
     return publisher;
 }
 
@@ -164,6 +167,10 @@ bool MasterPublisher::PublishInfoBlock(std::string* error) {
     std::atomic_ref<std::uint64_t>(shared->master_window)
         .store(m_window->handle(), std::memory_order_release);
     return true;
+}
+
+int MasterPublisher::PollDescriptor() const {
+    return m_window ? m_window->PollDescriptor() : -1;
 }
 
 platform::WindowHandle MasterPublisher::window() const {
@@ -214,7 +221,7 @@ void MasterPublisher::Connect(platform::WindowHandle window) {
         // 5. It goes on with that FIFO. An announced batch that it refused was never answered, so
         // the wait for the answer has an end.
         if (viewer.batch_out) {
-            viewer.batch_lost_at = Clock::now() + kBatchGrace;
+            viewer.batch_lost_at = Clock::now() + m_options.batch_grace;
         }
     } else {
         // An answer to a batch in a FIFO that was damaged will not come.
@@ -307,9 +314,23 @@ void MasterPublisher::Fill(ViewerMap::value_type& place, std::span<const double>
         ++viewer.counters.lines_sent;
         return;
     }
+    RunOver(place);
+}
+
+void MasterPublisher::RunOver(ViewerMap::value_type& place) {
+    Viewer& viewer = place.second;
     viewer.overrun = true;
     ++viewer.counters.overruns;
     Notify(m_events.overrun, StateOf(place.first, true, viewer.counters));
+}
+
+void MasterPublisher::LinesLost() {
+    for (auto& place : m_viewers) {
+        if (place.second.connected && !place.second.overrun) {
+            RunOver(place);
+        }
+    }
+    TendAll();
 }
 
 /// Posts what is due to a viewer: news of its limits, the overrun, or the next batch. What finds
@@ -336,7 +357,9 @@ bool MasterPublisher::Tend(ViewerMap::value_type& place) {
     std::optional<Clock::time_point> now;
     if (m_options.announce_interval > std::chrono::nanoseconds::zero()) {
         now = Clock::now();
-        if (viewer.announced_at && *now - *viewer.announced_at < m_options.announce_interval) {
+        const bool is_early =
+            viewer.announced_at && *now - *viewer.announced_at < m_options.announce_interval;
+        if (is_early && viewer.fifo.Waiting() <= m_options.fifo_lines / 2) {
             return true;
         }
     }
@@ -347,6 +370,13 @@ bool MasterPublisher::Tend(ViewerMap::value_type& place) {
     viewer.announced_at = now;
     ++viewer.counters.batches_announced;
     return true;
+}
+
+/// A window that takes no message just now is told with a later Serve.
+void MasterPublisher::Announce() {
+    std::erase_if(m_untold, [this](platform::WindowHandle window) {
+        return m_window->Post(window, {kMasterIsHere, 0, 0}) || !platform::WindowExists(window);
+    });
 }
 
 void MasterPublisher::TendAll() {
@@ -414,6 +444,7 @@ void MasterPublisher::Serve(std::chrono::nanoseconds timeout) {
     } else {
         m_window->WaitAndDispatch(timeout);
     }
+    Announce();
     TendAll();
 }
 

@@ -6,7 +6,7 @@
 // Invariants:
 // 1. Never waits for a viewer: messages to viewers are posted, a full FIFO is an overrun.
 // 2. At most one batch per viewer is announced and not yet answered. (A viewer that connects again
-//    without having answered gets kBatchGrace for it; after that the batch counts as lost.)
+//    without having answered gets batch_grace for it; after that the batch counts as lost.)
 // 3. Lines reach a viewer in the order of publishing, without a gap between its connect and its
 //    disconnect or overrun.
 // 4. Connect and disconnect may come in any order and any number of times: a disconnect is sent
@@ -35,14 +35,20 @@
 
 namespace wavo::master {
 
+/// How long a batch may stay unanswered after its viewer connected again, unless the options say
+/// otherwise.
+inline constexpr std::chrono::milliseconds kBatchGrace{1000};
+
 struct PublisherOptions {
     std::vector<std::string> axis_names;  ///< one double of each in every line, in this order
     double cycle_time = 0.001;            ///< seconds per line
     std::uint64_t fifo_lines = 10000;     ///< slots of each value FIFO; one less can wait
     std::vector<AxisLimits> limits;       ///< empty: none are announced
-    /// Least time between two announcements to a viewer. Zero: a viewer that is ready gets what
-    /// there is at once, and draws as often as it can.
+    /// Least time between two announcements to a viewer, unless its FIFO is more than half full.
+    /// Zero: a viewer that is ready gets what there is at once, and draws as often as it can.
     std::chrono::nanoseconds announce_interval{0};
+    /// How long a batch may stay unanswered after its viewer connected again.
+    std::chrono::nanoseconds batch_grace = kBatchGrace;
 };
 
 struct Counters {
@@ -73,12 +79,9 @@ struct PublisherEvents {
 
 class MasterPublisher {
  public:
-    /// How long a batch may stay unanswered after its viewer connected again.
-    static constexpr std::chrono::milliseconds kBatchGrace{1000};
-
-    /// Starts publishing. Returns null on failure and the reason in words in `*error`: another
-    /// master runs, options that cannot be published, or a failure of the system. What a dead
-    /// master left behind is replaced.
+    /// Starts publishing, and tells the viewers that are there already. Returns null on failure and
+    /// the reason in words in `*error`: another master runs, options that cannot be published, or a
+    /// failure of the system. What a dead master left behind is replaced.
     static std::unique_ptr<MasterPublisher> Start(PublisherOptions options, PublisherEvents events,
                                                   std::string* error);
 
@@ -90,6 +93,13 @@ class MasterPublisher {
     /// The window that viewers send to; 0 after End.
     [[nodiscard]] platform::WindowHandle window() const;
 
+    /// What is published.
+    [[nodiscard]] const PublisherOptions& options() const { return m_options; }
+
+    /// Descriptor that is readable while Serve has work; -1 where there is none (Windows: the
+    /// thread's messages tell).
+    [[nodiscard]] int PollDescriptor() const;
+
     /// Writes one line for every connected viewer and announces it where the viewer is ready.
     /// A viewer without room is told of the overrun once and gets nothing until it connects again.
     /// REQUIRES: `line` has one value per axis.
@@ -98,6 +108,10 @@ class MasterPublisher {
     /// Lines that every viewer being filled could take now; kNoViewer when there is none.
     [[nodiscard]] std::uint64_t Room() const;
     static constexpr std::uint64_t kNoViewer = ~std::uint64_t{0};
+
+    /// The source of the lines has lost some: ends the stream of every viewer that is being filled
+    /// as a full FIFO does. Each of them goes on when it connects again.
+    void LinesLost();
 
     /// Handles messages; waits up to `timeout` for the first one. With zero only what is there.
     void Serve(std::chrono::nanoseconds timeout);
@@ -161,6 +175,8 @@ class MasterPublisher {
     void CapabilitiesRead(ViewerMap::iterator viewer);
 
     void Fill(ViewerMap::value_type& viewer, std::span<const double> line);
+    void RunOver(ViewerMap::value_type& viewer);
+    void Announce();
     bool Tend(ViewerMap::value_type& viewer);
     void TendAll();
     bool Tell(ViewerMap::value_type& viewer, FromMaster number, std::uint64_t w_param = 0);
@@ -174,6 +190,8 @@ class MasterPublisher {
     std::unique_ptr<platform::MessageWindow> m_window;
     platform::SharedSegment m_info;
     ViewerMap m_viewers;
+    /// Windows that are still to be told that this master is here.
+    std::vector<platform::WindowHandle> m_untold;
     Counters m_forgotten;  ///< of viewers that are not known any more
     bool m_ignore_answers = false;
 };

@@ -28,7 +28,8 @@
 enum { AXES = 2, FIFO_LINES = 4096, MOST_VIEWERS = 16 };
 enum { LINK = 0x52C, READY = 0x52D };                                   /* from viewers */
 enum { VALUES = 0x52C, OVERRUN = 0x52D, CAPABILITIES_CHANGED = 0x52F }; /* to viewers */
-enum { DISCONNECT = 1, CONNECT = 2, NEW_VALUES = 1, LINK_ENDED = 2 };   /* wParams of 0x52C */
+enum { MASTER_IS_HERE = 0x530 }; /* to viewers that are waiting for a master */
+enum { DISCONNECT = 1, CONNECT = 2, NEW_VALUES = 1, LINK_ENDED = 2 }; /* wParams of 0x52C */
 static const int64_t CYCLE = 1000000, GRACE = 1000000000, WAIT_AT_END = 5000000000; /* ns */
 
 struct info_block {
@@ -376,6 +377,7 @@ int main(void) {
     }
     remove_dead_segments();
     publish_info();
+    window_tell_all(MASTER_IS_HERE);
     printf("sine_master: window %llu\n", (unsigned long long)own_window);
     fflush(stdout);
     publish_lines();

@@ -245,6 +245,20 @@ bool window_post(int connection, uint32_t number, uint64_t w_param) {
     return write_packet(connection, POST, 0, number, w_param, 0);
 }
 
+void window_tell_all(uint32_t number) {
+    DIR* all = opendir(folder);
+    struct dirent* entry;
+    while (all && (entry = readdir(all))) {
+        uint64_t window = strtoull(entry->d_name, NULL, 10);
+        bool is_window = strspn(entry->d_name, "0123456789") == strlen(entry->d_name);
+        int connection = is_window && window != own_window ? window_connect(window) : -1;
+        if (connection < 0) continue;
+        window_post(connection, number, 0); /* it is read though the connection ends */
+        close(connection);
+    }
+    if (all) closedir(all);
+}
+
 bool window_is_gone(int connection) {
     char byte; /* replies do not come: nothing is sent here, only posted */
     ssize_t size = recv(connection, &byte, 1, MSG_DONTWAIT);

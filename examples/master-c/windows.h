@@ -26,6 +26,9 @@ void on_refused(uint64_t window);
 uint64_t window_open(const char** what);
 void window_close(void);
 
+/* Posts a message to every other window that can be found now; one that is busy is left out. */
+void window_tell_all(uint32_t number);
+
 /* Waits up to so many milliseconds for messages and handles them. */
 void window_serve(int milliseconds);
 

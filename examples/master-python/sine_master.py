@@ -27,6 +27,7 @@ CYCLE, GRACE, WAIT_AT_END = 1_000_000, 1_000_000_000, 5_000_000_000  # ns
 
 LINK, READY = 0x52C, 0x52D  # from viewers
 VALUES, OVERRUN, CAPABILITIES_CHANGED = 0x52C, 0x52D, 0x52F  # to viewers
+MASTER_IS_HERE = 0x530  # to viewers that are waiting for a master
 DISCONNECT, CONNECT, NEW_VALUES, LINK_ENDED = 1, 2, 1, 2  # wParams of 0x52C
 
 INFO = struct.Struct("<QdQQQ2000s")
@@ -331,6 +332,7 @@ class Master:
             raise FileExistsError("another master runs")
         remove_dead_segments()
         info = publish_info(self.window.number)
+        self.window.tell_all(MASTER_IS_HERE)
         print(f"sine_master: window {self.window.number}", flush=True)
         self.publish_lines()
         self.wait_until_taken()

@@ -21,6 +21,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace wavo::platform {
 
@@ -110,6 +111,10 @@ class MessageWindow {
  protected:
     MessageWindow() = default;
 };
+
+/// The message windows of this user that can be found now, those of this process too, in no order;
+/// Windows: of this session. One that has ended since may be among them.
+std::vector<WindowHandle> MessageWindows();
 
 /// Whether a window of this handle exists now, in any process. 0 never does.
 bool WindowExists(WindowHandle handle);

@@ -147,7 +147,7 @@ void WriteTriple(std::uint32_t number, char* to) noexcept {
 /// The same without leading zeros; returns one past the last digit.
 char* WriteLeadingTriple(std::uint32_t number, char* to) noexcept {
     const char* const triple = kTriples.data() + std::size_t{4} * number;
-    const auto zeros = static_cast<std::size_t>(triple[3]);
+    const std::size_t zeros = static_cast<unsigned char>(triple[3]);
     std::memcpy(to, triple + zeros, 4);
     return to + 3 - zeros;
 }

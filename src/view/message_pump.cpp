@@ -50,8 +50,15 @@ bool MessagePump::Post(platform::WindowHandle master, ToMaster number, std::uint
 
 platform::SendStatus MessagePump::Send(platform::WindowHandle master, ToMaster number,
                                        std::uint64_t w_param) {
-    return m_window == nullptr ? platform::SendStatus::kGone
-                               : m_window->Send(master, MessageTo(number, w_param)).status;
+    if (m_window == nullptr) {
+        return platform::SendStatus::kGone;
+    }
+    const platform::SendStatus status = m_window->Send(master, MessageTo(number, w_param)).status;
+    if (status == platform::SendStatus::kNoAnswer) {
+        MERRTRACE("MessagePump::Send(): no answer to message 0x%X in time",
+                  static_cast<unsigned>(number));
+    }
+    return status;
 }
 
 bool MessagePump::Exists(platform::WindowHandle master) const {

@@ -18,6 +18,7 @@ class MessagePump : public MasterChannel {
     bool Open(MasterMessages& messages) override;
     [[nodiscard]] platform::WindowHandle OwnWindow() const override;
     bool Post(platform::WindowHandle master, ToMaster number, std::uint64_t w_param) override;
+    /// An answer that does not come in time goes to the error trace.
     platform::SendStatus Send(platform::WindowHandle master, ToMaster number,
                               std::uint64_t w_param) override;
     [[nodiscard]] bool Exists(platform::WindowHandle master) const override;

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QThread>
 
@@ -72,7 +71,7 @@ TEST_F(Link, AViewerThatWasThereFirstConnectsByCommand) {
 
 TEST_F(Link, AnOverrunIsShownAndConnectGoesOn) {
     DemoMaster master({"--motion", "circle", "--fault", "overrun", "--fault-after", "500",
-                       "--fifo-lines", "200"});
+                       "--fifo-lines", "5000"});
     Open({"X"});
     ASSERT_TRUE(WaitFor([this] { return !m_boxes.empty(); }));
     EXPECT_THAT(
@@ -93,7 +92,7 @@ TEST_F(Link, AnOverrunIsShownAndConnectGoesOn) {
 
 TEST_F(Link, TheTextOfAnOverrunGoesWhenAnOpenedGraphFileBringsValuesAgain) {
     DemoMaster master({"--motion", "circle", "--fault", "overrun", "--fault-after", "500",
-                       "--fifo-lines", "200"});
+                       "--fifo-lines", "5000"});
     Open({"X"});
     ASSERT_TRUE(WaitForMessage("The value fifo ran over: Machine Data > Connect to go on"));
     ASSERT_TRUE(WaitFor([this] { return ConnectAction().isEnabled(); }));
@@ -196,32 +195,23 @@ TEST_F(Link, ARestartedMasterWithOtherAxesFeedsTheGraphsThatFindTheirAxis) {
     }());
 }
 
-TEST_F(Link, AHungMasterIsReportedWithinASecond) {
+TEST_F(Link, AHungMasterIsReportedAfterOneWaitForItsAnswer) {
     DemoMaster master({"--motion", "circle"});
     Open({"X"});
-    std::int64_t gap = kLongestGap;
-    std::int64_t told_after = kLongestGap;
-    // Another program may have had the processor: the best of three tries counts.
-    for (int i = 0; i < 3 && (gap >= kLongestGap || told_after >= kLongestGap); ++i) {
-        ASSERT_TRUE(WaitForLines(Cycle().TotalLines() + 300));
-        ASSERT_EQ(Message(), "Connected to the master process (Dorvane)");
-        // The next batch is announced meanwhile, and its answer meets a master that is stopped.
-        QThread::msleep(100);
-        master.Freeze();
-        QElapsedTimer clock;
-        clock.start();
-        const Heartbeat heart;
-        ASSERT_TRUE(WaitForMessage("The master process (Dorvane) does not respond"));
-        told_after = clock.elapsed();
-        QTest::qWait(300);
-        gap = heart.LargestGap();
-        EXPECT_GT(heart.Beats(), 0);
-        EXPECT_TRUE(Cycle().Source().IsPresent());
-        EXPECT_THAT(TakeBoxes(), IsEmpty());
-        master.Thaw();
-    }
-    EXPECT_LT(gap, kLongestGap) << "ms without an event";
-    EXPECT_LT(told_after, kLongestGap) << "ms";
+    ASSERT_TRUE(WaitForLines(300));
+    ASSERT_EQ(Message(), "Connected to the master process (Dorvane)");
+    // The next batch is announced meanwhile, and its answer meets a master that is stopped.
+    QThread::msleep(100);
+    master.Freeze();
+    Heartbeat heart;
+    ASSERT_TRUE(WaitForMessage("The master process (Dorvane) does not respond"));
+    heart.ExpectOneWait();
+    QTest::qWait(300);
+    heart.ExpectNoFreeze();
+    heart.ExpectOneWait();
+    EXPECT_TRUE(Cycle().Source().IsPresent());
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+    master.Thaw();
 }
 
 TEST_F(Link, TheLinkGoesOnWhenAHungMasterAnswersLate) {

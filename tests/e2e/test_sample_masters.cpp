@@ -63,7 +63,7 @@ TEST_P(SampleMaster, ShowsItsLinesFromConnectToTheEndOfTheLink) {
     ASSERT_TRUE(limits);
     EXPECT_EQ(*limits, (AxisCapabilities{120.0, -120.0, 1000.0, 10000.0, 0.001}));
     // Opening a graph file leaves the master and connects again.
-    const std::string file = View().Work().Files().CurrentPath();
+    std::string file = View().Work().Files().CurrentPath();
     View().Commands().Execute(CommandId::kSave);  // with the settings
     View().Commands().SetRecentFiles([file](int) { return file; });
     View().Commands().Execute(CommandId::kRecentFile);

@@ -34,10 +34,10 @@ class Viewer : public ::testing::Test {
     const Acquisition& Cycle() { return m_frame->View().Work().Values(); }
 
     /// Keeps the events going until the condition holds.
-    static bool WaitFor(const std::function<bool()>& condition, int milliseconds = 20000) {
+    static bool WaitFor(const std::function<bool()>& condition, int milliseconds = 60000) {
         return QTest::qWaitFor(condition, milliseconds);
     }
-    ::testing::AssertionResult WaitForLines(std::uint64_t lines, int milliseconds = 20000) {
+    ::testing::AssertionResult WaitForLines(std::uint64_t lines, int milliseconds = 60000) {
         if (WaitFor([this, lines] { return Cycle().TotalLines() >= lines; }, milliseconds)) {
             return ::testing::AssertionSuccess();
         }

@@ -21,6 +21,7 @@ WavoGraph Curves(int count, TriggerTypeCode trigger = TriggerTypeCode::kNone) {
 
 std::vector<std::vector<double>> Values(int count) {
     std::vector<std::vector<double>> values;
+    values.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
         values.push_back(Sine(400, 110.0 + 20.0 * i, 70.0 - 5.0 * i, 0.0, 0.1 * i));
     }

@@ -71,9 +71,9 @@ class PublisherFixture : public ::testing::Test {
         }
     }
 
-    /// Serves the master until `done`; false after 20 s.
+    /// Serves the master until `done`; false after 60 s.
     bool ServeMasterUntil(const std::function<bool()>& done) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         while (!done() && std::chrono::steady_clock::now() < end) {
             m_master->Serve(std::chrono::milliseconds(10));
         }

@@ -69,13 +69,7 @@ MessagePacket Hello(platform::WindowHandle window) {
 }
 
 MessagePacket Packet(PacketKind kind, const platform::Message& message, std::uint64_t sequence) {
-    MessagePacket packet;
-    packet.kind = kind;
-    packet.sequence = sequence;
-    packet.number = message.number;
-    packet.w_param = message.w_param;
-    packet.l_param = message.l_param;
-    return packet;
+    return platform::PacketOf(kind, sequence, message);
 }
 
 RawWindow::RawWindow()

@@ -95,6 +95,7 @@ TEST_F(ProtocolDocumentTest, Messages) {
     ExpectMessage(FromMaster::kOverrun, "master to viewer | posted | any | overrun");
     ExpectMessage(FromMaster::kQuit, "master to viewer | posted | any | quit");
     ExpectMessage(FromMaster::kCapabilitiesChanged, "master to viewer | posted | any | the capab");
+    ExpectMessage(kMasterIsHere, "master to viewer | posted | any | a master is here");
 }
 
 TEST_F(ProtocolDocumentTest, Packets) {
@@ -130,7 +131,7 @@ TEST_F(ProtocolDocumentTest, NumbersOfWindowsInNames) {
 TEST_F(ProtocolDocumentTest, Times) {
     EXPECT_EQ(platform::MessageWindow::kSendTimeout, std::chrono::milliseconds(900));
     EXPECT_THAT(m_text, HasSubstr("waits 0.9 seconds for a reply"));
-    EXPECT_EQ(MasterPublisher::kBatchGrace, std::chrono::seconds(1));
+    EXPECT_EQ(kBatchGrace, std::chrono::seconds(1));
     EXPECT_THAT(m_text, HasSubstr("within a second after the connect"));
 }
 

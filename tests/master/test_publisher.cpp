@@ -61,6 +61,59 @@ TEST_F(PublisherTest, LeftoverOfADeadMasterIsReplaced) {
     }
 }
 
+TEST_F(PublisherTest, ViewersThatAreThereAreToldOnceWhenAllIsPublished) {
+    TestViewer first;
+    TestViewer second;
+    Start(TwoAxes());
+    const auto info = ReadInfo();
+    ASSERT_TRUE(info) << "told before it had published";
+    Settle(&first);
+    Settle(&second);
+    EXPECT_THAT(first.messages, ElementsAre(platform::Message{0x530, 0, 0}));
+    EXPECT_EQ(second.announcements, 1);
+    EXPECT_THAT(m_master->Viewers(), IsEmpty());
+    Connect(&first);
+    PublishLine();
+    Settle(&first);
+    EXPECT_THAT(FirstValues(first), ElementsAre(1.0));
+    EXPECT_EQ(first.announcements, 1);
+    TestViewer late;
+    Settle(&late);
+    EXPECT_EQ(late.announcements, 0) << "it looks for itself";
+}
+
+TEST_F(PublisherTest, AMasterThatMayNotStartTellsNobody) {
+    Start(TwoAxes());
+    TestViewer viewer;
+    std::string error;
+    EXPECT_EQ(MasterPublisher::Start(TwoAxes(), {}, &error), nullptr);
+    Settle(&viewer);
+    EXPECT_EQ(viewer.announcements, 0);
+}
+
+TEST_F(PublisherTest, LostLinesAreAnOverrunForEveryViewer) {
+    Start(TwoAxes());
+    TestViewer viewer;
+    TestViewer other;
+    Connect(&viewer);
+    PublishLines(2);
+    Settle(&viewer);
+    m_master->LinesLost();
+    m_master->LinesLost();  // it has been told
+    Connect(&other);
+    PublishLines(2);
+    Settle(&viewer);
+    Settle(&other);
+    EXPECT_EQ(viewer.overruns, 1);
+    EXPECT_EQ(CountersOf(viewer).overruns, 1U);
+    EXPECT_THAT(FirstValues(viewer), ElementsAre(1.0, 2.0));
+    EXPECT_THAT(FirstValues(other), ElementsAre(3.0, 4.0));
+    Connect(&viewer);
+    PublishLine();
+    Settle(&viewer);
+    EXPECT_THAT(FirstValues(viewer), ElementsAre(1.0, 2.0, 5.0));
+}
+
 TEST_F(PublisherTest, LeftoverThatIsTooSmallIsReplaced) {
     const auto leftover = platform::SharedSegment::Create(kInfoSegmentName, 8);
     Start(TwoAxes());
@@ -211,6 +264,23 @@ TEST_F(PublisherTest, AtMostOneBatchIsOutstanding) {
     Settle(&viewer);
     EXPECT_EQ(viewer.batches, 2);
     EXPECT_EQ(viewer.lines.size(), 20U);
+}
+
+TEST_F(PublisherTest, AFifoThatIsMoreThanHalfFullIsAnnouncedBeforeTheInterval) {
+    PublisherOptions options = TwoAxes(9);
+    options.announce_interval = std::chrono::nanoseconds::max();
+    Start(options);
+    TestViewer viewer;
+    Connect(&viewer);
+    PublishLine();
+    Settle(&viewer);
+    EXPECT_EQ(viewer.batches, 1);
+    PublishLines(4);
+    Settle(&viewer);
+    EXPECT_EQ(viewer.batches, 1);
+    PublishLine();
+    Settle(&viewer);
+    EXPECT_THAT(FirstValues(viewer), ElementsAre(1.0, 2.0, 3.0, 4.0, 5.0, 6.0));
 }
 
 TEST_F(PublisherTest, APacedViewerIsToldNoSoonerThanTheInterval) {
@@ -389,7 +459,10 @@ TEST_F(PublisherTest, OverrunOfOneViewerDoesNotTouchTheOther) {
 }
 
 TEST_F(PublisherTest, ViewerConnectsAgainAfterAnOverrunAndStartsAfresh) {
-    Start(TwoAxes(8));
+    PublisherOptions options = TwoAxes(8);
+    // The batch before the overrun is never answered: it counts as lost.
+    options.batch_grace = std::chrono::nanoseconds(0);
+    Start(options);
     TestViewer viewer;
     viewer.answers = false;
     Connect(&viewer);
@@ -401,8 +474,6 @@ TEST_F(PublisherTest, ViewerConnectsAgainAfterAnOverrunAndStartsAfresh) {
     viewer.lines.clear();
     viewer.PostConnect();
     m_master->Serve(std::chrono::nanoseconds(0));
-    // The batch before the overrun was never answered: after the grace it counts as lost.
-    std::this_thread::sleep_for(MasterPublisher::kBatchGrace);
     PublishLines(3);
     Settle(&viewer);
     EXPECT_THAT(FirstValues(viewer), ElementsAre(31.0, 32.0, 33.0));

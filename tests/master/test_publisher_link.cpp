@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <thread>
+#include <chrono>
 
 #include "master/publisher.h"
 #include "publisher_fixture.h"
@@ -162,24 +162,37 @@ TEST_F(PublisherLinkTest, ReadyAfterTheDisconnectLeavesNoFifoBehind) {
     EXPECT_FALSE(SegmentExists(viewer.FifoName()));
 }
 
-TEST_F(PublisherLinkTest, BatchThatTheViewerRefusedIsLostAfterItConnectedAgain) {
-    Start(TwoAxes(100));
-    TestViewer viewer;
-    viewer.takes_batches = false;
-    Connect(&viewer);
-    PublishLines(2);
-    Settle(&viewer);
-    EXPECT_EQ(viewer.batches, 1);
-    viewer.Disconnect();
-    viewer.takes_batches = true;
-    Connect(&viewer);
-    PublishLines(2);
-    Settle(&viewer);
-    EXPECT_EQ(viewer.batches, 1);
-    std::this_thread::sleep_for(MasterPublisher::kBatchGrace);
-    Settle(&viewer);
-    EXPECT_EQ(viewer.batches, 2);
-    EXPECT_THAT(FirstValues(viewer), ElementsAre(3.0, 4.0));
+/// A viewer that refuses its batch of two lines, connects again, and may read two more.
+class RefusedBatch : public PublisherLinkTest {
+ protected:
+    void Refuse(std::chrono::nanoseconds grace) {
+        PublisherOptions options = TwoAxes(100);
+        options.batch_grace = grace;
+        Start(options);
+        m_viewer.takes_batches = false;
+        Connect(&m_viewer);
+        PublishLines(2);
+        Settle(&m_viewer);
+        EXPECT_EQ(m_viewer.batches, 1);
+        m_viewer.Disconnect();
+        m_viewer.takes_batches = true;
+        Connect(&m_viewer);
+        PublishLines(2);
+        Settle(&m_viewer);
+    }
+    TestViewer m_viewer;
+};
+
+TEST_F(RefusedBatch, IsWaitedForAfterItsViewerConnectedAgain) {
+    Refuse(std::chrono::hours(1));
+    EXPECT_EQ(m_viewer.batches, 1);
+    EXPECT_TRUE(m_viewer.lines.empty());
+}
+
+TEST_F(RefusedBatch, IsLostOnceItsTimeIsOver) {
+    Refuse(std::chrono::nanoseconds(0));
+    EXPECT_EQ(m_viewer.batches, 2);
+    EXPECT_THAT(FirstValues(m_viewer), ElementsAre(3.0, 4.0));
 }
 
 TEST_F(PublisherLinkTest, ConnectOfAWindowThatIsGoneIsIgnored) {

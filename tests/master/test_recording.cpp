@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
-#include <clocale>
 #include <filesystem>
 #include <fstream>
 
+#include "comma_locale.h"
 #include "master/gzip.h"
 #include "platform/process.h"
 
@@ -196,13 +196,11 @@ TEST(Recording, OurRecordingsAreWhatTheirReadmeSays) {
 }
 
 TEST(Recording, LocaleDoesNotMatter) {
-    const char* const before = std::setlocale(LC_ALL, nullptr);
-    const std::string kept = before;
-    if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) {
+    const wavo::testing::CommaLocale locale;
+    if (!wavo::testing::CommaLocale::IsSet()) {
         GTEST_SKIP() << "there is no locale with a decimal comma here";
     }
     EXPECT_THAT(LineOf(*Parsed("a\n1.5\n"), 0), ElementsAre(1.5));
-    std::setlocale(LC_ALL, kept.c_str());
 }
 
 }  // namespace

@@ -95,6 +95,21 @@ class SineMaster : public ::testing::TestWithParam<Language> {
     std::unique_ptr<StartedProgram> m_master;
 };
 
+TEST_P(SineMaster, TellsTheViewersThatAreThere) {
+    TestViewer first;
+    TestViewer second;
+    Start();
+    EXPECT_TRUE(first.ServeUntil([&] { return first.announcements == 1; }));
+    EXPECT_TRUE(ReadInfo()) << "told before it had published";
+    EXPECT_TRUE(second.ServeUntil([&] { return second.announcements == 1; }));
+    EXPECT_THAT(first.messages, ElementsAre(platform::Message{0x530, 0, 0}));
+    // One that was told connects as every other one.
+    ASSERT_TRUE(first.Connect());
+    EXPECT_TRUE(first.ServeUntil([&] { return first.lines.size() >= 10; }));
+    End();
+    EXPECT_EQ(first.announcements, 1);
+}
+
 TEST_P(SineMaster, ViewersGetTheSineAndTheEnd) {
     Start();
     const auto second = New();

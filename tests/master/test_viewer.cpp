@@ -133,7 +133,7 @@ void TestViewer::Serve(std::chrono::milliseconds timeout) {
 }
 
 bool TestViewer::ServeUntil(const std::function<bool()>& done) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!done()) {
         if (std::chrono::steady_clock::now() > end) {
             return false;
@@ -145,6 +145,10 @@ bool TestViewer::ServeUntil(const std::function<bool()>& done) {
 
 std::int64_t TestViewer::Handle(const platform::Message& message) {
     messages.push_back(message);
+    if (message.number == kMasterIsHere) {
+        ++announcements;
+        return 1;
+    }
     switch (static_cast<FromMaster>(message.number)) {
         case FromMaster::kValues:
             if (message.w_param == static_cast<std::uint64_t>(ValuesNotice::kNewValues)) {

@@ -110,6 +110,7 @@ class TestViewer {
     int link_ends = 0;
     int quits = 0;
     int capability_changes = 0;
+    int announcements = 0;  ///< of masters that are here
     bool master_gone = false;
 
  private:

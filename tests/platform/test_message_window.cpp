@@ -4,9 +4,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -50,6 +52,16 @@ TEST_F(MessageWindowTest, HandlesArePositiveBelowTwoToThe31AndUnique) {
             EXPECT_NE(windows[static_cast<std::size_t>(k)]->handle(), windows.back()->handle());
         }
     }
+}
+
+TEST_F(MessageWindowTest, AllWindowsOfTheUserAreFound) {
+    EXPECT_THAT(MessageWindows(), ::testing::IsEmpty());
+    const auto first = Make(nullptr);
+    auto second = Make(nullptr);
+    EXPECT_THAT(MessageWindows(),
+                ::testing::UnorderedElementsAre(first->handle(), second->handle()));
+    second.reset();
+    EXPECT_THAT(MessageWindows(), ElementsAre(first->handle()));
 }
 
 TEST_F(MessageWindowTest, ExistsFromCreationToDestruction) {
@@ -236,6 +248,32 @@ TEST_F(MessageWindowTest, DispatchIsBoundedAndLeavesTheDescriptorReadable) {
         window->Dispatch();
     }
     EXPECT_EQ(seen.size(), 200U);
+}
+
+TEST_F(MessageWindowTest, AFloodOfOneSenderLeavesAnotherItsTurn) {
+    constexpr std::uint32_t kFlooded = 1;
+    constexpr std::uint32_t kHonest = 2;
+    constexpr std::size_t kQueued = 20'000;  // more than a window takes in of one sender
+    std::vector<std::uint32_t> seen;
+    const auto window = MakeNoting(&seen);
+    const auto flooder = Make(nullptr);
+    const auto honest = Make(nullptr);
+    const auto flood = [&] {
+        flooder->Dispatch();
+        while (flooder->Post(window->handle(), {kFlooded})) {
+        }
+    };
+    flood();
+    for (std::size_t i = 0; i < 20; ++i) {
+        ASSERT_TRUE(honest->Post(window->handle(), {kHonest}));
+        const std::size_t before = seen.size();
+        while (std::find(seen.begin() + static_cast<std::ptrdiff_t>(before), seen.end(), kHonest) ==
+               seen.end()) {
+            ASSERT_LT(seen.size() - before, kQueued) << i;
+            window->Dispatch();
+            flood();
+        }
+    }
 }
 
 TEST_F(MessageWindowTest, DispatchReturnsBehindAHandlerThatTookLong) {

@@ -174,20 +174,26 @@ TEST_F(TwoProcessTest, WhileASendWaitsSentMessagesAreHandledAndPostedOnesWait) {
 }
 
 TEST_F(TwoProcessTest, ASentMessageOvertakesPostedOnesThatWait) {
-    StartEcho();
-    const auto window = Make(nullptr);
-    m_child->Stop();
     constexpr std::uint64_t kPosted = 100;
-    for (std::uint64_t i = 0; i < kPosted; ++i) {
-        ASSERT_TRUE(window->Post(m_peer, {kCount}));
+    std::unique_ptr<MessageWindow> window;
+    SendResult result;
+    // Where another program had the processor too long, the time to answer is over: once more.
+    for (int i = 0; i < 20 && result.status != SendStatus::kDone; ++i) {
+        m_child.reset();
+        StartEcho();
+        window = Make(nullptr);
+        m_child->Stop();
+        for (std::uint64_t message = 0; message < kPosted; ++message) {
+            ASSERT_TRUE(window->Post(m_peer, {kCount}));
+        }
+        // Sent into the stopped process: it answers when it goes on.
+        ChildProcess waker([this](NumberPipe&) {
+            ::usleep(100000);
+            m_child->Continue();
+            return 0;
+        });
+        result = window->Send(m_peer, {kCount});
     }
-    // Sent into the stopped process: it answers when it goes on.
-    ChildProcess waker([this](NumberPipe&) {
-        ::usleep(100000);
-        m_child->Continue();
-        return 0;
-    });
-    const SendResult result = window->Send(m_peer, {kCount});
     ASSERT_EQ(result.status, SendStatus::kDone);
     EXPECT_EQ(result.result, 1);
     while (window->Send(m_peer, {kCount}).result < static_cast<std::int64_t>(kPosted)) {

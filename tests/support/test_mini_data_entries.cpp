@@ -15,12 +15,11 @@
 #include <type_traits>
 #include <vector>
 
+#include "comma_locale.h"
 #include "expect_errors.h"
 #include "failing_malloc.h"
 #include "platform/last_error.h"
 #include "support/mini_data.h"
-#include "system_facts.h"
-#include "temporary_folder.h"
 
 namespace wavo {
 namespace {
@@ -146,41 +145,9 @@ TEST_F(MiniDataEntries, DoublesAreWrittenAsPrintfWritesThem) {
     }
 }
 
-/// A locale with a decimal comma, for the time that the object lives.
-class CommaLocale {
- public:
-    CommaLocale() {
-        for (const char* const name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8"}) {
-            if (std::setlocale(LC_ALL, name) != nullptr) {
-                return;
-            }
-        }
-        // Not installed: made here, if there is what it takes.
-        const std::string command =
-            "localedef -i de_DE -f UTF-8 " + m_folder.File("de_DE.UTF-8") + " >/dev/null 2>&1";
-        if (std::system(command.c_str()) == 0) {
-            testing::SetVariable("LOCPATH", m_folder.path());
-            std::setlocale(LC_ALL, "de_DE.UTF-8");
-        }
-    }
-    ~CommaLocale() {
-        std::setlocale(LC_ALL, "C");
-        testing::UnsetVariable("LOCPATH");
-    }
-    CommaLocale(const CommaLocale&) = delete;
-    CommaLocale& operator=(const CommaLocale&) = delete;
-
-    [[nodiscard]] static bool IsSet() {
-        return std::localeconv()->decimal_point[0] == ',';  // NOLINT(concurrency-mt-unsafe)
-    }
-
- private:
-    testing::TemporaryFolder m_folder;
-};
-
 TEST_F(MiniDataEntries, DoublesHaveADecimalPointInEveryLocale) {
-    const CommaLocale locale;
-    if (!CommaLocale::IsSet()) {
+    const testing::CommaLocale locale;
+    if (!testing::CommaLocale::IsSet()) {
         GTEST_SKIP() << "no locale with a decimal comma can be had here";
     }
     ASSERT_EQ(Printed(0.5), "0,5") << "the locale is in force";

@@ -23,6 +23,17 @@ int StartedProgram::Wait() {
     return ExitStatus();
 }
 
+bool StartedProgram::Feed(std::string_view text) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (true) {
+        text.remove_prefix(FeedSome(text));
+        if (text.empty() || HasEnded() || std::chrono::steady_clock::now() > end) {
+            return text.empty();
+        }
+        std::this_thread::sleep_for(kPause);
+    }
+}
+
 std::string StartedProgram::Output() {
     Collect();
     return m_output;

@@ -1,15 +1,18 @@
 // A program that a test starts and talks to as a shell would.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace wavo::testing {
 
 class StartedProgram {
  public:
-    /// Starts `program`; standard output is collected, standard error too, apart from it.
+    /// Starts `program` with an empty standard input that stays open; standard output is collected,
+    /// standard error too, apart from it.
     StartedProgram(const std::string& program, const std::vector<std::string>& arguments);
     /// Kills the program when it still runs.
     ~StartedProgram();
@@ -27,6 +30,13 @@ class StartedProgram {
     /// Waits for its end, at most 30 seconds. Returns its exit status, or -1 when it still runs.
     /// POSIX: 1000 + the signal that ended it.
     int Wait();
+
+    /// Writes to its standard input, at most 20 seconds long. False when it did not take all of it.
+    bool Feed(std::string_view text);
+    /// The same without waiting; returns how many bytes were taken.
+    std::size_t FeedSome(std::string_view text);
+    /// It gets the end of its input behind what was written.
+    void CloseInput();
 
     /// What it has written so far.
     std::string Output();

@@ -53,18 +53,24 @@ const std::map<std::string, Layer>& Layers() {
         {"master",
          {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "support",
            "platform"}}},
+        {"master/linuxcnc",
+         {{"master", "link/axis_capabilities.h", "link/master_messages.h", "support", "platform"}}},
+        {"master/pipe",
+         {{"master", "link/axis_capabilities.h", "link/master_messages.h", "support", "platform"}}},
     };
     return layers;
 }
 
-/// The layer that a path (relative to src, or beginning with "master/") lies in; empty for none.
+/// The layer that a path (relative to src, or beginning with "master/") lies in, the innermost;
+/// empty for none.
 std::string LayerOf(const std::string& path) {
+    std::string innermost;
     for (const auto& [name, layer] : Layers()) {
-        if (path.starts_with(name + "/")) {
-            return name;
+        if (path.starts_with(name + "/") && name.size() > innermost.size()) {
+            innermost = name;
         }
     }
-    return {};
+    return innermost;
 }
 
 bool IsOperatingSystemHeader(const std::string& header) {
@@ -177,6 +183,8 @@ TEST(Layers, APlantedBadIncludeIsFound) {
                 ElementsAre("view/wavo_view.h: depends on the operating system: #ifdef Q_OS_WIN"));
     EXPECT_THAT(Check("link/line_fifo.cpp", "#include <atomic>\n#include \"link/line_fifo.h\"\n"),
                 ElementsAre("link/line_fifo.cpp: does not include its own header first"));
+    EXPECT_THAT(Check("master/publisher.h", "#include \"master/pipe/pipe_run.h\"\n"),
+                ElementsAre("master/publisher.h: may not include master/pipe/pipe_run.h"));
     EXPECT_THAT(Check("view/wavo_view.cpp", "#include \"view/wavo_view.h\"\n#include <QPainter>\n"),
                 IsEmpty());
 }

@@ -121,9 +121,10 @@ class Reduction {
         if (from < m_size) {
             // Addresses, not pointers: those beside may lie outside the ring.
             const auto address = reinterpret_cast<std::uintptr_t>(m_samples + SlotOf(from));
-            __builtin_prefetch(reinterpret_cast<const void*>(address - kCacheLine));
-            __builtin_prefetch(reinterpret_cast<const void*>(address));
-            __builtin_prefetch(reinterpret_cast<const void*>(address + kCacheLine));
+            for (const auto at : {address - kCacheLine, address, address + kCacheLine}) {
+                // NOLINTNEXTLINE(performance-no-int-to-ptr)
+                __builtin_prefetch(reinterpret_cast<const void*>(at));
+            }
         }
     }
 

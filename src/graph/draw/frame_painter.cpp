@@ -64,7 +64,7 @@ QString LowText(const QString& text, const QFontMetrics& metrics, int width) {
     if (range < 0 || !text.startsWith(before) || TextWidth(metrics, text) <= width) {
         return text;
     }
-    const QString bare = text.mid(before.size());
+    QString bare = text.mid(before.size());
     if (TextWidth(metrics, bare) <= width) {
         return bare;
     }

@@ -22,6 +22,8 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "platform/message_window.h"
+
 namespace wavo::platform {
 
 enum class PacketKind : std::uint16_t {
@@ -55,6 +57,17 @@ static_assert(offsetof(MessagePacket, number) == 16);
 static_assert(offsetof(MessagePacket, reserved) == 20);
 static_assert(offsetof(MessagePacket, w_param) == 24);
 static_assert(offsetof(MessagePacket, l_param) == 32);
+
+/// The packet of a message: a kPost, kSend or kReply.
+inline MessagePacket PacketOf(PacketKind kind, std::uint64_t sequence, const Message& message) {
+    MessagePacket packet;
+    packet.kind = kind;
+    packet.sequence = sequence;
+    packet.number = message.number;
+    packet.w_param = message.w_param;
+    packet.l_param = message.l_param;
+    return packet;
+}
 
 /// Handles lie between 1 and this, so that they fit a signed 32-bit number everywhere.
 inline constexpr std::uint64_t kLargestWindowHandle = 0x7FFFFFFF;

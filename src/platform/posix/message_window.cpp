@@ -26,6 +26,12 @@ std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::strin
     return std::make_unique<CoreWindow<WindowCore>>(std::move(core));
 }
 
+std::vector<WindowHandle> MessageWindows() {
+    std::string error;
+    const std::string folder = WindowFolder(&error);
+    return folder.empty() ? std::vector<WindowHandle>{} : WindowsIn(folder);
+}
+
 bool WindowExists(WindowHandle handle) {
     if (handle == 0 || handle > kLargestWindowHandle) {
         return false;

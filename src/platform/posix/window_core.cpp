@@ -33,16 +33,6 @@ constexpr int kQueuedPerDispatch = 64;
 constexpr std::chrono::milliseconds kLongestDispatch{100};
 constexpr nanoseconds kLongestWait = std::chrono::hours(24 * 365);
 
-MessagePacket PacketOf(PacketKind kind, std::uint64_t sequence, const Message& message) {
-    MessagePacket packet;
-    packet.kind = kind;
-    packet.sequence = sequence;
-    packet.number = message.number;
-    packet.w_param = message.w_param;
-    packet.l_param = message.l_param;
-    return packet;
-}
-
 /// The windows of this process. Used by the threads of all of them.
 struct Registry {
     struct Entry {

@@ -119,21 +119,24 @@ bool MayBeLeftover(std::string_view name) {
     return process && ::kill(static_cast<pid_t>(*process), 0) != 0 && errno == ESRCH;
 }
 
+std::vector<std::string> NamesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(folder.c_str()), &::closedir);
+    if (!entries) {
+        return names;
+    }
+    while (const dirent* entry = ::readdir(entries.get())) {  // NOLINT(concurrency-mt-unsafe)
+        names.emplace_back(entry->d_name);
+    }
+    return names;
+}
+
 /// Removes the sockets of processes that ended without removing them.
 void Sweep(const std::string& folder) {
-    std::vector<std::string> names;
-    {
-        const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(folder.c_str()), &::closedir);
-        if (!entries) {
-            return;
+    for (const std::string& name : NamesIn(folder)) {
+        if (!MayBeLeftover(name)) {
+            continue;
         }
-        while (const dirent* entry = ::readdir(entries.get())) {  // NOLINT(concurrency-mt-unsafe)
-            if (MayBeLeftover(entry->d_name)) {
-                names.emplace_back(entry->d_name);
-            }
-        }
-    }
-    for (const std::string& name : names) {
         std::string path = folder;
         path.append("/").append(name);
         // Only nobody listening is a refusal; a stopped or busy owner accepts or lets us wait.
@@ -245,6 +248,17 @@ Descriptor ListenAsWindow(const std::string& folder, WindowHandle* handle, std::
     }
     *error = Reason("cannot name a socket in " + folder, failure);
     return {};
+}
+
+std::vector<WindowHandle> WindowsIn(const std::string& folder) {
+    std::vector<WindowHandle> windows;
+    for (const std::string& name : NamesIn(folder)) {
+        const std::optional<long> number = IsAllDigits(name) ? Number(name) : std::nullopt;
+        if (number && static_cast<WindowHandle>(*number) <= kLargestWindowHandle) {
+            windows.push_back(static_cast<WindowHandle>(*number));
+        }
+    }
+    return windows;
 }
 
 void RemoveWindowName(const std::string& folder, WindowHandle handle) noexcept {

@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "platform/message_window.h"
 #include "platform/posix/descriptor.h"
@@ -27,6 +28,9 @@ std::string WindowFolder(std::string* error);
 /// kLargestWindowHandle; null: random ones.
 Descriptor ListenAsWindow(const std::string& folder, WindowHandle* handle, std::string* error,
                           const std::function<WindowHandle()>& propose = nullptr);
+
+/// The handles of all windows that have a name in `folder`, in no order.
+std::vector<WindowHandle> WindowsIn(const std::string& folder);
 
 /// Removes the name of a window.
 void RemoveWindowName(const std::string& folder, WindowHandle handle) noexcept;

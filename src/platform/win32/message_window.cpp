@@ -439,6 +439,24 @@ std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::strin
     return std::make_unique<CoreWindow<WindowCore>>(std::move(core));
 }
 
+std::vector<WindowHandle> MessageWindows() {
+    // Each search begins behind the window found before, and fails when that one has gone
+    // meanwhile: then all is looked for again, some times.
+    std::vector<WindowHandle> found;
+    for (int tries = 0; tries < 5; ++tries) {
+        found.clear();
+        ::SetLastError(ERROR_SUCCESS);
+        HWND window = nullptr;
+        while ((window = ::FindWindowExW(HWND_MESSAGE, window, kClassName, nullptr)) != nullptr) {
+            found.push_back(NumberOf(window));
+        }
+        if (LastError() != ERROR_INVALID_WINDOW_HANDLE) {
+            break;
+        }
+    }
+    return found;
+}
+
 bool WindowExists(WindowHandle handle) {
     return IsAddress(handle) && ::IsWindow(WindowOf(handle)) != 0;
 }

@@ -5,7 +5,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
-#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -15,6 +14,7 @@
 
 #include "ui/dialogs/color_field.h"
 #include "ui/dialogs/control_table.h"
+#include "ui/dialogs/editor_group.h"
 #include "ui/dialogs/flow_layout.h"
 #include "ui/dialogs/line_edits.h"
 
@@ -35,6 +35,9 @@ constexpr int kSpacing = 3;
 /// Pixels that an edit and a button keep around their text.
 constexpr int kEditFrame = 12;
 constexpr int kButtonFrame = 20;
+/// Widths of the colour field in its heights: at ease, closed up.
+constexpr double kColorField = 2.0;
+constexpr double kNarrowColorField = 1.4;
 
 bool IsBound(EditorControl id) {
     return id == EditorControl::kXMinimum || id == EditorControl::kXMaximum ||
@@ -83,8 +86,10 @@ EditorStrip::EditorStrip(QWidget* parent) : QWidget(parent) {
     auto* const flow = new FlowLayout(this);
     flow->setContentsMargins(kSpacing, kSpacing, kSpacing, kSpacing);
     flow->setSpacing(kSpacing);
-    for (QWidget* const group : {MakeGraphGroup(), MakeXGroup(), MakeYGroup(), MakeXScaleGroup(),
-                                 MakeYScaleGroup(), MakeCirclesGroup(), MakeViewGroup()}) {
+    for (EditorGroup* const group :
+         {MakeGraphGroup(), MakeXGroup(), MakeYGroup(), MakeXScaleGroup(), MakeYScaleGroup(),
+          MakeCirclesGroup(), MakeViewGroup()}) {
+        group->Measure();
         flow->addWidget(group);
     }
     SetTabOrder();
@@ -147,21 +152,17 @@ void EditorStrip::SetTabOrder() {
     }
 }
 
-QGroupBox* EditorStrip::MakeGroup(const char* title, QGridLayout*& grid) {
-    auto* const group = new QGroupBox(QString::fromLatin1(title), this);
+EditorGroup* EditorStrip::MakeGroup(const char* title) {
+    auto* const group = new EditorGroup(QString::fromLatin1(title), this);
     group->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
-    grid = new QGridLayout(group);
-    grid->setContentsMargins(kSpacing + 1, kSpacing, kSpacing + 1, kSpacing);
-    grid->setHorizontalSpacing(kSpacing + 1);
-    grid->setVerticalSpacing(2);
     // All groups have the same rows, so that controls beside each other stand on one line.
     using enum EditorControl;
     const int height =
         std::max({Control(kGraphNumber)->sizeHint().height(),
                   Control(kDerivation)->sizeHint().height(), Control(kClose)->sizeHint().height()});
     for (int row = 0; row < kRowsOfGroup; ++row) {
-        grid->setRowMinimumHeight(row, height);
-        grid->setRowStretch(row, 1);
+        group->Grid().setRowMinimumHeight(row, height);
+        group->Grid().setRowStretch(row, 1);
     }
     return group;
 }
@@ -170,12 +171,10 @@ void EditorStrip::Place(QGridLayout& grid, EditorControl id, int row, int column
                         int unit_columns) {
     const EditorRow& about = FindEditorRow(id);
     QWidget* const control = Control(id);
-    const bool labelled = about.kind == ControlKind::kCombo || about.kind == ControlKind::kEdit ||
-                          about.kind == ControlKind::kReadOnlyEdit;
+    const bool labelled = about.kind == ControlKind::kCombo || about.kind == ControlKind::kEdit;
     grid.addWidget(control, row, column, 1, columns);
     if (labelled && *about.text != '\0') {
-        grid.addWidget(MakeLabel(TextsOf(about), *control), row, column - 1,
-                       Qt::AlignRight | Qt::AlignVCenter);
+        PlaceLabel(grid, id, row, column - 1);
     }
     if (*about.unit != '\0') {
         grid.addWidget(new QLabel(QString::fromUtf8(about.unit)), row, column + columns, 1,
@@ -183,104 +182,137 @@ void EditorStrip::Place(QGridLayout& grid, EditorControl id, int row, int column
     }
 }
 
-QWidget* EditorStrip::MakeGraphGroup() {
+void EditorStrip::PlaceLabel(QGridLayout& grid, EditorControl id, int row, int column) {
+    grid.addWidget(MakeLabel(TextsOf(FindEditorRow(id)), *Control(id)), row, column,
+                   Qt::AlignRight | Qt::AlignVCenter);
+}
+
+EditorGroup* EditorStrip::MakeGraphGroup() {
     using enum EditorControl;
-    QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("&graph", grid);
+    EditorGroup* const group = MakeGroup("&graph");
+    QGridLayout& grid = group->Grid();
     Combo(kGraphNumber)->setMinimumContentsLength(kGraphNumberCharacters);
-    Place(*grid, kGraphNumber, 0, 1);
-    Place(*grid, kDeleteGraph, 1, 0, 2);
-    Place(*grid, kSaveValues, 2, 0, 2);
-    Place(*grid, kClose, 3, 0, 2);
+    Place(grid, kGraphNumber, 0, 1);
+    Place(grid, kDeleteGraph, 1, 0, 2);
+    Place(grid, kSaveValues, 2, 0, 2);
+    Place(grid, kClose, 3, 0, 2);
     return group;
 }
 
-QWidget* EditorStrip::MakeXGroup() {
+EditorGroup* EditorStrip::MakeXGroup() {
     using enum EditorControl;
-    QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("&x-coordinate", grid);
-    Place(*grid, kXIsTime, 0, 0);
-    Place(*grid, kXIsAxis, 0, 1);
-    Place(*grid, kXAxis, 1, 1);
-    Place(*grid, kClassic, 2, 0);
-    Place(*grid, kContinuity, 2, 1);
-    Place(*grid, kLines, 3, 0);
-    Place(*grid, kPoints, 3, 1);
+    EditorGroup* const group = MakeGroup("&x-coordinate");
+    QGridLayout& grid = group->Grid();
+    Place(grid, kXIsTime, 0, 0);
+    Place(grid, kXIsAxis, 0, 1);
+    Place(grid, kXAxis, 1, 1);
+    Place(grid, kClassic, 2, 0);
+    Place(grid, kContinuity, 2, 1);
+    Place(grid, kLines, 3, 0);
+    Place(grid, kPoints, 3, 1);
     return group;
 }
 
-QWidget* EditorStrip::MakeYGroup() {
+EditorGroup* EditorStrip::MakeYGroup() {
     using enum EditorControl;
-    QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("&y-coordinate", grid);
-    Place(*grid, kYAxis, 0, 1);
-    grid->addWidget(Control(kColor), 0, 2, Qt::AlignVCenter);
-    Place(*grid, kAddYAxis, 0, 3);
-    Place(*grid, kDerivation, 1, 0, 1, 2);  // "0. derivation"
-    grid->setAlignment(Control(kDerivation), Qt::AlignRight | Qt::AlignVCenter);
-    Place(*grid, kDeleteYAxis, 1, 3);
-    Place(*grid, kYAxes, 2, 1, 4);
-    auto* const trigger = new QHBoxLayout;
-    trigger->setSpacing(grid->horizontalSpacing());
+    EditorGroup* const group = MakeGroup("&y-coordinate");
+    QGridLayout& grid = group->Grid();
+    const auto make_row = [&grid] {
+        auto* const row = new QHBoxLayout;
+        row->setSpacing(grid.horizontalSpacing());
+        return row;
+    };
+    QHBoxLayout* const axis = make_row();
+    axis->addWidget(Control(kYAxis), 1);
+    axis->addWidget(Control(kColor));
+    PlaceLabel(grid, kYAxis, 0, 0);
+    grid.addLayout(axis, 0, 1, 1, 2);
+    Place(grid, kDerivation, 1, 0, 1, 2);  // "0. derivation"
+    grid.setAlignment(Control(kDerivation), Qt::AlignRight | Qt::AlignVCenter);
+    QHBoxLayout* const axes = make_row();
+    axes->addWidget(Control(kYAxes), 1);
+    PlaceLabel(grid, kYAxes, 2, 0);
+    grid.addLayout(axes, 2, 1, 1, 4);
+    QHBoxLayout* const trigger = make_row();
     trigger->addWidget(Control(kTrigger));
     trigger->addWidget(Control(kTriggerState), 1);
-    grid->addLayout(trigger, 3, 0, 1, 5);
+    grid.addLayout(trigger, 3, 0, 1, 5);
     for (const EditorControl id : {kAddYAxis, kDeleteYAxis}) {
         Control(id)->setFixedWidth(fontMetrics().horizontalAdvance(Label(id)) + kButtonFrame);
     }
-    Control(kColor)->setFixedWidth(Control(kColor)->sizeHint().height() * 2);
     // What is wider is for the list of the axes.
     Combo(kYAxis)->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    grid->setColumnStretch(4, 1);
+    grid.setColumnStretch(4, 1);
+    group->SetArrangement([this, &grid, axis, axes](bool closed_up) {
+        QWidget* const color = Control(kColor);
+        color->setFixedWidth(static_cast<int>(color->sizeHint().height() *
+                                              (closed_up ? kNarrowColorField : kColorField)));
+        grid.removeItem(axis);
+        grid.addItem(axis, 0, 1, 1, closed_up ? 4 : 2);
+        // The buttons have a column of their own, or stand in rows that are shorter than the
+        // others.
+        if (closed_up) {
+            grid.removeWidget(Control(kAddYAxis));
+            grid.removeWidget(Control(kDeleteYAxis));
+            axis->addWidget(Control(kAddYAxis));
+            axes->addWidget(Control(kDeleteYAxis));
+        } else {
+            axis->removeWidget(Control(kAddYAxis));
+            axes->removeWidget(Control(kDeleteYAxis));
+            grid.addWidget(Control(kAddYAxis), 0, 3);
+            grid.addWidget(Control(kDeleteYAxis), 1, 3);
+        }
+    });
+    group->Measure();
     group->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     group->setMaximumWidth(group->sizeHint().width() +
                            fontMetrics().averageCharWidth() * kSpareCharacters);
     return group;
 }
 
-QWidget* EditorStrip::MakeXScaleGroup() {
+EditorGroup* EditorStrip::MakeXScaleGroup() {
     using enum EditorControl;
-    QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("&scale x", grid);
-    Place(*grid, kXTime, 0, 0);
-    Place(*grid, kTimeRange, 0, 2);
-    Place(*grid, kXAutomatic, 1, 0, 2);
-    grid->addWidget(Control(kAllGraphs), 1, 2, 1, 2);
-    Place(*grid, kXManual, 2, 0);
-    Place(*grid, kXMinimum, 2, 2, 2);
-    Place(*grid, kXMaximum, 3, 2, 2);
+    EditorGroup* const group = MakeGroup("&scale x");
+    QGridLayout& grid = group->Grid();
+    Place(grid, kXTime, 0, 0);
+    Place(grid, kTimeRange, 0, 2);
+    Place(grid, kXAutomatic, 1, 0, 2);
+    grid.addWidget(Control(kAllGraphs), 1, 2, 1, 2);
+    Place(grid, kXManual, 2, 0);
+    Place(grid, kXMinimum, 2, 2, 2);
+    Place(grid, kXMaximum, 3, 2, 2);
     return group;
 }
 
-QWidget* EditorStrip::MakeYScaleGroup() {
+EditorGroup* EditorStrip::MakeYScaleGroup() {
     using enum EditorControl;
-    QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("s&cale y", grid);
-    Place(*grid, kYAutomatic, 0, 0, 2);
-    Place(*grid, kYManual, 1, 0, 2);
-    Place(*grid, kYMinimum, 2, 1);
-    Place(*grid, kYMaximum, 3, 1);
+    EditorGroup* const group = MakeGroup("s&cale y");
+    QGridLayout& grid = group->Grid();
+    Place(grid, kYAutomatic, 0, 0, 2);
+    Place(grid, kYManual, 1, 0, 2);
+    Place(grid, kYMinimum, 2, 1);
+    Place(grid, kYMaximum, 3, 1);
     return group;
 }
 
-QWidget* EditorStrip::MakeCirclesGroup() {
+EditorGroup* EditorStrip::MakeCirclesGroup() {
     using enum EditorControl;
-    QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("&axis over axis", grid);
-    Place(*grid, kAutoCircle, 0, 0, 3);
-    Place(*grid, kInnerCircle, 1, 1);
-    Place(*grid, kOuterCircle, 2, 1);
-    Place(*grid, kFadeOutTime, 3, 1);
+    EditorGroup* const group = MakeGroup("&axis over axis");
+    QGridLayout& grid = group->Grid();
+    Place(grid, kAutoCircle, 0, 0, 3);
+    Place(grid, kInnerCircle, 1, 1);
+    Place(grid, kOuterCircle, 2, 1);
+    Place(grid, kFadeOutTime, 3, 1);
     return group;
 }
 
-QWidget* EditorStrip::MakeViewGroup() {
+EditorGroup* EditorStrip::MakeViewGroup() {
     using enum EditorControl;
-    QGridLayout* grid = nullptr;
-    QGroupBox* const group = MakeGroup("&display", grid);
-    Place(*grid, kZeroLines, 0, 0);
-    Place(*grid, kZoomEnable, 1, 0);
-    Place(*grid, kZoomOut, 2, 0);
+    EditorGroup* const group = MakeGroup("&display");
+    QGridLayout& grid = group->Grid();
+    Place(grid, kZeroLines, 0, 0);
+    Place(grid, kZoomEnable, 1, 0);
+    Place(grid, kZoomOut, 2, 0);
     return group;
 }
 

@@ -17,9 +17,10 @@
 
 class QComboBox;
 class QGridLayout;
-class QGroupBox;
 
 namespace wavo {
+
+class EditorGroup;
 
 class EditorStrip : public QWidget {
  public:
@@ -60,18 +61,19 @@ class EditorStrip : public QWidget {
  private:
     void MakeControls();
     QWidget* MakeControl(const EditorRow& row);
-    QGroupBox* MakeGroup(const char* title, QGridLayout*& grid);
-    QWidget* MakeGraphGroup();
-    QWidget* MakeXGroup();
-    QWidget* MakeYGroup();
-    QWidget* MakeXScaleGroup();
-    QWidget* MakeYScaleGroup();
-    QWidget* MakeCirclesGroup();
-    QWidget* MakeViewGroup();
+    EditorGroup* MakeGroup(const char* title);
+    EditorGroup* MakeGraphGroup();
+    EditorGroup* MakeXGroup();
+    EditorGroup* MakeYGroup();
+    EditorGroup* MakeXScaleGroup();
+    EditorGroup* MakeYScaleGroup();
+    EditorGroup* MakeCirclesGroup();
+    EditorGroup* MakeViewGroup();
     /// Puts a control into a cell, with its label in the cell before it and its unit in the one
     /// behind.
     void Place(QGridLayout& grid, EditorControl id, int row, int column, int columns = 1,
                int unit_columns = 1);
+    void PlaceLabel(QGridLayout& grid, EditorControl id, int row, int column);
     void MakeExclusive(std::initializer_list<EditorControl> radios);
     void SetTabOrder();
 

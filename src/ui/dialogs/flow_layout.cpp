@@ -1,6 +1,7 @@
 #include "ui/dialogs/flow_layout.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace wavo {
 
@@ -22,19 +23,53 @@ QLayoutItem* FlowLayout::takeAt(int index) {
     return item;
 }
 
-std::vector<FlowLayout::Row> FlowLayout::RowsFor(int width) const {
+int FlowLayout::WidthOf(std::size_t item, bool is_close) const {
+    return is_close ? m_items[item]->minimumSize().width() : m_items[item]->sizeHint().width();
+}
+
+FlowLayout::Row FlowLayout::RowOf(std::size_t first, std::size_t end, bool is_close) const {
+    Row row{first, end, -spacing(), 0, is_close};
+    for (std::size_t i = first; i < end; ++i) {
+        row.width += WidthOf(i, is_close) + spacing();
+        row.height = std::max(row.height, m_items[i]->sizeHint().height());
+    }
+    return row;
+}
+
+std::vector<FlowLayout::Row> FlowLayout::BreakAt(int width) const {
     std::vector<Row> rows;
     for (std::size_t i = 0; i < m_items.size(); ++i) {
-        const QSize size = m_items[i]->sizeHint();
-        if (rows.empty() || rows.back().width + spacing() + size.width() > width) {
-            rows.push_back({i, i + 1, size.width(), size.height()});
-            continue;
+        const Row longer =
+            rows.empty() ? RowOf(i, i + 1, false) : RowOf(rows.back().first, i + 1, false);
+        if (rows.empty() || longer.width > width) {
+            rows.push_back(RowOf(i, i + 1, false));
+        } else {
+            rows.back() = longer;
         }
-        rows.back().end = i + 1;
-        rows.back().width += spacing() + size.width();
-        rows.back().height = std::max(rows.back().height, size.height());
     }
     return rows;
+}
+
+std::vector<FlowLayout::Row> FlowLayout::RowsFor(int width) const {
+    std::vector<Row> rows = BreakAt(width);
+    if (rows.size() < 2) {
+        return rows;
+    }
+    if (const Row close = RowOf(0, m_items.size(), true); close.width <= width) {
+        return {close};
+    }
+    const auto widest = [](const std::vector<Row>& of) {
+        return std::max_element(of.begin(), of.end(),
+                                [](const Row& a, const Row& b) { return a.width < b.width; })
+            ->width;
+    };
+    for (;;) {
+        std::vector<Row> evener = BreakAt(widest(rows) - 1);
+        if (evener.size() > rows.size() || widest(evener) >= widest(rows)) {
+            return rows;
+        }
+        rows = std::move(evener);
+    }
 }
 
 int FlowLayout::heightForWidth(int width) const {
@@ -84,7 +119,8 @@ void FlowLayout::PlaceRow(const Row& row, const QPoint& corner, int width) {
     int left_over = std::max(0, width - row.width);
     int x = corner.x();
     for (auto item = first; item != end; ++item) {
-        int item_width = std::min((*item)->sizeHint().width(), width);
+        const auto place = static_cast<std::size_t>(item - m_items.begin());
+        int item_width = std::min(WidthOf(place, row.is_close), width);
         if (expands(*item)) {
             const int room = std::max(0, (*item)->maximumSize().width() - item_width);
             const int part = std::min(left_over / static_cast<int>(expanding), room);

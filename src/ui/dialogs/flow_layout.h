@@ -2,7 +2,9 @@
 //
 // Invariants:
 // 1. Items of a row have the height of its highest one.
-// 2. What a row has left over in width goes to its items that expand, in equal parts, up to their
+// 2. Where all items fit into one row with their least widths, they stand in one row.
+// 3. Several rows are as evenly long as their number allows.
+// 4. What a row has left over in width goes to its items that expand, in equal parts, up to their
 //    largest widths.
 #pragma once
 
@@ -35,8 +37,13 @@ class FlowLayout : public QLayout {
         std::size_t end;
         int width;
         int height;
+        bool is_close;  ///< its items have their least widths
     };
 
+    [[nodiscard]] int WidthOf(std::size_t item, bool is_close) const;
+    [[nodiscard]] Row RowOf(std::size_t first, std::size_t end, bool is_close) const;
+    /// As many items into each row as have room in it.
+    [[nodiscard]] std::vector<Row> BreakAt(int width) const;
     /// The rows for a width without margins.
     [[nodiscard]] std::vector<Row> RowsFor(int width) const;
     void PlaceRow(const Row& row, const QPoint& corner, int width);

@@ -15,6 +15,7 @@ namespace wavo {
 /// Who carries out a command.
 enum class CommandOwner { kView, kShell };
 
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the table's columns
 struct Command {
     CommandId id;
     const char* object_name;  ///< of its QAction; unique

@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/line_edits.h"
@@ -81,9 +82,8 @@ QPushButton* CustomizeDialog::MakeButton(Control id, void (CustomizeDialog::*han
     return button;
 }
 
-CustomizeDialog::CustomizeDialog(const BarSetup& setup, const std::vector<QIcon>& user_images,
-                                 QWidget* parent)
-    : QDialog(parent), m_setup(setup), m_images(user_images) {
+CustomizeDialog::CustomizeDialog(BarSetup setup, std::vector<QIcon> user_images, QWidget* parent)
+    : QDialog(parent), m_setup(std::move(setup)), m_images(std::move(user_images)) {
     setWindowTitle(QStringLiteral("Customize"));
     auto* const layout = new QGridLayout;
     BuildBarRow(*layout);
@@ -303,8 +303,8 @@ void CustomizeDialog::Remove() {
 
 void CustomizeDialog::Move(int step) {
     const int row = FindControl<QListWidget>(*this, kButtons)->currentRow();
-    std::swap(Bar().items[static_cast<std::size_t>(row)],
-              Bar().items[static_cast<std::size_t>(row + step)]);
+    const auto item = Bar().items.begin() + row;
+    std::iter_swap(item, item + step);
     ShowBar(row + step);
 }
 

@@ -45,8 +45,7 @@ std::span<const ControlRow> Controls();
 
 class CustomizeDialog : public QDialog {
  public:
-    CustomizeDialog(const BarSetup& setup, const std::vector<QIcon>& user_images,
-                    QWidget* parent = nullptr);
+    CustomizeDialog(BarSetup setup, std::vector<QIcon> user_images, QWidget* parent = nullptr);
 
     /// The arrangement as it stands in the dialog.
     [[nodiscard]] const BarSetup& Setup() const { return m_setup; }

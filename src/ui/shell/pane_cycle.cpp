@@ -65,6 +65,10 @@ struct Pane {
     QWidget* first;  ///< gets the keyboard
 };
 
+bool IsMenuDock(const QToolBar& bar) {
+    return dynamic_cast<const MenuDock*>(&bar) != nullptr;
+}
+
 /// The view comes before its parts: it is where the round begins.
 std::vector<Pane> Panes(QMainWindow& frame, const HarmlessTest& is_harmless) {
     std::vector<Pane> panes;
@@ -87,7 +91,7 @@ std::vector<Pane> Panes(QMainWindow& frame, const HarmlessTest& is_harmless) {
     QList<QToolBar*> bars = frame.findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly);
     std::sort(bars.begin(), bars.end(), StandsBefore);
     for (QToolBar* const bar : bars) {
-        if (dynamic_cast<MenuDock*>(bar) == nullptr) {  // menus have keys of their own
+        if (!IsMenuDock(*bar)) {  // menus have keys of their own
             add(bar, FirstButton(*bar, is_harmless));
         }
     }

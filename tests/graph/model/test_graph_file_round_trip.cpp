@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <clocale>
 #include <cmath>
 #include <cstdlib>
 #include <random>
@@ -15,11 +14,11 @@
 #include <utility>
 #include <vector>
 
+#include "comma_locale.h"
 #include "expect_errors.h"
 #include "graph_file_fixture.h"
 #include "special_values.h"
 #include "support/number_text.h"
-#include "system_facts.h"
 
 namespace wavo {
 namespace {
@@ -324,38 +323,13 @@ TEST(GraphFileRoundTrip, AnXScaleWithoutAKindOrARangeGetsOne) {
     }
 }
 
-/// A locale with a decimal comma for a scope: the one that the build made, or one of the machine.
-class CommaLocale {
- public:
-    CommaLocale() : m_previous(std::setlocale(LC_ALL, nullptr)) {
-        testing::SetVariable("LOCPATH", WAVO_TEST_LOCALES);
-        m_set = std::setlocale(LC_ALL, "comma") != nullptr;
-        if (!m_set) {
-            testing::UnsetVariable("LOCPATH");
-            m_set = std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
-        }
-    }
-    ~CommaLocale() {
-        std::setlocale(LC_ALL, m_previous.c_str());
-        testing::UnsetVariable("LOCPATH");
-    }
-    CommaLocale(const CommaLocale&) = delete;
-    CommaLocale& operator=(const CommaLocale&) = delete;
-    [[nodiscard]] bool IsSet() const { return m_set; }
-
- private:
-    const std::string m_previous;
-    bool m_set = false;
-};
-
 TEST(GraphFileRoundTrip, ADecimalCommaOfTheLocaleChangesNothing) {
     MIniData plain;
     ASSERT_TRUE(GetGraphAsIniData(plain, {AxisGraph(), TimeGraph()}, ""));
-    const CommaLocale locale;
-    if (!locale.IsSet()) {
+    const testing::CommaLocale locale;
+    if (!testing::CommaLocale::IsSet()) {
         GTEST_SKIP() << "no locale with a decimal comma is installed";
     }
-    ASSERT_STREQ(std::localeconv()->decimal_point, ",");
     MIniData store;
     ASSERT_TRUE(GetGraphAsIniData(store, {AxisGraph(), TimeGraph()}, ""));
     EXPECT_EQ(store.Content(), plain.Content());

@@ -29,7 +29,7 @@ inline constexpr bool kOpenFilesHoldTheirFolder = false;
 inline constexpr bool kSegmentsOutliveTheirMaker = true;
 
 /// A width at which the graph editor stands in one row.
-inline constexpr int kSmallScreenWidth = 1366;
+inline constexpr int kSmallScreenWidth = 1278;
 
 inline void SetVariable(const char* name, const std::string& value) {
     ::setenv(name, value.c_str(), 1);

@@ -3,21 +3,23 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
+#include <utility>
 
 namespace wavo::testing {
 
 namespace {
 
-/// A pipe; the end that is written to can be inherited.
+/// A pipe, one end of which can be inherited.
 struct Pipe {
     HANDLE read = nullptr;
     HANDLE write = nullptr;
 
-    void Open() {
+    void Open(HANDLE Pipe::*ours) {
         SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
         EXPECT_NE(::CreatePipe(&read, &write, &inherited, 0), 0);
-        ::SetHandleInformation(read, HANDLE_FLAG_INHERIT, 0);
+        ::SetHandleInformation(this->*ours, HANDLE_FLAG_INHERIT, 0);
     }
 };
 
@@ -39,6 +41,7 @@ void ReadAll(HANDLE pipe, std::string* text) {
 
 struct StartedProgram::System {
     PROCESS_INFORMATION process{};
+    Pipe input;
     Pipe output;
     Pipe errors;
 };
@@ -50,11 +53,13 @@ StartedProgram::StartedProgram(const std::string& program,
     for (const std::string& argument : arguments) {
         command += " \"" + argument + '"';
     }
-    m_system->output.Open();
-    m_system->errors.Open();
+    m_system->input.Open(&Pipe::write);
+    m_system->output.Open(&Pipe::read);
+    m_system->errors.Open(&Pipe::read);
     STARTUPINFOA start{};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = m_system->input.read;
     start.hStdOutput = m_system->output.write;
     start.hStdError = m_system->errors.write;
     // In a group of its own: an event of the console is then for it alone.
@@ -62,13 +67,17 @@ StartedProgram::StartedProgram(const std::string& program,
         ::CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP,
                          nullptr, nullptr, &start, &m_system->process) == 0;
     EXPECT_FALSE(m_ended) << program;
+    ::CloseHandle(m_system->input.read);
     ::CloseHandle(m_system->output.write);
     ::CloseHandle(m_system->errors.write);
+    DWORD at_once = PIPE_READMODE_BYTE | PIPE_NOWAIT;
+    ::SetNamedPipeHandleState(m_system->input.write, &at_once, nullptr, nullptr);
 }
 
 StartedProgram::~StartedProgram() {
     Kill();
     Wait();
+    CloseInput();
     ::CloseHandle(m_system->output.read);
     ::CloseHandle(m_system->errors.read);
     ::CloseHandle(m_system->process.hThread);
@@ -78,6 +87,20 @@ StartedProgram::~StartedProgram() {
 void StartedProgram::Collect() {
     ReadAll(m_system->output.read, &m_output);
     ReadAll(m_system->errors.read, &m_errors);
+}
+
+std::size_t StartedProgram::FeedSome(std::string_view text) {
+    constexpr std::size_t kMostAtOnce = 2048;  // what does not fit is refused as a whole
+    DWORD count = 0;
+    ::WriteFile(m_system->input.write, text.data(),
+                static_cast<DWORD>(std::min(text.size(), kMostAtOnce)), &count, nullptr);
+    return count;
+}
+
+void StartedProgram::CloseInput() {
+    if (m_system->input.write != nullptr) {
+        ::CloseHandle(std::exchange(m_system->input.write, nullptr));
+    }
 }
 
 bool StartedProgram::HasEnded() {

@@ -29,7 +29,7 @@ inline constexpr bool kOpenFilesHoldTheirFolder = true;
 inline constexpr bool kSegmentsOutliveTheirMaker = false;
 
 /// A width at which the graph editor stands in one row: texts of this system are wider.
-inline constexpr int kSmallScreenWidth = 1440;
+inline constexpr int kSmallScreenWidth = 1366;
 
 inline void SetVariable(const char* name, const std::string& value) {
     ::_putenv_s(name, value.c_str());

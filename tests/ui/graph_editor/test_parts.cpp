@@ -134,7 +134,8 @@ TEST_F(EditorParts, HasTheTextsOfItsTable) {
 
 TEST_F(EditorParts, WhatAWindowIsWiderIsForTheListOfTheAxesUpToALength) {
     Begin({TimeGraph()});
-    m_editor->resize(kSmallScreenWidth, m_editor->heightForWidth(kSmallScreenWidth));
+    const int at_ease = m_editor->sizeHint().width();
+    m_editor->resize(at_ease, m_editor->heightForWidth(at_ease));
     const int combo = Get(kYAxis).width();
     const int axes = Get(kYAxes).width();
     m_editor->resize(1920, m_editor->heightForWidth(1920));
@@ -172,9 +173,22 @@ int MiddleOf(const QWidget& strip, const QWidget& control) {
     return control.mapTo(&strip, control.rect().center()).y();
 }
 
+/// Expects the controls of each of `lines` beside each other.
+void ExpectLines(const CAxSelect& strip, const std::vector<std::vector<EditorControl>>& lines) {
+    for (const std::vector<EditorControl>& line : lines) {
+        int middle = -1;
+        for (const EditorControl id : line) {
+            const auto* const control = FindControl<QWidget>(strip, static_cast<int>(id));
+            middle = middle < 0 ? MiddleOf(strip, *control) : middle;
+            EXPECT_NEAR(MiddleOf(strip, *control), middle, 1) << static_cast<int>(id);
+        }
+    }
+}
+
 TEST_F(EditorParts, ControlsOfAllGroupsStandOnTheSameLines) {
     Begin({TimeGraph()});
-    m_editor->resize(kSmallScreenWidth, m_editor->heightForWidth(kSmallScreenWidth));
+    const int at_ease = m_editor->sizeHint().width();
+    m_editor->resize(at_ease, m_editor->heightForWidth(at_ease));
     const std::vector<std::vector<EditorControl>> lines = {
         {kGraphNumber, kXIsTime, kXIsAxis, kYAxis, kColor, kAddYAxis, kXTime, kTimeRange,
          kYAutomatic, kAutoCircle, kZeroLines},
@@ -184,11 +198,33 @@ TEST_F(EditorParts, ControlsOfAllGroupsStandOnTheSameLines) {
          kZoomOut},
         {kClose, kLines, kPoints, kTrigger, kTriggerState, kXMaximum, kYMaximum, kFadeOutTime},
     };
-    for (const std::vector<EditorControl>& line : lines) {
-        const int middle = MiddleOf(*m_editor, Get(line.front()));
-        for (const EditorControl id : line) {
-            EXPECT_NEAR(MiddleOf(*m_editor, Get(id)), middle, 1) << static_cast<int>(id);
+    ExpectLines(*m_editor, lines);
+    // Closed up, and at ease again.
+    int narrowest = at_ease;
+    while (m_editor->heightForWidth(narrowest - 1) == m_editor->heightForWidth(at_ease)) {
+        --narrowest;
+    }
+    m_editor->resize(narrowest, m_editor->heightForWidth(narrowest));
+    EXPECT_THAT(CutOffTexts(*m_editor), ::testing::IsEmpty());
+    ExpectLines(*m_editor, {{kDerivation, kXAxis}, {kDeleteYAxis, kYAxes, kClassic}});
+    EXPECT_EQ(Get(kAddYAxis).geometry().right(), Get(kDeleteYAxis).geometry().right());
+    m_editor->resize(at_ease, m_editor->heightForWidth(at_ease));
+    ExpectLines(*m_editor, lines);
+}
+
+TEST_F(EditorParts, GroupsOfSeveralRowsAreSharedOutEvenly) {
+    const auto groups = m_editor->findChildren<QGroupBox*>();
+    for (const int width : {1200, 960}) {
+        m_editor->resize(width, m_editor->heightForWidth(width));
+        std::vector<QString> below;
+        for (const QGroupBox* const group : groups) {
+            if (group->y() > groups.front()->y()) {
+                below.push_back(group->title());
+            }
         }
+        EXPECT_THAT(below, ::testing::ElementsAre(
+                               QStringLiteral("&scale x"), QStringLiteral("s&cale y"),
+                               QStringLiteral("&axis over axis"), QStringLiteral("&display")));
     }
 }
 
@@ -220,6 +256,44 @@ TEST(FlowLayoutTest, BreaksRowsAndSharesWhatIsLeft) {
     flow->setGeometry({0, 0, 400, 36});
     EXPECT_EQ(widgets[1]->width(), 150);
     EXPECT_EQ(widgets[2]->x(), 261);
+}
+
+/// A widget that would be `hint` wide, and can be `least`.
+class Shrinkable : public QWidget {
+ public:
+    Shrinkable(int hint, int least, QWidget* parent)
+        : QWidget(parent), m_hint(hint), m_least(least) {}
+    [[nodiscard]] QSize sizeHint() const override { return {m_hint, 20}; }
+    [[nodiscard]] QSize minimumSizeHint() const override { return {m_least, 20}; }
+
+ private:
+    const int m_hint;
+    const int m_least;
+};
+
+TEST(FlowLayoutTest, ItemsGetTheirLeastWidthsWhereThatSavesTheSecondRow) {
+    QWidget window;
+    auto* const flow = new FlowLayout(&window);
+    flow->setContentsMargins(0, 0, 0, 0);
+    flow->setSpacing(5);
+    Shrinkable* widgets[4];
+    for (Shrinkable*& widget : widgets) {
+        widget = new Shrinkable(100, 80, &window);
+        flow->addWidget(widget);
+    }
+    EXPECT_EQ(flow->heightForWidth(415), 20);
+    EXPECT_EQ(flow->heightForWidth(335), 20);
+    EXPECT_EQ(flow->heightForWidth(334), 45);
+    flow->setGeometry({0, 0, 414, 20});
+    EXPECT_EQ(widgets[3]->geometry(), QRect(255, 0, 80, 20));
+    flow->setGeometry({0, 0, 415, 20});
+    EXPECT_EQ(widgets[3]->geometry(), QRect(315, 0, 100, 20));
+    // Two and two, not three and one.
+    flow->setGeometry({0, 0, 334, 45});
+    EXPECT_EQ(widgets[1]->geometry(), QRect(105, 0, 100, 20));
+    EXPECT_EQ(widgets[2]->geometry(), QRect(0, 25, 100, 20));
+    // An item that is wider than its row.
+    EXPECT_EQ(flow->heightForWidth(50), 4 * 20 + 3 * 5);
 }
 
 /// A colour as eyes see it that lack one kind of cones (0 none lacks, 1 to 3: long, middle, short).

@@ -114,15 +114,15 @@ class Offered : public ::testing::Test {
     }
     [[nodiscard]] RunState State() { return View().Board().Drawers().front()->State(); }
 
-    /// A message as a master sends it, handled.
+    /// A message as of a master, handled.
     void Hear(FromMaster number, std::uint64_t w_param) {
         std::string error;
         const auto sender = platform::MessageWindow::Create(
             [](const platform::Message&) { return std::int64_t{1}; }, &error);
         ASSERT_NE(sender, nullptr) << error;
-        ASSERT_TRUE(sender->Post(testing::MasterLinkOf(View()).Window(),
-                                 {static_cast<std::uint32_t>(number), w_param, 0}));
-        QTest::qWait(50);
+        const platform::Message message{static_cast<std::uint32_t>(number), w_param, 0};
+        ASSERT_EQ(sender->Send(testing::MasterLinkOf(View()).Window(), message).status,
+                  platform::SendStatus::kDone);
     }
 
     /// The item of that text in the menus.
