@@ -13,7 +13,7 @@ rows = {}
 machine = None
 for file in sorted(arguments.results.glob("*.json")):
     data = json.loads(file.read_text())
-    machine = data["context"]
+    machine = data["context"] or machine
     for run in data["benchmarks"]:
         if run.get("aggregate_name") != "median":
             continue

@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 tool=$(command -v clang-format-14 || command -v clang-format)
-mapfile -t files < <(find src master tests bench examples -name '*.h' -o -name '*.cpp' -o -name '*.c' | sort)
+mapfile -t files < <(find src master programs tests bench examples -name '*.h' -o -name '*.cpp' -o -name '*.c' | sort)
 if [ "${1:-}" = --fix ]; then
     exec "$tool" -i "${files[@]}"
 fi

@@ -32,7 +32,7 @@ install_packages() {
         apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-packages_to_build=(g++ cmake ninja-build qt6-base-dev zlib1g-dev)
+packages_to_build=(g++ cmake ninja-build qt6-base-dev zlib1g-dev libeigen3-dev)
 packages_to_run=(fonts-dejavu-core)
 packages_to_test=(libgtest-dev libgmock-dev clang-format-14 locales poppler-utils python3)
 packages_to_cross_build=(g++-mingw-w64-x86-64-posix gcc-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest
@@ -41,6 +41,8 @@ packages_to_run_windows=(wine wine64 fonts-wine xvfb xauth)
 # Only where Qt for Windows has to be built.
 packages_to_build_qt=(dpkg-dev perl python3 xz-utils)
 packages_to_lint=(clang-format-14 clang-tidy-14)
+packages_to_interoperate=(nodejs npm)
 packages_to_fuzz=(clang-14 libclang-rt-14-dev)
-packages_to_bench=(libbenchmark-dev libboost-dev libqcustomplot-dev libsimpleini-dev python3)
 packages_to_run_linuxcnc=(linuxcnc-uspace linuxcnc-uspace-dev python3 util-linux)
+packages_to_bench=(libbenchmark-dev libboost-dev libfftw3-dev libhdf5-dev libqcustomplot-dev libsimpleini-dev python3
+    python3-numpy python3-scipy)

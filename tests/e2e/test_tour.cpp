@@ -226,6 +226,7 @@ void Tour::PrintToAFile() {
 
 TEST_F(Tour, FromTheStartToTheEnd) {
     Open({"X"});
+    View().Work().Source().SetComesBack(false);  // this user connects by the menu
     DemoMaster master({"--motion", "circle"});
     m_frame->resize(1200, 760);
     m_frame->activateWindow();

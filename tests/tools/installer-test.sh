@@ -24,14 +24,14 @@ wine reg delete 'HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\Wavo' 
 wine "$work/wavo-$version-win64.exe" /S
 touch "$place/docs/user-guide.md" || fail "not installed"
 wine "$work/wavo-$version-win64.exe" /S  # over itself, as an update does
-for file in wavo.exe demo_master.exe wavo_pipe.exe docs/user-guide.md data/graphs/circle.ini Uninstall.exe; do
+for file in wavo.exe demo_master.exe wavo_pipe.exe wavo_report.exe docs/user-guide.md data/graphs/circle.ini Uninstall.exe; do
     [ -f "$place/$file" ] || fail "not installed: $file"
     [ "$file" = Uninstall.exe ] || grep -q "/$file\$" <<<"$zipped" ||
         fail "not in the ZIP: $file"
 done
 cmp "$build/src/ui/shell/wavo.exe" "$place/wavo.exe" || fail "not the program of this build"
 # The programs need nothing but what every Windows has.
-for program in wavo.exe demo_master.exe wavo_pipe.exe; do
+for program in wavo.exe demo_master.exe wavo_pipe.exe wavo_report.exe; do
     foreign=$(x86_64-w64-mingw32-objdump -p "$place/$program" | sed -n 's/.*DLL Name: //p' |
         grep -iE '^(lib|qt6|zlib|icu|msvcp|vcruntime)' || true)
     [ -z "$foreign" ] || fail "$program needs" $foreign

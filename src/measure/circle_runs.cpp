@@ -1,0 +1,267 @@
+#include "measure/circle_runs.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+#include "measure/units.h"
+
+namespace wavo::measure {
+
+namespace {
+
+constexpr double kLeastShareOfFastest = 0.01;
+constexpr double kLeastCurvature = 1e-6;   // per mm
+constexpr double kSmallestRadius = 1e-3;   // mm
+constexpr double kLargestResidual = 0.01;  // share of the radius
+
+/// Speed and curvature of one whole stretch of a path, where both are defined.
+class Motion {
+ public:
+    Motion(std::span<const double> x, std::span<const double> y, const Stretch& stretch,
+           const RunSetup& setup, double cycle_time)
+        : m_setup(setup) {
+        const std::size_t step = CyclesIn(setup.speed_width, cycle_time, 1);
+        const std::size_t reach = CyclesIn(setup.curvature_width, cycle_time, 2);
+        const std::size_t edge = std::max(step, reach);
+        m_window = CyclesIn(setup.window, cycle_time, 8);
+        if (stretch.Size() < 2 * edge + m_window) {
+            return;
+        }
+        m_first = stretch.first + edge;
+        m_end = stretch.end - edge;
+        m_speed.reserve(m_end - m_first);
+        m_curvature.reserve(m_end - m_first);
+        for (std::size_t i = m_first; i < m_end; ++i) {
+            m_speed.push_back(PathSpeed(x, y, i, step, cycle_time));
+            m_curvature.push_back(PathCurvature(x, y, i, reach));
+            m_fastest = std::max(m_fastest, m_speed.back());
+        }
+    }
+
+    [[nodiscard]] double Fastest() const { return m_fastest; }
+
+    /// The next run behind place `from`, where a seed of it is found.
+    std::optional<Stretch> NextRun(std::size_t from, double fastest) {
+        const std::size_t stride = std::max<std::size_t>(m_window / 4, 1);
+        const std::size_t low = std::max(from, m_first);
+        for (std::size_t at = low; at + m_window <= m_end; at += stride) {
+            Stretch run{at, at + m_window};
+            if (!IsSeed(run, fastest)) {
+                continue;
+            }
+            Grow(low, &run);
+            TakeMedians(run);
+            Grow(low, &run);
+            while (run.first < run.end && !Holds(run.first)) {
+                ++run.first;
+            }
+            while (run.end > run.first && !Holds(run.end - 1)) {
+                --run.end;
+            }
+            if (run.end > at + m_window / 2) {
+                return run;
+            }
+        }
+        return std::nullopt;
+    }
+
+    /// Sign of the last run's curvature.
+    [[nodiscard]] Sense RunSense() const {
+        return m_run_curvature > 0.0 ? Sense::kCounterClockwise : Sense::kClockwise;
+    }
+
+ private:
+    [[nodiscard]] bool Holds(std::size_t place) const {
+        return std::abs(m_speed[place - m_first] - m_run_speed) <=
+                   m_setup.speed_tolerance * m_run_speed &&
+               std::abs(m_curvature[place - m_first] - m_run_curvature) <=
+                   m_setup.curvature_tolerance * std::abs(m_run_curvature);
+    }
+
+    void TakeMedians(const Stretch& run) {
+        const auto median = [&](const std::vector<double>& values) {
+            m_sorted.assign(values.begin() + static_cast<std::ptrdiff_t>(run.first - m_first),
+                            values.begin() + static_cast<std::ptrdiff_t>(run.end - m_first));
+            return MedianOf(m_sorted);
+        };
+        m_run_speed = median(m_speed);
+        m_run_curvature = median(m_curvature);
+    }
+
+    bool IsSeed(const Stretch& window, double fastest) {
+        const auto begin = m_speed.begin() + static_cast<std::ptrdiff_t>(window.first - m_first);
+        const auto [least, most] =
+            std::minmax_element(begin, begin + static_cast<std::ptrdiff_t>(window.Size()));
+        // Told without a median: nothing between these two lies near enough to both.
+        if (*most > *least * (1.0 + m_setup.speed_tolerance) / (1.0 - m_setup.speed_tolerance) ||
+            *least <= 0.0) {
+            return false;
+        }
+        TakeMedians(window);
+        if (m_run_speed <= kLeastShareOfFastest * fastest ||
+            std::abs(m_run_curvature) <= kLeastCurvature) {
+            return false;
+        }
+        for (std::size_t i = window.first; i < window.end; ++i) {
+            if (!Holds(i)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    void Grow(std::size_t low, Stretch* run) const {
+        while (run->first > low && Holds(run->first - 1)) {
+            --run->first;
+        }
+        while (run->end < m_end && Holds(run->end)) {
+            ++run->end;
+        }
+    }
+
+    RunSetup m_setup;
+    std::size_t m_window = 0;
+    std::size_t m_first = 0;  ///< place of the first speed
+    std::size_t m_end = 0;
+    std::vector<double> m_speed;
+    std::vector<double> m_curvature;
+    double m_fastest = 0.0;
+    double m_run_speed = 0.0;
+    double m_run_curvature = 0.0;
+    std::vector<double> m_sorted;
+};
+
+/// Angle of the points about a centre, counted on from the first and positive in the sense,
+/// radians.
+std::vector<double> UnwrappedAngles(const Arc& arc, const Circle& circle, Sense sense) {
+    std::vector<double> angles;
+    angles.reserve(arc.x.size());
+    double u = arc.x[0] - circle.x;
+    double w = arc.y[0] - circle.y;
+    double angle = SignOf(sense) * std::atan2(w, u);
+    for (std::size_t i = 0; i < arc.x.size(); ++i) {
+        const double next_u = arc.x[i] - circle.x;
+        const double next_w = arc.y[i] - circle.y;
+        angle += SignOf(sense) * std::atan2(u * next_w - w * next_u, u * next_u + w * next_w);
+        angles.push_back(angle);
+        u = next_u;
+        w = next_w;
+    }
+    return angles;
+}
+
+Arc ArcOf(std::span<const double> x, std::span<const double> y, const Stretch& stretch) {
+    return {x.subspan(stretch.first, stretch.Size()), y.subspan(stretch.first, stretch.Size())};
+}
+
+std::string LessThanOneTurn(double degrees) {
+    std::array<char, 80> text{};
+    std::snprintf(text.data(), text.size(), "less than one turn: %.0f degrees", degrees);
+    return text.data();
+}
+
+/// The turn in the middle of what the margins leave; nothing when that is less than one.
+std::optional<Stretch> TurnWithin(const PlanePath& path, const CircleRun& run, double margin) {
+    const std::size_t cut = CyclesIn(margin, path.cycle_time, 1);
+    if (run.stretch.Size() < 2 * cut + 8) {
+        return std::nullopt;
+    }
+    const Stretch inner{run.stretch.first + cut, run.stretch.end - cut};
+    const Arc arc = ArcOf(path.x, path.y, inner);
+    const auto circle = FitCircleQuickly({&arc, 1});
+    if (!circle) {
+        return std::nullopt;
+    }
+    const auto angles = UnwrappedAngles(arc, *circle, run.sense);
+    if (angles.back() - angles.front() < kFullTurn) {
+        return std::nullopt;
+    }
+    const double middle = (angles.front() + angles.back()) / 2.0;
+    const auto place = [&](double angle) {
+        const auto found = std::ranges::find_if(angles, [=](double a) { return a >= angle; });
+        return inner.first + static_cast<std::size_t>(found - angles.begin());
+    };
+    return Stretch{place(middle - kFullTurn / 2.0), place(middle + kFullTurn / 2.0)};
+}
+
+void ChooseTurn(const PlanePath& path, const RunSetup& setup, const Arc& arc, CircleRun* run) {
+    const double residual = RadialResidual({&arc, 1}, run->circle);
+    if (run->angle < 360.0) {
+        run->reason = LessThanOneTurn(run->angle);
+        return;
+    }
+    if (residual > kLargestResidual * run->circle.radius) {
+        run->reason = "not round: the radius changes by more than 1 %";
+        return;
+    }
+    run->margin = setup.loop_time ? 5.0 * *setup.loop_time : setup.margin;
+    run->turn = TurnWithin(path, *run, run->margin);
+    if (!run->turn && run->margin > setup.short_margin) {
+        run->margin = setup.short_margin;
+        run->shortened = true;
+        run->turn = TurnWithin(path, *run, run->margin);
+    }
+    if (!run->turn) {
+        run->reason =
+            "less than one turn without approach and run-out: program 1.25 turns or more per sense";
+    }
+}
+
+}  // namespace
+
+double PathSpeed(std::span<const double> x, std::span<const double> y, std::size_t i, std::size_t k,
+                 double cycle_time) {
+    const double dx = x[i + k] - x[i - k];
+    const double dy = y[i + k] - y[i - k];
+    return std::sqrt(dx * dx + dy * dy) / (2.0 * static_cast<double>(k) * cycle_time);
+}
+
+double PathCurvature(std::span<const double> x, std::span<const double> y, std::size_t i,
+                     std::size_t k) {
+    const double ux = x[i] - x[i - k];
+    const double uy = y[i] - y[i - k];
+    const double wx = x[i + k] - x[i];
+    const double wy = y[i + k] - y[i];
+    const double tx = ux + wx;
+    const double ty = uy + wy;
+    const double squares = (ux * ux + uy * uy) * (wx * wx + wy * wy) * (tx * tx + ty * ty);
+    return squares > 0.0 ? 2.0 * (ux * wy - uy * wx) / std::sqrt(squares) : 0.0;
+}
+
+std::vector<CircleRun> FindCircleRuns(const PlanePath& path, const RunSetup& setup) {
+    const bool commanded = path.HasCommanded();
+    const auto x = commanded ? path.x_cmd : path.x;
+    const auto y = commanded ? path.y_cmd : path.y;
+    const std::array<std::span<const double>, 4> columns{path.x, path.y, x, y};
+    std::vector<Motion> motions;
+    double fastest = 0.0;
+    for (const Stretch& stretch : WholeStretches(columns)) {
+        motions.emplace_back(x, y, stretch, setup, path.cycle_time);
+        fastest = std::max(fastest, motions.back().Fastest());
+    }
+    std::vector<CircleRun> runs;
+    for (Motion& motion : motions) {
+        std::size_t from = 0;
+        while (const auto found = motion.NextRun(from, fastest)) {
+            from = found->end;
+            const Arc arc = ArcOf(x, y, *found);
+            const auto circle = FitCircleQuickly({&arc, 1});
+            if (!circle || circle->radius < kSmallestRadius) {
+                continue;
+            }
+            CircleRun run;
+            run.stretch = *found;
+            run.sense = motion.RunSense();
+            run.circle = *circle;
+            const auto angles = UnwrappedAngles(arc, *circle, run.sense);
+            run.angle = (angles.back() - angles.front()) * kDegrees;
+            ChooseTurn(path, setup, arc, &run);
+            runs.push_back(std::move(run));
+        }
+    }
+    return runs;
+}
+
+}  // namespace wavo::measure

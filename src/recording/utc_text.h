@@ -1,0 +1,12 @@
+// Times as people read them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace wavo::recording {
+
+/// "2026-08-01 14:03:22.250 UTC" of nanoseconds since the Unix epoch.
+std::string UtcText(std::uint64_t time);
+
+}  // namespace wavo::recording
