@@ -15,6 +15,8 @@ inline constexpr char kNoInputBuffer[] =
     "CWavoView::OnMessageFromMainNewMValues(): value input buffer is not available";
 inline constexpr char kFifoWithoutLines[] =
     "CWavoView::OnMessageFromMainNewMValues(): Prg. error, number of fifo lines=0";
+inline constexpr char kMasterRefused[] =
+    "AcquisitionCycle::OnPeerRefused(): the master's connection was closed, it wrote %s";
 inline constexpr char kReadWhileClosed[] = "Write(): interface is not open";
 inline constexpr char kFifoEmpty[] = "AxValueReader::ReadFromFifo(): value fifo is empty";
 inline constexpr char kSegmentNotUnlinked[] = "Close(): MSharedMem_Unlink() failed";

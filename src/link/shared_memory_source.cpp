@@ -455,8 +455,7 @@ void SharedMemorySource::OnPeerRefused(platform::WindowHandle window, const char
         m_state == State::kRepaired) {
         return;
     }
-    MERRLOG("AcquisitionCycle::OnPeerRefused(): the master's connection was closed, it wrote %s",
-            why);
+    MERRLOG(kMasterRefused, why);
     BreakLink(kNoMessage);
 }
 
