@@ -88,7 +88,7 @@ bool WriteOurs() {
         values.SetSettings(settings);
         return true;
     }();
-    return is_filled && values.CreateDataFile() == wavo::SaveValues::Result::kWritten;
+    return is_filled && values.CreateDataFile();
 }
 
 class PlainFile {

@@ -114,7 +114,8 @@ std::unique_ptr<MasterPublisher> MasterPublisher::Start(PublisherOptions options
         new MasterPublisher(std::move(options), std::move(events)));
     MasterPublisher* self = publisher.get();
     publisher->m_window = platform::MessageWindow::Create(
-        [self](const platform::Message& message) { return self->Handle(message); }, error);
+        [self](const platform::Message& message) { return self->Handle(message); }, error,
+        kLinkNumbers);
     if (!publisher->m_window) {
         return nullptr;
     }

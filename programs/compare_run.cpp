@@ -138,7 +138,7 @@ std::string JunitOf(const ReportOptions& options, const std::vector<AxisComparis
     for (const AxisComparison& axis : axes) {
         const std::string text = Escaped(TextOf(axis, options.cycle_time));
         cases +=
-            "  <testcase classname=\"wavo_report.compare\" name=\"" + Escaped(axis.axis) + "\"";
+            R"(  <testcase classname="wavo_report.compare" name=")" + Escaped(axis.axis) + "\"";
         if (axis.compared && axis.compared->passed) {
             cases += "/>\n";
             continue;

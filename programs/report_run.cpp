@@ -206,6 +206,7 @@ void TakeContour(const ReportOptions& options, const std::vector<AxisColumns>& a
     report->contour_reach =
         measure::ContourReach(std::min(lag, kFarthestReach), options.cycle_time);
     std::vector<measure::ContourAxis> path;
+    path.reserve(axes.size());
     for (const AxisColumns& columns : axes) {
         path.push_back({columns.commanded, columns.actual});
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "link/report_texts.h"
 #include "link/shared_mem.h"
 #include "support/diagnostics.h"
 
@@ -13,17 +14,17 @@ bool AxValueReader::Open(const char* name) {
         Close();
     }
     if (name == nullptr) {
-        MERRTRACE("Open(): Null pointer for name");
+        MERRTRACE(link_texts::kOpenWithoutName);
         return false;
     }
     m_name = name;
     m_segment = MSharedMem_Link(m_name);
     if (m_segment == nullptr) {
-        MERRTRACE("Open(): MSharedMem_Link(%.40s) failed", m_name.c_str());
+        MERRTRACE(link_texts::kSegmentNotLinked, m_name.c_str());
         return false;
     }
     if (!MMemLineFifo_Link(m_segment, MSharedMem_Size(m_segment), m_fifo)) {
-        MERRTRACE("Open(): MMemLineFifo_Link() failed");
+        MERRTRACE(link_texts::kFifoNotLinked);
         return false;
     }
     m_open = true;
@@ -37,7 +38,7 @@ std::uint64_t AxValueReader::LinesWaiting() const {
 bool AxValueReader::Read(void* buffer, std::size_t line_length, std::uint64_t line_count,
                          std::size_t capacity) {
     if (!m_open) {
-        MERRLOG("Write(): interface is not open");
+        MERRLOG(link_texts::kReadWhileClosed);
         return false;
     }
     m_copied = 0;
@@ -83,11 +84,10 @@ std::uint64_t AxValueReader::ReadFromFifo(std::byte* buffer, std::size_t line_le
                                           std::uint64_t line_count) {
     const std::uint64_t read = MMemLineFifo_Read(m_fifo, buffer, line_length, line_count);
     if (read < line_count) {
-        MERRLOG("AxValueReader::ReadFromFifo(): value fifo is empty");
+        MERRLOG(link_texts::kFifoEmpty);
         return read;
     }
-    MTRACE(4, "AxValueReader::ReadFromFifo(): read %u lines from main prg.",
-           static_cast<unsigned>(line_count));
+    MTRACE(4, link_texts::kLinesRead, static_cast<unsigned>(line_count));
     return read;
 }
 
@@ -113,7 +113,7 @@ void AxValueReader::Close() {
         }
         if (!MSharedMem_Unlink(m_segment)) {
             MErrTrace_Dump();
-            MERRLOG("Close(): MSharedMem_Unlink() failed");
+            MERRLOG(link_texts::kSegmentNotUnlinked);
         }
         m_segment = nullptr;
         m_fifo = {};

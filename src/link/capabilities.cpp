@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "link/report_texts.h"
 #include "link/shared_mem.h"
 #include "link/wire_format.h"
 #include "support/diagnostics.h"
@@ -51,10 +52,7 @@ void SlaveGlobalCapabilities::GetNewCapabilitiesFromMaster() {
 void SlaveGlobalCapabilities::LoadModule(const std::string& segment_name) {
     void* const segment = MSharedMem_Link(segment_name);
     if (segment == nullptr) {
-        MERRLOG(
-            "SlaveGlobalCapabilities::GetNewCapabilitiesFromMaster(): failed to link data module "
-            "[%s]",
-            segment_name.c_str());
+        MERRLOG(link_texts::kNoCapabilityModule, segment_name.c_str());
         return;
     }
     LoadRecords(segment, segment_name);

@@ -4,6 +4,7 @@
 #include <cinttypes>
 #include <cstring>
 
+#include "link/report_texts.h"
 #include "support/diagnostics.h"
 
 namespace wavo {
@@ -111,7 +112,7 @@ bool MMemLineFifo_Link(void* base, std::uint64_t size, LineFifo& fifo) {
     }
     auto* const bytes = static_cast<std::byte*>(base);
     if (LoadMark(bytes) != 0) {
-        MERRTRACE("MMemLineFifo_Link(): Fifo not initialized or already has an exlusive reader");
+        MERRTRACE(link_texts::kFifoHasReader);
         return false;
     }
     LineFifoHeader header;
@@ -122,13 +123,13 @@ bool MMemLineFifo_Link(void* base, std::uint64_t size, LineFifo& fifo) {
     StoreMark(bytes, OwnMark(bytes));
     std::byte* const data = bytes + sizeof(LineFifoHeader);
     if (!IsAligned(data)) {
-        MERRTRACE("MMemLineFifo_Link(): Start address of data (%p) is not aligned to %zu",
-                  static_cast<void*>(data), static_cast<std::size_t>(kAlignment));
+        MERRTRACE(link_texts::kDataNotAligned, static_cast<void*>(data),
+                  static_cast<std::size_t>(kAlignment));
         StoreMark(bytes, 0);
         return false;
     }
     if (!IsAligned(base)) {
-        MERRTRACE("MMemLineFifo_Link(): Address of write offset (%p) is not aligned to %zu",
+        MERRTRACE(link_texts::kIndexNotAligned,
                   static_cast<void*>(bytes + offsetof(LineFifoHeader, write_index)),
                   static_cast<std::size_t>(kAlignment));
         StoreMark(bytes, 0);

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "link/master_channel.h"
 #include "link/wire_format.h"
+#include "support/fault.h"
 
 namespace wavo {
 
@@ -18,17 +20,11 @@ struct MasterInfo {
     std::vector<std::string> axis_names;       ///< column order of a value line; empty is legal
 };
 
-enum class MasterInfoStatus {
-    kPresent,
-    kAbsent,   ///< no info block, or one that a dead master left behind
-    kRefused,  ///< the block cannot be right; the reason is in the error log
-};
+/// Reads the info block. Nothing when there is none, or one that a dead master left behind; a
+/// fault, which is an error-log entry, too, when the block cannot be right.
+Expected<std::optional<MasterInfo>> ReadMasterInfo(const MasterChannel& channel);
 
-/// Reads the info block. `info` is set only with kPresent.
-MasterInfoStatus ReadMasterInfo(const MasterChannel& channel, MasterInfo& info);
-
-/// Checks a copy of the block and takes it over. Returns null, or what is wrong with it in words
-/// (static storage).
-const char* DecodeMasterInfo(const MasterInfoBlock& block, MasterInfo& info);
+/// Checks a copy of the block and takes it over.
+Expected<MasterInfo> DecodeMasterInfo(const MasterInfoBlock& block);
 
 }  // namespace wavo

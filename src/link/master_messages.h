@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "platform/message_window.h"
+
 namespace wavo {
 
 /// Messages that the viewer gives to the master.
@@ -31,6 +33,10 @@ enum class FromMaster : std::uint32_t {
 /// A master has begun to publish: posted to every viewer that can be found, known or not, with
 /// wParam and lParam 0. The number after those of FromMaster.
 inline constexpr std::uint32_t kMasterIsHere = 0x530;
+
+/// All of them: masters and viewers take them of programs with fewer rights, too.
+inline constexpr platform::MessageNumbers kLinkNumbers{static_cast<std::uint32_t>(ToMaster::kLink),
+                                                       kMasterIsHere};
 
 /// wParam of FromMaster::kValues; others are ignored.
 enum class ValuesNotice : std::uint64_t {

@@ -2,6 +2,8 @@
 // tools search logs for them. They stay byte for byte; names in them may be those of a former time.
 #pragma once
 
+#include <cinttypes>
+
 namespace wavo::link_texts {
 
 // The error log.
@@ -13,6 +15,38 @@ inline constexpr char kNoInputBuffer[] =
     "CWavoView::OnMessageFromMainNewMValues(): value input buffer is not available";
 inline constexpr char kFifoWithoutLines[] =
     "CWavoView::OnMessageFromMainNewMValues(): Prg. error, number of fifo lines=0";
+inline constexpr char kMasterRefused[] =
+    "AcquisitionCycle::OnPeerRefused(): the master's connection was closed, it wrote %s";
+inline constexpr char kReadWhileClosed[] = "Write(): interface is not open";
+inline constexpr char kFifoEmpty[] = "AxValueReader::ReadFromFifo(): value fifo is empty";
+inline constexpr char kSegmentNotUnlinked[] = "Close(): MSharedMem_Unlink() failed";
+inline constexpr char kNoCapabilityModule[] =
+    "SlaveGlobalCapabilities::GetNewCapabilitiesFromMaster(): failed to link data module [%s]";
+
+// The error trace.
+inline constexpr char kOpenWithoutName[] = "Open(): Null pointer for name";
+inline constexpr char kSegmentNotLinked[] = "Open(): MSharedMem_Link(%.40s) failed";
+inline constexpr char kFifoNotLinked[] = "Open(): MMemLineFifo_Link() failed";
+inline constexpr char kFifoHasReader[] =
+    "MMemLineFifo_Link(): Fifo not initialized or already has an exlusive reader";
+inline constexpr char kDataNotAligned[] =
+    "MMemLineFifo_Link(): Start address of data (%p) is not aligned to %zu";
+inline constexpr char kIndexNotAligned[] =
+    "MMemLineFifo_Link(): Address of write offset (%p) is not aligned to %zu";
+inline constexpr char kLinkFailed[] = "MSharedMem_Link() failed for '%s' (%d)";
+inline constexpr char kMapFailed[] = "MSharedMem_Link(): MapViewOfFile() failed (%d)";
+inline constexpr char kLinkNotForgotten[] = "MSharedMem_Destroy(): DeleteLinkInfo() failed";
+inline constexpr char kUnmapFailed[] = "MSharedMem_Unlink(): UnmapViewOfFile() failed (%d)";
+inline constexpr char kCloseFailed[] = "MSharedMem_Destroy(): CloseHandle() failed (%d)";
+inline constexpr char kLinkWithoutName[] = "MSharedMem_Link(): name == \"\"";
+inline constexpr char kUnlinkNull[] = "MSharedMem_Unlink(): NULL pointer for memory";
+inline constexpr char kUnlinkUnknown[] = "MSharedMem_Unlink(): no shared memory registered at %p";
+inline constexpr char kLinkConflict[] = "SetNewLinkInfo():'%s'(%" PRId64 ",0x%" PRIx64
+                                        ") in conflict to '%s'(%" PRId64 ",0x%" PRIx64 ")";
+inline constexpr char kLinkCountBelowZero[] = "MSharedMem_Unlink(): link_count < 0";
+
+// The trace.
+inline constexpr char kLinesRead[] = "AxValueReader::ReadFromFifo(): read %u lines from main prg.";
 
 // Message boxes.
 inline constexpr char kFifoNotOpenedBox[] = "Can not open mvales fifo";

@@ -1,9 +1,9 @@
 #include "link/shared_mem.h"
 
 #include <algorithm>
-#include <cinttypes>
 #include <mutex>
 
+#include "link/report_texts.h"
 #include "platform/last_error.h"
 #include "support/diagnostics.h"
 
@@ -25,14 +25,14 @@ std::recursive_mutex& RegistryLock() {
 void* MapNewSegment(const std::string& name) {
     const platform::MappingHandle handle = platform::OpenSharedMemory(name);
     if (handle == 0) {
-        MERRTRACE("MSharedMem_Link() failed for '%s' (%d)", name.c_str(), platform::LastError());
+        MERRTRACE(link_texts::kLinkFailed, name.c_str(), platform::LastError());
         return nullptr;
     }
     void* const address = platform::MapSharedMemory(handle);
     if (address == nullptr) {
         const int error = platform::LastError();
         platform::CloseSharedMemory(handle);
-        MERRTRACE("MSharedMem_Link(): MapViewOfFile() failed (%d)", error);
+        MERRTRACE(link_texts::kMapFailed, error);
         return nullptr;
     }
     const auto position = Registry().SetNewLinkInfo(name, address, handle,
@@ -46,13 +46,13 @@ void* MapNewSegment(const std::string& name) {
 /// Unmaps and closes what the last link held. Failures are reported and change nothing.
 void DropMapping(void* address, const LinkRegistry::LinkInfo& info) {
     if (!Registry().DeleteLinkInfo(address)) {
-        MERRTRACE("MSharedMem_Destroy(): DeleteLinkInfo() failed");
+        MERRTRACE(link_texts::kLinkNotForgotten);
     }
     if (!platform::UnmapSharedMemory(address, info.size)) {
-        MERRTRACE("MSharedMem_Unlink(): UnmapViewOfFile() failed (%d)", platform::LastError());
+        MERRTRACE(link_texts::kUnmapFailed, platform::LastError());
     }
     if (!platform::CloseSharedMemory(info.handle)) {
-        MERRTRACE("MSharedMem_Destroy(): CloseHandle() failed (%d)", platform::LastError());
+        MERRTRACE(link_texts::kCloseFailed, platform::LastError());
     }
 }
 
@@ -60,7 +60,7 @@ void DropMapping(void* address, const LinkRegistry::LinkInfo& info) {
 
 void* MSharedMem_Link(const std::string& name) {
     if (name.empty()) {
-        MERRTRACE("MSharedMem_Link(): name == \"\"");
+        MERRTRACE(link_texts::kLinkWithoutName);
         return nullptr;
     }
     const std::lock_guard guard(RegistryLock());
@@ -74,18 +74,18 @@ void* MSharedMem_Link(const std::string& name) {
 
 bool MSharedMem_Unlink(void* address) {
     if (address == nullptr) {
-        MERRTRACE("MSharedMem_Unlink(): NULL pointer for memory");
+        MERRTRACE(link_texts::kUnlinkNull);
         return false;
     }
     const std::lock_guard guard(RegistryLock());
     const auto known = Registry().FindByAddress(address);
     if (known == Registry().End()) {
-        MERRTRACE("MSharedMem_Unlink(): no shared memory registered at %p", address);
+        MERRTRACE(link_texts::kUnlinkUnknown, address);
         return false;
     }
     const std::int32_t left = --known->second.link_count;
     if (left < 0) {
-        MERRTRACE("MSharedMem_Unlink(): link_count < 0");
+        MERRTRACE(link_texts::kLinkCountBelowZero);
         return false;
     }
     if (left == 0) {
@@ -123,10 +123,8 @@ LinkRegistry::Map::iterator LinkRegistry::SetNewLinkInfo(const std::string& name
     if (at_address != End() && at_address == FindByName(name)) {
         const LinkInfo& old = at_address->second;
         if (old.name != name || old.size != size || old.handle != handle) {
-            MERRTRACE("SetNewLinkInfo():'%s'(%" PRId64 ",0x%" PRIx64
-                      ") in conflict to '%s'(%" PRId64 ",0x%" PRIx64 ")",
-                      name.c_str(), static_cast<std::int64_t>(size), handle, old.name.c_str(),
-                      static_cast<std::int64_t>(old.size), old.handle);
+            MERRTRACE(link_texts::kLinkConflict, name.c_str(), static_cast<std::int64_t>(size),
+                      handle, old.name.c_str(), static_cast<std::int64_t>(old.size), old.handle);
         }
         return at_address;
     }

@@ -46,7 +46,6 @@ void SharedMemorySource::Enter(State state, const char* text) {
     switch (m_state) {
         case State::kNoMaster:
             m_info.master_window = 0;
-            m_watched.SetSilent(false);
             break;
         case State::kOverrun:
         case State::kBroken:
@@ -98,12 +97,13 @@ bool SharedMemorySource::Connect(bool post) {
     if (m_state == State::kStopped) {  // while a batch waited for its message box
         return false;
     }
-    MasterInfo info;
-    const MasterInfoStatus status = ReadMasterInfo(m_channel, info);
-    if (status != MasterInfoStatus::kPresent) {
-        ForgetMaster(status == MasterInfoStatus::kRefused ? kRefused : kNotPresent);
+    Expected<std::optional<MasterInfo>> found = ReadMasterInfo(m_channel);
+    if (!found || !*found) {
+        // One that hangs may still be there: lookups of limits go on sparing it.
+        Enter(State::kNoMaster, found ? kNotPresent : kRefused);
         return false;
     }
+    MasterInfo& info = **found;
     if (m_announced_to != 0 && m_announced_to != info.master_window) {
         LeaveFormerMaster();
     }
@@ -202,6 +202,11 @@ void SharedMemorySource::BreakLink(const char* why) {
     }
     CloseReader();
     Enter(State::kBroken, why);
+}
+
+void SharedMemorySource::ForgetMaster(const char* why) {
+    m_watched.SetSilent(false);
+    Enter(State::kNoMaster, why);
 }
 
 // ---- batches ----
@@ -450,8 +455,7 @@ void SharedMemorySource::OnPeerRefused(platform::WindowHandle window, const char
         m_state == State::kRepaired) {
         return;
     }
-    MERRLOG("AcquisitionCycle::OnPeerRefused(): the master's connection was closed, it wrote %s",
-            why);
+    MERRLOG(kMasterRefused, why);
     BreakLink(kNoMessage);
 }
 

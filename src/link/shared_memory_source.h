@@ -35,7 +35,7 @@
 // 2. A message box runs an event loop, so that any call can come while one waits for its box. Who
 //    goes on behind a box looks whether the link is still the one of before (m_link_number).
 // 3. Lines behind lines that were lost are told as a begin (ValuesBegin) before they are handed
-// out.
+//    out.
 // 4. A link that was closed is answered nothing any more.
 // 5. Whoever says that a master is here, and however often: the viewer looks at most once a second
 //    whether its own master lives and what the info block says.
@@ -127,7 +127,7 @@ class SharedMemorySource : public ValueSource, public MasterMessages {
     /// Lines that are left in the FIFO are counted.
     void CloseReader();
     void BreakLink(const char* why);
-    void ForgetMaster(const char* why) { Enter(State::kNoMaster, why); }
+    void ForgetMaster(const char* why);
     /// Another master has taken the place of the one that the viewer had announced itself to.
     void LeaveFormerMaster();
     /// Tells a master that the viewer leaves; one that hangs is not waited for.

@@ -37,11 +37,11 @@ double TurnedAngle(const Arc& arc, const Circle& circle, Sense sense) {
 }
 
 /// Mean path feed and its largest deviation from the mean speed, %.
-void TakeFeed(const PlanePath& path, CircleTurn* turn) {
+void TakeFeed(const PlanePath& path, double speed_width, CircleTurn* turn) {
     const Arc arc = PointsOf(path, turn->stretch);
     turn->feed = turn->circle.radius * TurnedAngle(arc, turn->circle, turn->sense) /
                  (static_cast<double>(arc.x.size() - 1) * path.cycle_time);
-    const std::size_t step = CyclesIn(RunSetup().speed_width, path.cycle_time, 1);
+    const std::size_t step = CyclesIn(speed_width, path.cycle_time, 1);
     const std::size_t first = std::max(turn->stretch.first, step);
     const std::size_t end = std::min(turn->stretch.end, path.x.size() - step);
     std::vector<double> speeds;
@@ -160,7 +160,7 @@ Told<CircleTurn> EvaluateTurn(const PlanePath& path, const Stretch& stretch, Sen
     turn.sense = sense;
     turn.stretch = stretch;
     turn.circle = *circle;
-    TakeFeed(path, &turn);
+    TakeFeed(path, setup.run.speed_width, &turn);
     turn.nominal_radius = NominalRadius(path, stretch, setup);
     turn.circular_error = RadialRangeAbout({&arc, 1}, circle->x, circle->y).Width() * kMicrometres;
     turn.circular_error_zone = ZoneWidth({&arc, 1}, *circle, setup.minimum_zone);
@@ -215,36 +215,77 @@ std::optional<std::size_t> ChosenEvaluation(const CircleResult& result,
     return chosen;
 }
 
+CircleTestSteps::CircleTestSteps(const PlanePath& path, CircleSetup setup)
+    : m_path(path), m_setup(std::move(setup)) {
+    m_result.cycle_time = path.cycle_time;
+    m_result.lines = path.x.size();
+    m_result.from_commanded = path.HasCommanded();
+}
+
+bool CircleTestSteps::Step() {
+    switch (m_stage) {
+        case Stage::kRuns:
+            m_result.runs = FindCircleRuns(m_path, m_setup.run);
+            m_stage = Stage::kTurns;
+            return true;
+        case Stage::kTurns:
+            EvaluateNextRun();
+            if (m_run == m_result.runs.size()) {
+                m_groups = Grouped(m_result.turns);
+                m_stage = Stage::kEvaluations;
+            }
+            return true;
+        case Stage::kEvaluations:
+            if (m_result.evaluations.size() < m_groups.size()) {
+                EvaluateNextGroup();
+                return true;
+            }
+            m_result.notes = CircleNotes(m_path, m_setup, m_result);
+            m_stage = Stage::kDone;
+            return false;
+        case Stage::kDone:
+            return false;
+    }
+    return false;
+}
+
+/// Runs without a turn cost nothing and are passed over.
+void CircleTestSteps::EvaluateNextRun() {
+    while (m_run < m_result.runs.size() && !m_result.runs[m_run].turn) {
+        ++m_run;
+    }
+    if (m_run == m_result.runs.size()) {
+        return;
+    }
+    CircleRun& found = m_result.runs[m_run];
+    auto turn = EvaluateTurn(m_path, *found.turn, found.sense, m_setup);
+    if (turn) {
+        turn.value->run = m_run;
+        m_result.turns.push_back(std::move(*turn.value));
+    } else {
+        found.turn.reset();
+        found.reason = turn.reason;
+    }
+    ++m_run;
+}
+
+void CircleTestSteps::EvaluateNextGroup() {
+    const auto& group = m_groups[m_result.evaluations.size()];
+    std::vector<CircleTurn> turns;
+    turns.reserve(group.size());
+    for (const std::size_t place : group) {
+        turns.push_back(m_result.turns[place]);
+    }
+    auto evaluation = EvaluateTurns(m_path, turns, m_setup);
+    evaluation.turns = group;
+    m_result.evaluations.push_back(std::move(evaluation));
+}
+
 CircleResult TestCircle(const PlanePath& path, const CircleSetup& setup) {
-    CircleResult result;
-    result.cycle_time = path.cycle_time;
-    result.lines = path.x.size();
-    result.from_commanded = path.HasCommanded();
-    result.runs = FindCircleRuns(path, setup.run);
-    for (std::size_t run = 0; run < result.runs.size(); ++run) {
-        CircleRun& found = result.runs[run];
-        if (!found.turn) {
-            continue;
-        }
-        auto turn = EvaluateTurn(path, *found.turn, found.sense, setup);
-        if (!turn) {
-            found.turn.reset();
-            found.reason = turn.reason;
-            continue;
-        }
-        turn.value->run = run;
-        result.turns.push_back(std::move(*turn.value));
+    CircleTestSteps steps(path, setup);
+    while (steps.Step()) {
     }
-    for (auto& group : Grouped(result.turns)) {
-        std::vector<CircleTurn> turns;
-        for (const std::size_t place : group) {
-            turns.push_back(result.turns[place]);
-        }
-        result.evaluations.push_back(EvaluateTurns(path, turns, setup));
-        result.evaluations.back().turns = std::move(group);
-    }
-    result.notes = CircleNotes(path, setup, result);
-    return result;
+    return steps.Result();
 }
 
 }  // namespace wavo::measure

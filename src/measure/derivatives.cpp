@@ -13,7 +13,8 @@ constexpr double kRounding = 0.28867513459481287;  // 1 / sqrt 12: deviation of 
 
 /// Gain of antisymmetric or symmetric coefficients at a phase per cycle, over that of the ideal.
 double RelativeGain(const std::vector<double>& coefficients, int order, double phase) {
-    const auto m = static_cast<double>(coefficients.size() / 2);
+    const std::size_t middle = coefficients.size() / 2;
+    const auto m = static_cast<double>(middle);
     double sum = 0.0;
     for (std::size_t i = 0; i < coefficients.size(); ++i) {
         const double at = (static_cast<double>(i) - m) * phase;
@@ -49,7 +50,7 @@ SmoothDerivative::SmoothDerivative(int order, std::size_t m, double cycle_time)
     const auto size = static_cast<Eigen::Index>(2 * m + 1);
     const Eigen::Index degree = order == 3 ? 4 : 2;
     // Places as shares of m, so that their powers stay near one.
-    const double scale = static_cast<double>(m);
+    const auto scale = static_cast<double>(m);
     Eigen::MatrixXd powers(size, degree + 1);
     for (Eigen::Index row = 0; row < size; ++row) {
         const double at = (static_cast<double>(row) - scale) / scale;

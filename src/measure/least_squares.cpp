@@ -18,7 +18,6 @@ constexpr double kRankTolerance = 1e-12;
 LeastSquares::LeastSquares(std::size_t unknowns)
     : m_unknowns(unknowns),
       m_stride(unknowns + 1 + kRowsAtATime),
-      m_row(0),
       m_block(m_stride * (unknowns + 1)) {}
 
 void LeastSquares::Add(std::span<const double> row) {

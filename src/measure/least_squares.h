@@ -42,7 +42,7 @@ class LeastSquares {
 
     std::size_t m_unknowns;
     std::size_t m_stride;
-    std::size_t m_row;            ///< rows in use; the first ones hold the triangle so far
+    std::size_t m_row = 0;        ///< rows in use; the first ones hold the triangle so far
     std::vector<double> m_block;  ///< column after column, the right side last
 };
 

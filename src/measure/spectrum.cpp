@@ -69,10 +69,11 @@ double FlatTopAt(double cosine) {
 }  // namespace
 
 std::vector<double> WindowOf(Window window, std::size_t n) {
-    if (window == Window::kRectangular) {
-        return std::vector<double>(n, 1.0);
-    }
     std::vector<double> weights = CosinesOf(n);
+    if (window == Window::kRectangular) {
+        std::ranges::fill(weights, 1.0);
+        return weights;
+    }
     for (double& weight : weights) {
         weight = window == Window::kHann ? 0.5 - 0.5 * weight : FlatTopAt(weight);
     }

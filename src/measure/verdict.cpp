@@ -252,9 +252,9 @@ Judgement Judge(std::span<const NamedFigure> figures, const Limits& limits) {
             judgement.verdict = Worse(judgement.verdict, verdict);
         }
     }
-    for (const auto& [key, limit] : limits) {
-        if (std::ranges::none_of(figures, [&](const NamedFigure& f) { return f.key == key; })) {
-            judgement.unknown.push_back(key);
+    for (const auto& limit : limits) {
+        if (std::ranges::find(figures, limit.first, &NamedFigure::key) == figures.end()) {
+            judgement.unknown.push_back(limit.first);
             judgement.verdict = Verdict::kNotTold;
         }
     }

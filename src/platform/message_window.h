@@ -36,6 +36,14 @@ struct Message {
     friend bool operator==(const Message&, const Message&) = default;
 };
 
+/// Message numbers from `first` to `last`; none when `last` is below `first`.
+struct MessageNumbers {
+    std::uint32_t first = 1;
+    std::uint32_t last = 0;
+
+    friend bool operator==(const MessageNumbers&, const MessageNumbers&) = default;
+};
+
 enum class SendStatus {
     kDone,  ///< the receiver handled the message; the result is valid
     /// There is no such window (any more). Windows: or this program may not reach it, as that of a
@@ -65,8 +73,11 @@ class MessageWindow {
 
     static constexpr std::chrono::milliseconds kSendTimeout{900};
 
-    /// Makes a window. Returns null on failure and the reason in words in `*error`.
-    static std::unique_ptr<MessageWindow> Create(Handler handler, std::string* error);
+    /// Makes a window. Returns null on failure and the reason in words in `*error`. Where a system
+    /// keeps messages of programs with fewer rights from a window (Windows), `from_anyone` are let
+    /// through.
+    static std::unique_ptr<MessageWindow> Create(Handler handler, std::string* error,
+                                                 MessageNumbers from_anyone = {});
 
     virtual ~MessageWindow() = default;
     MessageWindow(const MessageWindow&) = delete;

@@ -37,7 +37,7 @@ bool WindowChannel::Open(MasterMessages& messages) {
             }
             return messages.OnMessage(message);
         },
-        &m_error);
+        &m_error, kLinkNumbers);
     if (m_window == nullptr) {
         return false;
     }

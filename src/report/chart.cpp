@@ -169,19 +169,19 @@ void PaintKey(QPainter& painter, const ChartFrame& frame, const Chart& chart, do
     const double height = metrics.height();
     double right = frame.Frame().right();
     const double middle = frame.Frame().top() - 1.1 * height;
-    for (auto curve = chart.curves.rbegin(); curve != chart.curves.rend(); ++curve) {
-        if (curve->name.isEmpty()) {
-            continue;
+    std::for_each(chart.curves.rbegin(), chart.curves.rend(), [&](const ChartCurve& curve) {
+        if (curve.name.isEmpty()) {
+            return;
         }
-        const double width = metrics.horizontalAdvance(curve->name) + 0.3 * height;
+        const double width = metrics.horizontalAdvance(curve.name) + 0.3 * height;
         painter.setPen(kText);
         painter.drawText(QRectF(right - width, middle - height / 2.0, width, height),
-                         Qt::AlignRight | Qt::AlignVCenter, curve->name);
-        painter.setPen(PenOfCurve(*curve, millimetre));
+                         Qt::AlignRight | Qt::AlignVCenter, curve.name);
+        painter.setPen(PenOfCurve(curve, millimetre));
         painter.drawLine(QPointF(right - width - 3.0 * height, middle),
                          QPointF(right - width - 0.2 * height, middle));
         right -= width + 4.0 * height;
-    }
+    });
 }
 
 }  // namespace

@@ -93,7 +93,7 @@ double Page::Facts(double top, std::span<const std::pair<QString, QString>> fact
     constexpr double kRowHeight = 4.3;
     constexpr double kNameWidth = 21.0;
     const double column = (kRight - kLeft) / 2.0;
-    const std::size_t rows = (facts.size() + 1) / 2;
+    const std::size_t rows = std::max<std::size_t>((facts.size() + 1) / 2, 1);
     for (std::size_t i = 0; i < facts.size(); ++i) {
         const double left = kLeft + (i < rows ? 0.0 : column);
         const double row = top + static_cast<double>(i % rows) * kRowHeight;
@@ -232,7 +232,7 @@ QStringList ReasonsOf(std::span<const measure::NamedFigure> figures) {
     }
     QStringList sentences;
     for (const auto& [reason, names] : reasons) {
-        sentences << FromText("Not told: " + names + " (" + reason + ").");
+        sentences << QStringLiteral("Not told: %1 (%2).").arg(FromText(names), FromText(reason));
     }
     return sentences;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <mutex>
 #include <utility>
 
 #include "session/report_texts.h"
@@ -27,7 +28,7 @@ const std::string& ChooseDefaultAxis(const std::vector<std::string>& names) {
 }  // namespace
 
 Acquisition::Acquisition(ValueSource& source, GraphList& graphs, ValueStreams& streams,
-                         SessionObserver& observer, std::recursive_mutex& value_lock,
+                         SessionObserver& observer, OrderedMutex& value_lock,
                          const ColorRef& background)
     : m_source(source),
       m_graphs(graphs),
@@ -59,6 +60,11 @@ void Acquisition::InitialiseEditor() {
     const std::lock_guard guard(m_value_lock);
     m_edited = m_source.Description();
     m_observer.EditDocument(true);
+}
+
+void Acquisition::RebuildGraphs() {
+    const std::lock_guard guard(m_value_lock);
+    m_observer.GraphsChanged();
 }
 
 // ---- what the source tells ----
@@ -171,7 +177,7 @@ bool Acquisition::TakeBatch(Clock::time_point announced) {
     if (!m_running) {
         m_last_values = announced;
         m_counters.lines_not_shown += batch.count;
-        MTRACE(4, "DrawingGraphsValue(): --- tx msg. 'ready for new values'");
+        MTRACE(4, kReadyWhileStopped);
         Answer();
         return true;
     }
@@ -179,9 +185,9 @@ bool Acquisition::TakeBatch(Clock::time_point announced) {
         FillGap(batch);
     }
     m_last_values = announced;
-    MTRACE(4, "OnMessageFromMainNewMValues(): --- start to set values");
+    MTRACE(4, kSettingValues);
     m_streams.Distribute(batch);
-    MTRACE(4, "OnMessageFromMainNewMValues(): --- end of set values");
+    MTRACE(4, kValuesSet);
     m_counters.lines_shown += batch.count;
     // The answer to this one is then the only one of both.
     m_counters.batches_unanswered += m_batch == BatchState::kOwed ? 1 : 0;
@@ -233,11 +239,6 @@ void Acquisition::AddDefaultGraph() {
     m_graphs.Add(graph);  // it gets its buffers before the values of this batch are handed out
 }
 
-void Acquisition::RebuildGraphs() {
-    const std::lock_guard guard(m_value_lock);
-    m_observer.GraphsChanged();
-}
-
 void Acquisition::FillGap(const ValueBatch& batch) {
     const double since = std::chrono::duration<double>(m_batch_begin - *m_last_values).count();
     const double lines = std::round(since / CycleTime()) - static_cast<double>(batch.count);
@@ -251,7 +252,7 @@ void Acquisition::AnswerDrawn() {
     if (m_batch != BatchState::kOwed) {
         return;
     }
-    MTRACE(4, "OnDraw(): --- tx msg. 'ready for new values'");
+    MTRACE(4, kReadyAfterDrawing);
     m_batch = BatchState::kAnswering;
     m_batch_times.drawing = Clock::now() - m_draw_begin;
     Answer();

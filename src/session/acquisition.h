@@ -17,7 +17,6 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -29,6 +28,7 @@
 #include "session/value_streams.h"
 #include "source/value_source.h"
 #include "support/color_ref.h"
+#include "support/ordered_mutex.h"
 
 namespace wavo {
 
@@ -45,14 +45,16 @@ class Acquisition final : public ValueSourceEvents {
     /// None of the references is owned; all outlive this object. `background` is that of the
     /// graphs: a new curve contrasts with it.
     Acquisition(ValueSource& source, GraphList& graphs, ValueStreams& streams,
-                SessionObserver& observer, std::recursive_mutex& value_lock,
-                const ColorRef& background);
+                SessionObserver& observer, OrderedMutex& value_lock, const ColorRef& background);
 
     /// The command: starts the source, with a box on failure.
     void ConnectByUser();
 
     /// Gives the graphs and the axes to the graph editor anew.
     void InitialiseEditor();
+
+    /// Makes all graphs anew and shows them.
+    void RebuildGraphs();
 
     /// Answers the batch that was drawn, if any: the end of each drawing step.
     void AnswerDrawn();
@@ -105,7 +107,6 @@ class Acquisition final : public ValueSourceEvents {
     bool Receive(ValueBatch& batch);
     void TakeGraphs();
     void AddDefaultGraph();
-    void RebuildGraphs();
     /// Puts missing values where a link that came back by itself had none.
     void FillGap(const ValueBatch& batch);
     void Answer();
@@ -114,7 +115,7 @@ class Acquisition final : public ValueSourceEvents {
     GraphList& m_graphs;
     ValueStreams& m_streams;
     SessionObserver& m_observer;
-    std::recursive_mutex& m_value_lock;
+    OrderedMutex& m_value_lock;
     const ColorRef& m_background;
 
     std::uint64_t m_total_lines = 0;  // since the link was ended last

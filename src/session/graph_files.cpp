@@ -63,7 +63,7 @@ bool GraphFiles::Open(const std::string& path, const std::string& display_name,
     MIniData store;
     const bool readable = store.Open(path);
     if (store.HasNoFileContent()) {
-        m_observer.ShowError("file " + path + " not exist !");
+        m_observer.ShowError(session_texts::FileMissingBox(path));
         return false;
     }
     m_current_path = path;
@@ -85,7 +85,7 @@ bool GraphFiles::Open(const std::string& path, const std::string& display_name,
     } else {
         m_not_read.insert(path);
         MErrTrace_Dump();
-        m_observer.ShowError("failed to read " + path + ".\n" + error);
+        m_observer.ShowError(session_texts::NotReadBox(path, error));
     }
     m_acquisition.Source().GoOn();
     return read;
@@ -129,7 +129,7 @@ void GraphFiles::New() {
     m_observer.TitleChanged("new");
     m_additional_text.clear();
     m_graphs.Replace({});
-    m_observer.GraphsChanged();
+    m_acquisition.RebuildGraphs();
 }
 
 void GraphFiles::ShowRunTitle() {

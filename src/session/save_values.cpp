@@ -138,10 +138,11 @@ std::uint64_t SaveValues::RowCount() const {
     return shortest == m_columns.end() ? 0 : shortest->values.size();
 }
 
-SaveValues::Result SaveValues::CreateDataFile(const Progress& progress) const {
+Expected<SaveValues::Ending> SaveValues::CreateDataFile(const Progress& progress) const {
     DataFile file(m_settings.data_file);
+    const Fault failed{"cannot write " + m_settings.data_file};
     if (!file.IsOpen() || !file.Write(Header())) {
-        return Result::kFailed;
+        return failed;
     }
     std::vector<const double*> columns;
     for (const Column& column : m_columns) {
@@ -156,13 +157,19 @@ SaveValues::Result SaveValues::CreateDataFile(const Progress& progress) const {
             end = writer.Write(row++, end);
         }
         if (!file.Write({piece.data(), static_cast<std::size_t>(end - piece.data())})) {
-            return Result::kFailed;
+            return failed;
         }
         if (row < rows && progress && !progress(row, rows)) {
-            return file.Finish() ? Result::kCancelled : Result::kFailed;
+            if (!file.Finish()) {
+                return failed;
+            }
+            return Ending::kCancelled;
         }
     }
-    return file.Finish() ? Result::kWritten : Result::kFailed;
+    if (!file.Finish()) {
+        return failed;
+    }
+    return Ending::kWritten;
 }
 
 }  // namespace wavo

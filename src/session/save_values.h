@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "settings/export_settings.h"
+#include "support/fault.h"
 
 namespace wavo {
 
@@ -25,10 +26,9 @@ class SaveValues {
     /// writing. Not asked again when all rows are.
     using Progress = std::function<bool(std::uint64_t written, std::uint64_t total)>;
 
-    enum class Result {
+    enum class Ending {
         kWritten,
         kCancelled,  ///< the rows written so far are in the file
-        kFailed,     ///< reported through the error trace; what was written stays
     };
 
     /// The values of the column with this name, emptied; a new column at the end when there is
@@ -40,8 +40,9 @@ class SaveValues {
 
     void SetSettings(const ExportSettings& settings) { m_settings = settings; }
 
-    /// Writes the data file of the settings, over one that is there. `progress` may be empty.
-    [[nodiscard]] Result CreateDataFile(const Progress& progress = {}) const;
+    /// Writes the data file of the settings, over one that is there. `progress` may be empty. After
+    /// a fault, whose cause is in the error trace, what was written stays.
+    [[nodiscard]] Expected<Ending> CreateDataFile(const Progress& progress = {}) const;
 
  private:
     struct Column {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "session/report_texts.h"
 #include "support/diagnostics.h"
 #include "support/diagnostics_output.h"
 
@@ -38,7 +39,7 @@ void Session::Begin(const std::string& graph_file) {
     m_source.Start();
     const std::string& file = graph_file.empty() ? m_settings.File() : graph_file;
     if (!file.empty()) {
-        MTRACE(1, "CWavoView::OnInitialUpdate(): read graph ini. file %s", file.c_str());
+        MTRACE(1, session_texts::kReadingGraphs, file.c_str());
         m_files.Open(file, FileNameOf(file), true);
     }
     m_observer.CommandsChanged();  // there is a current file, even when it could not be read
@@ -58,11 +59,6 @@ void Session::OnGraphChange(const GraphChange& change) {
     }
     m_files.ShowRunTitle();
     RebuildGraphs();
-}
-
-void Session::RebuildGraphs() {
-    const std::lock_guard guard(m_value_lock);
-    m_observer.GraphsChanged();
 }
 
 void Session::SetTraceLevel() const {

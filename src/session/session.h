@@ -5,12 +5,12 @@
 // concerns.
 #pragma once
 
-#include <mutex>
 #include <string>
 
 #include "graph/model/graph_list.h"
 #include "session/acquisition.h"
 #include "session/graph_files.h"
+#include "session/locks.h"
 #include "session/run_control.h"
 #include "session/session_observer.h"
 #include "session/settings_store.h"
@@ -50,11 +50,10 @@ class Session {
     [[nodiscard]] const GraphFiles& Files() const { return m_files; }
     [[nodiscard]] RunControl& Run() { return m_run; }
     [[nodiscard]] const RunControl& Run() const { return m_run; }
-    /// Held while graphs or buffers are replaced.
-    [[nodiscard]] std::recursive_mutex& ValueLock() { return m_value_lock; }
+    [[nodiscard]] const OrderedMutex& ValueLock() const { return m_value_lock; }
 
     /// Makes all graphs anew and shows them.
-    void RebuildGraphs();
+    void RebuildGraphs() { m_acquisition.RebuildGraphs(); }
     /// Applies the trace level of the settings.
     void SetTraceLevel() const;
     /// Saves the settings; a fault is shown in the status bar.
@@ -73,7 +72,7 @@ class Session {
 
     ValueSource& m_source;
     SessionObserver& m_observer;
-    std::recursive_mutex m_value_lock;
+    ValueMutex m_value_lock;
     SettingsStore m_settings;
     GraphList m_graphs;
     ValueStreams m_streams;

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string_view>
 
+#include "settings/report_texts.h"
 #include "support/character_text.h"
 #include "support/diagnostics.h"
 #include "support/kept_file.h"
@@ -17,7 +18,7 @@ constexpr std::size_t kLongestAcceptedFaceName = 32;
 
 bool OpenStore(MIniData& store, const std::string& path) {
     if (!store.Open(path)) {
-        MERRLOG("CWavoView::WriteProperties: failed to open '%s'", path.c_str());
+        MERRLOG(settings_texts::kNotOpened, path.c_str());
         return false;
     }
     return true;
@@ -58,9 +59,7 @@ ColorRef ReadBackground(const MIniData& store) {
     for (const char* const name : {"red", "green", "blue"}) {
         const std::optional<std::int32_t> value = WholeNumber(store, "BKCOLOR", name);
         if (!value.has_value()) {
-            MERRLOG(
-                "CWavoView::ReadProperties: back ground defination not complete, "
-                "create default back ground color");
+            MERRLOG(settings_texts::kBackgroundIncomplete);
             return 0;
         }
         color |= (static_cast<ColorRef>(*value) & 0xFFU) << shift;
@@ -74,13 +73,12 @@ FontDescription ReadFont(const MIniData& store) {
     const std::optional<std::int32_t> height = WholeNumber(store, "GRAPH_FONT", "height");
     const std::optional<std::string> name = Entry(store, "GRAPH_FONT", "name");
     if (!height.has_value() || !name.has_value()) {
-        MERRLOG(
-            "CWavoView::ReadProperties: graphs font defination not complete, create default font");
+        MERRLOG(settings_texts::kFontIncomplete);
         return font;
     }
     font.height = *height;
     if (name->size() > kLongestAcceptedFaceName) {
-        MERRLOG("CWavoView::ReadProperties: graphs font name is invalid, create default font");
+        MERRLOG(settings_texts::kFontNameInvalid);
         return font;
     }
     font.face = FitFaceName(*name);
@@ -114,15 +112,14 @@ ExportSettings ReadExportSettings(const MIniData& store) {
 }
 
 bool SaveFailed(const std::string& path) {
-    MERRLOG("CWavoView::WriteProperties: failed to svae '%s'", path.c_str());
+    MERRLOG(settings_texts::kNotSaved, path.c_str());
     return false;
 }
 
 }  // namespace
 
 bool ReadProperties(const std::string& path, ViewSettings& settings) {
-    // A fixed text, without the name.
-    MTRACE(1, "CWavoView::ReadProperties(): Reading ini. file [&s]");
+    MTRACE(1, settings_texts::kReadingSettings);
     MIniData store;
     OpenStore(store, path);
     bool is_written = true;

@@ -15,8 +15,6 @@
 // Use the macros: they put the calls in the right order.
 #pragma once
 
-#include <cstdint>
-
 #if defined(__GNUC__) && !defined(__clang__)
 // The formats of standard C, also where the system's own library has others.
 #define WAVO_PRINTF(format_index, first_argument) \

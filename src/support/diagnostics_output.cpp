@@ -2,9 +2,7 @@
 
 #include <array>
 #include <chrono>
-#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <utility>
 

@@ -2,13 +2,12 @@
 
 #include <cassert>
 #include <cstring>
-#include <new>
 #include <stdexcept>
-#include <utility>
 
 #include "platform/last_error.h"
 #include "support/byte_scan.h"
 #include "support/diagnostics.h"
+#include "support/report_texts.h"
 
 namespace wavo {
 
@@ -29,7 +28,7 @@ constexpr char kLineFeed = '\n';
 bool openfile(const std::string& path, int /*unused*/, FileHandle& file) {
     file = Files().OpenForReading(path);
     if (file == platform::kInvalidFile) {
-        MERRTRACE("openfile(): CreateFile(\"%s\") failed: %d", path.c_str(), LastError());
+        MERRTRACE(support_texts::kFileNotOpened, path.c_str(), LastError());
         return false;
     }
     return true;
@@ -38,7 +37,7 @@ bool openfile(const std::string& path, int /*unused*/, FileHandle& file) {
 bool read64(FileHandle file, void* data, std::size_t size, std::size_t& count) {
     count = 0;
     if (!Files().Read(file, data, size, count)) {
-        MERRTRACE("%s(): ReadFile() failed: %u", "read64", static_cast<unsigned>(LastError()));
+        MERRTRACE(support_texts::kReadFailed, "read64", static_cast<unsigned>(LastError()));
         count = 0;
         return false;
     }
@@ -49,15 +48,14 @@ MFastFile::~MFastFile() = default;
 
 MFastFileReader::~MFastFileReader() {
     if (!MFastFileReader::Close()) {
-        MERRTRACE("MFastFileReader::~MFastFileReader(): Close() failed");
+        MERRTRACE(support_texts::kReaderNotClosed);
     }
 }
 
 bool MFastFileReader::Open(const std::string& path) {
     Close();
     if (!openfile(path, 0, hFile)) {
-        MERRTRACE("MFastFileReader::Open(): openfile(\"%s\") failed: %d", path.c_str(),
-                  LastError());
+        MERRTRACE(support_texts::kReaderNotOpened, path.c_str(), LastError());
         return false;
     }
     m_file_name = path;
@@ -75,7 +73,7 @@ bool MFastFileReader::Close() {
     m_file_name.clear();
     const bool closed = Files().Close(hFile);
     if (!closed) {
-        MERRTRACE("MFastFileReader::Close(): CloseHandle() failed: %d", LastError());
+        MERRTRACE(support_texts::kReaderCloseFailed, LastError());
     }
     hFile = platform::kInvalidFile;
     m_state = -1;
@@ -88,7 +86,7 @@ bool MFastFileReader::fill_buffer() {
     assert(hFile != INVALID_HANDLE_VALUE);
     std::size_t count = 0;
     if (!read64(hFile, m_buffer.data(), m_buffer.size(), count)) {
-        MERRTRACE("MFastFileReader::fill_buffer(): read64() failed");
+        MERRTRACE(support_texts::kBufferNotFilled);
         m_has_failed = true;
         return false;
     }
@@ -101,12 +99,12 @@ bool MFastFileReader::fill_buffer() {
 
 bool MFastFileReader::IsEOFAtBufferEnd() {
     if (m_state == -1) {
-        MERRLOG("MFastFileReader::IsEOF(): no open file");
+        MERRLOG(support_texts::kEndWithoutFile);
         return true;
     }
     MErrTrace_BeginContext();
     if (!fill_buffer()) {
-        MERRLOG("MFastFileReader::IsEOF(): fill_buffer() failed");
+        MERRLOG(support_texts::kEndNotRead);
         MErrTrace_ClearContext();
     }
     MErrTrace_EndContext();
@@ -115,7 +113,7 @@ bool MFastFileReader::IsEOFAtBufferEnd() {
 
 bool MFastFileReader::SkipLineFeed() {
     if (m_current == m_end && !fill_buffer()) {
-        MERRTRACE("MFastFileReader::ReadLine(STL):fill_buffer() failed");
+        MERRTRACE(support_texts::kLineFeedNotRead);
         return false;
     }
     if (m_current != m_end && *m_current == kLineFeed) {
@@ -129,7 +127,7 @@ bool MFastFileReader::ReadLine(std::string& line) {
     for (;;) {
         if (m_current == m_end) {
             if (!fill_buffer()) {
-                MERRTRACE("MFastFileReader::ReadLine(STL): fill_buffer() failed");
+                MERRTRACE(support_texts::kLineNotRead);
                 return false;
             }
             if (m_current == m_end) {
@@ -154,7 +152,7 @@ MFastFileReader::Line MFastFileReader::AppendLine(TextBuffer& text, std::size_t 
     for (;;) {
         if (m_current == m_end) {
             if (!fill_buffer()) {
-                MERRTRACE("MFastFileReader::ReadLine(STL): fill_buffer() failed");
+                MERRTRACE(support_texts::kLineNotRead);
                 return Line::kFailed;
             }
             if (m_current == m_end) {

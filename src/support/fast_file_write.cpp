@@ -1,6 +1,5 @@
 // Writing of whole files.
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -10,6 +9,7 @@
 #include "support/byte_scan.h"
 #include "support/diagnostics.h"
 #include "support/fast_file.h"
+#include "support/report_texts.h"
 
 namespace wavo {
 
@@ -51,11 +51,11 @@ std::string FolderOf(const std::string& path) {
 std::string TemporaryFileFor(const std::string& target) {
     const Memory name = Allocate(target.size() + kTemporaryName);
     if (name == nullptr) {
-        MERRTRACE("MFastFile_WriteAtOnce(): malloc() failed");
+        MERRTRACE(support_texts::kNoTemporaryName);
         return {};
     }
     if (!Files().CreateTemporaryFile(FolderOf(target), kTemporaryPrefix, target, name.get())) {
-        MERRTRACE("MFastFile_WriteAtOnce(): GetTempFileName() failed:%u", LastErrorNumber());
+        MERRTRACE(support_texts::kNoTemporaryFile, LastErrorNumber());
         return {};
     }
     return name.get();
@@ -71,14 +71,13 @@ bool WriteAndClose(FileHandle file, const void* data, std::size_t size, bool flu
                    std::size_t& written) {
     bool is_complete = write64(file, data, size, written);
     if (!is_complete) {
-        MERRTRACE("%s(): write64() failed", "MFastFile_WriteAtOnce");
+        MERRTRACE(support_texts::kNotWritten, "MFastFile_WriteAtOnce");
     } else if (flush && !Files().Flush(file)) {
-        MERRTRACE("%s(): FlushFileBuffers() failed: %u", "MFastFile_WriteAtOnce",
-                  LastErrorNumber());
+        MERRTRACE(support_texts::kFlushFailed, "MFastFile_WriteAtOnce", LastErrorNumber());
         is_complete = false;
     }
     if (!Files().Close(file)) {
-        MERRTRACE("%s(): CloseHandle() failed: %u", "MFastFile_WriteAtOnce", LastErrorNumber());
+        MERRTRACE(support_texts::kCloseFailed, "MFastFile_WriteAtOnce", LastErrorNumber());
         is_complete = false;
     }
     return is_complete;
@@ -136,13 +135,12 @@ FileHandle openwritefile(const std::string& path, int mode) {
             creation = Creation::kCreateAlways;
             break;
         default:
-            MERRTRACE("openwritefile(): unknown mode %d for %s", base_mode, path.c_str());
+            MERRTRACE(support_texts::kUnknownWriteMode, base_mode, path.c_str());
             return platform::kInvalidFile;
     }
     const FileHandle file = Files().OpenForWriting(path, creation, write_through);
     if (file == platform::kInvalidFile) {
-        MERRTRACE("%s(): CreateFile(%s, ...) failed: %u", "openwritefile", path.c_str(),
-                  LastErrorNumber());
+        MERRTRACE(support_texts::kCreateFailed, "openwritefile", path.c_str(), LastErrorNumber());
     }
     return file;
 }
@@ -157,7 +155,7 @@ bool write64(FileHandle file, const void* data, std::size_t size, std::size_t& c
         count += written;
         // Nothing taken and no error told: it would go on for ever.
         if (!is_written || written == 0) {
-            MERRTRACE("%s(): WriteFile() failed: %u", "write64", LastErrorNumber());
+            MERRTRACE(support_texts::kWriteFailed, "write64", LastErrorNumber());
             return false;
         }
     }
@@ -166,8 +164,7 @@ bool write64(FileHandle file, const void* data, std::size_t size, std::size_t& c
 
 bool file_rename(const std::string& from, const std::string& to) {
     if (!Files().Rename(from, to)) {
-        MERRTRACE("file_rename(): MoveFileEx(%s,%s) failed: %u", from.c_str(), to.c_str(),
-                  LastErrorNumber());
+        MERRTRACE(support_texts::kRenameFailed, from.c_str(), to.c_str(), LastErrorNumber());
         return false;
     }
     return true;
@@ -185,7 +182,7 @@ std::size_t MFastFile_WriteAtOnce(const std::string& path, const void* data, std
         flush = true;
         target = Files().FollowLinks(path);
         if (target.empty() && !path.empty()) {
-            MERRTRACE("MFastFile_WriteAtOnce(): GetTempFileName() failed:%u", LastErrorNumber());
+            MERRTRACE(support_texts::kNoTemporaryFile, LastErrorNumber());
             return kWriteFailed;
         }
         file_path = TemporaryFileFor(target);
@@ -195,7 +192,7 @@ std::size_t MFastFile_WriteAtOnce(const std::string& path, const void* data, std
     }
     const FileHandle file = openwritefile(file_path, flush ? base_mode | kWriteFlush : base_mode);
     if (file == platform::kInvalidFile) {
-        MERRTRACE("%s(): openwritefile(%s, %d) failed", "MFastFile_WriteAtOnce", file_path.c_str(),
+        MERRTRACE(support_texts::kNotOpenedForWriting, "MFastFile_WriteAtOnce", file_path.c_str(),
                   base_mode);
         if (replace) {
             RemoveTemporaryFile(file_path);
@@ -206,8 +203,8 @@ std::size_t MFastFile_WriteAtOnce(const std::string& path, const void* data, std
     bool is_complete = WriteAndClose(file, data, size, flush, written);
     // The new file takes the target's place whatever became of it: the caller has been told.
     if (replace && !file_rename(file_path, target)) {
-        MERRTRACE("MFastFile_WriteAtOnce(): file_rename(%s,%s) failed: %s", file_path.c_str(),
-                  target.c_str(), platform::ErrorText(LastError()).c_str());
+        MERRTRACE(support_texts::kNotRenamed, file_path.c_str(), target.c_str(),
+                  platform::ErrorText(LastError()).c_str());
         RemoveTemporaryFile(file_path);
         is_complete = false;
     }
@@ -227,15 +224,14 @@ std::size_t MFastFile_WriteLinesAtOnce(const std::string& path, std::string_view
     const std::size_t largest = 2 * text.size();
     const Memory lines = Allocate(largest);
     if (lines == nullptr) {
-        MERRTRACE("MFastFile_WriteLinesAtOnce(): malloc(%zu) failed: %.50s", largest,
+        MERRTRACE(support_texts::kNoMemoryForLines, largest,
                   platform::ErrorText(LastError()).c_str());
         return kWriteFailed;
     }
     const auto size = static_cast<std::size_t>(CopyWithCrLf(text, lines.get()) - lines.get());
     const std::size_t written = MFastFile_WriteAtOnce(path, lines.get(), size, mode);
     if (written == kWriteFailed) {
-        MERRTRACE("MFastFile_WriteLinesAtOnce(): MFastFile_WriteAtOnce(\"%s\",..,%zu,%d) failed",
-                  path.c_str(), size, mode);
+        MERRTRACE(support_texts::kLinesNotWritten, path.c_str(), size, mode);
     }
     return written;
 }

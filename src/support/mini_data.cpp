@@ -10,6 +10,7 @@
 #include "support/diagnostics.h"
 #include "support/fast_file.h"
 #include "support/mini_data_text.h"
+#include "support/report_texts.h"
 
 namespace wavo {
 
@@ -73,7 +74,7 @@ bool MIniDataT<Compare>::Open(const std::string& path) {
     MFastFileReader reader;
     if (!reader.Open(path)) {
         m_last_error = "MFastFileReader::Open() failed: " + ini::SystemText();
-        MERRTRACE("MIniData::Open(): MFastFileReader::Open() failed");
+        MERRTRACE(support_texts::kStoreNotOpened);
         return false;
     }
     if (!ReadLines(reader)) {
@@ -127,7 +128,7 @@ bool MIniDataT<Compare>::ReadLines(MFastFileReader& reader) {
 template <typename Compare>
 bool MIniDataT<Compare>::ReadFailed() {
     m_last_error = "MFastFileReader::ReadLine() failed: " + ini::SystemText();
-    MERRTRACE("MIniData::Open(): MFastFileReader::ReadLine() failed");
+    MERRTRACE(support_texts::kStoreNotRead);
     return false;
 }
 
@@ -146,7 +147,7 @@ bool MIniDataT<Compare>::TakeLine(const char* caller, bool is_first) {
         return true;
     }
     if (!parse_line()) {
-        MERRTRACE("%s: parse_line(%.60s) failed", caller, ini::Echo(Line(), 60).c_str());
+        MERRTRACE(support_texts::kLineNotParsed, caller, ini::Echo(Line(), 60).c_str());
         return false;
     }
     if (!m_text.Reserve(kLineEnd.size())) {
@@ -161,10 +162,10 @@ bool MIniDataT<Compare>::CheckMarks(const char* caller) {
     const std::string_view line = Line();
     for (const std::string_view mark : kWideMarks) {
         if (line.starts_with(mark)) {
-            m_last_error = "UTF16/32 Unicode format not supported.";
+            m_last_error = support_texts::kWideTextError;
             // The caller's name without its closing bracket: the path follows.
-            MERRTRACE("%.*s\"%.80s\"): UTF16/32 Unicode format not supported",
-                      static_cast<int>(std::strlen(caller)) - 1, caller, m_path.c_str());
+            MERRTRACE(support_texts::kWideText, static_cast<int>(std::strlen(caller)) - 1, caller,
+                      m_path.c_str());
             return false;
         }
     }
@@ -187,7 +188,7 @@ bool MIniDataT<Compare>::parse_line() {
         return KeepLine();
     }
     if (m_sections.last() == nullptr) {
-        return ParseFailed("Possible entry \"" + ini::Echo(line) + "\" found before first section");
+        return ParseFailed(support_texts::EntryBeforeSections(ini::Echo(line)));
     }
     return ParseEntry(first);
 }
@@ -207,12 +208,12 @@ bool MIniDataT<Compare>::ParseHeader() {
     const std::string_view line = Line();
     const std::size_t end = line.find(']');
     if (end == std::string_view::npos) {
-        return ParseFailed("no matching ']' found in \"" + ini::Echo(line, 50) + "\"");
+        return ParseFailed(support_texts::NoHeaderEnd(ini::Echo(line, 50)));
     }
     const std::string_view name = ini::Trim(line.substr(1, end - 1));
     if (Section* const earlier = FindSection(name); earlier != nullptr) {
         if ((m_options & kReplaceSections) == 0) {
-            return ParseFailed("Section [" + ini::Echo(name) + "] seen twice");
+            return ParseFailed(support_texts::SectionSeenTwice(ini::Echo(name)));
         }
         RemoveSection(*earlier);
     }
@@ -234,11 +235,10 @@ bool MIniDataT<Compare>::ParseEntry(std::size_t first) {
     const ini::EntryParts parts = ini::SplitEntry(line, first);
     if (!parts.has_equals || parts.name_length == 0) {
         if ((m_options & (kLenientEntries | kReplaceSections)) == 0) {
-            const std::string in_section = " in section " + ini::Echo(section.Name(m_text));
-            return ParseFailed(
-                parts.has_equals
-                    ? "No entry name found before '=' in \"" + ini::Echo(line) + "\"" + in_section
-                    : "No '=' found in \"" + ini::Echo(line, 50) + "\"" + in_section);
+            const std::string section_name = ini::Echo(section.Name(m_text));
+            return ParseFailed(parts.has_equals
+                                   ? support_texts::NoEntryName(ini::Echo(line), section_name)
+                                   : support_texts::NoEquals(ini::Echo(line, 50), section_name));
         }
         if (parts.name_length == 0) {
             return KeepLine();
@@ -252,8 +252,8 @@ bool MIniDataT<Compare>::ParseEntry(std::size_t first) {
     auto* slot = m_entry_index.FindSlot(name, hash, m_text);
     if (!m_entry_index.IsEmpty(*slot)) {
         if ((m_options & kReplaceEntries) == 0) {
-            return ParseFailed("Entry \"" + ini::Echo(name) + "\" seen twice in section " +
-                               ini::Echo(section.Name(m_text)));
+            return ParseFailed(
+                support_texts::EntrySeenTwice(ini::Echo(name), ini::Echo(section.Name(m_text))));
         }
         RemoveEntry(section, *slot->item);
         slot = m_entry_index.FindSlot(name, hash, m_text);
@@ -270,16 +270,15 @@ bool MIniDataT<Compare>::ParseEntry(std::size_t first) {
 template <typename Compare>
 bool MIniDataT<Compare>::ParseFailed(std::string error) {
     m_last_error = std::move(error);
-    MERRTRACE("MIniData::parse_line(): %.70s", m_last_error.c_str());
+    MERRTRACE(support_texts::kParseFailed, m_last_error.c_str());
     return false;
 }
 
 template <typename Compare>
 bool MIniDataT<Compare>::OutOfMemory(const char* what) {
     const int reason = errno != 0 ? errno : ENOMEM;
-    MERRTRACE("MIniData::parse_line(): new %s() failed: %.50s", what,
-              platform::ErrorText(reason).c_str());
-    return ParseFailed("out of memory (" + ini::Echo(Line(), 50) + ")");
+    MERRTRACE(support_texts::kParseNoMemory, what, platform::ErrorText(reason).c_str());
+    return ParseFailed(support_texts::OutOfMemory(ini::Echo(Line(), 50)));
 }
 
 template <typename Compare>
@@ -416,7 +415,7 @@ bool MIniDataT<Compare>::Save() {
     if (MFastFile_WriteLinesAtOnce(m_path, m_text.View(), m_options & (kSaveFlush | kSaveSafe)) ==
         kWriteFailed) {
         m_last_error = "MFastFile_WriteLinesAtOnce() failed: " + ini::SystemText();
-        MERRTRACE("MIniData::Save(): MFastFile_WriteLinesAtOnce(\"%.40s\") failed", m_path.c_str());
+        MERRTRACE(support_texts::kStoreNotSaved, m_path.c_str());
         return false;
     }
     m_new_or_changed = false;

@@ -2,6 +2,7 @@
 #include "support/diagnostics.h"
 #include "support/mini_data.h"
 #include "support/mini_data_text.h"
+#include "support/report_texts.h"
 
 namespace wavo {
 
@@ -113,12 +114,12 @@ bool MIniDataT<Compare>::SetEntry(const char* setter, std::string_view shown_val
     if (section == nullptr) {
         section = add_new_section(section_name);
         if (section == nullptr) {
-            MERRTRACE("MIniData::%s(): add_new_section() failed", setter);
+            MERRTRACE(support_texts::kNoNewSection, setter);
             return false;
         }
     }
     if (!add_new_entry(*section, name, value)) {
-        MERRTRACE("MIniDataSectionT::%s(): add_new_entry() failed", setter);
+        MERRTRACE(support_texts::kNoNewEntry, setter);
         return false;
     }
     return true;
@@ -130,7 +131,7 @@ bool MIniDataT<Compare>::MayBeEntry(const char* setter, std::string_view shown_v
     const std::size_t first = ini::FirstNonBlank(name);
     const char* reason = nullptr;
     if (first < name.size() && ini::BeginsComment(name[first])) {
-        reason = "cannot add comment as an entry";
+        reason = support_texts::kCommentAsEntry;
     } else if (!ini::IsEntryName(name) || !ini::IsValue(value) ||
                name.size() + value.size() >= kLongestLine) {
         reason = "cannot add an entry that would not read back";
@@ -259,16 +260,15 @@ template <typename Compare>
 bool MIniDataT<Compare>::DeleteEntry(std::string_view section, std::string_view name) {
     Section* const found = FindSection(section);
     if (found == nullptr) {
-        m_last_error = "section \"" + ini::Echo(section, 40) + "\" not found";
-        MERRTRACE("MIniData::DeleteEntry(): %s", m_last_error.c_str());
+        m_last_error = support_texts::NoSuchSection(ini::Echo(section, 40));
+        MERRTRACE(support_texts::kSectionNotFound, m_last_error.c_str());
         return false;
     }
     MIniDataEntry* const entry = FindEntry(*found, name);
     if (entry == nullptr) {
         m_last_error = "entry \"" + ini::Echo(name, 40) + "\" not found";
-        MERRTRACE(
-            "MIniData::DeleteEntry(): MIniDataSectionT::DeleteEntry() failed (\"%.30s\",\"%.30s\")",
-            ini::Echo(section, 30).c_str(), ini::Echo(name, 30).c_str());
+        MERRTRACE(support_texts::kEntryNotDeleted, ini::Echo(section, 30).c_str(),
+                  ini::Echo(name, 30).c_str());
         return false;
     }
     RemoveEntry(*found, *entry);

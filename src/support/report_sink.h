@@ -2,7 +2,6 @@
 #pragma once
 
 #include <chrono>
-#include <string_view>
 
 #include "support/diagnostics_output.h"
 

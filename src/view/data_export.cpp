@@ -10,6 +10,7 @@
 #include "ui/dialogs/export_progress.h"
 #include "ui/dialogs/path_save_data.h"
 #include "view/graph_board.h"
+#include "view/report_texts.h"
 
 namespace wavo {
 
@@ -52,7 +53,7 @@ std::int64_t DataExport::OnSaveValues(const WavoGraph* graph) {
 
 void DataExport::Export(const WavoGraph& graph) {
     if (m_board.FindDrawerWithValues(graph.GraphNumber) == nullptr) {
-        MERRLOG("CWavoView::OnMessageFromAxSelectSaveValues: Graph not found");
+        MERRLOG(view_texts::kNothingToSave);
         return;
     }
     const std::vector<std::string> axis_names = ExportedAxisNames(graph);
@@ -90,12 +91,11 @@ bool DataExport::AskForPath(const std::vector<std::string>& axis_names, std::str
 void DataExport::WriteFile() {
     m_begin = m_clock();
     m_events_handled = m_begin;
-    const SaveValues::Result result = m_DataExport.CreateDataFile(
+    const Expected<SaveValues::Ending> ending = m_DataExport.CreateDataFile(
         [this](std::uint64_t written, std::uint64_t total) { return GoOn(written, total); });
     m_progress.reset();
-    if (result == SaveValues::Result::kFailed) {
-        // The text names another place; who reads logs knows it like this.
-        MERRLOG("CView::OnCreate(): m_DataExport.CreateDataFile()");
+    if (!ending) {
+        MERRLOG(view_texts::kDataFileNotWritten);
         m_surroundings.unwritten(m_path);
     }
 }

@@ -8,6 +8,7 @@
 #include "support/diagnostics.h"
 #include "ui/dialogs/choosers.h"
 #include "ui/dialogs/message_boxes.h"
+#include "ui/dialogs/report_texts.h"
 
 namespace wavo {
 
@@ -63,7 +64,7 @@ void FileCommands::SaveAs() {
     }
     const std::string path = chosen->toStdString();
     if (platform::Files().Exists(path) &&
-        ShowBox(m_parent, {"file " + path + " already exist, override ?", "file exist",
+        ShowBox(m_parent, {dialog_texts::FileExistsBox(path), dialog_texts::kFileExistsCaption,
                            BoxIcon::kExclamation, BoxButtons::kOkCancel}) != BoxAnswer::kOk) {
         return;
     }

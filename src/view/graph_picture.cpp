@@ -6,6 +6,7 @@
 #include "graph/draw/display_settings.h"
 #include "support/diagnostics.h"
 #include "view/graph_board.h"
+#include "view/report_texts.h"
 
 namespace wavo {
 
@@ -42,9 +43,9 @@ void GraphPicture::DrawGraphs(GraphBoard& board, ColorRef background, bool resta
     if (board.Drawers().empty()) {
         return;
     }
-    MTRACE(4, "OnDraw(): --- start to draw all graphs");
+    MTRACE(4, view_texts::kDrawingGraphs);
     board.DrawAll(m_image, restart);
-    MTRACE(4, "OnDraw(): --- end of drawing all graphs");
+    MTRACE(4, view_texts::kGraphsDrawn);
 }
 
 void GraphPicture::CopyTo(QPainter& painter, const QRect& exposed) const {

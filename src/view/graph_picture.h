@@ -6,7 +6,7 @@
 #include <QRect>
 #include <QSize>
 
-#include "graph/model/wavo_graph.h"
+#include "support/color_ref.h"
 #include "view/text_band.h"
 
 class QPainter;

@@ -15,6 +15,7 @@
 #include "support/diagnostics.h"
 #include "ui/dialogs/choosers.h"
 #include "ui/dialogs/message_boxes.h"
+#include "view/report_texts.h"
 
 namespace wavo {
 
@@ -55,10 +56,8 @@ GraphPrinter::~GraphPrinter() = default;
 
 bool GraphPrinter::Prepare(QWidget* parent) const {
     return m_source.background() == kWhite ||
-           ShowBox(parent, {"     Back ground color is not white !\r\n"
-                            "               Continue printing ?",
-                            "Inconvenient back ground color", BoxIcon::kQuestion,
-                            BoxButtons::kYesNo}) == BoxAnswer::kYes;
+           ShowBox(parent, {view_texts::kNotWhiteBox, view_texts::kNotWhiteCaption,
+                            BoxIcon::kQuestion, BoxButtons::kYesNo}) == BoxAnswer::kYes;
 }
 
 QPrinter& GraphPrinter::Printer() {

@@ -13,7 +13,7 @@
 #include <functional>
 #include <memory>
 
-#include "graph/model/wavo_graph.h"
+#include "support/color_ref.h"
 
 class QPagedPaintDevice;
 class QPrinter;

@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QWidget>
 #include <algorithm>
+#include <mutex>
 #include <utility>
 
 #include "view/zoom_band.h"

@@ -7,10 +7,10 @@
 
 #include <QRect>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "session/locks.h"
 #include "session/session.h"
 #include "view/graph_board.h"
 #include "view/graph_picture.h"
@@ -64,7 +64,7 @@ class GraphScreen {
     Session& m_session;
     GraphBoard& m_board;
     const std::function<void()> m_stopped;
-    std::recursive_mutex m_graph_lock;  // taken inside the value lock
+    GraphMutex m_graph_lock;
     GraphPicture m_picture;
     QRect m_laid_out;  ///< where the graphs were placed last
     bool m_ready_for_painting = false;

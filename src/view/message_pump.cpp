@@ -18,7 +18,7 @@ bool MessagePump::Open(MasterMessages& messages) {
     std::string error;
     m_window = platform::MessageWindow::Create(
         [&messages](const platform::Message& message) { return messages.OnMessage(message); },
-        &error);
+        &error, kLinkNumbers);
     if (m_window == nullptr) {
         MERRLOG("MessagePump::Open(): no message window: %s", error.c_str());
         return false;

@@ -13,8 +13,8 @@
 #include <QRect>
 #include <string>
 
-#include "graph/draw/display_settings.h"
-#include "graph/model/wavo_graph.h"
+#include "settings/font_description.h"
+#include "support/color_ref.h"
 
 namespace wavo {
 

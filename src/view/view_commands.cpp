@@ -1,7 +1,6 @@
 #include "view/view_commands.h"
 
 #include <QDialog>
-#include <mutex>
 
 #include "ui/dialogs/add_text.h"
 #include "ui/dialogs/app_messages.h"

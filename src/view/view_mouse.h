@@ -5,9 +5,7 @@
 #pragma once
 
 #include <QPoint>
-#include <QRect>
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 
 #include "view/graph_board.h"

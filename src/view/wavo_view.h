@@ -7,7 +7,6 @@
 #include <QWidget>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "session/session.h"
 #include "ui/dialogs/app_messages.h"

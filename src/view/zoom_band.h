@@ -5,7 +5,7 @@
 #include <QRect>
 
 #include "graph/draw/graph_draw.h"
-#include "graph/model/wavo_graph.h"
+#include "support/color_ref.h"
 #include "view/graph_board.h"
 
 class QPainter;

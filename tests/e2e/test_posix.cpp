@@ -49,9 +49,10 @@ class Posix : public Viewer {
         EXPECT_EQ(
             ::connect(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
             0);
-        MasterInfo master;
-        EXPECT_EQ(ReadMasterInfo(MessagePump(), master), MasterInfoStatus::kPresent);
-        const platform::MessagePacket hello{.w_param = master.master_window};
+        const Expected<std::optional<MasterInfo>> master = ReadMasterInfo(MessagePump());
+        EXPECT_TRUE(master && *master);
+        const platform::MessagePacket hello{.w_param =
+                                                master && *master ? (*master)->master_window : 0};
         EXPECT_EQ(::send(socket.number(), &hello, sizeof hello, MSG_NOSIGNAL), 40);
         return socket;
     }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 
 #include "fake_master_channel.h"
@@ -25,13 +26,12 @@ void Require(bool condition) {
 void TestOne(const std::uint8_t* data, std::size_t size) {
     MasterInfoBlock block{};
     std::memcpy(&block, data, std::min(size, sizeof block));
-    MasterInfo info;
-    info.master_window = 4711;
-    if (const char* const fault = DecodeMasterInfo(block, info); fault != nullptr) {
-        Require(*fault != '\0');
-        Require(info.master_window == 4711 && info.axis_names.empty());
+    const Expected<MasterInfo> decoded = DecodeMasterInfo(block);
+    if (!decoded) {
+        Require(!decoded.Why().text.empty());
         return;
     }
+    const MasterInfo& info = *decoded;
     Require(std::isfinite(info.cycle_time) && info.cycle_time > 0.0);
     Require(info.axis_names.size() == block.axis_count);
     std::size_t names = 0;
@@ -52,24 +52,23 @@ void TestSegment(const std::uint8_t* data, std::size_t size) {
     if (block.master_window != 0) {
         channel.alive.insert(block.master_window);
     }
-    MasterInfo info;
-    info.cycle_time = -1.0;
-    const MasterInfoStatus status = ReadMasterInfo(channel, info);
-    MasterInfo decoded;
+    const Expected<std::optional<MasterInfo>> found = ReadMasterInfo(channel);
+    const bool is_absent = found && !*found;
     if (size < sizeof block) {
-        Require(status == MasterInfoStatus::kRefused);
-    } else if (block.master_window == 0) {
-        Require(status == MasterInfoStatus::kAbsent);
-    } else {
-        const bool is_good = block.master_window != channel.OwnWindow() &&
-                             DecodeMasterInfo(block, decoded) == nullptr;
-        Require(status == (is_good ? MasterInfoStatus::kPresent : MasterInfoStatus::kRefused));
+        Require(!found);
+        return;
     }
-    if (status == MasterInfoStatus::kPresent) {
+    if (block.master_window == 0) {
+        Require(is_absent);
+        return;
+    }
+    Require(!is_absent);
+    const Expected<MasterInfo> decoded = DecodeMasterInfo(block);
+    Require(found.HasValue() == (block.master_window != channel.OwnWindow() && decoded));
+    if (found) {
+        const MasterInfo& info = **found;
         Require(info.master_window == block.master_window && info.fifo_lines == block.fifo_lines);
-        Require(info.cycle_time == block.cycle_time && info.axis_names == decoded.axis_names);
-    } else {
-        Require(info.master_window == 0 && info.cycle_time == -1.0 && info.axis_names.empty());
+        Require(info.cycle_time == block.cycle_time && info.axis_names == decoded->axis_names);
     }
 }
 

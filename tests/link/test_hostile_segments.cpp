@@ -14,6 +14,7 @@
 #include "fake_master_channel.h"
 #include "fake_shared_memory.h"
 #include "hostile_values.h"
+#include "info_verdict.h"
 #include "link/ax_value_reader.h"
 #include "link/capabilities.h"
 #include "link/master_info.h"
@@ -31,8 +32,10 @@ using testing::Field;
 using testing::FifoSegment;
 using testing::ForEachHostileField;
 using testing::ForEachTurnedBit;
+using testing::InfoVerdict;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
+using testing::VerdictOf;
 
 // ---- the info block ----
 
@@ -50,32 +53,30 @@ class HostileInfo : public ::testing::Test {
     }
 
     /// What the block deserves.
-    [[nodiscard]] MasterInfoStatus Deserved() const {
+    [[nodiscard]] InfoVerdict Deserved() const {
         if (m_block->master_window != FakeMasterChannel::kMaster) {
-            return MasterInfoStatus::kAbsent;
+            return InfoVerdict::kAbsent;
         }
         const std::string area(m_block->axis_names, sizeof m_block->axis_names);
         const auto ends = static_cast<std::uint64_t>(std::count(area.begin(), area.end(), '\0'));
         const bool sound = std::isfinite(m_block->cycle_time) && m_block->cycle_time > 0.0 &&
                            m_block->axis_count <= ends;
-        return sound ? MasterInfoStatus::kPresent : MasterInfoStatus::kRefused;
+        return sound ? InfoVerdict::kPresent : InfoVerdict::kRefused;
     }
 
     void Check() {
         const ExpectAnyErrorLog announced;
         const CollectReports entries(Service::kErrorLog);
-        MasterInfo info;
-        const MasterInfoStatus status = ReadMasterInfo(m_channel, info);
+        const Expected<std::optional<MasterInfo>> found = ReadMasterInfo(m_channel);
+        const InfoVerdict status = VerdictOf(found);
         EXPECT_EQ(status, Deserved());
-        EXPECT_THAT(entries.Texts(), SizeIs(status == MasterInfoStatus::kRefused ? 1 : 0));
+        EXPECT_THAT(entries.Texts(), SizeIs(status == InfoVerdict::kRefused ? 1 : 0));
         ++m_verdicts[static_cast<std::size_t>(status)];
-        if (status == MasterInfoStatus::kPresent) {
+        if (status == InfoVerdict::kPresent) {
+            const MasterInfo& info = **found;
             EXPECT_EQ(info.axis_names.size(), m_block->axis_count);
             EXPECT_EQ(info.fifo_lines, m_block->fifo_lines);
             EXPECT_EQ(info.cycle_time, m_block->cycle_time);
-        } else {
-            EXPECT_EQ(info.master_window, 0U);
-            EXPECT_THAT(info.axis_names, IsEmpty());
         }
     }
 
@@ -88,8 +89,8 @@ TEST_F(HostileInfo, GetsAVerdictWhateverBitIsTurned) {
     const int checks = ForEachTurnedBit(m_block, sizeof *m_block, [this](std::size_t) { Check(); });
     EXPECT_GE(checks, 8 * 2040);
     EXPECT_EQ(m_verdicts[0] + m_verdicts[1] + m_verdicts[2], checks);
-    EXPECT_GE(m_verdicts[static_cast<std::size_t>(MasterInfoStatus::kAbsent)], 64);
-    EXPECT_GT(m_verdicts[static_cast<std::size_t>(MasterInfoStatus::kRefused)], 0);
+    EXPECT_GE(m_verdicts[static_cast<std::size_t>(InfoVerdict::kAbsent)], 64);
+    EXPECT_GT(m_verdicts[static_cast<std::size_t>(InfoVerdict::kRefused)], 0);
 }
 
 TEST_F(HostileInfo, GetsAVerdictWhateverAFieldHolds) {
@@ -102,17 +103,15 @@ TEST_F(HostileInfo, GetsAVerdictWhateverAFieldHolds) {
                          {"first name", 40, 8},
                          {"last bytes", 2032, 8}},
                         [this](const std::string&) { Check(); });
-    EXPECT_GT(m_verdicts[static_cast<std::size_t>(MasterInfoStatus::kRefused)], 10);
-    EXPECT_GT(m_verdicts[static_cast<std::size_t>(MasterInfoStatus::kPresent)], 30);
+    EXPECT_GT(m_verdicts[static_cast<std::size_t>(InfoVerdict::kRefused)], 10);
+    EXPECT_GT(m_verdicts[static_cast<std::size_t>(InfoVerdict::kPresent)], 30);
 }
 
 TEST_F(HostileInfo, ThatShrinksWhileItIsCopiedIsRefused) {
     testing::SetFakeState("MachineTools_InfoData", platform::SegmentState::kResized);
     const testing::ExpectErrorLog expected(
         {"ReadMasterInfo(): MachineTools_InfoData refused: the segment has changed its size"});
-    MasterInfo info;
-    EXPECT_EQ(ReadMasterInfo(m_channel, info), MasterInfoStatus::kRefused);
-    EXPECT_EQ(info.master_window, 0U);
+    EXPECT_EQ(VerdictOf(ReadMasterInfo(m_channel)), InfoVerdict::kRefused);
 }
 
 // ---- the value FIFO ----

@@ -3,10 +3,13 @@
 
 #include <cstring>
 #include <limits>
+#include <optional>
+#include <string>
 
 #include "expect_errors.h"
 #include "fake_master_channel.h"
 #include "fake_shared_memory.h"
+#include "info_verdict.h"
 #include "link/master_info.h"
 
 namespace wavo {
@@ -15,6 +18,7 @@ namespace {
 using ::testing::ElementsAre;
 using testing::ExpectErrorLog;
 using testing::FakeMasterChannel;
+using testing::InfoVerdict;
 using ::testing::IsEmpty;
 
 class InfoBlock : public ::testing::Test {
@@ -36,13 +40,22 @@ class InfoBlock : public ::testing::Test {
         std::memcpy(memory, &block, std::min(size, sizeof block));
     }
 
+    /// Reads the block into m_info, or into m_why what is wrong with it.
+    InfoVerdict Read() {
+        const Expected<std::optional<MasterInfo>> found = ReadMasterInfo(m_channel);
+        m_info = found && *found ? **found : MasterInfo();
+        m_why = found ? std::string() : found.Why().text;
+        return testing::VerdictOf(found);
+    }
+
     FakeMasterChannel m_channel;
     MasterInfo m_info;
+    std::string m_why;
 };
 
 TEST_F(InfoBlock, IsCopiedAndUnlinkedAtOnce) {
     Publish(Block(), 4096);
-    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kPresent);
+    EXPECT_EQ(Read(), InfoVerdict::kPresent);
     EXPECT_EQ(m_info.master_window, FakeMasterChannel::kMaster);
     EXPECT_EQ(m_info.cycle_time, 0.004);
     EXPECT_EQ(m_info.fifo_lines, 500U);
@@ -52,14 +65,14 @@ TEST_F(InfoBlock, IsCopiedAndUnlinkedAtOnce) {
 }
 
 TEST_F(InfoBlock, MayBeAbsent) {
-    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kAbsent);
+    EXPECT_EQ(Read(), InfoVerdict::kAbsent);
     EXPECT_EQ(m_info.master_window, 0U);
 }
 
 TEST_F(InfoBlock, OfADeadMasterCountsAsAbsent) {
     Publish(Block());
     m_channel.alive.clear();
-    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kAbsent);
+    EXPECT_EQ(Read(), InfoVerdict::kAbsent);
     EXPECT_EQ(m_info.master_window, 0U);
 }
 
@@ -68,7 +81,7 @@ TEST_F(InfoBlock, WithNoAxesAndNoLinesIsLegal) {
     block.axis_count = 0;
     block.fifo_lines = 0;
     Publish(block);
-    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kPresent);
+    EXPECT_EQ(Read(), InfoVerdict::kPresent);
     EXPECT_THAT(m_info.axis_names, IsEmpty());
     EXPECT_EQ(m_info.fifo_lines, 0U);
 }
@@ -79,15 +92,16 @@ TEST_F(InfoBlock, MayUseAllOfItsNameArea) {
     for (std::size_t i = 0; i < sizeof block.axis_names; ++i) {
         block.axis_names[i] = i % 2 == 0 ? 'a' : '\0';
     }
-    EXPECT_EQ(DecodeMasterInfo(block, m_info), nullptr);
-    EXPECT_EQ(m_info.axis_names.size(), 1000U);
+    const Expected<MasterInfo> info = DecodeMasterInfo(block);
+    ASSERT_TRUE(info);
+    EXPECT_EQ(info->axis_names.size(), 1000U);
 }
 
 TEST_F(InfoBlock, ThatIsTooSmallIsRefused) {
     Publish(Block(), sizeof(MasterInfoBlock) - 1);
     const ExpectErrorLog expected(
         {"ReadMasterInfo(): MachineTools_InfoData refused: the segment is too small"});
-    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kRefused);
+    EXPECT_EQ(Read(), InfoVerdict::kRefused);
     EXPECT_EQ(m_info.master_window, 0U);
 }
 
@@ -98,7 +112,7 @@ TEST_F(InfoBlock, ThatNamesTheViewersOwnWindowIsRefused) {
     Publish(block);
     const ExpectErrorLog expected(
         {"ReadMasterInfo(): MachineTools_InfoData refused: its window is the viewer's own"});
-    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kRefused);
+    EXPECT_EQ(Read(), InfoVerdict::kRefused);
     EXPECT_EQ(m_info.master_window, 0U);
 }
 
@@ -115,7 +129,8 @@ TEST_P(HostileInfoBlock, IsRefusedInWords) {
     Publish(block);
     const ExpectErrorLog expected(
         {std::string("ReadMasterInfo(): MachineTools_InfoData refused: ") + GetParam().fault});
-    EXPECT_EQ(ReadMasterInfo(m_channel, m_info), MasterInfoStatus::kRefused);
+    EXPECT_EQ(Read(), InfoVerdict::kRefused);
+    EXPECT_EQ(m_why, GetParam().fault);
     EXPECT_EQ(m_info.master_window, 0U);
     EXPECT_THAT(m_info.axis_names, IsEmpty());
 }

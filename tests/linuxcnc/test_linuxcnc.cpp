@@ -14,6 +14,7 @@
 #include <map>
 #include <sstream>
 
+#include "link/axis_capabilities.h"
 #include "machine.h"
 #include "support/mini_data.h"
 #include "system/other_process.h"
@@ -344,14 +345,17 @@ TEST_F(Linuxcnc, TheDefaultGraphHasTheLimitsOfTheMachine) {
 
 TEST_F(Linuxcnc, LinesOfSeveralSamplersStayWholeOverOverrunsDeathAndANewStart) {
     const std::vector<std::string> axes = {"X", "X2", "tick", "tick2"};
+    // Without the missing values that stand where there was no master.
+    const auto held = [&](const std::string& axis) {
+        std::vector<double> values = Held(axis);
+        std::erase_if(values, [](double value) { return std::isnan(value); });
+        return values;
+    };
     const auto expect_whole = [&] {
-        const auto x = Held("X");
-        const auto x2 = Held("X2");
-        const auto tick = Held("tick");
-        const auto tick2 = Held("tick2");
+        const auto x = held("X");
         EXPECT_FALSE(x.empty());
-        EXPECT_EQ(x, x2);
-        EXPECT_EQ(tick, tick2);
+        EXPECT_EQ(x, held("X2"));
+        EXPECT_EQ(held("tick"), held("tick2"));
         const auto [lowest, highest] = std::ranges::minmax(x);
         return highest - lowest;
     };

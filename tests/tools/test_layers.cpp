@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -149,25 +150,31 @@ std::string ReadFile(const fs::path& path) {
     return text.str();
 }
 
-TEST(Layers, EverySourceKeepsToTheTable) {
-    std::vector<std::string> violations;
-    std::size_t files = 0;
+/// The sources and headers of the program, by the paths that they are included with.
+std::map<std::string, std::string> Sources() {
+    std::map<std::string, std::string> sources;
     const fs::path root(WAVO_SOURCE_DIR);
     for (const auto& [folder, base] :
          {std::pair{root / "src", root / "src"}, std::pair{root / "master", root},
           std::pair{root / "programs", root}}) {
         for (const auto& entry : fs::recursive_directory_iterator(folder)) {
             const std::string extension = entry.path().extension().string();
-            if (extension != ".h" && extension != ".cpp") {
-                continue;
+            if (extension == ".h" || extension == ".cpp") {
+                sources[fs::relative(entry.path(), base).generic_string()] = ReadFile(entry.path());
             }
-            ++files;
-            const std::vector<std::string> found =
-                Check(fs::relative(entry.path(), base).generic_string(), ReadFile(entry.path()));
-            violations.insert(violations.end(), found.begin(), found.end());
         }
     }
-    EXPECT_GT(files, 60U);
+    return sources;
+}
+
+TEST(Layers, EverySourceKeepsToTheTable) {
+    std::vector<std::string> violations;
+    const std::map<std::string, std::string> sources = Sources();
+    for (const auto& [path, text] : sources) {
+        const std::vector<std::string> found = Check(path, text);
+        violations.insert(violations.end(), found.begin(), found.end());
+    }
+    EXPECT_GT(sources.size(), 60U);
     EXPECT_THAT(violations, IsEmpty());
 }
 
@@ -209,6 +216,163 @@ TEST(Layers, TheTableHasNoCycle) {
     for (const auto& [name, layer] : Layers()) {
         EXPECT_FALSE(has_cycle(name)) << name;
     }
+}
+
+/// What a text includes, with its brackets or quotes.
+std::vector<std::string> IncludesOf(const std::string& text) {
+    static const std::regex include_line(R"(^\s*#\s*include\s+([<"][^>"]+[>"]).*)");
+    std::vector<std::string> includes;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (std::smatch match; std::regex_match(line, match, include_line)) {
+            includes.push_back(match[1]);
+        }
+    }
+    return includes;
+}
+
+/// The layers that a layer includes, and what these include.
+std::set<std::string> Below(const std::string& name) {
+    std::set<std::string> below;
+    for (const std::string& may : Layers().at(name).may_include) {
+        const std::string target = Layers().contains(may) ? may : LayerOf(may);
+        below.insert(target);
+        below.merge(Below(target));
+    }
+    return below;
+}
+
+TEST(Layers, NothingBelowTheViewKnowsQtButDrawingAndDialogs) {
+    const std::set<std::string> below = Below("view");
+    EXPECT_GT(below.size(), 8U);
+    std::set<std::string> with_qt;
+    for (const auto& [path, text] : Sources()) {
+        for (const std::string& header : IncludesOf(text)) {
+            if (below.contains(LayerOf(path)) &&
+                (header.starts_with("<Q") || header.starts_with("<q") ||
+                 header == "\"qt_windows.h\"")) {
+                with_qt.insert(LayerOf(path));
+            }
+        }
+    }
+    EXPECT_THAT(with_qt, ElementsAre("graph/draw", "ui/dialogs"));
+    for (const auto& [name, layer] : Layers()) {
+        for (const std::string& may : layer.may_include) {
+            const std::string target = Layers().contains(may) ? may : LayerOf(may);
+            EXPECT_TRUE(layer.qt || !Layers().at(target).qt) << name << " gets Qt through " << may;
+        }
+    }
+}
+
+/// Files that include each other, as "a.h -> b.h -> a.h"; empty when there are none.
+std::string FindCycle(const std::map<std::string, std::string>& sources) {
+    std::map<std::string, int> state;  // 1 = on the path, 2 = done
+    std::vector<std::string> path;
+    std::function<std::string(const std::string&)> visit = [&](const std::string& file) {
+        path.push_back(file);
+        if (state[file] == 1) {
+            std::string cycle = file;
+            for (auto step = path.rbegin() + 1; *step != file; ++step) {
+                cycle.insert(0, *step + " -> ");
+            }
+            return file + " -> " + cycle;
+        }
+        std::string cycle;
+        if (state[file] == 0) {
+            state[file] = 1;
+            for (const std::string& header : IncludesOf(sources.at(file))) {
+                const std::string name = header.substr(1, header.size() - 2);
+                if (cycle.empty() && sources.contains(name)) {
+                    cycle = visit(name);
+                }
+            }
+            state[file] = 2;
+        }
+        path.pop_back();
+        return cycle;
+    };
+    for (const auto& [file, text] : sources) {
+        if (std::string cycle = visit(file); !cycle.empty()) {
+            return cycle;
+        }
+    }
+    return {};
+}
+
+TEST(Layers, NoFilesIncludeEachOther) {
+    EXPECT_EQ(FindCycle(Sources()), "");
+    EXPECT_EQ(FindCycle({{"a.h", "#include \"b.h\"\n"},
+                         {"b.h", "#include <map>\n#include \"c.h\"\n"},
+                         {"c.h", "#include \"b.h\"\n"}}),
+              "b.h -> c.h -> b.h");
+}
+
+/// What the header of a class declares.
+struct ClassOutline {
+    std::vector<std::string> bases;
+    std::vector<std::string> functions;  ///< the declarations, with constructors and destructor
+};
+
+/// Reads the outline of a class out of a header without macros that make functions (Q_OBJECT
+/// aside). Nested braces and template arguments are passed over.
+ClassOutline OutlineOf(const std::string& name, std::string text) {
+    text = std::regex_replace(text, std::regex("//[^\n]*"), "");
+    std::smatch head;
+    ClassOutline outline;
+    if (!std::regex_search(text, head, std::regex("class " + name + R"(\b([^;{]*)\{)"))) {
+        return outline;
+    }
+    const std::string bases = head[1];
+    static const std::regex base(R"((public|protected|private)\s+([\w:]+))");
+    for (std::sregex_iterator i(bases.begin(), bases.end(), base), end; i != end; ++i) {
+        outline.bases.push_back((*i)[2]);
+    }
+    std::string statement;
+    int braces = 1;
+    int angles = 0;
+    for (auto c = head[0].second; c != text.cend() && braces > 0; ++c) {
+        braces += *c == '{' ? 1 : *c == '}' ? -1 : 0;
+        angles += *c == '<' ? 1 : *c == '>' ? -1 : 0;
+        const bool ends = braces == 1 && (*c == ';' || *c == '}');
+        if (!ends && braces == 1 && angles == 0 && *c != '>') {
+            statement += *c;
+        }
+        if (ends) {
+            if (statement.find('(') != std::string::npos) {
+                outline.functions.push_back(statement);
+            }
+            statement.clear();
+        }
+    }
+    return outline;
+}
+
+TEST(Layers, TheViewIsAWidgetAndLittleElse) {
+    const ClassOutline view = OutlineOf("CWavoView", Sources().at("view/wavo_view.h"));
+    ASSERT_FALSE(view.bases.empty());
+    EXPECT_EQ(view.bases.front(), "QWidget");
+    EXPECT_LE(view.bases.size(), 2U);
+    EXPECT_GE(view.functions.size(), 10U) << "the header is not read as it should";
+    EXPECT_LE(view.functions.size(), 25U) << ::testing::PrintToString(view.functions);
+}
+
+TEST(Layers, AnOutlineHasWhatAClassDeclares) {
+    const ClassOutline outline = OutlineOf("A", R"(
+class B;
+class A : public Base, private detail::Other {
+    Q_OBJECT
+ public:
+    A();  // not this: C();
+    ~A() override;
+    int F() const { return g() + (h > 0 ? h : 1); }
+    std::function<void(int)> m_handler;
+    int h = 0;
+    void G(std::map<int, int> m);
+};
+class C { void No(); };
+)");
+    EXPECT_THAT(outline.bases, ElementsAre("Base", "detail::Other"));
+    EXPECT_EQ(outline.functions.size(), 4U) << ::testing::PrintToString(outline.functions);
 }
 
 }  // namespace

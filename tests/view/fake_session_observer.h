@@ -1,6 +1,8 @@
 // What a session tells, without a window: records what the user would see.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <QImage>
 #include <functional>
 #include <map>
@@ -56,6 +58,7 @@ class FakeHost : public SessionObserver {
     }
     bool EditDocument(bool forget) override {
         if (forget) {
+            EXPECT_TRUE(session->ValueLock().IsHeld());
             editor.initialised = false;
             editor.happened.emplace_back("not initialised");
             editor.happened.emplace_back("reset selection");
@@ -65,6 +68,7 @@ class FakeHost : public SessionObserver {
     }
     [[nodiscard]] bool HasEditedGraphs() const override { return editor.initialised; }
     void GraphsChanged() override {
+        EXPECT_TRUE(session->ValueLock().IsHeld());
         happened.emplace_back(on_graphs ? on_graphs() : "rebuild");
         for (const std::string& fault :
              board->CreateAllGraphRects({0, 0, 400, 200}, session->Values().CycleTime(),

@@ -410,6 +410,19 @@ TEST_F(HungMaster, WhoseSuccessorIsAnotherProcessIsForgotten) {
     EXPECT_EQ(Message(), kConnectedText);
 }
 
+TEST_F(HungMaster, IsSparedByLookupsAlsoWhenItsInfoBlockIsNotValidAnyMore) {
+    Hang();
+    m_cycle.Capabilities().FindAxis("X1");
+    PublishInfo({"X1", "Y1"}, 0.0);
+    const ExpectErrorLog expected(
+        {"ReadMasterInfo(): MachineTools_InfoData refused: the cycle time is not a positive "
+         "number"});
+    EXPECT_FALSE(m_cycle.Connect(true));
+    m_channel.Take();
+    EXPECT_TRUE(m_cycle.Capabilities().FindAxis("X1")) << "what is known stays known";
+    EXPECT_EQ(Waits(m_channel.Take()), 0U);
+}
+
 TEST_F(HungMaster, ThatDiesDuringALookupIsForgotten) {
     Hang();
     m_channel.alive.clear();

@@ -179,7 +179,7 @@ TEST_F(FileCommandTest, BoundsThatTheViewWasNotToldOfAreSavedAsTheViewShowsThem)
     WavoGraph graph = m_graphs.Graphs().front();
     graph.YScales = {{ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, -5.0, 10.0}};
     m_graphs.Put(graph, GraphList::Telling::kSilent);
-    m_host.GraphsChanged();
+    m_session.RebuildGraphs();
     m_files.SetCurrentPath(Path("a.ini"));
     for (const double minimum : {20.0, 10.0}) {
         graph.YScales[0].Minimum = minimum;
@@ -201,7 +201,7 @@ TEST_F(FileCommandTest, TheSameGoesForTheXScaleOverAnAxis) {
     graph.XCoorAxName = "Y1";
     graph.XScale = {ScaleTypeCode::kAxis, 10.0, ScaleAxCode::kManual, -30.0, 40.0};
     m_graphs.Put(graph, GraphList::Telling::kSilent);
-    m_host.GraphsChanged();
+    m_session.RebuildGraphs();
     graph.XScale.Maximum = -31.0;
     m_graphs.Put(graph, GraphList::Telling::kSilent);
     m_files.SetCurrentPath(Path("a.ini"));
@@ -223,7 +223,7 @@ TEST_F(FileCommandTest, AnAxisThatMovedSinceTheViewWasToldIsFoundByItsName) {
                      {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, 3.0, 4.0},
                      {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, 5.0, 6.0}};
     m_graphs.Put(graph, GraphList::Telling::kSilent);
-    m_host.GraphsChanged();
+    m_session.RebuildGraphs();
     graph.YCoorAxName.erase(graph.YCoorAxName.begin());
     graph.YCoorAxColor.pop_back();
     graph.YCoorAxDerivation = {0, 1};

@@ -151,7 +151,7 @@ TEST_F(RunControlTest, AGraphMadeAnewAfterItsTriggerSaysWhatItNeeds) {
     Stopped(TriggerTypeCode::kStopAbove);
     m_control.OnGraphsRebuilt();
     EXPECT_THAT(Hints(), IsEmpty());  // still stopped: Start after trigger is offered
-    m_host.GraphsChanged();
+    m_session.RebuildGraphs();
     m_control.OnGraphsRebuilt();
     ASSERT_EQ(State(), RunState::kWaitingForStop);
     EXPECT_FALSE(m_control.CanStartAfterTrigger());

@@ -25,7 +25,8 @@ using testing::CollectReports;
 using ::testing::ElementsAre;
 using testing::FaultyFiles;
 using ::testing::IsEmpty;
-using Result = SaveValues::Result;
+
+enum class Result { kWritten, kCancelled, kFailed };
 
 /// A number with six decimals, cut after 127 characters.
 std::string CutNumber(double number) {
@@ -58,7 +59,12 @@ class DataFile : public ::testing::Test {
     }
     Result Write(const SaveValues::Progress& progress = {}) {
         m_values.SetSettings(m_settings);
-        return m_values.CreateDataFile(progress);
+        const Expected<SaveValues::Ending> ending = m_values.CreateDataFile(progress);
+        if (!ending) {
+            EXPECT_EQ(ending.Why().text, "cannot write " + m_settings.data_file);
+            return Result::kFailed;
+        }
+        return *ending == SaveValues::Ending::kWritten ? Result::kWritten : Result::kCancelled;
     }
     [[nodiscard]] std::string Text() const { return m_folder.Read("values.txt"); }
     /// The text of the file; empty when it could not be written.

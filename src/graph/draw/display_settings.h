@@ -3,7 +3,6 @@
 
 #include <QColor>
 #include <QFont>
-#include <cstdint>
 
 #include "settings/font_description.h"
 #include "support/color_ref.h"

@@ -3,8 +3,8 @@
 #include <QFontMetrics>
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
+#include "graph/draw/report_texts.h"
 #include "graph/values/missing_value.h"
 #include "support/diagnostics.h"
 
@@ -28,8 +28,7 @@ std::int32_t CheckedXLines(std::int32_t lines) {
     if (lines >= 1) {
         return lines;
     }
-    MERRLOG(
-        "GraphDraw::GraphDraw(): invalid number of scale lines x-corr., setting five scale line");
+    MERRLOG(draw_texts::kBadScaleLinesX);
     return kDefaultXScaleLines;
 }
 
@@ -37,8 +36,7 @@ std::int32_t CheckedYLines(std::int32_t lines) {
     if (lines >= 1) {
         return lines;
     }
-    MERRLOG(
-        "GraphDraw::GraphDraw(): invalid number of scale lines y-corr., setting three scale line");
+    MERRLOG(draw_texts::kBadScaleLinesY);
     return kDefaultYScaleLines;
 }
 
@@ -255,12 +253,12 @@ void GraphDraw::SetRectangle(const QRect& rectangle) {
 
 void GraphDraw::SetZoomRange(double start, double end) {
     if (start > end || !std::isfinite(start) || !std::isfinite(end)) {
-        MERRLOG("GraphDraw::SetZoomRange(): invalid zoom time");
+        MERRLOG(draw_texts::kBadZoomTime);
         m_zoom.active = false;
         return;
     }
     if (end - start < kSmallestZoom) {
-        MERRLOG("GraphDraw::SetZoomRange(): zoom range to small");
+        MERRLOG(draw_texts::kZoomTooSmall);
         return;
     }
     if (m_zoom.first) {

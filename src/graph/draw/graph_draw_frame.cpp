@@ -6,6 +6,7 @@
 
 #include "graph/draw/frame_painter.h"
 #include "graph/draw/graph_draw.h"
+#include "graph/draw/report_texts.h"
 #include "support/diagnostics.h"
 
 namespace wavo {
@@ -19,7 +20,7 @@ constexpr double kZeroLinePart = 0.45;
 
 void GraphDraw::DrawFrame(QImage& picture) {
     if (m_lines.empty()) {
-        MERRLOG("GraphDraw::DrawGraph(): invalid size of m_pLinesY");
+        MERRLOG(draw_texts::kBadLineCount);
     }
     const QRect rectangle = ToDevice(m_rectangle) & QRect(QPoint(0, 0), picture.size());
     const bool anew = !m_frame_valid || rectangle != m_frame_rectangle;

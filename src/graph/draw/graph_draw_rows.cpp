@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "graph/draw/graph_draw.h"
+#include "graph/draw/report_texts.h"
 #include "graph/draw/sweep.h"
 #include "graph/values/missing_value.h"
 #include "support/diagnostics.h"
@@ -148,7 +149,7 @@ std::optional<std::size_t> GraphDraw::StreamOf(const std::string& axis_name) con
     if (!IsTimeGraph() && axis_name == m_graph.XCoorAxName) {
         return m_buffers.size();
     }
-    MERRLOG("GraphDraw::GetAxValues(): unknown axis: %s", axis_name.c_str());
+    MERRLOG(draw_texts::kUnknownAxis, axis_name.c_str());
     return std::nullopt;
 }
 

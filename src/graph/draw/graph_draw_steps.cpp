@@ -6,6 +6,7 @@
 #include <limits>
 #include <optional>
 
+#include "graph/draw/report_texts.h"
 #include "support/diagnostics.h"
 
 namespace wavo {
@@ -24,18 +25,18 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart) {
     if (restart || m_restart_flag) {
         Restart();
     }
-    MTRACE(4, "DrawGraph(): --- starting to get act. valus");
+    MTRACE(4, draw_texts::kTakingValues);
     TakeValues();
-    MTRACE(4, "DrawGraph(): --- end of get act values");
-    MTRACE(4, "DrawGraph(): --- starting test trigger condition");
+    MTRACE(4, draw_texts::kValuesTaken);
+    MTRACE(4, draw_texts::kTestingTrigger);
     TestTriggerCondition();
-    MTRACE(4, "DrawGraph(): --- end of test trigger condition");
+    MTRACE(4, draw_texts::kTriggerTested);
     LeaveOutUnderived();
     CheckScales();
     DrawFrame(picture);
-    MTRACE(4, "DrawGraph(): --- starting to draw graphs");
+    MTRACE(4, draw_texts::kDrawingGraph);
     DrawGraphs(picture);
-    MTRACE(4, "DrawGraph(): --- end of drawing graphs");
+    MTRACE(4, draw_texts::kGraphDrawn);
 }
 
 void GraphDraw::Restart() {
@@ -75,7 +76,7 @@ void GraphDraw::DiscardValues() {
 
 void GraphDraw::ReportDifferentSizes() const {
     if (m_lines.size() != m_stream_count) {
-        MERRLOG("GraphDraw::DrawGraph(): m_pLinesY.size()!=m_pVectYValueFifo.size()");
+        MERRLOG(draw_texts::kStreamsMissing);
     }
 }
 
@@ -210,7 +211,7 @@ void GraphDraw::LeaveOutUnderived() {
 bool GraphDraw::IsTrigger(std::uint64_t& index) const {
     for (const TriggerData& trigger : m_TriggerData) {
         if (trigger.pTestTriggerEvent == nullptr) {
-            MERRLOG("GraphDraw::IsTrigger(): m_TriggerData[i].pTestTriggerEvent undefined");
+            MERRLOG(draw_texts::kTriggerWithoutTest);
             continue;
         }
         const double limit = m_graph.Triggers[trigger.axis].TriggerValue;

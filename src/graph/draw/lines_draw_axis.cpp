@@ -4,11 +4,11 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 #include "graph/draw/colors.h"
 #include "graph/draw/display_settings.h"
+#include "graph/draw/report_texts.h"
 #include "support/diagnostics.h"
 
 namespace wavo {
@@ -114,7 +114,7 @@ LinePoint LinesDrawAxis::MakePoint(double x_value, double y_value) {
 
 double LinesDrawAxis::GetXTimeRange() const {
     if (m_x_scale.ScaleType != ScaleTypeCode::kTime) {
-        MERRLOG("LinesDrawAxis::GetXTimeRange(): x scale is not a time range");
+        MERRLOG(draw_texts::kNoTimeRange);
         return 0.0;
     }
     return m_x_scale.TimeRange;
@@ -133,9 +133,7 @@ void LinesDrawAxis::DrawLinesXIsTime(const std::vector<double>& values, double s
         m_curve.AddContinuity(values);
         m_y_auto.CountDrawn(values.size());
     } else {
-        MERRLOG(
-            "LinesDrawAxis::DrawLinesXIsTime(): number of new values > number of max. values in "
-            "line-fifo");
+        MERRLOG(draw_texts::kTooManyNewValues);
     }
     DrawAllLinesXIsTime(kOwnColor, canvas);
 }
@@ -158,7 +156,7 @@ void LinesDrawAxis::ShowOwnWindow(double from, double to) {
 void LinesDrawAxis::FitScaleToWindow() {
     // The scale fits the window alone, whatever was drawn before.
     m_y_auto.Reset();
-    MTRACE(4, "CheckYScaleValue(): --- starting");
+    MTRACE(4, draw_texts::kCheckingYScale);
     const ScaleDefinition before = m_y_scale;
     const bool checked = m_y_auto.Check(m_y_scale, ToExtremes(m_curve.FiniteExtremes()),
                                         m_curve.MaxPoints(), [] { return Extremes(); });
@@ -166,15 +164,13 @@ void LinesDrawAxis::FitScaleToWindow() {
     if (checked && m_y_scale != before) {
         ApplyScaleChange(m_y_mapping, m_y_scale);
     }
-    MTRACE(4, "CheckYScaleValue(): --- leaving");
+    MTRACE(4, draw_texts::kYScaleChecked);
 }
 
 void LinesDrawAxis::DrawLinesXIsAx(const std::vector<double>& x_values,
                                    const std::vector<double>& y_values, PlotCanvas* canvas) {
     if (x_values.size() != y_values.size()) {
-        MERRLOG(
-            "LinesDrawAxis::DrawLinesXIsAx(): number of values x-coor. and number of values "
-            "y-coor. are not equal");
+        MERRLOG(draw_texts::kUnequalValueCounts);
     } else {
         for (std::size_t i = 0; i < x_values.size(); ++i) {
             m_points.Add(MakePoint(x_values[i], y_values[i]));
@@ -210,21 +206,21 @@ void LinesDrawAxis::ApplyScaleChange(AxisMapping& mapping, const ScaleDefinition
 }
 
 void LinesDrawAxis::CheckXScaleValue(const std::vector<double>& x_values) {
-    MTRACE(4, "CheckXScaleValue(): --- starting");
+    MTRACE(4, draw_texts::kCheckingXScale);
     const auto held = [this] { return HeldExtremes(&LinePoint::x_value); };
     if (m_x_auto.Check(m_x_scale, ExtremesOf(x_values), MaxPoints(), held)) {
         ApplyScaleChange(m_x_mapping, m_x_scale);
     }
-    MTRACE(4, "CheckXScaleValue(): --- leaving");
+    MTRACE(4, draw_texts::kXScaleChecked);
 }
 
 void LinesDrawAxis::CheckYScaleValue(const std::vector<double>& y_values) {
-    MTRACE(4, "CheckYScaleValue(): --- starting");
+    MTRACE(4, draw_texts::kCheckingYScale);
     const auto held = [this] { return HeldExtremes(&LinePoint::y_value); };
     if (m_y_auto.Check(m_y_scale, ExtremesOf(y_values), MaxPoints(), held)) {
         ApplyScaleChange(m_y_mapping, m_y_scale);
     }
-    MTRACE(4, "CheckYScaleValue(): --- leaving");
+    MTRACE(4, draw_texts::kYScaleChecked);
 }
 
 QColor LinesDrawAxis::DrawColor(ColorRef color) const {
@@ -232,7 +228,7 @@ QColor LinesDrawAxis::DrawColor(ColorRef color) const {
 }
 
 void LinesDrawAxis::DrawAllLinesXIsTime(ColorRef color, PlotCanvas* canvas) {
-    MTRACE(4, "DrawAllLinesXIsTime(): --- starting");
+    MTRACE(4, draw_texts::kDrawingOverTime);
     if (canvas != nullptr && m_curve.Size() >= 2 &&
         m_shape.Update(m_curve, m_x_mapping, m_y_mapping, m_plot, m_settings.cycle_time)) {
         const QColor drawn = DrawColor(color);
@@ -243,7 +239,7 @@ void LinesDrawAxis::DrawAllLinesXIsTime(ColorRef color, PlotCanvas* canvas) {
                         m_shape.Version());
         }
     }
-    MTRACE(4, "DrawAllLinesXIsTime(): --- leaving");
+    MTRACE(4, draw_texts::kDrawnOverTime);
 }
 
 QRect LinesDrawAxis::DrawSegments(QImage& picture, const QColor& color) const {
@@ -268,13 +264,13 @@ QRect LinesDrawAxis::DrawSegments(QImage& picture, const QColor& color) const {
 }
 
 void LinesDrawAxis::DrawAllLinesXIsAx(ColorRef color, PlotCanvas* canvas) {
-    MTRACE(4, "DrawAllLinesXIsAx(): --- starting");
+    MTRACE(4, draw_texts::kDrawingOverAxis);
     if (canvas != nullptr && m_points.Size() >= 2) {
         const QColor drawn = DrawColor(color);
         canvas->Add([this, drawn](QImage& picture) { return DrawOverAxis(picture, drawn); },
                     m_changes);
     }
-    MTRACE(4, "DrawAllLines(): --- leaving");
+    MTRACE(4, draw_texts::kDrawnOverAxis);
 }
 
 QRect LinesDrawAxis::DrawOverAxis(QImage& picture, const QColor& color) {

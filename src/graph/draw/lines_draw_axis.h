@@ -133,7 +133,6 @@ class LinesDrawAxis {
     void GetYValues(std::vector<double>& out) const;
     void GetXValues(std::vector<double>& out) const;
 
-    [[nodiscard]] const std::string& AxisName() const { return m_settings.axis_name; }
     [[nodiscard]] std::int32_t Derivation() const { return m_settings.derivation; }
     /// The user's colour.
     [[nodiscard]] ColorRef Color() const { return m_settings.color; }

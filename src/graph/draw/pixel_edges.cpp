@@ -1,6 +1,5 @@
 #include "graph/draw/pixel_edges.h"
 
-#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>

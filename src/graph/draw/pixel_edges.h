@@ -73,10 +73,7 @@ class StepColumns {
     /// `step` in seconds; steps from `most` on are of no interest. REQUIRES: step > 0.
     void Find(const PixelEdges& columns, double step, std::uint64_t most);
 
-    /// First step of a column; column 0 to the number of columns, where it is `most`.
-    [[nodiscard]] std::uint64_t FirstStep(std::int32_t column) const {
-        return m_first[static_cast<std::size_t>(column)];
-    }
+    /// First step of each column, columns + 1 entries; the last one is `most`.
     [[nodiscard]] const std::vector<std::uint64_t>& FirstSteps() const { return m_first; }
 
  private:

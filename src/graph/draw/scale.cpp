@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "graph/draw/report_texts.h"
 #include "support/diagnostics.h"
 
 namespace wavo {
@@ -31,11 +32,11 @@ ScaleRange GraphDefineGetMinMaxValue(const ScaleDefinition& scale) {
         return {0.0, scale.TimeRange};
     }
     if (scale.ScaleType != ScaleTypeCode::kAxis) {
-        MERRLOG("GraphDefineGetMinMaxValue(): invalid ScaleType");
+        MERRLOG(draw_texts::kBadScaleType);
         return {};
     }
     if (scale.ScaleAx != ScaleAxCode::kAutomatic && scale.ScaleAx != ScaleAxCode::kManual) {
-        MERRLOG("GraphDefineGetMinMaxValue(): invalid ScaleAx");
+        MERRLOG(draw_texts::kBadScaleAx);
         return {};
     }
     return {scale.Minimum, scale.Maximum};

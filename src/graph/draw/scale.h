@@ -57,8 +57,6 @@ class AutoScale {
     /// Forgets all values, as when the curve is emptied.
     void Reset() { *this = AutoScale(); }
 
-    [[nodiscard]] const Extremes& Running() const { return m_running; }
-
  private:
     Extremes m_running;
     std::uint64_t m_drawn = 0;  ///< since the scale last could shrink

@@ -1,7 +1,5 @@
 #include "graph/draw/shortened_text.h"
 
-#include <algorithm>
-
 namespace wavo {
 
 namespace {

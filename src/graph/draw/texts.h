@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <string>
 
-#include "graph/draw/scale.h"
 #include "graph/model/wavo_graph.h"
 
 namespace wavo {

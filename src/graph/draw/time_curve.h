@@ -15,7 +15,6 @@
 //    gap.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <span>

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <optional>
-#include <string_view>
 #include <unordered_set>
 #include <utility>
 
+#include "graph/model/report_texts.h"
 #include "graph/model/stored_form.h"
 #include "support/diagnostics.h"
+#include "support/fault.h"
 #include "support/number_text.h"
 
 namespace wavo {
@@ -101,8 +102,7 @@ class GraphWriter {
     bool CheckYScales() {
         for (std::size_t i = 0; i < m_graph.YCoorAxName.size(); ++i) {
             if (ItemOf(m_graph.YScales, i).ScaleType != ScaleTypeCode::kAxis) {
-                MERRLOG("CAxSelect::GetGraphAsIniData(): invalid y-scale type [%s]",
-                        m_graph.YCoorAxName[i].c_str());
+                MERRLOG(model_texts::kBadYScaleType, m_graph.YCoorAxName[i].c_str());
                 m_stopped = true;
                 return false;
             }
@@ -182,23 +182,27 @@ std::vector<std::string> SplitList(std::string text) {
     return items;
 }
 
-/// Reads one graph from its section. Its steps return null, or what is wrong in the words for the
-/// error log and the user.
+MaybeFault FaultIf(bool is_wrong, const char* why) {
+    return is_wrong ? MaybeFault(Fault{why}) : std::nullopt;
+}
+
+/// Reads one graph from its section. Its steps return what is wrong, in the words for the error log
+/// and the user.
 class GraphReader {
  public:
     GraphReader(const MIniData& store, const std::string& section, WavoGraph& graph)
         : m_store(store), m_section(section), m_graph(graph) {}
 
-    const char* Read(double min_fade_out_time) {
+    MaybeFault Read(double min_fade_out_time) {
         ReadModes();
-        if (const char* const error = ReadYAxes()) {
-            return error;
+        if (MaybeFault fault = ReadYAxes()) {
+            return fault;
         }
-        if (const char* const error = ReadXScale()) {
-            return error;
+        if (MaybeFault fault = ReadXScale()) {
+            return fault;
         }
-        if (const char* const error = ReadYScales()) {
-            return error;
+        if (MaybeFault fault = ReadYScales()) {
+            return fault;
         }
         KeepOneYAxisOverAnAxis();
         m_graph.InnerGuidingCircleDX = Radius("InnerGuidingCircleDX");
@@ -207,7 +211,7 @@ class GraphReader {
             m_graph.FadeOutTime = std::max(*time, min_fade_out_time);
         }
         m_graph.UpdateGuidingCircles();
-        return nullptr;
+        return std::nullopt;
     }
 
  private:
@@ -222,16 +226,16 @@ class GraphReader {
         }
     }
 
-    const char* ReadYAxes() {
+    MaybeFault ReadYAxes() {
         m_graph.YCoorAxName = List("YCoorAxName");
         const std::size_t axes = m_graph.YCoorAxName.size();
         const std::vector<std::string> colors = List("YCoorAxColor");
         if (colors.size() != axes) {
-            return "invalid number of colors";
+            return Fault{model_texts::kColorCount};
         }
         const std::vector<std::string> derivations = List("YCoorAxDerivation");
         if (derivations.size() != axes) {
-            return "invalid number of derivations";
+            return Fault{model_texts::kDerivationCount};
         }
         for (std::size_t i = 0; i < axes; ++i) {
             m_graph.YCoorAxColor.push_back(ReadUnsigned(colors[i]) & kColorMask);
@@ -241,14 +245,14 @@ class GraphReader {
         return ReadTriggers();
     }
 
-    const char* ReadTriggers() {
+    MaybeFault ReadTriggers() {
         const std::size_t axes = m_graph.YCoorAxName.size();
         const std::vector<std::string> values = List("TriggerValue");
         const std::vector<std::string> types = List("TriggerType");
         // Files from before there were triggers have neither list.
         const bool without_triggers = values.empty() && types.empty();
         if (!without_triggers && (values.size() != axes || types.size() != axes)) {
-            return "invalid number of trigger types or trigger values";
+            return Fault{model_texts::kTriggerCount};
         }
         for (std::size_t i = 0; i < axes; ++i) {
             TriggerEntry trigger{TriggerTypeCode::kNone, 0.0, m_graph.YCoorAxName[i]};
@@ -258,35 +262,33 @@ class GraphReader {
             }
             m_graph.Triggers.push_back(std::move(trigger));
         }
-        return nullptr;
+        return std::nullopt;
     }
 
-    const char* ReadXScale() {
+    MaybeFault ReadXScale() {
         ScaleDefinition& scale = m_graph.XScale;
         switch (Integer("XScaleType")) {
             case CodeOf(ScaleTypeCode::kTime):
                 scale.ScaleType = ScaleTypeCode::kTime;
                 scale.TimeRange = ReadDouble(Text("XScaleTime"));
-                return scale.TimeRange < kMinTimeRange ? "invalid time range XCoor" : nullptr;
+                return FaultIf(scale.TimeRange < kMinTimeRange, model_texts::kXTimeRange);
             case CodeOf(ScaleTypeCode::kAxis):
                 scale.ScaleType = ScaleTypeCode::kAxis;
                 break;
             default:
-                return "invalid XScaleType";
+                return Fault{model_texts::kXScaleType};
         }
         switch (Integer("XScaleAxType")) {
             case CodeOf(ScaleAxCode::kAutomatic):
                 scale.ScaleAx = ScaleAxCode::kAutomatic;
-                return nullptr;
+                return std::nullopt;
             case CodeOf(ScaleAxCode::kManual):
                 scale.ScaleAx = ScaleAxCode::kManual;
                 scale.Maximum = ReadDouble(Text("XScaleAxMax"));
                 scale.Minimum = ReadDouble(Text("XScaleAxMin"));
-                return scale.Maximum < scale.Minimum
-                           ? "invalid min. or max., XScaleAxMax or XScaleAxMin"
-                           : nullptr;
+                return FaultIf(scale.Maximum < scale.Minimum, model_texts::kXBounds);
             default:
-                return "invalid XScaleType";
+                return Fault{model_texts::kXScaleType};
         }
     }
 
@@ -298,42 +300,42 @@ class GraphReader {
         std::vector<std::string> minimum;
     };
 
-    const char* ReadYScales() {
+    MaybeFault ReadYScales() {
         const std::size_t axes = m_graph.YCoorAxName.size();
         const YScaleLists lists{List("YScaleType"), List("YScaleAxType"), List("YScaleAxMax"),
                                 List("YScaleAxMin")};
         if (lists.type.size() != axes) {
-            return "invalid number of YScaleType";
+            return Fault{model_texts::kYScaleTypeCount};
         }
         if (lists.ax_type.size() != axes) {
-            return "invalid number of YScaleAxType";
+            return Fault{model_texts::kYScaleAxTypeCount};
         }
         if (lists.maximum.size() != axes) {
-            return "invalid number of YScaleAxMax";
+            return Fault{model_texts::kYMaximumCount};
         }
         if (lists.minimum.size() != axes) {
-            return "invalid number of YScaleAxMin";
+            return Fault{model_texts::kYMinimumCount};
         }
         for (std::size_t i = 0; i < axes; ++i) {
             ScaleDefinition& scale = m_graph.YScales.emplace_back();
-            if (const char* const error = ReadYScale(lists, i, scale)) {
-                return error;
+            if (MaybeFault fault = ReadYScale(lists, i, scale)) {
+                return fault;
             }
         }
-        return nullptr;
+        return std::nullopt;
     }
 
-    const char* ReadYScale(const YScaleLists& lists, std::size_t i, ScaleDefinition& scale) {
+    MaybeFault ReadYScale(const YScaleLists& lists, std::size_t i, ScaleDefinition& scale) {
         switch (ReadInteger(lists.type[i])) {
             case CodeOf(ScaleTypeCode::kTime):
                 scale.ScaleType = ScaleTypeCode::kTime;
                 scale.TimeRange = ReadDouble(Text("YScaleTime"));
-                return scale.TimeRange < kMinTimeRange ? "invalid time range YCoor" : nullptr;
+                return FaultIf(scale.TimeRange < kMinTimeRange, model_texts::kYTimeRange);
             case CodeOf(ScaleTypeCode::kAxis):
                 scale.ScaleType = ScaleTypeCode::kAxis;
                 break;
             default:
-                return "invalid YScaleType";
+                return Fault{model_texts::kYScaleType};
         }
         // Without bounds that are meant, the scale finds its own.
         scale.ScaleAx = ScaleAxCode::kAutomatic;
@@ -342,17 +344,14 @@ class GraphReader {
             scale.Maximum = ReadDouble(lists.maximum[i]);
             scale.Minimum = ReadDouble(lists.minimum[i]);
         }
-        return scale.Maximum < scale.Minimum ? "invalid min. or max., YScaleAxMax or YScaleAxMin"
-                                             : nullptr;
+        return FaultIf(scale.Maximum < scale.Minimum, model_texts::kYBounds);
     }
 
     void KeepOneYAxisOverAnAxis() {
         if (m_graph.XCoorType != CoorType::kAxis || m_graph.YCoorAxName.size() <= 1) {
             return;
         }
-        MERRLOG(
-            "CreateGraphsFromIniData(): only one axis on y-coor. is allowed "
-            "(x-coor.is an axis value). using first axis");
+        MERRLOG(model_texts::kOneYAxisAllowed);
         m_graph.YCoorAxName.resize(1);
         m_graph.YCoorAxColor.resize(1);
         m_graph.YCoorAxDerivation.resize(1);
@@ -435,9 +434,9 @@ bool CreateGraphsFromIniData(const MIniData& store, std::vector<WavoGraph>& grap
             }
             continue;
         }
-        if (const char* const error = GraphReader(store, section, graph).Read(min_fade_out_time)) {
-            MERRLOG("CAxSelect::CreateGraphsFromIniData(): %s", error);
-            error_text = std::string(error) + ", graph [" + section + "]";
+        if (const MaybeFault fault = GraphReader(store, section, graph).Read(min_fade_out_time)) {
+            MERRLOG(model_texts::kGraphRefused, fault->text.c_str());
+            error_text = model_texts::RefusedGraph(fault->text, section);
             return false;
         }
         graphs.push_back(std::move(graph));

@@ -7,6 +7,7 @@
 #include <span>
 #include <utility>
 
+#include "graph/values/report_texts.h"
 #include "support/diagnostics.h"
 
 // Times and positions come from the very rounding of each single operation.
@@ -177,7 +178,7 @@ void GraphValue::KeepNewValue(double value) {
     const std::uint64_t new_count = NewCount();
     if (new_count > m_capacity) {
         CopyNewValuesAside();
-        MERRLOG("GraphValue::SetValue(): overrun last value fifo");
+        MERRLOG(values_texts::kNewValuesOverrun);
         return;
     }
     if (Full() && new_count == m_values.Size()) {
@@ -299,7 +300,7 @@ std::optional<SampleStretch> GraphValue::FindDefineTimeRange(double from, double
         m_range_result.clear();
     }
     if (to < 0.0 || from < 0.0 || to - from < 0.0) {
-        MERRLOG("GraphValue::GetDefineTimeRangeValue(): invalid time range");
+        MERRLOG(values_texts::kBadTimeRange);
         return std::nullopt;
     }
     const double count_exact = (to - from) / m_cycle_time;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "graph/values/report_texts.h"
+
 namespace wavo {
 
 namespace {
@@ -23,7 +25,7 @@ GraphValueRegistry::Result GraphValueRegistry::GetGraphValueFifo(const std::stri
         return {&m_values.emplace_back(name, cycle_time, time_range, derivation_order), nullptr};
     }
     if (std::fabs(found->CycleTime() - cycle_time) >= kCycleTimeTolerance) {
-        return {nullptr, "prg. eror can not work with different cycl. times"};
+        return {nullptr, values_texts::kOtherCycleTime};
     }
     if (found->TimeRange() >= time_range) {
         return {&*found, nullptr};

@@ -2,8 +2,6 @@
 
 #include <sys/socket.h>
 
-#include <algorithm>
-
 namespace wavo::platform {
 
 namespace {

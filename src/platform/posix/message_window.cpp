@@ -12,7 +12,9 @@
 
 namespace wavo::platform {
 
-std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::string* error) {
+// Only programs of one user meet here, and all have the same rights.
+std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::string* error,
+                                                     MessageNumbers /*from_anyone*/) {
     std::string reason;
     auto core = std::make_shared<WindowCore>(std::move(handler));
     if (!core->Open(&reason)) {

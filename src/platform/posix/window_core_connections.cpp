@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/last_error.h"
 #include "platform/posix/message_packet.h"
 #include "platform/posix/packet_socket.h"
 #include "platform/posix/window_core.h"

@@ -14,7 +14,6 @@
 
 #include "platform/core_window.h"
 #include "platform/last_error.h"
-#include "platform/process.h"
 #include "platform/win32/handle.h"
 #include "platform/win32/peer_watch.h"
 #include "platform/win32/termination.h"
@@ -33,9 +32,6 @@ constexpr DWORD kHighResolution = 0x00000002;
 /// The numbers that programs agree on between themselves.
 constexpr UINT kFirstNumber = WM_USER;
 constexpr UINT kLastNumber = WM_APP - 1;
-/// Those between masters and viewers, docs/master-protocol.md.
-constexpr UINT kFirstLinkNumber = 0x52C;
-constexpr UINT kLastLinkNumber = 0x530;
 /// Posted by us to ourselves: what was held back is to be handled now.
 constexpr UINT kDeliver = WM_APP + 1;
 /// How long a posted message makes room for input, painting and timers.
@@ -116,7 +112,7 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
  public:
     explicit WindowCore(MessageWindow::Handler handler) : m_handler(std::move(handler)) {}
 
-    bool Open(std::string* error);
+    bool Open(std::string* error, MessageNumbers from_anyone);
     void Close();
 
     [[nodiscard]] WindowHandle handle() const { return NumberOf(m_window); }
@@ -183,7 +179,7 @@ ATOM WindowCore::RegisterClassOnce() {
     return atom;
 }
 
-bool WindowCore::Open(std::string* error) {
+bool WindowCore::Open(std::string* error, MessageNumbers from_anyone) {
     if (RegisterClassOnce() != 0) {
         m_window = ::CreateWindowExW(0, kClassName, L"Wavo", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                                      ::GetModuleHandleW(nullptr), nullptr);
@@ -196,7 +192,7 @@ bool WindowCore::Open(std::string* error) {
     }
     ::SetWindowLongPtrW(m_window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     // Also from programs that run with fewer rights than this one.
-    for (UINT number = kFirstLinkNumber; number <= kLastLinkNumber; ++number) {
+    for (std::uint32_t number = from_anyone.first; number <= from_anyone.last; ++number) {
         ::ChangeWindowMessageFilterEx(m_window, number, MSGFLT_ALLOW, nullptr);
     }
     return true;
@@ -434,9 +430,10 @@ void WindowCore::Wait(std::chrono::nanoseconds timeout) {
 
 }  // namespace
 
-std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::string* error) {
+std::unique_ptr<MessageWindow> MessageWindow::Create(Handler handler, std::string* error,
+                                                     MessageNumbers from_anyone) {
     auto core = std::make_shared<WindowCore>(std::move(handler));
-    if (!core->Open(error)) {
+    if (!core->Open(error, from_anyone)) {
         return nullptr;
     }
     return std::make_unique<CoreWindow<WindowCore>>(std::move(core));

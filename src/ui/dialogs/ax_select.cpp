@@ -4,14 +4,13 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <algorithm>
 #include <utility>
 
-#include "support/diagnostics.h"
 #include "support/number_text.h"
 #include "ui/dialogs/color_field.h"
 #include "ui/dialogs/curve_palette.h"
 #include "ui/dialogs/message_boxes.h"
+#include "ui/dialogs/report_texts.h"
 #include "ui/dialogs/trigger_condition.h"
 
 namespace wavo {
@@ -338,7 +337,7 @@ void CAxSelect::DeleteGraph() {
 void CAxSelect::SaveValues() {
     const WavoGraph* const graph = Selected();
     if (graph == nullptr) {
-        ShowBox(this, {"Select a graph in the 'graph no.' input box", "graph not defined",
+        ShowBox(this, {dialog_texts::kNoGraphBox, dialog_texts::kNoGraphCaption,
                        BoxIcon::kExclamation, BoxButtons::kOk});
         return;
     }

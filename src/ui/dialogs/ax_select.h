@@ -9,8 +9,7 @@
 // 1. Without a selected graph no record is changed and no change announced.
 // 2. What the editor writes into its controls never counts as a change.
 // 3. What was not taken of a text does not stay when its edit is left. Bounds of a scale that is
-// not
-//    manual wait for a click on `manual`.
+//    not manual wait for a click on `manual`.
 // 4. No record is referred to across an event loop: a dialog's result goes to the graph that has
 //    the number then, if it still has that axis.
 #pragma once

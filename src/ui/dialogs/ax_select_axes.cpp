@@ -12,6 +12,7 @@
 #include "ui/dialogs/curve_palette.h"
 #include "ui/dialogs/graph_edits.h"
 #include "ui/dialogs/message_boxes.h"
+#include "ui/dialogs/report_texts.h"
 
 namespace wavo {
 
@@ -34,7 +35,7 @@ void CAxSelect::OnXIsTime() {
         if (graph.XCoorType == CoorType::kTime) {
             return false;
         }
-        MTRACE(1, "CAxSelect::OnBnClickedRadioXcoorTime(): graph data changed, x-coor.is time");
+        MTRACE(1, dialog_texts::kXIsTime);
         MakeXTime(graph);
         return true;
     });
@@ -50,21 +51,13 @@ void CAxSelect::OnXIsAxis() {
             return false;
         }
         if (graph.YCoorAxName.size() >= 2) {
-            MERRLOG(
-                "CAxSelect::OnBnClickedRadioXcoorAx(): only one axis on y-coor. is allowed "
-                "(x-coor.is an axis value). using first axis");
+            MERRLOG(dialog_texts::kOneYAxisAllowed);
         }
         const std::string name = Text(kXAxis);
         if (name.empty()) {
-            MTRACE(1,
-                   "CAxSelect::OnBnClickedRadioXcoorTime(): graph data changed, x-coor.is axis, no "
-                   "axis defined");
+            MTRACE(1, dialog_texts::kXIsNoAxis);
         } else {
-            // The time handler's name, as in the trace above.
-            MTRACE(1,
-                   "CAxSelect::OnBnClickedRadioXcoorTime(): graph data changed, x-coor.is axis "
-                   "[%s]",
-                   name.c_str());
+            MTRACE(1, dialog_texts::kXIsAxis, name.c_str());
         }
         MakeXAxis(graph, name, PlotSizeOf(graph));
         return true;
@@ -84,8 +77,7 @@ void CAxSelect::OnXAxis() {
             return false;
         }
         graph.XCoorAxName = name;
-        MTRACE(1, "CAxSelect::SetNewAxXCoor(): graph data changed, x-coor.is axis [%s]",
-               name.c_str());
+        MTRACE(1, dialog_texts::kNewXAxis, name.c_str());
         return true;
     });
 }
@@ -127,9 +119,7 @@ void CAxSelect::OnAddYAxis() {
             return false;
         }
         AddYAxis(graph, axis, m_limits == nullptr ? std::nullopt : m_limits->FindAxis(axis.name));
-        MTRACE(1,
-               "CAxSelect::OnBnClickedButtonYcoorAdd(): graph data changed, new y-coor. axis [%s]",
-               axis.name.c_str());
+        MTRACE(1, dialog_texts::kNewYAxis, axis.name.c_str());
         return true;
     });
     const WavoGraph* const graph = Selected();
@@ -145,7 +135,7 @@ void CAxSelect::TakeNextColor(const WavoGraph& graph) {
 
 void CAxSelect::OnDeleteYAxis() {
     if (Selected() == nullptr) {
-        MERRLOG("CAxSelect::EraseGraphData(): Graph data not found");
+        MERRLOG(dialog_texts::kGraphNotFound);
         return;
     }
     const bool removed = Change([this](WavoGraph& graph) {
@@ -155,8 +145,7 @@ void CAxSelect::OnDeleteYAxis() {
         }
         const std::string label = AxisLabel(graph.YCoorAxName[*axis], DerivationOf(graph, *axis));
         RemoveYAxis(graph, *axis);
-        MTRACE(1, "CAxSelect::OnBnClickedButtonYcoorDel(): graph data erased, axis [%s]",
-               label.c_str());
+        MTRACE(1, dialog_texts::kYAxisErased, label.c_str());
         return true;
     });
     if (removed) {
@@ -175,8 +164,7 @@ void CAxSelect::OnColor() {
         Change([this, color](WavoGraph& graph) {
             const std::optional<std::size_t> axis = ChosenAxis(graph);
             if (!axis.has_value()) {
-                MERRLOG("CAxSelect::OnLButtonDown(): graph data not found [%s]",
-                        Text(kYAxis).c_str());
+                MERRLOG(dialog_texts::kColoredGraphNotFound, Text(kYAxis).c_str());
                 m_color_index = -1;
                 return false;
             }
@@ -186,7 +174,7 @@ void CAxSelect::OnColor() {
             graph.YCoorAxColor[*axis] = color;
             m_color_index = static_cast<std::int32_t>(*axis);
             // Named like the removal of an axis.
-            MTRACE(1, "CAxSelect::OnBnClickedButtonYcoorDel(): graph data erased, axis [%s]",
+            MTRACE(1, dialog_texts::kYAxisErased,
                    AxisLabel(graph.YCoorAxName[*axis], DerivationOf(graph, *axis)).c_str());
             return true;
         });
@@ -214,8 +202,8 @@ void CAxSelect::OnTrigger() {
     WavoGraph copy = *now;
     SetTrigger(copy, *axis, trigger);
     if (MixesTriggers(copy)) {
-        ShowBox(this, {"It is not possible to define a start- and a stop-trigger in the same graph",
-                       "invalid trigger-conditions", BoxIcon::kExclamation, BoxButtons::kOk});
+        ShowBox(this, {dialog_texts::kMixedTriggersBox, dialog_texts::kMixedTriggersCaption,
+                       BoxIcon::kExclamation, BoxButtons::kOk});
         return;
     }
     m_graphs->Put(std::move(copy), GraphList::Telling::kSilent);

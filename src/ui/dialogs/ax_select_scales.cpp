@@ -6,6 +6,7 @@
 #include "support/number_text.h"
 #include "ui/dialogs/ax_select.h"
 #include "ui/dialogs/graph_edits.h"
+#include "ui/dialogs/report_texts.h"
 
 namespace wavo {
 
@@ -183,7 +184,7 @@ void CAxSelect::OnYAutomatic() {
         const std::optional<std::size_t> axis = ChosenAxis(graph);
         if (!axis.has_value() || *axis >= graph.YScales.size() ||
             graph.YScales[*axis].ScaleType != ScaleTypeCode::kAxis) {
-            MERRLOG("CAxSelect::OnBnClickedRadioYScaleAuto(): invalid y-coor. scale type");
+            MERRLOG(dialog_texts::kBadYScaleType);
             ShowAgain();
             return false;
         }
@@ -224,14 +225,10 @@ void CAxSelect::SetMode(GraphMode mode) {
         if (graph.Mode == mode) {
             return false;
         }
-        // Both name the handler of classic.
         if (mode == GraphMode::kClassic) {
-            MTRACE(1,
-                   "CAxSelect::OnBnClickedRadioModeClassic(): graph data changed, mode is classic");
+            MTRACE(1, dialog_texts::kModeClassic);
         } else {
-            MTRACE(1,
-                   "CAxSelect::OnBnClickedRadioModeClassic(): graph data changed, mode is "
-                   "continuity");
+            MTRACE(1, dialog_texts::kModeContinuity);
         }
         graph.Mode = mode;
         return true;
@@ -247,10 +244,9 @@ void CAxSelect::SetModeAx(AxisDrawMode mode) {
             return false;
         }
         if (mode == AxisDrawMode::kLines) {
-            MTRACE(1, "CAxSelect::OnBnClickedRadioModeLines(): graph data changed, mode is lines");
+            MTRACE(1, dialog_texts::kModeLines);
         } else {
-            MTRACE(1,
-                   "CAxSelect::OnBnClickedRadioModePoints(): graph data changed, mode is points");
+            MTRACE(1, dialog_texts::kModePoints);
         }
         graph.ModeAx = mode;
         return true;

@@ -1,13 +1,12 @@
 // Showing: every control from the record of a graph.
 #include <QComboBox>
-#include <algorithm>
 
 #include "graph/draw/display_settings.h"
 #include "support/diagnostics.h"
-#include "support/number_text.h"
 #include "ui/dialogs/ax_select.h"
 #include "ui/dialogs/color_field.h"
 #include "ui/dialogs/graph_edits.h"
+#include "ui/dialogs/report_texts.h"
 
 namespace wavo {
 
@@ -16,7 +15,7 @@ using enum EditorControl;
 bool CAxSelect::SetWindowData(std::uint32_t graph_number, std::size_t axis) {
     const WavoGraph* const graph = Find(graph_number);
     if (graph == nullptr) {
-        MERRLOG("CAxSelect::SetWindowData(): unknow graph-id: %u", graph_number);
+        MERRLOG(dialog_texts::kUnknownGraph, graph_number);
         return false;
     }
     Show(*graph, axis);
@@ -116,7 +115,7 @@ void CAxSelect::DisplayScaleAx(const ScaleDefinition& scale, EditorControl autom
                                EditorControl manual, EditorControl minimum, EditorControl maximum) {
     const bool is_axis = scale.ScaleType == ScaleTypeCode::kAxis;
     if (!is_axis && scale.ScaleType != ScaleTypeCode::kTime) {
-        MERRLOG("CAxSelect::DisplayScaleAx(): invalid scale type");
+        MERRLOG(dialog_texts::kBadScaleType);
     }
     SetChecked(automatic, is_axis && scale.ScaleAx == ScaleAxCode::kAutomatic);
     SetChecked(manual, is_axis && scale.ScaleAx == ScaleAxCode::kManual);

@@ -1,10 +1,9 @@
 // Colours for new curves: twelve that differ for users who see colours in any way, taken in turn.
 #pragma once
 
-#include <array>
 #include <span>
 
-#include "graph/model/wavo_graph.h"
+#include "support/color_ref.h"
 
 namespace wavo {
 

@@ -38,10 +38,9 @@ std::optional<std::string> AskForFile(QWidget* parent, const FileQuestion& quest
     if (CurrentFileHandler()) {
         return CurrentFileHandler()(question);
     }
-    const bool is_saving = question.purpose == FileQuestion::Purpose::kSave;
     QFileDialog dialog(parent);
-    dialog.setAcceptMode(is_saving ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-    dialog.setFileMode(is_saving ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     KeepOneLineInEdits(dialog);
     dialog.setDefaultSuffix(QString::fromStdString(question.default_extension));

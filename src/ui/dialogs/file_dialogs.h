@@ -1,5 +1,5 @@
-// The dialogs that ask for a file. All of them go through here, so that tests can answer and check
-// them.
+// The dialog that asks for a file to save values to. It goes through here, so that tests can answer
+// and check it.
 #pragma once
 
 #include <functional>
@@ -20,10 +20,8 @@ struct FileFilter {
     friend bool operator==(const FileFilter&, const FileFilter&) = default;
 };
 
-/// What a dialog asks. Texts are UTF-8.
+/// What the dialog asks. Texts are UTF-8.
 struct FileQuestion {
-    enum class Purpose { kOpen, kSave };
-    Purpose purpose = Purpose::kOpen;
     std::string default_extension;  ///< of a name that is typed without one; no point
     std::string initial_path;
     std::vector<FileFilter> filters;
@@ -31,9 +29,9 @@ struct FileQuestion {
     friend bool operator==(const FileQuestion&, const FileQuestion&) = default;
 };
 
-/// Asks for a file over `parent` and waits; messages are handled meanwhile. Returns the absolute
-/// path, nothing when the dialog was left without one. A file that is there already is no reason to
-/// ask: who saves does that.
+/// Asks for a file to save to over `parent` and waits; messages are handled meanwhile. Returns the
+/// absolute path, nothing when the dialog was left without one. A file that is there already is no
+/// reason to ask: who saves does that.
 std::optional<std::string> AskForFile(QWidget* parent, const FileQuestion& question);
 
 /// Gives the columns of a dialog of the toolkit's own the widths that their texts need, and the

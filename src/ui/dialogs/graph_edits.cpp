@@ -5,6 +5,7 @@
 
 #include "link/axis_capabilities.h"
 #include "support/diagnostics.h"
+#include "ui/dialogs/report_texts.h"
 
 namespace wavo {
 
@@ -158,10 +159,10 @@ void AddYAxis(WavoGraph& graph, const YAxisToAdd& axis,
 
 void RemoveYAxis(WavoGraph& graph, std::size_t axis) {
     if (axis >= graph.YCoorAxColor.size()) {
-        MERRLOG("CAxSelect::EraseGraphData(): size of GraphData.YCoorAxColor not valid");
+        MERRLOG(dialog_texts::kColorMissing);
     }
     if (axis >= graph.YCoorAxDerivation.size()) {
-        MERRLOG("CAxSelect::EraseGraphData(): size of GraphData.Derivation not valid");
+        MERRLOG(dialog_texts::kDerivationMissing);
     }
     Erase(graph.YCoorAxName, axis);
     Erase(graph.YCoorAxColor, axis);

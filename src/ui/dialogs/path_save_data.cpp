@@ -15,6 +15,7 @@
 #include "ui/dialogs/file_dialogs.h"
 #include "ui/dialogs/line_edits.h"
 #include "ui/dialogs/message_boxes.h"
+#include "ui/dialogs/report_texts.h"
 
 namespace wavo {
 
@@ -64,7 +65,7 @@ QString Joined(const std::vector<std::string>& names) {
 
 /// Asks whether a file may be replaced.
 bool MayReplace(QWidget* parent, const std::string& path) {
-    return ShowBox(parent, {"file " + path + " already exist, override ?", "file exist",
+    return ShowBox(parent, {dialog_texts::FileExistsBox(path), dialog_texts::kFileExistsCaption,
                             BoxIcon::kExclamation, BoxButtons::kOkCancel}) == BoxAnswer::kOk;
 }
 
@@ -123,8 +124,7 @@ void PathSaveData::accept() {
 
 void PathSaveData::ChoosePath() {
     const std::optional<std::string> path =
-        AskForFile(this, {FileQuestion::Purpose::kSave,
-                          "txt",
+        AskForFile(this, {"txt",
                           m_path_edit->text().toStdString(),
                           {{"Data Files", "*.txt"}, {"All Files", "*.*"}}});
     if (!path.has_value()) {

@@ -8,7 +8,6 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 #include <array>
-#include <string>
 
 #include "support/number_text.h"
 #include "ui/dialogs/controls.h"

@@ -11,7 +11,6 @@
 #include <QString>
 #include <map>
 #include <set>
-#include <span>
 #include <vector>
 
 #include "view/command_ids.h"

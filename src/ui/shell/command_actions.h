@@ -8,7 +8,6 @@
 #include <map>
 #include <vector>
 
-#include "ui/shell/bar_setup.h"
 #include "ui/shell/commands.h"
 
 namespace wavo {

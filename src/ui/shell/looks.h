@@ -6,7 +6,6 @@
 // 3. Bars and windows of a look are both light or both dark, so that icons show on either.
 #pragma once
 
-#include <QColor>
 #include <QPalette>
 #include <span>
 

@@ -8,10 +8,8 @@
 #pragma once
 
 #include <QMainWindow>
-#include <memory>
-#include <string>
 
-#include "session/acquisition.h"
+#include "session/session_observer.h"
 #include "ui/shell/bar_setup.h"
 #include "ui/shell/command_actions.h"
 #include "ui/shell/frame_menus.h"

@@ -16,6 +16,7 @@
 #include "ui/dialogs/message_boxes.h"
 #include "ui/shell/command_icons.h"
 #include "ui/shell/main_frame.h"
+#include "ui/shell/report_texts.h"
 #include "ui/shell/screen_fit.h"
 #include "view/wavo_view.h"
 
@@ -53,7 +54,7 @@ void CWavoApp::ShowInBox(const LastWords& words) {
 }
 
 void CWavoApp::InitInstance(const AppOptions& options) {
-    MTRACE(4, "CWavoApp::InitInstance(): starting");
+    MTRACE(4, shell_texts::kStarting);
     StartLogs();
     // A picture shows the same on every machine: nothing is remembered for it.
     if (options.screenshot.isEmpty()) {
@@ -80,7 +81,7 @@ void CWavoApp::InitInstance(const AppOptions& options) {
         [this, name = options.graph_file] {
             m_graph_file = FindGraphFile(name, m_frame.get());
             m_frame->View().OnInitialUpdate(m_graph_file);
-            MTRACE(4, "CWavoApp::InitInstance(): done");
+            MTRACE(4, shell_texts::kStarted);
         },
         Qt::QueuedConnection);
 }
@@ -97,7 +98,7 @@ std::string CWavoApp::FindGraphFile(const QString& name, QWidget* parent) {
                 QFileInfo(QString::fromStdString(path)).absoluteFilePath().toStdString());
         }
     }
-    ShowErrorBox(parent, "Can not open file [" + name.toStdString() + "], not exist");
+    ShowErrorBox(parent, shell_texts::NoGraphFileBox(name.toStdString()));
     return {};
 }
 

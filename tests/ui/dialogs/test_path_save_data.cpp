@@ -155,10 +155,8 @@ TEST_F(PathOfValues, TheButtonAsksForAFileToSaveBeginningWithTheEdit) {
     m_chosen = m_folder.File("new.txt");
     Click(PathSaveDataId::kBrowse);
     EXPECT_THAT(m_questions,
-                ElementsAre(FileQuestion{FileQuestion::Purpose::kSave,
-                                         "txt",
-                                         "/data/typed.txt",
-                                         {{"Data Files", "*.txt"}, {"All Files", "*.*"}}}));
+                ElementsAre(FileQuestion{
+                    "txt", "/data/typed.txt", {{"Data Files", "*.txt"}, {"All Files", "*.*"}}}));
     EXPECT_EQ(Text(), m_folder.File("new.txt"));
     EXPECT_THAT(m_boxes, IsEmpty());
     EXPECT_TRUE(m_dialog.isVisible());

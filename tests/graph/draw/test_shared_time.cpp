@@ -27,14 +27,14 @@ using testing::ExpectAnyErrorLog;
 using testing::ManualScale;
 using testing::TimeGraph;
 
-constexpr double kCycle = 0.25;
+constexpr double kSharedCycle = 0.25;
 
 /// Streams that get lines of the master as the view hands them out, and a graph of some of them.
 /// The sample of stream s of line n is 1000 s + n.
 class Master {
  public:
     GraphValue& Add(double range, std::int32_t derivation = 0) {
-        return streams.emplace_back("S" + std::to_string(streams.size()), kCycle, range,
+        return streams.emplace_back("S" + std::to_string(streams.size()), kSharedCycle, range,
                                     derivation);
     }
 
@@ -49,7 +49,7 @@ class Master {
             shown.y.pop_back();
         }
         draw = std::make_unique<GraphDraw>(QRect(0, 0, 400, 200), graph, host,
-                                           GraphDisplaySettings{}, kCycle, 5, 3, shown);
+                                           GraphDisplaySettings{}, kSharedCycle, 5, 3, shown);
         Step();
     }
 
@@ -108,7 +108,7 @@ std::string Text(const std::vector<double>& values) {
 std::string Times(const LinesDrawAxis& line) {
     std::string text;
     for (std::size_t place = 0; place < line.Size(); ++place) {
-        text += std::to_string(std::lround(line.Point(place).x_value / kCycle)) + " ";
+        text += std::to_string(std::lround(line.Point(place).x_value / kSharedCycle)) + " ";
     }
     return text;
 }
@@ -353,7 +353,7 @@ class Life {
                 }
                 break;
             case 1:
-                value.GrowTimeRange(value.TimeRange() + kCycle);
+                value.GrowTimeRange(value.TimeRange() + kSharedCycle);
                 Rebuild();
                 break;
             case 2:
@@ -363,8 +363,8 @@ class Life {
                 m_master.draw->RestoreZoom(ZoomState{});
                 break;
             case 4:
-                m_master.draw->SetZoomRange(0.5,
-                                            0.5 + kCycle * static_cast<double>(Below(9)) + 0.1);
+                m_master.draw->SetZoomRange(
+                    0.5, 0.5 + kSharedCycle * static_cast<double>(Below(9)) + 0.1);
                 break;
             default:
                 m_master.Give(static_cast<std::int64_t>(Below(7)));
@@ -402,7 +402,7 @@ class Life {
 
  private:
     std::size_t Below(std::size_t end) { return m_random() % end; }
-    double Range() { return 2.0 + kCycle * static_cast<double>(Below(30)); }
+    double Range() { return 2.0 + kSharedCycle * static_cast<double>(Below(30)); }
     void Rebuild() {
         for (GraphValue& value : m_master.streams) {
             value.SetEnabled(true);

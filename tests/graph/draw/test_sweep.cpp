@@ -20,14 +20,14 @@ using testing::Ramp;
 using testing::Scope;
 using testing::TimeGraph;
 
-constexpr double kCycle = 0.25;
+constexpr double kSweepCycle = 0.25;
 
 /// 9 points of a sweep over 8 steps: the newest three at steps 1 to 3, the older ones from 3 on.
 const std::vector<CurveRun> kWrapped{{0, 6, 3, false}, {6, 3, 1, false}};
 
 void ExpectStretch(const std::vector<CurveRun>& runs, const TimeWindow& marked,
                    const TimeWindow& expected) {
-    const std::optional<TimeWindow> stretch = StretchOfPlaces(runs, kCycle, marked);
+    const std::optional<TimeWindow> stretch = StretchOfPlaces(runs, kSweepCycle, marked);
     ASSERT_TRUE(stretch.has_value());
     EXPECT_NEAR(stretch->start, expected.start, 1e-6);
     EXPECT_NEAR(stretch->end, expected.end, 1e-6);
@@ -35,11 +35,11 @@ void ExpectStretch(const std::vector<CurveRun>& runs, const TimeWindow& marked,
 
 TEST(StretchOfPlaces, OfASweepThatHasNotWrappedIsTheMark) {
     const std::vector<CurveRun> first{{0, 5, 0, false}};
-    EXPECT_EQ(StretchOfPlaces(first, kCycle, {0.3, 0.7}), (TimeWindow{0.3, 0.7}));
-    EXPECT_EQ(StretchOfPlaces(first, kCycle, {0.3, 2.0}), (TimeWindow{0.3, 2.0}))
+    EXPECT_EQ(StretchOfPlaces(first, kSweepCycle, {0.3, 0.7}), (TimeWindow{0.3, 0.7}));
+    EXPECT_EQ(StretchOfPlaces(first, kSweepCycle, {0.3, 2.0}), (TimeWindow{0.3, 2.0}))
         << "beyond the newest sample";
-    EXPECT_FALSE(StretchOfPlaces(first, kCycle, {1.5, 2.0}).has_value());
-    EXPECT_FALSE(StretchOfPlaces({}, kCycle, {0.0, 2.0}).has_value());
+    EXPECT_FALSE(StretchOfPlaces(first, kSweepCycle, {1.5, 2.0}).has_value());
+    EXPECT_FALSE(StretchOfPlaces({}, kSweepCycle, {0.0, 2.0}).has_value());
 }
 
 TEST(StretchOfPlaces, OnTheLeftOfTheGapIsThatOfTheNewestSamples) {
@@ -127,7 +127,7 @@ TEST(SweptZoom, AcrossTheGapTakesTheLongerSide) {
 TEST(SweptZoom, OfARecordingShowsTheMarkedSamples) {
     WavoGraph graph = Classic(2.0);
     graph.Triggers[0] = {TriggerTypeCode::kStartAbove, 50.0, "X"};
-    Scope scope(graph, kCycle, QRect(0, 0, 400, 200), 20.0);
+    Scope scope(graph, kSweepCycle, QRect(0, 0, 400, 200), 20.0);
     scope.Feed({Ramp(60, 4)});  // the range begins to count behind these
     scope.Feed({Ramp(64, 8)});
     ASSERT_EQ(scope.draw->State(), RunState::kStoppedAfterStart);
@@ -152,13 +152,14 @@ TEST(SweptZoom, ShowsTheMarkedSamplesWhateverTheSweepHasDone) {
     const auto below = [&random](std::size_t end) { return random() % end; };
     int zooms = 0;
     for (int round = 0; round < 3000; ++round) {
-        const double range = kCycle * static_cast<double>(4 + below(30)) + (round % 3) * 0.0625;
+        const double range =
+            kSweepCycle * static_cast<double>(4 + below(30)) + (round % 3) * 0.0625;
         const bool longer = below(2) == 0;
         WavoGraph graph = Classic(range);
         if (below(4) == 0) {
             graph.Triggers[0] = {TriggerTypeCode::kStartAbove, -1.0, "X"};
         }
-        Scope scope(graph, kCycle, QRect(0, 0, 200, 100), longer ? 3.0 * range : 0.0);
+        Scope scope(graph, kSweepCycle, QRect(0, 0, 200, 100), longer ? 3.0 * range : 0.0);
         double next = 0.0;
         for (std::size_t batches = below(30); batches > 0; --batches) {
             const int count = static_cast<int>(below(5));
@@ -170,18 +171,18 @@ TEST(SweptZoom, ShowsTheMarkedSamplesWhateverTheSweepHasDone) {
         marked.end = marked.start + static_cast<double>(below(1000)) / 1000.0 * range;
         marked.end = std::min(marked.end, range);
         const TimeWindow span = scope.draw->ZoomSpanOf(marked);
-        if (marked.end - marked.start < kCycle || span.end - span.start < kCycle) {
+        if (marked.end - marked.start < kSweepCycle || span.end - span.start < kSweepCycle) {
             continue;
         }
         ++zooms;
         const bool wrapped = scope.Line().Runs().size() > 1;
         std::vector<double> at_places =
-            SamplesAt(scope, {marked.start - kCycle, marked.end + kCycle});
+            SamplesAt(scope, {marked.start - kSweepCycle, marked.end + kSweepCycle});
         Zoom(scope, marked);
         const std::vector<double> shown = scope.Shown();
         for (std::size_t i = 0; i < shown.size(); ++i) {
             // At the left border stands, as far as it can be seen, the last sample of a sweep.
-            const bool at_border = i == 0 && marked.start < kCycle;
+            const bool at_border = i == 0 && marked.start < kSweepCycle;
             EXPECT_TRUE(at_border || std::count(at_places.begin(), at_places.end(), shown[i]) > 0)
                 << "round " << round << ": " << shown[i] << " was not marked: " << marked.start
                 << " to " << marked.end << " of " << range << " s, " << next << " lines";
@@ -190,7 +191,7 @@ TEST(SweptZoom, ShowsTheMarkedSamplesWhateverTheSweepHasDone) {
         // Of a side of the gap all that was marked, but for the sample that the buffer has dropped.
         const double length = span.end - span.start;
         if (wrapped) {
-            EXPECT_GE(static_cast<double>(shown.size()) + 2.001, length / kCycle)
+            EXPECT_GE(static_cast<double>(shown.size()) + 2.001, length / kSweepCycle)
                 << "round " << round;
         }
         ASSERT_FALSE(::testing::Test::HasFailure());

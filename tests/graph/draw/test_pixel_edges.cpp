@@ -144,8 +144,8 @@ TEST(StepColumns, PutEachPlaceWhereTheMappingPutsIt) {
             StepColumns columns;
             columns.Find(edges, step, 1201);
             ASSERT_EQ(columns.FirstSteps().size(), 98U);
-            ASSERT_EQ(columns.FirstStep(0), 0U);
-            ASSERT_EQ(columns.FirstStep(97), 1201U);
+            ASSERT_EQ(columns.FirstSteps()[0], 0U);
+            ASSERT_EQ(columns.FirstSteps()[97], 1201U);
             for (std::uint64_t k = 0; k < 1200; ++k) {
                 ASSERT_EQ(ColumnOf(columns.FirstSteps(), k),
                           x.MapForced(static_cast<double>(k) * step) - plot.left())

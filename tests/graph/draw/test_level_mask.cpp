@@ -14,8 +14,8 @@ namespace {
 using Pixels = std::set<std::pair<int, int>>;
 
 constexpr LevelMask::Level kOpaque = LevelMask::kOpaque;
-constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kLeastRow = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t kMostRow = std::numeric_limits<std::int32_t>::max();
 
 QImage BlackPicture(int width = 40, int height = 30) {
     QImage picture(width, height, QImage::Format_RGB32);
@@ -99,13 +99,13 @@ TEST(LevelMask, AClippedLineIsThePartOfTheWholeLine) {
 }
 
 TEST(LevelMask, ALineBetweenTheFarthestPointsCrossesTheArea) {
-    const Pixels rising = LinePixels(kLeast, kLeast, kMost, kMost);
+    const Pixels rising = LinePixels(kLeastRow, kLeastRow, kMostRow, kMostRow);
     EXPECT_EQ(rising.size(), 30U);
     EXPECT_TRUE(rising.contains({10, 10}));
-    EXPECT_EQ(LinePixels(kLeast, 5, kMost, 5).size(), 40U);
-    EXPECT_EQ(LinePixels(5, kMost, 5, kLeast).size(), 30U);
-    EXPECT_TRUE(LinePixels(kLeast, kLeast, kMost, kLeast).empty());
-    EXPECT_TRUE(LinePixels(kMost, 5, kMost, 9).empty());
+    EXPECT_EQ(LinePixels(kLeastRow, 5, kMostRow, 5).size(), 40U);
+    EXPECT_EQ(LinePixels(5, kMostRow, 5, kLeastRow).size(), 30U);
+    EXPECT_TRUE(LinePixels(kLeastRow, kLeastRow, kMostRow, kLeastRow).empty());
+    EXPECT_TRUE(LinePixels(kMostRow, 5, kMostRow, 9).empty());
 }
 
 TEST(LevelMask, TheLevelRunsEvenlyAlongALine) {
@@ -135,7 +135,7 @@ TEST(LevelMask, ASquareIsCutToTheArea) {
     LevelMask mask;
     mask.Begin(QRect(10, 10, 8, 6));
     mask.Square({10, 10, kOpaque}, 4);  // two pixels of each side are outside
-    mask.Square({kMost, kLeast, kOpaque}, 4000);
+    mask.Square({kMostRow, kLeastRow, kOpaque}, 4000);
     mask.BlendInto(picture, qRgb(255, 255, 255));
     EXPECT_EQ(PaintedPlaces(picture), (Pixels{{10, 10}, {11, 10}, {10, 11}, {11, 11}}));
 }

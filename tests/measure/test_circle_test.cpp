@@ -148,6 +148,26 @@ TEST(CircleTest, TheConditionGrowsWithTheZones) {
     }
 }
 
+TEST(CircleTest, InStepsItGivesTheSame) {
+    const RunData data = RunCircles({}, SomeErrors());
+    CircleTestSteps steps(data.Path(), {});
+    int count = 0;
+    while (steps.Step()) {
+        ++count;
+    }
+    EXPECT_EQ(count, 4);  // the runs, two turns, one pair
+    EXPECT_FALSE(steps.Step());
+    const auto whole = TestCircle(data.Path());
+    ASSERT_EQ(steps.Result().evaluations.size(), 1U);
+    EXPECT_EQ(*steps.Result().evaluations[0].shape->squareness.value,
+              *whole.evaluations[0].shape->squareness.value);
+    EXPECT_EQ(steps.Result().turns[1].feed, whole.turns[1].feed);
+    CircleTestSteps nothing({}, {});
+    while (nothing.Step()) {
+    }
+    EXPECT_FALSE(nothing.Result().notes.empty());
+}
+
 TEST(CircleTest, PlayIsNotTakenForServoMismatch) {
     MachineErrors errors;
     errors.play_x = 0.010;
