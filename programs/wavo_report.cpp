@@ -1,5 +1,6 @@
 // wavo_report: figures of a machine as PDF and JSON, without a window. See wavo_report --help.
 #include <QGuiApplication>
+#include <QLoggingCategory>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -40,6 +41,8 @@ int main(int argc, char** argv) {
     }
     // Pages are painted; nothing is shown.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // What the toolkit finds wanting in a desktop that is not there.
+    QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false"));
     int qt_argc = 1;
     const QGuiApplication application(qt_argc, argv);
     std::string output;

@@ -17,6 +17,7 @@
 #include "recording/layout.h"
 #include "recording/recording_verify.h"
 #include "sample_recording.h"
+#include "slowness.h"
 #include "support/temporary_folder.h"
 
 namespace wavo::recording {
@@ -157,11 +158,13 @@ TEST_F(DamagedRecording, AWholeFileIsVerified) {
     EXPECT_THAT(cut->cut_off, HasSubstr("recording was cut off at"));
 }
 
-/// Flips every bit of `file` in turn and hands each result to `check`.
+/// Flips every bit of `file` in turn and hands each result to `check`; in builds that are slow one
+/// bit of each byte, another one each time.
 template <typename Check>
 void FlipEveryBit(std::string file, Check check) {
+    constexpr unsigned kStep = testing::kSlowness > 1 ? 8 : 1;
     for (std::size_t byte = 0; byte < file.size(); ++byte) {
-        for (unsigned bit = 0; bit < 8; ++bit) {
+        for (unsigned bit = byte % kStep; bit < 8; bit += kStep) {
             file[byte] = static_cast<char>(file[byte] ^ (1 << bit));
             SCOPED_TRACE("byte " + std::to_string(byte) + " bit " + std::to_string(bit));
             check(file, byte);
