@@ -94,21 +94,16 @@ class FilledFifo {
     wavo::LineFifoHeader* m_header = nullptr;
 };
 
-class Host : public wavo::GraphDrawHost {
- public:
-    void RecordingEnded() override {}
-};
-
 /// Everything between the FIFO and the picture, as the view holds it.
 class Acquisition {
  public:
     Acquisition()
-        : m_board(m_host, [](const std::string&) {}),
+        : m_board(m_graphs, m_streams, [] {}),
           m_settings(wavo::DefaultViewSettings()),
           m_input(kLinesPerSecond * kAxes) {
         const Scene scene = AcquiredScene();
         for (std::size_t i = 0; i < scene.graphs; ++i) {
-            m_graphs.Graphs().push_back(wavo::bench::MakeGraph(scene, i));
+            m_graphs.Add(wavo::bench::MakeGraph(scene, i));
         }
         std::vector<std::string> names;
         for (const wavo::WavoGraph& graph : m_graphs.Graphs()) {
@@ -145,7 +140,8 @@ class Acquisition {
  private:
     FilledFifo m_fifo;
     wavo::AxValueReader m_reader;
-    Host m_host;
+    wavo::GraphList m_graphs;
+    wavo::ValueStreams m_streams;
     wavo::GraphBoard m_board;
     wavo::GraphPicture m_picture;
     wavo::ViewSettings m_settings;
