@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "graph/draw/display_settings.h"
+
 namespace wavo {
 
 QRect TextBand::Band(const QImage& picture, const BandText& text) {

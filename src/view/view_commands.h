@@ -8,6 +8,7 @@
 #include "view/command_target.h"
 #include "view/file_commands.h"
 
+class QObject;
 class QWidget;
 
 namespace wavo {

@@ -5,6 +5,8 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "graph/draw/scale.h"
+
 namespace wavo {
 
 namespace {
