@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "heartbeat.h"
+#include "link/axis_capabilities.h"
 #include "ui/dialogs/controls.h"
 #include "ui/dialogs/editor_controls.h"
 #include "viewer_fixture.h"

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "link/axis_capabilities.h"
 #include "system/other_process.h"
 #include "viewer_fixture.h"
 

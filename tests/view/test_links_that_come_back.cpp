@@ -9,6 +9,7 @@
 #include "cycle_fixture.h"
 #include "edit_graph.h"
 #include "expect_errors.h"
+#include "support/mini_data.h"
 #include "system_facts.h"
 
 namespace wavo {

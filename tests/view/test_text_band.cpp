@@ -5,6 +5,8 @@
 #include <QFontMetrics>
 #include <cmath>
 
+#include "graph/draw/display_settings.h"
+
 namespace wavo {
 namespace {
 
