@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cinttypes>
-#include <cmath>
 #include <limits>
 #include <span>
 #include <utility>
 
 #include "graph/values/report_texts.h"
+#include "support/derivation.h"
 #include "support/diagnostics.h"
 
 // Times and positions come from the very rounding of each single operation.
@@ -39,7 +39,7 @@ GraphValue::GraphValue(std::string name, double cycle_time, double time_range,
       m_cycle_time(cycle_time),
       m_time_range(time_range),
       m_derivation_order(derivation_order),
-      m_divisor(std::pow(cycle_time, derivation_order)),
+      m_divisor(DerivationDivisor(cycle_time, derivation_order)),
       m_capacity(ComputeCapacity()) {
     m_values.SetExpectedSize(m_capacity);
 }
@@ -335,15 +335,10 @@ double GraphValue::DeriveAtStart(double sample) {
 }
 
 double GraphValue::DeriveHigher(double sample) {
-    // All differences but the newest are subtracted from it. This is not the higher difference of
-    // mathematics (for order 3 it gives h3 - 2 h2 + h0), and is what the streams mean.
-    double sum = -(0.0 - (sample - m_history.back()));
-    for (std::size_t i = m_history.size() - 1; i >= 1; --i) {
-        sum -= m_history[i] - m_history[i - 1];
-    }
-    m_history.erase(m_history.begin());
     m_history.push_back(sample);
-    return sum / m_divisor;
+    const double derived = wavo::Derive(m_history, m_divisor);
+    m_history.erase(m_history.begin());
+    return derived;
 }
 
 }  // namespace wavo
