@@ -26,58 +26,32 @@ class QuietScope {
 
 }  // namespace
 
-bool WindowChannel::Open(MasterMessages& messages) {
-    if (m_window != nullptr) {
-        return true;
-    }
-    m_window = platform::MessageWindow::Create(
-        [this, &messages](const platform::Message& message) {
-            if (message.number == static_cast<std::uint32_t>(FromMaster::kOverrun)) {
-                m_before_leaving();
-            }
-            return messages.OnMessage(message);
-        },
-        &m_error, kLinkNumbers);
-    if (m_window == nullptr) {
-        return false;
-    }
-    m_window->SetPeerGoneHandler([this, &messages](platform::WindowHandle window) {
+bool ServedChannel::Open(MasterMessages& messages) {
+    m_messages = &messages;
+    return WindowChannel::Open(*this);
+}
+
+std::int64_t ServedChannel::OnMessage(const platform::Message& message) {
+    if (message.number == static_cast<std::uint32_t>(FromMaster::kOverrun)) {
         m_before_leaving();
-        messages.OnPeerGone(window);
-    });
-    m_window->SetPeerRefusedHandler([&messages](platform::WindowHandle window, const char* why) {
-        messages.OnPeerRefused(window, why);
-    });
-    return true;
+    }
+    return m_messages->OnMessage(message);
 }
 
-platform::WindowHandle WindowChannel::OwnWindow() const {
-    return m_window == nullptr ? 0 : m_window->handle();
+void ServedChannel::OnPeerGone(platform::WindowHandle window) {
+    m_before_leaving();
+    m_messages->OnPeerGone(window);
 }
 
-platform::Message WindowChannel::MessageTo(ToMaster number, std::uint64_t w_param) const {
-    return {static_cast<std::uint32_t>(number), w_param, static_cast<std::int64_t>(OwnWindow())};
+void ServedChannel::OnPeerRefused(platform::WindowHandle window, const char* why) {
+    m_messages->OnPeerRefused(window, why);
 }
 
-bool WindowChannel::Post(platform::WindowHandle master, ToMaster number, std::uint64_t w_param) {
-    return m_window != nullptr && m_window->Post(master, MessageTo(number, w_param));
-}
-
-platform::SendStatus WindowChannel::Send(platform::WindowHandle master, ToMaster number,
-                                         std::uint64_t w_param) {
-    return m_window == nullptr ? platform::SendStatus::kGone
-                               : m_window->Send(master, MessageTo(number, w_param)).status;
-}
-
-bool WindowChannel::Exists(platform::WindowHandle master) const {
-    return platform::WindowExists(master);
-}
-
-void WindowChannel::Serve(std::chrono::milliseconds timeout) {
+void ServedChannel::Serve(std::chrono::milliseconds timeout) {
     if (timeout.count() > 0) {
-        m_window->WaitAndDispatch(timeout);
+        Window()->WaitAndDispatch(timeout);
     } else {
-        m_window->Dispatch();
+        Window()->Dispatch();
     }
 }
 

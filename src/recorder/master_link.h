@@ -13,9 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "link/master_channel.h"
 #include "link/shared_memory_source.h"
-#include "platform/message_window.h"
+#include "link/window_channel.h"
 
 namespace wavo::recorder {
 
@@ -42,14 +41,9 @@ class LinkListener {
 };
 
 /// A message window in the loop of a program without an event loop.
-class WindowChannel final : public MasterChannel {
+class ServedChannel final : public WindowChannel, private MasterMessages {
  public:
     bool Open(MasterMessages& messages) override;
-    [[nodiscard]] platform::WindowHandle OwnWindow() const override;
-    bool Post(platform::WindowHandle master, ToMaster number, std::uint64_t w_param) override;
-    platform::SendStatus Send(platform::WindowHandle master, ToMaster number,
-                              std::uint64_t w_param) override;
-    [[nodiscard]] bool Exists(platform::WindowHandle master) const override;
 
     /// Called before a master that tells of an overrun, or has vanished, is left: what it has
     /// written until then can still be read.
@@ -57,15 +51,15 @@ class WindowChannel final : public MasterChannel {
 
     /// Handles what comes within `timeout`. REQUIRES: Open.
     void Serve(std::chrono::milliseconds timeout);
-    /// Why Open failed.
-    [[nodiscard]] const std::string& Error() const { return m_error; }
 
  private:
-    [[nodiscard]] platform::Message MessageTo(ToMaster number, std::uint64_t w_param) const;
+    // MasterMessages
+    std::int64_t OnMessage(const platform::Message& message) override;
+    void OnPeerGone(platform::WindowHandle window) override;
+    void OnPeerRefused(platform::WindowHandle window, const char* why) override;
 
-    std::unique_ptr<platform::MessageWindow> m_window;
+    MasterMessages* m_messages = nullptr;  // who gets them behind the channel
     std::function<void()> m_before_leaving;
-    std::string m_error;
 };
 
 class MasterLink final : private ValueSourceEvents {
@@ -110,7 +104,7 @@ class MasterLink final : private ValueSourceEvents {
     [[nodiscard]] Interruption WhyInterrupted() const;
 
     LinkListener& m_listener;
-    WindowChannel m_channel;
+    ServedChannel m_channel;
     SharedMemorySource m_source;
     SourceCounters m_seen;     // what the source had counted when the link began
     bool m_is_linked = false;  // lines come

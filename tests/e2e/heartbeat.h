@@ -30,7 +30,7 @@ class VainWaits {
         const auto texts = m_reports.Texts();
         return static_cast<std::size_t>(
             std::count_if(texts.begin(), texts.end(), [](const std::string& text) {
-                return text.rfind("MessagePump::Send(): no answer to message ", 0) == 0;
+                return text.rfind("WindowChannel::Send(): no answer to message ", 0) == 0;
             }));
     }
 
