@@ -206,6 +206,7 @@ void SharedMemorySource::BreakLink(const char* why) {
 
 void SharedMemorySource::ForgetMaster(const char* why) {
     m_watched.SetSilent(false);
+    m_looked.reset();  // the next one is looked for at once
     Enter(State::kNoMaster, why);
 }
 
@@ -418,29 +419,26 @@ std::int64_t SharedMemorySource::OnMasterIsHere() {
     if (!m_comes_back) {
         return 0;
     }
-    if (!MayLook()) {
-        return 1;
-    }
     if (IsPresent() && m_channel.Exists(m_info.master_window)) {
         return 1;  // another one; ours goes on
     }
     OnPeerGone(m_info.master_window);
+    if (!MayLook()) {
+        return 1;
+    }
     m_by_itself = true;
-    if (Connect(true)) {
-        m_looked.reset();
+    m_by_itself = Connect(true);
+    if (m_by_itself) {
         Enter(State::kConnected, kConnected);
+    } else {
+        m_looked = m_clock();
     }
     return 1;
 }
 
-bool SharedMemorySource::MayLook() {
+bool SharedMemorySource::MayLook() const {
     constexpr std::chrono::seconds kPause{1};
-    const auto now = m_clock();
-    if (m_looked && now - *m_looked < kPause) {
-        return false;
-    }
-    m_looked = now;
-    return true;
+    return !m_looked || m_clock() - *m_looked >= kPause;
 }
 
 void SharedMemorySource::OnPeerGone(platform::WindowHandle window) {

@@ -121,7 +121,7 @@ class SharedMemorySource : public ValueSource, public MasterMessages {
     std::int64_t OnOverrun();
     std::int64_t OnQuit();
     std::int64_t OnMasterIsHere();
-    [[nodiscard]] bool MayLook();
+    [[nodiscard]] bool MayLook() const;
 
     // The end of a link.
     /// Lines that are left in the FIFO are counted.

@@ -304,6 +304,39 @@ TEST_F(ComeBack, AMasterThatRestartsTwiceWithinASecondIsFoundEachTime) {
     EXPECT_THAT(m_channel.Take(), ElementsAre("post 817 52c 2"));
 }
 
+TEST_F(ComeBack, AMasterThatDiesRightAfterAnotherToldOfItselfIsFoundWhenItReturns) {
+    ShowThreeValues();
+    m_cycle.OnMessage(kHere);  // somebody's, while ours lives
+    ReplaceMaster(milliseconds(300));
+    Forget();
+    m_cycle.OnMessage(kHere);
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kPostToOther));
+}
+
+TEST_F(ComeBack, AMasterThatEndedTheLinkRightAfterAnotherToldOfItselfIsFoundToo) {
+    ShowThreeValues();
+    m_cycle.OnMessage(kHere);
+    m_cycle.OnMessage(kLinkEnded);
+    ReplaceMaster(milliseconds(300));
+    Forget();
+    m_cycle.OnMessage(kHere);
+    EXPECT_THAT(m_channel.Take(), ElementsAre(kPostToOther));
+}
+
+TEST_F(ComeBack, AfterALookThatFoundNobodyALinkThatIsMadeOtherwiseBeginsAnew) {
+    ShowThreeValues();
+    m_channel.alive.clear();
+    m_cycle.OnPeerGone(FakeMasterChannel::kMaster);
+    m_cycle.OnMessage(kHere);  // nobody is there
+    EXPECT_FALSE(m_cycle.IsMasterKnown());
+    // One that was never told of this viewer announces values all the same.
+    testing::RemoveFakeSegment("MValues_4711");
+    m_channel.alive.insert(FakeMasterChannel::kMaster);
+    Forget();
+    TakeBatch({7.0});
+    EXPECT_THAT(Held("X1"), ElementsAre(7.0));
+}
+
 TEST_F(ComeBack, ItCanBeSwitchedOff) {
     m_source.SetComesBack(false);
     testing::RemoveFakeSegment("MachineTools_InfoData");
