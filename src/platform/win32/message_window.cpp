@@ -250,7 +250,7 @@ LRESULT WindowCore::OnMessage(const Message& message) {
 
 LRESULT WindowCore::Handle(const Message& message) {
     ++m_handled;
-    return m_handler(message);
+    return m_handler ? m_handler(message) : 0;
 }
 
 // The system hands out what was posted before it looks for input, for what is to be painted and for

@@ -129,6 +129,14 @@ TEST(MessageWindow, NumbersOfTheSystemAreNotHandedOut) {
     EXPECT_TRUE(seen.empty());
 }
 
+TEST(MessageWindow, OneWithoutAHandlerAnswersZero) {
+    const auto silent = Make(nullptr);
+    const auto sender = Make(nullptr);
+    const SendResult result = sender->Send(silent->handle(), {kFirst, 1, 2});
+    EXPECT_EQ(result.status, SendStatus::kDone);
+    EXPECT_EQ(result.result, 0);
+}
+
 TEST(MessageWindow, ASentMessageIsAnsweredAndOvertakesAPostedOne) {
     std::vector<std::uint32_t> seen;
     const auto receiver = Make([&](const Message& message) {
