@@ -13,6 +13,12 @@ std::uint32_t ProcessId() noexcept;
 /// The arguments of main() behind the program's name, in UTF-8.
 std::vector<std::string> CommandLineArguments(int argc, char** argv);
 
+/// Starts a program that lives on by itself: alone in a session (Windows: without a console
+/// window), its standard streams lead nowhere, no file of this process is handed on to it.
+/// `program` is its path. False when it could not be started, and the reason in words in `*error`.
+bool StartDetached(const std::string& program, const std::vector<std::string>& arguments,
+                   std::string* error);
+
 /// Asks the system to tell of a request to end instead of ending the process at once. POSIX:
 /// SIGINT, SIGTERM, SIGHUP. Windows: the console's interrupt, break and close; and WM_CLOSE to a
 /// thread that shows no window, for which MessageWindow::WaitAndDispatch looks out. Returns a

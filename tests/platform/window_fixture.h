@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/message_window.h"
+#include "support/temporary_folder.h"
 
 namespace wavo::testing {
 
@@ -40,25 +41,6 @@ class ScopedVariable {
     const char* m_name;
     std::string m_old;
     bool m_was_set = false;
-};
-
-/// A new folder under the temporary one, removed with all it holds.
-class TemporaryFolder {
- public:
-    TemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "wavo-test-XXXXXX");
-        m_path = ::mkdtemp(pattern.data()) != nullptr ? pattern : std::string();
-    }
-    ~TemporaryFolder() {
-        std::error_code error;
-        std::filesystem::remove_all(m_path, error);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    [[nodiscard]] const std::string& path() const { return m_path; }
-
- private:
-    std::string m_path;
 };
 
 class WindowTest : public ::testing::Test {

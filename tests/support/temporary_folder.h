@@ -11,13 +11,14 @@
 
 namespace wavo::testing {
 
-/// A new folder under the temporary one, removed with all it holds.
+/// A new folder of this user alone under the temporary one, removed with all it holds.
 class TemporaryFolder {
  public:
     TemporaryFolder()
         : m_path(std::filesystem::temp_directory_path() /
                  ("wavo-support-" + std::to_string(std::random_device()()))) {
         std::filesystem::create_directory(m_path);
+        std::filesystem::permissions(m_path, std::filesystem::perms::owner_all);
     }
     ~TemporaryFolder() {
         std::error_code error;
