@@ -47,6 +47,11 @@ platform::SendStatus WindowChannel::Send(platform::WindowHandle master, ToMaster
     return status;
 }
 
+bool WindowChannel::Tell(platform::WindowHandle window, std::uint32_t number) {
+    return m_window != nullptr &&
+           m_window->Post(window, {number, 0, static_cast<std::int64_t>(OwnWindow())});
+}
+
 bool WindowChannel::Exists(platform::WindowHandle master) const {
     return platform::WindowExists(master);
 }

@@ -2,6 +2,7 @@
 // his own, derives from it and serves the window there.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -19,6 +20,10 @@ class WindowChannel : public MasterChannel {
     platform::SendStatus Send(platform::WindowHandle master, ToMaster number,
                               std::uint64_t w_param) override;
     [[nodiscard]] bool Exists(platform::WindowHandle master) const override;
+
+    /// Posts any other message to a window; its lParam is the own window. False when it was not
+    /// taken.
+    bool Tell(platform::WindowHandle window, std::uint32_t number);
 
     /// Why Open failed.
     [[nodiscard]] const std::string& Error() const { return m_error; }

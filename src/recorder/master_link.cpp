@@ -32,6 +32,10 @@ bool ServedChannel::Open(MasterMessages& messages) {
 }
 
 std::int64_t ServedChannel::OnMessage(const platform::Message& message) {
+    if (message.number > kLinkNumbers.last) {
+        m_others(message);
+        return 1;
+    }
     if (message.number == static_cast<std::uint32_t>(FromMaster::kOverrun)) {
         m_before_leaving();
     }
@@ -45,6 +49,11 @@ void ServedChannel::OnPeerGone(platform::WindowHandle window) {
 
 void ServedChannel::OnPeerRefused(platform::WindowHandle window, const char* why) {
     m_messages->OnPeerRefused(window, why);
+}
+
+bool ServedChannel::TellAndWait(platform::WindowHandle window, std::uint32_t number) {
+    return Window()->Send(window, {number, 0, static_cast<std::int64_t>(OwnWindow())}).status !=
+           platform::SendStatus::kGone;
 }
 
 void ServedChannel::Serve(std::chrono::milliseconds timeout) {

@@ -49,6 +49,15 @@ class ServedChannel final : public WindowChannel, private MasterMessages {
     /// written until then can still be read.
     void SetBeforeLeaving(std::function<void()> handler) { m_before_leaving = std::move(handler); }
 
+    /// Gets messages that no master sends. REQUIRES: before Open.
+    void SetOthersHandler(std::function<void(const platform::Message&)> handler) {
+        m_others = std::move(handler);
+    }
+
+    /// Sends a message with the own window as lParam and waits until it was handled. False when
+    /// there is no such window.
+    bool TellAndWait(platform::WindowHandle window, std::uint32_t number);
+
     /// Handles what comes within `timeout`. REQUIRES: Open.
     void Serve(std::chrono::milliseconds timeout);
 
@@ -60,6 +69,7 @@ class ServedChannel final : public WindowChannel, private MasterMessages {
 
     MasterMessages* m_messages = nullptr;  // who gets them behind the channel
     std::function<void()> m_before_leaving;
+    std::function<void(const platform::Message&)> m_others;
 };
 
 class MasterLink final : private ValueSourceEvents {
@@ -80,6 +90,8 @@ class MasterLink final : private ValueSourceEvents {
     void Close();
 
     [[nodiscard]] bool IsMasterKnown() const { return m_source.IsPresent(); }
+    /// The recorder's window, for what does not concern masters.
+    [[nodiscard]] ServedChannel& Channel() { return m_channel; }
     [[nodiscard]] platform::WindowHandle window() const { return m_channel.OwnWindow(); }
 
  private:

@@ -83,6 +83,14 @@ std::string SetLines(std::string_view value, RecordOptions* options) {
     return is_count ? "" : "not a whole number from 1 to " + std::to_string(kMostLines);
 }
 
+std::string SetTell(std::string_view value, RecordOptions* options) {
+    const char* const end = value.data() + value.size();
+    const auto result = std::from_chars(value.data(), end, options->tell);
+    return result.ec == std::errc() && result.ptr == end && options->tell > 0
+               ? ""
+               : "not the number of a window";
+}
+
 std::string SetKeep(std::string_view value, RecordOptions* options) {
     const std::optional<std::uint64_t> size = ParseSize(value);
     options->keep = size.value_or(0);
@@ -96,6 +104,7 @@ struct ValueOption {
 constexpr ValueOption kValueOptions[] = {
     {"--out", SetPath<&RecordOptions::out>},
     {"--graphs", SetPath<&RecordOptions::graphs>},
+    {"--attach", SetPath<&RecordOptions::attach>},
     {"--verify", SetPath<&RecordOptions::verify>},
     {"--for", SetTime<&RecordOptions::duration>},
     {"--lines", SetLines},
@@ -104,6 +113,7 @@ constexpr ValueOption kValueOptions[] = {
     {"--keep", SetKeep},
     {"--split", SetTime<&RecordOptions::split>},
     {"--wait", SetWait},
+    {"--tell", SetTell},
 };
 
 struct Switch {
@@ -123,6 +133,9 @@ std::string WhyNotTogether(const std::vector<std::string_view>& given) {
         if (has(name) && !has("--graphs")) {
             return std::string(name) + " needs --graphs";
         }
+    }
+    if (has("--graphs") && has("--attach")) {
+        return "--graphs and --attach exclude each other";
     }
     if (has("--for") && has("--lines")) {
         return "--for and --lines exclude each other";
@@ -208,6 +221,8 @@ What is written
   --keep SIZE          what all recordings of this name may take together, such as 20GB: the oldest
                        are removed. Without --split and --repeat a new file is begun after every
                        eighth of it
+  --attach FILE        puts a graph file into each recording, for those who look at it later; with
+                       --graphs its file is there already
 
 When it is written
   --for TIME           ends after this time, such as 60s, 5m or 1.5h
@@ -225,6 +240,7 @@ When it is written
 What is told
   --quiet              nothing but errors
   --json               one object at the end, on standard output
+  --tell WINDOW        a viewer's window that is told how it goes, as other viewers are that ask
   --verify FILE        checks a recording from its first to its last byte, and says what is wrong
 
   --help               this text

@@ -12,6 +12,7 @@ namespace wavo::recorder {
 struct RecordOptions {
     std::string out = "recording";  ///< name of the recordings; ".mcap" may be left out
     std::string graphs;             ///< graph file whose triggers arm it; empty: records at once
+    std::string attach;             ///< graph file that goes with the recordings and arms nothing
     double duration = 0.0;          ///< seconds from the first line on; 0: no such end
     std::uint64_t lines = 0;        ///< lines to be written; 0: no such end
     std::optional<double> before;   ///< seconds of history; nothing: as the graph has it
@@ -20,7 +21,8 @@ struct RecordOptions {
     std::uint64_t keep = 0;         ///< bytes that all recordings of this name may take; 0: any
     double split = 0.0;             ///< seconds per file; 0: one file
     std::optional<double> wait =
-        10;  ///< seconds to wait for a master at the start; nothing: for ever
+        10;                  ///< seconds to wait for a master at the start; nothing: for ever
+    std::uint64_t tell = 0;  ///< a window that is told how it goes; 0: none
     bool quiet = false;
     bool json = false;
     std::string verify;  ///< a recording to be checked instead

@@ -21,6 +21,8 @@ using recording::Event;
 constexpr std::uint64_t kFilesWithinLimit = 8;
 /// Behind the end of --for no lines are waited for any longer.
 constexpr double kGrace = 1.0;
+/// Who watches is told at most so often.
+constexpr std::chrono::seconds kNewsInterval{1};
 
 /// How an interruption stands in a recording.
 struct InterruptionWords {
@@ -45,13 +47,6 @@ InterruptionWords WordsOf(Interruption why) {
             return {recording::kEventMasterRestarted, "another master took its place", false};
     }
     return {"", "", false};
-}
-
-std::string Megabytes(double bytes) {
-    char text[48];
-    std::snprintf(text, sizeof text, bytes < 1e9 ? "%.1f MB" : "%.1f GB",
-                  bytes < 1e9 ? bytes / 1e6 : bytes / 1e9);
-    return text;
 }
 
 std::uint64_t WallTime() {
@@ -104,18 +99,13 @@ Recorder::Recorder(RecordOptions options, std::string program, Say say)
 Recorder::~Recorder() = default;
 
 void Recorder::Fail(const std::string& reason) {
+    m_has_failed = true;
     Finish(reason);
-    m_outcome.exit_code = ExitCode::kCouldNot;
 }
 
 bool Recorder::Start() {
     m_started = Clock::now();
-    std::string error;
-    if (!m_options.graphs.empty() && !ReadGraphs()) {
-        return false;
-    }
-    if (!m_link.Open(&error)) {
-        Fail("no message window: " + error);
+    if (!OpenWindow() || !ReadGraphs()) {
         return false;
     }
     DiskOptions disk;
@@ -124,28 +114,62 @@ bool Recorder::Start() {
     disk.split_bytes =
         m_options.split == 0.0 && !m_options.repeat ? m_options.keep / kFilesWithinLimit : 0;
     m_disk = std::make_unique<DiskWriter>(std::move(disk));
+    m_board->Announce();
+    return true;
+}
+
+bool Recorder::OpenWindow() {
+    ServedChannel& channel = m_link.Channel();
+    channel.SetOthersHandler([this](const platform::Message& message) {
+        if (message.number == kWatchRecorder && m_board != nullptr) {
+            m_board->Watch(static_cast<platform::WindowHandle>(message.l_param));
+        }
+    });
+    std::string error;
+    if (!m_link.Open(&error)) {
+        Fail("no message window: " + error);
+        return false;
+    }
+    m_board = std::make_unique<NoticeBoard>(
+        channel.OwnWindow(),
+        [&channel](platform::WindowHandle window, std::uint32_t number, NoticeBoard::Way way) {
+            return way == NoticeBoard::Way::kSent
+                       ? channel.TellAndWait(window, number)
+                       : channel.Tell(window, number) || channel.Exists(window);
+        });
+    if (m_options.tell != 0) {
+        m_board->Watch(m_options.tell);
+    }
     return true;
 }
 
 bool Recorder::ReadGraphs() {
+    const std::string& file = m_options.graphs.empty() ? m_options.attach : m_options.graphs;
+    if (file.empty()) {
+        return true;
+    }
     MIniData store;
     std::string error;
     std::string add_text;
-    const bool is_read = store.Open(m_options.graphs);
+    const bool is_read = store.Open(file);
     if (store.HasNoFileContent()) {
-        Fail("file " + m_options.graphs + " not exist !");
+        Fail("file " + file + " not exist !");
         return false;
     }
     if (!is_read || !CreateGraphsFromIniData(store, m_graphs, error, add_text, kMinTimeRange)) {
-        Fail(m_options.graphs + ": " + (error.empty() ? store.LastErrorText() : error));
+        Fail(file + ": " + (error.empty() ? store.LastErrorText() : error));
         return false;
+    }
+    m_graph_file = {FileName(file), std::string(store.Content())};
+    if (m_options.graphs.empty()) {
+        m_graphs.clear();
+        return true;
     }
     std::erase_if(m_graphs, [](const WavoGraph& graph) { return !HasTrigger(graph); });
     if (m_graphs.empty()) {
-        Fail(m_options.graphs + ": no graph has a trigger");
+        Fail(file + ": no graph has a trigger");
         return false;
     }
-    m_graph_file = {FileName(m_options.graphs), std::string(store.Content())};
     return true;
 }
 
@@ -167,6 +191,7 @@ bool Recorder::Serve(std::chrono::milliseconds timeout) {
         }
     }
     TellNews();
+    ShowNotice(false);
     return !m_has_ended;
 }
 
@@ -331,9 +356,42 @@ void Recorder::Finish(const std::string& reason) {
     }
     TellNews();
     const bool has_losses = m_outcome.lost > 0;
-    if (m_outcome.exit_code == ExitCode::kComplete && has_losses) {
+    if (m_has_failed) {
+        m_outcome.exit_code = ExitCode::kCouldNot;
+    } else if (m_outcome.exit_code == ExitCode::kComplete && has_losses) {
         m_outcome.exit_code = ExitCode::kWithLosses;
     }
+    ShowNotice(true);
+}
+
+Notice Recorder::State() const {
+    const RecordOutcome outcome = Outcome();
+    Notice notice{RecorderState::kWaitsForMaster,
+                  outcome.seconds,
+                  outcome.lines,
+                  outcome.lost,
+                  outcome.bytes,
+                  m_options.out,
+                  m_has_ended ? outcome.reason : ""};
+    if (!outcome.files.empty()) {
+        notice.file = outcome.files.back();
+    }
+    if (m_has_ended) {
+        notice.state = outcome.exit_code == ExitCode::kCouldNot ? RecorderState::kFailed
+                                                                : RecorderState::kEnded;
+    } else if (m_plan != nullptr) {
+        notice.state =
+            m_plan->IsWriting() ? RecorderState::kRecords : RecorderState::kWaitsForTrigger;
+    }
+    return notice;
+}
+
+void Recorder::ShowNotice(bool now) {
+    if (m_board == nullptr || (!now && m_shown && Clock::now() - *m_shown < kNewsInterval)) {
+        return;
+    }
+    m_shown = Clock::now();
+    m_board->Show(State());
 }
 
 void Recorder::TellNews() {
@@ -367,15 +425,11 @@ RecordOutcome Recorder::Outcome() const {
 
 std::string Recorder::StatusLine() const {
     const RecordOutcome outcome = Outcome();
-    const auto seconds = static_cast<std::uint64_t>(outcome.seconds);
-    char time[32];
-    std::snprintf(time, sizeof time, "%02u:%02u:%02u", static_cast<unsigned>(seconds / 3600),
-                  static_cast<unsigned>(seconds / 60 % 60), static_cast<unsigned>(seconds % 60));
-    std::string line = std::string(time) + "  " + std::to_string(outcome.lines) + " lines, " +
-                       std::to_string(outcome.lost) + " lost, " +
-                       Megabytes(static_cast<double>(outcome.bytes));
+    std::string line = TimeText(outcome.seconds) + "  " + std::to_string(outcome.lines) +
+                       " lines, " + std::to_string(outcome.lost) + " lost, " +
+                       SizeText(outcome.bytes);
     if (const std::optional<std::uint64_t> free = m_disk->FreeSpace()) {
-        line += ", " + Megabytes(static_cast<double>(*free)) + " free";
+        line += ", " + SizeText(*free) + " free";
     }
     if (m_plan == nullptr) {
         line += ", waiting for the master";

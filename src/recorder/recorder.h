@@ -12,6 +12,7 @@
 #include "graph/model/wavo_graph.h"
 #include "recorder/disk_writer.h"
 #include "recorder/master_link.h"
+#include "recorder/notice/notice_board.h"
 #include "recorder/record_options.h"
 #include "recorder/record_plan.h"
 
@@ -59,6 +60,9 @@ class Recorder final : private LinkListener {
 
     [[nodiscard]] RecordOutcome Outcome() const;
 
+    /// How it stands, for those who watch it.
+    [[nodiscard]] Notice State() const;
+
     /// "00:01:23  332000 lines, 0 lost, 181.2 MB, 68.1 GB free".
     [[nodiscard]] std::string StatusLine() const;
 
@@ -81,7 +85,10 @@ class Recorder final : private LinkListener {
     /// The number of the first of `lines` that came just now, by the clock behind an interruption.
     std::uint64_t PlaceOf(std::size_t lines, Clock::time_point now);
     void TakeEventsBefore(std::uint64_t line);
+    bool OpenWindow();
     void TellNews();
+    /// Tells those who watch: at most once a second, or `now`.
+    void ShowNotice(bool now);
     void CheckTimes();
     [[nodiscard]] double SecondsSinceFirst() const;
     void Fail(const std::string& reason);
@@ -92,6 +99,8 @@ class Recorder final : private LinkListener {
     std::vector<WavoGraph> m_graphs;
     std::optional<recording::GraphFile> m_graph_file;
     MasterLink m_link;
+    std::unique_ptr<NoticeBoard> m_board;
+    std::optional<Clock::time_point> m_shown;  // on the board
     std::unique_ptr<DiskWriter> m_disk;
     std::unique_ptr<RecordPlan> m_plan;
     SourceDescription m_lines;  // of the master whose lines come
@@ -111,6 +120,7 @@ class Recorder final : private LinkListener {
     std::size_t m_files_told = 0;
     std::size_t m_removed_told = 0;
     bool m_is_told_to_quit = false;
+    bool m_has_failed = false;
     bool m_has_ended = false;
 };
 

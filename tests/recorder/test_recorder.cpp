@@ -319,5 +319,104 @@ TEST_F(RecorderBesideMaster, TheOutcomeIsAnObject) {
     EXPECT_TRUE(json->Member("seconds")->Double());
 }
 
+/// A window that watches recorders as a viewer does.
+class Watcher {
+ public:
+    explicit Watcher(bool asks) : m_asks(asks) {
+        std::string error;
+        m_window = platform::MessageWindow::Create(
+            [this](const platform::Message& message) { return Take(message); }, &error);
+        EXPECT_NE(m_window, nullptr) << error;
+    }
+    void Serve() { m_window->Dispatch(); }
+    [[nodiscard]] platform::WindowHandle window() const { return m_window->handle(); }
+
+    std::vector<RecorderState> states;  // each that differs from the one before
+    Notice last;
+
+ private:
+    std::int64_t Take(const platform::Message& message) {
+        const auto recorder = static_cast<platform::WindowHandle>(message.l_param);
+        if (message.number == kRecorderIsHere && m_asks) {
+            m_window->Post(recorder,
+                           {kWatchRecorder, 0, static_cast<std::int64_t>(m_window->handle())});
+        }
+        if (message.number == kRecorderNews) {
+            const auto notice = NoticeReader(recorder).Read();
+            EXPECT_TRUE(notice);
+            last = notice.value_or(Notice());
+            if (states.empty() || states.back() != last.state) {
+                states.push_back(last.state);
+            }
+        }
+        return 1;
+    }
+
+    const bool m_asks;
+    std::unique_ptr<platform::MessageWindow> m_window;
+};
+
+TEST_F(RecorderBesideMaster, WhoWatchesIsToldFromTheBeginningToTheEnd) {
+    Watcher watcher(true);
+    Watcher silent(false);
+    StartRecorder();
+    const auto serve_until = [&](const std::function<bool()>& done) {
+        return ServeUntil([&] {
+            watcher.Serve();
+            return done();
+        });
+    };
+    ASSERT_TRUE(serve_until([&] { return !watcher.states.empty(); }));
+    EXPECT_EQ(watcher.last.file, m_folder.File("a")) << "what was asked for";
+    StartMaster();
+    AwaitConnected();
+    Publish(100);
+    ASSERT_TRUE(serve_until([&] { return watcher.states.back() == RecorderState::kRecords; }));
+    EXPECT_EQ(watcher.last.file, m_folder.File("a.mcap"));
+    m_recorder->Finish("enough");  // sends the last news, and waits as long as one waits for a send
+    watcher.Serve();
+    ASSERT_TRUE(watcher.last.HasEnded());
+    EXPECT_THAT(watcher.states, ElementsAre(RecorderState::kWaitsForMaster, RecorderState::kRecords,
+                                            RecorderState::kEnded));
+    EXPECT_EQ(watcher.last.lines, 100U);
+    EXPECT_EQ(watcher.last.reason, "enough");
+    EXPECT_THAT(silent.states, IsEmpty());
+}
+
+TEST_F(RecorderBesideMaster, TheWindowOfTheCommandLineIsToldOfFailuresToo) {
+    Watcher watcher(false);
+    RecordOptions options;
+    options.tell = watcher.window();
+    options.graphs = m_folder.File("missing.ini");
+    options.out = m_folder.File("a");
+    m_recorder = std::make_unique<Recorder>(std::move(options), "wavo_record test",
+                                            [](const std::string&) {});
+    EXPECT_FALSE(m_recorder->Start());
+    watcher.Serve();
+    EXPECT_EQ(watcher.last.state, RecorderState::kFailed);
+    EXPECT_EQ(watcher.last.reason, "file " + m_folder.File("missing.ini") + " not exist !");
+    EXPECT_EQ(m_recorder->Outcome().exit_code, ExitCode::kCouldNot);
+}
+
+TEST_F(RecorderBesideMaster, AGraphFileCanGoWithTheRecordingWithoutArmingIt) {
+    const std::string graphs = m_folder.File("look.ini");
+    const std::string text = "[GENERAL]\r\nCountOfGraphs=0\r\n";
+    std::ofstream(graphs, std::ios::binary) << text;
+    StartMaster();
+    RecordOptions options;
+    options.attach = graphs;
+    StartRecorder(std::move(options));
+    AwaitConnected();
+    Publish(20);
+    m_recorder->Finish("enough");
+    auto reader = recording::RecordingReader::Open(m_folder.File("a.mcap"));
+    ASSERT_TRUE(reader);
+    EXPECT_EQ((*reader)->EndLine(), 20U);
+    const auto attached = (*reader)->ReadGraphFile();
+    ASSERT_TRUE(attached);
+    EXPECT_EQ(attached->name, "look.ini");
+    EXPECT_EQ(attached->text, text);
+}
+
 }  // namespace
 }  // namespace wavo::recorder
