@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "support/derivation.h"
+#include "source/derivation.h"
 
 namespace wavo::recorder {
 

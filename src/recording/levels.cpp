@@ -6,7 +6,7 @@
 
 #include "recording/checksum.h"
 #include "recording/mcap.h"
-#include "support/derivation.h"
+#include "source/derivation.h"
 
 #if defined(__FAST_MATH__)
 #error "levels need exact IEEE arithmetic: build without -ffast-math"

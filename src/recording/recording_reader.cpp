@@ -9,7 +9,7 @@
 #include "recording/layout.h"
 #include "recording/mcap.h"
 #include "recording/utc_text.h"
-#include "support/derivation.h"
+#include "source/derivation.h"
 
 namespace wavo::recording {
 

@@ -3,8 +3,8 @@
 #include <optional>
 #include <string_view>
 
+#include "settings/character_text.h"
 #include "settings/report_texts.h"
-#include "support/character_text.h"
 #include "support/diagnostics.h"
 #include "support/kept_file.h"
 #include "support/number_text.h"

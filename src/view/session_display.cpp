@@ -5,8 +5,8 @@
 #include <QWidget>
 
 #include "session/session.h"
-#include "ui/dialogs/ax_select.h"
 #include "ui/dialogs/message_boxes.h"
+#include "ui/graph_editor/ax_select.h"
 #include "view/data_export.h"
 #include "view/graph_screen.h"
 #include "view/view_keys.h"

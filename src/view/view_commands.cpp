@@ -3,8 +3,8 @@
 #include <QDialog>
 
 #include "ui/dialogs/add_text.h"
-#include "ui/dialogs/app_messages.h"
 #include "ui/dialogs/wavo_properties.h"
+#include "ui/messages.h"
 #include "view/graph_printer.h"
 #include "view/graph_screen.h"
 

@@ -9,8 +9,8 @@
 #include <string>
 
 #include "session/session.h"
-#include "ui/dialogs/app_messages.h"
-#include "ui/dialogs/ax_select.h"
+#include "ui/graph_editor/ax_select.h"
+#include "ui/messages.h"
 #include "view/data_export.h"
 #include "view/graph_board.h"
 #include "view/graph_printer.h"

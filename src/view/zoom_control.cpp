@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "session/acquisition.h"
-#include "ui/dialogs/ax_select.h"
+#include "ui/graph_editor/ax_select.h"
 #include "view/graph_screen.h"
 
 namespace wavo {

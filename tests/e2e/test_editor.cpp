@@ -9,8 +9,8 @@
 #include <QLineEdit>
 
 #include "expect_errors.h"
+#include "ui/controls/controls.h"
 #include "ui/dialogs/choosers.h"
-#include "ui/dialogs/controls.h"
 #include "viewer_fixture.h"
 
 namespace wavo::testing {

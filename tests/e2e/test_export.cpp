@@ -14,7 +14,7 @@
 
 #include "master_link_of.h"
 #include "slow_files.h"
-#include "ui/dialogs/controls.h"
+#include "ui/controls/controls.h"
 #include "ui/dialogs/export_progress.h"
 #include "ui/dialogs/path_save_data.h"
 #include "viewer_fixture.h"

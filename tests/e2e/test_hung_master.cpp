@@ -8,8 +8,8 @@
 
 #include "heartbeat.h"
 #include "link/axis_capabilities.h"
-#include "ui/dialogs/controls.h"
-#include "ui/dialogs/editor_controls.h"
+#include "ui/controls/controls.h"
+#include "ui/graph_editor/editor_controls.h"
 #include "viewer_fixture.h"
 
 namespace wavo::testing {

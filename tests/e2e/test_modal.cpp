@@ -10,10 +10,10 @@
 #include <QMenuBar>
 #include <QPushButton>
 
+#include "ui/controls/controls.h"
 #include "ui/dialogs/choosers.h"
-#include "ui/dialogs/controls.h"
-#include "ui/dialogs/editor_controls.h"
 #include "ui/dialogs/wavo_properties_controls.h"
+#include "ui/graph_editor/editor_controls.h"
 #include "user.h"
 #include "viewer_fixture.h"
 

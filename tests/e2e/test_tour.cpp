@@ -19,9 +19,9 @@
 #include "master_link_of.h"
 #include "platform/system_dialogs.h"
 #include "printed_page.h"
-#include "ui/dialogs/controls.h"
-#include "ui/dialogs/editor_controls.h"
+#include "ui/controls/controls.h"
 #include "ui/dialogs/trigger_condition_controls.h"
+#include "ui/graph_editor/editor_controls.h"
 #include "user.h"
 #include "viewer_fixture.h"
 

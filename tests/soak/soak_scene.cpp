@@ -7,7 +7,7 @@
 #include <tuple>
 #include <utility>
 
-#include "ui/dialogs/app_messages.h"
+#include "ui/messages.h"
 
 namespace wavo::testing {
 

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <map>
 #include <regex>
@@ -14,12 +13,18 @@
 #include <string>
 #include <vector>
 
+#include "source_outline.h"
+#include "sources.h"
+
 namespace wavo {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ClassOutline;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using testing::OutlineOf;
+using testing::Sources;
 
 struct Layer {
     std::vector<std::string> may_include;  // folders of ours, or single headers
@@ -41,17 +46,24 @@ const std::map<std::string, Layer>& Layers() {
          {{"source", "link", "graph/model", "graph/values", "settings", "support", "platform"}}},
         {"measure", {{"support"}}},
         {"report", {{"measure", "support"}, true}},
+        {"ui", {{"support"}, true}},
+        {"ui/controls", {{}, true}},
         {"ui/dialogs",
-         {{"graph/model", "graph/values", "graph/draw/colors.h", "graph/draw/display_settings.h",
-           "link/axis_capabilities.h", "settings", "support"},
+         {{"ui", "ui/controls", "graph/model", "graph/draw/display_settings.h", "settings",
+           "support"},
           true}},
+        {"ui/graph_editor",
+         {{"ui", "ui/controls", "ui/dialogs", "graph/model", "graph/draw/colors.h",
+           "graph/draw/display_settings.h", "link/axis_capabilities.h", "support"},
+          true}},
+        {"ui/bars", {{"ui/controls", "view/command_ids.h"}, true}},
         {"view",
-         {{"session", "source", "ui/dialogs", "graph/model", "graph/values", "graph/draw", "link",
-           "settings", "support", "platform"},
+         {{"session", "source", "ui", "ui/dialogs", "ui/graph_editor", "graph/model",
+           "graph/values", "graph/draw", "link", "settings", "support", "platform"},
           true}},
         {"ui/shell",
-         {{"view", "session", "ui/dialogs", "graph/model", "graph/values", "graph/draw", "link",
-           "settings", "support", "platform"},
+         {{"view", "session", "ui", "ui/bars", "ui/controls", "ui/dialogs", "graph/model",
+           "graph/values", "graph/draw", "link", "settings", "support", "platform"},
           true}},
         {"recorder/notice", {{"platform"}}},
         {"recorder",
@@ -144,30 +156,6 @@ std::vector<std::string> Check(const std::string& path, const std::string& text)
     return violations;
 }
 
-std::string ReadFile(const fs::path& path) {
-    std::ifstream file(path);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
-/// The sources and headers of the program, by the paths that they are included with.
-std::map<std::string, std::string> Sources() {
-    std::map<std::string, std::string> sources;
-    const fs::path root(WAVO_SOURCE_DIR);
-    for (const auto& [folder, base] :
-         {std::pair{root / "src", root / "src"}, std::pair{root / "master", root},
-          std::pair{root / "programs", root}}) {
-        for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-            const std::string extension = entry.path().extension().string();
-            if (extension == ".h" || extension == ".cpp") {
-                sources[fs::relative(entry.path(), base).generic_string()] = ReadFile(entry.path());
-            }
-        }
-    }
-    return sources;
-}
-
 TEST(Layers, EverySourceKeepsToTheTable) {
     std::vector<std::string> violations;
     const std::map<std::string, std::string> sources = Sources();
@@ -243,7 +231,7 @@ std::set<std::string> Below(const std::string& name) {
     return below;
 }
 
-TEST(Layers, NothingBelowTheViewKnowsQtButDrawingAndDialogs) {
+TEST(Layers, NothingBelowTheViewKnowsQtButDrawingAndUi) {
     const std::set<std::string> below = Below("view");
     EXPECT_GT(below.size(), 8U);
     std::set<std::string> with_qt;
@@ -256,7 +244,8 @@ TEST(Layers, NothingBelowTheViewKnowsQtButDrawingAndDialogs) {
             }
         }
     }
-    EXPECT_THAT(with_qt, ElementsAre("graph/draw", "ui/dialogs"));
+    EXPECT_THAT(with_qt,
+                ElementsAre("graph/draw", "ui", "ui/controls", "ui/dialogs", "ui/graph_editor"));
     for (const auto& [name, layer] : Layers()) {
         for (const std::string& may : layer.may_include) {
             const std::string target = Layers().contains(may) ? may : LayerOf(may);
@@ -308,72 +297,16 @@ TEST(Layers, NoFilesIncludeEachOther) {
               "b.h -> c.h -> b.h");
 }
 
-/// What the header of a class declares.
-struct ClassOutline {
-    std::vector<std::string> bases;
-    std::vector<std::string> functions;  ///< the declarations, with constructors and destructor
-};
-
-/// Reads the outline of a class out of a header without macros that make functions (Q_OBJECT
-/// aside). Nested braces and template arguments are passed over.
-ClassOutline OutlineOf(const std::string& name, std::string text) {
-    text = std::regex_replace(text, std::regex("//[^\n]*"), "");
-    std::smatch head;
-    ClassOutline outline;
-    if (!std::regex_search(text, head, std::regex("class " + name + R"(\b([^;{]*)\{)"))) {
-        return outline;
-    }
-    const std::string bases = head[1];
-    static const std::regex base(R"((public|protected|private)\s+([\w:]+))");
-    for (std::sregex_iterator i(bases.begin(), bases.end(), base), end; i != end; ++i) {
-        outline.bases.push_back((*i)[2]);
-    }
-    std::string statement;
-    int braces = 1;
-    int angles = 0;
-    for (auto c = head[0].second; c != text.cend() && braces > 0; ++c) {
-        braces += *c == '{' ? 1 : *c == '}' ? -1 : 0;
-        angles += *c == '<' ? 1 : *c == '>' ? -1 : 0;
-        const bool ends = braces == 1 && (*c == ';' || *c == '}');
-        if (!ends && braces == 1 && angles == 0 && *c != '>') {
-            statement += *c;
-        }
-        if (ends) {
-            if (statement.find('(') != std::string::npos) {
-                outline.functions.push_back(statement);
-            }
-            statement.clear();
-        }
-    }
-    return outline;
-}
-
 TEST(Layers, TheViewIsAWidgetAndLittleElse) {
-    const ClassOutline view = OutlineOf("CWavoView", Sources().at("view/wavo_view.h"));
+    const std::vector<ClassOutline> classes = OutlineOf(Sources().at("view/wavo_view.h")).classes;
+    ASSERT_EQ(classes.size(), 1U);
+    const ClassOutline& view = classes.front();
+    EXPECT_EQ(view.name, "CWavoView");
     ASSERT_FALSE(view.bases.empty());
     EXPECT_EQ(view.bases.front(), "QWidget");
     EXPECT_LE(view.bases.size(), 2U);
     EXPECT_GE(view.functions.size(), 10U) << "the header is not read as it should";
     EXPECT_LE(view.functions.size(), 25U) << ::testing::PrintToString(view.functions);
-}
-
-TEST(Layers, AnOutlineHasWhatAClassDeclares) {
-    const ClassOutline outline = OutlineOf("A", R"(
-class B;
-class A : public Base, private detail::Other {
-    Q_OBJECT
- public:
-    A();  // not this: C();
-    ~A() override;
-    int F() const { return g() + (h > 0 ? h : 1); }
-    std::function<void(int)> m_handler;
-    int h = 0;
-    void G(std::map<int, int> m);
-};
-class C { void No(); };
-)");
-    EXPECT_THAT(outline.bases, ElementsAre("Base", "detail::Other"));
-    EXPECT_EQ(outline.functions.size(), 4U) << ::testing::PrintToString(outline.functions);
 }
 
 }  // namespace

@@ -18,7 +18,7 @@
 #include "settings/view_settings.h"
 #include "slow_files.h"
 #include "temporary_folder.h"
-#include "ui/dialogs/controls.h"
+#include "ui/controls/controls.h"
 #include "ui/dialogs/export_progress.h"
 #include "ui/dialogs/path_save_data.h"
 #include "view/data_export.h"

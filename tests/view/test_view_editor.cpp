@@ -11,7 +11,7 @@
 #include <QTest>
 
 #include "system_facts.h"
-#include "ui/dialogs/controls.h"
+#include "ui/controls/controls.h"
 #include "ui/dialogs/message_boxes.h"
 #include "view/wavo_view.h"
 

@@ -15,9 +15,9 @@
 #include "settings/view_settings_file.h"
 #include "system_facts.h"
 #include "temporary_folder.h"
-#include "ui/dialogs/app_messages.h"
-#include "ui/dialogs/controls.h"
+#include "ui/controls/controls.h"
 #include "ui/dialogs/path_save_data.h"
+#include "ui/messages.h"
 #include "view/wavo_view.h"
 
 namespace wavo {

@@ -24,9 +24,9 @@
 #include "printed_page.h"
 #include "settings/view_settings_file.h"
 #include "system_facts.h"
-#include "ui/dialogs/app_messages.h"
-#include "ui/dialogs/controls.h"
+#include "ui/controls/controls.h"
 #include "ui/dialogs/message_boxes.h"
+#include "ui/messages.h"
 #include "view/wavo_view.h"
 
 namespace wavo {

@@ -6,9 +6,9 @@
 #include <QVBoxLayout>
 #include <array>
 
+#include "ui/controls/controls.h"
+#include "ui/controls/line_edits.h"
 #include "ui/dialogs/add_text_controls.h"
-#include "ui/dialogs/controls.h"
-#include "ui/dialogs/line_edits.h"
 
 namespace wavo {
 

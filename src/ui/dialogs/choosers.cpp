@@ -7,8 +7,8 @@
 #include <QStringList>
 #include <utility>
 
+#include "ui/controls/line_edits.h"
 #include "ui/dialogs/file_dialogs.h"
-#include "ui/dialogs/line_edits.h"
 
 namespace wavo {
 

@@ -8,8 +8,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "ui/dialogs/controls.h"
-#include "ui/dialogs/elided_label.h"
+#include "ui/controls/controls.h"
+#include "ui/controls/elided_label.h"
 
 namespace wavo {
 

@@ -8,7 +8,7 @@
 #include <QTreeView>
 #include <utility>
 
-#include "ui/dialogs/line_edits.h"
+#include "ui/controls/line_edits.h"
 
 namespace wavo {
 

@@ -10,10 +10,10 @@
 #include <algorithm>
 #include <optional>
 
-#include "ui/dialogs/controls.h"
-#include "ui/dialogs/elided_label.h"
+#include "ui/controls/controls.h"
+#include "ui/controls/elided_label.h"
+#include "ui/controls/line_edits.h"
 #include "ui/dialogs/file_dialogs.h"
-#include "ui/dialogs/line_edits.h"
 #include "ui/dialogs/message_boxes.h"
 #include "ui/dialogs/report_texts.h"
 

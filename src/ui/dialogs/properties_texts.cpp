@@ -1,6 +1,6 @@
 #include "ui/dialogs/properties_texts.h"
 
-#include "support/character_text.h"
+#include "settings/character_text.h"
 #include "support/number_text.h"
 
 namespace wavo {

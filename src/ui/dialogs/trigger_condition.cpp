@@ -10,9 +10,9 @@
 #include <array>
 
 #include "support/number_text.h"
-#include "ui/dialogs/controls.h"
-#include "ui/dialogs/elided_label.h"
-#include "ui/dialogs/line_edits.h"
+#include "ui/controls/controls.h"
+#include "ui/controls/elided_label.h"
+#include "ui/controls/line_edits.h"
 #include "ui/dialogs/trigger_condition_controls.h"
 
 namespace wavo {

@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "ui/dialogs/control_table.h"
+#include "ui/controls/control_table.h"
 
 namespace wavo::trigger_condition {
 

@@ -14,11 +14,11 @@
 #include <vector>
 
 #include "graph/draw/display_settings.h"
+#include "ui/controls/color_field.h"
+#include "ui/controls/controls.h"
+#include "ui/controls/elided_label.h"
+#include "ui/controls/line_edits.h"
 #include "ui/dialogs/choosers.h"
-#include "ui/dialogs/color_field.h"
-#include "ui/dialogs/controls.h"
-#include "ui/dialogs/elided_label.h"
-#include "ui/dialogs/line_edits.h"
 #include "ui/dialogs/properties_texts.h"
 #include "ui/dialogs/wavo_properties_controls.h"
 

@@ -6,8 +6,8 @@
 #include <QPushButton>
 #include <array>
 
-#include "ui/dialogs/controls.h"
-#include "ui/shell/command_icons.h"
+#include "ui/bars/command_icons.h"
+#include "ui/controls/controls.h"
 
 namespace wavo {
 

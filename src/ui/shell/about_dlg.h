@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "ui/dialogs/control_table.h"
+#include "ui/controls/control_table.h"
 
 namespace wavo {
 

@@ -10,11 +10,11 @@
 #include <QMainWindow>
 
 #include "session/session_observer.h"
-#include "ui/shell/bar_setup.h"
-#include "ui/shell/command_actions.h"
-#include "ui/shell/frame_menus.h"
-#include "ui/shell/menu_dock.h"
-#include "ui/shell/recent_files.h"
+#include "ui/bars/bar_setup.h"
+#include "ui/bars/command_actions.h"
+#include "ui/bars/frame_menus.h"
+#include "ui/bars/menu_dock.h"
+#include "ui/bars/recent_files.h"
 #include "view/command_ids.h"
 
 class QLabel;

@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "ui/shell/command_icons.h"
+#include "ui/bars/command_icons.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <tuple>
 #include <vector>
 
-#include "ui/shell/menu_dock.h"
+#include "ui/bars/menu_dock.h"
 
 namespace wavo {
 

@@ -16,8 +16,8 @@
 #include <string>
 #include <vector>
 
-#include "ui/dialogs/control_table.h"
-#include "ui/dialogs/controls.h"
+#include "ui/controls/control_table.h"
+#include "ui/controls/controls.h"
 
 namespace wavo::testing {
 

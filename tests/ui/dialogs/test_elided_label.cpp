@@ -2,7 +2,7 @@
 
 #include <QImage>
 
-#include "ui/dialogs/elided_label.h"
+#include "ui/controls/elided_label.h"
 
 namespace wavo {
 namespace {

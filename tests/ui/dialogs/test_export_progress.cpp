@@ -5,7 +5,7 @@
 #include <QPushButton>
 #include <QTest>
 
-#include "ui/dialogs/controls.h"
+#include "ui/controls/controls.h"
 #include "ui/dialogs/export_progress.h"
 
 namespace wavo {

@@ -8,10 +8,10 @@
 
 #include "dialog_driver.h"
 #include "settings/view_settings.h"
+#include "ui/controls/line_edits.h"
 #include "ui/dialogs/add_text.h"
 #include "ui/dialogs/choosers.h"
 #include "ui/dialogs/file_dialogs.h"
-#include "ui/dialogs/line_edits.h"
 #include "ui/dialogs/path_save_data.h"
 #include "ui/dialogs/trigger_condition.h"
 #include "ui/dialogs/wavo_properties.h"

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "temporary_folder.h"
-#include "ui/dialogs/controls.h"
+#include "ui/controls/controls.h"
 #include "ui/dialogs/file_dialogs.h"
 #include "ui/dialogs/message_boxes.h"
 #include "ui/dialogs/path_save_data.h"

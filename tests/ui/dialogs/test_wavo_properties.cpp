@@ -8,8 +8,8 @@
 #include "dialog_driver.h"
 #include "graph/draw/display_settings.h"
 #include "system_facts.h"
+#include "ui/controls/color_field.h"
 #include "ui/dialogs/choosers.h"
-#include "ui/dialogs/color_field.h"
 #include "ui/dialogs/wavo_properties.h"
 #include "ui/dialogs/wavo_properties_controls.h"
 

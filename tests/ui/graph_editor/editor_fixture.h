@@ -15,10 +15,10 @@
 #include "expect_errors.h"
 #include "link/axis_capabilities.h"
 #include "support/diagnostics.h"
-#include "ui/dialogs/ax_select.h"
+#include "ui/controls/controls.h"
 #include "ui/dialogs/choosers.h"
-#include "ui/dialogs/controls.h"
 #include "ui/dialogs/message_boxes.h"
+#include "ui/graph_editor/ax_select.h"
 
 namespace wavo::testing {
 

@@ -3,8 +3,8 @@
 #include <QLineEdit>
 
 #include "editor_fixture.h"
-#include "ui/dialogs/color_field.h"
-#include "ui/dialogs/curve_palette.h"
+#include "ui/controls/color_field.h"
+#include "ui/graph_editor/curve_palette.h"
 
 namespace wavo {
 namespace {

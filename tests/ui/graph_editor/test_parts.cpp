@@ -12,8 +12,8 @@
 #include "graph/draw/colors.h"
 #include "graph/draw/display_settings.h"
 #include "system_facts.h"
-#include "ui/dialogs/curve_palette.h"
-#include "ui/dialogs/flow_layout.h"
+#include "ui/graph_editor/curve_palette.h"
+#include "ui/graph_editor/flow_layout.h"
 
 namespace wavo {
 namespace {

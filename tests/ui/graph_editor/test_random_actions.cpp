@@ -7,7 +7,7 @@
 #include <set>
 
 #include "editor_fixture.h"
-#include "ui/dialogs/graph_edits.h"
+#include "ui/graph_editor/graph_edits.h"
 
 namespace wavo {
 namespace {

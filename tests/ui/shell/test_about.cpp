@@ -5,7 +5,7 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 
-#include "ui/dialogs/controls.h"
+#include "ui/controls/controls.h"
 #include "ui/shell/about_dlg.h"
 #include "ui/shell/version_data.h"
 

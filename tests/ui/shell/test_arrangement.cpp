@@ -14,10 +14,10 @@
 #include <QTemporaryDir>
 #include <QToolBar>
 
-#include "ui/dialogs/controls.h"
-#include "ui/shell/customize_dialog.h"
+#include "ui/bars/customize_dialog.h"
+#include "ui/bars/recent_files.h"
+#include "ui/controls/controls.h"
 #include "ui/shell/main_frame.h"
-#include "ui/shell/recent_files.h"
 #include "view/wavo_view.h"
 
 namespace wavo {

@@ -14,9 +14,9 @@
 #include <memory>
 #include <set>
 
-#include "ui/shell/commands.h"
+#include "ui/bars/commands.h"
+#include "ui/bars/menu_table.h"
 #include "ui/shell/main_frame.h"
-#include "ui/shell/menu_table.h"
 #include "view/wavo_view.h"
 
 namespace wavo {

@@ -25,10 +25,10 @@
 #include "master_window.h"
 #include "settings/view_settings_file.h"
 #include "system_facts.h"
-#include "ui/dialogs/app_messages.h"
-#include "ui/dialogs/controls.h"
-#include "ui/dialogs/editor_controls.h"
+#include "ui/controls/controls.h"
 #include "ui/dialogs/message_boxes.h"
+#include "ui/graph_editor/editor_controls.h"
+#include "ui/messages.h"
 #include "ui/shell/main_frame.h"
 #include "view/wavo_view.h"
 

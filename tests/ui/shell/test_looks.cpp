@@ -19,8 +19,8 @@
 
 #include "graph/draw/colors.h"
 #include "seen_contrast.h"
-#include "ui/shell/bar_setup.h"
-#include "ui/shell/command_icons.h"
+#include "ui/bars/bar_setup.h"
+#include "ui/bars/command_icons.h"
 #include "ui/shell/looks.h"
 #include "ui/shell/main_frame.h"
 

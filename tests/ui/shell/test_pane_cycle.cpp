@@ -9,9 +9,9 @@
 #include <cmath>
 
 #include "seen_contrast.h"
-#include "ui/dialogs/controls.h"
-#include "ui/dialogs/editor_controls.h"
-#include "ui/shell/commands.h"
+#include "ui/bars/commands.h"
+#include "ui/controls/controls.h"
+#include "ui/graph_editor/editor_controls.h"
 #include "ui/shell/looks.h"
 #include "ui/shell/main_frame.h"
 #include "view/wavo_view.h"

@@ -23,6 +23,7 @@
 #include "settings/view_settings_file.h"
 #include "support/diagnostics.h"
 #include "system_facts.h"
+#include "ui/bars/commands.h"
 #include "ui/dialogs/add_text.h"
 #include "ui/dialogs/add_text_controls.h"
 #include "ui/dialogs/choosers.h"
@@ -30,7 +31,6 @@
 #include "ui/dialogs/trigger_condition.h"
 #include "ui/dialogs/wavo_properties.h"
 #include "ui/dialogs/wavo_properties_controls.h"
-#include "ui/shell/commands.h"
 #include "ui/shell/main_frame.h"
 #include "view/wavo_view.h"
 

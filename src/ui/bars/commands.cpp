@@ -1,0 +1,120 @@
+#include "ui/bars/commands.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace wavo {
+
+namespace {
+
+constexpr CommandOwner kShell = CommandOwner::kShell;
+
+constexpr Command kCommandTable[] = {
+    {CommandId::kNew, "new", "&New\tCtrl+N", "Begins without any graph\nNew"},
+    {CommandId::kOpen, "open", "&Open...\tCtrl+O", "Opens a graph file\nOpen"},
+    {CommandId::kSave, "save", "&Save\tCtrl+S", "Writes the graphs into their file\nSave"},
+    {CommandId::kSaveAs, "save_as", "Save &As...", "Writes the graphs into another file\nSave As"},
+    {CommandId::kPrint, "print", "&Print...\tCtrl+P", "Prints the graphs\nPrint"},
+    {CommandId::kPrintPreview, "print_preview", "Print Pre&view",
+     "Shows the graphs as they are printed\nPrint Preview"},
+    {CommandId::kPageSetup, "page_setup", "P&rint Setup...",
+     "Chooses the printer and its paper\nPrint Setup"},
+    {CommandId::kProperties, "properties", "Proper&ties",
+     "Colours, font, scale lines and export of the graphs\nProperties"},
+    {CommandId::kAdditionalText, "additional_text", "Add. &Text",
+     "A line of text below the graphs\nAdditional text"},
+    {CommandId::kRecentFile, "recent_file", "Recent &File", "Open this document"},
+    {CommandId::kExit, "exit", "E&xit", "end wavo.\nexit", kShell},
+    {CommandId::kToolBars, "tool_bars", "&Toolbars and Docking Windows",
+     "Shows or hides the tool bars\nTool bars", kShell},
+    {CommandId::kCustomize, "customize", "Customize...",
+     "Chooses the buttons of the tool bars\nCustomize", kShell},
+    {CommandId::kStatusBar, "status_bar", "&Status Bar", "Shows or hides this line\nStatus bar",
+     kShell},
+    {CommandId::kLookClassic, "look_classic", "Windows &2000",
+     "Grey with raised edges\nWindows 2000", kShell},
+    {CommandId::kLookFlat, "look_flat", "Office &XP", "Flat and bluish grey\nOffice XP", kShell},
+    {CommandId::kLookNative, "look_native", "&Windows XP", "Warm and rounded\nWindows XP", kShell},
+    {CommandId::kLookBlueBars, "look_blue_bars", "Office 200&3",
+     "Blue bars with orange buttons\nOffice 2003", kShell},
+    {CommandId::kLookStudio, "look_studio", "Visual Studio.NET 200&5",
+     "Bright bars on warm grey\nVisual Studio.NET 2005", kShell},
+    {CommandId::kLookBlue, "look_blue", "&Blue Style", "Light blue\nBlue style", kShell},
+    {CommandId::kLookBlack, "look_black", "B&lack Style", "Dark, for dim rooms\nBlack style",
+     kShell},
+    {CommandId::kLookSilver, "look_silver", "&Silver Style", "Silver\nSilver style", kShell},
+    {CommandId::kLookAqua, "look_aqua", "&Aqua Style", "Bluish green\nAqua style", kShell},
+    {CommandId::kShowGraphEditor, "graph_editor", "Graph Editor",
+     "Shows the graph editor above the graphs\nGraph editor"},
+    {CommandId::kConnect, "connect", "&Connect Machine data",
+     "connecting machine data\nconnecting"},
+    {CommandId::kStart, "start", "St&art\tCtrl+A", "start wavo.\nstart"},
+    {CommandId::kStop, "stop", "Stop\tCtrl+H", "stop wavo.\nstop"},
+    {CommandId::kStartAfterTrigger, "start_after_trigger", "Start after &trigger\tCtrl+T",
+     "start after trigger event\n start after trigger"},
+    {CommandId::kAbout, "about", "&About Wavo...", "Version and copyright of the program\nAbout",
+     kShell},
+    {CommandId::kNextPane, "next_pane", "Next Pane\tF6", "Goes to the next pane\nNext pane",
+     kShell},
+    {CommandId::kPreviousPane, "previous_pane", "Previous Pane\tShift+F6",
+     "Goes to the previous pane\nPrevious pane", kShell},
+};
+
+constexpr CommandId kBasicCommands[] = {
+    CommandId::kNew,          CommandId::kOpen,       CommandId::kSave,
+    CommandId::kPrint,        CommandId::kExit,       CommandId::kConnect,
+    CommandId::kStart,        CommandId::kStop,       CommandId::kStartAfterTrigger,
+    CommandId::kAbout,        CommandId::kStatusBar,  CommandId::kToolBars,
+    CommandId::kLookBlueBars, CommandId::kLookStudio, CommandId::kLookBlue,
+    CommandId::kLookSilver,   CommandId::kLookBlack,  CommandId::kLookAqua,
+};
+
+constexpr CommandId kHarmlessCommands[] = {
+    CommandId::kOpen,      CommandId::kSaveAs,         CommandId::kPrint,
+    CommandId::kPageSetup, CommandId::kPrintPreview,   CommandId::kProperties,
+    CommandId::kCustomize, CommandId::kAdditionalText, CommandId::kShowGraphEditor,
+    CommandId::kAbout,
+};
+
+QString Part(const char* text, QChar separator, int index) {
+    return QString::fromLatin1(text).section(separator, index, index);
+}
+
+}  // namespace
+
+std::span<const Command> Commands() {
+    return kCommandTable;
+}
+
+const Command* FindCommand(CommandId id) {
+    const auto* const found = std::find_if(std::begin(kCommandTable), std::end(kCommandTable),
+                                           [id](const Command& row) { return row.id == id; });
+    return found == std::end(kCommandTable) ? nullptr : found;
+}
+
+QString MenuText(const Command& command) {
+    return Part(command.text, u'\t', 0);
+}
+
+QString ShortcutText(const Command& command) {
+    return Part(command.text, u'\t', 1);
+}
+
+QString StatusPrompt(const Command& command) {
+    return Part(command.status_text, u'\n', 0);
+}
+
+QString ToolTip(const Command& command) {
+    return Part(command.status_text, u'\n', 1);
+}
+
+bool IsHarmless(CommandId id) {
+    return std::find(std::begin(kHarmlessCommands), std::end(kHarmlessCommands), id) !=
+           std::end(kHarmlessCommands);
+}
+
+std::span<const CommandId> BasicCommands() {
+    return kBasicCommands;
+}
+
+}  // namespace wavo

@@ -1,0 +1,86 @@
+// What the graph editor does to a graph record, without any window.
+//
+// Invariants:
+// 1. A record that has one entry per y axis in all of its lists keeps them so. One with fewer
+//    (from a damaged file) is never read beyond what it has.
+// 2. A record without y axes may have one y scale too many; the first axis that is added takes
+//    its place.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "graph/model/wavo_graph.h"
+
+namespace wavo {
+
+struct AxisCapabilities;
+
+/// Values that are typed as bounds of a scale are held within plus and minus this.
+inline constexpr double kLargestBound = 1e8;
+
+/// Seconds that a graph over time shows where it was told none.
+inline constexpr double kDefaultTimeRange = 10.0;
+
+/// Size of the area that a graph's curves are drawn in, pixels; 0 before the first layout.
+struct PlotSize {
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+};
+
+/// The derivation order of a y axis; 0 for one that the record does not tell.
+std::int32_t DerivationOf(const WavoGraph& graph, std::size_t axis);
+
+/// The y axis of a name and a derivation order; of several the last, which was added last.
+std::optional<std::size_t> FindYAxis(const WavoGraph& graph, const std::string& name,
+                                     std::int32_t derivation);
+
+/// The y axes as one text: "X,X',Y".
+std::string YAxesText(const WavoGraph& graph);
+
+/// Makes x the time. A time range below the shortest becomes 10 s.
+void MakeXTime(WavoGraph& graph);
+
+/// Makes x the axis `name` (may be empty) and keeps the first y axis alone, with derivation 0. An
+/// x scale that never had a range gets that of the y axis.
+void MakeXAxis(WavoGraph& graph, const std::string& name, const PlotSize& plot);
+
+struct YAxisToAdd {
+    std::string name;
+    ColorRef color = 0;
+    std::int32_t derivation = 0;
+};
+
+/// Appends a y axis. Its manual scale comes from the limits for its derivation, within
+/// kLargestBound; -1000 to 1000 for limits that are not known.
+void AddYAxis(WavoGraph& graph, const YAxisToAdd& axis,
+              const std::optional<AxisCapabilities>& limits);
+
+/// Removes a y axis with its colour, derivation, trigger and scale; a missing colour or derivation
+/// is reported.
+void RemoveYAxis(WavoGraph& graph, std::size_t axis);
+
+/// Over an axis, with round circles: makes a unit as long in x as in y on a plot of that size, by
+/// moving the x maximum.
+/// Nothing with another graph, before the graph was laid out, or for a y range that does not go up.
+void KeepCirclesRound(WavoGraph& graph, std::size_t y_scale, const PlotSize& plot);
+
+/// Whether a scale is manual, or was given a range before. One that never was leaves its edits free
+/// for one.
+bool HasBounds(const ScaleDefinition& scale);
+
+/// The radius of a guiding circle; nothing for one that is not set.
+std::optional<double> RadiusOf(double dx);
+
+/// Whether a graph has start triggers and stop triggers.
+bool MixesTriggers(const WavoGraph& graph);
+
+/// The trigger entry to edit for a y axis: that of the record, or none; with an axis name.
+TriggerEntry TriggerOf(const WavoGraph& graph, std::size_t axis);
+
+/// Puts the trigger of a y axis into the record.
+void SetTrigger(WavoGraph& graph, std::size_t axis, const TriggerEntry& trigger);
+
+}  // namespace wavo
