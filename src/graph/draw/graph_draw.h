@@ -27,16 +27,16 @@
 #include <string>
 #include <vector>
 
-#include "graph/draw/colors.h"
 #include "graph/draw/display_settings.h"
-#include "graph/draw/guiding_circles.h"
-#include "graph/draw/labels.h"
+#include "graph/draw/frame/colors.h"
+#include "graph/draw/frame/guiding_circles.h"
+#include "graph/draw/frame/labels.h"
+#include "graph/draw/frame/texts.h"
 #include "graph/draw/lines_draw_axis.h"
-#include "graph/draw/mapping.h"
-#include "graph/draw/plot_canvas.h"
-#include "graph/draw/run_state.h"
-#include "graph/draw/texts.h"
+#include "graph/draw/raster/mapping.h"
+#include "graph/draw/raster/plot_canvas.h"
 #include "graph/model/wavo_graph.h"
+#include "graph/record/run_state.h"
 #include "graph/values/graph_streams.h"
 #include "graph/values/graph_value.h"
 #include "graph/values/stream_rows.h"

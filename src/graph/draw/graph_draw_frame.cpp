@@ -4,7 +4,7 @@
 #include <QString>
 #include <algorithm>
 
-#include "graph/draw/frame_painter.h"
+#include "graph/draw/frame/frame_painter.h"
 #include "graph/draw/graph_draw.h"
 #include "graph/draw/report_texts.h"
 #include "support/diagnostics.h"

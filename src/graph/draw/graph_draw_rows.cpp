@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <optional>
 
+#include "graph/draw/curve/sweep.h"
 #include "graph/draw/graph_draw.h"
 #include "graph/draw/report_texts.h"
-#include "graph/draw/sweep.h"
 #include "graph/values/missing_value.h"
 #include "support/diagnostics.h"
 

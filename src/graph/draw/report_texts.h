@@ -24,8 +24,6 @@ inline constexpr char kTooManyNewValues[] =
 inline constexpr char kUnequalValueCounts[] =
     "LinesDrawAxis::DrawLinesXIsAx(): number of values x-coor. and number of values y-coor. are "
     "not equal";
-inline constexpr char kBadScaleType[] = "GraphDefineGetMinMaxValue(): invalid ScaleType";
-inline constexpr char kBadScaleAx[] = "GraphDefineGetMinMaxValue(): invalid ScaleAx";
 
 // The trace.
 inline constexpr char kTakingValues[] = "DrawGraph(): --- starting to get act. valus";

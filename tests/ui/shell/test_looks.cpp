@@ -17,7 +17,7 @@
 #include <cstdlib>
 #include <set>
 
-#include "graph/draw/colors.h"
+#include "graph/draw/frame/colors.h"
 #include "seen_contrast.h"
 #include "ui/shell/bar_setup.h"
 #include "ui/shell/command_icons.h"
