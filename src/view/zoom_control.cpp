@@ -42,7 +42,7 @@ void ZoomControl::ZoomGraph(std::size_t index, double start, double end) {
             graph->Zoom().end != span.end) {
             continue;  // refused, and reported
         }
-        for (GraphValue* const value : graph->Values()) {
+        for (GraphValue* const value : graph->Recorder().Values()) {
             value->MarkFirstRangeRequest();
         }
         m_entries.push_back({graph->Graph().GraphNumber, before});

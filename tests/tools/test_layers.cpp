@@ -37,7 +37,7 @@ const std::map<std::string, Layer>& Layers() {
         {"graph/model", {{"link/axis_capabilities.h", "support"}}},
         {"graph/values", {{"source", "support"}}},
         {"graph/record", {{"graph/model", "graph/values", "source", "support"}}},
-        {"graph/draw/raster", {{"graph/values/min_max_pyramid.h"}, true}},
+        {"graph/draw/raster", {{"graph/values/min_max_pyramid.h", "support/to_count.h"}, true}},
         {"graph/draw/curve",
          {{"graph/draw/raster", "source", "graph/model", "graph/values", "support"}, true}},
         {"graph/draw/frame",

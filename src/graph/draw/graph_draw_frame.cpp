@@ -68,7 +68,7 @@ void GraphDraw::MakeFrame(const QRect& rectangle) {
 }
 
 GraphDraw::FrameContent GraphDraw::FrameNow() const {
-    return {m_window, m_run_state, IsTimeGraph() ? m_shown_x_scale : m_graph.XScale,
+    return {m_window, m_recorder.State(), IsTimeGraph() ? m_shown_x_scale : m_graph.XScale,
             m_graph.YScales};
 }
 
@@ -121,7 +121,7 @@ void GraphDraw::DrawFrameTexts() {
     texts.x_text = QString::fromStdString(XText(m_graph, m_window));
     texts.x_spacing =
         QString::fromStdString(XSpacingText(m_graph, m_drawn_content.x, m_x_scale_lines));
-    texts.state = m_run_state;
+    texts.state = m_recorder.State();
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         const std::string marked_name =
             AxisLabel(m_graph.YCoorAxName[i], m_graph.YCoorAxDerivation[i]);

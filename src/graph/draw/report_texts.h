@@ -15,8 +15,6 @@ inline constexpr char kBadLineCount[] = "GraphDraw::DrawGraph(): invalid size of
 inline constexpr char kUnknownAxis[] = "GraphDraw::GetAxValues(): unknown axis: %s";
 inline constexpr char kStreamsMissing[] =
     "GraphDraw::DrawGraph(): m_pLinesY.size()!=m_pVectYValueFifo.size()";
-inline constexpr char kTriggerWithoutTest[] =
-    "GraphDraw::IsTrigger(): m_TriggerData[i].pTestTriggerEvent undefined";
 inline constexpr char kNoTimeRange[] =
     "LinesDrawAxis::GetXTimeRange(): x scale is not a time range";
 inline constexpr char kTooManyNewValues[] =

@@ -1,6 +1,10 @@
 #include "graph/record/run_state.h"
 
+#include <cstddef>
 #include <limits>
+#include <optional>
+
+#include "graph/values/trigger_test.h"
 
 namespace wavo {
 
@@ -24,26 +28,21 @@ const char* StatusText(RunState state) {
 
 namespace {
 
-template <typename Test>
-bool FindFirst(const std::vector<double>& values, std::uint64_t& index, Test test) {
-    index = std::numeric_limits<std::uint64_t>::max();
-    for (std::uint64_t i = 0; i < values.size(); ++i) {
-        if (test(values[i])) {
-            index = i;
-            return true;
-        }
-    }
-    return false;
+bool FindFirst(const std::vector<double>& values, std::uint64_t& index, TriggerSide side,
+               double limit) {
+    const std::optional<std::size_t> first = FirstBeyond(values, side, limit);
+    index = first.value_or(std::numeric_limits<std::uint64_t>::max());
+    return first.has_value();
 }
 
 }  // namespace
 
 bool TestTriggerGreater(const std::vector<double>& values, std::uint64_t& index, double limit) {
-    return FindFirst(values, index, [limit](double value) { return value > limit; });
+    return FindFirst(values, index, TriggerSide::kAbove, limit);
 }
 
 bool TestTriggerLess(const std::vector<double>& values, std::uint64_t& index, double limit) {
-    return FindFirst(values, index, [limit](double value) { return value < limit; });
+    return FindFirst(values, index, TriggerSide::kBelow, limit);
 }
 
 TriggerTest TestOfTrigger(TriggerTypeCode type) {

@@ -22,6 +22,11 @@ enum class RunState : std::int32_t {
     kStoppedAfterStop = 6,   ///< the stop trigger ended the recording
 };
 
+/// A trigger has ended the recording.
+inline bool IsStopped(RunState state) {
+    return state == RunState::kStoppedAfterStart || state == RunState::kStoppedAfterStop;
+}
+
 /// Text that a graph shows for its state, ending in two blanks; empty for kRunning.
 const char* StatusText(RunState state);
 

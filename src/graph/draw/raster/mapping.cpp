@@ -66,13 +66,6 @@ std::int32_t ToPixel(double value) noexcept {
     return static_cast<std::int32_t>(std::clamp(value, kLeast, kMost));
 }
 
-std::uint64_t ToCount(double value, std::uint64_t limit) noexcept {
-    if (!(value > 0.0)) {
-        return 0;
-    }
-    return value < static_cast<double>(limit) ? static_cast<std::uint64_t>(value) : limit;
-}
-
 double ValueAtColumn(const ScaleLines& vertical, double pixel) noexcept {
     for (std::size_t k = 0; k + 1 < vertical.size(); ++k) {
         const double left = vertical[k].x1;

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "graph/draw/raster/scale_range.h"
+#include "support/to_count.h"
 
 namespace wavo {
 
@@ -44,9 +45,6 @@ void FillScaleValues(ScaleLines& lines, const ScaleRange& range);
 
 /// Truncates toward zero; what does not fit becomes the nearest number that does, NaN becomes 0.
 std::int32_t ToPixel(double value) noexcept;
-
-/// Truncates toward zero; negative numbers and NaN become 0, what exceeds `limit` the limit.
-std::uint64_t ToCount(double value, std::uint64_t limit) noexcept;
 
 /// The value at a pixel column of vertical scale lines; -1 outside them.
 double ValueAtColumn(const ScaleLines& vertical, double pixel) noexcept;

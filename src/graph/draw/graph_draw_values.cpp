@@ -1,4 +1,4 @@
-// What a graph takes of its streams, side by side: a row is a line of the master.
+// Which part of its streams a graph shows, and the values that it shows of them.
 #include <algorithm>
 #include <optional>
 
@@ -35,60 +35,11 @@ void KeepFullRows(std::vector<std::vector<double>>& columns) {
 
 }  // namespace
 
-StreamRows GraphDraw::Rows() const {
-    std::vector<const GraphValue*> streams;
-    for (const DrawBuffer& buffer : m_buffers) {
-        streams.push_back(buffer.value);
-    }
-    streams.push_back(m_x_buffer.value);
-    return StreamRows(streams);
-}
-
-GraphDraw::DrawBuffer& GraphDraw::BufferOf(std::size_t stream) {
-    return stream < m_buffers.size() ? m_buffers[stream] : m_x_buffer;
-}
-
-SampleStretch GraphDraw::RowsOfSpan(const StreamRows& rows) const {
-    SampleStretch span;
-    span.count = rows.CountOfSpan(GraphTimeRange(m_graph));
-    span.position = rows.Count() - span.count;
-    if (!IsTimeGraph() && m_x_buffer.value != nullptr) {
-        // A point has two values.
-        const std::uint64_t first = std::max(span.position, rows.FirstOfAll());
-        span.count -= first - span.position;
-        span.position = first;
-    }
-    return span;
-}
-
-void GraphDraw::TakeRows(const StreamRows& rows, const SampleStretch& taken) {
-    for (std::size_t i = 0; i <= m_buffers.size(); ++i) {
-        DrawBuffer& buffer = BufferOf(i);
-        if (buffer.value != nullptr) {
-            rows.Copy(i, taken.position, taken.count, buffer.values);
-            buffer.underived = rows.Underived(i, taken.position, taken.count);
-        }
-    }
-}
-
-double GraphDraw::TimeBeforeDisplay(const StreamRows& rows) const {
-    const double held = static_cast<double>(rows.Count()) * m_cycle_time;
-    return std::max(0.0, held - GraphTimeRange(m_graph));
-}
-
-double GraphDraw::LongestRange() const {
-    double longest = 0.0;
-    for (const GraphValue* value : Values()) {
-        longest = std::max(longest, value->TimeRange());
-    }
-    return longest;
-}
-
 TimeWindow GraphDraw::WindowInRows(double before) const {
     const double length = m_zoom.end - m_zoom.start;
     double from = m_zoom.offset + m_zoom.start + before;
     double to = m_zoom.offset + m_zoom.end + before;
-    double longest = LongestRange();
+    double longest = m_recorder.LongestRange();
     if (m_recorded_section && !m_lines.empty()) {
         // The batch that the trigger fired in is recorded besides the range.
         const auto held = static_cast<double>(m_lines.front()->HeldSamples());
@@ -107,11 +58,9 @@ TimeWindow GraphDraw::WindowInRows(double before) const {
 
 bool GraphDraw::ShowsRecording() const {
     // While a graph waits again, its last recording may still be seen.
-    return m_run_state == RunState::kRunningAfterStart ||
-           m_run_state == RunState::kStoppedAfterStart ||
-           m_run_state == RunState::kStoppedAfterStop ||
-           (m_run_state == RunState::kWaitingForStart && !m_lines.empty() &&
-            m_lines.front()->Size() > 0);
+    const RunState state = m_recorder.State();
+    return state == RunState::kRunningAfterStart || IsStopped(state) ||
+           (state == RunState::kWaitingForStart && !m_lines.empty() && m_lines.front()->Size() > 0);
 }
 
 TimeWindow GraphDraw::ZoomSpanOf(const TimeWindow& marked) const {
@@ -126,18 +75,17 @@ TimeWindow GraphDraw::ZoomSpanOf(const TimeWindow& marked) const {
     }
     double oldest = 0.0;  // of the curve, where SetZoomRange counts from
     if (!ShowsRecording()) {
-        const StreamRows rows = Rows();
+        const StreamRows rows = m_recorder.Rows();
         oldest =
             (static_cast<double>(rows.Count()) - static_cast<double>(line.Size())) * m_cycle_time -
-            TimeBeforeDisplay(rows);
+            m_recorder.TimeBeforeSpan(rows);
     }
     const TimeWindow span{std::max(0.0, shown->start + oldest), shown->end + oldest};
     return span.end > span.start ? span : marked;
 }
 
 bool GraphDraw::ShowsBuffers() const {
-    return m_run_state != RunState::kStoppedAfterStart &&
-           m_run_state != RunState::kStoppedAfterStop && !(Zoomed() && m_recorded_section);
+    return !IsStopped(m_recorder.State()) && !(Zoomed() && m_recorded_section);
 }
 
 std::optional<std::size_t> GraphDraw::StreamOf(const std::string& axis_name) const {
@@ -147,7 +95,7 @@ std::optional<std::size_t> GraphDraw::StreamOf(const std::string& axis_name) con
         return static_cast<std::size_t>(found - names.begin());
     }
     if (!IsTimeGraph() && axis_name == m_graph.XCoorAxName) {
-        return m_buffers.size();
+        return m_recorder.Axes();
     }
     MERRLOG(draw_texts::kUnknownAxis, axis_name.c_str());
     return std::nullopt;
@@ -167,8 +115,7 @@ bool GraphDraw::GetAxValues(const std::string& axis_name, std::vector<double>& v
     if (!stream.has_value()) {
         return false;
     }
-    const GraphValue* const value =
-        *stream < m_buffers.size() ? m_buffers[*stream].value : m_x_buffer.value;
+    const GraphValue* const value = m_recorder.Taken(*stream).value;
     if (!Zoomed() && ShowsBuffers() && value != nullptr) {
         double start_time = 0.0;
         value->GetTimeRangeValues(values, GraphTimeRange(m_graph), start_time);
@@ -191,18 +138,13 @@ void GraphDraw::GetAxRows(const std::vector<std::string>& axis_names,
         return;  // there is no line that all of them hold
     }
     const bool attached = std::all_of(streams.begin(), streams.end(), [this](std::size_t stream) {
-        return (stream < m_buffers.size() ? m_buffers[stream].value : m_x_buffer.value) != nullptr;
+        return m_recorder.Taken(stream).value != nullptr;
     });
     if (attached && ShowsBuffers() && Zoomed() == m_window_taken) {
-        const StreamRows rows = Rows();
-        const SampleStretch shown = Zoomed() ? m_window_rows : RowsOfSpan(rows);
+        const StreamRows rows = m_recorder.Rows();
+        const SampleStretch shown = Zoomed() ? m_window_rows : m_recorder.RowsOfSpan(rows);
         for (std::size_t i = 0; i < streams.size(); ++i) {
-            rows.Copy(streams[i], shown.position, shown.count, columns[i]);
-            for (const SampleStretch& none :
-                 rows.Underived(streams[i], shown.position, shown.count)) {
-                std::fill_n(columns[i].begin() + static_cast<std::ptrdiff_t>(none.position),
-                            none.count, kNoValue);
-            }
+            GraphRecorder::CopyRows(rows, streams[i], shown, columns[i]);
         }
     } else {
         for (std::size_t i = 0; i < streams.size(); ++i) {
