@@ -15,9 +15,6 @@ namespace {
 constexpr std::int32_t kDefaultXScaleLines = 5;
 constexpr std::int32_t kDefaultYScaleLines = 3;
 
-/// A zoom shorter than this, seconds, shows nothing.
-constexpr double kSmallestZoom = 0.0001;
-
 /// A plot area with a lower or narrower side, logical pixels, is small.
 constexpr int kSmallPlot = 40;
 
@@ -66,8 +63,8 @@ GraphDraw::GraphDraw(const QRect& rectangle, const WavoGraph& graph, GraphDrawHo
       m_y_scale_lines(CheckedYLines(y_scale_lines)),
       m_rectangle(rectangle),
       m_shown_x_scale(graph.XScale),
-      m_recorder(m_graph, cycle_time, streams) {
-    m_zoom.definition = m_graph;
+      m_recorder(m_graph, cycle_time, streams),
+      m_zoom(m_graph, cycle_time) {
     Layout();
     CreateLines();
     PrimeLines();
@@ -190,37 +187,8 @@ void GraphDraw::SetRectangle(const QRect& rectangle) {
     Layout();
 }
 
-void GraphDraw::SetZoomRange(double start, double end) {
-    if (start > end || !std::isfinite(start) || !std::isfinite(end)) {
-        MERRLOG(draw_texts::kBadZoomTime);
-        m_zoom.active = false;
-        return;
-    }
-    if (end - start < kSmallestZoom) {
-        MERRLOG(draw_texts::kZoomTooSmall);
-        return;
-    }
-    if (m_zoom.first) {
-        m_zoom.first = false;
-        m_zoom.offset = 0.0;
-    } else if (m_zoom.offset == 0.0) {
-        m_zoom.offset = m_zoom.start;
-    } else {
-        m_zoom.offset += m_zoom.start;
-    }
-    if (!m_zoom.active) {
-        m_recorded_section = ShowsRecording();
-    }
-    m_zoom.start = start;
-    m_zoom.end = end;
-    m_zoom.graph_number = m_graph.GraphNumber;
-    m_zoom.active = true;
-    m_zoom.definition = m_graph;
-}
-
 void GraphDraw::RestoreZoom(const ZoomState& zoom) {
-    m_zoom = zoom;
-    m_window = {};
+    m_zoom.Restore(zoom);
     // The next step shows the range or the window; here only scales that followed the values.
     bool changed = m_graph.XScale != zoom.definition.XScale;
     m_graph.XScale = zoom.definition.XScale;

@@ -32,6 +32,7 @@
 #include "graph/draw/frame/guiding_circles.h"
 #include "graph/draw/frame/labels.h"
 #include "graph/draw/frame/texts.h"
+#include "graph/draw/graph_zoom.h"
 #include "graph/draw/lines_draw_axis.h"
 #include "graph/draw/raster/mapping.h"
 #include "graph/draw/raster/plot_canvas.h"
@@ -48,18 +49,6 @@ class GraphDrawHost {
     virtual ~GraphDrawHost() = default;
     /// A recording that a start trigger began is complete. Called once, from within DrawGraph.
     virtual void RecordingEnded() = 0;
-};
-
-/// The zoom of a time graph. Start and end count from the left border of the display in which the
-/// zoom was chosen; `offset` is where that left border stood.
-struct ZoomState {
-    bool active = false;
-    bool first = true;  ///< no zoom since the graph was made or restarted
-    double start = 0.0;
-    double end = 0.0;
-    double offset = 0.0;
-    std::uint32_t graph_number = 0;
-    WavoGraph definition;  ///< as it was when the zoom was set
 };
 
 class GraphDraw {
@@ -94,7 +83,7 @@ class GraphDraw {
 
     /// Zooms a time graph to a span of its displayed time axis, seconds. A span that runs backwards
     /// switches the zoom off; one below 0.1 ms changes nothing; both are reported.
-    void SetZoomRange(double start, double end);
+    void SetZoomRange(double start, double end) { m_zoom.Set(start, end, ShowsRecording()); }
 
     /// The span for SetZoomRange that shows the samples at places of the display, `marked` seconds
     /// from its left border. In the order of time these are one; the picture of a sweep that has
@@ -135,8 +124,8 @@ class GraphDraw {
     [[nodiscard]] RunState State() const { return m_recorder.State(); }
     /// What the graph has taken of its streams.
     [[nodiscard]] const GraphRecorder& Recorder() const { return m_recorder; }
-    [[nodiscard]] const ZoomState& Zoom() const { return m_zoom; }
-    [[nodiscard]] const TimeWindow& DisplayedWindow() const { return m_window; }
+    [[nodiscard]] const ZoomState& Zoom() const { return m_zoom.State(); }
+    [[nodiscard]] const TimeWindow& DisplayedWindow() const { return m_zoom.Window(); }
 
     /// The rubber band of a zoom that is being dragged; null when there is none.
     [[nodiscard]] const QRect& Tracker() const { return m_tracker; }
@@ -181,7 +170,7 @@ class GraphDraw {
     // The step (graph_draw_steps.cpp).
     void Restart();
     void TakeValues();
-    void TakeZoomWindow();
+    void ShowZoomWindow();
     void ShowScale(double time_range);
     void ShowFullScale();
     void Refill();
@@ -192,7 +181,6 @@ class GraphDraw {
     void ReportDifferentSizes() const;
 
     // What is shown of the streams (graph_draw_values.cpp). Streams count as in the recorder.
-    [[nodiscard]] TimeWindow WindowInRows(double before) const;
     [[nodiscard]] bool ShowsRecording() const;
     [[nodiscard]] std::optional<std::size_t> StreamOf(const std::string& axis_name) const;
     [[nodiscard]] bool ShowsBuffers() const;
@@ -211,7 +199,6 @@ class GraphDraw {
     void CopyFrame(QImage& picture, const QRect& part) const;
 
     [[nodiscard]] bool IsTimeGraph() const { return m_graph.XCoorType != CoorType::kAxis; }
-    [[nodiscard]] bool Zoomed() const { return m_zoom.active && IsTimeGraph(); }
     [[nodiscard]] ScaleDefinition& ShownXScale() {
         return IsTimeGraph() ? m_shown_x_scale : m_graph.XScale;
     }
@@ -246,11 +233,7 @@ class GraphDraw {
     GraphRecorder m_recorder;
     std::vector<std::unique_ptr<LinesDrawAxis>> m_lines;
 
-    ZoomState m_zoom;
-    TimeWindow m_window;
-    SampleStretch m_window_rows;      ///< of the streams; while it is no recording's
-    bool m_window_taken = false;      ///< the values of this step are those of the zoom window
-    bool m_recorded_section = false;  ///< the zoom was chosen in a recording
+    GraphZoom m_zoom;
 };
 
 }  // namespace wavo

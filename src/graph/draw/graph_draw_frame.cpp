@@ -68,7 +68,7 @@ void GraphDraw::MakeFrame(const QRect& rectangle) {
 }
 
 GraphDraw::FrameContent GraphDraw::FrameNow() const {
-    return {m_window, m_recorder.State(), IsTimeGraph() ? m_shown_x_scale : m_graph.XScale,
+    return {m_zoom.Window(), m_recorder.State(), IsTimeGraph() ? m_shown_x_scale : m_graph.XScale,
             m_graph.YScales};
 }
 
@@ -118,7 +118,7 @@ void GraphDraw::DrawFrameLines() {
 
 void GraphDraw::DrawFrameTexts() {
     FrameTexts texts;
-    texts.x_text = QString::fromStdString(XText(m_graph, m_window));
+    texts.x_text = QString::fromStdString(XText(m_graph, m_zoom.Window()));
     texts.x_spacing =
         QString::fromStdString(XSpacingText(m_graph, m_drawn_content.x, m_x_scale_lines));
     texts.state = m_recorder.State();

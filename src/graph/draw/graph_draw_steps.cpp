@@ -34,9 +34,7 @@ void GraphDraw::Restart() {
         line->Empty();
     }
     m_recorder.Restart();
-    m_zoom.active = false;
-    m_zoom.first = true;
-    m_recorded_section = false;
+    m_zoom.Leave();
     ShowFullScale();
 }
 
@@ -47,13 +45,13 @@ void GraphDraw::ReportDifferentSizes() const {
 }
 
 void GraphDraw::TakeValues() {
-    m_window_taken = false;
+    m_zoom.BeginStep();
     m_recorder.Discard();
     if (IsTimeGraph() && !m_lines.empty()) {
         (void)m_lines.front()->GetXTimeRange();  // reports a scale that is no time range
     }
-    if (Zoomed()) {
-        TakeZoomWindow();
+    if (m_zoom.IsShown()) {
+        ShowZoomWindow();
         m_recorder.LeaveTriggers();
     } else if (m_recorder.TakeNewest()) {
         Refill();
@@ -61,41 +59,29 @@ void GraphDraw::TakeValues() {
     ReportDifferentSizes();
 }
 
-void GraphDraw::TakeZoomWindow() {
+void GraphDraw::ShowZoomWindow() {
     const StreamRows rows = m_recorder.Rows();
-    const double before = m_recorded_section ? 0.0 : m_recorder.TimeBeforeSpan(rows);
-    const TimeWindow window = WindowInRows(before);
-    for (std::size_t i = 0; i < m_recorder.Axes(); ++i) {
-        GraphValue* const value = m_recorder.Taken(i).value;
+    const double recorded =
+        m_lines.empty() ? 0.0 : static_cast<double>(m_lines.front()->HeldSamples()) * m_cycle_time;
+    if (!m_zoom.TakeWindow(m_recorder, rows, recorded)) {
+        return;  // without buffers the curves keep what they show
+    }
+    const TimeWindow& held = m_zoom.HeldWindow();
+    const SampleStretch& wanted = m_zoom.Rows();
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        const GraphValue* const value = m_recorder.Taken(i).value;
         if (value == nullptr) {
             continue;
         }
-        if (m_recorded_section) {
+        if (m_zoom.IsOfRecording()) {
             // The curve still holds the whole recording; its buffer may have run on.
-            m_lines[i]->ShowOwnWindow(window.start, window.end);
-            m_window_taken = true;
-            continue;
+            m_lines[i]->ShowOwnWindow(held.start, held.end);
+        } else {
+            // The curve looks at the buffer's own samples: a window costs nothing per sample.
+            m_lines[i]->ShowWindow(value->Values(), rows.Parts(i, wanted.position, wanted.count));
         }
-        if (!m_window_taken) {
-            // A window may reach beyond the newest sample while the buffers are not full.
-            const std::uint64_t count = rows.AreEven() ? value->StoredCount() : rows.Count();
-            const double held = static_cast<double>(count) * m_cycle_time;
-            std::optional<SampleStretch> found;
-            if (window.start < held) {
-                found = value->FindDefineTimeRange(window.start, std::min(window.end, held),
-                                                   value->LatestTime(), rows.Count());
-            }
-            m_window_rows = found.value_or(SampleStretch());
-            m_window_taken = true;
-        }
-        // The curve looks at the buffer's own samples: a window costs nothing per sample.
-        m_lines[i]->ShowWindow(value->Values(),
-                               rows.Parts(i, m_window_rows.position, m_window_rows.count));
     }
-    if (m_window_taken) {  // without buffers the curves keep what they show
-        m_window = {window.start - before, window.end - before};
-        ShowScale(m_zoom.end - m_zoom.start);
-    }
+    ShowScale(m_zoom.State().Length());
 }
 
 void GraphDraw::ShowScale(double time_range) {
@@ -112,7 +98,7 @@ void GraphDraw::ShowScale(double time_range) {
 }
 
 void GraphDraw::ShowFullScale() {
-    m_window = {};
+    m_zoom.ShowAll();
     if (IsTimeGraph()) {
         ShowScale(m_graph.XScale.TimeRange);
     }
@@ -147,7 +133,7 @@ void GraphDraw::TestTriggers() {
 
 void GraphDraw::CheckScales() {
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        if (m_window_taken && m_recorder.Taken(i).value != nullptr) {
+        if (m_zoom.IsTaken() && m_recorder.Taken(i).value != nullptr) {
             continue;  // the scale was fitted to the window
         }
         m_lines[i]->CheckYScaleValue(m_recorder.Taken(i).values);

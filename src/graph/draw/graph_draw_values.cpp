@@ -35,27 +35,6 @@ void KeepFullRows(std::vector<std::vector<double>>& columns) {
 
 }  // namespace
 
-TimeWindow GraphDraw::WindowInRows(double before) const {
-    const double length = m_zoom.end - m_zoom.start;
-    double from = m_zoom.offset + m_zoom.start + before;
-    double to = m_zoom.offset + m_zoom.end + before;
-    double longest = m_recorder.LongestRange();
-    if (m_recorded_section && !m_lines.empty()) {
-        // The batch that the trigger fired in is recorded besides the range.
-        const auto held = static_cast<double>(m_lines.front()->HeldSamples());
-        longest = std::max(longest, held * m_cycle_time);
-    }
-    if (to > longest) {
-        to = longest;
-        from = to - length;
-    }
-    if (from < 0.0) {
-        from = 0.0;
-        to = length;
-    }
-    return {from, to};
-}
-
 bool GraphDraw::ShowsRecording() const {
     // While a graph waits again, its last recording may still be seen.
     const RunState state = m_recorder.State();
@@ -64,7 +43,7 @@ bool GraphDraw::ShowsRecording() const {
 }
 
 TimeWindow GraphDraw::ZoomSpanOf(const TimeWindow& marked) const {
-    if (!IsTimeGraph() || m_zoom.active || m_graph.Mode == GraphMode::kContinuity ||
+    if (!IsTimeGraph() || m_zoom.State().active || m_graph.Mode == GraphMode::kContinuity ||
         m_lines.empty()) {
         return marked;
     }
@@ -85,7 +64,7 @@ TimeWindow GraphDraw::ZoomSpanOf(const TimeWindow& marked) const {
 }
 
 bool GraphDraw::ShowsBuffers() const {
-    return !IsStopped(m_recorder.State()) && !(Zoomed() && m_recorded_section);
+    return !IsStopped(m_recorder.State()) && !m_zoom.IsOfRecording();
 }
 
 std::optional<std::size_t> GraphDraw::StreamOf(const std::string& axis_name) const {
@@ -116,7 +95,7 @@ bool GraphDraw::GetAxValues(const std::string& axis_name, std::vector<double>& v
         return false;
     }
     const GraphValue* const value = m_recorder.Taken(*stream).value;
-    if (!Zoomed() && ShowsBuffers() && value != nullptr) {
+    if (!m_zoom.IsShown() && ShowsBuffers() && value != nullptr) {
         double start_time = 0.0;
         value->GetTimeRangeValues(values, GraphTimeRange(m_graph), start_time);
     } else {
@@ -140,9 +119,9 @@ void GraphDraw::GetAxRows(const std::vector<std::string>& axis_names,
     const bool attached = std::all_of(streams.begin(), streams.end(), [this](std::size_t stream) {
         return m_recorder.Taken(stream).value != nullptr;
     });
-    if (attached && ShowsBuffers() && Zoomed() == m_window_taken) {
+    if (attached && ShowsBuffers() && m_zoom.IsShown() == m_zoom.IsTaken()) {
         const StreamRows rows = m_recorder.Rows();
-        const SampleStretch shown = Zoomed() ? m_window_rows : m_recorder.RowsOfSpan(rows);
+        const SampleStretch shown = m_zoom.IsShown() ? m_zoom.Rows() : m_recorder.RowsOfSpan(rows);
         for (std::size_t i = 0; i < streams.size(); ++i) {
             GraphRecorder::CopyRows(rows, streams[i], shown, columns[i]);
         }
@@ -158,7 +137,7 @@ void GraphDraw::GetAxRows(const std::vector<std::string>& axis_names,
     for (std::vector<double>& column : columns) {
         // The rows of a window begin together, those of curves end together.
         const auto surplus = static_cast<std::ptrdiff_t>(column.size() - common);
-        if (Zoomed()) {
+        if (m_zoom.IsShown()) {
             column.resize(common);
         } else {
             column.erase(column.begin(), column.begin() + surplus);
