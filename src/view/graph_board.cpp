@@ -9,9 +9,8 @@ namespace wavo {
 
 namespace {
 
-bool IsStopped(const GraphDraw& drawer) {
-    return drawer.State() == RunState::kStoppedAfterStart ||
-           drawer.State() == RunState::kStoppedAfterStop;
+bool HasStopped(const GraphDraw& drawer) {
+    return IsStopped(drawer.State());
 }
 
 }  // namespace
@@ -52,9 +51,10 @@ const GraphDraw* GraphBoard::FindDrawerWithValues(std::uint32_t graph_number) co
     const GraphDraw* found = nullptr;
     double latest = 0.0;
     for (const auto& drawer : m_drawers) {
-        if (drawer->Graph().GraphNumber == graph_number && drawer->LatestTime() > latest) {
+        if (drawer->Graph().GraphNumber == graph_number &&
+            drawer->Recorder().LatestTime() > latest) {
             found = drawer.get();
-            latest = drawer->LatestTime();
+            latest = drawer->Recorder().LatestTime();
         }
     }
     return found;
@@ -101,13 +101,13 @@ const WavoGraph* GraphBoard::Shown(std::uint32_t number) const {
 
 bool GraphBoard::IsAnyStopped() const {
     return std::any_of(m_drawers.begin(), m_drawers.end(),
-                       [](const auto& drawer) { return IsStopped(*drawer); });
+                       [](const auto& drawer) { return HasStopped(*drawer); });
 }
 
 bool GraphBoard::IsAnyWithoutValues() const {
     return std::any_of(m_drawers.begin(), m_drawers.end(), [](const auto& drawer) {
-        const std::vector<GraphValue*> values = drawer->Values();
-        return !IsStopped(*drawer) &&
+        const std::vector<GraphValue*> values = drawer->Recorder().Values();
+        return !HasStopped(*drawer) &&
                std::any_of(values.begin(), values.end(),
                            [](const GraphValue* value) { return !value->Enabled(); });
     });

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "view/zoom_band.h"
+
 namespace wavo {
 
 namespace {
@@ -83,12 +85,12 @@ bool ViewKeys::MoveMark(int direction, Qt::KeyboardModifiers modifiers) {
 bool ViewKeys::ZoomToBand() {
     const GraphDraw* const drawer = Current();
     const std::uint32_t number = drawer->Graph().GraphNumber;
-    ZoomSpan span;
-    const bool zooms = m_zooms.IsEnabled() && !m_zooms.IsBusy() && m_marked == number &&
-                       SpanOfBand(*drawer, m_zooms.TimeStep(), span);
+    const bool may_zoom = m_zooms.IsEnabled() && !m_zooms.IsBusy() && m_marked == number;
+    const std::optional<TimeWindow> span =
+        may_zoom ? SpanOfBand(*drawer, m_zooms.TimeStep()) : std::nullopt;
     Cancel();
-    if (zooms) {
-        m_zooms.ZoomTo(number, span);
+    if (span.has_value()) {
+        m_zooms.ZoomTo(number, *span);
     } else {
         m_zooms.Select(number);
     }

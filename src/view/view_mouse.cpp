@@ -4,6 +4,8 @@
 #include <iterator>
 #include <vector>
 
+#include "view/zoom_band.h"
+
 namespace wavo {
 
 void ViewMouse::LeftButtonDown(const QPoint& point) {
@@ -53,14 +55,13 @@ void ViewMouse::RightButtonUp(const QPoint& point) {
     if (drawer == nullptr) {
         return;
     }
-    ZoomSpan span;
-    const bool zooms = SpanOfBand(*drawer, m_zooms.TimeStep(), span);
+    const std::optional<TimeWindow> span = SpanOfBand(*drawer, m_zooms.TimeStep());
     const std::uint32_t number = drawer->Graph().GraphNumber;
     const QRect rectangle = drawer->Rectangle();
     drawer->SetTracker({});
     m_selected.reset();
-    if (zooms) {
-        m_zooms.ZoomTo(number, span);
+    if (span.has_value()) {
+        m_zooms.ZoomTo(number, *span);
     } else {
         m_zooms.RepaintPart(rectangle);
         LeftButtonDown(point);

@@ -25,20 +25,21 @@ QRect BandBetween(const GraphDraw& drawer, int left, int right) {
     return band & graph;
 }
 
-bool SpanOfBand(const GraphDraw& drawer, double time_step, ZoomSpan& span) {
+std::optional<TimeWindow> SpanOfBand(const GraphDraw& drawer, double time_step) {
     const QRect& band = drawer.Tracker();
     const QRect& plot = drawer.PlotArea();
     if (band.isNull() || plot.isEmpty()) {
-        return false;
+        return std::nullopt;
     }
-    span.from = drawer.PixelToTime(std::clamp(band.left(), plot.left(), plot.right()));
-    span.to = drawer.PixelToTime(std::clamp(band.right(), plot.left(), plot.right()));
-    if (span.from < 0.0 || span.to <= span.from) {
-        return false;
+    const TimeWindow span{drawer.PixelToTime(std::clamp(band.left(), plot.left(), plot.right())),
+                          drawer.PixelToTime(std::clamp(band.right(), plot.left(), plot.right()))};
+    if (span.start < 0.0 || span.end <= span.start) {
+        return std::nullopt;
     }
     const double fewest = kFewestZoomedSteps * time_step;
-    const TimeWindow shown = drawer.ZoomSpanOf({span.from, span.to});
-    return span.to - span.from >= fewest && shown.end - shown.start >= fewest;
+    const TimeWindow shown = drawer.ZoomSpanOf(span);
+    const bool is_long = span.end - span.start >= fewest && shown.end - shown.start >= fewest;
+    return is_long ? std::optional(span) : std::nullopt;
 }
 
 void PaintBands(QPainter& painter, const GraphBoard& board, ColorRef background) {

@@ -3,8 +3,10 @@
 #pragma once
 
 #include <QRect>
+#include <optional>
 
 #include "graph/draw/graph_draw.h"
+#include "graph/values/time_window.h"
 #include "support/color_ref.h"
 #include "view/graph_board.h"
 
@@ -15,19 +17,13 @@ namespace wavo {
 /// Lines that a zoom has to show at least.
 inline constexpr double kFewestZoomedSteps = 5.0;
 
-/// A span of a displayed time axis, seconds.
-struct ZoomSpan {
-    double from = 0.0;
-    double to = 0.0;
-};
-
 /// The band between two pixel columns of a graph, over its whole height but for the border.
 QRect BandBetween(const GraphDraw& drawer, int left, int right);
 
-/// Takes the span of the graph's band; false when there is no band or a zoom to it would show less
-/// than kFewestZoomedSteps times `time_step` (seconds). A band that leaves the plot area ends with
-/// it.
-bool SpanOfBand(const GraphDraw& drawer, double time_step, ZoomSpan& span);
+/// The span of the graph's band, seconds of its displayed time axis; nothing when there is no band
+/// or a zoom to it would show less than kFewestZoomedSteps times `time_step` (seconds). A band that
+/// leaves the plot area ends with it.
+std::optional<TimeWindow> SpanOfBand(const GraphDraw& drawer, double time_step);
 
 /// Paints the bands of all graphs, to be told from `background`.
 void PaintBands(QPainter& painter, const GraphBoard& board, ColorRef background);

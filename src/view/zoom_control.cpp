@@ -34,55 +34,39 @@ std::vector<GraphDraw*> ZoomControl::ZoomedTogether(const GraphDraw& drawer) con
 void ZoomControl::ZoomGraph(std::size_t index, double start, double end) {
     const GraphDraw& drawer = *m_board.Drawers()[index];
     const TimeWindow span = drawer.ZoomSpanOf({start, end});
-    for (GraphDraw* const graph : ZoomedTogether(drawer)) {
-        ZoomState before = graph->Zoom();
-        before.definition = graph->Graph();
-        graph->SetZoomRange(span.start, span.end);
-        if (!graph->Zoom().active || graph->Zoom().start != span.start ||
-            graph->Zoom().end != span.end) {
-            continue;  // refused, and reported
-        }
-        for (GraphValue* const value : graph->Values()) {
-            value->MarkFirstRangeRequest();
-        }
-        m_entries.push_back({graph->Graph().GraphNumber, before});
-    }
+    m_zooms.Zoom(ZoomedTogether(drawer), span);
     TellEditor(drawer);
     m_screen.DrawAndShow();
     m_zoomed();
 }
 
-void ZoomControl::ZoomTo(std::uint32_t graph_number, const ZoomSpan& span) {
+void ZoomControl::ZoomTo(std::uint32_t graph_number, const TimeWindow& span) {
     const auto& drawers = m_board.Drawers();
     const auto drawer = std::find_if(drawers.begin(), drawers.end(), [&](const auto& graph) {
         return graph->Graph().GraphNumber == graph_number;
     });
     if (drawer != drawers.end()) {
-        ZoomGraph(static_cast<std::size_t>(std::distance(drawers.begin(), drawer)), span.from,
-                  span.to);
+        ZoomGraph(static_cast<std::size_t>(std::distance(drawers.begin(), drawer)), span.start,
+                  span.end);
     }
 }
 
 void ZoomControl::ZoomOut(std::uint32_t graph_number) {
     const GraphDraw* const drawer = m_board.Find(graph_number);
-    if (drawer == nullptr || m_entries.empty()) {
+    if (drawer == nullptr || m_zooms.IsEmpty()) {
         return;
     }
-    for (GraphDraw* const graph : ZoomedTogether(*drawer)) {
-        if (const std::optional<ZoomState> before = Pop(graph->Graph().GraphNumber)) {
-            graph->RestoreZoom(*before);
-        }
-    }
+    m_zooms.StepBack(ZoomedTogether(*drawer));
     TellEditor(*drawer);
     m_screen.DrawAndShow();
 }
 
 void ZoomControl::LeaveAll() {
+    std::vector<GraphDraw*> all;
     for (const auto& drawer : m_board.Drawers()) {
-        while (const std::optional<ZoomState> before = Pop(drawer->Graph().GraphNumber)) {
-            drawer->RestoreZoom(*before);
-        }
+        all.push_back(drawer.get());
     }
+    m_zooms.LeaveAll(all);
     Forget();
 }
 
@@ -91,29 +75,17 @@ void ZoomControl::Forget() {
     m_editor.SetZooms({});
 }
 
-std::optional<ZoomState> ZoomControl::Pop(std::uint32_t graph_number) {
-    const auto last = std::find_if(
-        m_entries.rbegin(), m_entries.rend(),
-        [graph_number](const Entry& entry) { return entry.graph_number == graph_number; });
-    if (last == m_entries.rend()) {
-        return std::nullopt;
-    }
-    const ZoomState before = last->before;
-    m_entries.erase(std::next(last).base());
-    return before;
-}
-
 // The editor shows how long a span is seen; it is not to be edited while that is a zoom.
 void ZoomControl::TellEditor(const GraphDraw& drawer) {
     const ZoomState& zoom = drawer.Zoom();
     const GraphAndTime shown{drawer.Graph().GraphNumber,
-                             zoom.active ? zoom.end - zoom.start : drawer.Graph().XScale.TimeRange};
+                             zoom.active ? zoom.Length() : drawer.Graph().XScale.TimeRange};
     SendAppMessage(&m_editor, AppMessage::kSelectGraphAndTime, 0,
                    reinterpret_cast<std::int64_t>(&shown));
     std::map<std::uint32_t, double> spans;
     for (const auto& other : m_board.Drawers()) {
         if (other->Zoom().active) {
-            spans[other->Graph().GraphNumber] = other->Zoom().end - other->Zoom().start;
+            spans[other->Graph().GraphNumber] = other->Zoom().Length();
         }
     }
     m_editor.SetZooms(std::move(spans));

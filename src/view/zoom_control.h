@@ -1,17 +1,15 @@
 // Zooming: into a graph, or with the editor's `all graphs` into every graph over time, and back
-// step by step. The one place where zooms are made, remembered and left.
-//
-// Invariant: an entry of the history says how a graph was shown before the zoom that made the
-// entry.
+// step by step. Says which graphs zoom together, and shows what they do.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <vector>
 
 #include "graph/draw/graph_draw.h"
+#include "graph/draw/graph_zoom.h"
+#include "graph/values/time_window.h"
 #include "view/graph_board.h"
 #include "view/zoom_target.h"
 
@@ -37,7 +35,7 @@ class ZoomControl final : public ZoomTarget {
     /// Zooms can no longer be stepped back from.
     void Forget();
     /// The same, and the editor knows it already.
-    void Clear() { m_entries.clear(); }
+    void Clear() { m_zooms.Forget(); }
 
     // ZoomTarget
     void Select(std::uint32_t graph_number) override;
@@ -45,19 +43,12 @@ class ZoomControl final : public ZoomTarget {
     [[nodiscard]] bool IsEnabled() const override;
     [[nodiscard]] bool IsBusy() const override;
     [[nodiscard]] double TimeStep() const override;
-    void ZoomTo(std::uint32_t graph_number, const ZoomSpan& span) override;
+    void ZoomTo(std::uint32_t graph_number, const TimeWindow& span) override;
     void ZoomOut(std::uint32_t graph_number) override;
     void UpdatePart(const QRect& part) override;
     void RepaintPart(const QRect& part) override;
 
  private:
-    struct Entry {
-        std::uint32_t graph_number;
-        ZoomState before;
-    };
-
-    /// Takes the last entry of a graph; nothing when it has none.
-    std::optional<ZoomState> Pop(std::uint32_t graph_number);
     /// The drawers that a zoom of one of them is for.
     [[nodiscard]] std::vector<GraphDraw*> ZoomedTogether(const GraphDraw& drawer) const;
     void TellEditor(const GraphDraw& drawer);
@@ -67,7 +58,7 @@ class ZoomControl final : public ZoomTarget {
     GraphScreen& m_screen;
     const Acquisition& m_acquisition;
     const std::function<void()> m_zoomed;
-    std::vector<Entry> m_entries;  // of all graphs, oldest first
+    GraphZooms m_zooms;
 };
 
 }  // namespace wavo

@@ -4,7 +4,7 @@
 #include <QRect>
 #include <cstdint>
 
-#include "view/zoom_band.h"
+#include "graph/values/time_window.h"
 
 namespace wavo {
 
@@ -21,9 +21,9 @@ class ZoomTarget {
     [[nodiscard]] virtual bool IsBusy() const = 0;
     /// Seconds per line of the master.
     [[nodiscard]] virtual double TimeStep() const = 0;
-    /// Zooms the graph of that number, and all others over time if the user wants so; shown at
-    /// once.
-    virtual void ZoomTo(std::uint32_t graph_number, const ZoomSpan& span) = 0;
+    /// Zooms the graph of that number to a span of its displayed time axis, seconds, and all others
+    /// over time if the user wants so; shown at once.
+    virtual void ZoomTo(std::uint32_t graph_number, const TimeWindow& span) = 0;
     /// Takes the last zoom of the graph back, and that of all others if the user wants so; shown
     /// at once.
     virtual void ZoomOut(std::uint32_t graph_number) = 0;

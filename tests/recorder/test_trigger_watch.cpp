@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "graph/draw/run_state.h"
+#include "graph/record/run_state.h"
 #include "graph/values/graph_value.h"
 #include "graph/values/trigger_test.h"
 #include "recorder/trigger_watch.h"

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "graph/draw/run_state.h"
 #include "graph/model/wavo_graph.h"
+#include "graph/record/run_state.h"
 #include "view/wavo_view.h"
 
 namespace wavo::testing {

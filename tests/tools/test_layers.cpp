@@ -41,7 +41,16 @@ const std::map<std::string, Layer>& Layers() {
         {"recording", {{"source", "support", "platform"}}},
         {"graph/model", {{"link/axis_capabilities.h", "support"}}},
         {"graph/values", {{"source", "support"}}},
-        {"graph/draw", {{"source", "graph/model", "graph/values", "settings", "support"}, true}},
+        {"graph/record", {{"graph/model", "graph/values", "source", "support"}}},
+        {"graph/draw/raster", {{"graph/values/min_max_pyramid.h", "support/to_count.h"}, true}},
+        {"graph/draw/curve",
+         {{"graph/draw/raster", "source", "graph/model", "graph/values", "support"}, true}},
+        {"graph/draw/frame",
+         {{"graph/draw/raster", "graph/record", "graph/model", "graph/values", "support"}, true}},
+        {"graph/draw",
+         {{"graph/draw/raster", "graph/draw/curve", "graph/draw/frame", "graph/record", "source",
+           "graph/model", "graph/values", "settings", "support"},
+          true}},
         {"session",
          {{"source", "link", "graph/model", "graph/values", "settings", "support", "platform"}}},
         {"measure", {{"support"}}},
@@ -53,7 +62,7 @@ const std::map<std::string, Layer>& Layers() {
            "support"},
           true}},
         {"ui/graph_editor",
-         {{"ui", "ui/controls", "ui/dialogs", "graph/model", "graph/draw/colors.h",
+         {{"ui", "ui/controls", "ui/dialogs", "graph/model", "graph/draw/frame/colors.h",
            "graph/draw/display_settings.h", "link/axis_capabilities.h", "support"},
           true}},
         {"ui/bars", {{"ui/controls", "view/command_ids.h"}, true}},
@@ -61,13 +70,18 @@ const std::map<std::string, Layer>& Layers() {
          {{"session", "source", "ui", "ui/dialogs", "ui/graph_editor", "graph/model",
            "graph/values", "graph/draw", "link", "settings", "support", "platform"},
           true}},
+        {"ui/recording",
+         {{"view/message_pump.h", "view/command_target.h", "view/command_ids.h", "recorder/notice",
+           "ui/controls", "ui/dialogs", "support", "platform"},
+          true}},
         {"ui/shell",
-         {{"view", "session", "ui", "ui/bars", "ui/controls", "ui/dialogs", "graph/model",
-           "graph/values", "graph/draw", "link", "settings", "support", "platform"},
+         {{"ui/recording", "view", "session", "ui", "ui/bars", "ui/controls", "ui/dialogs",
+           "graph/model", "graph/values", "graph/draw", "link", "settings", "support", "platform"},
           true}},
         {"recorder/notice", {{"platform"}}},
         {"recorder",
-         {{"recorder/notice", "recording", "source", "graph/model", "graph/values", "link", "support", "platform"}}},
+         {{"recorder/notice", "recording", "source", "graph/model", "graph/values", "link",
+           "support", "platform"}}},
         {"master",
          {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "support",
            "platform"}}},
@@ -244,8 +258,9 @@ TEST(Layers, NothingBelowTheViewKnowsQtButDrawingAndUi) {
             }
         }
     }
-    EXPECT_THAT(with_qt,
-                ElementsAre("graph/draw", "ui", "ui/controls", "ui/dialogs", "ui/graph_editor"));
+    EXPECT_THAT(with_qt, ElementsAre("graph/draw", "graph/draw/curve", "graph/draw/frame",
+                                     "graph/draw/raster", "ui", "ui/controls", "ui/dialogs",
+                                     "ui/graph_editor"));
     for (const auto& [name, layer] : Layers()) {
         for (const std::string& may : layer.may_include) {
             const std::string target = Layers().contains(may) ? may : LayerOf(may);

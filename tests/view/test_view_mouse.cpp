@@ -9,6 +9,7 @@
 #include "settings/view_settings.h"
 #include "view/view_keys.h"
 #include "view/view_mouse.h"
+#include "view/zoom_band.h"
 
 namespace wavo {
 namespace {
@@ -45,7 +46,7 @@ class Pointing : public ::testing::Test, public ZoomTarget {
     [[nodiscard]] bool IsEnabled() const override { return m_enabled; }
     [[nodiscard]] bool IsBusy() const override { return m_busy; }
     [[nodiscard]] double TimeStep() const override { return m_time_step; }
-    void ZoomTo(std::uint32_t number, const ZoomSpan& span) override {
+    void ZoomTo(std::uint32_t number, const TimeWindow& span) override {
         m_happened.push_back("zoom " + std::to_string(number));
         m_span = span;
     }
@@ -74,7 +75,7 @@ class Pointing : public ::testing::Test, public ZoomTarget {
     bool m_enabled = true;
     bool m_busy = false;
     double m_time_step = 0.004;
-    ZoomSpan m_span;
+    TimeWindow m_span;
     int m_updates = 0;
     std::vector<std::string> m_happened;
 };
@@ -107,8 +108,8 @@ TEST_F(Pointing, ADragToTheRightZoomsToTheTimesUnderIt) {
     EXPECT_EQ(m_updates, 1);
     m_mouse.RightButtonUp({PlotColumn(0.75), 20});
     EXPECT_THAT(Take(), ElementsAre("select 1", "zoom 1"));
-    EXPECT_NEAR(m_span.from, 2.5, 0.05);
-    EXPECT_NEAR(m_span.to, 7.5, 0.05);
+    EXPECT_NEAR(m_span.start, 2.5, 0.05);
+    EXPECT_NEAR(m_span.end, 7.5, 0.05);
     EXPECT_TRUE(Drawer(0).Tracker().isNull());
     EXPECT_FALSE(m_mouse.IsDragging());
 }
@@ -130,7 +131,7 @@ TEST_F(Pointing, ABandStaysInsideItsGraph) {
     EXPECT_EQ(Drawer(0).Tracker(), QRect(QPoint(200, 1), QPoint(399, 98)));
     m_mouse.RightButtonUp({4000, 2000});
     EXPECT_THAT(Take(), ElementsAre("select 1", "zoom 1"));
-    EXPECT_NEAR(m_span.to, 10.0, 0.05);
+    EXPECT_NEAR(m_span.end, 10.0, 0.05);
 }
 
 TEST_F(Pointing, ADragOfLessThanFiveTimeStepsSelects) {
@@ -213,8 +214,8 @@ TEST_F(Pointing, KeysSpanABandAndZoomToIt) {
     const double to = Drawer(0).PixelToTime(mark + step + 1);
     m_keys.KeyPress(Qt::Key_Return, Qt::NoModifier);
     EXPECT_THAT(Take(), ElementsAre("zoom 1"));
-    EXPECT_EQ(m_span.from, from);
-    EXPECT_EQ(m_span.to, to);
+    EXPECT_EQ(m_span.start, from);
+    EXPECT_EQ(m_span.end, to);
     EXPECT_TRUE(Drawer(0).Tracker().isNull());
 }
 
@@ -228,8 +229,8 @@ TEST_F(Pointing, KeysSpanABandToTheLeftAsWell) {
 
 TEST_F(Pointing, PlusZoomsToTheMiddleHalfAndMinusStepsBack) {
     m_keys.KeyPress(Qt::Key_Plus, Qt::NoModifier);
-    EXPECT_NEAR(m_span.from, 2.5, 0.05);
-    EXPECT_NEAR(m_span.to, 7.5, 0.05);
+    EXPECT_NEAR(m_span.start, 2.5, 0.05);
+    EXPECT_NEAR(m_span.end, 7.5, 0.05);
     m_keys.KeyPress(Qt::Key_Minus, Qt::NoModifier);
     m_keys.KeyPress(Qt::Key_Backspace, Qt::NoModifier);
     EXPECT_THAT(Take(), ElementsAre("zoom 1", "out 1", "out 1"));

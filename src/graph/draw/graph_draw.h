@@ -27,19 +27,19 @@
 #include <string>
 #include <vector>
 
-#include "graph/draw/colors.h"
 #include "graph/draw/display_settings.h"
-#include "graph/draw/guiding_circles.h"
-#include "graph/draw/labels.h"
+#include "graph/draw/frame/colors.h"
+#include "graph/draw/frame/guiding_circles.h"
+#include "graph/draw/frame/labels.h"
+#include "graph/draw/frame/texts.h"
+#include "graph/draw/graph_zoom.h"
 #include "graph/draw/lines_draw_axis.h"
-#include "graph/draw/mapping.h"
-#include "graph/draw/plot_canvas.h"
-#include "graph/draw/run_state.h"
-#include "graph/draw/texts.h"
+#include "graph/draw/raster/mapping.h"
+#include "graph/draw/raster/plot_canvas.h"
 #include "graph/model/wavo_graph.h"
+#include "graph/record/graph_recorder.h"
 #include "graph/values/graph_streams.h"
-#include "graph/values/graph_value.h"
-#include "graph/values/stream_rows.h"
+#include "graph/values/time_window.h"
 
 namespace wavo {
 
@@ -49,18 +49,6 @@ class GraphDrawHost {
     virtual ~GraphDrawHost() = default;
     /// A recording that a start trigger began is complete. Called once, from within DrawGraph.
     virtual void RecordingEnded() = 0;
-};
-
-/// The zoom of a time graph. Start and end count from the left border of the display in which the
-/// zoom was chosen; `offset` is where that left border stood.
-struct ZoomState {
-    bool active = false;
-    bool first = true;  ///< no zoom since the graph was made or restarted
-    double start = 0.0;
-    double end = 0.0;
-    double offset = 0.0;
-    std::uint32_t graph_number = 0;
-    WavoGraph definition;  ///< as it was when the zoom was set
 };
 
 class GraphDraw {
@@ -91,11 +79,11 @@ class GraphDraw {
     void SetRectangle(const QRect& rectangle);
 
     /// Tests the values taken last; `index` is the position of the value that fired.
-    bool IsTrigger(std::uint64_t& index) const;
+    bool IsTrigger(std::uint64_t& index) const { return m_recorder.IsTrigger(index); }
 
     /// Zooms a time graph to a span of its displayed time axis, seconds. A span that runs backwards
     /// switches the zoom off; one below 0.1 ms changes nothing; both are reported.
-    void SetZoomRange(double start, double end);
+    void SetZoomRange(double start, double end) { m_zoom.Set(start, end, ShowsRecording()); }
 
     /// The span for SetZoomRange that shows the samples at places of the display, `marked` seconds
     /// from its left border. In the order of time these are one; the picture of a sweep that has
@@ -120,55 +108,34 @@ class GraphDraw {
     void DetachValues();
 
     /// Makes the next step empty the curves, reset the graph's buffers and begin anew.
-    void SetRestartFlag() { m_restart_flag = true; }
+    void SetRestartFlag() { m_recorder.AskForRestart(); }
 
     /// Leaves a finished recording for the state the graph began in, and lets its buffers be
     /// reset when that is waiting for the stop trigger. Nothing in another state.
-    void RestartAfterTrigger();
+    void RestartAfterTrigger() { m_recorder.RestartAfterTrigger(); }
 
     /// The time, seconds, at a logical pixel column of the displayed time axis; -1 outside the
     /// plot area and for a graph whose x is no time.
     [[nodiscard]] double PixelToTime(int x) const;
 
-    /// The newest time that the buffers of the graph hold, seconds.
-    [[nodiscard]] double LatestTime() const;
-
     [[nodiscard]] const WavoGraph& Graph() const { return m_graph; }
     [[nodiscard]] const QRect& Rectangle() const { return m_rectangle; }
     [[nodiscard]] const QRect& PlotArea() const { return m_layout.plot; }
-    [[nodiscard]] RunState State() const { return m_run_state; }
-    [[nodiscard]] RunState RestartState() const { return m_restart_state; }
-    [[nodiscard]] const ZoomState& Zoom() const { return m_zoom; }
-    [[nodiscard]] const TimeWindow& DisplayedWindow() const { return m_window; }
-    [[nodiscard]] double ElapsedAfterTrigger() const { return m_elapsed; }
+    [[nodiscard]] RunState State() const { return m_recorder.State(); }
+    /// What the graph has taken of its streams.
+    [[nodiscard]] const GraphRecorder& Recorder() const { return m_recorder; }
+    [[nodiscard]] const ZoomState& Zoom() const { return m_zoom.State(); }
+    [[nodiscard]] const TimeWindow& DisplayedWindow() const { return m_zoom.Window(); }
 
     /// The rubber band of a zoom that is being dragged; null when there is none.
     [[nodiscard]] const QRect& Tracker() const { return m_tracker; }
     void SetTracker(const QRect& tracker) { m_tracker = tracker; }
-
-    /// All buffers of the graph that there are, y axes first.
-    [[nodiscard]] std::vector<GraphValue*> Values() const;
 
     [[nodiscard]] const std::vector<std::unique_ptr<LinesDrawAxis>>& Lines() const {
         return m_lines;
     }
 
  private:
-    /// What was taken from one stream for the current step.
-    struct DrawBuffer {
-        GraphValue* value = nullptr;
-        std::vector<double> values;
-        double start_time = 0.0;               ///< of the first of the values, seconds
-        std::vector<SampleStretch> underived;  ///< values that are no derivatives
-        bool full_refill = false;              ///< the curve is filled anew from the buffer
-
-        void Discard();
-        void DropFront(std::uint64_t count);
-        void DropBack(std::uint64_t count);
-        /// Puts a missing value where there is no derivative.
-        void LeaveOutUnderived();
-    };
-
     /// What the texts of the frame say.
     struct FrameContent {
         TimeWindow window;
@@ -188,16 +155,9 @@ class GraphDraw {
         friend bool operator==(const FrameLines&, const FrameLines&) = default;
     };
 
-    /// A trigger with the test of its type; null for a type that has none.
-    struct TriggerData {
-        std::size_t axis;  ///< whose values are tested
-        TriggerTest pTestTriggerEvent;
-    };
-
     // Construction and layout (graph_draw.cpp).
     void CompleteDefinition();
     void CreateLines();
-    void CreateTriggers();
     void PrimeLines();
     void Layout();
     [[nodiscard]] int SlotWidth(const QFontMetrics& font_metrics) const;
@@ -210,34 +170,17 @@ class GraphDraw {
     // The step (graph_draw_steps.cpp).
     void Restart();
     void TakeValues();
-    void TakeZoomWindow();
-    void TakeSpanOrNew();
-    void TakeNew(const StreamRows& rows);
-    void Refill(const StreamRows& rows);
-    void LeaveOutUnderived();
+    void ShowZoomWindow();
     void ShowScale(double time_range);
     void ShowFullScale();
-    void TestTriggerCondition();
-    void StepWaitingForStart();
-    void StepRunningAfterStart();
-    void StepWaitingForStop();
-    void StepStopped();
-    void StopValues();
-    void DiscardValues();
-    void MarkFullRefill();
+    void Refill();
+    void TestTriggers();
     void CheckScales();
     void DrawGraphs(QImage& picture);
-    void DrawLine(LinesDrawAxis& line, const DrawBuffer& buffer, PlotCanvas* canvas);
+    void AddAndDraw(std::size_t axis, PlotCanvas* canvas);
     void ReportDifferentSizes() const;
 
-    // What is taken of the streams (graph_draw_rows.cpp). Streams count like the y axes, then x.
-    [[nodiscard]] StreamRows Rows() const;
-    [[nodiscard]] DrawBuffer& BufferOf(std::size_t stream);
-    [[nodiscard]] SampleStretch RowsOfSpan(const StreamRows& rows) const;
-    void TakeRows(const StreamRows& rows, const SampleStretch& taken);
-    [[nodiscard]] double TimeBeforeDisplay(const StreamRows& rows) const;
-    [[nodiscard]] double LongestRange() const;
-    [[nodiscard]] TimeWindow WindowInRows(double before) const;
+    // What is shown of the streams (graph_draw_values.cpp). Streams count as in the recorder.
     [[nodiscard]] bool ShowsRecording() const;
     [[nodiscard]] std::optional<std::size_t> StreamOf(const std::string& axis_name) const;
     [[nodiscard]] bool ShowsBuffers() const;
@@ -256,7 +199,6 @@ class GraphDraw {
     void CopyFrame(QImage& picture, const QRect& part) const;
 
     [[nodiscard]] bool IsTimeGraph() const { return m_graph.XCoorType != CoorType::kAxis; }
-    [[nodiscard]] bool Zoomed() const { return m_zoom.active && IsTimeGraph(); }
     [[nodiscard]] ScaleDefinition& ShownXScale() {
         return IsTimeGraph() ? m_shown_x_scale : m_graph.XScale;
     }
@@ -270,8 +212,6 @@ class GraphDraw {
     double m_cycle_time;
     std::int32_t m_x_scale_lines;
     std::int32_t m_y_scale_lines;
-    std::size_t m_stream_count;
-    std::vector<TriggerData> m_TriggerData;
 
     QRect m_rectangle;
     QRect m_tracker;
@@ -290,20 +230,10 @@ class GraphDraw {
     FrameLines m_drawn_lines;
     PlotCanvas m_canvas;
 
-    std::vector<DrawBuffer> m_buffers;
-    DrawBuffer m_x_buffer;
+    GraphRecorder m_recorder;
     std::vector<std::unique_ptr<LinesDrawAxis>> m_lines;
 
-    RunState m_run_state = RunState::kRunning;
-    RunState m_restart_state = RunState::kRunning;
-    bool m_restart_flag = false;
-    double m_elapsed = 0.0;  ///< seconds recorded after the paint that the start trigger fired in
-
-    ZoomState m_zoom;
-    TimeWindow m_window;
-    SampleStretch m_window_rows;      ///< of the streams; while it is no recording's
-    bool m_window_taken = false;      ///< the values of this step are those of the zoom window
-    bool m_recorded_section = false;  ///< the zoom was chosen in a recording
+    GraphZoom m_zoom;
 };
 
 }  // namespace wavo

@@ -4,7 +4,7 @@
 #include <QString>
 #include <algorithm>
 
-#include "graph/draw/frame_painter.h"
+#include "graph/draw/frame/frame_painter.h"
 #include "graph/draw/graph_draw.h"
 #include "graph/draw/report_texts.h"
 #include "support/diagnostics.h"
@@ -68,7 +68,7 @@ void GraphDraw::MakeFrame(const QRect& rectangle) {
 }
 
 GraphDraw::FrameContent GraphDraw::FrameNow() const {
-    return {m_window, m_run_state, IsTimeGraph() ? m_shown_x_scale : m_graph.XScale,
+    return {m_zoom.Window(), m_recorder.State(), IsTimeGraph() ? m_shown_x_scale : m_graph.XScale,
             m_graph.YScales};
 }
 
@@ -118,10 +118,10 @@ void GraphDraw::DrawFrameLines() {
 
 void GraphDraw::DrawFrameTexts() {
     FrameTexts texts;
-    texts.x_text = QString::fromStdString(XText(m_graph, m_window));
+    texts.x_text = QString::fromStdString(XText(m_graph, m_zoom.Window()));
     texts.x_spacing =
         QString::fromStdString(XSpacingText(m_graph, m_drawn_content.x, m_x_scale_lines));
-    texts.state = m_run_state;
+    texts.state = m_recorder.State();
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         const std::string marked_name =
             AxisLabel(m_graph.YCoorAxName[i], m_graph.YCoorAxDerivation[i]);

@@ -3,7 +3,6 @@
 #include "graph/draw/graph_draw.h"
 
 #include <algorithm>
-#include <limits>
 #include <optional>
 
 #include "graph/draw/report_texts.h"
@@ -11,27 +10,18 @@
 
 namespace wavo {
 
-namespace {
-
-/// Times closer than this are one time.
-constexpr double kTimeTolerance = 1e-6;
-
-constexpr std::uint64_t kAnyCount = std::numeric_limits<std::uint64_t>::max();
-
-}  // namespace
-
 void GraphDraw::DrawGraph(QImage& picture, bool restart) {
     FitToDevice(picture.devicePixelRatioF());
-    if (restart || m_restart_flag) {
+    if (restart || m_recorder.IsRestartAsked()) {
         Restart();
     }
     MTRACE(4, draw_texts::kTakingValues);
     TakeValues();
     MTRACE(4, draw_texts::kValuesTaken);
     MTRACE(4, draw_texts::kTestingTrigger);
-    TestTriggerCondition();
+    TestTriggers();
     MTRACE(4, draw_texts::kTriggerTested);
-    LeaveOutUnderived();
+    m_recorder.LeaveOutUnderived();
     CheckScales();
     DrawFrame(picture);
     MTRACE(4, draw_texts::kDrawingGraph);
@@ -43,98 +33,55 @@ void GraphDraw::Restart() {
     for (const auto& line : m_lines) {
         line->Empty();
     }
-    if (m_run_state != RunState::kRunning) {
-        m_run_state = m_restart_state;
-    }
-    m_elapsed = 0.0;
-    m_zoom.active = false;
-    m_zoom.first = true;
-    m_recorded_section = false;
-    if (m_restart_flag) {
-        for (GraphValue* value : Values()) {
-            value->Reset();
-        }
-        m_restart_flag = false;
-    }
+    m_recorder.Restart();
+    m_zoom.Leave();
     ShowFullScale();
-    MarkFullRefill();
-}
-
-void GraphDraw::MarkFullRefill() {
-    for (DrawBuffer& buffer : m_buffers) {
-        buffer.full_refill = true;
-    }
-    m_x_buffer.full_refill = true;
-}
-
-void GraphDraw::DiscardValues() {
-    for (DrawBuffer& buffer : m_buffers) {
-        buffer.Discard();
-    }
-    m_x_buffer.Discard();
 }
 
 void GraphDraw::ReportDifferentSizes() const {
-    if (m_lines.size() != m_stream_count) {
+    if (m_lines.size() != m_recorder.BuffersGiven()) {
         MERRLOG(draw_texts::kStreamsMissing);
     }
 }
 
 void GraphDraw::TakeValues() {
-    m_window_taken = false;
-    DiscardValues();
+    m_zoom.BeginStep();
+    m_recorder.Discard();
     if (IsTimeGraph() && !m_lines.empty()) {
         (void)m_lines.front()->GetXTimeRange();  // reports a scale that is no time range
     }
-    if (Zoomed()) {
-        TakeZoomWindow();
-        MarkFullRefill();
-        if (m_run_state == RunState::kStoppedAfterStart ||
-            m_run_state == RunState::kStoppedAfterStop) {
-            StopValues();
-        }
-        m_run_state = RunState::kRunning;
-    } else {
-        TakeSpanOrNew();
+    if (m_zoom.IsShown()) {
+        ShowZoomWindow();
+        m_recorder.LeaveTriggers();
+    } else if (m_recorder.TakeNewest()) {
+        Refill();
     }
     ReportDifferentSizes();
 }
 
-void GraphDraw::TakeZoomWindow() {
-    const StreamRows rows = Rows();
-    const double before = m_recorded_section ? 0.0 : TimeBeforeDisplay(rows);
-    const TimeWindow window = WindowInRows(before);
-    for (std::size_t i = 0; i < m_buffers.size(); ++i) {
-        GraphValue* const value = m_buffers[i].value;
+void GraphDraw::ShowZoomWindow() {
+    const StreamRows rows = m_recorder.Rows();
+    const double recorded =
+        m_lines.empty() ? 0.0 : static_cast<double>(m_lines.front()->HeldSamples()) * m_cycle_time;
+    if (!m_zoom.TakeWindow(m_recorder, rows, recorded)) {
+        return;  // without buffers the curves keep what they show
+    }
+    const TimeWindow& held = m_zoom.HeldWindow();
+    const SampleStretch& wanted = m_zoom.Rows();
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        const GraphValue* const value = m_recorder.Taken(i).value;
         if (value == nullptr) {
             continue;
         }
-        if (m_recorded_section) {
+        if (m_zoom.IsOfRecording()) {
             // The curve still holds the whole recording; its buffer may have run on.
-            m_lines[i]->ShowOwnWindow(window.start, window.end);
-            m_window_taken = true;
-            continue;
+            m_lines[i]->ShowOwnWindow(held.start, held.end);
+        } else {
+            // The curve looks at the buffer's own samples: a window costs nothing per sample.
+            m_lines[i]->ShowWindow(value->Values(), rows.Parts(i, wanted.position, wanted.count));
         }
-        if (!m_window_taken) {
-            // A window may reach beyond the newest sample while the buffers are not full.
-            const std::uint64_t count = rows.AreEven() ? value->StoredCount() : rows.Count();
-            const double held = static_cast<double>(count) * m_cycle_time;
-            std::optional<SampleStretch> found;
-            if (window.start < held) {
-                found = value->FindDefineTimeRange(window.start, std::min(window.end, held),
-                                                   value->LatestTime(), rows.Count());
-            }
-            m_window_rows = found.value_or(SampleStretch());
-            m_window_taken = true;
-        }
-        // The curve looks at the buffer's own samples: a window costs nothing per sample.
-        m_lines[i]->ShowWindow(value->Values(),
-                               rows.Parts(i, m_window_rows.position, m_window_rows.count));
     }
-    if (m_window_taken) {  // without buffers the curves keep what they show
-        m_window = {window.start - before, window.end - before};
-        ShowScale(m_zoom.end - m_zoom.start);
-    }
+    ShowScale(m_zoom.State().Length());
 }
 
 void GraphDraw::ShowScale(double time_range) {
@@ -151,179 +98,47 @@ void GraphDraw::ShowScale(double time_range) {
 }
 
 void GraphDraw::ShowFullScale() {
-    m_window = {};
+    m_zoom.ShowAll();
     if (IsTimeGraph()) {
         ShowScale(m_graph.XScale.TimeRange);
     }
 }
 
-void GraphDraw::TakeSpanOrNew() {
-    const StreamRows rows = Rows();
-    const bool refill = std::any_of(m_buffers.begin(), m_buffers.end(), [](const DrawBuffer& b) {
-        return b.value != nullptr && b.full_refill;
-    });
-    if (refill) {
-        Refill(rows);
-    } else {
-        TakeNew(rows);
-    }
-}
-
-void GraphDraw::Refill(const StreamRows& rows) {
+void GraphDraw::Refill() {
     ShowFullScale();
-    for (std::size_t i = 0; i < m_buffers.size(); ++i) {
-        if (m_buffers[i].value != nullptr) {
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        if (m_recorder.Taken(i).value != nullptr) {
             m_lines[i]->Empty();
-            m_buffers[i].full_refill = false;
         }
     }
-    m_x_buffer.full_refill = m_x_buffer.full_refill && m_x_buffer.value == nullptr;
-    TakeRows(rows, RowsOfSpan(rows));
 }
 
-void GraphDraw::TakeNew(const StreamRows& rows) {
-    const std::uint64_t first = rows.FirstNew();
-    if (!rows.NewValuesAreEven()) {
-        TakeRows(rows, {first, rows.Count() - first});
-    } else {
-        for (std::size_t i = 0; i <= m_buffers.size(); ++i) {
-            DrawBuffer& buffer = BufferOf(i);
-            if (buffer.value != nullptr) {
-                buffer.value->GetNewValues(buffer.values, buffer.start_time);
-                buffer.underived = rows.Underived(i, first, buffer.values.size());
+void GraphDraw::TestTriggers() {
+    switch (m_recorder.TestTriggers()) {
+        case TriggerEvent::kNone:
+            break;
+        case TriggerEvent::kStarted:
+            for (const auto& line : m_lines) {
+                line->Empty();
             }
-        }
-    }
-    // A stream that is younger than others goes on where they do.
-    const double start = rows.StartOfNew();
-    for (DrawBuffer& buffer : m_buffers) {
-        buffer.start_time = start;
-    }
-    m_x_buffer.start_time = start;
-}
-
-void GraphDraw::LeaveOutUnderived() {
-    for (std::size_t i = 0; i <= m_buffers.size(); ++i) {
-        BufferOf(i).LeaveOutUnderived();
-    }
-}
-
-bool GraphDraw::IsTrigger(std::uint64_t& index) const {
-    for (const TriggerData& trigger : m_TriggerData) {
-        if (trigger.pTestTriggerEvent == nullptr) {
-            MERRLOG(draw_texts::kTriggerWithoutTest);
-            continue;
-        }
-        const double limit = m_graph.Triggers[trigger.axis].TriggerValue;
-        if (trigger.pTestTriggerEvent(m_buffers[trigger.axis].values, index, limit)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-void GraphDraw::TestTriggerCondition() {
-    switch (m_run_state) {
-        case RunState::kRunning:
-            break;
-        case RunState::kWaitingForStart:
-            StepWaitingForStart();
-            break;
-        case RunState::kRunningAfterStart:
-            StepRunningAfterStart();
-            break;
-        case RunState::kWaitingForStop:
-            StepWaitingForStop();
-            break;
-        case RunState::kStoppedAfterStart:
-        case RunState::kStoppedAfterStop:
-            StepStopped();
-            break;
-    }
-}
-
-void GraphDraw::StepWaitingForStart() {
-    std::uint64_t index = 0;
-    if (!IsTrigger(index)) {
-        DiscardValues();
-        return;
-    }
-    const auto drop_before = [index](DrawBuffer& buffer) {
-        if (buffer.values.size() > 1) {
-            buffer.DropFront(index);
-            buffer.start_time = 0.0;
-        }
-    };
-    for (std::size_t i = 0; i < m_buffers.size(); ++i) {
-        drop_before(m_buffers[i]);
-        m_lines[i]->Empty();
-    }
-    m_run_state = RunState::kRunningAfterStart;
-    m_elapsed = 0.0;
-    if (!IsTimeGraph()) {
-        drop_before(m_x_buffer);
-        m_graph.XScale.TimeRange = m_graph.FadeOutTime;
-    }
-}
-
-void GraphDraw::StepRunningAfterStart() {
-    if (m_buffers.empty()) {
-        return;
-    }
-    m_elapsed += static_cast<double>(m_buffers.front().values.size()) * m_cycle_time;
-    const bool over_time = m_graph.XScale.ScaleType == ScaleTypeCode::kTime;
-    const double range = over_time ? m_graph.XScale.TimeRange : m_graph.FadeOutTime;
-    if (m_elapsed < range - kTimeTolerance) {
-        return;
-    }
-    if (over_time) {
-        const std::uint64_t beyond = ToCount((m_elapsed - range) / m_cycle_time + 0.5, kAnyCount);
-        const auto cut = [beyond](DrawBuffer& buffer) {
-            if (buffer.values.size() >= beyond) {
-                buffer.DropBack(beyond);
+            if (!IsTimeGraph()) {
+                m_graph.XScale.TimeRange = m_graph.FadeOutTime;
             }
-        };
-        std::for_each(m_buffers.begin(), m_buffers.end(), cut);
-        cut(m_x_buffer);
-    }
-    m_run_state = RunState::kStoppedAfterStart;
-    m_host.RecordingEnded();
-}
-
-void GraphDraw::StepWaitingForStop() {
-    std::uint64_t index = 0;
-    if (!IsTrigger(index)) {
-        return;
-    }
-    m_run_state = RunState::kStoppedAfterStop;
-    const auto keep_up_to = [index](DrawBuffer& buffer) {
-        const std::uint64_t size = buffer.values.size();
-        buffer.DropBack(size > index ? size - index - 1 : 0);
-    };
-    std::for_each(m_buffers.begin(), m_buffers.end(), keep_up_to);
-    keep_up_to(m_x_buffer);
-    StopValues();
-}
-
-void GraphDraw::StepStopped() {
-    StopValues();
-    DiscardValues();
-}
-
-void GraphDraw::StopValues() {
-    for (GraphValue* value : Values()) {
-        value->SetEnabled(false);
+            break;
+        case TriggerEvent::kEnded:
+            m_host.RecordingEnded();
+            break;
     }
 }
 
 void GraphDraw::CheckScales() {
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        if (m_window_taken && m_buffers[i].value != nullptr) {
+        if (m_zoom.IsTaken() && m_recorder.Taken(i).value != nullptr) {
             continue;  // the scale was fitted to the window
         }
-        m_lines[i]->CheckYScaleValue(m_buffers[i].values);
+        m_lines[i]->CheckYScaleValue(m_recorder.Taken(i).values);
         if (!IsTimeGraph()) {
-            m_lines[i]->CheckXScaleValue(m_x_buffer.values);
+            m_lines[i]->CheckXScaleValue(m_recorder.TakenX().values);
             FillScaleLines();
             m_graph.UpdateGuidingCircles();
         }
@@ -335,18 +150,20 @@ void GraphDraw::DrawGraphs(QImage& picture) {
     m_canvas.Begin(picture, m_frame, m_frame_rectangle.topLeft(), m_device_plot);
     PlotCanvas* const canvas = m_layout.plot.isEmpty() ? nullptr : &m_canvas;
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        DrawLine(*m_lines[i], m_buffers[i], canvas);
+        AddAndDraw(i, canvas);
     }
     m_canvas.End();
 }
 
-void GraphDraw::DrawLine(LinesDrawAxis& line, const DrawBuffer& buffer, PlotCanvas* canvas) {
+void GraphDraw::AddAndDraw(std::size_t axis, PlotCanvas* canvas) {
+    LinesDrawAxis& line = *m_lines[axis];
+    const TakenValues& taken = m_recorder.Taken(axis);
     if (!IsTimeGraph()) {
-        line.DrawLinesXIsAx(m_x_buffer.values, buffer.values, canvas);
-    } else if (buffer.values.empty()) {
+        line.DrawLinesXIsAx(m_recorder.TakenX().values, taken.values, canvas);
+    } else if (taken.values.empty()) {
         line.DrawAllLinesXIsTime(kOwnColor, canvas);
     } else {
-        line.DrawLinesXIsTime(buffer.values, buffer.start_time, canvas);
+        line.DrawLinesXIsTime(taken.values, taken.start_time, canvas);
     }
 }
 

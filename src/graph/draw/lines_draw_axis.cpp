@@ -6,8 +6,8 @@
 #include <cmath>
 #include <utility>
 
-#include "graph/draw/colors.h"
 #include "graph/draw/display_settings.h"
+#include "graph/draw/frame/colors.h"
 #include "graph/draw/report_texts.h"
 #include "support/diagnostics.h"
 

@@ -22,13 +22,13 @@
 #include <string>
 #include <vector>
 
-#include "graph/draw/axis_curve.h"
-#include "graph/draw/curve_shape.h"
-#include "graph/draw/line_point.h"
-#include "graph/draw/mapping.h"
-#include "graph/draw/plot_canvas.h"
-#include "graph/draw/scale.h"
-#include "graph/draw/time_curve.h"
+#include "graph/draw/curve/axis_curve.h"
+#include "graph/draw/curve/curve_shape.h"
+#include "graph/draw/curve/line_point.h"
+#include "graph/draw/curve/time_curve.h"
+#include "graph/draw/frame/scale.h"
+#include "graph/draw/raster/mapping.h"
+#include "graph/draw/raster/plot_canvas.h"
 #include "graph/model/wavo_graph.h"
 
 namespace wavo {

@@ -15,8 +15,6 @@ inline constexpr char kBadLineCount[] = "GraphDraw::DrawGraph(): invalid size of
 inline constexpr char kUnknownAxis[] = "GraphDraw::GetAxValues(): unknown axis: %s";
 inline constexpr char kStreamsMissing[] =
     "GraphDraw::DrawGraph(): m_pLinesY.size()!=m_pVectYValueFifo.size()";
-inline constexpr char kTriggerWithoutTest[] =
-    "GraphDraw::IsTrigger(): m_TriggerData[i].pTestTriggerEvent undefined";
 inline constexpr char kNoTimeRange[] =
     "LinesDrawAxis::GetXTimeRange(): x scale is not a time range";
 inline constexpr char kTooManyNewValues[] =
@@ -24,8 +22,6 @@ inline constexpr char kTooManyNewValues[] =
 inline constexpr char kUnequalValueCounts[] =
     "LinesDrawAxis::DrawLinesXIsAx(): number of values x-coor. and number of values y-coor. are "
     "not equal";
-inline constexpr char kBadScaleType[] = "GraphDefineGetMinMaxValue(): invalid ScaleType";
-inline constexpr char kBadScaleAx[] = "GraphDefineGetMinMaxValue(): invalid ScaleAx";
 
 // The trace.
 inline constexpr char kTakingValues[] = "DrawGraph(): --- starting to get act. valus";

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "graph/values/report_texts.h"
-#include "support/derivation.h"
+#include "source/derivation.h"
 #include "support/diagnostics.h"
 
 // Times and positions come from the very rounding of each single operation.

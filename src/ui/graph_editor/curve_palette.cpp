@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "graph/draw/colors.h"
 #include "graph/draw/display_settings.h"
+#include "graph/draw/frame/colors.h"
 
 namespace wavo {
 

@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "drawing_fixture.h"
-#include "graph/draw/column_spans.h"
 #include "graph/draw/lines_draw_axis.h"
+#include "graph/draw/raster/column_spans.h"
 #include "special_values.h"
 
 namespace wavo {

@@ -359,8 +359,8 @@ TEST(GraphDrawBuffers, MayBeAbsent) {
     draw.DrawGraph(image, false);
     draw.SetRestartFlag();
     draw.DrawGraph(image, false);
-    EXPECT_TRUE(draw.Values().empty());
-    EXPECT_EQ(draw.LatestTime(), 0.0);
+    EXPECT_TRUE(draw.Recorder().Values().empty());
+    EXPECT_EQ(draw.Recorder().LatestTime(), 0.0);
     std::vector<double> values;
     EXPECT_TRUE(draw.GetAxValues("X", values));
     EXPECT_TRUE(values.empty());
@@ -385,8 +385,9 @@ TEST(GraphDrawBuffers, AfterDetachingTheCurvesAreStillShown) {
 TEST(GraphDrawBuffers, AreListedWithTheirLatestTime) {
     Scope scope(AxisGraph(1.0, ManualScale(0.0, 10.0), ManualScale(0.0, 10.0)));
     scope.Feed({{1, 2}, {3, 4}});
-    EXPECT_EQ(scope.draw->Values(), (std::vector<GraphValue*>{&scope.values[0], &scope.values[1]}));
-    EXPECT_EQ(scope.draw->LatestTime(), 0.5);
+    EXPECT_EQ(scope.draw->Recorder().Values(),
+              (std::vector<GraphValue*>{&scope.values[0], &scope.values[1]}));
+    EXPECT_EQ(scope.draw->Recorder().LatestTime(), 0.5);
 }
 
 TEST(GraphDrawBuffers, HaveToCoverTheTimeRangeOrTheFadeOutTime) {

@@ -104,10 +104,6 @@ INSTANTIATE_TEST_SUITE_P(All, EachState,
                              return "RunState" + std::to_string(static_cast<int>(parameter.param));
                          });
 
-bool IsStopped(RunState state) {
-    return state == RunState::kStoppedAfterStart || state == RunState::kStoppedAfterStop;
-}
-
 TEST_P(EachState, ShowsItsValues) {
     const auto scope = ScopeIn(GetParam());
     EXPECT_EQ(scope->Shown(), ShownIn(GetParam()));
@@ -119,18 +115,18 @@ TEST_P(EachState, APaintWithoutNewValuesChangesNothing) {
     const auto scope = ScopeIn(GetParam());
     scope->Draw();
     const QImage before = scope->Image();
-    const double elapsed = scope->draw->ElapsedAfterTrigger();
+    const double elapsed = scope->draw->Recorder().ElapsedAfterTrigger();
     scope->Draw();
     EXPECT_EQ(scope->draw->State(), GetParam());
     EXPECT_EQ(scope->Shown(), ShownIn(GetParam()));
-    EXPECT_EQ(scope->draw->ElapsedAfterTrigger(), elapsed);
+    EXPECT_EQ(scope->draw->Recorder().ElapsedAfterTrigger(), elapsed);
     EXPECT_EQ(scope->Image(), before);
 }
 
 TEST_P(EachState, RestartLeadsToTheFirstStateOfItsRoad) {
     for (const bool by_flag : {false, true}) {
         const auto scope = ScopeIn(GetParam());
-        const RunState first = scope->draw->RestartState();
+        const RunState first = scope->draw->Recorder().RestartState();
         if (by_flag) {
             scope->draw->SetRestartFlag();
         }
@@ -138,7 +134,7 @@ TEST_P(EachState, RestartLeadsToTheFirstStateOfItsRoad) {
         EXPECT_EQ(scope->draw->State(), first);
         EXPECT_EQ(scope->Line().Size(), 0U);
         EXPECT_EQ(scope->values[0].PushedCount(), 0.0);
-        EXPECT_EQ(scope->draw->ElapsedAfterTrigger(), 0.0);
+        EXPECT_EQ(scope->draw->Recorder().ElapsedAfterTrigger(), 0.0);
         scope->values[0].SetEnabled(true);
         scope->Feed({{10, 70, 80}});
         switch (first) {
@@ -170,7 +166,7 @@ TEST_P(EachState, StartingAgainLeavesOnlyAFinishedRecording) {
     const std::vector<double> shown = scope->Shown();
     scope->draw->RestartAfterTrigger();
     EXPECT_EQ(scope->draw->State(),
-              IsStopped(GetParam()) ? scope->draw->RestartState() : GetParam());
+              IsStopped(GetParam()) ? scope->draw->Recorder().RestartState() : GetParam());
     scope->Draw();
     const bool reset = GetParam() == RunState::kStoppedAfterStop;
     EXPECT_EQ(scope->Shown(), reset ? std::vector<double>() : shown);
@@ -184,13 +180,13 @@ TEST_P(EachState, AZoomSetsRunStateOneOnceItsValuesAreTaken) {
     scope->Draw();
     EXPECT_EQ(scope->draw->State(), RunState::kRunning);
     EXPECT_STREQ(StatusText(scope->draw->State()), "");
-    const RunState first = scope->draw->RestartState();
+    const RunState first = scope->draw->Recorder().RestartState();
     scope->draw->RestartAfterTrigger();
     EXPECT_EQ(scope->draw->State(), RunState::kRunning);
     scope->draw->SetRestartFlag();
     scope->Draw();
     EXPECT_EQ(scope->draw->State(), RunState::kRunning) << "a restart does not bring it back";
-    EXPECT_EQ(scope->draw->RestartState(), first);
+    EXPECT_EQ(scope->draw->Recorder().RestartState(), first);
     scope->values[0].SetEnabled(true);
     scope->Feed({{10, 70, 80}});
     EXPECT_EQ(scope->Shown(), (std::vector<double>{10, 70, 80})) << "no trigger any more";
@@ -291,7 +287,7 @@ TEST(RunStateChanges, APaintThatFiresAndOneThatEndsAreTwo) {
     EXPECT_EQ(scope.draw->State(), RunState::kRunningAfterStart);
     scope.Feed({{99}});
     EXPECT_EQ(scope.draw->State(), RunState::kRunningAfterStart);
-    EXPECT_EQ(scope.draw->ElapsedAfterTrigger(), 0.25);
+    EXPECT_EQ(scope.draw->Recorder().ElapsedAfterTrigger(), 0.25);
 }
 
 TEST(RunStateChanges, ATimeRangeThatIsReachedExactlyIsNotCut) {
@@ -381,7 +377,7 @@ TEST(RunStateChanges, TheLastAxisWithATestDecidesWhateverComesAfterIt) {
     AddAxis(graph, "Z", ManualScale(0.0, 100.0), static_cast<TriggerTypeCode>(9));
     const Scope scope(graph);
     EXPECT_EQ(scope.draw->State(), RunState::kWaitingForStart);
-    EXPECT_EQ(scope.draw->RestartState(), RunState::kWaitingForStart);
+    EXPECT_EQ(scope.draw->Recorder().RestartState(), RunState::kWaitingForStart);
 }
 
 TEST(RunStateChanges, AGraphThatWaitsForItsStopTakesUpWhatItsBufferHolds) {

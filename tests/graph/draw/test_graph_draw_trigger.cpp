@@ -34,12 +34,13 @@ TEST(Trigger, WithoutOneTheGraphRuns) {
 TEST(Trigger, StartFiresAtTheValueAndKeepsItAndWhatFollows) {
     Scope scope(Triggered(TriggerTypeCode::kStartAbove, 5.0));
     EXPECT_EQ(scope.draw->State(), RunState::kWaitingForStart);
-    EXPECT_EQ(scope.draw->RestartState(), RunState::kWaitingForStart);
+    EXPECT_EQ(scope.draw->Recorder().RestartState(), RunState::kWaitingForStart);
     scope.Feed({{1, 3, 7, 9}});
     EXPECT_EQ(scope.draw->State(), RunState::kRunningAfterStart);
     EXPECT_EQ(scope.Shown(), (std::vector<double>{7, 9}));
     EXPECT_EQ(scope.Line().Point(0).x_value, 0.0);
-    EXPECT_EQ(scope.draw->ElapsedAfterTrigger(), 0.0) << "the paint that fires counts nothing";
+    EXPECT_EQ(scope.draw->Recorder().ElapsedAfterTrigger(), 0.0)
+        << "the paint that fires counts nothing";
 }
 
 TEST(Trigger, StartTestsLevelsNotCrossings) {
@@ -89,7 +90,7 @@ TEST(Trigger, TheRecordingEndsAfterTheTimeRangeAndIsCut) {
     scope.Feed({{6}});
     scope.Feed({{7, 8}});
     EXPECT_EQ(scope.draw->State(), RunState::kRunningAfterStart);
-    EXPECT_EQ(scope.draw->ElapsedAfterTrigger(), 0.5);
+    EXPECT_EQ(scope.draw->Recorder().ElapsedAfterTrigger(), 0.5);
     EXPECT_EQ(scope.host.ended, 0);
     scope.Feed({{9, 10, 11, 12}});  // 1.5 s: two too many
     EXPECT_EQ(scope.draw->State(), RunState::kStoppedAfterStart);

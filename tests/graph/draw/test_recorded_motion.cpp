@@ -150,7 +150,7 @@ TEST(RecordedMotion, AStartTriggerShowsItsSampleFirstInThePaintThatFires) {
         }
         EXPECT_EQ(player.scope.Shown(1).front(), 756.0);
         EXPECT_EQ(player.scope.Line().Point(0).x_value, 0.0);
-        EXPECT_EQ(player.scope.draw->ElapsedAfterTrigger(), 0.0);
+        EXPECT_EQ(player.scope.draw->Recorder().ElapsedAfterTrigger(), 0.0);
     }
 }
 

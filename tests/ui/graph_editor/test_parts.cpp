@@ -9,8 +9,8 @@
 #include <set>
 
 #include "editor_fixture.h"
-#include "graph/draw/colors.h"
 #include "graph/draw/display_settings.h"
+#include "graph/draw/frame/colors.h"
 #include "system_facts.h"
 #include "ui/graph_editor/curve_palette.h"
 #include "ui/graph_editor/flow_layout.h"

@@ -17,7 +17,7 @@
 #include <cstdlib>
 #include <set>
 
-#include "graph/draw/colors.h"
+#include "graph/draw/frame/colors.h"
 #include "seen_contrast.h"
 #include "ui/bars/bar_setup.h"
 #include "ui/bars/command_icons.h"

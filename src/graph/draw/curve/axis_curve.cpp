@@ -1,0 +1,199 @@
+#include "graph/draw/curve/axis_curve.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace wavo {
+
+namespace {
+
+/// Radius of the disc on the newest point, and width of the rim around it, logical pixels.
+constexpr double kMarkRadius = 3.5;
+constexpr double kMarkRim = 1.25;
+
+/// Pixels are no larger on any screen; keeps a wild ratio from filling the plot with the mark.
+constexpr double kMostDeviceRatio = 16.0;
+
+/// Dropped points are worth moving the others from this number on.
+constexpr std::size_t kLeastDropped = 256;
+
+constexpr std::int32_t kMostPointSize = 4096;
+
+bool IsGap(const LinePoint& point) {
+    return std::isnan(point.y_value) || std::isnan(point.x_value);
+}
+
+/// How opaque a point of an age is.
+class Fading {
+ public:
+    explicit Fading(double fade_out_age)
+        : m_per_sample(fade_out_age > 0.0 ? LevelMask::kOpaque / std::max(fade_out_age, 1.0)
+                                          : 0.0) {}
+
+    [[nodiscard]] LevelMask::Level At(std::size_t age) const {
+        const double level = LevelMask::kOpaque - m_per_sample * static_cast<double>(age);
+        return static_cast<LevelMask::Level>(std::max(level, 0.0));
+    }
+
+ private:
+    double m_per_sample;
+};
+
+/// The part of `area` in which points can leave a trace; each covers `before` pixels to its left
+/// and above, `after` to its right and below.
+QRect Bounds(const LinePoint* first, const LinePoint* end, std::int32_t before, std::int32_t after,
+             const QRect& area) {
+    std::int32_t left = std::numeric_limits<std::int32_t>::max();
+    std::int32_t top = left;
+    std::int32_t right = std::numeric_limits<std::int32_t>::min();
+    std::int32_t bottom = right;
+    for (const LinePoint* point = first; point != end; ++point) {
+        if (!IsGap(*point)) {
+            left = std::min(left, point->x);
+            right = std::max(right, point->x);
+            top = std::min(top, point->y);
+            bottom = std::max(bottom, point->y);
+        }
+    }
+    const auto inside = [](std::int64_t pixel, int least, int most) {
+        return static_cast<int>(std::clamp<std::int64_t>(pixel, least, most));
+    };
+    // One pixel beyond the area stays recognizable as outside.
+    const QRect bounds(QPoint(inside(std::int64_t{left} - before, area.left(), area.right() + 1),
+                              inside(std::int64_t{top} - before, area.top(), area.bottom() + 1)),
+                       QPoint(inside(std::int64_t{right} + after, area.left() - 1, area.right()),
+                              inside(std::int64_t{bottom} + after, area.top() - 1, area.bottom())));
+    return bounds.isEmpty() ? QRect() : bounds;
+}
+
+std::uint32_t Opacity(double coverage) {
+    return static_cast<std::uint32_t>(std::lround(std::clamp(coverage, 0.0, 1.0) * 255.0));
+}
+
+/// The place nearest to `pixel` that is at least `reach` away from what lies outside least to most;
+/// the middle when there is no such place.
+std::int32_t Within(std::int32_t pixel, int least, int most, int reach) {
+    return most - least < 2 * reach ? least + (most - least) / 2
+                                    : std::clamp(pixel, least + reach, most - reach);
+}
+
+/// Marks a point with a disc in a rim, both with smooth edges. At the edge of the area, where
+/// points stand that are out of scale, the mark is moved inside: half of it would be overlooked.
+QRect DrawMark(QImage& picture, const QRect& area, const LinePoint& point,
+               const AxisCurve::Style& style) {
+    const double ratio =
+        style.device_ratio > 0.0 ? std::min(style.device_ratio, kMostDeviceRatio) : 1.0;
+    const double radius = kMarkRadius * ratio;
+    const double rim = radius + kMarkRim * ratio;
+    const auto reach = static_cast<int>(std::ceil(rim));
+    const QPoint centre(Within(point.x, area.left(), area.right(), reach),
+                        Within(point.y, area.top(), area.bottom(), reach));
+    const QRect box =
+        QRect(centre - QPoint(reach, reach), centre + QPoint(reach, reach)).intersected(area);
+    const QRgb disc_color = style.color.rgb();
+    const QRgb rim_color = style.background.rgb();
+    for (int y = box.top(); y <= box.bottom(); ++y) {
+        auto* const pixels = reinterpret_cast<QRgb*>(picture.scanLine(y));
+        for (int x = box.left(); x <= box.right(); ++x) {
+            const double distance = std::hypot(x - centre.x(), y - centre.y());
+            pixels[x] = BlendPixel(pixels[x], rim_color, Opacity(rim + 0.5 - distance));
+            pixels[x] = BlendPixel(pixels[x], disc_color, Opacity(radius + 0.5 - distance));
+        }
+    }
+    return box;
+}
+
+}  // namespace
+
+void AxisCurve::Add(const LinePoint& point) {
+    if (Size() >= m_max_points) {
+        ++m_dropped;
+    }
+    if (m_dropped >= kLeastDropped && m_dropped > m_points.size() / 2) {
+        m_points.erase(m_points.begin(), m_points.begin() + static_cast<std::ptrdiff_t>(m_dropped));
+        m_dropped = 0;
+    }
+    m_points.push_back(point);
+}
+
+void AxisCurve::Clear() {
+    m_points.clear();
+    m_dropped = 0;
+}
+
+std::size_t AxisCurve::FirstVisible(double fade_out_age) const {
+    const std::size_t oldest_age = Size() - 1;
+    if (!(fade_out_age > 0.0) || fade_out_age >= static_cast<double>(oldest_age)) {
+        return 0;
+    }
+    // The first that has vanished is still the end of a segment.
+    return oldest_age - static_cast<std::size_t>(std::ceil(fade_out_age));
+}
+
+QRect AxisCurve::Draw(QImage& picture, const QRect& plot, const Style& style) {
+    const QRect area = plot.isEmpty() ? QRect() : plot & picture.rect();
+    if (Size() < 2 || area.isEmpty()) {
+        return {};
+    }
+    const std::size_t first = FirstVisible(style.fade_out_age);
+    const std::int32_t size = std::clamp(style.point_size, 1, kMostPointSize);
+    const std::int32_t before = style.points ? size / 2 : 0;
+    const std::int32_t after = style.points ? size - 1 - before : 0;
+    QRect touched = Bounds(begin() + first, end(), before, after, area);
+    if (!touched.isEmpty()) {
+        m_mask.Begin(touched);
+        if (style.points) {
+            DrawPoints(first, size, style.fade_out_age);
+        } else {
+            DrawLines(first, style.fade_out_age);
+        }
+        m_mask.BlendInto(picture, style.color.rgb());
+    }
+    const LinePoint& newest = m_points.back();
+    if (!IsGap(newest)) {
+        touched |= DrawMark(picture, area, newest, style);
+    }
+    return touched;
+}
+
+void AxisCurve::DrawLines(std::size_t first, double fade_out_age) {
+    const Fading fading(fade_out_age);
+    const LinePoint* const points = begin();
+    const std::size_t size = Size();
+    LevelMask::Spot previous;
+    bool gap = true;
+    for (std::size_t i = first; i < size; ++i) {
+        const LinePoint& point = points[i];
+        if (IsGap(point)) {
+            gap = true;
+            continue;
+        }
+        const LevelMask::Spot spot{point.x, point.y, fading.At(size - 1 - i)};
+        if (gap) {
+            m_mask.Pixel(spot);
+        } else {
+            m_mask.Line(previous, spot);
+        }
+        previous = spot;
+        gap = false;
+    }
+}
+
+void AxisCurve::DrawPoints(std::size_t first, std::int32_t size, double fade_out_age) {
+    const Fading fading(fade_out_age);
+    const LinePoint* const points = begin();
+    const std::size_t count = Size();
+    for (std::size_t i = first; i < count; ++i) {
+        const LinePoint& point = points[i];
+        const auto covers = [&point](const LinePoint& next) {
+            return next.x == point.x && next.y == point.y && !IsGap(next);
+        };
+        if (IsGap(point) || (i + 1 < count && covers(points[i + 1]))) {
+            continue;
+        }
+        m_mask.Square({point.x, point.y, fading.At(count - 1 - i)}, size);
+    }
+}
+
+}  // namespace wavo

@@ -1,0 +1,70 @@
+// The curve of an axis over another axis: a FIFO of points, oldest first, and its drawing. A point
+// fades evenly while newer ones follow it, and the newest is marked with a disc.
+//
+// Invariants:
+// 1. There are at most max_points points; one more drops the oldest.
+// 2. The age of a point is the number of points added after it: fading follows the time of the
+//    stream, not that of the screen, and stands still with it.
+// 3. A point whose value or x value is NaN is a gap in the curve, and ages like any other.
+// 4. Where the curve meets or crosses itself, the newer part alone is seen.
+#pragma once
+
+#include <QColor>
+#include <QImage>
+#include <QRect>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "graph/draw/curve/line_point.h"
+#include "graph/draw/raster/level_mask.h"
+
+namespace wavo {
+
+class AxisCurve {
+ public:
+    struct Style {
+        bool points = false;          ///< single points instead of lines
+        std::int32_t point_size = 2;  ///< side of a point, device pixels; at least 1
+        QColor color;
+        QColor background;  ///< sets the mark of the newest point off from what is around it
+        double device_ratio = 1.0;  ///< device pixels per logical pixel
+        /// Age at which a point has vanished; nothing fades when it is not above 0.
+        double fade_out_age = 0.0;
+    };
+
+    /// REQUIRES: max_points >= 1. Memory grows with the points, not with the number allowed.
+    explicit AxisCurve(std::uint64_t max_points) : m_max_points(max_points) {}
+
+    void Add(const LinePoint& point);
+    void Clear();
+
+    [[nodiscard]] std::size_t Size() const { return m_points.size() - m_dropped; }
+    [[nodiscard]] std::uint64_t MaxPoints() const { return m_max_points; }
+
+    /// The points lie one behind the other, oldest first. REQUIRES: index < Size().
+    [[nodiscard]] const LinePoint& operator[](std::size_t index) const {
+        return m_points[m_dropped + index];
+    }
+    [[nodiscard]] LinePoint* begin() { return m_points.data() + m_dropped; }
+    [[nodiscard]] LinePoint* end() { return m_points.data() + m_points.size(); }
+    [[nodiscard]] const LinePoint* begin() const { return m_points.data() + m_dropped; }
+    [[nodiscard]] const LinePoint* end() const { return m_points.data() + m_points.size(); }
+
+    /// Draws the curve inside the plot area. Everything is in device pixels, whatever ratio the
+    /// picture says of itself. Returns a rectangle that holds all pixels that were changed; empty
+    /// when there were none, as with fewer than 2 points. REQUIRES: `picture` has the format RGB32.
+    QRect Draw(QImage& picture, const QRect& plot, const Style& style);
+
+ private:
+    [[nodiscard]] std::size_t FirstVisible(double fade_out_age) const;
+    void DrawLines(std::size_t first, double fade_out_age);
+    void DrawPoints(std::size_t first, std::int32_t size, double fade_out_age);
+
+    std::uint64_t m_max_points;       ///< constant after construction
+    std::vector<LinePoint> m_points;  ///< dropped points, then those of the curve
+    std::size_t m_dropped = 0;
+    LevelMask m_mask;  ///< kept for its memory
+};
+
+}  // namespace wavo

@@ -1,0 +1,88 @@
+#include "graph/draw/frame/texts.h"
+
+#include <cmath>
+#include <cstdio>
+#include <initializer_list>
+#include <string_view>
+
+#include "graph/draw/frame/scale.h"
+
+namespace wavo {
+
+namespace {
+
+/// Windows shorter than this are none.
+constexpr double kSmallestWindow = 1e-6;
+
+std::string Join(std::initializer_list<std::string_view> parts) {
+    std::string text;
+    for (const std::string_view part : parts) {
+        text.append(part);
+    }
+    return text;
+}
+
+std::string RangeText(const ScaleRange& range) {
+    return Join({"(", FormatNumber(range.minimum), " ... ", FormatNumber(range.maximum), ")"});
+}
+
+}  // namespace
+
+std::string FormatNumber(double value) {
+    const int length = std::snprintf(nullptr, 0, "%.6f", value);
+    if (length <= 0) {
+        return {};
+    }
+    std::string text(static_cast<std::size_t>(length) + 1, '\0');
+    (void)std::snprintf(text.data(), text.size(), "%.6f", value);
+    text.pop_back();
+    const std::size_t point = text.find('.');
+    if (point == std::string::npos) {
+        return text;
+    }
+    while (text.size() > point + 2 && text.back() == '0') {
+        text.pop_back();
+    }
+    return text;
+}
+
+std::string XText(const WavoGraph& graph, const TimeWindow& window) {
+    if (graph.XCoorType == CoorType::kAxis) {
+        return Join(
+            {"X: ", graph.XCoorAxName, "=", RangeText(GraphDefineGetMinMaxValue(graph.XScale))});
+    }
+    if (std::abs(window.end - window.start) < kSmallestWindow) {
+        return Join({"T: (0 ... ", FormatNumber(graph.XScale.TimeRange), ")s"});
+    }
+    return Join({"T: ", RangeText({window.start, window.end}), "s"});
+}
+
+std::string YText(const WavoGraph& graph, std::size_t axis) {
+    return YTextNamed(graph, axis, graph.YCoorAxName[axis]);
+}
+
+std::string YTextNamed(const WavoGraph& graph, std::size_t axis, const std::string& name) {
+    const ScaleDefinition& scale = graph.YScales[axis];
+    if (scale.ScaleType != ScaleTypeCode::kAxis) {
+        return "?";
+    }
+    return Join({"Y: ", name, "=", RangeText(GraphDefineGetMinMaxValue(scale))});
+}
+
+std::string XSpacingText(const WavoGraph& graph, const ScaleDefinition& shown_scale,
+                         std::int32_t lines) {
+    const std::string spacing =
+        FormatNumber(ScaleSpacing(GraphDefineGetMinMaxValue(shown_scale), lines));
+    if (graph.XCoorType == CoorType::kAxis) {
+        return Join({graph.XCoorAxName, ":   dx=", spacing});
+    }
+    return Join({"dT=", spacing, "s"});
+}
+
+std::string YSpacingText(const WavoGraph& graph, std::size_t axis, std::int32_t lines) {
+    const ScaleRange range = GraphDefineGetMinMaxValue(graph.YScales[axis]);
+    return Join({AxisLabel(graph.YCoorAxName[axis], graph.YCoorAxDerivation[axis]),
+                 ":   dy=", FormatNumber(ScaleSpacing(range, lines))});
+}
+
+}  // namespace wavo

@@ -1,0 +1,136 @@
+// The plot area of a graph within the picture: curves over a background that stays.
+//
+// A drawing lists its curves; at its end the canvas brings the picture from what the drawing before
+// left to what the new one shows, and touches only pixels that may differ. Columns are handled in
+// blocks, each with the range of rows that its curves cover.
+//
+// Invariants:
+// 1. After End the plot area shows the background and over it the curves in the order in which
+//    they were listed.
+// 2. Pixels outside the plot area and outside the picture are never touched.
+// 3. All lengths are device pixels.
+#pragma once
+
+#include <QImage>
+#include <QPoint>
+#include <QRect>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "graph/draw/raster/column_spans.h"
+
+namespace wavo {
+
+class PlotCanvas {
+ public:
+    /// Draws into the image and returns the rectangle of the pixels that it may have touched.
+    using Painting = std::function<QRect(QImage&)>;
+
+    /// Forgets what was drawn: the picture now shows the background in the plot area.
+    void Forget();
+
+    /// Begins a drawing. `background` is the picture of the graph without curves, its top left
+    /// pixel at `origin` of the picture; it covers the plot area. Both stay until End. Nothing is
+    /// drawn when the plot area begins left of the picture. REQUIRES: background, origin and plot
+    /// area are those of the last drawing, unless Forget was called since.
+    void Begin(QImage& picture, const QImage& background, const QPoint& origin, const QRect& plot);
+
+    /// Lists a curve in an opaque colour. `spans` stays unchanged until End. REQUIRES: it has the
+    /// columns of the plot area, and rows within it.
+    void Add(const ColumnSpans& spans, QRgb color);
+
+    /// Lists a curve that draws itself, clipped to the plot area. `version` changes with what it
+    /// draws.
+    void Add(Painting painting, std::uint64_t version);
+
+    void End();
+
+ private:
+    struct Layer {
+        const ColumnSpans* spans = nullptr;  // null: painting
+        QRgb color = 0;
+        Painting painting;
+        std::uint64_t version = 0;
+    };
+
+    /// What a layer looked like in the drawing before.
+    struct DrawnLayer {
+        bool painted = false;
+        QRgb color = 0;
+        std::uint64_t version = 0;
+        ColumnSpans spans;
+    };
+
+    /// Rows of a block that are covered somewhere; none when top > bottom.
+    struct Rows {
+        int top = ColumnSpans::kNoTop;
+        int bottom = ColumnSpans::kNoBottom;
+        int pixels = 0;  ///< that are covered
+        // Rows in between that every column covers, none when full_top > full_bottom.
+        int full_top = ColumnSpans::kNoTop;
+        int full_bottom = ColumnSpans::kNoBottom;
+        bool keep_full = false;  ///< they need not be painted
+
+        void Take(const Rows& other);
+        [[nodiscard]] int Count() const { return bottom < top ? 0 : bottom - top + 1; }
+        [[nodiscard]] bool Has(int row) const { return top <= row && row <= bottom; }
+        /// A row that need not be painted.
+        [[nodiscard]] bool Keeps(int row) const {
+            return keep_full && full_top <= row && row <= full_bottom;
+        }
+    };
+
+    [[nodiscard]] bool HasPaintings() const;
+    [[nodiscard]] bool LayersAreAsBefore() const;
+    [[nodiscard]] bool BlockIsAsBefore(int block) const;
+    [[nodiscard]] std::vector<std::uint8_t> BlocksAsBefore() const;
+    /// One curve, and the same one as before.
+    [[nodiscard]] bool IsOneCurveAsBefore() const;
+    void FindRows();
+    void TakeSpans(const ColumnSpans& spans, std::vector<Rows>& rows) const;
+    void FindEqualRows();
+    void PaintBlocks();
+    /// Paints a curve (none when null) in the rows given per block, over the background or over
+    /// what the picture shows there.
+    void PaintRows(const std::vector<Rows>& rows, const ColumnSpans* spans, QRgb color,
+                   bool over_background);
+    /// Paints a part of a row, blocks from `first_block` to before `end_block`.
+    void PaintRowPart(int row, int first_block, int end_block, const ColumnSpans* spans, QRgb color,
+                      bool over_background);
+    /// Paints one block column by column: first the background where the curves were, then a curve
+    /// (none when null).
+    void PaintColumns(int block, const ColumnSpans* spans, QRgb color, bool restore);
+    void PaintColumn(int column, int top, int bottom, const QRgb* color);
+    void PaintMore(const ColumnSpans& spans, QRgb color);
+    [[nodiscard]] const QRgb* BackgroundRow(int row) const;
+    [[nodiscard]] QRgb* PictureRow(int row) const;
+    /// Brings the background back where the last drawing was.
+    void Restore();
+    void KeepLayers();
+    [[nodiscard]] int Blocks() const;
+    [[nodiscard]] int BlockWidth(int block) const;
+
+    QImage* m_picture = nullptr;
+    const QImage* m_background = nullptr;
+    QPoint m_origin;
+    QRect m_plot;     // as the spans count
+    QRect m_visible;  // the part of it within the picture
+    std::vector<Layer> m_layers;
+
+    /// Per row of the plot area, the first row with the same background: most rows look alike, and
+    /// one of them stays in the nearest cache.
+    std::vector<int> m_equal_rows;
+    int m_first_row = 0;       // of the plot area that is visible
+    QRgb* m_pixels = nullptr;  // of the picture, at the visible part's top left
+    std::ptrdiff_t m_stride = 0;
+    const QRgb* m_under = nullptr;  // the background at the visible part's top left
+    std::ptrdiff_t m_under_stride = 0;
+
+    std::vector<DrawnLayer> m_drawn;
+    std::vector<Rows> m_drawn_rows;         // per block, of all layers of the last drawing
+    std::vector<std::vector<Rows>> m_rows;  // per layer and block, of this drawing
+    QRect m_painted;                        // by paintings of the last drawing
+};
+
+}  // namespace wavo

@@ -1,0 +1,337 @@
+#include "graph/record/graph_recorder.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+
+#include "graph/record/report_texts.h"
+#include "graph/values/missing_value.h"
+#include "support/diagnostics.h"
+#include "support/to_count.h"
+
+namespace wavo {
+
+namespace {
+
+/// Times closer than this are one time.
+constexpr double kSameTime = 1e-6;
+
+/// Room for new values that is kept from step to step.
+constexpr std::size_t kValuesKept = 16384;
+
+constexpr std::uint64_t kAnyCount = std::numeric_limits<std::uint64_t>::max();
+
+}  // namespace
+
+void TakenValues::Discard() {
+    if (values.capacity() > kValuesKept) {
+        std::vector<double>().swap(values);  // a refill takes as many as the curve holds
+    }
+    values.clear();
+    start_time = 0.0;
+    underived.clear();
+}
+
+void TakenValues::DropFront(std::uint64_t count) {
+    const std::uint64_t dropped = std::min<std::uint64_t>(count, values.size());
+    values.erase(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(dropped));
+    for (SampleStretch& stretch : underived) {
+        const std::uint64_t end = stretch.position + stretch.count;
+        stretch.position -= std::min(dropped, stretch.position);
+        stretch.count = end - std::min(end, dropped + stretch.position);
+    }
+}
+
+void TakenValues::DropBack(std::uint64_t count) {
+    values.resize(values.size() - std::min<std::uint64_t>(count, values.size()));
+}
+
+void TakenValues::LeaveOutUnderived() {
+    for (const SampleStretch& stretch : underived) {
+        const auto begin = std::min<std::uint64_t>(stretch.position, values.size());
+        const auto end = std::min<std::uint64_t>(stretch.position + stretch.count, values.size());
+        std::fill(values.begin() + static_cast<std::ptrdiff_t>(begin),
+                  values.begin() + static_cast<std::ptrdiff_t>(end), kNoValue);
+    }
+    underived.clear();
+}
+
+GraphRecorder::GraphRecorder(const WavoGraph& graph, double cycle_time, const GraphStreams& streams)
+    : m_graph(graph), m_cycle_time(cycle_time), m_buffers_given(streams.y.size()) {
+    const std::size_t axes = graph.YCoorAxName.size();
+    m_taken.resize(axes + 1);
+    for (std::size_t i = 0; i < std::min(axes, streams.y.size()); ++i) {
+        m_taken[i].value = streams.y[i];
+    }
+    m_taken.back().value = streams.x;
+    CreateTriggers();
+}
+
+void GraphRecorder::CreateTriggers() {
+    for (std::size_t i = 0; i < Axes(); ++i) {
+        const TriggerTypeCode type = m_graph.Triggers[i].TriggerType;
+        if (type == TriggerTypeCode::kNone) {
+            continue;
+        }
+        m_TriggerData.push_back({i, TestOfTrigger(type)});
+        const std::optional<RunState> initial = InitialRunState(type);
+        if (initial.has_value()) {
+            m_state = *initial;
+            m_restart_state = *initial;
+        }
+    }
+}
+
+std::vector<GraphValue*> GraphRecorder::Values() const {
+    std::vector<GraphValue*> values;
+    for (const TakenValues& taken : m_taken) {
+        if (taken.value != nullptr) {
+            values.push_back(taken.value);
+        }
+    }
+    return values;
+}
+
+double GraphRecorder::LatestTime() const {
+    double latest = 0.0;
+    for (const GraphValue* value : Values()) {
+        latest = std::max(latest, value->LatestTime());
+    }
+    return latest;
+}
+
+double GraphRecorder::LongestRange() const {
+    double longest = 0.0;
+    for (const GraphValue* value : Values()) {
+        longest = std::max(longest, value->TimeRange());
+    }
+    return longest;
+}
+
+StreamRows GraphRecorder::Rows() const {
+    std::vector<const GraphValue*> streams;
+    streams.reserve(m_taken.size());
+    for (const TakenValues& taken : m_taken) {
+        streams.push_back(taken.value);
+    }
+    return StreamRows(streams);
+}
+
+SampleStretch GraphRecorder::RowsOfSpan(const StreamRows& rows) const {
+    SampleStretch span;
+    span.count = rows.CountOfSpan(GraphTimeRange(m_graph));
+    span.position = rows.Count() - span.count;
+    if (!IsOverTime() && TakenX().value != nullptr) {
+        // A point has two values.
+        const std::uint64_t first = std::max(span.position, rows.FirstOfAll());
+        span.count -= first - span.position;
+        span.position = first;
+    }
+    return span;
+}
+
+double GraphRecorder::TimeBeforeSpan(const StreamRows& rows) const {
+    const double held = static_cast<double>(rows.Count()) * m_cycle_time;
+    return std::max(0.0, held - GraphTimeRange(m_graph));
+}
+
+void GraphRecorder::CopyRows(const StreamRows& rows, std::size_t stream,
+                             const SampleStretch& wanted, std::vector<double>& out) {
+    rows.Copy(stream, wanted.position, wanted.count, out);
+    for (const SampleStretch& none : rows.Underived(stream, wanted.position, wanted.count)) {
+        std::fill_n(out.begin() + static_cast<std::ptrdiff_t>(none.position), none.count, kNoValue);
+    }
+}
+
+void GraphRecorder::Discard() {
+    for (TakenValues& taken : m_taken) {
+        taken.Discard();
+    }
+}
+
+void GraphRecorder::LeaveOutUnderived() {
+    for (TakenValues& taken : m_taken) {
+        taken.LeaveOutUnderived();
+    }
+}
+
+void GraphRecorder::TakeRows(const StreamRows& rows, const SampleStretch& taken) {
+    for (std::size_t i = 0; i < m_taken.size(); ++i) {
+        if (m_taken[i].value != nullptr) {
+            rows.Copy(i, taken.position, taken.count, m_taken[i].values);
+            m_taken[i].underived = rows.Underived(i, taken.position, taken.count);
+        }
+    }
+}
+
+void GraphRecorder::TakeHeld() {
+    const StreamRows rows = Rows();
+    SampleStretch held = RowsOfSpan(rows);
+    held.count -= std::min(held.count, rows.Count() - rows.FirstNew());
+    TakeRows(rows, held);
+}
+
+bool GraphRecorder::TakeNewest() {
+    const StreamRows rows = Rows();
+    const bool refill =
+        m_refill && std::any_of(m_taken.begin(), m_taken.end() - 1,
+                                [](const TakenValues& y) { return y.value != nullptr; });
+    if (refill) {
+        m_refill = false;
+        TakeRows(rows, RowsOfSpan(rows));
+    } else {
+        TakeNew(rows);
+    }
+    return refill;
+}
+
+void GraphRecorder::TakeNew(const StreamRows& rows) {
+    const std::uint64_t first = rows.FirstNew();
+    if (!rows.NewValuesAreEven()) {
+        TakeRows(rows, {first, rows.Count() - first});
+    } else {
+        for (std::size_t i = 0; i < m_taken.size(); ++i) {
+            TakenValues& taken = m_taken[i];
+            if (taken.value != nullptr) {
+                taken.value->GetNewValues(taken.values, taken.start_time);
+                taken.underived = rows.Underived(i, first, taken.values.size());
+            }
+        }
+    }
+    // A stream that is younger than others goes on where they do.
+    const double start = rows.StartOfNew();
+    for (TakenValues& taken : m_taken) {
+        taken.start_time = start;
+    }
+}
+
+bool GraphRecorder::IsTrigger(std::uint64_t& index) const {
+    for (const TriggerData& trigger : m_TriggerData) {
+        if (trigger.pTestTriggerEvent == nullptr) {
+            MERRLOG(record_texts::kTriggerWithoutTest);
+            continue;
+        }
+        const double limit = m_graph.Triggers[trigger.axis].TriggerValue;
+        if (trigger.pTestTriggerEvent(m_taken[trigger.axis].values, index, limit)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+TriggerEvent GraphRecorder::TestTriggers() {
+    switch (m_state) {
+        case RunState::kRunning:
+            break;
+        case RunState::kWaitingForStart:
+            return WaitForStart();
+        case RunState::kRunningAfterStart:
+            return RunAfterStart();
+        case RunState::kWaitingForStop:
+            WaitForStop();
+            break;
+        case RunState::kStoppedAfterStart:
+        case RunState::kStoppedAfterStop:
+            StopValues();
+            Discard();
+            break;
+    }
+    return TriggerEvent::kNone;
+}
+
+TriggerEvent GraphRecorder::WaitForStart() {
+    std::uint64_t index = 0;
+    if (!IsTrigger(index)) {
+        Discard();
+        return TriggerEvent::kNone;
+    }
+    for (std::size_t i = 0; i < m_taken.size(); ++i) {
+        const bool is_used = i < Axes() || !IsOverTime();
+        if (is_used && m_taken[i].values.size() > 1) {
+            m_taken[i].DropFront(index);
+            m_taken[i].start_time = 0.0;
+        }
+    }
+    m_state = RunState::kRunningAfterStart;
+    m_elapsed = 0.0;
+    return TriggerEvent::kStarted;
+}
+
+TriggerEvent GraphRecorder::RunAfterStart() {
+    if (Axes() == 0) {
+        return TriggerEvent::kNone;
+    }
+    m_elapsed += static_cast<double>(m_taken.front().values.size()) * m_cycle_time;
+    const bool over_time = m_graph.XScale.ScaleType == ScaleTypeCode::kTime;
+    const double range = over_time ? m_graph.XScale.TimeRange : m_graph.FadeOutTime;
+    if (m_elapsed < range - kSameTime) {
+        return TriggerEvent::kNone;
+    }
+    if (over_time) {
+        const std::uint64_t beyond = ToCount((m_elapsed - range) / m_cycle_time + 0.5, kAnyCount);
+        for (TakenValues& taken : m_taken) {
+            if (taken.values.size() >= beyond) {
+                taken.DropBack(beyond);
+            }
+        }
+    }
+    m_state = RunState::kStoppedAfterStart;
+    return TriggerEvent::kEnded;
+}
+
+void GraphRecorder::WaitForStop() {
+    std::uint64_t index = 0;
+    if (!IsTrigger(index)) {
+        return;
+    }
+    m_state = RunState::kStoppedAfterStop;
+    for (TakenValues& taken : m_taken) {
+        const std::uint64_t size = taken.values.size();
+        taken.DropBack(size > index ? size - index - 1 : 0);
+    }
+    StopValues();
+}
+
+void GraphRecorder::StopValues() {
+    for (GraphValue* value : Values()) {
+        value->SetEnabled(false);
+    }
+}
+
+void GraphRecorder::Restart() {
+    if (m_state != RunState::kRunning) {
+        m_state = m_restart_state;
+    }
+    m_elapsed = 0.0;
+    if (m_restart_asked) {
+        for (GraphValue* value : Values()) {
+            value->Reset();
+        }
+        m_restart_asked = false;
+    }
+    m_refill = true;
+}
+
+void GraphRecorder::RestartAfterTrigger() {
+    if (!IsStopped(m_state)) {
+        return;
+    }
+    m_restart_asked |= m_restart_state == RunState::kWaitingForStop;
+    m_state = m_restart_state;
+}
+
+void GraphRecorder::LeaveTriggers() {
+    m_refill = true;
+    if (IsStopped(m_state)) {
+        StopValues();
+    }
+    m_state = RunState::kRunning;
+}
+
+void GraphRecorder::Detach() {
+    for (TakenValues& taken : m_taken) {
+        taken.value = nullptr;
+    }
+}
+
+}  // namespace wavo
