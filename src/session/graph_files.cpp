@@ -103,6 +103,12 @@ Expected<std::size_t> GraphFiles::Save() {
     return Fault{session_texts::kNotSavedBox};
 }
 
+bool GraphFiles::WriteCopy(const std::string& path) const {
+    MIniData store;
+    return store.Open(path) && GetGraphAsIniData(store, GraphsToStore(), m_additional_text) &&
+           store.Save();
+}
+
 bool GraphFiles::KeepUnread() {
     const auto unread = m_not_read.find(m_current_path);
     if (unread == m_not_read.end()) {

@@ -42,6 +42,10 @@ class GraphFiles {
     /// cannot stand in a file, each an error-log entry.
     Expected<std::size_t> Save();
 
+    /// Writes graphs and additional text to another file, made anew; the current one stays. False
+    /// when it could not be written.
+    bool WriteCopy(const std::string& path) const;
+
     /// What the current file held is kept already: a save need not do that any more.
     void NoteKept() { m_not_read.erase(m_current_path); }
 

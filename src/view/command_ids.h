@@ -14,6 +14,8 @@ enum class CommandId : int {
     kLookBlack = 216,
     kLookSilver = 217,
     kLookAqua = 218,
+    kRecord = 32760,
+    kStopRecording = 32761,
     kConnect = 32773,
     kStop = 32777,
     kStartAfterTrigger = 32778,

@@ -39,6 +39,19 @@ bool MayStandInToolBar(int number) {
            static_cast<CommandId>(number) != CommandId::kToolBars;
 }
 
+/// Adds the bars of a later version of the program than the one that stored the setup: those that
+/// it did not know. What the user removed stays so.
+void AddBarsThatAreNew(BarSetup& setup, const QStringList& known) {
+    for (const BarContent& bar : DefaultBarSetup().bars) {
+        const bool is_there =
+            std::any_of(setup.bars.begin(), setup.bars.end(),
+                        [&bar](const BarContent& other) { return other.name == bar.name; });
+        if (!is_there && !known.contains(bar.name)) {
+            setup.bars.push_back(bar);
+        }
+    }
+}
+
 void NormalizeItems(std::vector<int>& items) {
     std::set<int> seen;
     std::erase_if(items, [&seen](int item) {
@@ -68,8 +81,12 @@ BarSetup DefaultBarSetup() {
           CommandId::kProperties, kSeparator, CommandId::kAbout}) {
         standard.items.push_back(static_cast<int>(id));
     }
+    BarContent recording{QStringLiteral("Recording"), {}};
+    for (const CommandId id : {CommandId::kRecord, CommandId::kStopRecording}) {
+        recording.items.push_back(static_cast<int>(id));
+    }
     BarSetup setup;
-    setup.bars.push_back(std::move(standard));
+    setup.bars = {std::move(standard), std::move(recording)};
     return setup;
 }
 
@@ -118,6 +135,7 @@ BarSetup LoadBarSetup(QSettings* settings) {
                               SplitNumbers(settings->value(QStringLiteral("Items")).toString())});
     }
     settings->endArray();
+    AddBarsThatAreNew(setup, settings->value(QStringLiteral("KnownBars")).toStringList());
     settings->beginGroup(QStringLiteral("UserImages"));
     for (const QString& key : settings->childKeys()) {
         setup.user_images[key.toInt()] = settings->value(key).toInt();
@@ -134,6 +152,11 @@ void SaveBarSetup(QSettings* settings, const BarSetup& setup) {
     settings->setValue(QStringLiteral("IconSize"), setup.icon_size);
     settings->setValue(QStringLiteral("FullMenus"), setup.full_menus);
     settings->setValue(QStringLiteral("UsedCommands"), JoinNumbers(setup.used_commands));
+    QStringList known;
+    for (const BarContent& bar : DefaultBarSetup().bars) {
+        known << bar.name;
+    }
+    settings->setValue(QStringLiteral("KnownBars"), known);
     settings->remove(QStringLiteral("ToolBars"));
     settings->beginWriteArray(QStringLiteral("ToolBars"), static_cast<int>(setup.bars.size()));
     for (int index = 0; index < static_cast<int>(setup.bars.size()); ++index) {

@@ -42,7 +42,7 @@ struct BarSetup {
 /// The commands that a tool bar can hold, in the order of the command table.
 std::vector<CommandId> ToolBarCommands();
 
-/// As it comes: one bar, "Standard".
+/// As it comes: two bars, "Standard" and "Recording".
 BarSetup DefaultBarSetup();
 
 /// Makes the invariants hold.

@@ -86,6 +86,15 @@ void Square(IconSketch& sketch) {
     sketch.Box(3, 3, 13, 13, IconInk::kRed, IconInk::kLine);
 }
 
+void Disc(IconSketch& sketch) {
+    sketch.Circle(8, 8, 5.5, IconInk::kRed, IconInk::kLine);
+}
+
+void DiscAndSquare(IconSketch& sketch) {
+    sketch.Circle(6, 6, 4.5, IconInk::kRed, IconInk::kLine);
+    sketch.Box(8, 8, 15, 15, IconInk::kGrey, IconInk::kLine);
+}
+
 void TriangleAfterStep(IconSketch& sketch) {
     sketch.Line({{1, 12}, {4, 12}, {4, 4}, {6, 4}}, IconInk::kRed, 2);
     sketch.Polygon({{8, 3}, {15, 8}, {8, 13}}, IconInk::kGreen, IconInk::kLine);
@@ -153,6 +162,10 @@ Draw DrawingOf(CommandId id) {
             return Square;
         case CommandId::kStartAfterTrigger:
             return TriangleAfterStep;
+        case CommandId::kRecord:
+            return Disc;
+        case CommandId::kStopRecording:
+            return DiscAndSquare;
         case CommandId::kShowGraphEditor:
             return Curves;
         case CommandId::kAbout:

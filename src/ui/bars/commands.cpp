@@ -8,6 +8,7 @@ namespace wavo {
 namespace {
 
 constexpr CommandOwner kShell = CommandOwner::kShell;
+constexpr CommandOwner kRecording = CommandOwner::kRecording;
 
 constexpr Command kCommandTable[] = {
     {CommandId::kNew, "new", "&New\tCtrl+N", "Begins without any graph\nNew"},
@@ -52,6 +53,10 @@ constexpr Command kCommandTable[] = {
     {CommandId::kStop, "stop", "Stop\tCtrl+H", "stop wavo.\nstop"},
     {CommandId::kStartAfterTrigger, "start_after_trigger", "Start after &trigger\tCtrl+T",
      "start after trigger event\n start after trigger"},
+    {CommandId::kRecord, "record", "&Record...\tCtrl+R",
+     "Records every line of the master to a file\nRecord", kRecording},
+    {CommandId::kStopRecording, "stop_recording", "&Stop Recording\tCtrl+Shift+R",
+     "Ends a recording; its file is complete then\nStop recording", kRecording},
     {CommandId::kAbout, "about", "&About Wavo...", "Version and copyright of the program\nAbout",
      kShell},
     {CommandId::kNextPane, "next_pane", "Next Pane\tF6", "Goes to the next pane\nNext pane",
@@ -73,7 +78,7 @@ constexpr CommandId kHarmlessCommands[] = {
     CommandId::kOpen,      CommandId::kSaveAs,         CommandId::kPrint,
     CommandId::kPageSetup, CommandId::kPrintPreview,   CommandId::kProperties,
     CommandId::kCustomize, CommandId::kAdditionalText, CommandId::kShowGraphEditor,
-    CommandId::kAbout,
+    CommandId::kAbout,     CommandId::kRecord,
 };
 
 QString Part(const char* text, QChar separator, int index) {

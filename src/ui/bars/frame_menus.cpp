@@ -136,7 +136,13 @@ bool FrameMenus::IsInShortMenu(const QAction& action) const {
     }
     const auto is_action = [this, &action](CommandId id) { return m_actions.Find(id) == &action; };
     const auto basic = BasicCommands();
+    const auto commands = Commands();
     return std::any_of(basic.begin(), basic.end(), is_action) ||
+           std::any_of(commands.begin(), commands.end(),
+                       [&](const Command& command) {
+                           return command.owner == CommandOwner::kRecording &&
+                                  is_action(command.id);
+                       }) ||
            std::any_of(m_setup.used_commands.begin(), m_setup.used_commands.end(),
                        [&](int id) { return is_action(static_cast<CommandId>(id)); });
 }

@@ -52,6 +52,9 @@ constexpr MenuRow kMenuBar[] = {
     Item(1, CommandId::kStart),
     Item(1, CommandId::kStop),
     Item(1, CommandId::kStartAfterTrigger),
+    Menu(0, "Rec&ording"),
+    Item(1, CommandId::kRecord),
+    Item(1, CommandId::kStopRecording),
     Menu(0, "&Help"),
     Item(1, CommandId::kAbout),
 };

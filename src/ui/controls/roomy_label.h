@@ -16,8 +16,10 @@ class RoomyLabel : public QLabel {
     }
 
     [[nodiscard]] QSize sizeHint() const override {
-        return QLabel::sizeHint().expandedTo(
-            {fontMetrics().horizontalAdvance(m_widest) + 2 * margin(), 0});
+        const QMargins sides = contentsMargins();
+        return QLabel::sizeHint().expandedTo({fontMetrics().horizontalAdvance(m_widest) +
+                                                  2 * margin() + sides.left() + sides.right(),
+                                              0});
     }
 
  private:

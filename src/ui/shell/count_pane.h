@@ -6,7 +6,7 @@
 #include <string>
 
 #include "session/link_counters.h"
-#include "ui/shell/roomy_label.h"
+#include "ui/controls/roomy_label.h"
 
 class QFrame;
 

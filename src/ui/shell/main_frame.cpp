@@ -20,12 +20,13 @@
 #include "ui/bars/customize_dialog.h"
 #include "ui/bars/menu_button.h"
 #include "ui/controls/elided_label.h"
+#include "ui/controls/roomy_label.h"
 #include "ui/messages.h"
+#include "ui/recording/recording_pane.h"
 #include "ui/shell/about_dlg.h"
 #include "ui/shell/count_pane.h"
 #include "ui/shell/looks.h"
 #include "ui/shell/pane_cycle.h"
-#include "ui/shell/roomy_label.h"
 #include "ui/shell/version_data.h"
 #include "view/wavo_view.h"
 
@@ -64,6 +65,7 @@ CMainFrame::CMainFrame(QSettings* settings)
     }
     ApplyLook(FindLook(static_cast<int>(m_look)));
     CreateStatusBar();
+    CreateRecording();
     CreateCustomizeButton();
     RebuildToolBars();
     ConnectView();
@@ -124,6 +126,18 @@ void CMainFrame::CreateStatusBar() {
     statusBar()->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(statusBar(), &QWidget::customContextMenuRequested, this,
             [this](const QPoint& point) { LookMenu().popup(statusBar()->mapToGlobal(point)); });
+}
+
+void CMainFrame::CreateRecording() {
+    auto* const pane = new RecordingPane(this);
+    statusBar()->addPermanentWidget(pane);
+    pane->hide();
+    m_recording = std::make_unique<RecordingControl>(
+        *pane, m_settings,
+        [this](const std::string& path) { return m_view->Work().Files().WriteCopy(path); },
+        MakeRecordingPrompts(*this));
+    connect(m_recording.get(), &RecordingControl::CommandsChanged, this,
+            &CMainFrame::UpdateCommands);
 }
 
 void CMainFrame::CreateCustomizeButton() {
@@ -199,6 +213,8 @@ void CMainFrame::UpdateCommands() {
         QAction* const action = Action(command.id);
         if (command.owner == CommandOwner::kView) {
             action->setEnabled(m_view->Commands().IsEnabled(command.id));
+        } else if (command.owner == CommandOwner::kRecording) {
+            action->setEnabled(m_recording->IsEnabled(command.id));
         } else if (command.id == CommandId::kStatusBar) {
             action->setChecked(!statusBar()->isHidden());
         } else if (action->isCheckable()) {
@@ -223,6 +239,8 @@ void CMainFrame::OnCommand(CommandId id) {
     }
     if (command == nullptr || command->owner == CommandOwner::kView) {
         m_view->Commands().Execute(id);
+    } else if (command->owner == CommandOwner::kRecording) {
+        m_recording->Execute(id);
     } else {
         ExecuteOwn(id);
     }

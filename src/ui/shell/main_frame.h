@@ -8,6 +8,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <memory>
 
 #include "session/session_observer.h"
 #include "ui/bars/bar_setup.h"
@@ -15,6 +16,7 @@
 #include "ui/bars/frame_menus.h"
 #include "ui/bars/menu_dock.h"
 #include "ui/bars/recent_files.h"
+#include "ui/recording/recording_control.h"
 #include "view/command_ids.h"
 
 class QLabel;
@@ -38,6 +40,10 @@ class CMainFrame : public QMainWindow {
 
     /// The action of a command; null for one that has none.
     [[nodiscard]] QAction* Action(CommandId id) const { return m_actions.Find(id); }
+
+    /// Looks for recorders that run, and shows them from now on.
+    void ShowRecorders() { m_recording->Open(); }
+    [[nodiscard]] RecordingControl& Recording() { return *m_recording; }
 
     /// Text of a status bar pane.
     [[nodiscard]] QString PaneText(StatusPane pane) const;
@@ -67,6 +73,7 @@ class CMainFrame : public QMainWindow {
  private:
     void ConnectView();
     void CreateStatusBar();
+    void CreateRecording();
     void CreateCustomizeButton();
     void RebuildToolBars();
     void RestoreLayout();
@@ -89,6 +96,7 @@ class CMainFrame : public QMainWindow {
     RecentFiles m_recent_files;
     CommandId m_look;
     QLabel* m_panes[3] = {};
+    std::unique_ptr<RecordingControl> m_recording;
     bool m_has_stored_place = false;
     QWidgetAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
 };

@@ -80,6 +80,9 @@ void CWavoApp::InitInstance(const AppOptions& options) {
         &m_frame->View(),
         [this, name = options.graph_file] {
             m_graph_file = FindGraphFile(name, m_frame.get());
+            if (m_settings != nullptr) {
+                m_frame->ShowRecorders();
+            }
             m_frame->View().OnInitialUpdate(m_graph_file);
             MTRACE(4, shell_texts::kStarted);
         },

@@ -1,14 +1,17 @@
 // Linked into tests that publish as a master does. The names of its segments exist once on a
-// machine: before main() the process and the programs that it will start get a place for segments
-// of their own, so that these tests run beside each other, beside other runs of them and beside a
-// real master. Where the system grants none they wait for each other.
+// machine, and it tells all windows of the user that it is there: before main() the process and the
+// programs that it will start get a place of their own for segments and for windows, so that these
+// tests run beside each other, beside other runs of them and beside a real master. Where the system
+// grants none they wait for each other.
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/file.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace {
@@ -39,6 +42,12 @@ bool HasPrivateSegments() {
            mount("tmpfs", "/dev/shm", "tmpfs", 0, "mode=1777") == 0;
 }
 
+/// For the windows, where the segments are: it goes with them.
+bool HasPrivateWindows() {
+    constexpr char kFolder[] = "/dev/shm/.windows";
+    return mkdir(kFolder, 0700) == 0 && setenv("XDG_RUNTIME_DIR", kFolder, 1) == 0;
+}
+
 /// Until the end of the process no other test of this user has it.
 void WaitForOthers() {
     const std::string name = "/tmp/wavo-tests-" + std::to_string(geteuid()) + ".lock";
@@ -49,7 +58,7 @@ void WaitForOthers() {
 }
 
 [[maybe_unused]] const bool g_prepared = [] {
-    if (!HasPrivateSegments()) {
+    if (!HasPrivateSegments() || !HasPrivateWindows()) {
         WaitForOthers();
     }
     return true;

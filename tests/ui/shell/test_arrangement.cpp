@@ -47,11 +47,22 @@ TEST_F(Arrangement, OfBarsIsReadAsItWasStored) {
     EXPECT_EQ(LoadBarSetup(&m_settings), setup);
 }
 
-TEST_F(Arrangement, OfAFirstStartIsOneBar) {
+TEST_F(Arrangement, OfAnEarlierVersionGetsTheBarsThatAreNew) {
+    BarSetup setup = DefaultBarSetup();
+    setup.bars.resize(1);
+    SaveBarSetup(&m_settings, setup);
+    m_settings.remove(QStringLiteral("KnownBars"));  // was not stored then
+    EXPECT_EQ(LoadBarSetup(&m_settings), DefaultBarSetup());
+    SaveBarSetup(&m_settings, setup);
+    EXPECT_EQ(LoadBarSetup(&m_settings), setup) << "what the user removed stays removed";
+}
+
+TEST_F(Arrangement, OfAFirstStartIsTwoBars) {
     EXPECT_EQ(LoadBarSetup(&m_settings), DefaultBarSetup());
     EXPECT_EQ(LoadBarSetup(nullptr), DefaultBarSetup());
-    ASSERT_EQ(DefaultBarSetup().bars.size(), 1U);
+    ASSERT_EQ(DefaultBarSetup().bars.size(), 2U);
     EXPECT_EQ(DefaultBarSetup().bars[0].name, "Standard");
+    EXPECT_EQ(DefaultBarSetup().bars[1], (BarContent{QStringLiteral("Recording"), {32760, 32761}}));
 }
 
 TEST_F(Arrangement, ThatMakesNoSenseIsPutRight) {

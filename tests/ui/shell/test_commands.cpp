@@ -76,6 +76,9 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "St&art\tCtrl+A", 32779},
         {1, "Stop\tCtrl+H", 32777},
         {1, "Start after &trigger\tCtrl+T", 32778},
+        {0, "Rec&ording", 0},
+        {1, "&Record...\tCtrl+R", 32760},
+        {1, "&Stop Recording\tCtrl+Shift+R", 32761},
         {0, "&Help", 0},
         {1, "&About Wavo...", 57664},
     };
@@ -232,16 +235,16 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
         }
     }
     const std::map<std::string, int> expected = {
-        {"Ctrl+N", 57600}, {"Ctrl+O", 57601}, {"Ctrl+S", 57603},
-        {"Ctrl+P", 57607}, {"Ctrl+A", 32779}, {"Ctrl+H", 32777},
-        {"Ctrl+T", 32778}, {"F6", 57680},     {"Shift+F6", 57681}};
+        {"Ctrl+N", 57600},   {"Ctrl+O", 57601}, {"Ctrl+S", 57603},      {"Ctrl+P", 57607},
+        {"Ctrl+A", 32779},   {"Ctrl+H", 32777}, {"Ctrl+T", 32778},      {"F6", 57680},
+        {"Shift+F6", 57681}, {"Ctrl+R", 32760}, {"Ctrl+Shift+R", 32761}};
     EXPECT_EQ(shortcuts, expected);
 }
 
 TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
     for (const Command& command : Commands()) {
         EXPECT_EQ(m_frame.Action(command.id)->isEnabled(),
-                  command.owner == CommandOwner::kShell ||
+                  command.owner == CommandOwner::kShell || command.id == CommandId::kRecord ||
                       m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
     }
@@ -295,6 +298,7 @@ TEST_F(Frame, ThePanesOfTheStatusBarStandBesideEachOtherInANarrowWindow) {
         ASSERT_LE(m_frame.width(), width);
         QList<QLabel*> panes =
             m_frame.statusBar()->findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly);
+        panes.removeIf([](const QLabel* pane) { return pane->isHidden(); });
         ASSERT_EQ(panes.size(), 3);
         std::sort(panes.begin(), panes.end(),
                   [](const QLabel* a, const QLabel* b) { return a->x() < b->x(); });
@@ -339,7 +343,7 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
     for (const QAction* const action : menu->actions()) {
         texts.push_back(action->text().toStdString());
     }
-    EXPECT_THAT(texts, ElementsAre("Standard", "", "Customize..."));
+    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "", "Customize..."));
     m_frame.show();
     const QToolBar* const bar = m_frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
     EXPECT_TRUE(bar->isVisible());
@@ -375,6 +379,10 @@ TEST_F(Frame, ShortMenusShowBasicAndUsedCommandsAndTheOthersOnDemand) {
     file.close();
     show();
     EXPECT_FALSE(holds(CommandId::kPageSetup));
+    QMenu& recording = Menu("Rec&ording");
+    recording.popup(QPoint(0, 0));
+    recording.close();
+    EXPECT_EQ(recording.actions().back(), m_frame.Action(CommandId::kStopRecording));
 }
 
 }  // namespace

@@ -83,8 +83,8 @@ TEST_F(Dock, ShowsItsMenusBelowEachOtherOnASide) {
     m_frame.addToolBar(Qt::LeftToolBarArea, &Bar());
     QCoreApplication::processEvents();
     EXPECT_FALSE(m_frame.menuBar()->isVisible());
-    EXPECT_THAT(ShownButtons(),
-                ElementsAre("&File", "&View", "&Machine Data", "&Run control", "&Help"));
+    EXPECT_THAT(ShownButtons(), ElementsAre("&File", "&View", "&Machine Data", "&Run control",
+                                            "Rec&ording", "&Help"));
     EXPECT_LT(Bar().width(), 200);
     m_frame.addToolBar(Qt::BottomToolBarArea, &Bar());
     QCoreApplication::processEvents();
@@ -94,7 +94,8 @@ TEST_F(Dock, ShowsItsMenusBelowEachOtherOnASide) {
 
 TEST_F(Dock, OpensAMenuByItsLetterWhereverItIs) {
     ExpectLetterOpens(Qt::Key_F, 0);
-    ExpectLetterOpens(Qt::Key_H, 4);
+    ExpectLetterOpens(Qt::Key_H, 5);
+    ExpectLetterOpens(Qt::Key_O, 4);
     m_frame.addToolBar(Qt::RightToolBarArea, &Bar());
     QCoreApplication::processEvents();
     ExpectLetterOpens(Qt::Key_V, 1);

@@ -33,6 +33,9 @@ int ClearlyDifferent(const QImage& a, const QImage& b) {
 class Keyboard : public ::testing::Test {
  protected:
     Keyboard() {
+        BarSetup one_bar = DefaultBarSetup();
+        one_bar.bars.resize(1);
+        m_frame.SetBars(one_bar);
         m_frame.resize(1366, 768);
         m_frame.show();
         m_frame.activateWindow();
@@ -65,6 +68,17 @@ class Keyboard : public ::testing::Test {
 
     CMainFrame m_frame;
 };
+
+TEST_F(Keyboard, ComesToEveryBar) {
+    m_frame.SetBars(DefaultBarSetup());
+    QCoreApplication::processEvents();  // the buttons are shown
+    Press(Qt::Key_F6);
+    EXPECT_EQ(FocusedCommand(), 57607);
+    Press(Qt::Key_F6);
+    EXPECT_EQ(FocusedCommand(), 32760);
+    Press(Qt::Key_F6);
+    EXPECT_EQ(&Focus(), &m_frame.View());
+}
 
 TEST_F(Keyboard, GoesThroughThePanesAndBackWithF6) {
     m_frame.View().Commands().ShowGraphEditor();
