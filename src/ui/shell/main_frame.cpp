@@ -46,9 +46,9 @@ CommandId StoredLook(QSettings* settings) {
 
 }  // namespace
 
-CMainFrame::CMainFrame(QSettings* settings)
+CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings)
     : m_settings(settings),
-      m_view(new CWavoView(this)),
+      m_view(new CWavoView(prompts, this)),
       m_bars(LoadBarSetup(settings)),
       m_user_images(LoadUserImages(QStringLiteral("./UserImages.bmp"))),
       m_actions(*this, [this](CommandId id) { OnCommand(id); }),

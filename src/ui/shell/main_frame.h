@@ -25,13 +25,15 @@ class QWidgetAction;
 namespace wavo {
 
 class CWavoView;
+struct Prompts;
 
 class CMainFrame : public QMainWindow {
     Q_OBJECT
 
  public:
-    /// `settings` is not owned and outlives the frame; null: nothing is remembered.
-    explicit CMainFrame(QSettings* settings = nullptr);
+    /// `prompts` and `settings` are not owned and outlive the frame. Without settings nothing is
+    /// remembered.
+    explicit CMainFrame(const Prompts& prompts, QSettings* settings = nullptr);
     ~CMainFrame() override;
 
     [[nodiscard]] CWavoView& View() { return *m_view; }
