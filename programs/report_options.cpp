@@ -84,10 +84,12 @@ struct OptionRow {
     TakeValue take;
 };
 
-const std::vector<OptionRow>& Rows() {
-    using Text = const std::string&;
-    using Options = ReportOptions*;
-    static const std::vector<OptionRow> rows = {
+using Text = const std::string&;
+using Options = ReportOptions*;
+
+/// Options of every report.
+std::vector<OptionRow> RowsOfAll() {
+    return {
         {"--axes", "X,Y", "the axes; of a circle two. Else those that the file has",
          [](Text v, Options o) {
              o->axes = PartsOf(v);
@@ -107,6 +109,12 @@ const std::vector<OptionRow>& Rows() {
          [](Text v, Options o) { return o->program = v, std::string(); }},
         {"--date", "TEXT", "for the heading; that of the file when not given",
          [](Text v, Options o) { return o->date = v, std::string(); }},
+    };
+}
+
+/// Options of circle tests.
+std::vector<OptionRow> RowsOfCircles() {
+    return {
         {"--radius", "MM", "circle: the nominal radius; else that of the commanded circle",
          [](Text v, Options o) { return TakePositive(v, &o->circle.radius); }},
         {"--feed", "MM/MIN", "circle: the programmed feed; turns near it are reported",
@@ -124,6 +132,12 @@ const std::vector<OptionRow>& Rows() {
          [](Text v, Options o) { return TakePositive(v, &o->circle.shape.noise); }},
         {"--div", "UM", "circle: radial error per grid circle of the picture",
          [](Text v, Options o) { return TakePositive(v, &o->polar_step); }},
+    };
+}
+
+/// Options of axis tests.
+std::vector<OptionRow> RowsOfAxes() {
+    return {
         {"--window", "UM", "axis: a move has settled within so much of its end; 10",
          [](Text v, Options o) { return TakeMicrometres(v, &o->axis.step.move_window); }},
         {"--dwell", "SECONDS", "axis: standstill behind a move, at least; 0.1",
@@ -136,6 +150,12 @@ const std::vector<OptionRow>& Rows() {
          [](Text, Options o) { return o->axis.response = true, std::string(); }},
         {"--rotary", "", "axis: in degrees",
          [](Text, Options o) { return o->axis.rotary = true, std::string(); }},
+    };
+}
+
+/// Options of comparisons.
+std::vector<OptionRow> RowsOfComparisons() {
+    return {
         {"--reference", "FILE", "compare: a good run; may be given several times",
          [](Text v, Options o) { return o->references.push_back(v), std::string(); }},
         {"--tolerance", "VALUE", "compare: largest difference",
@@ -145,6 +165,17 @@ const std::vector<OptionRow>& Rows() {
         {"--junit", "FILE.xml", "compare: writes the result as a test report",
          [](Text v, Options o) { return o->junit = v, std::string(); }},
     };
+}
+
+/// All options, in the order in which --help shows them.
+const std::vector<OptionRow>& Rows() {
+    static const std::vector<OptionRow> rows = [] {
+        std::vector<OptionRow> all;
+        for (const auto& part : {RowsOfAll(), RowsOfCircles(), RowsOfAxes(), RowsOfComparisons()}) {
+            all.insert(all.end(), part.begin(), part.end());
+        }
+        return all;
+    }();
     return rows;
 }
 

@@ -38,7 +38,6 @@ class Session {
     void End() { m_source.Stop(); }
 
     [[nodiscard]] GraphList& Graphs() { return m_graphs; }
-    [[nodiscard]] const GraphList& Graphs() const { return m_graphs; }
     [[nodiscard]] ValueStreams& Streams() { return m_streams; }
     [[nodiscard]] SettingsStore& Settings() { return m_settings; }
     [[nodiscard]] const SettingsStore& Settings() const { return m_settings; }
@@ -47,9 +46,7 @@ class Session {
     [[nodiscard]] Acquisition& Values() { return m_acquisition; }
     [[nodiscard]] const Acquisition& Values() const { return m_acquisition; }
     [[nodiscard]] GraphFiles& Files() { return m_files; }
-    [[nodiscard]] const GraphFiles& Files() const { return m_files; }
     [[nodiscard]] RunControl& Run() { return m_run; }
-    [[nodiscard]] const RunControl& Run() const { return m_run; }
     [[nodiscard]] const OrderedMutex& ValueLock() const { return m_value_lock; }
 
     /// Makes all graphs anew and shows them.

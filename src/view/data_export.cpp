@@ -80,7 +80,8 @@ void DataExport::CollectColumns(const WavoGraph& graph,
 }
 
 bool DataExport::AskForPath(const std::vector<std::string>& axis_names, std::string& path) {
-    PathSaveData dialog(m_surroundings.settings.data_file, axis_names, m_surroundings.window());
+    PathSaveData dialog(m_surroundings.settings.data_file, axis_names, m_surroundings.prompts,
+                        m_surroundings.window());
     m_path_dialog = &dialog;
     const bool is_accepted = dialog.exec() == QDialog::Accepted;
     m_path_dialog = nullptr;

@@ -20,6 +20,7 @@
 #include "graph/model/wavo_graph.h"
 #include "session/save_values.h"
 #include "settings/export_settings.h"
+#include "ui/prompts.h"
 
 class QDialog;
 class QWidget;
@@ -39,6 +40,7 @@ class DataExport {
         std::function<void()> save_settings;                ///< a fault is shown by this call
         std::function<void(const std::string&)> unwritten;  ///< shows that a file is not written
         std::function<QWidget*()> window;  ///< that the dialogs belong to; may give null
+        const Prompts& prompts;            ///< not owned
     };
 
     /// An export that takes longer than this shows how far it has come.

@@ -6,15 +6,13 @@
 #include "platform/file.h"
 #include "settings/view_settings_file.h"
 #include "support/diagnostics.h"
-#include "ui/dialogs/choosers.h"
-#include "ui/dialogs/message_boxes.h"
 #include "ui/dialogs/report_texts.h"
 
 namespace wavo {
 
 namespace {
 
-SaveFileQuestion GraphFileQuestion(const char* caption, const std::string& path) {
+FileQuestion GraphFileQuestion(const char* caption, const std::string& path) {
     return {QString::fromLatin1(caption), QString::fromStdString(path), QStringLiteral("ini"),
             QStringLiteral("Ini Files (*.ini)|*.ini|All Files (*.*)|*.*||")};
 }
@@ -24,7 +22,7 @@ SaveFileQuestion GraphFileQuestion(const char* caption, const std::string& path)
 void FileCommands::Open() {
     GraphFiles& files = m_session.Files();
     const std::optional<QString> chosen =
-        ChooseOpenFile(m_parent, GraphFileQuestion("Open", files.CurrentPath()));
+        m_prompts.open_file(m_parent, GraphFileQuestion("Open", files.CurrentPath()));
     if (!chosen) {
         return;
     }
@@ -57,15 +55,13 @@ void FileCommands::Save() {
 }
 
 void FileCommands::SaveAs() {
-    const std::optional<QString> chosen =
-        ChooseSaveFile(m_parent, GraphFileQuestion("Save As", m_session.Files().CurrentPath()));
+    const std::optional<QString> chosen = m_prompts.save_file(
+        m_parent, GraphFileQuestion("Save As", m_session.Files().CurrentPath()));
     if (!chosen) {
         return;
     }
     const std::string path = chosen->toStdString();
-    if (platform::Files().Exists(path) &&
-        ShowBox(m_parent, {dialog_texts::FileExistsBox(path), dialog_texts::kFileExistsCaption,
-                           BoxIcon::kExclamation, BoxButtons::kOkCancel}) != BoxAnswer::kOk) {
+    if (platform::Files().Exists(path) && !MayReplaceFile(m_prompts, m_parent, path)) {
         return;
     }
     m_session.Files().SetCurrentPath(path);
@@ -97,7 +93,7 @@ bool FileCommands::Write() {
     }
     MERRLOG("FileCommands::Write(): failed to save '%s'", path.c_str());
     m_session.ShowWriteFault(path);
-    ShowErrorBox(m_parent, axes_left_out.Why().text);
+    m_prompts.ShowError(m_parent, axes_left_out.Why().text);
     return false;
 }
 

@@ -15,16 +15,16 @@
 #include <string>
 
 #include "session/session.h"
-
-class QWidget;
+#include "ui/prompts.h"
 
 namespace wavo {
 
 class FileCommands {
  public:
-    /// `session` is not owned and outlives this object. `parent`: the widget that dialogs stand
-    /// over.
-    FileCommands(Session& session, QWidget* parent) : m_session(session), m_parent(parent) {}
+    /// `session` and `prompts` are not owned and outlive this object. `parent`: the widget that
+    /// dialogs stand over.
+    FileCommands(Session& session, const Prompts& prompts, QWidget* parent)
+        : m_session(session), m_prompts(prompts), m_parent(parent) {}
 
     void New() { m_session.Files().New(); }
     void Open();
@@ -43,6 +43,7 @@ class FileCommands {
     bool Write();
 
     Session& m_session;
+    const Prompts& m_prompts;
     QWidget* const m_parent;
 };
 

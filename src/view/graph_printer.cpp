@@ -1,20 +1,12 @@
 #include "view/graph_printer.h"
 
-#include <QPageSetupDialog>
 #include <QPagedPaintDevice>
 #include <QPaintEngine>
 #include <QPainter>
-#include <QPrintDialog>
-#include <QPrintPreviewDialog>
 #include <QPrinter>
-#include <QScreen>
-#include <QWidget>
 #include <utility>
 
-#include "platform/system_dialogs.h"
 #include "support/diagnostics.h"
-#include "ui/dialogs/choosers.h"
-#include "ui/dialogs/message_boxes.h"
 #include "view/report_texts.h"
 
 namespace wavo {
@@ -51,13 +43,15 @@ bool PrintPicture(QPagedPaintDevice& device, const QImage& picture, const QRect&
     return painter.end();
 }
 
-GraphPrinter::GraphPrinter(Source source) : m_source(std::move(source)) {}
+GraphPrinter::GraphPrinter(Source source, const Prompts& prompts)
+    : m_source(std::move(source)), m_prompts(prompts) {}
+
 GraphPrinter::~GraphPrinter() = default;
 
 bool GraphPrinter::Prepare(QWidget* parent) const {
     return m_source.background() == kWhite ||
-           ShowBox(parent, {view_texts::kNotWhiteBox, view_texts::kNotWhiteCaption,
-                            BoxIcon::kQuestion, BoxButtons::kYesNo}) == BoxAnswer::kYes;
+           m_prompts.box(parent, {view_texts::kNotWhiteBox, view_texts::kNotWhiteCaption,
+                                  BoxIcon::kQuestion, BoxButtons::kYesNo}) == BoxAnswer::kYes;
 }
 
 QPrinter& GraphPrinter::Printer() {
@@ -74,40 +68,14 @@ QPrinter& GraphPrinter::Printer() {
     return *m_printer;
 }
 
-bool GraphPrinter::LacksPrinter() {
-    if (!platform::HasSystemDialogs()) {
-        return false;
-    }
-    if (Printer().outputFormat() != QPrinter::NativeFormat) {
-        m_printer.reset();  // one may have been installed meanwhile
-    }
-    return Printer().outputFormat() != QPrinter::NativeFormat;
-}
-
-bool GraphPrinter::ChooseHowToPrint(QWidget* parent) {
-    if (m_dialogs.print) {
-        return m_dialogs.print(Printer(), parent);
-    }
-    if (!LacksPrinter()) {
-        return QPrintDialog(&Printer(), parent).exec() == QDialog::Accepted;
-    }
-    const auto file =
-        ChooseSaveFile(parent, {QStringLiteral("Export to PDF"), Printer().outputFileName(),
-                                QStringLiteral("pdf"), QStringLiteral("PDF files|*.pdf|")});
-    if (file) {
-        Printer().setOutputFileName(*file);
-    }
-    return file.has_value();
-}
-
 void GraphPrinter::Print(QWidget* parent) {
     if (!Prepare(parent)) {
         return;
     }
-    if (ChooseHowToPrint(parent) &&
+    if (m_prompts.print(parent, Printer()) &&
         !PrintPicture(Printer(), m_source.picture(), m_source.graph_area())) {
         MERRLOG("GraphPrinter::Print(): cannot print");
-        ShowErrorBox(parent, "Can not print");
+        m_prompts.ShowError(parent, "Can not print");
     }
 }
 
@@ -119,29 +87,11 @@ void GraphPrinter::Preview(QWidget* parent) {
     const QImage picture = m_source.picture();
     const QRect area = m_source.graph_area();
     const auto paint = [&](QPrinter& printer) { PrintPicture(printer, picture, area); };
-    if (m_dialogs.preview) {
-        m_dialogs.preview(Printer(), parent, paint);
-        return;
-    }
-    QPrintPreviewDialog dialog(&Printer(), parent);
-    if (parent != nullptr) {
-        dialog.resize(parent->screen()->availableSize() * 3 / 4);
-    }
-    QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog,
-                     [&](QPrinter* printer) { paint(*printer); });
-    dialog.exec();
+    m_prompts.print_preview(parent, Printer(), paint);
 }
 
 void GraphPrinter::SetUpPage(QWidget* parent) {
-    if (m_dialogs.page_setup) {
-        m_dialogs.page_setup(Printer(), parent);
-        return;
-    }
-    if (LacksPrinter()) {
-        ShowErrorBox(parent, "There is no printer");
-        return;
-    }
-    QPageSetupDialog(&Printer(), parent).exec();
+    m_prompts.page_setup(parent, Printer());
 }
 
 }  // namespace wavo

@@ -14,25 +14,16 @@
 #include <memory>
 
 #include "support/color_ref.h"
+#include "ui/prompts.h"
 
 class QPagedPaintDevice;
 class QPrinter;
-class QWidget;
 
 namespace wavo {
 
 /// Paints `picture`, from the top of `graph_area` (logical pixels) on, on the first page of
 /// `device`. False when the device cannot be painted on.
 bool PrintPicture(QPagedPaintDevice& device, const QImage& picture, const QRect& graph_area);
-
-/// The platform's dialogs of printing; a null one shows the real dialog. False: the user cancelled.
-struct PrintDialogs {
-    std::function<bool(QPrinter&, QWidget* parent)> print;
-    std::function<bool(QPrinter&, QWidget* parent)> page_setup;
-    /// Shows pages that `paint` paints on the printer.
-    std::function<void(QPrinter&, QWidget* parent, const std::function<void(QPrinter&)>& paint)>
-        preview;
-};
 
 class GraphPrinter {
  public:
@@ -43,7 +34,8 @@ class GraphPrinter {
         std::function<ColorRef()> background;
     };
 
-    explicit GraphPrinter(Source source);
+    /// `prompts` is not owned and outlives the printer.
+    GraphPrinter(Source source, const Prompts& prompts);
     ~GraphPrinter();
     GraphPrinter(const GraphPrinter&) = delete;
     GraphPrinter& operator=(const GraphPrinter&) = delete;
@@ -55,20 +47,13 @@ class GraphPrinter {
     /// Lets the user choose printer and page.
     void SetUpPage(QWidget* parent);
 
-    /// Uses these dialogs from now on.
-    void SetDialogs(PrintDialogs dialogs) { m_dialogs = std::move(dialogs); }
-
  private:
     /// Asks where the background is not white. False: do not print.
     [[nodiscard]] bool Prepare(QWidget* parent) const;
     QPrinter& Printer();
-    /// Whether the system's dialogs have no printer to show. Then a PDF file can be written.
-    bool LacksPrinter();
-    /// False: the user cancelled.
-    bool ChooseHowToPrint(QWidget* parent);
 
     const Source m_source;
-    PrintDialogs m_dialogs;
+    const Prompts& m_prompts;
     std::unique_ptr<QPrinter> m_printer;  // made when first needed: looking for printers takes time
 };
 

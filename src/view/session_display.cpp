@@ -5,8 +5,8 @@
 #include <QWidget>
 
 #include "session/session.h"
-#include "ui/dialogs/message_boxes.h"
 #include "ui/graph_editor/ax_select.h"
+#include "ui/prompts.h"
 #include "view/data_export.h"
 #include "view/graph_screen.h"
 #include "view/view_keys.h"
@@ -90,7 +90,7 @@ void SessionDisplay::RunStateChanged(bool values_flow) {
 }
 
 void SessionDisplay::ShowError(const std::string& text) {
-    ShowErrorBox(&m_parts.view, text);
+    m_parts.prompts.ShowError(&m_parts.view, text);
 }
 
 void SessionDisplay::EndProcess() {

@@ -13,6 +13,7 @@ class CAxSelect;
 class CWavoView;
 class DataExport;
 class GraphScreen;
+struct Prompts;
 class Session;
 class ViewKeys;
 class ViewMouse;
@@ -32,6 +33,7 @@ class SessionDisplay final : public SessionObserver {
         ViewMouse& mouse;
         ViewKeys& keys;
         DataExport& data_export;
+        const Prompts& prompts;
     };
     explicit SessionDisplay(const Parts& parts) : m_parts(parts) {}
 

@@ -24,13 +24,14 @@ int RecentFileIndex(CommandId id) {
 }  // namespace
 
 ViewCommands::ViewCommands(Session& session, GraphScreen& screen, QObject& editor,
-                           GraphPrinter& printer, QWidget& parent)
+                           GraphPrinter& printer, const Prompts& prompts, QWidget& parent)
     : m_session(session),
       m_screen(screen),
       m_editor(editor),
       m_printer(printer),
+      m_prompts(prompts),
       m_parent(parent),
-      m_files(session, &parent) {}
+      m_files(session, prompts, &parent) {}
 
 bool ViewCommands::IsEnabled(CommandId id) const {
     switch (id) {
@@ -108,7 +109,7 @@ std::string ViewCommands::RecentFile(CommandId id) const {
 void ViewCommands::EditProperties() {
     ViewSettings& current = m_session.Settings().Current();
     ViewSettings settings = current;
-    if (CWavoProperties(settings, &m_parent).exec() != QDialog::Accepted) {
+    if (CWavoProperties(settings, m_prompts, &m_parent).exec() != QDialog::Accepted) {
         return;
     }
     const bool editor_was_wanted = current.show_graph_editor;

@@ -20,7 +20,7 @@ class ViewCommands final : public CommandTarget {
  public:
     /// None of the references is owned; all outlive this object. Dialogs stand over `parent`.
     ViewCommands(Session& session, GraphScreen& screen, QObject& editor, GraphPrinter& printer,
-                 QWidget& parent);
+                 const Prompts& prompts, QWidget& parent);
 
     // CommandTarget
     [[nodiscard]] bool IsEnabled(CommandId id) const override;
@@ -48,6 +48,7 @@ class ViewCommands final : public CommandTarget {
     GraphScreen& m_screen;
     QObject& m_editor;  // gets messages
     GraphPrinter& m_printer;
+    const Prompts& m_prompts;
     QWidget& m_parent;
     FileCommands m_files;
     RecentFileList m_recent_files;

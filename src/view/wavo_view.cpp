@@ -10,12 +10,12 @@
 
 namespace wavo {
 
-CWavoView::CWavoView(QWidget* parent, std::unique_ptr<ValueSource> source)
+CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<ValueSource> source)
     : QWidget(parent),
       m_source(std::move(source)),
-      m_editor(std::make_unique<CAxSelect>(this, this)),
-      m_display(
-          {*this, m_news, *m_editor, m_session, m_screen, m_zooms, m_mouse, m_keys, m_data_export}),
+      m_editor(std::make_unique<CAxSelect>(this, prompts, this)),
+      m_display({*this, m_news, *m_editor, m_session, m_screen, m_zooms, m_mouse, m_keys,
+                 m_data_export, prompts}),
       m_session(*m_source, m_board, m_display),
       m_board(m_session.Graphs(), m_session.Streams(),
               [this] { SendAppMessage(window(), AppMessage::kRecordingEnded, 0, 0); }),
@@ -27,10 +27,11 @@ CWavoView::CWavoView(QWidget* parent, std::unique_ptr<ValueSource> source)
       m_data_export(m_board, {m_session.Settings().Current().export_settings,
                               [this] { m_session.SaveSettings(); },
                               [this](const std::string& path) { m_session.ShowWriteFault(path); },
-                              [this] { return window(); }}),
+                              [this] { return window(); }, prompts}),
       m_printer({[this] { return m_screen.Picture(); }, [this] { return m_screen.GraphArea(); },
-                 [this] { return m_session.Settings().Current().background; }}),
-      m_commands(m_session, m_screen, *m_editor, m_printer, *this) {
+                 [this] { return m_session.Settings().Current().background; }},
+                prompts),
+      m_commands(m_session, m_screen, *m_editor, m_printer, prompts, *this) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(200, 80);

@@ -11,6 +11,7 @@
 #include "session/session.h"
 #include "ui/graph_editor/ax_select.h"
 #include "ui/messages.h"
+#include "ui/prompts.h"
 #include "view/data_export.h"
 #include "view/graph_board.h"
 #include "view/graph_printer.h"
@@ -29,8 +30,8 @@ class CWavoView : public QWidget {
     Q_OBJECT
 
  public:
-    /// `source`: where the values come from.
-    explicit CWavoView(QWidget* parent = nullptr,
+    /// `prompts` is not owned and outlives the view. `source`: where the values come from.
+    explicit CWavoView(const Prompts& prompts, QWidget* parent = nullptr,
                        std::unique_ptr<ValueSource> source = MakeSource(kMasterSource));
     ~CWavoView() override;
 

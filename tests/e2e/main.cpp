@@ -6,6 +6,7 @@
 
 #include "expect_errors.h"
 #include "system_facts.h"
+#include "ui/dialogs/dialog_prompts.h"
 #include "ui/shell/wavo_app.h"
 
 int main(int argc, char** argv) {
@@ -18,7 +19,7 @@ int main(int argc, char** argv) {
         qputenv("QT_QPA_PLATFORM", wavo::testing::kEndToEndPlatform);
     }
     qputenv("LC_ALL", "C.UTF-8");  // a locale that the toolkit takes over, present everywhere
-    const wavo::CWavoApp app(argc, argv);
+    const wavo::CWavoApp app(argc, argv, wavo::DialogPrompts());
     ::testing::InitGoogleTest(&argc, argv);
     wavo::testing::InstallReportListener();
     return RUN_ALL_TESTS();

@@ -11,6 +11,7 @@
 
 #include "demo_master_process.h"
 #include "master_link_of.h"
+#include "real_prompts.h"
 #include "support/mini_data.h"
 #include "viewer_fixture.h"
 
@@ -78,7 +79,7 @@ TEST_F(ComingBack, CurvesOfAMasterThatWasKilledGoOnBehindAGap) {
 
 TEST_F(ComingBack, ASecondViewerWithoutAMasterDoesNotDisturbTheFirst) {
     Open({"X"});
-    CMainFrame second;
+    CMainFrame second(testing::RealPrompts());
     second.show();
     second.View().OnInitialUpdate();
     DemoMaster master({"--motion", "circle"});

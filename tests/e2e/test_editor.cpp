@@ -10,7 +10,6 @@
 
 #include "expect_errors.h"
 #include "ui/controls/controls.h"
-#include "ui/dialogs/choosers.h"
 #include "viewer_fixture.h"
 
 namespace wavo::testing {
@@ -65,9 +64,8 @@ WavoGraph WithoutFoundRanges(WavoGraph graph) {
 class Editing : public Viewer {
  protected:
     Editing() {
-        SetColorChooser([](QWidget*, const QColor&) { return std::optional(QColor(1, 2, 3)); });
+        m_prompts.color = [](QWidget*, const QColor&) { return std::optional(QColor(1, 2, 3)); };
     }
-    ~Editing() override { SetColorChooser(nullptr); }
 
     void Do(const Action& action) {
         auto* const control =
@@ -121,11 +119,11 @@ TEST_F(Editing, EveryChangeIsDrawnAtOnceAndNoLineIsLost) {
     DemoMaster master({"--recording", RecordingPath("circle_xy_r50"), "--axes", "X,Y", "--lines",
                        QString::number(kLines), "--wait-viewer", "--stay"});
     Open({"X", "X"}, 30.0);
-    View().Editor().SetTriggerDialog([](TriggerEntry& trigger, QWidget*) {
+    m_prompts.trigger = [](QWidget*, TriggerEntry& trigger) {
         trigger.TriggerType = TriggerTypeCode::kStopAbove;
         trigger.TriggerValue = 1e7;
         return true;
-    });
+    };
     ASSERT_TRUE(WaitForLines(100));
     for (const Action& action : kActions) {
         DoAndSee(action);

@@ -9,7 +9,7 @@
 #include "heartbeat.h"
 #include "link/master_info.h"
 #include "master_link_of.h"
-#include "ui/dialogs/choosers.h"
+#include "real_prompts.h"
 #include "view/message_pump.h"
 #include "viewer_fixture.h"
 
@@ -98,14 +98,14 @@ TEST_F(Link, TheTextOfAnOverrunGoesWhenAnOpenedGraphFileBringsValuesAgain) {
     ASSERT_TRUE(WaitFor([this] { return ConnectAction().isEnabled(); }));
     const std::uint64_t before = Cycle().TotalLines();
     const std::string file = View().Work().Files().CurrentPath();
-    SetOpenFileChooser([&](QWidget*, const OpenFileQuestion&) {
+    m_prompts.open_file = [&](QWidget*, const FileQuestion&) {
         return std::optional(QString::fromStdString(file));
-    });
+    };
     {
         const ExpectAnyErrorLog expected;  // settings that the file does not hold
         m_frame->Action(CommandId::kOpen)->trigger();
     }
-    SetOpenFileChooser(nullptr);
+    m_prompts.open_file = testing::RealPrompts().open_file;
     ASSERT_TRUE(WaitForLines(before + 300));
     EXPECT_EQ(Message(), "Connected to the master process (Dorvane)");
     EXPECT_THAT(TakeBoxes(), SizeIs(1)) << "that of the overrun";
@@ -246,7 +246,7 @@ TEST_F(Link, GarbageInTheHeadersIsRefusedAndTheViewerLives) {
 TEST_F(Link, TwoViewersOnOneMasterGetEveryLineEach) {
     DemoMaster master({"--motion", "circle", "--lines", "2000", "--wait-viewer", "--stay"});
     Open({"X"});
-    CMainFrame second;
+    CMainFrame second(testing::RealPrompts());
     second.View().OnInitialUpdate();
     ASSERT_TRUE(WaitFor([&] {
         return Cycle().TotalLines() >= 1500 && second.View().Work().Values().TotalLines() >= 1500;

@@ -262,7 +262,7 @@ TEST_F(Flooded, AViewerThatFindsNoDescriptorsSaysSoAndConnectsWhenThereAreSome) 
     Close();
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    m_frame = std::make_unique<CMainFrame>();
+    m_frame = std::make_unique<CMainFrame>(m_prompts);
     m_frame->show();
     const std::string file = WriteGraphFile({});
     const Descriptor lowest(::dup(0));

@@ -11,7 +11,6 @@
 #include <QPushButton>
 
 #include "ui/controls/controls.h"
-#include "ui/dialogs/choosers.h"
 #include "ui/dialogs/wavo_properties_controls.h"
 #include "ui/graph_editor/editor_controls.h"
 #include "user.h"
@@ -25,18 +24,18 @@ namespace wp = wavo_properties;
 /// A window that waits, and the way to it.
 struct Waiting {
     const char* name;
-    std::function<void(CMainFrame&)> open;
+    std::function<void(CMainFrame&, Prompts&)> open;
     std::vector<User::Step> steps;  ///< to the window, from those below it
     bool answers_boxes = false;     ///< a question before it is answered with yes
     friend void PrintTo(const Waiting& waiting, std::ostream* out) { *out << waiting.name; }
 };
 
-std::function<void(CMainFrame&)> Command(CommandId id) {
-    return [id](CMainFrame& frame) { frame.Action(id)->trigger(); };
+std::function<void(CMainFrame&, Prompts&)> Command(CommandId id) {
+    return [id](CMainFrame& frame, Prompts&) { frame.Action(id)->trigger(); };
 }
 
-std::function<void(CMainFrame&)> OpenMenu(const char* text) {
-    return [text](CMainFrame& frame) {
+std::function<void(CMainFrame&, Prompts&)> OpenMenu(const char* text) {
+    return [text](CMainFrame& frame, Prompts&) {
         QAction* const title = MenuOf(*frame.menuBar(), text).menuAction();
         QTest::mouseClick(frame.menuBar(), Qt::LeftButton, {},
                           frame.menuBar()->actionGeometry(title).center());
@@ -50,35 +49,35 @@ User::Step ClickControl(int id) {
     };
 }
 
-std::function<void(CMainFrame&)> ClickEditor(EditorControl id) {
-    return [id](CMainFrame& frame) {
+std::function<void(CMainFrame&, Prompts&)> ClickEditor(EditorControl id) {
+    return [id](CMainFrame& frame, Prompts&) {
         auto* const control = FindControl<QWidget>(frame.View().Editor(), static_cast<int>(id));
         QTest::mouseClick(control, Qt::LeftButton, {}, QPoint(8, control->height() / 2));
     };
 }
 
-void SaveValuesWhileStopped(CMainFrame& frame) {
+void SaveValuesWhileStopped(CMainFrame& frame, Prompts& prompts) {
     frame.Action(CommandId::kStop)->trigger();
-    ClickEditor(EditorControl::kSaveValues)(frame);
+    ClickEditor(EditorControl::kSaveValues)(frame, prompts);
 }
 
-void AskAboutAFileThatExists(CMainFrame& frame) {
-    SetSaveFileChooser([](QWidget*, const SaveFileQuestion& question) {
+void AskAboutAFileThatExists(CMainFrame& frame, Prompts& prompts) {
+    prompts.save_file = [](QWidget*, const FileQuestion& question) {
         return std::optional(question.initial_path);
-    });
+    };
     frame.Action(CommandId::kSaveAs)->trigger();
-    SetSaveFileChooser(nullptr);
+    prompts.save_file = testing::RealPrompts().save_file;
 }
 
-void OpenAMissingFile(CMainFrame& frame) {
-    SetOpenFileChooser([](QWidget*, const OpenFileQuestion&) {
+void OpenAMissingFile(CMainFrame& frame, Prompts& prompts) {
+    prompts.open_file = [](QWidget*, const FileQuestion&) {
         return std::optional(QStringLiteral("/nowhere/at/all.ini"));
-    });
+    };
     frame.Action(CommandId::kOpen)->trigger();
-    SetOpenFileChooser(nullptr);
+    prompts.open_file = testing::RealPrompts().open_file;
 }
 
-void RightClickOnTheMenuBar(CMainFrame& frame) {
+void RightClickOnTheMenuBar(CMainFrame& frame, Prompts&) {
     const QPoint place(3, 3);
     QContextMenuEvent click(QContextMenuEvent::Mouse, place, frame.menuBar()->mapToGlobal(place));
     QCoreApplication::sendEvent(frame.menuBar(), &click);
@@ -103,7 +102,7 @@ std::vector<Waiting> AllThatWait() {
         {"ColourOfACurve", ClickEditor(EditorControl::kColor), {}},
         {"SaveValues", SaveValuesWhileStopped, {}},
         {"ListOfGraphs",
-         [](CMainFrame& frame) {
+         [](CMainFrame& frame, Prompts&) {
              FindControl<QComboBox>(frame.View().Editor(),
                                     static_cast<int>(EditorControl::kGraphNumber))
                  ->showPopup();
@@ -118,7 +117,9 @@ std::vector<Waiting> AllThatWait() {
         {"HelpMenu", OpenMenu("&Help"), {}},
         {"MenuOfBars", RightClickOnTheMenuBar, {}},
         {"MenuOfLooks",
-         [](CMainFrame& frame) { frame.LookMenu().popup(frame.mapToGlobal(QPoint(50, 50))); },
+         [](CMainFrame& frame, Prompts&) {
+             frame.LookMenu().popup(frame.mapToGlobal(QPoint(50, 50)));
+         },
          {}},
     };
 }
@@ -131,9 +132,9 @@ TEST_P(WhileItWaits, BatchesAreTakenAndAnswered) {
     Open({"X", "Y"});
     m_frame->activateWindow();
     ASSERT_TRUE(WaitForLines(100));
-    SetBoxHandler(nullptr);
+    m_prompts.box = testing::RealPrompts().box;
     if (waiting.answers_boxes) {
-        SetBoxHandler([](const Box&) { return BoxAnswer::kYes; });
+        m_prompts.box = [](QWidget*, const Box&) { return BoxAnswer::kYes; };
     }
     std::uint64_t lines = 0;
     std::uint64_t answered = 0;
@@ -146,7 +147,7 @@ TEST_P(WhileItWaits, BatchesAreTakenAndAnswered) {
         return Cycle().TotalLines() >= lines + 200 &&
                Cycle().Counters().batches_answered >= answered + 3;
     });
-    waiting.open(*m_frame);
+    waiting.open(*m_frame, m_prompts);
     EXPECT_TRUE(WaitFor([&] { return user.IsDone(); }, 8000)) << "last seen: " << user.LastSeen();
     EXPECT_TRUE(WaitFor([] {
         return QApplication::activeModalWidget() == nullptr &&
@@ -165,7 +166,7 @@ TEST_F(Viewer, AMasterThatTellsToQuitClosesWhatWaits) {
     DemoMaster master({"--motion", "circle", "--fault", "quit", "--fault-after", "600"});
     Open({"X"});
     ASSERT_TRUE(WaitForLines(50));
-    SetBoxHandler(nullptr);
+    m_prompts.box = testing::RealPrompts().box;
     m_frame->Action(CommandId::kSaveAs)->trigger();  // comes back when the program is to end
     EXPECT_FALSE(Cycle().Source().IsPresent());
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);

@@ -147,12 +147,12 @@ TEST_F(Posix, ALinkThatEndsWhileABoxWaitsStaysEnded) {
     Open({"X"});
     ASSERT_TRUE(WaitForAnAnnouncement());
     ASSERT_EQ(::shm_unlink(("/" + FifoName()).c_str()), 0);
-    SetBoxHandler([&](const Box& box) {
+    m_prompts.box = [&](QWidget*, const Box& box) {
         m_boxes.push_back(box.text);
         EXPECT_TRUE(master.End());
         EXPECT_TRUE(WaitForMessage("The master process (Dorvane) has ended the link"));
         return BoxAnswer::kOk;
-    });
+    };
     const ExpectAnyErrorLog expected;
     ASSERT_TRUE(WaitFor([this] { return !m_boxes.empty(); }));
     EXPECT_THAT(TakeBoxes(), ElementsAre("Can not open mvales fifo"));

@@ -9,7 +9,6 @@
 #include <string>
 
 #include "recording/recording_reader.h"
-#include "ui/dialogs/file_dialogs.h"
 #include "viewer_fixture.h"
 
 namespace wavo::testing {
@@ -24,13 +23,12 @@ class RecordingFromTheViewer : public Viewer {
  protected:
     RecordingFromTheViewer() {
         qputenv("PATH", QByteArray(WAVO_RECORD_FOLDER));
-        SetFileHandler([this](const FileQuestion& question) {
+        m_prompts.save_file = [this](QWidget*, const FileQuestion& question) {
             m_questions.push_back(question);
             return m_answer;
-        });
+        };
     }
     ~RecordingFromTheViewer() override {
-        SetFileHandler(nullptr);
         qputenv("PATH", m_path);
         if (m_frame != nullptr) {  // none is left behind, whatever failed
             EndAll();
@@ -47,7 +45,7 @@ class RecordingFromTheViewer : public Viewer {
         return (m_folder.path() + QStringLiteral("/night shift \u00e4.mcap")).toStdString();
     }
     void Record(const std::string& path) {
-        m_answer = path;
+        m_answer = QString::fromStdString(path);
         m_frame->Action(CommandId::kRecord)->trigger();
     }
     void EndAll() {
@@ -60,7 +58,7 @@ class RecordingFromTheViewer : public Viewer {
 
     const QByteArray m_path = qgetenv("PATH");
     std::vector<FileQuestion> m_questions;
-    std::optional<std::string> m_answer;
+    std::optional<QString> m_answer;
 };
 
 TEST_F(RecordingFromTheViewer, SurvivesTheViewerAndIsEndedByTheNext) {
@@ -70,7 +68,7 @@ TEST_F(RecordingFromTheViewer, SurvivesTheViewerAndIsEndedByTheNext) {
     ASSERT_TRUE(WaitForLines(50));
     Record(Path());
     ASSERT_THAT(m_questions, SizeIs(1));
-    EXPECT_EQ(m_questions[0].default_extension, "mcap");
+    EXPECT_EQ(m_questions[0].default_suffix, "mcap");
     ASSERT_TRUE(WaitFor([this] { return LinesRecorded() > 500; }))
         << ::testing::PrintToString(m_boxes);
     EXPECT_TRUE(m_frame->Action(CommandId::kStopRecording)->isEnabled());

@@ -211,7 +211,7 @@ void Tour::PrintToAFile() {
              }
              ADD_FAILURE() << "no button to print";
          }});
-    SetBoxHandler(nullptr);
+    m_prompts.box = testing::RealPrompts().box;
     Press(*m_frame, Qt::Key_P, Qt::ControlModifier);
     EXPECT_EQ(user.LastSeen(), platform::HasSystemDialogs() ? "QFileDialog" : "QPrintDialog");
     ASSERT_TRUE(QFile::exists(file));

@@ -13,15 +13,14 @@ Viewer::Viewer() {
     // After an end that the test before asked for, windows would not wait for their user any more.
     QTimer::singleShot(0, qApp, &QCoreApplication::quit);
     QCoreApplication::exec();
-    SetBoxHandler([this](const Box& box) {
+    m_prompts.box = [this](QWidget*, const Box& box) {
         m_boxes.push_back(box.caption + ": " + box.text);
         return BoxAnswer::kOk;
-    });
+    };
 }
 
 Viewer::~Viewer() {
     m_frame.reset();
-    SetBoxHandler(nullptr);
 }
 
 void Viewer::Open(const std::vector<std::string>& axes, double time_range) {
@@ -36,7 +35,7 @@ void Viewer::Open(const std::vector<std::string>& axes, double time_range) {
 }
 
 void Viewer::OpenWith(const std::vector<WavoGraph>& graphs) {
-    m_frame = std::make_unique<CMainFrame>();
+    m_frame = std::make_unique<CMainFrame>(m_prompts);
     const std::string file = WriteGraphFile(graphs);
     m_frame->show();
     View().OnInitialUpdate(file);

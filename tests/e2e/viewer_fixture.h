@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "demo_master_process.h"
-#include "ui/dialogs/message_boxes.h"
+#include "real_prompts.h"
 #include "ui/shell/main_frame.h"
 #include "view/wavo_view.h"
 
@@ -60,6 +60,7 @@ class Viewer : public ::testing::Test {
     std::vector<std::string> TakeBoxes() { return std::exchange(m_boxes, {}); }
 
     QTemporaryDir m_folder;
+    Prompts m_prompts = RealPrompts();
     std::unique_ptr<CMainFrame> m_frame;
     std::vector<std::string> m_boxes;
 };

@@ -65,7 +65,7 @@ class Times {
 class LongRun : public Viewer {
  protected:
     void Start() {
-        m_frame = std::make_unique<CMainFrame>();
+        m_frame = std::make_unique<CMainFrame>(m_prompts);
         m_frame->show();
         View().OnInitialUpdate(WriteGraphFile(SoakGraphs()));
         QObject::connect(&View().News(), &ViewNews::BatchShown, &View(), [this] {

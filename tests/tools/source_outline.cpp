@@ -273,8 +273,10 @@ bool EndsInMemberValue(const Statement& plain, const Declarator& function) {
     return has_values && (IsName(last) || last == ">");
 }
 
-bool IsDeleted(const Statement& plain) {
-    return plain.size() > 2 && plain.back().text == "delete" && plain[plain.size() - 2].text == "=";
+/// Whether a declaration ends in "= delete" or "= default": it adds nothing to a class.
+bool AddsNothing(const Statement& plain) {
+    return plain.size() > 2 && plain[plain.size() - 2].text == "=" &&
+           IsOneOf(plain.back().text, {"delete", "default"});
 }
 
 /// Where the word class, struct or union stands that a class begins with; nothing for another
@@ -396,7 +398,7 @@ class Reader {
     static void EndDeclaration(ClassOutline* owner, bool is_public, const Statement& statement) {
         const Statement plain = Plain(statement);
         const std::optional<Declarator> function = FindFunction(plain);
-        if (function.has_value() && !IsDeleted(plain)) {
+        if (function.has_value() && !AddsNothing(plain)) {
             Declare(owner, is_public, function->name);
         }
     }

@@ -18,9 +18,10 @@ struct Token {
 std::vector<Token> Tokens(const std::string& source);
 
 struct ClassOutline {
-    std::string name;                    ///< with the classes around it: "Outer::Inner"
-    std::vector<std::string> bases;      ///< as they are written
-    std::vector<std::string> functions;  ///< all names, once per declaration; without deleted ones
+    std::string name;                ///< with the classes around it: "Outer::Inner"
+    std::vector<std::string> bases;  ///< as they are written
+    std::vector<std::string>
+        functions;  ///< by name, once per declaration; without deleted and defaulted ones
     std::vector<std::string> public_ones;  ///< those of them that are public; signals too
 };
 

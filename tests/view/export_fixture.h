@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "real_prompts.h"
 #include "settings/view_settings.h"
 #include "slow_files.h"
 #include "temporary_folder.h"
@@ -129,11 +130,11 @@ class Export : public ::testing::Test {
     GraphList m_graphs;
     ValueStreams m_streams;
     GraphBoard m_board{m_graphs, m_streams, [] {}};
-    DataExport m_export{
-        m_board,
-        {m_settings, [this] { SaveSettings(); },
-         [this](const std::string& path) { m_unwritten.push_back(path); }, [] { return nullptr; }},
-        [this] { return m_files.now; }};
+    DataExport m_export{m_board,
+                        {m_settings, [this] { SaveSettings(); },
+                         [this](const std::string& path) { m_unwritten.push_back(path); },
+                         [] { return nullptr; }, RealPrompts()},
+                        [this] { return m_files.now; }};
 };
 
 }  // namespace wavo::testing

@@ -13,8 +13,7 @@
 #include "cycle_fixture.h"
 #include "graph/model/graph_ini_data.h"
 #include "settings/view_settings_file.h"
-#include "ui/dialogs/choosers.h"
-#include "ui/dialogs/message_boxes.h"
+#include "ui/prompts.h"
 #include "view/file_commands.h"
 
 namespace wavo::testing {
@@ -37,22 +36,17 @@ class FileCommandTest : public CycleFixture {
         };
         m_host.on_message = [this](const std::string& text) { NoteMessage(text); };
         m_settings = DefaultViewSettings();
-        SetBoxHandler([this](const Box& box) {
+        m_prompts.box = [this](QWidget*, const Box& box) {
             m_host.happened.push_back("box " + box.text);
             m_boxes.push_back(box);
             return m_answer;
-        });
-        const auto choose = [this](QWidget*, const SaveFileQuestion& question) {
+        };
+        const auto choose = [this](QWidget*, const FileQuestion& question) {
             m_questions.push_back(question);
             return m_choice;
         };
-        SetOpenFileChooser(choose);
-        SetSaveFileChooser(choose);
-    }
-    ~FileCommandTest() override {
-        SetBoxHandler(nullptr);
-        SetOpenFileChooser(nullptr);
-        SetSaveFileChooser(nullptr);
+        m_prompts.open_file = choose;
+        m_prompts.save_file = choose;
     }
 
     /// Keeps the files that the status bar tells of.
@@ -120,11 +114,12 @@ class FileCommandTest : public CycleFixture {
     QTemporaryDir m_folder;
     ViewSettings& m_settings = m_session.Settings().Current();
     GraphFiles& m_files = m_session.Files();
-    FileCommands m_commands{m_session, nullptr};
+    Prompts m_prompts;
+    FileCommands m_commands{m_session, m_prompts, nullptr};
     std::optional<QString> m_choice;
     BoxAnswer m_answer = BoxAnswer::kOk;
     std::vector<Box> m_boxes;
-    std::vector<SaveFileQuestion> m_questions;
+    std::vector<FileQuestion> m_questions;
     ColorRef m_background_at_title = 0;
     std::string m_text_read;
 };

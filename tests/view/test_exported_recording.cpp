@@ -11,6 +11,7 @@
 
 #include "graph/draw/graph_draw.h"
 #include "master/recording.h"
+#include "real_prompts.h"
 #include "settings/view_settings.h"
 #include "temporary_folder.h"
 #include "ui/dialogs/path_save_data.h"
@@ -92,7 +93,7 @@ class ExportedRecording : public ::testing::TestWithParam<const char*> {
     GraphBoard m_board{m_graphs, m_streams, [] {}};
     DataExport m_export{m_board,
                         {m_settings, [] {}, [](const std::string& path) { ADD_FAILURE() << path; },
-                         [] { return nullptr; }}};
+                         [] { return nullptr; }, testing::RealPrompts()}};
 };
 
 TEST_P(ExportedRecording, HasTheRecordingsOwnText) {

@@ -40,8 +40,8 @@ TEST_F(FileCommandTest, OpenAsksForAnIniFileAndReadsTheSettingsBeforeTheGraphs) 
     Choose(MakeFile("new.ini", "Y1", 0x123456));
     m_commands.Open();
     EXPECT_THAT(m_questions,
-                ElementsAre(OpenFileQuestion{"Open", QString::fromStdString(Path("old.ini")), "ini",
-                                             "Ini Files (*.ini)|*.ini|All Files (*.*)|*.*||"}));
+                ElementsAre(FileQuestion{"Open", QString::fromStdString(Path("old.ini")), "ini",
+                                         "Ini Files (*.ini)|*.ini|All Files (*.*)|*.*||"}));
     EXPECT_THAT(m_host.Take(), ElementsAre("title new.ini - running", "recent new.ini"));
     EXPECT_EQ(m_background_at_title, 0x123456U);
     EXPECT_EQ(m_graphs.Graphs().front().YCoorAxName.front(), "Y1");
@@ -137,8 +137,8 @@ TEST_F(FileCommandTest, SaveAsTakesThePathAndShowsTheNameAlone) {
     Choose(Path("as.ini"));
     m_commands.SaveAs();
     EXPECT_THAT(m_questions,
-                ElementsAre(SaveFileQuestion{"Save As", "", "ini",
-                                             "Ini Files (*.ini)|*.ini|All Files (*.*)|*.*||"}));
+                ElementsAre(FileQuestion{"Save As", "", "ini",
+                                         "Ini Files (*.ini)|*.ini|All Files (*.*)|*.*||"}));
     EXPECT_THAT(m_host.Take(), ElementsAre("title as.ini"));
     EXPECT_EQ(m_files.CurrentPath(), Path("as.ini"));
     EXPECT_EQ(m_files.DocumentName(), "wavo.ini");

@@ -10,7 +10,6 @@
 
 #include "expect_errors.h"
 #include "printed_page.h"
-#include "ui/dialogs/message_boxes.h"
 #include "view/graph_printer.h"
 
 namespace wavo {
@@ -32,38 +31,37 @@ QImage Picture(const QSize& size) {
 class Printing : public ::testing::Test {
  protected:
     Printing() {
-        SetBoxHandler([this](const Box& box) {
+        m_prompts.box = [this](QWidget*, const Box& box) {
             m_boxes.push_back(box);
             return m_answer;
-        });
-        m_printer.SetDialogs(
-            {[this](QPrinter& printer, QWidget*) {
-                 m_dialogs.emplace_back("print");
-                 printer.setOutputFormat(QPrinter::PdfFormat);
-                 printer.setOutputFileName(m_file);
-                 m_orientation = printer.pageLayout().orientation();
-                 return m_accept;
-             },
-             [this](QPrinter&, QWidget*) {
-                 m_dialogs.emplace_back("page setup");
-                 return true;
-             },
-             [this](QPrinter& printer, QWidget*, const std::function<void(QPrinter&)>& paint) {
-                 m_dialogs.emplace_back("preview");
-                 printer.setOutputFormat(QPrinter::PdfFormat);
-                 printer.setOutputFileName(m_file);
-                 paint(printer);
-             }});
+        };
+        m_prompts.print = [this](QWidget*, QPrinter& printer) {
+            m_dialogs.emplace_back("print");
+            printer.setOutputFormat(QPrinter::PdfFormat);
+            printer.setOutputFileName(m_file);
+            m_orientation = printer.pageLayout().orientation();
+            return m_accept;
+        };
+        m_prompts.page_setup = [this](QWidget*, QPrinter&) {
+            m_dialogs.emplace_back("page setup");
+        };
+        m_prompts.print_preview = [this](QWidget*, QPrinter& printer,
+                                         const std::function<void(QPrinter&)>& paint) {
+            m_dialogs.emplace_back("preview");
+            printer.setOutputFormat(QPrinter::PdfFormat);
+            printer.setOutputFileName(m_file);
+            paint(printer);
+        };
     }
-    ~Printing() override { SetBoxHandler(nullptr); }
-
     QTemporaryDir m_folder;
     QString m_file = m_folder.filePath(QStringLiteral("page.pdf"));
     QImage m_picture = Picture({600, 300});
     QRect m_area{0, 0, 600, 300};
     ColorRef m_background = 0xFFFFFF;
+    Prompts m_prompts;
     GraphPrinter m_printer{
-        {[this] { return m_picture; }, [this] { return m_area; }, [this] { return m_background; }}};
+        {[this] { return m_picture; }, [this] { return m_area; }, [this] { return m_background; }},
+        m_prompts};
     BoxAnswer m_answer = BoxAnswer::kYes;
     bool m_accept = true;
     QPageLayout::Orientation m_orientation{};

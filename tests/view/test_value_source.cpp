@@ -11,8 +11,8 @@
 #include "expect_errors.h"
 #include "graph/values/ring_history.h"
 #include "link/axis_capabilities.h"
+#include "real_prompts.h"
 #include "system_facts.h"
-#include "ui/dialogs/message_boxes.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -59,13 +59,13 @@ class OtherSource : public ::testing::Test {
  protected:
     OtherSource() {
         qputenv(testing::kDataHome, m_folder.path().toLocal8Bit());
-        SetBoxHandler([this](const Box& box) {
+        m_prompts.box = [this](QWidget*, const Box& box) {
             m_boxes.push_back(box.text);
             return BoxAnswer::kOk;
-        });
+        };
         auto source = std::make_unique<Lines>();
         m_source = source.get();
-        m_view = std::make_unique<CWavoView>(nullptr, std::move(source));
+        m_view = std::make_unique<CWavoView>(m_prompts, nullptr, std::move(source));
         m_view->resize(800, 600);
         m_view->show();
         m_view->OnInitialUpdate();
@@ -73,10 +73,10 @@ class OtherSource : public ::testing::Test {
     }
     ~OtherSource() override {
         m_view.reset();
-        SetBoxHandler(nullptr);
         qunsetenv(testing::kDataHome);
     }
 
+    Prompts m_prompts = testing::RealPrompts();
     QTemporaryDir m_folder;
     std::vector<std::string> m_boxes;
     Lines* m_source = nullptr;

@@ -10,9 +10,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include "real_prompts.h"
 #include "system_facts.h"
 #include "ui/controls/controls.h"
-#include "ui/dialogs/message_boxes.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -31,11 +31,11 @@ class ViewWithEditor : public ::testing::Test {
     ViewWithEditor() {
         qputenv(testing::kDataHome, m_folder.path().toUtf8());
         qputenv("XDG_RUNTIME_DIR", m_folder.path().toUtf8());
-        SetBoxHandler([this](const Box& box) {
+        m_prompts.box = [this](QWidget*, const Box& box) {
             m_boxes.push_back(box.text);
             return BoxAnswer::kOk;
-        });
-        m_view = std::make_unique<CWavoView>();
+        };
+        m_view = std::make_unique<CWavoView>(m_prompts);
         m_view->resize(1366, 700);
         m_view->show();
         m_view->OnInitialUpdate();
@@ -43,7 +43,6 @@ class ViewWithEditor : public ::testing::Test {
     }
     ~ViewWithEditor() override {
         m_view.reset();
-        SetBoxHandler(nullptr);
         qunsetenv(testing::kDataHome);
         qunsetenv("XDG_RUNTIME_DIR");
     }
@@ -64,6 +63,7 @@ class ViewWithEditor : public ::testing::Test {
         return *m_view->Board().Drawers().at(index);
     }
 
+    Prompts m_prompts = testing::RealPrompts();
     QTemporaryDir m_folder;
     std::vector<std::string> m_boxes;
     std::unique_ptr<CWavoView> m_view;
@@ -140,19 +140,19 @@ TEST_F(ViewWithEditor, StepsBackFromZoomsOneByOne) {
     EXPECT_FALSE(Drawer(1).Zoom().active);
     EXPECT_FALSE(IsEnabled(EditorControl::kTimeRange));
     EXPECT_FALSE(IsEnabled(EditorControl::kAllGraphs));
-    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "0.500");
+    EXPECT_EQ(m_view->Editor().Fields().Text(EditorControl::kTimeRange), "0.500");
     Button(EditorControl::kZoomOut).click();
     EXPECT_EQ(Drawer(0).Zoom().start, 1.0);
     EXPECT_EQ(Drawer(0).Zoom().end, 3.0);
     EXPECT_FALSE(IsEnabled(EditorControl::kTimeRange));
-    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "2.000");
+    EXPECT_EQ(m_view->Editor().Fields().Text(EditorControl::kTimeRange), "2.000");
     Button(EditorControl::kZoomOut).click();
     EXPECT_FALSE(Drawer(0).Zoom().active);
     EXPECT_EQ(Drawer(0).Graph().XScale.TimeRange, 10.0);
     EXPECT_EQ(Drawer(0).State(), RunState::kRunning);
     EXPECT_TRUE(IsEnabled(EditorControl::kTimeRange));
     EXPECT_TRUE(IsEnabled(EditorControl::kAllGraphs));
-    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "10.000");
+    EXPECT_EQ(m_view->Editor().Fields().Text(EditorControl::kTimeRange), "10.000");
     Button(EditorControl::kZoomOut).click();  // nothing left
     EXPECT_FALSE(Drawer(0).Zoom().active);
 }
@@ -225,10 +225,10 @@ TEST_F(ViewWithEditor, ShowsTheTimeOfTheRecordOnceZoomsAreLeft) {
         Button(EditorControl::kAllGraphs).setChecked(false);
         Show({TimeGraph(1), TimeGraph(2)});
         m_view->Zooms().ZoomGraph(0, 1.0, 3.5);
-        EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "2.500");
+        EXPECT_EQ(m_view->Editor().Fields().Text(EditorControl::kTimeRange), "2.500");
         way.leave(*m_view);
         EXPECT_FALSE(Drawer(0).Zoom().active);
-        EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "10.000");
+        EXPECT_EQ(m_view->Editor().Fields().Text(EditorControl::kTimeRange), "10.000");
         ASSERT_TRUE(IsEnabled(EditorControl::kAllGraphs));
         Button(EditorControl::kXTime).click();
         Button(EditorControl::kAllGraphs).click();
@@ -244,9 +244,9 @@ TEST_F(ViewWithEditor, ShowsTheSpanOfAZoomAgainWhenItsGraphIsSelectedAgain) {
     m_view->Zooms().ZoomGraph(0, 1.0, 3.5);
     QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, Drawer(1).PlotArea().center());
     EXPECT_EQ(m_view->Editor().SelectedNumber(), 2U);
-    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "10.000");
+    EXPECT_EQ(m_view->Editor().Fields().Text(EditorControl::kTimeRange), "10.000");
     QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, Drawer(0).PlotArea().center());
-    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "2.500");
+    EXPECT_EQ(m_view->Editor().Fields().Text(EditorControl::kTimeRange), "2.500");
     EXPECT_FALSE(IsEnabled(EditorControl::kTimeRange));
 }
 
@@ -259,7 +259,7 @@ TEST_F(ViewWithEditor, KeepsTheTimeOfTheRecordWhenTimeIsClickedDuringAZoom) {
     for (const WavoGraph& graph : m_view->Work().Graphs().Graphs()) {
         EXPECT_EQ(graph.XScale.TimeRange, 10.0);
     }
-    EXPECT_EQ(m_view->Editor().Text(EditorControl::kTimeRange), "10.000");
+    EXPECT_EQ(m_view->Editor().Fields().Text(EditorControl::kTimeRange), "10.000");
 }
 
 TEST_F(ViewWithEditor, AllowsSavingOnlyWhileItIsStopped) {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "expect_errors.h"
+#include "real_prompts.h"
 #include "settings/view_settings_file.h"
 #include "system_facts.h"
 #include "temporary_folder.h"
@@ -55,7 +56,7 @@ class ViewExport : public ::testing::Test {
     }
 
     const testing::TemporaryFolder m_folder;
-    CWavoView m_view;
+    CWavoView m_view{testing::RealPrompts()};
     int m_asked = 0;
 };
 

@@ -15,11 +15,11 @@
 #include "faulty_files.h"
 #include "platform/folders.h"
 #include "platform/last_error.h"
+#include "real_prompts.h"
 #include "support/diagnostics.h"
 #include "support/diagnostics_output.h"
 #include "system_facts.h"
 #include "temporary_folder.h"
-#include "ui/dialogs/message_boxes.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -36,7 +36,7 @@ class ViewFaults : public ::testing::Test {
     ViewFaults() {
         testing::ResetFakeSharedMemory();
         testing::SetVariable(testing::kDataHome, m_folder.path());
-        SetBoxHandler([](const Box&) { return BoxAnswer::kOk; });
+        m_prompts.box = [](QWidget*, const Box&) { return BoxAnswer::kOk; };
         QObject::connect(&m_view.News(), &ViewNews::PaneTextChanged,
                          [this](StatusPane pane, const QString& text) {
                              if (pane == StatusPane::kMessage) {
@@ -46,7 +46,6 @@ class ViewFaults : public ::testing::Test {
     }
     ~ViewFaults() override {
         diagnostics::SetLogFolder({});
-        SetBoxHandler(nullptr);
         testing::UnsetVariable(testing::kDataHome);
     }
     /// The settings dialog opens and is left with OK.
@@ -72,7 +71,8 @@ class ViewFaults : public ::testing::Test {
 
     const testing::TemporaryFolder m_folder;
     std::vector<std::string> m_told;
-    CWavoView m_view;
+    Prompts m_prompts = testing::RealPrompts();
+    CWavoView m_view{m_prompts};
 };
 
 TEST_F(ViewFaults, AFirstStartThatCannotLeaveItsSettingsIsTold) {
@@ -149,7 +149,7 @@ TEST_F(ViewFaults, AFileThatCannotBeWrittenIsToldTogetherWithALostLog) {
 
 TEST_F(ViewFaults, ALogThatIsLostAfterTheEndTroublesNobody) {
     {
-        CWavoView other;
+        CWavoView other(m_prompts);
         other.OnInitialUpdate();
     }
     diagnostics::SetLogFolder(m_folder.File("logs"));

@@ -22,10 +22,10 @@
 #include "graph/model/graph_ini_data.h"
 #include "master_window.h"
 #include "printed_page.h"
+#include "real_prompts.h"
 #include "settings/view_settings_file.h"
 #include "system_facts.h"
 #include "ui/controls/controls.h"
-#include "ui/dialogs/message_boxes.h"
 #include "ui/messages.h"
 #include "view/wavo_view.h"
 
@@ -41,10 +41,10 @@ class View : public ::testing::Test {
  protected:
     View() {
         qputenv(testing::kDataHome, m_folder.path().toLocal8Bit());
-        SetBoxHandler([this](const Box& box) {
+        m_prompts.box = [this](QWidget*, const Box& box) {
             m_boxes.push_back(box.text);
             return BoxAnswer::kOk;
-        });
+        };
         testing::ResetFakeSharedMemory();
         m_master.Publish();
         m_view.resize(800, 600);
@@ -52,7 +52,6 @@ class View : public ::testing::Test {
         m_view.OnInitialUpdate(GraphFile());
         QCoreApplication::processEvents();
     }
-    ~View() override { SetBoxHandler(nullptr); }
 
     std::string GraphFile() {
         std::vector<WavoGraph> graphs(2);
@@ -106,7 +105,8 @@ class View : public ::testing::Test {
     QTemporaryDir m_folder;
     testing::MasterWindow m_master;
     std::vector<std::string> m_boxes;
-    CWavoView m_view;
+    Prompts m_prompts = testing::RealPrompts();
+    CWavoView m_view{m_prompts};
 };
 
 /// What is not the white of the paper.
@@ -379,17 +379,15 @@ TEST_F(View, NewShowsNoGraphs) {
 TEST_F(View, PrintsWhatItShows) {
     SendAppMessage(&m_view.Editor(), AppMessage::kCloseEditor, 0, 0);
     Feed(1000);
-    SetBoxHandler([](const Box&) { return BoxAnswer::kYes; });
+    m_prompts.box = [](QWidget*, const Box&) { return BoxAnswer::kYes; };
     const QString file =
         qEnvironmentVariable("WAVO_KEEP_PAGE", m_folder.filePath(QStringLiteral("page.pdf")));
-    m_view.Printer().SetDialogs({[&](QPrinter& printer, QWidget* parent) {
-                                     EXPECT_EQ(parent, &m_view);
-                                     printer.setOutputFormat(QPrinter::PdfFormat);
-                                     printer.setOutputFileName(file);
-                                     return true;
-                                 },
-                                 {},
-                                 {}});
+    m_prompts.print = [&](QWidget* parent, QPrinter& printer) {
+        EXPECT_EQ(parent, &m_view);
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(file);
+        return true;
+    };
     m_view.Commands().Execute(CommandId::kPrint);
     ASSERT_TRUE(QFile::exists(file));
     if (!testing::CanReadPages()) {
@@ -415,12 +413,12 @@ TEST_F(View, PrintsWhatItShows) {
 TEST_F(View, AfterStartAfterTriggerTheEditorShowsTheTimeOfTheRecord) {
     Feed(1000);
     m_view.Zooms().ZoomGraph(0, 1.0, 3.5);
-    ASSERT_EQ(m_view.Editor().Text(EditorControl::kTimeRange), "2.500");
+    ASSERT_EQ(m_view.Editor().Fields().Text(EditorControl::kTimeRange), "2.500");
     Feed(1000, 10.0);
     ASSERT_TRUE(m_view.Commands().IsEnabled(CommandId::kStartAfterTrigger));
     m_view.Commands().Execute(CommandId::kStartAfterTrigger);
     EXPECT_FALSE(Drawer(0).Zoom().active);
-    EXPECT_EQ(m_view.Editor().Text(EditorControl::kTimeRange), "4.000");
+    EXPECT_EQ(m_view.Editor().Fields().Text(EditorControl::kTimeRange), "4.000");
 }
 
 TEST_F(View, AtItsStartTakesTheSettingsOfItsGraphFileAndSaveKeepsThem) {
@@ -438,7 +436,7 @@ TEST_F(View, AtItsStartTakesTheSettingsOfItsGraphFileAndSaveKeepsThem) {
         return file.readAll().toStdString();
     };
     const std::string before = text();
-    CWavoView view;
+    CWavoView view(m_prompts);
     view.resize(800, 600);
     view.show();
     EXPECT_TRUE(view.Work().Files().CurrentPath().empty());

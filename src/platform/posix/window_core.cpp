@@ -1,8 +1,6 @@
 #include "platform/posix/window_core.h"
 
 #include <fcntl.h>
-#include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -10,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -24,7 +21,6 @@ namespace wavo::platform {
 
 namespace {
 
-using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
 constexpr std::size_t kEventsPerWait = 32;
@@ -102,11 +98,8 @@ bool WindowCore::Open(std::string* error) {
     if (m_folder_lock) {
         ::flock(m_folder_lock.number(), LOCK_SH | LOCK_NB);
     }
-    m_sockets = Descriptor(::epoll_create1(EPOLL_CLOEXEC));
-    m_signal = Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    m_spare = OpenSpareDescriptor();
-    if (!m_sockets || !m_signal || !m_spare ||
-        !Watch(m_signal.number(), kSignalId, EPOLLIN, EPOLL_CTL_ADD)) {
+    m_spare = SpareDescriptor();
+    if (!m_sockets.Open(kSignalId) || !m_spare) {
         *error = "cannot watch sockets: " + ErrorText(LastError());
         return false;
     }
@@ -114,7 +107,7 @@ bool WindowCore::Open(std::string* error) {
     if (!m_listener) {
         return false;
     }
-    if (!Watch(m_listener.number(), kListenerId, EPOLLIN, EPOLL_CTL_ADD)) {
+    if (!m_sockets.Watch(m_listener.number(), kListenerId, EPOLLIN, EPOLL_CTL_ADD)) {
         *error = "cannot watch the window's socket: " + ErrorText(LastError());
         Close();
         return false;
@@ -148,11 +141,11 @@ void WindowCore::Close() noexcept {
     }
     for (const auto& [id, connection] : m_outgoing) {
         connection->Flush();
-        Unwatch(connection->socket().number());
+        m_sockets.Unwatch(connection->socket().number());
         connection->Close();
     }
     for (const auto& [id, connection] : m_incoming) {
-        Unwatch(connection->socket.number());
+        m_sockets.Unwatch(connection->socket.number());
         ::shutdown(connection->socket.number(), SHUT_RDWR);
         connection->socket.Close();
     }
@@ -230,7 +223,10 @@ SendResult WindowCore::Send(WindowHandle target, const Message& message) {
 SendResult WindowCore::WaitForReply(const Outgoing& connection, PendingSend* pending,
                                     Clock::time_point deadline) {
     while (!pending->answered && !pending->gone) {
-        SetSignal(false);  // what is queued waits for Dispatch and must not keep us awake
+        if (!m_closed) {
+            // What is queued waits for Dispatch and must not keep us awake.
+            m_sockets.SetSignal(false);
+        }
         Pump(deadline);
         if (!pending->answered && !pending->gone && Clock::now() >= deadline) {
             // A handler that was entered meanwhile may have taken the time; the reply may wait.
@@ -299,7 +295,8 @@ void WindowCore::HandleQueued() {
     if (const Incoming& from = item.from) {
         --from->queued;
         if (from->paused && from->queued <= IncomingConnection::kLargestQueue / 2 && from->socket) {
-            from->paused = !Watch(from->socket.number(), from->id, EPOLLIN, EPOLL_CTL_ADD);
+            from->paused =
+                !m_sockets.Watch(from->socket.number(), from->id, EPOLLIN, EPOLL_CTL_ADD);
         }
     }
     if (item.peer == 0) {
@@ -350,34 +347,9 @@ bool WindowCore::HasUnread(WindowHandle peer) const {
     });
 }
 
-int WindowCore::WaitForEvents(epoll_event* events, Clock::time_point deadline) {
-    for (;;) {
-        nanoseconds left = nanoseconds::zero();
-        if (deadline != Clock::time_point::min()) {
-            left = std::max<nanoseconds>(deadline - Clock::now(), nanoseconds::zero());
-        }
-        int timeout = 0;
-        if (left >= milliseconds(1)) {
-            timeout = static_cast<int>(std::min<std::int64_t>(left / milliseconds(1), INT_MAX));
-        } else if (left > nanoseconds::zero()) {
-            // epoll counts milliseconds only; a master's cycle is timed more finely.
-            pollfd sockets{m_sockets.number(), POLLIN, 0};
-            const timespec rest{0, static_cast<long>(left.count())};
-            if (::ppoll(&sockets, 1, &rest, nullptr) < 0) {
-                return -1;
-            }
-        }
-        const int count =
-            ::epoll_wait(m_sockets.number(), events, static_cast<int>(kEventsPerWait), timeout);
-        if (count != 0 || timeout == 0) {
-            return count;
-        }
-    }
-}
-
 int WindowCore::Pump(Clock::time_point deadline) {
     std::array<epoll_event, kEventsPerWait> events;  // NOLINT(*-member-init): filled by the call
-    const int count = WaitForEvents(events.data(), deadline);
+    const int count = m_sockets.Wait(events, deadline);
     for (int i = 0; i < count && !m_closed; ++i) {
         HandleEvent(events[static_cast<std::size_t>(i)]);
     }
@@ -411,32 +383,9 @@ void WindowCore::HandleEvent(const epoll_event& event) {
     }
 }
 
-bool WindowCore::Watch(int socket, ConnectionId id, std::uint32_t events, int operation) noexcept {
-    epoll_event event{};
-    event.events = events;
-    event.data.u64 = id;
-    return ::epoll_ctl(m_sockets.number(), operation, socket, &event) == 0;
-}
-
-// Closing is not enough: a forked process may hold a copy, and then the events would go on.
-void WindowCore::Unwatch(int socket) noexcept {
-    ::epoll_ctl(m_sockets.number(), EPOLL_CTL_DEL, socket, nullptr);
-}
-
 void WindowCore::UpdateSignal() noexcept {
-    SetSignal(!m_queue.empty() || !m_vanished.empty());
-}
-
-void WindowCore::SetSignal(bool wanted) noexcept {
-    if (m_closed || wanted == m_signalled) {
-        return;
-    }
-    const LastErrorKeeper keep;
-    std::uint64_t count = 1;
-    const ssize_t done = wanted ? ::write(m_signal.number(), &count, sizeof count)
-                                : ::read(m_signal.number(), &count, sizeof count);
-    if (done == static_cast<ssize_t>(sizeof count)) {
-        m_signalled = wanted;
+    if (!m_closed) {
+        m_sockets.SetSignal(!m_queue.empty() || !m_vanished.empty());
     }
 }
 

@@ -10,8 +10,6 @@
 // 3. Waiting for the answer of a Send is not disturbed by posted messages that are queued.
 #pragma once
 
-#include <sys/epoll.h>
-
 #include <chrono>
 #include <cstdint>
 #include <deque>
@@ -24,6 +22,7 @@
 #include "platform/message_window.h"
 #include "platform/posix/connections.h"
 #include "platform/posix/descriptor.h"
+#include "platform/posix/socket_watch.h"
 
 namespace wavo::platform {
 
@@ -48,7 +47,7 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     void SetPeerRefusedHandler(MessageWindow::PeerRefused handler);
     bool Post(WindowHandle target, const Message& message);
     SendResult Send(WindowHandle target, const Message& message);
-    [[nodiscard]] int PollDescriptor() const noexcept { return m_sockets.number(); }
+    [[nodiscard]] int PollDescriptor() const noexcept { return m_sockets.Number(); }
     void Dispatch();
     bool WaitAndDispatch(std::chrono::nanoseconds timeout);
 
@@ -78,17 +77,12 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     };
 
     // Events
-    int WaitForEvents(epoll_event* events, Clock::time_point deadline);
     int Pump(Clock::time_point deadline);
     void HandleEvent(const epoll_event& event);
-    bool Watch(int socket, ConnectionId id, std::uint32_t events, int operation) noexcept;
-    void Unwatch(int socket) noexcept;
     void UpdateSignal() noexcept;
-    void SetSignal(bool wanted) noexcept;
 
     // Connections to us
     void Accept();
-    static Descriptor OpenSpareDescriptor() noexcept;
     bool TurnAway() noexcept;
     void PauseListening() noexcept;
     void ResumeListening() noexcept;
@@ -126,12 +120,11 @@ class WindowCore : public std::enable_shared_from_this<WindowCore> {
     WindowHandle m_handle = 0;
     int m_process = 0;
     Descriptor m_folder_lock;
-    Descriptor m_sockets;  ///< epoll of all sockets and m_signal
-    Descriptor m_signal;   ///< readable while something is queued and nobody waits for a reply
+    SocketWatch m_sockets;  ///< all sockets; its signal: something is queued, and nobody waits for
+                            ///< a reply
 
     // State.
     bool m_closed = false;
-    bool m_signalled = false;
     bool m_listening_paused = false;
     std::uint64_t m_handled = 0;  ///< calls of handlers so far
     Descriptor m_listener;

@@ -35,10 +35,6 @@ const char* FaultOf(ReadStatus status) {
 
 }  // namespace
 
-Descriptor WindowCore::OpenSpareDescriptor() noexcept {
-    return Descriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-}
-
 void WindowCore::Accept() {
     for (int count = 0; count < kAcceptsPerEvent && !m_closed; ++count) {
         Descriptor socket(
@@ -63,7 +59,7 @@ void WindowCore::Accept() {
         }
         const ConnectionId id = ++m_last_id;
         const auto connection = std::make_shared<IncomingConnection>(id, std::move(socket));
-        if (!Watch(connection->socket.number(), id, EPOLLIN, EPOLL_CTL_ADD)) {
+        if (!m_sockets.Watch(connection->socket.number(), id, EPOLLIN, EPOLL_CTL_ADD)) {
             continue;
         }
         m_incoming.emplace(id, connection);
@@ -90,12 +86,12 @@ bool WindowCore::TurnAway() noexcept {
     // Nobody waits any more: that is as good.
     const bool done = refused || errno == EAGAIN || errno == EWOULDBLOCK;
     refused.Close();
-    m_spare = OpenSpareDescriptor();
+    m_spare = SpareDescriptor();
     return done;
 }
 
 void WindowCore::PauseListening() noexcept {
-    m_listening_paused = Watch(m_listener.number(), kListenerId, 0, EPOLL_CTL_MOD);
+    m_listening_paused = m_sockets.Watch(m_listener.number(), kListenerId, 0, EPOLL_CTL_MOD);
 }
 
 void WindowCore::ResumeListening() noexcept {
@@ -103,15 +99,15 @@ void WindowCore::ResumeListening() noexcept {
         return;
     }
     if (!m_spare) {
-        m_spare = OpenSpareDescriptor();
+        m_spare = SpareDescriptor();
     }
-    m_listening_paused = !Watch(m_listener.number(), kListenerId, EPOLLIN, EPOLL_CTL_MOD);
+    m_listening_paused = !m_sockets.Watch(m_listener.number(), kListenerId, EPOLLIN, EPOLL_CTL_MOD);
 }
 
 void WindowCore::ReadIncoming(const Incoming& connection) {
     for (int count = 0; count < kPacketsPerEvent; ++count) {
         if (connection->queued >= IncomingConnection::kLargestQueue) {
-            Unwatch(connection->socket.number());
+            m_sockets.Unwatch(connection->socket.number());
             connection->paused = true;
             return;
         }
@@ -205,7 +201,7 @@ void WindowCore::EndIncoming(const Incoming& connection) {
         return;
     }
     if (!connection->paused) {
-        Unwatch(connection->socket.number());
+        m_sockets.Unwatch(connection->socket.number());
     }
     ::shutdown(connection->socket.number(), SHUT_RDWR);
     connection->socket.Close();
@@ -229,7 +225,7 @@ WindowCore::Outgoing WindowCore::ConnectionTo(WindowHandle target) {
         errno = ECONNREFUSED;
         return nullptr;
     }
-    if (!Watch(socket.number(), id, EPOLLIN, EPOLL_CTL_ADD)) {
+    if (!m_sockets.Watch(socket.number(), id, EPOLLIN, EPOLL_CTL_ADD)) {
         return nullptr;
     }
     auto connection = std::make_shared<OutgoingConnection>(id, target, std::move(socket));
@@ -253,7 +249,7 @@ void WindowCore::WatchWriting(const Outgoing& connection) {
         return;
     }
     const std::uint32_t events = wanted ? EPOLLIN | EPOLLOUT : EPOLLIN;
-    if (Watch(connection->socket().number(), connection->id(), events, EPOLL_CTL_MOD)) {
+    if (m_sockets.Watch(connection->socket().number(), connection->id(), events, EPOLL_CTL_MOD)) {
         connection->watches_writing = wanted;
     }
 }
@@ -298,7 +294,7 @@ void WindowCore::EndOutgoing(const Outgoing& connection) {
     }
     // The peer may have answered before it went.
     TakeReplies(connection, false);
-    Unwatch(connection->socket().number());
+    m_sockets.Unwatch(connection->socket().number());
     connection->Close();
     m_outgoing.erase(connection->id());
     m_targets.erase(connection->target());

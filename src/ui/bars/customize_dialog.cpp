@@ -16,8 +16,6 @@
 
 #include "ui/bars/command_icons.h"
 #include "ui/bars/commands.h"
-#include "ui/controls/controls.h"
-#include "ui/controls/line_edits.h"
 
 namespace wavo {
 
@@ -26,24 +24,28 @@ namespace customize {
 namespace {
 
 constexpr std::array<ControlRow, 17> kControls{{
-    {kBar, "tool &bar:", "The tool bar that is arranged here"},
-    {kNewBar, "&New", "Make another tool bar"},
-    {kDeleteBar, "De&lete", "Delete this tool bar; the tool bar Standard stays"},
-    {kBarName, "na&me:", "Name of a tool bar of your own; no name stands twice"},
-    {kCommands, "&commands:", "All commands that a tool bar can hold"},
-    {kButtons, "b&uttons:", "What the tool bar holds, from left to right"},
-    {kAdd, "&Add >", "Put the command behind the selected button"},
-    {kRemove, "< &Remove", "Take the selected button away"},
-    {kUp, "U&p", "Move the selected button to the left"},
-    {kDown, "&Down", "Move the selected button to the right"},
-    {kSeparator, "&Separator", "Put a separator behind the selected button"},
-    {kImage, "ima&ge:", "Image of the selected button: its own, or one of UserImages.bmp"},
-    {kIconSize, "icon si&ze:", "Size of the icons in pixels, before the scaling of the screen"},
-    {kFullMenus, "always show &full menus",
+    {kBar, ControlKind::kCombo, "tool &bar:", "The tool bar that is arranged here"},
+    {kNewBar, ControlKind::kButton, "&New", "Make another tool bar"},
+    {kDeleteBar, ControlKind::kButton, "De&lete",
+     "Delete this tool bar; the tool bar Standard stays"},
+    {kBarName, ControlKind::kEdit,
+     "na&me:", "Name of a tool bar of your own; no name stands twice"},
+    {kCommands, ControlKind::kList, "&commands:", "All commands that a tool bar can hold"},
+    {kAdd, ControlKind::kButton, "&Add >", "Put the command behind the selected button"},
+    {kRemove, ControlKind::kButton, "< &Remove", "Take the selected button away"},
+    {kSeparator, ControlKind::kButton, "&Separator", "Put a separator behind the selected button"},
+    {kUp, ControlKind::kButton, "U&p", "Move the selected button to the left"},
+    {kDown, ControlKind::kButton, "&Down", "Move the selected button to the right"},
+    {kButtons, ControlKind::kList, "b&uttons:", "What the tool bar holds, from left to right"},
+    {kIconSize, ControlKind::kCombo,
+     "icon si&ze:", "Size of the icons in pixels, before the scaling of the screen"},
+    {kImage, ControlKind::kCombo,
+     "ima&ge:", "Image of the selected button: its own, or one of UserImages.bmp"},
+    {kFullMenus, ControlKind::kCheck, "always show &full menus",
      "Not checked: menus show the basic commands and those that you use, the others on demand"},
-    {kReset, "R&eset", "All as it was at first"},
-    {kOk, "OK", "Arrange the bars like this"},
-    {kCancel, "Cancel", "Leave the bars as they were"},
+    {kReset, ControlKind::kButton, "R&eset", "All as it was at first"},
+    {kOk, ControlKind::kOk, "OK", "Arrange the bars like this"},
+    {kCancel, ControlKind::kCancel, "Cancel", "Leave the bars as they were"},
 }};
 
 }  // namespace
@@ -68,113 +70,112 @@ QString ItemText(int item) {
 
 }  // namespace
 
-template <typename Widget>
-Widget* CustomizeDialog::Make(Control id) {
-    auto* const widget = new Widget;
-    InitControl(*widget, FindRow(Controls(), id));
-    return widget;
-}
-
-QPushButton* CustomizeDialog::MakeButton(Control id, void (CustomizeDialog::*handler)()) {
-    auto* const button = Make<QPushButton>(id);
-    button->setAutoDefault(false);
-    connect(button, &QPushButton::clicked, this, handler);
-    return button;
-}
-
 CustomizeDialog::CustomizeDialog(BarSetup setup, std::vector<QIcon> user_images, QWidget* parent)
-    : QDialog(parent), m_setup(std::move(setup)), m_images(std::move(user_images)) {
-    setWindowTitle(QStringLiteral("Customize"));
-    auto* const layout = new QGridLayout;
-    BuildBarRow(*layout);
-    BuildLists(*layout);
-    BuildOptions(*layout);
-    auto* const outer = new QVBoxLayout(this);
-    outer->addLayout(layout);
-    auto* const last = new QGridLayout;
-    BuildButtons(*last);
-    outer->addLayout(last);
-    KeepOneLineInEdits(*this);
+    : TableDialog(QStringLiteral("Customize"), Controls(), parent),
+      m_setup(std::move(setup)),
+      m_images(std::move(user_images)) {
+    LayOut();
+    FillChoices();
+    ConnectControls();
     ShowAll();
 }
 
-void CustomizeDialog::BuildBarRow(QGridLayout& layout) {
-    auto* const bar = Make<QComboBox>(kBar);
-    connect(bar, &QComboBox::currentIndexChanged, this, [this] { ShowBar(0); });
-    auto* const name = Make<QLineEdit>(kBarName);
-    connect(name, &QLineEdit::editingFinished, this, &CustomizeDialog::RenameBar);
-    layout.addWidget(MakeLabel(FindRow(Controls(), kBar), *bar), 0, 0);
-    layout.addWidget(bar, 1, 0);
-    auto* const buttons = new QVBoxLayout;
-    buttons->addWidget(MakeButton(kNewBar, &CustomizeDialog::NewBar));
-    buttons->addWidget(MakeButton(kDeleteBar, &CustomizeDialog::DeleteBar));
-    layout.addLayout(buttons, 0, 1, 2, 1);
-    layout.addWidget(MakeLabel(FindRow(Controls(), kBarName), *name), 0, 2);
-    layout.addWidget(name, 1, 2);
+void CustomizeDialog::LayOut() {
+    auto* const layout = new QGridLayout;
+    LayOutBarRow(*layout);
+    LayOutLists(*layout);
+    LayOutOptions(*layout);
+    Buttons()->addButton(&Control<QPushButton>(kReset), QDialogButtonBox::ResetRole);
+    auto* const last = new QGridLayout;
+    last->addWidget(Buttons(), 0, 0);
+    auto* const outer = new QVBoxLayout(this);
+    outer->addLayout(layout);
+    outer->addLayout(last);
 }
 
-void CustomizeDialog::BuildLists(QGridLayout& layout) {
-    auto* const commands = Make<QListWidget>(kCommands);
+void CustomizeDialog::LayOutBarRow(QGridLayout& layout) {
+    layout.addWidget(LabelOf(kBar), 0, 0);
+    layout.addWidget(&Control(kBar), 1, 0);
+    auto* const buttons = new QVBoxLayout;
+    buttons->addWidget(&Control(kNewBar));
+    buttons->addWidget(&Control(kDeleteBar));
+    layout.addLayout(buttons, 0, 1, 2, 1);
+    layout.addWidget(LabelOf(kBarName), 0, 2);
+    layout.addWidget(&Control(kBarName), 1, 2);
+}
+
+void CustomizeDialog::LayOutLists(QGridLayout& layout) {
+    auto* const middle = new QVBoxLayout;
+    for (const int id : {kAdd, kRemove, kSeparator, kUp, kDown}) {
+        middle->addWidget(&Control(id));
+    }
+    middle->addStretch();
+    layout.addWidget(LabelOf(kCommands), 2, 0);
+    layout.addWidget(&Control(kCommands), 3, 0);
+    layout.addLayout(middle, 3, 1);
+    layout.addWidget(LabelOf(kButtons), 2, 2);
+    layout.addWidget(&Control(kButtons), 3, 2);
+}
+
+void CustomizeDialog::LayOutOptions(QGridLayout& layout) {
+    layout.addWidget(LabelOf(kIconSize), 4, 0);
+    layout.addWidget(&Control(kIconSize), 5, 0);
+    layout.addWidget(LabelOf(kImage), 4, 2);
+    layout.addWidget(&Control(kImage), 5, 2);
+    layout.addWidget(&Control(kFullMenus), 6, 0, 1, 3);
+}
+
+void CustomizeDialog::FillChoices() {
+    auto& commands = Control<QListWidget>(kCommands);
     for (const CommandId id : ToolBarCommands()) {
         auto* const item =
-            new QListWidgetItem(CommandIcon(id), ItemText(static_cast<int>(id)), commands);
+            new QListWidgetItem(CommandIcon(id), ItemText(static_cast<int>(id)), &commands);
         item->setData(Qt::UserRole, static_cast<int>(id));
     }
-    commands->setCurrentRow(0);
-    connect(commands, &QListWidget::itemDoubleClicked, this, &CustomizeDialog::Add);
-    auto* const buttons = Make<QListWidget>(kButtons);
-    connect(buttons, &QListWidget::currentRowChanged, this, &CustomizeDialog::ShowEnabling);
-    auto* const middle = new QVBoxLayout;
-    middle->addWidget(MakeButton(kAdd, &CustomizeDialog::Add));
-    middle->addWidget(MakeButton(kRemove, &CustomizeDialog::Remove));
-    middle->addWidget(MakeButton(kSeparator, &CustomizeDialog::AddSeparator));
-    middle->addWidget(MakeButton(kUp, &CustomizeDialog::Up));
-    middle->addWidget(MakeButton(kDown, &CustomizeDialog::Down));
-    middle->addStretch();
-    layout.addWidget(MakeLabel(FindRow(Controls(), kCommands), *commands), 2, 0);
-    layout.addWidget(commands, 3, 0);
-    layout.addLayout(middle, 3, 1);
-    layout.addWidget(MakeLabel(FindRow(Controls(), kButtons), *buttons), 2, 2);
-    layout.addWidget(buttons, 3, 2);
-}
-
-void CustomizeDialog::BuildOptions(QGridLayout& layout) {
-    auto* const image = Make<QComboBox>(kImage);
-    image->addItem(QStringLiteral("its own"));
+    commands.setCurrentRow(0);
+    auto& image = Control<QComboBox>(kImage);
+    image.addItem(QStringLiteral("its own"));
     for (std::size_t index = 0; index < m_images.size(); ++index) {
-        image->addItem(m_images[index], QString::number(index + 1));
+        image.addItem(m_images[index], QString::number(index + 1));
     }
-    connect(image, &QComboBox::activated, this, &CustomizeDialog::ChooseImage);
-    auto* const size = Make<QComboBox>(kIconSize);
     for (const int pixels : kIconSizes) {
-        size->addItem(QString::number(pixels), pixels);
+        Control<QComboBox>(kIconSize).addItem(QString::number(pixels), pixels);
     }
-    connect(size, &QComboBox::activated, this,
-            [this, size] { m_setup.icon_size = size->currentData().toInt(); });
-    auto* const full = Make<QCheckBox>(kFullMenus);
-    connect(full, &QCheckBox::clicked, this, [this](bool on) { m_setup.full_menus = on; });
-    layout.addWidget(MakeLabel(FindRow(Controls(), kIconSize), *size), 4, 0);
-    layout.addWidget(size, 5, 0);
-    layout.addWidget(MakeLabel(FindRow(Controls(), kImage), *image), 4, 2);
-    layout.addWidget(image, 5, 2);
-    layout.addWidget(full, 6, 0, 1, 3);
 }
 
-void CustomizeDialog::BuildButtons(QGridLayout& layout) {
-    auto* const box = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    InitControl(*box->button(QDialogButtonBox::Ok), FindRow(Controls(), kOk));
-    InitControl(*box->button(QDialogButtonBox::Cancel), FindRow(Controls(), kCancel));
-    box->addButton(MakeButton(kReset, &CustomizeDialog::Reset), QDialogButtonBox::ResetRole);
-    connect(box, &QDialogButtonBox::accepted, this, [this] {
-        RenameBar();
-        accept();
-    });
-    connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    layout.addWidget(box, 0, 0);
+void CustomizeDialog::ConnectControls() {
+    OnClick(kNewBar, &CustomizeDialog::NewBar);
+    OnClick(kDeleteBar, &CustomizeDialog::DeleteBar);
+    OnClick(kAdd, &CustomizeDialog::Add);
+    OnClick(kRemove, &CustomizeDialog::Remove);
+    OnClick(kSeparator, &CustomizeDialog::AddSeparator);
+    OnClick(kUp, &CustomizeDialog::Up);
+    OnClick(kDown, &CustomizeDialog::Down);
+    OnClick(kReset, &CustomizeDialog::Reset);
+    connect(&Control<QComboBox>(kBar), &QComboBox::currentIndexChanged, this,
+            [this] { ShowBar(0); });
+    connect(&Control<QLineEdit>(kBarName), &QLineEdit::editingFinished, this,
+            &CustomizeDialog::RenameBar);
+    connect(&Control<QListWidget>(kCommands), &QListWidget::itemDoubleClicked, this,
+            &CustomizeDialog::Add);
+    connect(&Control<QListWidget>(kButtons), &QListWidget::currentRowChanged, this,
+            &CustomizeDialog::ShowEnabling);
+    connect(&Control<QComboBox>(kImage), &QComboBox::activated, this,
+            &CustomizeDialog::ChooseImage);
+    auto& size = Control<QComboBox>(kIconSize);
+    connect(&size, &QComboBox::activated, this,
+            [this, &size] { m_setup.icon_size = size.currentData().toInt(); });
+    connect(&Control<QCheckBox>(kFullMenus), &QCheckBox::clicked, this,
+            [this](bool on) { m_setup.full_menus = on; });
+}
+
+void CustomizeDialog::accept() {
+    RenameBar();
+    QDialog::accept();
 }
 
 void CustomizeDialog::ShowAll() {
-    auto& bars = *FindControl<QComboBox>(*this, kBar);
+    auto& bars = Control<QComboBox>(kBar);
     {
         const QSignalBlocker blocker(bars);
         bars.clear();
@@ -182,14 +183,14 @@ void CustomizeDialog::ShowAll() {
             bars.addItem(bar.name);
         }
     }
-    auto& size = *FindControl<QComboBox>(*this, kIconSize);
+    auto& size = Control<QComboBox>(kIconSize);
     size.setCurrentIndex(size.findData(m_setup.icon_size));
-    FindControl<QCheckBox>(*this, kFullMenus)->setChecked(m_setup.full_menus);
+    Control<QCheckBox>(kFullMenus).setChecked(m_setup.full_menus);
     ShowBar(0);
 }
 
 void CustomizeDialog::ShowBar(int row_of_button) {
-    auto& buttons = *FindControl<QListWidget>(*this, kButtons);
+    auto& buttons = Control<QListWidget>(kButtons);
     {
         const QSignalBlocker blocker(buttons);
         buttons.clear();
@@ -203,24 +204,24 @@ void CustomizeDialog::ShowBar(int row_of_button) {
         }
         buttons.setCurrentRow(std::min(row_of_button, buttons.count() - 1));
     }
-    FindControl<QLineEdit>(*this, kBarName)->setText(Bar().name);
+    Control<QLineEdit>(kBarName).setText(Bar().name);
     ShowEnabling();
 }
 
 void CustomizeDialog::ShowEnabling() {
-    const int row = FindControl<QListWidget>(*this, kButtons)->currentRow();
+    const int row = Control<QListWidget>(kButtons).currentRow();
     const int count = static_cast<int>(Bar().items.size());
-    const bool own_bar = FindControl<QComboBox>(*this, kBar)->currentIndex() > 0;
-    FindControl(*this, kDeleteBar)->setEnabled(own_bar);
-    FindControl(*this, kBarName)->setEnabled(own_bar);
-    FindControl(*this, kRemove)->setEnabled(row >= 0);
-    FindControl(*this, kUp)->setEnabled(row > 0);
-    FindControl(*this, kDown)->setEnabled(row >= 0 && row + 1 < count);
+    const bool own_bar = Control<QComboBox>(kBar).currentIndex() > 0;
+    Control(kDeleteBar).setEnabled(own_bar);
+    Control(kBarName).setEnabled(own_bar);
+    Control(kRemove).setEnabled(row >= 0);
+    Control(kUp).setEnabled(row > 0);
+    Control(kDown).setEnabled(row >= 0 && row + 1 < count);
     ShowImage();
 }
 
 void CustomizeDialog::ShowImage() {
-    auto& image = *FindControl<QComboBox>(*this, kImage);
+    auto& image = Control<QComboBox>(kImage);
     const auto chosen = m_setup.user_images.find(SelectedItem());
     image.setEnabled(SelectedItem() != kSeparatorItem && !m_images.empty());
     image.setCurrentIndex(chosen != m_setup.user_images.end() && chosen->second + 1 < image.count()
@@ -229,14 +230,14 @@ void CustomizeDialog::ShowImage() {
 }
 
 BarContent& CustomizeDialog::Bar() {
-    const int index = FindControl<QComboBox>(*this, kBar)->currentIndex();
+    const int index = Control<QComboBox>(kBar).currentIndex();
     return m_setup.bars[static_cast<std::size_t>(std::max(index, 0))];
 }
 
 int CustomizeDialog::SelectedItem() const {
-    const int bar = std::max(FindControl<QComboBox>(*this, kBar)->currentIndex(), 0);
+    const int bar = std::max(Control<QComboBox>(kBar).currentIndex(), 0);
     const auto& items = m_setup.bars[static_cast<std::size_t>(bar)].items;
-    const int row = FindControl<QListWidget>(*this, kButtons)->currentRow();
+    const int row = Control<QListWidget>(kButtons).currentRow();
     return row >= 0 && row < static_cast<int>(items.size()) ? items[static_cast<std::size_t>(row)]
                                                             : kSeparatorItem;
 }
@@ -244,7 +245,7 @@ int CustomizeDialog::SelectedItem() const {
 void CustomizeDialog::NewBar() {
     RenameBar();
     QString name;
-    auto& bars = *FindControl<QComboBox>(*this, kBar);
+    auto& bars = Control<QComboBox>(kBar);
     for (int number = 2; name.isEmpty() || bars.findText(name) >= 0; ++number) {
         name = QStringLiteral("Tool bar %1").arg(number);
     }
@@ -254,7 +255,7 @@ void CustomizeDialog::NewBar() {
 }
 
 void CustomizeDialog::DeleteBar() {
-    auto& bars = *FindControl<QComboBox>(*this, kBar);
+    auto& bars = Control<QComboBox>(kBar);
     const int index = bars.currentIndex();
     m_setup.bars.erase(m_setup.bars.begin() + index);
     bars.removeItem(index);
@@ -262,8 +263,8 @@ void CustomizeDialog::DeleteBar() {
 }
 
 void CustomizeDialog::RenameBar() {
-    auto& bars = *FindControl<QComboBox>(*this, kBar);
-    auto& edit = *FindControl<QLineEdit>(*this, kBarName);
+    auto& bars = Control<QComboBox>(kBar);
+    auto& edit = Control<QLineEdit>(kBarName);
     const QString name = edit.text().trimmed();
     if (name.isEmpty() || bars.findText(name, Qt::MatchExactly | Qt::MatchCaseSensitive) >= 0) {
         edit.setText(Bar().name);
@@ -274,8 +275,7 @@ void CustomizeDialog::RenameBar() {
 }
 
 void CustomizeDialog::Add() {
-    const QListWidgetItem* const command =
-        FindControl<QListWidget>(*this, kCommands)->currentItem();
+    const QListWidgetItem* const command = Control<QListWidget>(kCommands).currentItem();
     if (command != nullptr) {
         const int id = command->data(Qt::UserRole).toInt();
         const auto& items = Bar().items;
@@ -290,26 +290,26 @@ void CustomizeDialog::AddSeparator() {
 }
 
 void CustomizeDialog::Insert(int item) {
-    const int row = FindControl<QListWidget>(*this, kButtons)->currentRow() + 1;
+    const int row = Control<QListWidget>(kButtons).currentRow() + 1;
     Bar().items.insert(Bar().items.begin() + row, item);
     ShowBar(row);
 }
 
 void CustomizeDialog::Remove() {
-    const int row = FindControl<QListWidget>(*this, kButtons)->currentRow();
+    const int row = Control<QListWidget>(kButtons).currentRow();
     Bar().items.erase(Bar().items.begin() + row);
     ShowBar(row);
 }
 
 void CustomizeDialog::Move(int step) {
-    const int row = FindControl<QListWidget>(*this, kButtons)->currentRow();
+    const int row = Control<QListWidget>(kButtons).currentRow();
     const auto item = Bar().items.begin() + row;
     std::iter_swap(item, item + step);
     ShowBar(row + step);
 }
 
 void CustomizeDialog::ChooseImage() {
-    const int chosen = FindControl<QComboBox>(*this, kImage)->currentIndex();
+    const int chosen = Control<QComboBox>(kImage).currentIndex();
     if (chosen > 0) {
         m_setup.user_images[SelectedItem()] = chosen - 1;
     } else {

@@ -3,16 +3,14 @@
 // Invariant: it works on a copy; nothing changes before OK.
 #pragma once
 
-#include <QDialog>
 #include <QIcon>
 #include <span>
 #include <vector>
 
 #include "ui/bars/bar_setup.h"
-#include "ui/controls/control_table.h"
+#include "ui/dialogs/table_dialog.h"
 
 class QGridLayout;
-class QPushButton;
 
 namespace wavo {
 
@@ -43,21 +41,22 @@ std::span<const ControlRow> Controls();
 
 }  // namespace customize
 
-class CustomizeDialog : public QDialog {
+class CustomizeDialog : public TableDialog {
  public:
     CustomizeDialog(BarSetup setup, std::vector<QIcon> user_images, QWidget* parent = nullptr);
 
     /// The arrangement as it stands in the dialog.
     [[nodiscard]] const BarSetup& Setup() const { return m_setup; }
 
+    void accept() override;
+
  private:
-    void BuildBarRow(QGridLayout& layout);
-    void BuildLists(QGridLayout& layout);
-    void BuildOptions(QGridLayout& layout);
-    void BuildButtons(QGridLayout& layout);
-    template <typename Widget>
-    Widget* Make(customize::Control id);
-    QPushButton* MakeButton(customize::Control id, void (CustomizeDialog::*handler)());
+    void LayOut();
+    void LayOutBarRow(QGridLayout& layout);
+    void LayOutLists(QGridLayout& layout);
+    void LayOutOptions(QGridLayout& layout);
+    void FillChoices();
+    void ConnectControls();
 
     void ShowAll();
     void ShowBar(int row_of_button);

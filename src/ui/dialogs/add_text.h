@@ -3,12 +3,13 @@
 // Invariant: the text changes with OK alone.
 #pragma once
 
-#include <QDialog>
 #include <string>
+
+#include "ui/dialogs/table_dialog.h"
 
 namespace wavo {
 
-class CAddText : public QDialog {
+class CAddText : public TableDialog {
  public:
     /// Edits `text` (UTF-8), which is not owned and outlives the dialog.
     explicit CAddText(std::string& text, QWidget* parent = nullptr);

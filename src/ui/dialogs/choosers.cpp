@@ -4,30 +4,36 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFontDialog>
+#include <QHeaderView>
+#include <QSize>
 #include <QStringList>
-#include <utility>
+#include <QTreeView>
 
 #include "ui/controls/line_edits.h"
-#include "ui/dialogs/file_dialogs.h"
 
 namespace wavo {
 
 namespace {
 
-struct Choosers {
-    ColorChooser color;
-    FontChooser font;
-    SaveFileChooser save_file;
-    OpenFileChooser open_file;
-};
+/// Of a dialog of the toolkit's own: long names beside whole columns, on the smallest screen too.
+constexpr QSize kDialogSize{840, 450};
 
-Choosers& Replacements() {
-    static Choosers choosers;
-    return choosers;
+/// Gives the columns of a dialog of the toolkit's own the widths that their texts need, and the
+/// dialog a size that leaves room for long names.
+void ShowWholeColumns(QFileDialog& dialog) {
+    const auto* const list = dialog.findChild<QTreeView*>();
+    if (list == nullptr) {
+        return;  // a dialog of the system
+    }
+    QHeaderView& header = *list->header();
+    header.setStretchLastSection(false);
+    header.setSectionResizeMode(QHeaderView::ResizeToContents);
+    header.setSectionResizeMode(0, QHeaderView::Stretch);  // the name
+    dialog.resize(kDialogSize);
 }
 
 /// Shows a file dialog whose mode is set; the chosen path.
-std::optional<QString> RunFileDialog(QFileDialog& dialog, const SaveFileQuestion& question) {
+std::optional<QString> RunFileDialog(QFileDialog& dialog, const FileQuestion& question) {
     KeepOneLineInEdits(dialog);
     dialog.setDefaultSuffix(question.default_suffix);
     dialog.setNameFilters(FileDialogFilters(question.filters).split(QStringLiteral(";;")));
@@ -46,56 +52,28 @@ std::optional<QString> RunFileDialog(QFileDialog& dialog, const SaveFileQuestion
 }  // namespace
 
 std::optional<QColor> ChooseColor(QWidget* parent, const QColor& initial) {
-    if (Replacements().color) {
-        return Replacements().color(parent, initial);
-    }
     const QColor color = QColorDialog::getColor(initial, parent);
     return color.isValid() ? std::optional(color) : std::nullopt;
 }
 
 std::optional<QFont> ChooseFont(QWidget* parent, const QFont& initial) {
-    if (Replacements().font) {
-        return Replacements().font(parent, initial);
-    }
     bool chosen = false;
     const QFont font = QFontDialog::getFont(&chosen, initial, parent);
     return chosen ? std::optional(font) : std::nullopt;
 }
 
-std::optional<QString> ChooseSaveFile(QWidget* parent, const SaveFileQuestion& question) {
-    if (Replacements().save_file) {
-        return Replacements().save_file(parent, question);
-    }
+std::optional<QString> ChooseSaveFile(QWidget* parent, const FileQuestion& question) {
     QFileDialog dialog(parent, question.caption);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     return RunFileDialog(dialog, question);
 }
 
-std::optional<QString> ChooseOpenFile(QWidget* parent, const OpenFileQuestion& question) {
-    if (Replacements().open_file) {
-        return Replacements().open_file(parent, question);
-    }
+std::optional<QString> ChooseOpenFile(QWidget* parent, const FileQuestion& question) {
     QFileDialog dialog(parent, question.caption);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFile);
     return RunFileDialog(dialog, question);
-}
-
-void SetColorChooser(ColorChooser chooser) {
-    Replacements().color = std::move(chooser);
-}
-
-void SetFontChooser(FontChooser chooser) {
-    Replacements().font = std::move(chooser);
-}
-
-void SetSaveFileChooser(SaveFileChooser chooser) {
-    Replacements().save_file = std::move(chooser);
-}
-
-void SetOpenFileChooser(OpenFileChooser chooser) {
-    Replacements().open_file = std::move(chooser);
 }
 
 QString FileDialogFilters(const QString& filters) {

@@ -5,15 +5,25 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QVBoxLayout>
+#include <array>
 
-#include "ui/controls/controls.h"
 #include "ui/controls/elided_label.h"
 
 namespace wavo {
 
 namespace {
+
+constexpr int ProgressNumber(ExportProgressId id) {
+    return static_cast<int>(id);
+}
+
+constexpr std::array<ControlRow, 3> kExportProgressRows{{
+    {ProgressNumber(ExportProgressId::kBar), ControlKind::kProgress, "progress", ""},
+    {ProgressNumber(ExportProgressId::kRows), ControlKind::kStatic, "", ""},
+    {ProgressNumber(ExportProgressId::kCancel), ControlKind::kCancel, "Cancel",
+     "Stop writing; the rows that are written stay in the file"},
+}};
 
 /// Steps of the bar.
 constexpr std::uint64_t kSteps = 1000;
@@ -23,44 +33,42 @@ constexpr int kCharacters = 56;
 }  // namespace
 
 ExportProgress::ExportProgress(const std::string& path, QWidget* parent)
-    : QDialog(parent), m_rows(new QLabel(this)), m_bar(new QProgressBar(this)) {
-    setWindowTitle(QStringLiteral("Save Values"));
+    : TableDialog(QStringLiteral("Save Values"), kExportProgressRows, parent) {
     setWindowModality(Qt::WindowModal);
     auto* const file = new ElidedLabel(this);
     file->setTextFormat(Qt::PlainText);
     file->setText(QString::fromStdString(path));
     file->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    SetControlId(*m_rows, static_cast<int>(ExportProgressId::kRows));
-    SetControlId(*m_bar, static_cast<int>(ExportProgressId::kBar));
-    m_bar->setRange(0, static_cast<int>(kSteps));
-    m_bar->setMinimumWidth(fontMetrics().averageCharWidth() * kCharacters);
-    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
-    QPushButton* const cancel = buttons->button(QDialogButtonBox::Cancel);
-    cancel->setText(QStringLiteral("Cancel"));
-    SetControlId(*cancel, static_cast<int>(ExportProgressId::kCancel));
-    cancel->setToolTip(QStringLiteral("Stop writing; the rows that are written stay in the file"));
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    file->setAccessibleDescription(QStringLiteral("The file that is written"));
+    auto& rows = Control<QLabel>(ProgressNumber(ExportProgressId::kRows));
+    rows.setAccessibleDescription(QStringLiteral("How many rows are in the file"));
+    auto& bar = Control<QProgressBar>(ProgressNumber(ExportProgressId::kBar));
+    bar.setAccessibleDescription(QStringLiteral("How much of the file is written"));
+    bar.setRange(0, static_cast<int>(kSteps));
+    bar.setMinimumWidth(fontMetrics().averageCharWidth() * kCharacters);
 
     auto* const column = new QVBoxLayout(this);
     column->addWidget(file);
-    column->addWidget(m_bar);
+    column->addWidget(&bar);
     auto* const bottom = new QHBoxLayout;
-    bottom->addWidget(m_rows, 1);
-    bottom->addWidget(buttons);
+    bottom->addWidget(&rows, 1);
+    bottom->addWidget(Buttons());
     column->addLayout(bottom);
 }
 
 void ExportProgress::SetRows(std::uint64_t written, std::uint64_t total) {
-    m_bar->setValue(total == 0 ? 0
-                               : static_cast<int>(static_cast<double>(written) /
-                                                  static_cast<double>(total) * kSteps));
-    m_rows->setText(QStringLiteral("%1 of %2 rows").arg(written).arg(total));
+    const double part =
+        total == 0 ? 0.0 : static_cast<double>(written) / static_cast<double>(total);
+    Control<QProgressBar>(ProgressNumber(ExportProgressId::kBar))
+        .setValue(static_cast<int>(part * static_cast<double>(kSteps)));
+    Control<QLabel>(ProgressNumber(ExportProgressId::kRows))
+        .setText(QStringLiteral("%1 of %2 rows").arg(written).arg(total));
 }
 
 void ExportProgress::reject() {
     // It stays until the work has ended.
     m_was_cancelled = true;
-    FindControl(*this, static_cast<int>(ExportProgressId::kCancel))->setEnabled(false);
+    Control(ProgressNumber(ExportProgressId::kCancel)).setEnabled(false);
 }
 
 }  // namespace wavo

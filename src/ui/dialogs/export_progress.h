@@ -3,12 +3,10 @@
 // It blocks the window below it while it shows. Who works moves it on and lets events be handled.
 #pragma once
 
-#include <QDialog>
 #include <cstdint>
 #include <string>
 
-class QLabel;
-class QProgressBar;
+#include "ui/dialogs/table_dialog.h"
 
 namespace wavo {
 
@@ -18,7 +16,7 @@ enum class ExportProgressId {
     kRows = 1002,  ///< the text "5 of 1000 rows"
 };
 
-class ExportProgress : public QDialog {
+class ExportProgress : public TableDialog {
  public:
     /// `path` is the file that is written, UTF-8.
     ExportProgress(const std::string& path, QWidget* parent);
@@ -32,8 +30,6 @@ class ExportProgress : public QDialog {
     void reject() override;
 
  private:
-    QLabel* m_rows;
-    QProgressBar* m_bar;
     bool m_was_cancelled = false;
 };
 

@@ -3,16 +3,10 @@
 #include <QApplication>
 #include <QGridLayout>
 #include <QMessageBox>
-#include <utility>
 
 namespace wavo {
 
 namespace {
-
-BoxHandler& CurrentBoxHandler() {
-    static BoxHandler handler;
-    return handler;
-}
 
 QMessageBox::StandardButtons ButtonsOf(BoxButtons buttons) {
     switch (buttons) {
@@ -68,9 +62,6 @@ BoxAnswer AnswerOf(int button, BoxButtons buttons) {
 }  // namespace
 
 BoxAnswer ShowBox(QWidget* parent, const Box& box) {
-    if (CurrentBoxHandler()) {
-        return CurrentBoxHandler()(box);
-    }
     QMessageBox window(parent);
     window.setWindowTitle(QString::fromStdString(box.caption));
     window.setTextFormat(Qt::PlainText);
@@ -79,14 +70,6 @@ BoxAnswer ShowBox(QWidget* parent, const Box& box) {
     window.setStandardButtons(ButtonsOf(box.buttons));
     MakeRoomForCaption(window);
     return AnswerOf(window.exec(), box.buttons);
-}
-
-void ShowErrorBox(QWidget* parent, const std::string& text) {
-    ShowBox(parent, {text, "ERROR", BoxIcon::kExclamation, BoxButtons::kOk});
-}
-
-void SetBoxHandler(BoxHandler handler) {
-    CurrentBoxHandler() = std::move(handler);
 }
 
 }  // namespace wavo

@@ -6,12 +6,12 @@
 //    the user types is taken as it is, without a question.
 #pragma once
 
-#include <QDialog>
-#include <array>
+#include <span>
 #include <string>
 #include <vector>
 
-class QLineEdit;
+#include "ui/dialogs/table_dialog.h"
+#include "ui/prompts.h"
 
 namespace wavo {
 
@@ -23,28 +23,15 @@ enum class PathSaveDataId {
     kAxes = 1065,
 };
 
-struct PathSaveDataControl {
-    PathSaveDataId id;
-    const char* text;     ///< of a button; of an edit and a static: of the label in front of it
-    const char* tooltip;  ///< empty: what does not fit
-};
+/// All controls, each once, in reading order.
+std::span<const ControlRow> PathSaveDataControls();
 
-/// The controls in tab order.
-inline constexpr std::array<PathSaveDataControl, 5> kPathSaveDataControls{{
-    {PathSaveDataId::kAxes, "axis:", ""},
-    {PathSaveDataId::kPath, "path for data file is:",
-     "File that the values are written to, one column per axis and one line per cycle of the "
-     "master"},
-    {PathSaveDataId::kBrowse, "...", "Choose the file"},
-    {PathSaveDataId::kOk, "OK", "Write the values of these axes to the file"},
-    {PathSaveDataId::kCancel, "Cancel", "Write nothing"},
-}};
-
-class PathSaveData : public QDialog {
+class PathSaveData : public TableDialog {
  public:
-    /// `path` is the data file to begin with (UTF-8), `axis_names` are shown.
+    /// `path` is the data file to begin with (UTF-8), `axis_names` are shown. `prompts` is not
+    /// owned and outlives the dialog.
     PathSaveData(const std::string& path, const std::vector<std::string>& axis_names,
-                 QWidget* parent);
+                 const Prompts& prompts, QWidget* parent);
 
     /// The path that OK took; that of the beginning before.
     [[nodiscard]] const std::string& Path() const { return m_path; }
@@ -56,8 +43,8 @@ class PathSaveData : public QDialog {
     /// The button "...".
     void ChoosePath();
 
+    const Prompts& m_prompts;
     std::string m_path;
-    QLineEdit* m_path_edit;  // owned by the dialog, as all widgets
 };
 
 }  // namespace wavo

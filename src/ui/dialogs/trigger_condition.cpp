@@ -3,16 +3,13 @@
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
 #include <array>
 
 #include "support/number_text.h"
-#include "ui/controls/controls.h"
-#include "ui/controls/elided_label.h"
-#include "ui/controls/line_edits.h"
 #include "ui/dialogs/trigger_condition_controls.h"
 
 namespace wavo {
@@ -22,27 +19,29 @@ namespace trigger_condition {
 namespace {
 
 constexpr std::array<ControlRow, 9> kControls{{
-    {kAxisName, "ax.name:", "The axis whose values the trigger tests"},
-    {kNone, "none", "The axis has no trigger"},
-    {kStartAbove, "value > trigger limit, start",
+    {kAxisName, ControlKind::kElidedStatic, "ax.name:", "The axis whose values the trigger tests"},
+    {kNone, ControlKind::kRadio, "none", "The axis has no trigger"},
+    {kStartAbove, ControlKind::kRadio, "value > trigger limit, start",
      "The recording starts with the first value above the trigger value"},
-    {kStartBelow, "value < trigger limit, start",
+    {kStartBelow, ControlKind::kRadio, "value < trigger limit, start",
      "The recording starts with the first value below the trigger value"},
-    {kStopAbove, "value > trigger limit, stop",
+    {kStopAbove, ControlKind::kRadio, "value > trigger limit, stop",
      "The recording stops with the first value above the trigger value"},
-    {kStopBelow, "value < trigger limit, stop",
+    {kStopBelow, ControlKind::kRadio, "value < trigger limit, stop",
      "The recording stops with the first value below the trigger value"},
-    {kValue, "trigger value:",
+    {kValue, ControlKind::kEdit, "trigger value:",
      "Trigger limit, in the unit of the axis (per s for a velocity, per s² for an acceleration); "
      "left empty, it stays as it was"},
-    {kOk, "OK", "Take this trigger"},
-    {kCancel, "Cancel", "Leave the trigger as it was"},
+    {kOk, ControlKind::kOk, "OK", "Take this trigger"},
+    {kCancel, ControlKind::kCancel, "Cancel", "Leave the trigger as it was"},
 }};
 
 struct TypeRadio {
     TriggerTypeCode type;
     Control id;
 };
+
+constexpr int kValueWidth = 30;  // characters
 
 /// The triggers by their radio buttons, in the order in which the buttons are asked.
 constexpr std::array<TypeRadio, 4> kTriggers{{
@@ -63,76 +62,56 @@ std::span<const ControlRow> Controls() {
 namespace tc = trigger_condition;
 
 CTriggerCondition::CTriggerCondition(TriggerEntry& entry, QWidget* parent)
-    : QDialog(parent), m_entry(entry) {
-    setWindowTitle(QStringLiteral("Trigger condition"));
-    CreateControls();
-    KeepOneLineInEdits(*this);
+    : TableDialog(QStringLiteral("Trigger condition"), tc::Controls(), parent), m_entry(entry) {
+    LayOut();
     ShowEntry();
 }
 
-void CTriggerCondition::CreateControls() {
-    const auto row = [](int id) -> const ControlRow& { return FindRow(tc::Controls(), id); };
-
-    auto* const name = new ElidedLabel;
-    InitControl(*name, row(tc::kAxisName));
-    name->setTextFormat(Qt::PlainText);
-    name->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    QLabel* const name_label = MakeLabel(row(tc::kAxisName), *name);
+void CTriggerCondition::LayOut() {
+    QLabel* const name_label = LabelOf(tc::kAxisName);
     auto* const name_line = new QFormLayout;
-    name_line->addRow(name_label, name);
+    name_line->addRow(name_label, &Control(tc::kAxisName));
 
-    auto* const mode = new QGroupBox(QStringLiteral("trigger mode"));
+    auto* const mode = new QGroupBox(QStringLiteral("trigger mode"), this);
+    mode->setAccessibleDescription(QStringLiteral("Whether the trigger starts or stops, and when"));
     auto* const modes = new QVBoxLayout(mode);
     for (const int id :
          {tc::kNone, tc::kStartAbove, tc::kStartBelow, tc::kStopAbove, tc::kStopBelow}) {
-        auto* const radio = new QRadioButton;
-        InitControl(*radio, row(id));
-        modes->addWidget(radio);
+        modes->addWidget(&Control(id));
     }
 
-    auto* const value = new QLineEdit;
-    InitControl(*value, row(tc::kValue));
-    value->setMinimumWidth(value->fontMetrics().averageCharWidth() * 30);
-    QLabel* const value_label = MakeLabel(row(tc::kValue), *value);
+    QLabel* const value_label = LabelOf(tc::kValue);
     name_label->setMinimumWidth(value_label->sizeHint().width());
     auto* const value_line = new QFormLayout;
-    value_line->addRow(value_label, value);
-
-    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    InitControl(*buttons->button(QDialogButtonBox::Ok), row(tc::kOk));
-    InitControl(*buttons->button(QDialogButtonBox::Cancel), row(tc::kCancel));
-    connect(buttons, &QDialogButtonBox::accepted, this, [this] { accept(); });
-    connect(buttons, &QDialogButtonBox::rejected, this, [this] { reject(); });
+    value_line->addRow(value_label, &WideEdit(tc::kValue, tc::kValueWidth));
 
     auto* const layout = new QVBoxLayout(this);
     layout->addLayout(name_line);
     layout->addWidget(mode);
     layout->addLayout(value_line);
     layout->addStretch();
-    layout->addWidget(buttons);
+    layout->addWidget(Buttons());
 }
 
 void CTriggerCondition::ShowEntry() {
-    FindControl<QLabel>(*this, tc::kAxisName)->setText(QString::fromStdString(m_entry.AxName));
+    Control<QLabel>(tc::kAxisName).setText(QString::fromStdString(m_entry.AxName));
     for (const auto& [type, id] : tc::kTriggers) {
         if (m_entry.TriggerType == type) {
-            auto* const radio = FindControl<QRadioButton>(*this, id);
-            radio->setChecked(true);
-            radio->setFocus();
-            FindControl<QLineEdit>(*this, tc::kValue)
-                ->setText(QString::fromStdString(FormatSixDecimals(m_entry.TriggerValue)));
+            auto& radio = Control<QRadioButton>(id);
+            radio.setChecked(true);
+            radio.setFocus();
+            SetEditText(tc::kValue,
+                        QString::fromStdString(FormatSixDecimals(m_entry.TriggerValue)));
             return;
         }
     }
-    auto* const none = FindControl<QRadioButton>(*this, tc::kNone);
-    none->setChecked(true);
-    none->setFocus();
+    auto& none = Control<QRadioButton>(tc::kNone);
+    none.setChecked(true);
+    none.setFocus();
 }
 
 void CTriggerCondition::accept() {
-    const auto checked = [this](int id) {
-        return FindControl<QRadioButton>(*this, id)->isChecked();
-    };
+    const auto checked = [this](int id) { return Control<QRadioButton>(id).isChecked(); };
     if (checked(tc::kNone)) {
         m_entry.TriggerType = TriggerTypeCode::kNone;
         QDialog::accept();
@@ -141,7 +120,7 @@ void CTriggerCondition::accept() {
     for (const auto& [type, id] : tc::kTriggers) {
         if (checked(id)) {
             m_entry.TriggerType = type;
-            const QString text = EditText(*this, tc::kValue);
+            const QString text = EditText(tc::kValue);
             if (!text.isEmpty()) {
                 m_entry.TriggerValue = ReadDouble(text.toStdString());
             }

@@ -6,13 +6,12 @@
 //    beside those of its other axes is the caller's question.
 #pragma once
 
-#include <QDialog>
-
 #include "graph/model/wavo_graph.h"
+#include "ui/dialogs/table_dialog.h"
 
 namespace wavo {
 
-class CTriggerCondition : public QDialog {
+class CTriggerCondition : public TableDialog {
  public:
     /// Shows `entry`, which is not owned and outlives the dialog.
     explicit CTriggerCondition(TriggerEntry& entry, QWidget* parent = nullptr);
@@ -20,7 +19,7 @@ class CTriggerCondition : public QDialog {
     void accept() override;
 
  private:
-    void CreateControls();
+    void LayOut();
     void ShowEntry();
 
     TriggerEntry& m_entry;

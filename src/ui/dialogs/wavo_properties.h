@@ -6,28 +6,26 @@
 // 2. Nothing is refused: what cannot be read becomes its default.
 #pragma once
 
-#include <QDialog>
-
 #include "settings/view_settings.h"
+#include "ui/dialogs/table_dialog.h"
+#include "ui/prompts.h"
 
 class QFormLayout;
-class QGroupBox;
-class QLayout;
+class QLabel;
 
 namespace wavo {
 
-class CWavoProperties : public QDialog {
+class CWavoProperties : public TableDialog {
  public:
-    /// Edits `settings`, which are not owned and outlive the dialog.
-    explicit CWavoProperties(ViewSettings& settings, QWidget* parent = nullptr);
+    /// Edits `settings`; these and `prompts` are not owned and outlive the dialog.
+    CWavoProperties(ViewSettings& settings, const Prompts& prompts, QWidget* parent = nullptr);
 
     void accept() override;
 
  private:
-    void CreateControls();
-    QFormLayout* CreateDisplayPart();
-    QGroupBox* CreateExportPart();
-    QLayout* CreateButtons();
+    void LayOut();
+    void FillDisplayPart(QFormLayout& form);
+    void FillExportPart(QFormLayout& form);
 
     void ShowSettings();
     void ShowFont();
@@ -35,10 +33,11 @@ class CWavoProperties : public QDialog {
     void SelectFont();
     void SelectDataFile();
     void SetDefaultValues();
-    void SetText(int id, const QString& text);
 
+    const Prompts& m_prompts;
     ViewSettings& m_settings;  ///< the caller's
     ViewSettings m_edited;     ///< background and font as chosen; the rest stands in the controls
+    QLabel* m_font_name = nullptr;  // child
 };
 
 }  // namespace wavo

@@ -7,6 +7,8 @@
 
 #include <span>
 
+#include "ui/controls/control_table.h"
+
 namespace wavo {
 
 enum class EditorControl : int {
@@ -47,17 +49,6 @@ enum class EditorControl : int {
     kZoomEnable = 1072,
     kZoomOut = 1074,
     kFadeOutTime = 1077,
-};
-
-enum class ControlKind {
-    kRadio,
-    kCheck,
-    kButton,
-    kCombo,
-    kEdit,
-    kReadOnlyEdit,
-    kStatic,
-    kColorField
 };
 
 struct EditorRow {

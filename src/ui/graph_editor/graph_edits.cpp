@@ -12,6 +12,8 @@ namespace wavo {
 namespace {
 
 constexpr double kDefaultFadeOutTime = 1.0;
+/// Fade-out times that differ by less are the same, seconds.
+constexpr double kFadeOutTolerance = 0.001;
 constexpr double kUnknownLimit = 1000.0;
 constexpr double kUnknownXBound = 10.0;
 
@@ -65,6 +67,10 @@ bool Starts(TriggerTypeCode type) {
 
 bool Stops(TriggerTypeCode type) {
     return type == TriggerTypeCode::kStopAbove || type == TriggerTypeCode::kStopBelow;
+}
+
+double HeldBound(double value) {
+    return std::clamp(value, -kLargestBound, kLargestBound);
 }
 
 /// A scale of axis values that was never told how it is scaled.
@@ -184,10 +190,93 @@ void KeepCirclesRound(WavoGraph& graph, std::size_t y_scale, const PlotSize& plo
         graph.XScale.Minimum + plot.width * span / static_cast<double>(plot.height);
 }
 
+void SetXScale(WavoGraph& graph, const XScaleChoice& choice) {
+    ScaleDefinition& scale = graph.XScale;
+    if (choice.is_time) {
+        scale.ScaleType = ScaleTypeCode::kTime;
+        scale.TimeRange = choice.time_range.value_or(scale.TimeRange);
+        if (!(scale.TimeRange > kMinTimeRange)) {
+            scale.TimeRange = kDefaultTimeRange;
+        }
+        return;
+    }
+    scale.ScaleType = ScaleTypeCode::kAxis;
+    scale.ScaleAx = ScaleAxCode::kAutomatic;
+    if (choice.is_manual && choice.maximum >= choice.minimum) {
+        scale.ScaleAx = ScaleAxCode::kManual;
+        scale.Minimum = choice.minimum;
+        scale.Maximum = choice.maximum;
+    }
+}
+
+BoundChange SetXBound(WavoGraph& graph, bool is_minimum, double value, const PlotSize& plot) {
+    ScaleDefinition& scale = graph.XScale;
+    BoundChange change;
+    change.is_taken = IsManual(scale);
+    if (change.is_taken) {
+        (is_minimum ? scale.Minimum : scale.Maximum) = HeldBound(value);
+        // Round circles find a maximum for every minimum.
+        change.goes_up = scale.Maximum > scale.Minimum || (is_minimum && graph.AutoCircle);
+        if (change.goes_up) {
+            KeepCirclesRound(graph, 0, plot);
+        }
+    }
+    return change;
+}
+
+BoundChange SetYBound(WavoGraph& graph, std::size_t axis, bool is_minimum, double value,
+                      const PlotSize& plot) {
+    BoundChange change;
+    change.is_taken = axis < graph.YScales.size() && IsManual(graph.YScales[axis]);
+    if (change.is_taken) {
+        ScaleDefinition& scale = graph.YScales[axis];
+        (is_minimum ? scale.Minimum : scale.Maximum) = HeldBound(value);
+        change.goes_up = scale.Maximum > scale.Minimum;
+        change.moved_x = change.goes_up && graph.XCoorType == CoorType::kAxis && graph.AutoCircle;
+        if (change.moved_x) {
+            KeepCirclesRound(graph, axis, plot);
+        }
+    }
+    return change;
+}
+
+void SetAutoCircle(WavoGraph& graph, bool is_on, std::optional<std::size_t> axis) {
+    graph.AutoCircle = is_on;
+    if (!is_on) {
+        return;
+    }
+    graph.XScale.ScaleAx = ScaleAxCode::kManual;
+    if (axis.has_value() && *axis < graph.YScales.size()) {
+        graph.YScales[*axis].ScaleAx = ScaleAxCode::kManual;
+    }
+}
+
+bool SetCircle(WavoGraph& graph, bool is_inner, std::optional<double> radius) {
+    if (graph.XScale.ScaleType != ScaleTypeCode::kAxis || graph.YScales.size() != 1) {
+        return false;
+    }
+    (is_inner ? graph.InnerGuidingCircleDX : graph.OuterGuidingCircleDX) =
+        radius.value_or(kNoRadius);
+    if (!radius.has_value()) {
+        (is_inner ? graph.InnerGuidingCircleDY : graph.OuterGuidingCircleDY) = kNoRadius;
+    }
+    return true;
+}
+
+bool SetFadeOutTime(WavoGraph& graph, double time) {
+    if (!(time > 0.0) || !(std::fabs(time - graph.FadeOutTime) > kFadeOutTolerance)) {
+        return false;
+    }
+    graph.FadeOutTime = time;
+    return true;
+}
+
+bool IsManual(const ScaleDefinition& scale) {
+    return scale.ScaleType == ScaleTypeCode::kAxis && scale.ScaleAx == ScaleAxCode::kManual;
+}
+
 bool HasBounds(const ScaleDefinition& scale) {
-    const bool is_manual =
-        scale.ScaleType == ScaleTypeCode::kAxis && scale.ScaleAx == ScaleAxCode::kManual;
-    return is_manual || scale.Maximum > scale.Minimum;
+    return IsManual(scale) || scale.Maximum > scale.Minimum;
 }
 
 std::optional<double> RadiusOf(double dx) {

@@ -67,6 +67,46 @@ void RemoveYAxis(WavoGraph& graph, std::size_t axis);
 /// Nothing with another graph, before the graph was laid out, or for a y range that does not go up.
 void KeepCirclesRound(WavoGraph& graph, std::size_t y_scale, const PlotSize& plot);
 
+/// What the user says of the x scale.
+struct XScaleChoice {
+    bool is_time = true;
+    std::optional<double> time_range;  ///< seconds; nothing: as it is
+    bool is_manual = false;            ///< of a scale of axis values
+    double minimum = 0.0;
+    double maximum = 0.0;
+};
+
+/// Takes an x scale. A time range below the shortest becomes kDefaultTimeRange; a manual range that
+/// goes down becomes an automatic one.
+void SetXScale(WavoGraph& graph, const XScaleChoice& choice);
+
+/// What became of a bound that was typed.
+struct BoundChange {
+    bool is_taken = false;  ///< else the scale is not manual
+    bool goes_up = false;   ///< the scale is a range to draw with
+    bool moved_x = false;   ///< of a y bound: the x maximum followed, so that circles stay round
+};
+
+/// Takes the minimum, else the maximum, of a manual x scale, held within kLargestBound.
+BoundChange SetXBound(WavoGraph& graph, bool is_minimum, double value, const PlotSize& plot);
+/// The same of the y scale of an axis.
+BoundChange SetYBound(WavoGraph& graph, std::size_t axis, bool is_minimum, double value,
+                      const PlotSize& plot);
+
+/// Whether circles are to be round from now on; the x scale, and the y scale of the axis, where it
+/// has one, are then manual.
+void SetAutoCircle(WavoGraph& graph, bool is_on, std::optional<std::size_t> axis);
+
+/// Takes the radius of the inner, else the outer guiding circle; nothing: none. False where the
+/// graph has no circles.
+bool SetCircle(WavoGraph& graph, bool is_inner, std::optional<double> radius);
+
+/// Takes a time that is above zero and another than before. False for all others.
+bool SetFadeOutTime(WavoGraph& graph, double time);
+
+/// Whether a scale is manual. One that is not waits with what was typed for a range.
+bool IsManual(const ScaleDefinition& scale);
+
 /// Whether a scale is manual, or was given a range before. One that never was leaves its edits free
 /// for one.
 bool HasBounds(const ScaleDefinition& scale);

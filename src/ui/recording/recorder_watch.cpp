@@ -1,6 +1,7 @@
 #include "ui/recording/recorder_watch.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <optional>
 #include <utility>
@@ -25,6 +26,9 @@ bool RecorderWatch::Open() {
             Add(window);
         }
     }
+    std::ranges::stable_sort(m_entries, std::greater<>(),
+                             [](const Entry& entry) { return entry.seen.notice.seconds; });
+    m_changed();
     return true;
 }
 

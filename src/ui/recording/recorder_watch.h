@@ -29,7 +29,7 @@ class RecorderWatch final : private MasterMessages {
     /// Makes the window and looks for recorders. False when there can be none.
     bool Open();
 
-    /// Those that run, in the order in which they were found.
+    /// Those that run, the longest first.
     [[nodiscard]] std::vector<SeenRecorder> Running() const;
 
     /// Tells a recorder to finish its files and to end.

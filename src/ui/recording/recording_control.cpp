@@ -8,14 +8,13 @@
 #include <QTemporaryDir>
 #include <QWidget>
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "platform/process.h"
 #include "support/diagnostics.h"
-#include "ui/dialogs/file_dialogs.h"
-#include "ui/dialogs/message_boxes.h"
+#include "ui/prompts.h"
 #include "ui/recording/recording_pane.h"
-#include "ui/recording/stop_recording_dialog.h"
 
 namespace wavo {
 
@@ -36,27 +35,13 @@ bool IsFileOf(const std::string& asked, const std::string& file) {
 
 }  // namespace
 
-RecordingPrompts MakeRecordingPrompts(QWidget& frame) {
-    RecordingPrompts prompts;
-    prompts.file = [&frame](const std::string& initial_path) {
-        return AskForFile(
-            &frame, {kExtension, initial_path, {{"Recordings", "*.mcap"}, {"All Files", "*.*"}}});
-    };
-    prompts.error = [&frame](const std::string& text) { ShowErrorBox(&frame, text); };
-    prompts.which = [&frame](const std::vector<SeenRecorder>& running) {
-        StopRecordingDialog dialog(running, &frame);
-        return dialog.exec() == QDialog::Accepted ? dialog.Chosen()
-                                                  : std::vector<platform::WindowHandle>();
-    };
-    return prompts;
-}
-
-RecordingControl::RecordingControl(RecordingPane& pane, QSettings* settings,
-                                   WriteGraphs write_graphs, RecordingPrompts prompts)
-    : m_pane(pane),
+RecordingControl::RecordingControl(QWidget& frame, const Prompts& prompts, RecordingPane& pane,
+                                   QSettings* settings, WriteGraphs write_graphs)
+    : m_frame(frame),
+      m_prompts(prompts),
+      m_pane(pane),
       m_settings(settings),
       m_write_graphs(std::move(write_graphs)),
-      m_prompts(std::move(prompts)),
       m_watch([this] { OnChanged(); }, [this](const SeenRecorder& ended) { OnEnded(ended); }) {}
 
 RecordingControl::~RecordingControl() = default;
@@ -80,7 +65,7 @@ void RecordingControl::Execute(CommandId id) {
     }
 }
 
-std::string RecordingControl::InitialPath() const {
+QString RecordingControl::InitialPath() const {
     QString folder;
     if (m_settings != nullptr) {
         folder = m_settings->value(QLatin1String(kFolderSetting)).toString();
@@ -91,8 +76,7 @@ std::string RecordingControl::InitialPath() const {
     if (!QFileInfo(folder).isDir()) {
         folder = QDir::homePath();
     }
-    return QDir::toNativeSeparators(QDir(folder).filePath(QStringLiteral("recording.mcap")))
-        .toStdString();
+    return QDir::toNativeSeparators(QDir(folder).filePath(QStringLiteral("recording.mcap")));
 }
 
 std::string RecordingControl::GraphsToAttach() {
@@ -110,30 +94,32 @@ std::string RecordingControl::GraphsToAttach() {
 void RecordingControl::Record() {
     const QString program = FindRecorder();
     if (program.isEmpty()) {
-        m_prompts.error(
-            "wavo_record, which records, is neither beside this program nor on the path");
+        m_prompts.ShowError(
+            &m_frame, "wavo_record, which records, is neither beside this program nor on the path");
         return;
     }
-    const std::optional<std::string> path = m_prompts.file(InitialPath());
-    if (!path) {
+    const std::optional<QString> chosen =
+        m_prompts.save_file(&m_frame, {QString(), InitialPath(), QLatin1String(kExtension),
+                                       QStringLiteral("Recordings|*.mcap|All Files|*.*|")});
+    if (!chosen) {
         return;
     }
+    const std::string path = chosen->toStdString();
     if (m_settings != nullptr) {
-        m_settings->setValue(QLatin1String(kFolderSetting),
-                             QFileInfo(QString::fromStdString(*path)).absolutePath());
+        m_settings->setValue(QLatin1String(kFolderSetting), QFileInfo(*chosen).absolutePath());
     }
     std::vector<std::string> arguments{
-        "--out", *path, "--wait", "forever", "--quiet", "--tell", std::to_string(m_watch.Window())};
+        "--out", path, "--wait", "forever", "--quiet", "--tell", std::to_string(m_watch.Window())};
     if (const std::string graphs = GraphsToAttach(); !graphs.empty()) {
         arguments.insert(arguments.end(), {"--attach", graphs});
     }
     std::string error;
     if (!platform::StartDetached(QDir::toNativeSeparators(program).toStdString(), arguments,
                                  &error)) {
-        m_prompts.error("wavo_record could not be started: " + error);
+        m_prompts.ShowError(&m_frame, "wavo_record could not be started: " + error);
         return;
     }
-    m_started.push_back(*path);
+    m_started.push_back(path);
 }
 
 void RecordingControl::Stop() {
@@ -142,8 +128,17 @@ void RecordingControl::Stop() {
         m_watch.Finish(running.front().window);
         return;
     }
-    for (const platform::WindowHandle window : m_prompts.which(running)) {
-        m_watch.Finish(window);
+    SeveralQuestion question{QStringLiteral("Stop Recording"),
+                             QStringLiteral("Which recordings are to end?"),
+                             QStringLiteral("&Stop"),
+                             {}};
+    for (const SeenRecorder& one : running) {
+        question.rows << QString::fromStdString(one.notice.file + "   " +
+                                                recorder::TimeText(one.notice.seconds) + "  " +
+                                                recorder::SizeText(one.notice.bytes));
+    }
+    for (const int row : m_prompts.choose_several(&m_frame, question)) {
+        m_watch.Finish(running[static_cast<std::size_t>(row)].window);
     }
 }
 
@@ -166,8 +161,8 @@ void RecordingControl::OnEnded(const SeenRecorder& ended) {
     }
     m_started.erase(own);
     if (ended.notice.state == recorder::RecorderState::kFailed) {
-        m_prompts.error("Recording to " + ended.notice.file +
-                        " has failed: " + ended.notice.reason);
+        m_prompts.ShowError(
+            &m_frame, "Recording to " + ended.notice.file + " has failed: " + ended.notice.reason);
     }
 }
 

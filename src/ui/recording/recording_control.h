@@ -7,7 +7,6 @@
 #include <QString>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,18 +20,7 @@ class QWidget;
 namespace wavo {
 
 class RecordingPane;
-
-/// What is asked of the user, and told. All stand over the frame and wait.
-struct RecordingPrompts {
-    /// A file to record to; nothing when the user cancels.
-    std::function<std::optional<std::string>(const std::string& initial_path)> file;
-    std::function<void(const std::string& text)> error;
-    /// Which of several recorders are to end.
-    std::function<std::vector<platform::WindowHandle>(const std::vector<SeenRecorder>&)> which;
-};
-
-/// The prompts that show dialogs over `frame`.
-RecordingPrompts MakeRecordingPrompts(QWidget& frame);
+struct Prompts;
 
 class RecordingControl final : public QObject, public CommandTarget {
     Q_OBJECT
@@ -41,10 +29,10 @@ class RecordingControl final : public QObject, public CommandTarget {
     /// Writes the graphs that are shown to a file; false when that failed.
     using WriteGraphs = std::function<bool(const std::string& path)>;
 
-    /// `pane` and `settings` are not owned and outlive this object; without settings no folder is
-    /// remembered.
-    RecordingControl(RecordingPane& pane, QSettings* settings, WriteGraphs write_graphs,
-                     RecordingPrompts prompts);
+    /// What is asked stands over `frame`. No reference is owned; all outlive this object. Without
+    /// settings no folder is remembered.
+    RecordingControl(QWidget& frame, const Prompts& prompts, RecordingPane& pane,
+                     QSettings* settings, WriteGraphs write_graphs);
     ~RecordingControl() override;
 
     /// Looks for recorders that run, and is told of others from now on.
@@ -68,14 +56,15 @@ class RecordingControl final : public QObject, public CommandTarget {
     void Stop();
     /// A copy of the graphs for the recorder to attach; empty when there can be none.
     std::string GraphsToAttach();
-    [[nodiscard]] std::string InitialPath() const;
+    [[nodiscard]] QString InitialPath() const;
     void OnChanged();
     void OnEnded(const SeenRecorder& ended);
 
+    QWidget& m_frame;
+    const Prompts& m_prompts;
     RecordingPane& m_pane;
     QSettings* const m_settings;
     const WriteGraphs m_write_graphs;
-    const RecordingPrompts m_prompts;
     RecorderWatch m_watch;
     std::vector<std::string> m_started;  // what this viewer asked to be recorded to, not ended yet
     std::unique_ptr<QTemporaryDir> m_attached;

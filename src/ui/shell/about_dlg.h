@@ -1,11 +1,10 @@
 // The about box.
 #pragma once
 
-#include <QDialog>
 #include <span>
 #include <string>
 
-#include "ui/controls/control_table.h"
+#include "ui/dialogs/table_dialog.h"
 
 namespace wavo {
 
@@ -22,7 +21,7 @@ std::span<const ControlRow> Controls();
 
 }  // namespace about
 
-class CAboutDlg : public QDialog {
+class CAboutDlg : public TableDialog {
  public:
     /// Shows `text` (UTF-8, plain, several lines).
     explicit CAboutDlg(const std::string& text, QWidget* parent = nullptr);

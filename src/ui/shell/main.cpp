@@ -2,6 +2,7 @@
 
 #include "platform/process.h"
 #include "support/diagnostics.h"
+#include "ui/dialogs/dialog_prompts.h"
 #include "ui/shell/command_line.h"
 #include "ui/shell/toolkit_start.h"
 #include "ui/shell/wavo_app.h"
@@ -19,13 +20,14 @@ int main(int argc, char** argv) {
     if (line.last_words && wavo::CWavoApp::Print(*line.last_words)) {
         return line.last_words->exit_code;
     }
+    const wavo::Prompts prompts = wavo::DialogPrompts();
     std::optional<wavo::CWavoApp> app;
     {
         const wavo::ToolkitStart start(arguments);
-        app.emplace(argc, argv);
+        app.emplace(argc, argv, prompts);
     }
     if (line.last_words) {
-        wavo::CWavoApp::ShowInBox(*line.last_words);
+        wavo::CWavoApp::ShowInBox(*line.last_words, prompts);
         return line.last_words->exit_code;
     }
     app->InitInstance(line.options);

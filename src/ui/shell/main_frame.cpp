@@ -47,9 +47,9 @@ CommandId StoredLook(QSettings* settings) {
 
 }  // namespace
 
-CMainFrame::CMainFrame(QSettings* settings)
+CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings)
     : m_settings(settings),
-      m_view(new CWavoView(this)),
+      m_view(new CWavoView(prompts, this)),
       m_bars(LoadBarSetup(settings)),
       m_user_images(LoadUserImages(QStringLiteral("./UserImages.bmp"))),
       m_actions(*this, [this](CommandId id) { OnCommand(id); }),
@@ -65,7 +65,7 @@ CMainFrame::CMainFrame(QSettings* settings)
     }
     ApplyLook(FindLook(static_cast<int>(m_look)));
     CreateStatusBar();
-    CreateRecording();
+    CreateRecording(prompts);
     CreateCustomizeButton();
     RebuildToolBars();
     ConnectView();
@@ -128,14 +128,13 @@ void CMainFrame::CreateStatusBar() {
             [this](const QPoint& point) { LookMenu().popup(statusBar()->mapToGlobal(point)); });
 }
 
-void CMainFrame::CreateRecording() {
+void CMainFrame::CreateRecording(const Prompts& prompts) {
     auto* const pane = new RecordingPane(this);
     statusBar()->addPermanentWidget(pane);
     pane->hide();
     m_recording = std::make_unique<RecordingControl>(
-        *pane, m_settings,
-        [this](const std::string& path) { return m_view->Work().Files().WriteCopy(path); },
-        MakeRecordingPrompts(*this));
+        *this, prompts, *pane, m_settings,
+        [this](const std::string& path) { return m_view->Work().Files().WriteCopy(path); });
     connect(m_recording.get(), &RecordingControl::CommandsChanged, this,
             &CMainFrame::UpdateCommands);
 }

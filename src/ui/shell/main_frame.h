@@ -27,13 +27,15 @@ class QWidgetAction;
 namespace wavo {
 
 class CWavoView;
+struct Prompts;
 
 class CMainFrame : public QMainWindow {
     Q_OBJECT
 
  public:
-    /// `settings` is not owned and outlives the frame; null: nothing is remembered.
-    explicit CMainFrame(QSettings* settings = nullptr);
+    /// `prompts` and `settings` are not owned and outlive the frame. Without settings nothing is
+    /// remembered.
+    explicit CMainFrame(const Prompts& prompts, QSettings* settings = nullptr);
     ~CMainFrame() override;
 
     [[nodiscard]] CWavoView& View() { return *m_view; }
@@ -73,7 +75,7 @@ class CMainFrame : public QMainWindow {
  private:
     void ConnectView();
     void CreateStatusBar();
-    void CreateRecording();
+    void CreateRecording(const Prompts& prompts);
     void CreateCustomizeButton();
     void RebuildToolBars();
     void RestoreLayout();

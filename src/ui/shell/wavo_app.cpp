@@ -8,13 +8,13 @@
 #include <QTextStream>
 #include <clocale>
 #include <cstdio>
+#include <utility>
 
 #include "platform/folders.h"
 #include "platform/process.h"
 #include "support/diagnostics.h"
 #include "support/diagnostics_output.h"
 #include "ui/bars/command_icons.h"
-#include "ui/dialogs/message_boxes.h"
 #include "ui/shell/main_frame.h"
 #include "ui/shell/report_texts.h"
 #include "ui/shell/screen_fit.h"
@@ -22,7 +22,8 @@
 
 namespace wavo {
 
-CWavoApp::CWavoApp(int& argc, char** argv) : QApplication(argc, argv) {
+CWavoApp::CWavoApp(int& argc, char** argv, Prompts prompts)
+    : QApplication(argc, argv), m_prompts(std::move(prompts)) {
     // The toolkit has taken over the user's locale. Numbers are shown and stored with a point in
     // every country.
     std::setlocale(LC_NUMERIC, "C");
@@ -44,12 +45,12 @@ bool CWavoApp::Print(const LastWords& words) {
     return true;
 }
 
-void CWavoApp::ShowInBox(const LastWords& words) {
+void CWavoApp::ShowInBox(const LastWords& words, const Prompts& prompts) {
     const std::string text = words.text.trimmed().toStdString();
     if (words.exit_code == 0) {
-        ShowBox(nullptr, {text, "Wavo", BoxIcon::kInformation, BoxButtons::kOk});
+        prompts.box(nullptr, {text, "Wavo", BoxIcon::kInformation, BoxButtons::kOk});
     } else {
-        ShowErrorBox(nullptr, text);
+        prompts.ShowError(nullptr, text);
     }
 }
 
@@ -60,7 +61,7 @@ void CWavoApp::InitInstance(const AppOptions& options) {
     if (options.screenshot.isEmpty()) {
         m_settings = std::make_unique<QSettings>();
     }
-    m_frame = std::make_unique<CMainFrame>(m_settings.get());
+    m_frame = std::make_unique<CMainFrame>(m_prompts, m_settings.get());
     WatchTermination();
     if (options.screenshot.isEmpty()) {
         if (!m_frame->HasStoredPlace()) {
@@ -79,7 +80,7 @@ void CWavoApp::InitInstance(const AppOptions& options) {
     QMetaObject::invokeMethod(
         &m_frame->View(),
         [this, name = options.graph_file] {
-            m_graph_file = FindGraphFile(name, m_frame.get());
+            m_graph_file = FindGraphFile(name, m_prompts, m_frame.get());
             if (m_settings != nullptr) {
                 m_frame->ShowRecorders();
             }
@@ -89,7 +90,7 @@ void CWavoApp::InitInstance(const AppOptions& options) {
         Qt::QueuedConnection);
 }
 
-std::string CWavoApp::FindGraphFile(const QString& name, QWidget* parent) {
+std::string CWavoApp::FindGraphFile(const QString& name, const Prompts& prompts, QWidget* parent) {
     if (name.isEmpty()) {
         return {};
     }
@@ -101,7 +102,7 @@ std::string CWavoApp::FindGraphFile(const QString& name, QWidget* parent) {
                 QFileInfo(QString::fromStdString(path)).absoluteFilePath().toStdString());
         }
     }
-    ShowErrorBox(parent, shell_texts::NoGraphFileBox(name.toStdString()));
+    prompts.ShowError(parent, shell_texts::NoGraphFileBox(name.toStdString()));
     return {};
 }
 

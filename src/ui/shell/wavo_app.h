@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "ui/prompts.h"
 #include "ui/shell/command_line.h"
 
 namespace wavo {
@@ -16,17 +17,18 @@ class CWavoApp : public QApplication {
     Q_OBJECT
 
  public:
-    CWavoApp(int& argc, char** argv);
+    /// `prompts`: all that the program asks the user.
+    CWavoApp(int& argc, char** argv, Prompts prompts);
     ~CWavoApp() override;
 
     /// Says on the standard streams what the program has to say in place of its work. False when
     /// there is no such stream; a box then says it.
     static bool Print(const LastWords& words);
-    static void ShowInBox(const LastWords& words);
+    static void ShowInBox(const LastWords& words, const Prompts& prompts);
 
     /// The path of the graph file `name` of the command line, as it stands or in the folder "DATA";
     /// absolute. Shows a box over `parent` and returns an empty text when there is none.
-    static std::string FindGraphFile(const QString& name, QWidget* parent);
+    static std::string FindGraphFile(const QString& name, const Prompts& prompts, QWidget* parent);
 
     /// Makes the frame and shows it.
     void InitInstance(const AppOptions& options);
@@ -36,6 +38,7 @@ class CWavoApp : public QApplication {
     void WatchTermination();
     void TakeScreenshot(const QString& file);
 
+    const Prompts m_prompts;
     std::string m_graph_file;  ///< of the command line, once it is known to exist
     std::unique_ptr<QSettings> m_settings;
     std::unique_ptr<CMainFrame> m_frame;  // before the settings go

@@ -74,9 +74,9 @@ TEST(Choosers, TheColumnsOfTheFileDialogShowTheirWholeTexts) {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(QByteArray(123456, 'x'));
     file.close();
-    const SaveFileQuestion question{
-        QStringLiteral("Save As"), folder.filePath(QStringLiteral("there.txt")),
-        QStringLiteral("txt"), QStringLiteral("Data Files (*.txt)|*.txt||")};
+    const FileQuestion question{QStringLiteral("Save As"),
+                                folder.filePath(QStringLiteral("there.txt")), QStringLiteral("txt"),
+                                QStringLiteral("Data Files (*.txt)|*.txt||")};
     WithNextDialog<QFileDialog>([](QFileDialog& dialog) {
         const auto* const list = dialog.findChild<QTreeView*>();
         EXPECT_TRUE(
@@ -98,9 +98,9 @@ TEST(Choosers, TheFileDialogAddsTheSuffixAndDoesNotAskAboutAFileThatExists) {
     const QTemporaryDir folder;
     QFile file(folder.filePath(QStringLiteral("there.txt")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    const SaveFileQuestion question{
-        QStringLiteral("Save As"), folder.filePath(QStringLiteral("first.txt")),
-        QStringLiteral("txt"), QStringLiteral("Data Files (*.txt)|*.txt||")};
+    const FileQuestion question{QStringLiteral("Save As"),
+                                folder.filePath(QStringLiteral("first.txt")), QStringLiteral("txt"),
+                                QStringLiteral("Data Files (*.txt)|*.txt||")};
     WithNextDialog<QFileDialog>([&](QFileDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Save As"));
         EXPECT_EQ(dialog.acceptMode(), QFileDialog::AcceptSave);

@@ -7,11 +7,11 @@
 #include <QFileDialog>
 
 #include "dialog_driver.h"
+#include "real_prompts.h"
 #include "settings/view_settings.h"
 #include "ui/controls/line_edits.h"
 #include "ui/dialogs/add_text.h"
 #include "ui/dialogs/choosers.h"
-#include "ui/dialogs/file_dialogs.h"
 #include "ui/dialogs/path_save_data.h"
 #include "ui/dialogs/trigger_condition.h"
 #include "ui/dialogs/wavo_properties.h"
@@ -45,18 +45,18 @@ TEST(LineEdits, OfEveryDialogHoldOneLine) {
     std::string text = "before";
     CAddText add_text(text);
     EXPECT_EQ(ExpectOneLineEach(add_text), 1);
-    PathSaveData path("values.txt", {"X"}, nullptr);
+    PathSaveData path("values.txt", {"X"}, testing::RealPrompts(), nullptr);
     EXPECT_EQ(ExpectOneLineEach(path), 1);
     TriggerEntry trigger;
     CTriggerCondition condition(trigger);
     EXPECT_EQ(ExpectOneLineEach(condition), 1);
     ViewSettings settings = DefaultViewSettings();
-    CWavoProperties properties(settings);
+    CWavoProperties properties(settings, testing::RealPrompts());
     EXPECT_EQ(ExpectOneLineEach(properties), 6);
 }
 
 TEST(LineEdits, APathWithALineEndIsTakenWithABlank) {
-    PathSaveData dialog("before.txt", {"X"}, nullptr);
+    PathSaveData dialog("before.txt", {"X"}, testing::RealPrompts(), nullptr);
     dialog.show();
     auto& edit = testing::Control<QLineEdit>(dialog, static_cast<int>(PathSaveDataId::kPath));
     QApplication::clipboard()->setText(QStringLiteral("/data/my\nvalues.txt"));
@@ -64,7 +64,8 @@ TEST(LineEdits, APathWithALineEndIsTakenWithABlank) {
     edit.paste();
     testing::Click(dialog, static_cast<int>(PathSaveDataId::kOk));
     EXPECT_EQ(dialog.Path(), "/data/my values.txt");
-    EXPECT_EQ(PathSaveData("/data/my\nvalues.txt", {}, nullptr).Path(), "/data/my\nvalues.txt")
+    EXPECT_EQ(PathSaveData("/data/my\nvalues.txt", {}, testing::RealPrompts(), nullptr).Path(),
+              "/data/my\nvalues.txt")
         << "what was not confirmed stays";
 }
 
@@ -106,13 +107,17 @@ int EditsOfTheFileDialogOf(const Ask& ask) {
 }
 
 TEST(LineEdits, OfTheFileDialogsHoldOneLineToo) {
-    const SaveFileQuestion question{QStringLiteral("Save As"),
-                                    {},
-                                    QStringLiteral("ini"),
-                                    QStringLiteral("All Files (*.*)|*.*||")};
+    const FileQuestion question{QStringLiteral("Save As"),
+                                {},
+                                QStringLiteral("ini"),
+                                QStringLiteral("All Files (*.*)|*.*||")};
     EXPECT_GE(EditsOfTheFileDialogOf([&] { ChooseSaveFile(nullptr, question); }), 1);
     EXPECT_GE(EditsOfTheFileDialogOf([&] { ChooseOpenFile(nullptr, question); }), 1);
-    EXPECT_GE(EditsOfTheFileDialogOf([] { AskForFile(nullptr, {"txt", "", {}}); }), 1);
+    const FileQuestion without_caption{
+        {}, {}, QStringLiteral("txt"), QStringLiteral("All Files (*.*)|*.*||")};
+    EXPECT_GE(
+        EditsOfTheFileDialogOf([&] { testing::RealPrompts().save_file(nullptr, without_caption); }),
+        1);
 }
 
 }  // namespace

@@ -12,10 +12,9 @@
 #include <string>
 #include <vector>
 
+#include "real_prompts.h"
 #include "temporary_folder.h"
 #include "ui/controls/controls.h"
-#include "ui/dialogs/file_dialogs.h"
-#include "ui/dialogs/message_boxes.h"
 #include "ui/dialogs/path_save_data.h"
 
 namespace wavo {
@@ -27,18 +26,14 @@ using ::testing::IsEmpty;
 class PathOfValues : public ::testing::Test {
  protected:
     PathOfValues() {
-        SetBoxHandler([this](const Box& box) {
+        m_prompts.box = [this](QWidget*, const Box& box) {
             m_boxes.push_back(box);
             return m_box_answer;
-        });
-        SetFileHandler([this](const FileQuestion& question) {
+        };
+        m_prompts.save_file = [this](QWidget*, const FileQuestion& question) {
             m_questions.push_back(question);
             return m_chosen;
-        });
-    }
-    ~PathOfValues() override {
-        SetFileHandler(nullptr);
-        SetBoxHandler(nullptr);
+        };
     }
 
     template <typename Widget>
@@ -58,11 +53,12 @@ class PathOfValues : public ::testing::Test {
     }
 
     const testing::TemporaryFolder m_folder;
-    std::optional<std::string> m_chosen;
+    std::optional<QString> m_chosen;
+    Prompts m_prompts;
     BoxAnswer m_box_answer = BoxAnswer::kOk;
     std::vector<FileQuestion> m_questions;
     std::vector<Box> m_boxes;
-    PathSaveData m_dialog{"/data/values.txt", {"X", "Y", "spindle"}, nullptr};
+    PathSaveData m_dialog{"/data/values.txt", {"X", "Y", "spindle"}, m_prompts, nullptr};
 };
 
 TEST_F(PathOfValues, ShowsThePathAndTheAxes) {
@@ -80,12 +76,12 @@ TEST_F(PathOfValues, ShowsThePathAndTheAxes) {
 
 TEST_F(PathOfValues, EveryControlOfTheTableIsThereOnceWithItsTexts) {
     std::set<int> ids;
-    for (const PathSaveDataControl& control : kPathSaveDataControls) {
-        EXPECT_TRUE(ids.insert(static_cast<int>(control.id)).second);
-        const QString name = ControlName(static_cast<int>(control.id));
+    for (const ControlRow& control : PathSaveDataControls()) {
+        EXPECT_TRUE(ids.insert(control.id).second);
+        const QString name = ControlName(control.id);
         ASSERT_EQ(m_dialog.findChildren<QWidget*>(name).size(), 1) << name.toStdString();
         const auto* const widget = m_dialog.findChild<QWidget*>(name);
-        EXPECT_EQ(widget->toolTip(), QString::fromLatin1(control.tooltip));
+        EXPECT_EQ(widget->toolTip(), QString::fromLatin1(control.tool_tip));
         if (const auto* const button = qobject_cast<const QPushButton*>(widget)) {
             EXPECT_EQ(button->text(), QString::fromLatin1(control.text));
         }
@@ -152,11 +148,12 @@ TEST_F(PathOfValues, CancelAndEscapeKeepThePath) {
 
 TEST_F(PathOfValues, TheButtonAsksForAFileToSaveBeginningWithTheEdit) {
     Control<QLineEdit>(PathSaveDataId::kPath).setText(QStringLiteral("/data/typed.txt"));
-    m_chosen = m_folder.File("new.txt");
+    m_chosen = QString::fromStdString(m_folder.File("new.txt"));
     Click(PathSaveDataId::kBrowse);
     EXPECT_THAT(m_questions,
                 ElementsAre(FileQuestion{
-                    "txt", "/data/typed.txt", {{"Data Files", "*.txt"}, {"All Files", "*.*"}}}));
+                    QString(), QStringLiteral("/data/typed.txt"), QStringLiteral("txt"),
+                    QStringLiteral("Data Files (*.txt)|*.txt|All Files (*.*)|*.*||")}));
     EXPECT_EQ(Text(), m_folder.File("new.txt"));
     EXPECT_THAT(m_boxes, IsEmpty());
     EXPECT_TRUE(m_dialog.isVisible());
@@ -169,16 +166,16 @@ TEST_F(PathOfValues, LeavingTheFileDialogKeepsTheEdit) {
 }
 
 TEST_F(PathOfValues, AChosenFileThatIsThereIsAskedAbout) {
-    m_chosen = ExistingFile();
+    m_chosen = QString::fromStdString(ExistingFile());
     Click(PathSaveDataId::kBrowse);
     EXPECT_THAT(m_boxes,
-                ElementsAre(Box{"file " + *m_chosen + " already exist, override ?", "file exist",
-                                BoxIcon::kExclamation, BoxButtons::kOkCancel}));
-    EXPECT_EQ(Text(), *m_chosen);
+                ElementsAre(Box{"file " + m_chosen->toStdString() + " already exist, override ?",
+                                "file exist", BoxIcon::kExclamation, BoxButtons::kOkCancel}));
+    EXPECT_EQ(Text(), m_chosen->toStdString());
 }
 
 TEST_F(PathOfValues, DecliningToReplaceKeepsTheEdit) {
-    m_chosen = ExistingFile();
+    m_chosen = QString::fromStdString(ExistingFile());
     m_box_answer = BoxAnswer::kCancel;
     Click(PathSaveDataId::kBrowse);
     EXPECT_EQ(m_boxes.size(), 1U);

@@ -7,9 +7,9 @@
 
 #include "dialog_driver.h"
 #include "graph/draw/display_settings.h"
+#include "real_prompts.h"
 #include "system_facts.h"
 #include "ui/controls/color_field.h"
-#include "ui/dialogs/choosers.h"
 #include "ui/dialogs/wavo_properties.h"
 #include "ui/dialogs/wavo_properties_controls.h"
 
@@ -38,30 +38,25 @@ class Properties : public ::testing::Test {
  protected:
     Properties() {
         qputenv(testing::kDataHome, m_folder.path().toUtf8());
-        SetColorChooser([this](QWidget*, const QColor& initial) {
+        m_prompts.color = [this](QWidget*, const QColor& initial) {
             asked_colors.push_back(initial);
             return color;
-        });
-        SetFontChooser([this](QWidget*, const QFont& initial) {
+        };
+        m_prompts.font = [this](QWidget*, const QFont& initial) {
             asked_fonts.push_back(initial);
             return font;
-        });
-        SetSaveFileChooser([this](QWidget*, const SaveFileQuestion& question) {
+        };
+        m_prompts.save_file = [this](QWidget*, const FileQuestion& question) {
             asked_files.push_back(question);
             return file;
-        });
+        };
     }
-    ~Properties() override {
-        SetColorChooser(nullptr);
-        SetFontChooser(nullptr);
-        SetSaveFileChooser(nullptr);
-        qunsetenv(testing::kDataHome);
-    }
+    ~Properties() override { qunsetenv(testing::kDataHome); }
 
     /// What OK leaves when `text` was typed into the control, over other settings.
-    static ViewSettings After(int id, const char* text) {
+    ViewSettings After(int id, const char* text) {
         ViewSettings settings = OtherSettings();
-        CWavoProperties dialog(settings);
+        CWavoProperties dialog(settings, m_prompts);
         dialog.show();
         Type(dialog, id, QString::fromUtf8(text));
         Click(dialog, wp::kOk);
@@ -75,7 +70,8 @@ class Properties : public ::testing::Test {
     std::optional<QString> file;
     std::vector<QColor> asked_colors;
     std::vector<QFont> asked_fonts;
-    std::vector<SaveFileQuestion> asked_files;
+    std::vector<FileQuestion> asked_files;
+    Prompts m_prompts;
 };
 
 QColor ShownColor(QDialog& dialog) {
@@ -85,7 +81,7 @@ QColor ShownColor(QDialog& dialog) {
 
 TEST_F(Properties, HasTheControlsOfItsTable) {
     ViewSettings settings;
-    CWavoProperties dialog(settings);
+    CWavoProperties dialog(settings, m_prompts);
     EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Properties"));
     ExpectControlsOfTable(dialog, wp::Controls());
 }
@@ -111,7 +107,7 @@ TEST_F(Properties, ControlsHaveTheirNumbersAndTexts) {
         EXPECT_EQ(FindRow(wp::Controls(), id).text, text);
     }
     ViewSettings settings;
-    const CWavoProperties dialog(settings);
+    const CWavoProperties dialog(settings, m_prompts);
     std::vector<std::string> labels;
     for (const QLabel* const label : dialog.findChildren<QLabel*>()) {
         labels.push_back(label->text().toStdString());
@@ -121,7 +117,7 @@ TEST_F(Properties, ControlsHaveTheirNumbersAndTexts) {
 
 TEST_F(Properties, ShowsTheSettings) {
     ViewSettings settings = OtherSettings();
-    CWavoProperties dialog(settings);
+    CWavoProperties dialog(settings, m_prompts);
     dialog.show();
     EXPECT_EQ(TextOf(dialog, 1034), "9");
     EXPECT_EQ(TextOf(dialog, 1039), "1");
@@ -137,7 +133,7 @@ TEST_F(Properties, ShowsTheSettings) {
 TEST_F(Properties, OkWithoutAChangeChangesNothing) {
     for (const ViewSettings& before : {OtherSettings(), DefaultViewSettings()}) {
         ViewSettings settings = before;
-        CWavoProperties dialog(settings);
+        CWavoProperties dialog(settings, m_prompts);
         dialog.show();
         Click(dialog, wp::kOk);
         EXPECT_EQ(dialog.result(), QDialog::Accepted);
@@ -184,7 +180,7 @@ TEST_F(Properties, EveryOtherFieldStaysWhenOneIsTyped) {
 TEST_F(Properties, TheCheckBoxDecidesAboutTheGraphEditor) {
     ViewSettings settings = OtherSettings();
     for (const bool shown : {true, false}) {
-        CWavoProperties dialog(settings);
+        CWavoProperties dialog(settings, m_prompts);
         dialog.show();
         QTest::keyClick(&Control<QCheckBox>(dialog, 1063), Qt::Key_Space);
         Click(dialog, wp::kOk);
@@ -195,7 +191,7 @@ TEST_F(Properties, TheCheckBoxDecidesAboutTheGraphEditor) {
 TEST_F(Properties, CancelAndEscapeLeaveTheSettings) {
     for (const bool escape : {false, true}) {
         ViewSettings settings = OtherSettings();
-        CWavoProperties dialog(settings);
+        CWavoProperties dialog(settings, m_prompts);
         dialog.show();
         Click(dialog, wp::kDefaultValues);
         if (escape) {
@@ -211,7 +207,7 @@ TEST_F(Properties, CancelAndEscapeLeaveTheSettings) {
 
 TEST_F(Properties, ReturnInAnEditIsOk) {
     ViewSettings settings = OtherSettings();
-    CWavoProperties dialog(settings);
+    CWavoProperties dialog(settings, m_prompts);
     dialog.show();
     Type(dialog, 1070, QStringLiteral("f"));
     QTest::keyClick(&Control<QLineEdit>(dialog, 1070), Qt::Key_Return);
@@ -222,7 +218,7 @@ TEST_F(Properties, ReturnInAnEditIsOk) {
 
 TEST_F(Properties, AClickOnTheColourFieldAsksFromBlackOn) {
     ViewSettings settings = OtherSettings();
-    CWavoProperties dialog(settings);
+    CWavoProperties dialog(settings, m_prompts);
     dialog.show();
     color = QColor(1, 2, 3);
     Click(dialog, 1055);
@@ -237,7 +233,7 @@ TEST_F(Properties, AClickOnTheColourFieldAsksFromBlackOn) {
 
 TEST_F(Properties, NoOtherClickAsksForAColour) {
     ViewSettings settings = OtherSettings();
-    CWavoProperties dialog(settings);
+    CWavoProperties dialog(settings, m_prompts);
     dialog.show();
     color = QColor(1, 2, 3);
     auto& field = Control<ColorField>(dialog, 1055);
@@ -251,7 +247,7 @@ TEST_F(Properties, NoOtherClickAsksForAColour) {
 
 TEST_F(Properties, ACancelledColourKeepsTheOldOne) {
     ViewSettings settings = OtherSettings();
-    CWavoProperties dialog(settings);
+    CWavoProperties dialog(settings, m_prompts);
     dialog.show();
     Click(dialog, 1055);
     EXPECT_EQ(asked_colors.size(), 1U);
@@ -261,7 +257,7 @@ TEST_F(Properties, ACancelledColourKeepsTheOldOne) {
 
 TEST_F(Properties, SelectAsksForAFontFromThePresentOneOn) {
     ViewSettings settings = OtherSettings();
-    CWavoProperties dialog(settings);
+    CWavoProperties dialog(settings, m_prompts);
     dialog.show();
     QFont chosen(QStringLiteral("DejaVu Serif"));
     chosen.setPixelSize(21);
@@ -286,7 +282,7 @@ TEST_F(Properties, AFontThatIsOnlyConfirmedOrCancelledStaysAsItWasDescribed) {
     for (const ViewSettings& before : {OtherSettings(), DefaultViewSettings()}) {
         for (const bool confirmed : {true, false}) {
             ViewSettings settings = before;
-            CWavoProperties dialog(settings);
+            CWavoProperties dialog(settings, m_prompts);
             dialog.show();
             font = confirmed ? std::optional(MakeFont(before.font)) : std::nullopt;
             Click(dialog, 1026);
@@ -299,7 +295,7 @@ TEST_F(Properties, AFontThatIsOnlyConfirmedOrCancelledStaysAsItWasDescribed) {
 
 TEST_F(Properties, TheDotsAskForADataFile) {
     ViewSettings settings = OtherSettings();
-    CWavoProperties dialog(settings);
+    CWavoProperties dialog(settings, m_prompts);
     dialog.show();
     Click(dialog, 1071);  // cancelled
     EXPECT_EQ(TextOf(dialog, 1070), "/data/ü.txt");
@@ -308,18 +304,18 @@ TEST_F(Properties, TheDotsAskForADataFile) {
     Click(dialog, 1071);
     EXPECT_EQ(TextOf(dialog, 1070), "/full/path/ö.txt");
     const QString filters = QStringLiteral("Data Files (*.txt)|*.txt|All Files (*.*)|*.*||");
-    EXPECT_EQ(asked_files, (std::vector<SaveFileQuestion>{
-                               {QStringLiteral("Save As"), QStringLiteral("/data/ü.txt"),
-                                QStringLiteral("txt"), filters},
-                               {QStringLiteral("Save As"), QStringLiteral("typed.txt"),
-                                QStringLiteral("txt"), filters}}));
+    EXPECT_EQ(asked_files,
+              (std::vector<FileQuestion>{{QStringLiteral("Save As"), QStringLiteral("/data/ü.txt"),
+                                          QStringLiteral("txt"), filters},
+                                         {QStringLiteral("Save As"), QStringLiteral("typed.txt"),
+                                          QStringLiteral("txt"), filters}}));
     Click(dialog, wp::kOk);
     EXPECT_EQ(settings.export_settings.data_file, "/full/path/ö.txt");
 }
 
 TEST_F(Properties, DefaultValuesAreShownAndKeptWithOkAlone) {
     ViewSettings settings = OtherSettings();
-    CWavoProperties dialog(settings);
+    CWavoProperties dialog(settings, m_prompts);
     dialog.show();
     Click(dialog, 1056);
     const std::string data_file =
@@ -349,7 +345,7 @@ TEST_F(Properties, TheTraceLevelNeverChanges) {
     for (const std::int32_t level : {-3, 0, 5}) {
         ViewSettings settings = OtherSettings();
         settings.trace_level = level;
-        CWavoProperties dialog(settings);
+        CWavoProperties dialog(settings, m_prompts);
         dialog.show();
         Click(dialog, wp::kDefaultValues);
         Click(dialog, wp::kOk);

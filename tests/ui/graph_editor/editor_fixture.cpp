@@ -109,10 +109,10 @@ std::optional<AxisCapabilities> KnownLimits::FindAxis(const std::string& name) {
 }
 
 EditorFixture::EditorFixture() {
-    SetBoxHandler([this](const Box& box) {
+    m_prompts.box = [this](QWidget*, const Box& box) {
         m_boxes.push_back(box);
         return BoxAnswer::kOk;
-    });
+    };
     m_editor->SetAxisLimits(&m_limits);
     m_editor->SetPlotSizes([this](std::uint32_t number) {
         const auto found = m_plots.find(number);
@@ -121,11 +121,6 @@ EditorFixture::EditorFixture() {
     m_editor->show();
     m_editor->activateWindow();
     EXPECT_TRUE(QTest::qWaitForWindowActive(m_editor.get()));
-}
-
-EditorFixture::~EditorFixture() {
-    SetBoxHandler(nullptr);
-    SetColorChooser(nullptr);
 }
 
 void EditorFixture::Begin(std::vector<WavoGraph> graphs) {

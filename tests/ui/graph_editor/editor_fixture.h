@@ -14,10 +14,9 @@
 
 #include "expect_errors.h"
 #include "link/axis_capabilities.h"
+#include "real_prompts.h"
 #include "support/diagnostics.h"
 #include "ui/controls/controls.h"
-#include "ui/dialogs/choosers.h"
-#include "ui/dialogs/message_boxes.h"
 #include "ui/graph_editor/ax_select.h"
 
 namespace wavo::testing {
@@ -53,7 +52,6 @@ class KnownLimits : public AxisLimitsSource {
 class EditorFixture : public ::testing::Test {
  protected:
     EditorFixture();
-    ~EditorFixture() override;
 
     /// Gives the editor graphs to edit; drops the messages of that.
     void Begin(std::vector<WavoGraph> graphs);
@@ -73,9 +71,9 @@ class EditorFixture : public ::testing::Test {
     /// Shows a y axis: its name and derivation are typed.
     void ChooseYAxis(const std::string& name, int derivation);
 
-    [[nodiscard]] bool IsChecked(EditorControl id) { return m_editor->IsChecked(id); }
+    [[nodiscard]] bool IsChecked(EditorControl id) { return m_editor->Fields().IsChecked(id); }
     [[nodiscard]] bool IsEnabled(EditorControl id) { return Get(id).isEnabled(); }
-    [[nodiscard]] std::string Text(EditorControl id) { return m_editor->Text(id); }
+    [[nodiscard]] std::string Text(EditorControl id) { return m_editor->Fields().Text(id); }
     [[nodiscard]] std::vector<std::string> Entries(EditorControl id);
 
     /// What graphs are drawn on, by their numbers; nothing for those that are not laid out.
@@ -85,7 +83,8 @@ class EditorFixture : public ::testing::Test {
     RecordingView m_view;
     KnownLimits m_limits;
     std::vector<Box> m_boxes;
-    std::unique_ptr<CAxSelect> m_editor = std::make_unique<CAxSelect>(&m_view);
+    Prompts m_prompts = RealPrompts();
+    std::unique_ptr<CAxSelect> m_editor = std::make_unique<CAxSelect>(&m_view, m_prompts);
 };
 
 }  // namespace wavo::testing

@@ -418,13 +418,13 @@ TEST_F(GraphEditorTest, OfAnAxisThatIsThereTwiceTheOneAddedLastIsShownAndChanged
     Click(kYAutomatic);
     EXPECT_EQ(m_graphs[0].YScales[3].ScaleAx, ScaleAxCode::kAutomatic);
     EXPECT_EQ(m_graphs[0].YScales[0].ScaleAx, ScaleAxCode::kManual);
-    SetColorChooser([](QWidget*, const QColor&) { return std::optional(QColor(1, 2, 3)); });
+    m_prompts.color = [](QWidget*, const QColor&) { return std::optional(QColor(1, 2, 3)); };
     Click(kColor);
     EXPECT_EQ(m_graphs[0].YCoorAxColor[3], 0x030201U);
-    m_editor->SetTriggerDialog([](TriggerEntry& trigger, QWidget*) {
+    m_prompts.trigger = [](QWidget*, TriggerEntry& trigger) {
         trigger.TriggerType = TriggerTypeCode::kStopAbove;
         return true;
-    });
+    };
     Click(kTrigger);
     EXPECT_EQ(m_graphs[0].Triggers[3].TriggerType, TriggerTypeCode::kStopAbove);
     EXPECT_EQ(Text(kTriggerState), "defined");

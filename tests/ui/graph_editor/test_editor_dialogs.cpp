@@ -20,18 +20,18 @@ using testing::TimeGraph;
 class EditorDialogs : public testing::EditorFixture {
  protected:
     void ChooseTrigger(const TriggerEntry& chosen, bool ok = true) {
-        m_editor->SetTriggerDialog([this, chosen, ok](TriggerEntry& trigger, QWidget* parent) {
+        m_prompts.trigger = [this, chosen, ok](QWidget* parent, TriggerEntry& trigger) {
             EXPECT_EQ(parent, m_editor.get());
             m_offered = trigger;
             trigger = chosen;
             return ok;
-        });
+        };
     }
-    static void ChooseColor(std::optional<QColor> color) {
-        SetColorChooser([color](QWidget*, const QColor& initial) {
+    void ChooseColor(std::optional<QColor> color) {
+        m_prompts.color = [color](QWidget*, const QColor& initial) {
             EXPECT_EQ(initial, QColor(Qt::black));
             return color;
-        });
+        };
     }
 
     TriggerEntry m_offered;
@@ -104,11 +104,11 @@ TEST_F(EditorDialogs, TwoStartTriggersAreFine) {
 
 TEST_F(EditorDialogs, ATriggerOfAnAxisThatWentMeanwhileIsDropped) {
     Begin({TimeGraph()});
-    m_editor->SetTriggerDialog([this](TriggerEntry& trigger, QWidget*) {
+    m_prompts.trigger = [this](QWidget*, TriggerEntry& trigger) {
         trigger.TriggerType = TriggerTypeCode::kStartAbove;
         m_list.Replace({AxisGraph(5)});
         return true;
-    });
+    };
     Click(kTrigger);
     EXPECT_EQ(Describe(m_graphs[0]), Describe(AxisGraph(5)));
     EXPECT_THAT(m_view.Take(), IsEmpty());
@@ -433,7 +433,7 @@ TEST_F(EditorDialogs, ItsOwnWritingIsNoChange) {
 }
 
 TEST_F(EditorDialogs, WorksWithoutAView) {
-    CAxSelect alone(nullptr);
+    CAxSelect alone(nullptr, m_prompts);
     GraphList graphs;
     graphs.Add(TimeGraph());
     alone.Init(graphs, {"X"});

@@ -15,12 +15,13 @@ using testing::Row;
 class EveryHandler : public testing::EditorFixture, public ::testing::WithParamInterface<Row> {
  protected:
     EveryHandler() {
-        SetColorChooser(
-            [](QWidget*, const QColor&) { return std::optional(testing::kChosenColor); });
-        m_editor->SetTriggerDialog([](TriggerEntry& trigger, QWidget*) {
+        m_prompts.color = [](QWidget*, const QColor&) {
+            return std::optional(testing::kChosenColor);
+        };
+        m_prompts.trigger = [](QWidget*, TriggerEntry& trigger) {
             trigger = testing::kChosenTrigger;
             return true;
-        });
+        };
         m_editor->SetAcquisitionRuns(false);
     }
 };

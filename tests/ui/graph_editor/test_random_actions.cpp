@@ -66,14 +66,14 @@ class RandomActions : public testing::EditorFixture {
  protected:
     RandomActions() {
         m_limits.axes["X"] = {400.0, -20.0, 250.0, 3000.0, 0.001};
-        SetColorChooser([this](QWidget*, const QColor&) {
+        m_prompts.color = [this](QWidget*, const QColor&) {
             return std::optional(QColor::fromRgb(static_cast<QRgb>(m_random())));
-        });
-        m_editor->SetTriggerDialog([this](TriggerEntry& trigger, QWidget*) {
+        };
+        m_prompts.trigger = [this](QWidget*, TriggerEntry& trigger) {
             trigger.TriggerType = static_cast<TriggerTypeCode>(1 + Below(5));
             trigger.TriggerValue = static_cast<double>(Below(100));
             return Below(4) != 0;
-        });
+        };
     }
 
     std::size_t Below(std::size_t count) { return m_random() % count; }
@@ -138,12 +138,7 @@ class RandomActions : public testing::EditorFixture {
                     QTest::keyClick(&Get(row.id), Below(2) == 0 ? Qt::Key_Down : Qt::Key_Up);
                 }
                 return;
-            case ControlKind::kRadio:
-            case ControlKind::kCheck:
-            case ControlKind::kButton:
-            case ControlKind::kReadOnlyEdit:
-            case ControlKind::kStatic:
-            case ControlKind::kColorField:
+            default:
                 Click(row.id);
         }
     }

@@ -2,8 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QListWidget>
-#include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -16,9 +14,9 @@
 
 #include "link/master_messages.h"
 #include "recorder/notice/notice_board.h"
+#include "ui/prompts.h"
 #include "ui/recording/recording_control.h"
 #include "ui/recording/recording_pane.h"
-#include "ui/recording/stop_recording_dialog.h"
 
 namespace wavo {
 namespace {
@@ -28,7 +26,6 @@ using recorder::RecorderState;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
 /// A recorder without lines: what it tells is up to the test.
 class FakeRecorder {
@@ -80,18 +77,20 @@ class Recording : public ::testing::Test {
         m_bar.resize(400, 30);
         m_pane.resize(300, 24);
         m_bar.show();
-        RecordingPrompts prompts;
-        prompts.file = [this](const std::string& initial) {
-            m_asked.push_back(initial);
-            return m_file;
+        m_prompts.save_file = [this](QWidget*, const FileQuestion& question) {
+            m_asked.push_back(question);
+            return std::optional<QString>();
         };
-        prompts.error = [this](const std::string& text) { m_errors.push_back(text); };
-        prompts.which = [this](const std::vector<SeenRecorder>& running) {
-            m_choices = running;
+        m_prompts.box = [this](QWidget*, const Box& box) {
+            m_errors.push_back(box.caption + ": " + box.text);
+            return BoxAnswer::kOk;
+        };
+        m_prompts.choose_several = [this](QWidget*, const SeveralQuestion& question) {
+            m_rows = question.rows;
             return m_chosen;
         };
-        m_control = std::make_unique<RecordingControl>(
-            m_pane, &m_settings, [](const std::string&) { return false; }, std::move(prompts));
+        m_control = std::make_unique<RecordingControl>(m_bar, m_prompts, m_pane, &m_settings,
+                                                       [](const std::string&) { return false; });
     }
     static bool WaitFor(const std::function<bool()>& done) { return QTest::qWaitFor(done, 20000); }
     bool WaitForText(const QString& text) {
@@ -111,11 +110,11 @@ class Recording : public ::testing::Test {
     std::vector<FakeRecorder*> m_recorders;  // to be served
     QWidget m_bar;
     RecordingPane m_pane{&m_bar};
-    std::vector<std::string> m_asked;
-    std::optional<std::string> m_file;
+    Prompts m_prompts;
+    std::vector<FileQuestion> m_asked;
     std::vector<std::string> m_errors;
-    std::vector<SeenRecorder> m_choices;
-    std::vector<platform::WindowHandle> m_chosen;
+    QStringList m_rows;
+    std::vector<int> m_chosen;
     std::unique_ptr<RecordingControl> m_control;
 };
 
@@ -233,7 +232,7 @@ TEST_F(Recording, TheOnlyOneIsStoppedWithoutAQuestion) {
         Serve();
         return one.told_to_quit == 1;
     }));
-    EXPECT_THAT(m_choices, IsEmpty());
+    EXPECT_TRUE(m_rows.isEmpty());
 }
 
 TEST_F(Recording, OfSeveralThoseAreStoppedThatTheUserTicks) {
@@ -242,13 +241,15 @@ TEST_F(Recording, OfSeveralThoseAreStoppedThatTheUserTicks) {
     m_recorders = {&one, &two};
     one.Show();
     two.notice.file = "/data/other.mcap";
+    two.notice.seconds = 80.0;
     two.Show();
     m_control->Open();
     EXPECT_EQ(m_pane.text(), "00:01:23  181.2 MB (+1)");
     EXPECT_THAT(m_pane.toolTip().toStdString(), HasSubstr("/data/other.mcap"));
-    m_chosen = {two.Window()};
+    m_chosen = {1};
     m_control->Execute(CommandId::kStopRecording);
-    EXPECT_THAT(m_choices, SizeIs(2));
+    EXPECT_EQ(m_rows, QStringList({QStringLiteral("/data/night.mcap   00:01:23  181.2 MB"),
+                                   QStringLiteral("/data/other.mcap   00:01:20  181.2 MB")}));
     ASSERT_TRUE(WaitFor([&] {
         Serve();
         return two.told_to_quit == 1;
@@ -276,35 +277,11 @@ TEST_F(Recording, AnEmptyPathStaysWithoutRecorderAndIsTold) {
     qputenv("PATH", m_folder.path().toLocal8Bit());
     m_control->Execute(CommandId::kRecord);
     qputenv("PATH", path);
-    EXPECT_THAT(m_errors,
-                ElementsAre("wavo_record, which records, is neither beside this program nor on the "
-                            "path"));
+    EXPECT_THAT(
+        m_errors,
+        ElementsAre("ERROR: wavo_record, which records, is neither beside this program nor on the "
+                    "path"));
     EXPECT_THAT(m_asked, IsEmpty());
-}
-
-TEST(StopRecording, OffersThemByNameAndTakesThoseThatAreTicked) {
-    Notice notice;
-    notice.file = "/data/night.mcap";
-    Notice other = notice;
-    other.file = "/data/day.mcap";
-    StopRecordingDialog dialog({{7, notice}, {9, other}}, nullptr);
-    dialog.show();
-    auto* const list = dialog.findChild<QListWidget*>();
-    ASSERT_EQ(list->count(), 2);
-    EXPECT_EQ(list->item(1)->text(), "/data/day.mcap   00:00:00  0.0 MB");
-    QPushButton* stop = nullptr;
-    for (QPushButton* const button : dialog.findChildren<QPushButton*>()) {
-        stop = button->text() == QStringLiteral("&Stop") ? button : stop;
-    }
-    ASSERT_NE(stop, nullptr);
-    EXPECT_FALSE(stop->isEnabled());
-    list->setFocus();
-    QTest::keyClick(list, Qt::Key_Down);
-    QTest::keyClick(list, Qt::Key_Space);
-    EXPECT_TRUE(stop->isEnabled());
-    EXPECT_THAT(dialog.Chosen(), ElementsAre(9U));
-    QTest::mouseClick(stop, Qt::LeftButton);
-    EXPECT_EQ(dialog.result(), QDialog::Accepted);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include <QTemporaryDir>
 #include <QToolBar>
 
+#include "real_prompts.h"
 #include "ui/bars/customize_dialog.h"
 #include "ui/bars/recent_files.h"
 #include "ui/controls/controls.h"
@@ -82,7 +83,7 @@ TEST_F(Arrangement, ThatMakesNoSenseIsPutRight) {
 
 TEST_F(Arrangement, OfWindowAndBarsIsRemembered) {
     {
-        CMainFrame frame(&m_settings);
+        CMainFrame frame(testing::RealPrompts(), &m_settings);
         frame.show();
         frame.resize(640, 480);
         BarSetup bars = frame.Bars();
@@ -95,7 +96,7 @@ TEST_F(Arrangement, OfWindowAndBarsIsRemembered) {
         frame.statusBar()->hide();
         frame.close();
     }
-    CMainFrame frame(&m_settings);
+    CMainFrame frame(testing::RealPrompts(), &m_settings);
     EXPECT_EQ(frame.size(), QSize(640, 480));
     EXPECT_EQ(frame.iconSize(), QSize(32, 32));
     auto* const mine = frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Mine"));
@@ -112,14 +113,14 @@ TEST_F(Arrangement, IsNotReadFromDamagedSettings) {
     m_settings.setValue(QStringLiteral("BarPlaces"), QByteArray("nonsense"));
     m_settings.setValue(QStringLiteral("ApplicationLook"), QStringLiteral("purple"));
     m_settings.setValue(QStringLiteral("IconSize"), QStringLiteral("big"));
-    const CMainFrame frame(&m_settings);
+    const CMainFrame frame(testing::RealPrompts(), &m_settings);
     EXPECT_TRUE(frame.Action(CommandId::kLookStudio)->isChecked());
     EXPECT_EQ(frame.size(), QSize(1366, 768));
     EXPECT_EQ(frame.iconSize(), QSize(24, 24));
 }
 
 TEST_F(Arrangement, ADeletedBarGoesFromTheFrame) {
-    CMainFrame frame(&m_settings);
+    CMainFrame frame(testing::RealPrompts(), &m_settings);
     BarSetup bars = frame.Bars();
     bars.bars.push_back({QStringLiteral("Mine"), {32779}});
     frame.SetBars(bars);
@@ -131,7 +132,7 @@ TEST_F(Arrangement, ADeletedBarGoesFromTheFrame) {
 }
 
 TEST_F(Arrangement, TheFrameFitsIntoASmallScreenWithEveryIconSize) {
-    CMainFrame frame;
+    CMainFrame frame(testing::RealPrompts());
     BarSetup bars = frame.Bars();
     bars.icon_size = 48;
     frame.SetBars(bars);
@@ -161,7 +162,7 @@ TEST_F(Arrangement, TheTextOfARecentFileIsANumberAndAShortPath) {
 }
 
 TEST_F(Arrangement, AFileThatWasOpenedStandsInTheFileMenu) {
-    CMainFrame frame(&m_settings);
+    CMainFrame frame(testing::RealPrompts(), &m_settings);
     auto* const first = frame.findChild<QAction*>(QStringLiteral("recent_file_1"));
     EXPECT_TRUE(frame.Action(CommandId::kRecentFile)->isVisible());
     EXPECT_FALSE(first->isVisible());

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ui/dialogs/message_boxes.h"
 #include "ui/shell/command_line.h"
 #include "ui/shell/toolkit_start.h"
 #include "ui/shell/wavo_app.h"
@@ -79,13 +78,13 @@ TEST(LastWords, StandOnTheStreamThatFits) {
 
 TEST(LastWords, StandInABoxWhereThereIsNoStream) {
     std::vector<Box> boxes;
-    SetBoxHandler([&boxes](const Box& box) {
+    Prompts prompts;
+    prompts.box = [&boxes](QWidget*, const Box& box) {
         boxes.push_back(box);
         return BoxAnswer::kOk;
-    });
-    CWavoApp::ShowInBox({QStringLiteral("wavo: \u00e4\n"), 2});
-    CWavoApp::ShowInBox({QStringLiteral("Wavo\n"), 0});
-    SetBoxHandler(nullptr);
+    };
+    CWavoApp::ShowInBox({QStringLiteral("wavo: \u00e4\n"), 2}, prompts);
+    CWavoApp::ShowInBox({QStringLiteral("Wavo\n"), 0}, prompts);
     EXPECT_THAT(boxes,
                 ElementsAre(Box{"wavo: \xC3\xA4", "ERROR", BoxIcon::kExclamation, BoxButtons::kOk},
                             Box{"Wavo", "Wavo", BoxIcon::kInformation, BoxButtons::kOk}));

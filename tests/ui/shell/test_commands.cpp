@@ -14,6 +14,7 @@
 #include <memory>
 #include <set>
 
+#include "real_prompts.h"
 #include "ui/bars/commands.h"
 #include "ui/bars/menu_table.h"
 #include "ui/shell/main_frame.h"
@@ -126,7 +127,7 @@ class Frame : public ::testing::Test {
         return *m_frame.menuBar()->actions().front()->menu();
     }
 
-    CMainFrame m_frame;
+    CMainFrame m_frame{testing::RealPrompts()};
 };
 
 TEST(CommandTable, NumbersAndNamesAreUnique) {

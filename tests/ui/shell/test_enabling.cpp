@@ -23,10 +23,10 @@
 #include "link/wire_format.h"
 #include "master_link_of.h"
 #include "master_window.h"
+#include "real_prompts.h"
 #include "settings/view_settings_file.h"
 #include "system_facts.h"
 #include "ui/controls/controls.h"
-#include "ui/dialogs/message_boxes.h"
 #include "ui/graph_editor/editor_controls.h"
 #include "ui/messages.h"
 #include "ui/shell/main_frame.h"
@@ -63,17 +63,13 @@ class Offered : public ::testing::Test {
         for (const char* const name : {"XDG_RUNTIME_DIR", testing::kDataHome, "XDG_STATE_HOME"}) {
             qputenv(name, m_folder.path().toUtf8());
         }
-        SetBoxHandler([this](const Box& box) {
+        m_prompts.box = [this](QWidget*, const Box& box) {
             m_boxes.push_back(box.text);
             return BoxAnswer::kOk;
-        });
-        m_frame = std::make_unique<CMainFrame>();
+        };
+        m_frame = std::make_unique<CMainFrame>(m_prompts);
         m_frame->resize(1000, 700);
         m_frame->show();
-    }
-    ~Offered() override {
-        m_frame.reset();
-        SetBoxHandler(nullptr);
     }
 
     /// Publishes a master and begins with a graph of X1 over 2 seconds with a trigger.
@@ -140,6 +136,7 @@ class Offered : public ::testing::Test {
 
     CWavoView& View() { return m_frame->View(); }
 
+    Prompts m_prompts = testing::RealPrompts();
     QTemporaryDir m_folder;
     std::unique_ptr<testing::MasterWindow> m_master;
     std::unique_ptr<CMainFrame> m_frame;

@@ -18,6 +18,7 @@
 #include <set>
 
 #include "graph/draw/frame/colors.h"
+#include "real_prompts.h"
 #include "seen_contrast.h"
 #include "ui/bars/bar_setup.h"
 #include "ui/bars/command_icons.h"
@@ -121,7 +122,7 @@ TEST_P(EveryLook, IsChosenShownAndRemembered) {
     QSettings settings(folder.filePath(QStringLiteral("app.ini")), QSettings::IniFormat);
     const CommandId id = GetParam().id;
     {
-        CMainFrame frame(&settings);
+        CMainFrame frame(testing::RealPrompts(), &settings);
         frame.show();
         frame.Action(id)->trigger();
         QCoreApplication::processEvents();  // the windows take the colours over
@@ -134,7 +135,7 @@ TEST_P(EveryLook, IsChosenShownAndRemembered) {
                   QColor(GetParam().bar_text));
     }
     ApplyLook(FindLook(static_cast<int>(kDefaultLook)));
-    CMainFrame again(&settings);
+    CMainFrame again(testing::RealPrompts(), &settings);
     again.show();
     QCoreApplication::processEvents();
     EXPECT_EQ(again.palette().color(QPalette::Window), QColor(GetParam().window));
@@ -174,7 +175,7 @@ int SharpestStep(const QImage& picture, int row) {
 }
 
 TEST_P(EveryLook, PaintsBarsOnTheSidesWithoutAnEdgeThroughTheirMiddle) {
-    CMainFrame frame;
+    CMainFrame frame(testing::RealPrompts());
     frame.resize(700, 700);
     frame.Action(GetParam().id)->trigger();
     auto* const bar = frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
@@ -205,7 +206,7 @@ TEST(Looks, AreTheNumbers210To218AndTheDefaultIs214) {
 }
 
 TEST(Looks, PaintTheFrameEachInItsOwnWay) {
-    CMainFrame frame;
+    CMainFrame frame(testing::RealPrompts());
     frame.resize(500, 300);
     frame.show();
     std::vector<QImage> pictures;

@@ -9,6 +9,7 @@
 #include <QToolButton>
 #include <functional>
 
+#include "real_prompts.h"
 #include "ui/shell/main_frame.h"
 #include "view/wavo_view.h"
 
@@ -31,7 +32,7 @@ void When(const std::function<QWidget*()>& widget, const std::function<void(QWid
 }
 
 TEST(CustomizeArrow, IsNotLitAnyMoreWhenItsDialogIsShownAndClosed) {
-    CMainFrame frame;
+    CMainFrame frame(testing::RealPrompts());
     frame.show();
     frame.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));
@@ -56,7 +57,7 @@ TEST(CustomizeArrow, IsNotLitAnyMoreWhenItsDialogIsShownAndClosed) {
 }
 
 TEST(CustomizeArrow, TakesLittleRoomOnABarThatLiesOrStands) {
-    CMainFrame frame;
+    CMainFrame frame(testing::RealPrompts());
     frame.resize(700, 700);
     frame.show();
     auto* const bar = frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
@@ -71,7 +72,7 @@ TEST(CustomizeArrow, TakesLittleRoomOnABarThatLiesOrStands) {
 }
 
 TEST(CustomizeArrow, DoesNotGetTheKeyboardWhenTheGraphEditorIsClosed) {
-    CMainFrame frame;
+    CMainFrame frame(testing::RealPrompts());
     frame.show();
     frame.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));

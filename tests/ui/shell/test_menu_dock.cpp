@@ -13,6 +13,7 @@
 #include <QToolButton>
 #include <memory>
 
+#include "real_prompts.h"
 #include "ui/shell/main_frame.h"
 #include "view/wavo_view.h"
 
@@ -61,7 +62,7 @@ class Dock : public ::testing::Test {
 
     QTemporaryDir m_folder;
     QSettings m_settings{m_folder.filePath(QStringLiteral("app.ini")), QSettings::IniFormat};
-    CMainFrame m_frame{&m_settings};
+    CMainFrame m_frame{testing::RealPrompts(), &m_settings};
 };
 
 TEST_F(Dock, MayStandOnEachSideAndFloat) {
@@ -162,7 +163,7 @@ TEST_F(Dock, OffersTheBarsAtARightClick) {
 TEST_F(Dock, IsFoundWhereItWasLeft) {
     m_frame.addToolBar(Qt::RightToolBarArea, &Bar());
     m_frame.close();
-    CMainFrame again(&m_settings);
+    CMainFrame again(testing::RealPrompts(), &m_settings);
     again.show();
     QCoreApplication::processEvents();
     auto& bar = *again.findChild<MenuDock*>(QStringLiteral("menu_bar"));

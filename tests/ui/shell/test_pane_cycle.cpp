@@ -8,6 +8,7 @@
 #include <QToolButton>
 #include <cmath>
 
+#include "real_prompts.h"
 #include "seen_contrast.h"
 #include "ui/bars/commands.h"
 #include "ui/controls/controls.h"
@@ -66,7 +67,7 @@ class Keyboard : public ::testing::Test {
                     ->widgetForAction(m_frame.Action(id));
     }
 
-    CMainFrame m_frame;
+    CMainFrame m_frame{testing::RealPrompts()};
 };
 
 TEST_F(Keyboard, ComesToEveryBar) {

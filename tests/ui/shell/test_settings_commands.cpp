@@ -20,13 +20,13 @@
 #include "expect_errors.h"
 #include "fake_shared_memory.h"
 #include "graph/model/graph_ini_data.h"
+#include "real_prompts.h"
 #include "settings/view_settings_file.h"
 #include "support/diagnostics.h"
 #include "system_facts.h"
 #include "ui/bars/commands.h"
 #include "ui/dialogs/add_text.h"
 #include "ui/dialogs/add_text_controls.h"
-#include "ui/dialogs/choosers.h"
 #include "ui/dialogs/path_save_data.h"
 #include "ui/dialogs/trigger_condition.h"
 #include "ui/dialogs/wavo_properties.h"
@@ -47,7 +47,7 @@ class SettingsCommands : public ::testing::Test {
         for (const char* const name : {"XDG_RUNTIME_DIR", testing::kDataHome, "XDG_STATE_HOME"}) {
             qputenv(name, m_folder.path().toUtf8());
         }
-        m_frame = std::make_unique<CMainFrame>();
+        m_frame = std::make_unique<CMainFrame>(m_prompts);
         m_frame->resize(1000, 700);
         m_frame->show();
         View().OnInitialUpdate(GraphFile());
@@ -55,7 +55,6 @@ class SettingsCommands : public ::testing::Test {
     }
     ~SettingsCommands() override {
         m_frame.reset();
-        SetColorChooser(nullptr);
         _MTrace_SetLevel("default", 1);
     }
 
@@ -94,6 +93,7 @@ class SettingsCommands : public ::testing::Test {
         return file.readAll().toStdString();
     }
 
+    Prompts m_prompts = testing::RealPrompts();
     QTemporaryDir m_folder;
     std::unique_ptr<CMainFrame> m_frame;
 };
@@ -107,7 +107,7 @@ TEST_F(SettingsCommands, CanAlwaysBeUsed) {
 }
 
 TEST_F(SettingsCommands, PropertiesAreShownAtOnceAndWrittenToTheFile) {
-    SetColorChooser([](QWidget*, const QColor&) { return QColor(0x10, 0x20, 0x30); });
+    m_prompts.color = [](QWidget*, const QColor&) { return QColor(0x10, 0x20, 0x30); };
     Run<CWavoProperties>(CommandId::kProperties, [&](CWavoProperties& dialog) {
         EXPECT_EQ(TextOf(dialog, wp::kScaleLinesX), "5");
         Click(dialog, wp::kBackground);
@@ -143,17 +143,16 @@ TEST_F(SettingsCommands, EveryLookIsRedrawnAtOnce) {
         });
         EXPECT_NE(View().Screen().Picture(), before) << row.id;
     }
-    SetFontChooser([](QWidget*, const QFont&) {
+    m_prompts.font = [](QWidget*, const QFont&) {
         QFont font(QStringLiteral("DejaVu Sans"));
         font.setPixelSize(27);
         return font;
-    });
+    };
     const QImage before = View().Screen().Picture().copy();
     Run<CWavoProperties>(CommandId::kProperties, [](CWavoProperties& dialog) {
         Click(dialog, wp::kSelectFont);
         Click(dialog, wp::kOk);
     });
-    SetFontChooser(nullptr);
     EXPECT_NE(View().Screen().Picture(), before);
     EXPECT_THAT(SettingsText(), ::testing::HasSubstr("height=-27\r\nname=DejaVu Sans\r\n"));
 }
@@ -235,7 +234,7 @@ TEST_F(SettingsCommands, CtrlASelectsAllInTheEditsOfDialogs) {
     });
     FindControl<QPushButton>(View().Editor(), static_cast<int>(EditorControl::kTrigger))->click();
     EXPECT_EQ(edits, 8);
-    PathSaveData values("values.txt", {"X"}, m_frame.get());
+    PathSaveData values("values.txt", {"X"}, m_prompts, m_frame.get());
     values.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&values));
     select_all(values);

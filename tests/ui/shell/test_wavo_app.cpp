@@ -6,7 +6,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
-#include "ui/dialogs/message_boxes.h"
+#include "real_prompts.h"
 #include "ui/shell/main_frame.h"
 #include "ui/shell/wavo_app.h"
 
@@ -26,15 +26,12 @@ class GraphFileOfTheCommandLine : public ::testing::Test {
             QFile file(QString::fromLatin1(name));
             EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         }
-        SetBoxHandler([this](const Box& box) {
+        m_prompts.box = [this](QWidget*, const Box& box) {
             m_boxes.push_back(box);
             return BoxAnswer::kOk;
-        });
+        };
     }
-    ~GraphFileOfTheCommandLine() override {
-        SetBoxHandler(nullptr);
-        QDir::setCurrent(m_before);
-    }
+    ~GraphFileOfTheCommandLine() override { QDir::setCurrent(m_before); }
     [[nodiscard]] std::string Path(const char* name) const {
         return QDir::toNativeSeparators(
                    QDir(QDir::currentPath()).filePath(QString::fromLatin1(name)))
@@ -43,35 +40,37 @@ class GraphFileOfTheCommandLine : public ::testing::Test {
 
     const QString m_before = QDir::currentPath();
     QTemporaryDir m_folder;
+    Prompts m_prompts = testing::RealPrompts();
     std::vector<Box> m_boxes;
 };
 
 TEST_F(GraphFileOfTheCommandLine, IsTakenAsItStandsWhenItIsThere) {
-    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("given.ini"), nullptr), Path("given.ini"));
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("given.ini"), m_prompts, nullptr),
+              Path("given.ini"));
     EXPECT_THAT(m_boxes, IsEmpty());
 }
 
 TEST_F(GraphFileOfTheCommandLine, IsLookedForInTheDataFolderElse) {
-    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("other.ini"), nullptr),
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("other.ini"), m_prompts, nullptr),
               Path("DATA/other.ini"));
     EXPECT_THAT(m_boxes, IsEmpty());
 }
 
 TEST_F(GraphFileOfTheCommandLine, ThatIsNowhereIsNamedAsItWasGiven) {
-    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("no/such.ini"), nullptr), "");
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("no/such.ini"), m_prompts, nullptr), "");
     EXPECT_THAT(m_boxes, ElementsAre(Box{"Can not open file [no/such.ini], not exist", "ERROR",
                                          BoxIcon::kExclamation, BoxButtons::kOk}));
 }
 
 TEST_F(GraphFileOfTheCommandLine, IsNoFolder) {
-    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("DATA"), nullptr), "");
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("DATA"), m_prompts, nullptr), "");
     EXPECT_THAT(m_boxes, ElementsAre(Box{"Can not open file [DATA], not exist", "ERROR",
                                          BoxIcon::kExclamation, BoxButtons::kOk}));
 }
 
 TEST_F(GraphFileOfTheCommandLine, ThatIsNowhereIsToldOverTheFrame) {
-    SetBoxHandler(nullptr);  // the box itself
-    CMainFrame frame;
+    m_prompts.box = testing::RealPrompts().box;  // the box itself
+    CMainFrame frame(m_prompts);
     frame.show();
     bool looked = false;
     QTimer::singleShot(0, &frame, [&] {
@@ -82,12 +81,12 @@ TEST_F(GraphFileOfTheCommandLine, ThatIsNowhereIsToldOverTheFrame) {
         looked = true;
         box->close();
     });
-    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("none.ini"), &frame), "");
+    EXPECT_EQ(CWavoApp::FindGraphFile(QStringLiteral("none.ini"), m_prompts, &frame), "");
     EXPECT_TRUE(looked);
 }
 
 TEST_F(GraphFileOfTheCommandLine, NeedNotBeNamed) {
-    EXPECT_EQ(CWavoApp::FindGraphFile(QString(), nullptr), "");
+    EXPECT_EQ(CWavoApp::FindGraphFile(QString(), m_prompts, nullptr), "");
     EXPECT_THAT(m_boxes, IsEmpty());
 }
 

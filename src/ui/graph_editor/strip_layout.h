@@ -1,0 +1,14 @@
+// Where the controls of the graph editor stand: in titled groups, as many of them beside each other
+// as have room.
+#pragma once
+
+class QWidget;
+
+namespace wavo {
+
+class EditorFields;
+
+/// Lays out the fields, children of `strip`, in it.
+void LayOutStrip(QWidget& strip, const EditorFields& fields);
+
+}  // namespace wavo
