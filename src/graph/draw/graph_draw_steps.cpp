@@ -11,7 +11,9 @@
 namespace wavo {
 
 void GraphDraw::DrawGraph(QImage& picture, bool restart) {
-    FitToDevice(picture.devicePixelRatioF());
+    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
+        FollowFrame();
+    }
     if (restart || m_recorder.IsRestartAsked()) {
         Restart();
     }
@@ -145,10 +147,23 @@ void GraphDraw::CheckScales() {
     }
 }
 
+void GraphDraw::DrawFrame(QImage& picture) {
+    if (m_lines.empty()) {
+        MERRLOG(draw_texts::kBadLineCount);
+    }
+    GraphFrame::Content content{m_zoom.Window(), m_recorder.State(), ShownXScale(), {}};
+    for (const auto& line : m_lines) {
+        content.curves.push_back({line->YLines(), ToQColor(line->Color()), line->ShownColor()});
+    }
+    if (m_frame.Draw(picture, content)) {
+        m_canvas.Forget();
+    }
+}
+
 void GraphDraw::DrawGraphs(QImage& picture) {
     ReportDifferentSizes();
-    m_canvas.Begin(picture, m_frame, m_frame_rectangle.topLeft(), m_device_plot);
-    PlotCanvas* const canvas = m_layout.plot.isEmpty() ? nullptr : &m_canvas;
+    m_canvas.Begin(picture, m_frame.Image(), m_frame.Origin(), m_frame.DevicePlotArea());
+    PlotCanvas* const canvas = m_frame.PlotArea().isEmpty() ? nullptr : &m_canvas;
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         AddAndDraw(i, canvas);
     }

@@ -33,13 +33,6 @@
 
 namespace wavo {
 
-/// The plot area of a graph and its scale lines, borders included, in device pixels.
-struct PlotGeometry {
-    QRect plot;
-    ScaleLines vertical;
-    ScaleLines horizontal;
-};
-
 /// Colour that stands for the curve's own colour (bit 28).
 inline constexpr ColorRef kOwnColor = 0x10000000;
 

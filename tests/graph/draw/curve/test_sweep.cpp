@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "drawing_fixture.h"
+#include "graph/draw/frame/texts.h"
 #include "graph/draw/graph_draw.h"
 
 namespace wavo {
