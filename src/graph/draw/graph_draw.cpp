@@ -140,8 +140,4 @@ void GraphDraw::DetachValues() {
     m_recorder.Detach();
 }
 
-double GraphDraw::PixelToTime(int x) const {
-    return IsTimeGraph() ? m_frame.XValueAt(x) : -1.0;
-}
-
 }  // namespace wavo

@@ -26,6 +26,7 @@
 
 #include "graph/draw/display_settings.h"
 #include "graph/draw/frame/graph_frame.h"
+#include "graph/draw/graph_places.h"
 #include "graph/draw/graph_zoom.h"
 #include "graph/draw/lines_draw_axis.h"
 #include "graph/draw/raster/plot_canvas.h"
@@ -109,7 +110,9 @@ class GraphDraw {
 
     /// The time, seconds, at a logical pixel column of the displayed time axis; -1 outside the
     /// plot area and for a graph whose x is no time.
-    [[nodiscard]] double PixelToTime(int x) const;
+    [[nodiscard]] double PixelToTime(int x) const { return Places().TimeAt(x); }
+    /// Where times, lines and values stand, until the next step.
+    [[nodiscard]] GraphPlaces Places() const { return GraphPlaces(*this); }
 
     [[nodiscard]] const WavoGraph& Graph() const { return m_graph; }
     [[nodiscard]] const QRect& Rectangle() const { return m_frame.Rectangle(); }
@@ -117,6 +120,8 @@ class GraphDraw {
     [[nodiscard]] RunState State() const { return m_recorder.State(); }
     /// What the graph has taken of its streams.
     [[nodiscard]] const GraphRecorder& Recorder() const { return m_recorder; }
+    [[nodiscard]] const GraphFrame& Frame() const { return m_frame; }
+    [[nodiscard]] const GraphZoom& ZoomWindow() const { return m_zoom; }
     [[nodiscard]] const ZoomState& Zoom() const { return m_zoom.State(); }
     [[nodiscard]] const TimeWindow& DisplayedWindow() const { return m_zoom.Window(); }
 

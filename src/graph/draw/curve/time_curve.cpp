@@ -160,6 +160,14 @@ std::optional<std::uint64_t> TimeCurve::PositionAt(double time) const {
     return run == runs.rend() ? std::nullopt : std::optional(run->position + (step - run->step));
 }
 
+double TimeCurve::TimeAt(std::uint64_t position) const {
+    const std::vector<CurveRun> runs = Runs();
+    const auto run = std::find_if(runs.rbegin(), runs.rend(), [position](const CurveRun& each) {
+        return each.position <= position;
+    });
+    return static_cast<double>(run->step + (position - run->position)) * m_step;
+}
+
 void TimeCurve::CopySamples(std::vector<double>& out) const {
     if (m_window == nullptr || m_window_parts.size() == 1) {
         const SampleStretch stretch = Stretch();

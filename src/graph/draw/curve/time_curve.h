@@ -78,6 +78,12 @@ class TimeCurve {
     /// is none.
     [[nodiscard]] std::optional<std::uint64_t> PositionAt(double time) const;
 
+    /// Sample and time, seconds, at a position as in Runs. REQUIRES: a run has it.
+    [[nodiscard]] double SampleAt(std::uint64_t position) const {
+        return Ring()[Stretch().position + position];
+    }
+    [[nodiscard]] double TimeAt(std::uint64_t position) const;
+
     /// Copies all samples, oldest first; of a window those of each row, NoSample() in its gaps.
     void CopySamples(std::vector<double>& out) const;
     /// Smallest and largest finite sample that is shown.

@@ -101,6 +101,16 @@ double GraphFrame::XValueAt(int x) const {
     return ValueAtColumn(m_vertical, DeviceCoordinate(x, m_device_ratio));
 }
 
+std::optional<int> GraphFrame::PixelOfX(double value) const {
+    if (m_vertical.empty() ||
+        !(value >= m_vertical.front().value && value <= m_vertical.back().value)) {
+        return std::nullopt;
+    }
+    const std::int32_t pixel = AxisMapping(Coordinate::kX, m_vertical).MapForced(value);
+    return std::clamp(ToPixel(std::floor(pixel / m_device_ratio)), m_layout.plot.left(),
+                      std::max(m_layout.plot.left(), m_layout.plot.right()));
+}
+
 bool GraphFrame::Draw(QImage& picture, const Content& content) {
     const QRect rectangle = ToDevice(m_rectangle) & QRect(QPoint(0, 0), picture.size());
     const bool anew = !m_is_valid || rectangle != m_image_rectangle;

@@ -85,6 +85,8 @@ class GraphFrame {
     }
     /// The x value at a logical pixel column; -1 outside the plot area.
     [[nodiscard]] double XValueAt(int x) const;
+    /// The logical pixel column of an x value; nothing outside the scale.
+    [[nodiscard]] std::optional<int> PixelOfX(double value) const;
 
     /// The graph without its curves, and where it stands in the picture (device pixels).
     [[nodiscard]] const QImage& Image() const { return m_image; }
