@@ -45,6 +45,12 @@ class GraphDrawHost {
     virtual void RecordingEnded() = 0;
 };
 
+/// What becomes of the pixels in a drawing step.
+enum class PixelWriting {
+    kNow,
+    kLater,  ///< nobody sees them: Paint writes them when somebody does
+};
+
 class GraphDraw {
  public:
     /// Builds the curves and fills each with what its buffer holds, unless the graph waits for its
@@ -62,9 +68,13 @@ class GraphDraw {
 
     /// One drawing step. `restart`: the caller has reset all buffers, the graph begins anew.
     /// Paints all pixels of its rectangle, the background too, and no others. REQUIRES: `picture`
-    /// has the format RGB32 and in the rectangle what the last step drew there, unless Invalidate
-    /// was called since.
-    void DrawGraph(QImage& picture, bool restart);
+    /// has the format RGB32 and in the rectangle what was painted there last, unless Invalidate was
+    /// called since. With PixelWriting::kLater all happens but the painting.
+    void DrawGraph(QImage& picture, bool restart, PixelWriting pixels = PixelWriting::kNow);
+
+    /// Paints what the steps have brought that left the pixels alone; takes no values. REQUIRES: as
+    /// DrawGraph, with the picture of the last step.
+    void Paint(QImage& picture);
 
     /// The pixels of the rectangle were lost: the next step paints all of them.
     void Invalidate() { m_frame.Invalidate(); }
@@ -140,6 +150,7 @@ class GraphDraw {
     /// The curves take over the scale lines of the frame.
     void FollowFrame();
     void FillScaleLines();
+    void FitTo(const QImage& picture);
 
     // The step (graph_draw_steps.cpp).
     void Restart();
@@ -151,7 +162,8 @@ class GraphDraw {
     void TestTriggers();
     void CheckScales();
     void DrawFrame(QImage& picture);
-    void DrawGraphs(QImage& picture);
+    void DrawGraphs(QImage& picture, PixelWriting pixels);
+    [[nodiscard]] PlotCanvas* BeginCurves(QImage& picture);
     void AddAndDraw(std::size_t axis, PlotCanvas* canvas);
     void ReportDifferentSizes() const;
 

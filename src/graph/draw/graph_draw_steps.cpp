@@ -10,10 +10,8 @@
 
 namespace wavo {
 
-void GraphDraw::DrawGraph(QImage& picture, bool restart) {
-    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
-        FollowFrame();
-    }
+void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
+    FitTo(picture);
     if (restart || m_recorder.IsRestartAsked()) {
         Restart();
     }
@@ -25,10 +23,35 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart) {
     MTRACE(4, draw_texts::kTriggerTested);
     m_recorder.LeaveOutUnderived();
     CheckScales();
-    DrawFrame(picture);
+    if (m_lines.empty()) {
+        MERRLOG(draw_texts::kBadLineCount);
+    }
+    if (pixels == PixelWriting::kNow) {
+        DrawFrame(picture);
+    }
     MTRACE(4, draw_texts::kDrawingGraph);
-    DrawGraphs(picture);
+    DrawGraphs(picture, pixels);
     MTRACE(4, draw_texts::kGraphDrawn);
+}
+
+void GraphDraw::FitTo(const QImage& picture) {
+    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
+        FollowFrame();
+    }
+}
+
+void GraphDraw::Paint(QImage& picture) {
+    FitTo(picture);
+    DrawFrame(picture);
+    PlotCanvas* const canvas = BeginCurves(picture);
+    for (const auto& line : m_lines) {
+        if (IsTimeGraph()) {
+            line->DrawAllLinesXIsTime(kOwnColor, canvas);
+        } else {
+            line->DrawAllLinesXIsAx(kOwnColor, canvas);
+        }
+    }
+    m_canvas.End();
 }
 
 void GraphDraw::Restart() {
@@ -148,9 +171,6 @@ void GraphDraw::CheckScales() {
 }
 
 void GraphDraw::DrawFrame(QImage& picture) {
-    if (m_lines.empty()) {
-        MERRLOG(draw_texts::kBadLineCount);
-    }
     GraphFrame::Content content{m_zoom.Window(), m_recorder.State(), ShownXScale(), {}};
     for (const auto& line : m_lines) {
         content.curves.push_back({line->YLines(), ToQColor(line->Color()), line->ShownColor()});
@@ -160,14 +180,21 @@ void GraphDraw::DrawFrame(QImage& picture) {
     }
 }
 
-void GraphDraw::DrawGraphs(QImage& picture) {
-    ReportDifferentSizes();
+PlotCanvas* GraphDraw::BeginCurves(QImage& picture) {
     m_canvas.Begin(picture, m_frame.Image(), m_frame.Origin(), m_frame.DevicePlotArea());
-    PlotCanvas* const canvas = m_frame.PlotArea().isEmpty() ? nullptr : &m_canvas;
+    return m_frame.PlotArea().isEmpty() ? nullptr : &m_canvas;
+}
+
+void GraphDraw::DrawGraphs(QImage& picture, PixelWriting pixels) {
+    ReportDifferentSizes();
+    const bool writes = pixels == PixelWriting::kNow;
+    PlotCanvas* const canvas = writes ? BeginCurves(picture) : nullptr;
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         AddAndDraw(i, canvas);
     }
-    m_canvas.End();
+    if (writes) {
+        m_canvas.End();
+    }
 }
 
 void GraphDraw::AddAndDraw(std::size_t axis, PlotCanvas* canvas) {
