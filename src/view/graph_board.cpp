@@ -84,14 +84,20 @@ void GraphBoard::Layout(const QRect& area) {
     }
 }
 
-void GraphBoard::DrawAll(QImage& picture, bool restart) {
+void GraphBoard::DrawAll(QImage& picture, bool restart, PixelWriting pixels) {
     if (restart) {
         m_streams.Reset();
     }
     for (const auto& drawer : m_drawers) {
-        drawer->DrawGraph(picture, restart);
+        drawer->DrawGraph(picture, restart, pixels);
     }
     m_streams.EmptyNewValues();
+}
+
+void GraphBoard::PaintAll(QImage& picture) {
+    for (const auto& drawer : m_drawers) {
+        drawer->Paint(picture);
+    }
 }
 
 const WavoGraph* GraphBoard::Shown(std::uint32_t number) const {

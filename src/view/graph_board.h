@@ -50,7 +50,9 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
 
     /// One drawing step of all graphs; afterwards the new values of all buffers are emptied. With
     /// `restart` all buffers are reset first and the graphs begin anew.
-    void DrawAll(QImage& picture, bool restart);
+    void DrawAll(QImage& picture, bool restart, PixelWriting pixels = PixelWriting::kNow);
+    /// Paints what steps have left unpainted.
+    void PaintAll(QImage& picture);
 
     // ShownGraphs
     [[nodiscard]] const WavoGraph* Shown(std::uint32_t number) const override;

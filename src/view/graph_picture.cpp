@@ -25,26 +25,48 @@ int GraphPicture::EndOfGraphs(const BandText& text) {
     return static_cast<int>(std::floor(end / ratio));
 }
 
-void GraphPicture::Draw(GraphBoard& board, ColorRef background, bool restart,
-                        const BandText& text) {
+void GraphPicture::Draw(GraphBoard& board, ColorRef background, bool restart, const BandText& text,
+                        PixelWriting pixels) {
+    m_background = background;
+    m_text = text;
+    m_is_behind = pixels == PixelWriting::kLater;
+    if (m_is_behind) {
+        DrawGraphs(board, restart, pixels);
+        return;
+    }
     m_band.TakeOff(m_image);
-    DrawGraphs(board, background, restart);
+    FillBlank(board);
+    DrawGraphs(board, restart, pixels);
     m_band.PutOn(m_image, text);
 }
 
-void GraphPicture::DrawGraphs(GraphBoard& board, ColorRef background, bool restart) {
+void GraphPicture::CatchUp(GraphBoard& board) {
+    if (!m_is_behind) {
+        return;
+    }
+    m_is_behind = false;
+    m_band.TakeOff(m_image);
+    FillBlank(board);
+    board.PaintAll(m_image);
+    m_band.PutOn(m_image, m_text);
+}
+
+void GraphPicture::FillBlank(const GraphBoard& board) {
     if (m_blank) {
-        m_image.fill(ToQColor(background));
+        m_image.fill(ToQColor(m_background));
         for (const auto& drawer : board.Drawers()) {
             drawer->Invalidate();
         }
         m_blank = false;
     }
+}
+
+void GraphPicture::DrawGraphs(GraphBoard& board, bool restart, PixelWriting pixels) {
     if (board.Drawers().empty()) {
         return;
     }
     MTRACE(4, view_texts::kDrawingGraphs);
-    board.DrawAll(m_image, restart);
+    board.DrawAll(m_image, restart, pixels);
     MTRACE(4, view_texts::kGraphsDrawn);
 }
 

@@ -6,6 +6,7 @@
 #include <QRect>
 #include <QSize>
 
+#include "graph/draw/graph_draw.h"
 #include "support/color_ref.h"
 #include "view/text_band.h"
 
@@ -32,8 +33,14 @@ class GraphPicture {
     [[nodiscard]] int EndOfGraphs(const BandText& text);
 
     /// One drawing step; `text` stands at the bottom afterwards. With `restart` all buffers are
-    /// reset first and the graphs begin anew.
-    void Draw(GraphBoard& board, ColorRef background, bool restart, const BandText& text = {});
+    /// reset first and the graphs begin anew. With PixelWriting::kLater the picture stays as it is
+    /// until CatchUp or the next step.
+    void Draw(GraphBoard& board, ColorRef background, bool restart, const BandText& text = {},
+              PixelWriting pixels = PixelWriting::kNow);
+
+    /// Brings the picture to what the last step shows. REQUIRES: the graphs are those of the last
+    /// step.
+    void CatchUp(GraphBoard& board);
 
     /// Copies the part `exposed` to the widget that `painter` paints.
     void CopyTo(QPainter& painter, const QRect& exposed) const;
@@ -41,11 +48,15 @@ class GraphPicture {
     [[nodiscard]] const QImage& Image() const { return m_image; }
 
  private:
-    void DrawGraphs(GraphBoard& board, ColorRef background, bool restart);
+    void DrawGraphs(GraphBoard& board, bool restart, PixelWriting pixels);
+    void FillBlank(const GraphBoard& board);
 
     QImage m_image;
     TextBand m_band;
-    bool m_blank = true;  ///< nothing has been drawn on the image yet
+    bool m_blank = true;        ///< nothing has been drawn on the image yet
+    bool m_is_behind = false;   ///< steps have left the pixels as they were
+    ColorRef m_background = 0;  ///< of the last step
+    BandText m_text;            ///< of the last step
 };
 
 }  // namespace wavo

@@ -2,6 +2,7 @@
 
 #include <QPainter>
 #include <QWidget>
+#include <QWindow>
 #include <algorithm>
 #include <mutex>
 #include <utility>
@@ -88,7 +89,7 @@ void GraphScreen::DrawAndShow(bool restart) {
         const bool was_stopped = m_board.IsAnyStopped();
         m_drawing = true;
         m_picture.Draw(m_board, m_session.Settings().Current().background, m_restart,
-                       AdditionalText());
+                       AdditionalText(), IsSeen() ? PixelWriting::kNow : PixelWriting::kLater);
         m_restart = false;
         m_drawing = false;
         if (m_board.IsAnyStopped() != was_stopped) {
@@ -101,7 +102,24 @@ void GraphScreen::DrawAndShow(bool restart) {
     m_session.Values().AnswerDrawn();
 }
 
-void GraphScreen::Expose(QPainter& painter, const QRect& exposed) const {
+bool GraphScreen::IsSeen() const {
+    const QWindow* const window = m_widget.window()->windowHandle();
+    return m_widget.isVisible() && window != nullptr && window->isExposed();
+}
+
+void GraphScreen::CatchUp() {
+    if (!m_drawing && !m_picture.IsEmpty()) {
+        m_picture.CatchUp(m_board);
+    }
+}
+
+const QImage& GraphScreen::Picture() {
+    CatchUp();
+    return m_picture.Image();
+}
+
+void GraphScreen::Expose(QPainter& painter, const QRect& exposed) {
+    CatchUp();
     const ColorRef background = m_session.Settings().Current().background;
     if (!m_ready_for_painting || m_picture.IsEmpty()) {  // nothing was drawn yet
         painter.fillRect(exposed, ToQColor(background));

@@ -42,18 +42,23 @@ class GraphScreen {
     /// Makes all graphs of the document anew; draws nothing. Returns faults for the user.
     [[nodiscard]] std::vector<std::string> MakeGraphs();
     /// One drawing step, shown at once where the widget is visible. With `restart` the graphs begin
-    /// anew.
+    /// anew. While nobody sees the widget a step writes no pixels; they come when somebody does, or
+    /// asks for the picture.
     void DrawAndShow(bool restart = false);
     /// True while all graphs are being drawn.
     [[nodiscard]] bool IsDrawing() const { return m_drawing; }
 
     /// Paints the part `exposed` of the widget: picture and bands of zooms.
-    void Expose(QPainter& painter, const QRect& exposed) const;
+    void Expose(QPainter& painter, const QRect& exposed);
 
     [[nodiscard]] QWidget& Widget() { return m_widget; }
-    [[nodiscard]] const QImage& Picture() const { return m_picture.Image(); }
+    /// The picture as the last step shows it.
+    [[nodiscard]] const QImage& Picture();
 
  private:
+    /// Somebody may see the widget.
+    [[nodiscard]] bool IsSeen() const;
+    void CatchUp();
     void LayOut();
     [[nodiscard]] BandText AdditionalText() const;
     /// The graph area without the band of the additional text.

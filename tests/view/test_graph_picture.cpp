@@ -39,17 +39,19 @@ class Screen {
     void Resize(double ratio) { m_picture.Resize(kSize, ratio); }
 
     /// One batch of `lines` lines, drawn with `text` over it.
-    void Step(int lines, const std::string& text, bool restart = false) {
+    void Step(int lines, const std::string& text, bool restart = false,
+              PixelWriting pixels = PixelWriting::kNow) {
         for (int i = 0; i < lines; ++i) {
             const double t = kCycleTime * static_cast<double>(m_line++);
             const std::array<double, 2> line{8.0 * std::sin(7.0 * t), 9.0 * std::sin(11.0 * t)};
             m_streams.Distribute({line.data(), 1, 2});
         }
-        m_picture.Draw(m_board, settings.background, restart, Text(text));
+        m_picture.Draw(m_board, settings.background, restart, Text(text), pixels);
     }
     [[nodiscard]] BandText Text(const std::string& text) const {
         return {text, settings.font, ComplementColor(settings.background)};
     }
+    void CatchUp() { m_picture.CatchUp(m_board); }
     [[nodiscard]] const QImage& Image() const { return m_picture.Image(); }
 
     ViewSettings settings;
@@ -110,6 +112,38 @@ TEST_P(Picture, CarriesNoTextIntoANewSizeOrNewGraphs) {
         screen->Step(5, "");
     }
     EXPECT_EQ(with_text.Image(), without.Image());
+}
+
+TEST_P(Picture, ThatNobodySeesStaysAsItIsUntilItIsAskedFor) {
+    for (const GraphMode mode : {GraphMode::kContinuity, GraphMode::kClassic}) {
+        Screen seen(GetParam(), mode);
+        Screen unseen(GetParam(), mode);
+        for (int step = 0; step < 120; ++step) {
+            const bool restart = step == 50;
+            const std::string text = step / 7 % 2 == 0 ? "" : "text " + std::to_string(step / 20);
+            if (step == 30 || step == 70) {
+                seen.Rebuild();
+                unseen.Rebuild();
+            } else if (step == 90) {
+                seen.Resize(4.0 - GetParam());
+                unseen.Resize(4.0 - GetParam());
+            }
+            const QImage before = unseen.Image().copy();
+            seen.Step(step % 9, text, restart);
+            const bool is_seen = step % 17 == 3;
+            unseen.Step(step % 9, text, restart,
+                        is_seen ? PixelWriting::kNow : PixelWriting::kLater);
+            if (!is_seen) {
+                ASSERT_TRUE(step == 90 || unseen.Image() == before) << "step " << step;
+            }
+            if (step % 5 == 0) {
+                unseen.CatchUp();
+            }
+            if (is_seen || step % 5 == 0) {
+                ASSERT_EQ(unseen.Image(), seen.Image()) << "step " << step;
+            }
+        }
+    }
 }
 
 TEST(PictureWithoutGraphs, ShowsTheTextOnTheBackground) {

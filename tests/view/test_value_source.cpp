@@ -107,6 +107,43 @@ TEST_F(OtherSource, IsAnsweredAtOnceWhileStopped) {
     EXPECT_EQ(m_view->Work().Values().Counters().lines_not_shown, 1U);
 }
 
+TEST_F(OtherSource, TakesTheSameUnseenAndShowsItAsSoonAsItIsSeen) {
+    const auto give = [this](double first) {
+        m_source->values.clear();
+        for (int i = 0; i < 50; ++i) {
+            m_source->values.insert(m_source->values.end(), {first + i, -first - i});
+        }
+        EXPECT_TRUE(m_source->events->BatchReady());
+    };
+    give(0.0);
+    const QImage seen = m_view->Screen().Picture().copy();
+    const int answers = m_source->answers;
+    m_view->hide();
+    give(5.0);
+    give(300.0);
+    EXPECT_EQ(m_source->answers, answers + 2) << "answered as if it were seen";
+    EXPECT_EQ(m_view->Work().Values().TotalLines(), 150U);
+    std::vector<double> shown;
+    EXPECT_TRUE(m_view->Board().Drawers()[0]->GetAxValues("X", shown));
+    EXPECT_THAT(shown, SizeIs(150));
+
+    const QImage asked_for = m_view->Screen().Picture().copy();
+    EXPECT_NE(asked_for, seen);
+    give(7.0);
+    m_view->show();
+    QCoreApplication::processEvents();
+    const QImage window = m_view->grab().toImage();
+    const QRect area = m_view->Screen().GraphArea();
+    EXPECT_EQ(window.copy(area).convertToFormat(QImage::Format_RGB32),
+              m_view->Screen().Picture().copy(area));
+    EXPECT_NE(m_view->Screen().Picture(), asked_for);
+
+    // A graph that is drawn anew from what it holds looks the same.
+    const QImage late = m_view->Screen().Picture().copy();
+    m_view->Screen().DrawAndShow();
+    EXPECT_EQ(m_view->Screen().Picture(), late);
+}
+
 TEST_F(OtherSource, BuffersAreAskedForTheLinesOfTheSource) {
     for (int batch = 0; batch < 3; ++batch) {
         m_source->values = {1.0 * batch, 0.0, 2.0 * batch, 0.0};

@@ -151,9 +151,9 @@ TEST_F(View, ADragInAWrappedSweepZoomsToTheSamplesUnderIt) {
         Feed(30);  // again from line 0: the sweep wraps
     }
     const LinesDrawAxis& line = *Drawer(0).Lines()[0];
-    ASSERT_GT(line.Runs().size(), 1U);
+    ASSERT_GT(line.OverTime()->Runs().size(), 1U);
     // Right of the gap stand the oldest samples.
-    const CurveRun oldest = line.Runs().front();
+    const CurveRun oldest = line.OverTime()->Runs().front();
     const double first_shown = static_cast<double>(oldest.step) * 0.004;
     ASSERT_LT(first_shown, 2.0);
     std::vector<double> marked;

@@ -15,9 +15,6 @@ namespace {
 constexpr std::int32_t kDefaultXScaleLines = 5;
 constexpr std::int32_t kDefaultYScaleLines = 3;
 
-/// A plot area with a lower or narrower side, logical pixels, is small.
-constexpr int kSmallPlot = 40;
-
 std::int32_t CheckedXLines(std::int32_t lines) {
     if (lines >= 1) {
         return lines;
@@ -44,8 +41,10 @@ WavoGraph Completed(WavoGraph graph, const GraphDisplaySettings& settings) {
     return graph;
 }
 
-int DeviceCoordinate(int logical, double ratio) {
-    return ToPixel(std::round(static_cast<double>(logical) * ratio));
+GraphFrame::Looks LooksOf(const GraphDisplaySettings& settings, std::int32_t x_scale_lines,
+                          std::int32_t y_scale_lines) {
+    return {ToQColor(settings.background), MakeFont(settings.font), CheckedXLines(x_scale_lines),
+            CheckedYLines(y_scale_lines)};
 }
 
 }  // namespace
@@ -56,22 +55,18 @@ GraphDraw::GraphDraw(const QRect& rectangle, const WavoGraph& graph, GraphDrawHo
     : m_graph(Completed(graph, settings)),
       m_host(host),
       m_settings(settings),
-      m_colors(ToQColor(settings.background)),
-      m_font(MakeFont(settings.font)),
       m_cycle_time(cycle_time),
-      m_x_scale_lines(CheckedXLines(x_scale_lines)),
-      m_y_scale_lines(CheckedYLines(y_scale_lines)),
-      m_rectangle(rectangle),
+      m_frame(m_graph, LooksOf(settings, x_scale_lines, y_scale_lines), rectangle),
       m_shown_x_scale(graph.XScale),
       m_recorder(m_graph, cycle_time, streams),
       m_zoom(m_graph, cycle_time) {
-    Layout();
+    FillScaleLines();
     CreateLines();
     PrimeLines();
 }
 
 void GraphDraw::CreateLines() {
-    const PlotGeometry geometry = Geometry();
+    const PlotGeometry geometry = m_frame.Geometry();
     for (std::size_t i = 0; i < m_graph.YCoorAxName.size(); ++i) {
         LinesDrawAxis::Settings settings;
         settings.x_type = m_graph.XCoorType;
@@ -108,83 +103,20 @@ void GraphDraw::PrimeLines() {
     m_recorder.Discard();
 }
 
-void GraphDraw::Layout() {
-    const QFontMetrics font_metrics(m_font);
-    m_metrics.line_height = font_metrics.height() + 4;
-    m_metrics.gap = 2 * font_metrics.averageCharWidth();
-    m_metrics.minimum_slot = 5 * font_metrics.averageCharWidth();
-    m_metrics.slot_width = SlotWidth(font_metrics);
-    m_layout = LayoutFrame(m_rectangle, m_metrics, static_cast<int>(m_recorder.Axes()));
-    const QRect available = m_layout.plot;
-    m_layout.plot = RoundPlot(available, m_graph);
-    m_device_plot = ToDevice(m_layout.plot);
-    if (std::min(m_layout.plot.width(), m_layout.plot.height()) < kSmallPlot) {
-        // So small, the rounding from one kind of pixels to the other is seen.
-        m_device_plot = RoundPlot(ToDevice(available), m_graph);
-        m_layout.plot = ToLogical(m_device_plot);
-    }
-    m_vertical = VerticalScaleLines(m_device_plot, m_x_scale_lines);
-    m_horizontal = HorizontalScaleLines(m_device_plot, m_y_scale_lines);
+void GraphDraw::FollowFrame() {
     FillScaleLines();
     for (const auto& line : m_lines) {
-        line->SetGeometry(Geometry(), m_device_ratio);
+        line->SetGeometry(m_frame.Geometry(), m_frame.DeviceRatio());
     }
-    Invalidate();
-}
-
-int GraphDraw::SlotWidth(const QFontMetrics& font_metrics) const {
-    // Room for the longest name and for numbers as they are seen most; not for the numbers of the
-    // moment, which would move the picture.
-    int name_width = 0;
-    for (std::size_t i = 0; i < m_graph.YCoorAxName.size(); ++i) {
-        const std::string name = AxisLabel(m_graph.YCoorAxName[i], m_graph.YCoorAxDerivation[i]);
-        name_width =
-            std::max(name_width, font_metrics.horizontalAdvance(QString::fromStdString(name)));
-    }
-    const QString numbers = QStringLiteral("Y: =(-100.000 ... 100.000):   dy=100.000");
-    return 2 * std::min(name_width, m_rectangle.width()) + font_metrics.horizontalAdvance(numbers) +
-           2 * m_metrics.gap;
-}
-
-QRect GraphDraw::ToDevice(const QRect& logical) const {
-    const int left = DeviceCoordinate(logical.left(), m_device_ratio);
-    const int top = DeviceCoordinate(logical.top(), m_device_ratio);
-    const int right = DeviceCoordinate(logical.right() + 1, m_device_ratio) - 1;
-    const int bottom = DeviceCoordinate(logical.bottom() + 1, m_device_ratio) - 1;
-    return {QPoint(left, top), QPoint(right, bottom)};
-}
-
-QRect GraphDraw::ToLogical(const QRect& device) const {
-    const double ratio = m_device_ratio;
-    const QPoint top_left(ToPixel(std::floor(device.left() / ratio)),
-                          ToPixel(std::floor(device.top() / ratio)));
-    const QPoint bottom_right(ToPixel(std::floor(device.right() / ratio)),
-                              ToPixel(std::floor(device.bottom() / ratio)));
-    return {top_left, bottom_right};
-}
-
-PlotGeometry GraphDraw::Geometry() const {
-    return {m_device_plot, m_vertical, m_horizontal};
 }
 
 void GraphDraw::FillScaleLines() {
-    FillScaleValues(m_vertical, GraphDefineGetMinMaxValue(ShownXScale()));
-}
-
-void GraphDraw::Invalidate() {
-    m_frame_valid = false;
-}
-
-void GraphDraw::FitToDevice(double ratio) {
-    if (ratio != m_device_ratio && ratio > 0.0) {
-        m_device_ratio = ratio;
-        Layout();
-    }
+    m_frame.SetXRange(GraphDefineGetMinMaxValue(ShownXScale()));
 }
 
 void GraphDraw::SetRectangle(const QRect& rectangle) {
-    m_rectangle = rectangle;
-    Layout();
+    m_frame.SetRectangle(rectangle);
+    FollowFrame();
 }
 
 void GraphDraw::RestoreZoom(const ZoomState& zoom) {
@@ -197,10 +129,7 @@ void GraphDraw::RestoreZoom(const ZoomState& zoom) {
         m_graph.YScales[i] = zoom.definition.YScales[i];
     }
     if (changed) {
-        FillScaleLines();
-        for (const auto& line : m_lines) {
-            line->SetGeometry(Geometry(), m_device_ratio);
-        }
+        FollowFrame();
     }
 }
 
@@ -209,10 +138,6 @@ void GraphDraw::DetachValues() {
         line->KeepWindow();
     }
     m_recorder.Detach();
-}
-
-double GraphDraw::PixelToTime(int x) const {
-    return IsTimeGraph() ? ValueAtColumn(m_vertical, DeviceCoordinate(x, m_device_ratio)) : -1.0;
 }
 
 }  // namespace wavo

@@ -16,25 +16,19 @@
 // 6. The rectangle is in logical pixels; curves and lines stand on device pixels of the painter.
 #pragma once
 
-#include <QFont>
-#include <QFontMetrics>
 #include <QImage>
 #include <QRect>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "graph/draw/display_settings.h"
-#include "graph/draw/frame/colors.h"
-#include "graph/draw/frame/guiding_circles.h"
-#include "graph/draw/frame/labels.h"
-#include "graph/draw/frame/texts.h"
+#include "graph/draw/frame/graph_frame.h"
+#include "graph/draw/graph_places.h"
 #include "graph/draw/graph_zoom.h"
 #include "graph/draw/lines_draw_axis.h"
-#include "graph/draw/raster/mapping.h"
 #include "graph/draw/raster/plot_canvas.h"
 #include "graph/model/wavo_graph.h"
 #include "graph/record/graph_recorder.h"
@@ -49,6 +43,12 @@ class GraphDrawHost {
     virtual ~GraphDrawHost() = default;
     /// A recording that a start trigger began is complete. Called once, from within DrawGraph.
     virtual void RecordingEnded() = 0;
+};
+
+/// What becomes of the pixels in a drawing step.
+enum class PixelWriting {
+    kNow,
+    kLater,  ///< nobody sees them: Paint writes them when somebody does
 };
 
 class GraphDraw {
@@ -68,12 +68,16 @@ class GraphDraw {
 
     /// One drawing step. `restart`: the caller has reset all buffers, the graph begins anew.
     /// Paints all pixels of its rectangle, the background too, and no others. REQUIRES: `picture`
-    /// has the format RGB32 and in the rectangle what the last step drew there, unless Invalidate
-    /// was called since.
-    void DrawGraph(QImage& picture, bool restart);
+    /// has the format RGB32 and in the rectangle what was painted there last, unless Invalidate was
+    /// called since. With PixelWriting::kLater all happens but the painting.
+    void DrawGraph(QImage& picture, bool restart, PixelWriting pixels = PixelWriting::kNow);
+
+    /// Paints what the steps have brought that left the pixels alone; takes no values. REQUIRES: as
+    /// DrawGraph, with the picture of the last step.
+    void Paint(QImage& picture);
 
     /// The pixels of the rectangle were lost: the next step paints all of them.
-    void Invalidate();
+    void Invalidate() { m_frame.Invalidate(); }
 
     /// Moves the graph; its curves follow at once.
     void SetRectangle(const QRect& rectangle);
@@ -116,14 +120,18 @@ class GraphDraw {
 
     /// The time, seconds, at a logical pixel column of the displayed time axis; -1 outside the
     /// plot area and for a graph whose x is no time.
-    [[nodiscard]] double PixelToTime(int x) const;
+    [[nodiscard]] double PixelToTime(int x) const { return Places().TimeAt(x); }
+    /// Where times, lines and values stand, until the next step.
+    [[nodiscard]] GraphPlaces Places() const { return GraphPlaces(*this); }
 
     [[nodiscard]] const WavoGraph& Graph() const { return m_graph; }
-    [[nodiscard]] const QRect& Rectangle() const { return m_rectangle; }
-    [[nodiscard]] const QRect& PlotArea() const { return m_layout.plot; }
+    [[nodiscard]] const QRect& Rectangle() const { return m_frame.Rectangle(); }
+    [[nodiscard]] const QRect& PlotArea() const { return m_frame.PlotArea(); }
     [[nodiscard]] RunState State() const { return m_recorder.State(); }
     /// What the graph has taken of its streams.
     [[nodiscard]] const GraphRecorder& Recorder() const { return m_recorder; }
+    [[nodiscard]] const GraphFrame& Frame() const { return m_frame; }
+    [[nodiscard]] const GraphZoom& ZoomWindow() const { return m_zoom; }
     [[nodiscard]] const ZoomState& Zoom() const { return m_zoom.State(); }
     [[nodiscard]] const TimeWindow& DisplayedWindow() const { return m_zoom.Window(); }
 
@@ -136,36 +144,13 @@ class GraphDraw {
     }
 
  private:
-    /// What the texts of the frame say.
-    struct FrameContent {
-        TimeWindow window;
-        RunState state = RunState::kRunning;
-        ScaleDefinition x;
-        std::vector<ScaleDefinition> y;
-
-        friend bool operator==(const FrameContent&, const FrameContent&) = default;
-    };
-
-    /// Lines of the plot area that move with the scales; pixels of the device.
-    struct FrameLines {
-        std::map<std::int32_t, QRgb> zero_rows;
-        std::optional<std::int32_t> zero_column;
-        GuidingCircles circles;
-
-        friend bool operator==(const FrameLines&, const FrameLines&) = default;
-    };
-
     // Construction and layout (graph_draw.cpp).
-    void CompleteDefinition();
     void CreateLines();
     void PrimeLines();
-    void Layout();
-    [[nodiscard]] int SlotWidth(const QFontMetrics& font_metrics) const;
-    void FitToDevice(double ratio);
-    [[nodiscard]] PlotGeometry Geometry() const;
-    [[nodiscard]] QRect ToDevice(const QRect& logical) const;
-    [[nodiscard]] QRect ToLogical(const QRect& device) const;
+    /// The curves take over the scale lines of the frame.
+    void FollowFrame();
     void FillScaleLines();
+    void FitTo(const QImage& picture);
 
     // The step (graph_draw_steps.cpp).
     void Restart();
@@ -176,7 +161,9 @@ class GraphDraw {
     void Refill();
     void TestTriggers();
     void CheckScales();
-    void DrawGraphs(QImage& picture);
+    void DrawFrame(QImage& picture);
+    void DrawGraphs(QImage& picture, PixelWriting pixels);
+    [[nodiscard]] PlotCanvas* BeginCurves(QImage& picture);
     void AddAndDraw(std::size_t axis, PlotCanvas* canvas);
     void ReportDifferentSizes() const;
 
@@ -185,18 +172,6 @@ class GraphDraw {
     [[nodiscard]] std::optional<std::size_t> StreamOf(const std::string& axis_name) const;
     [[nodiscard]] bool ShowsBuffers() const;
     void CurveValues(std::size_t stream, std::vector<double>& values) const;
-
-    // Everything but the curves (graph_draw_frame.cpp).
-    void DrawFrame(QImage& picture);
-    void MakeFrame(const QRect& rectangle);
-    [[nodiscard]] FrameContent FrameNow() const;
-    [[nodiscard]] FrameLines LinesNow() const;
-    void DrawFrameLines();
-    void DrawFrameTexts();
-    // The rows of the frame above and below the plot area: those of the texts.
-    [[nodiscard]] QRect AbovePlot() const;
-    [[nodiscard]] QRect BelowPlot() const;
-    void CopyFrame(QImage& picture, const QRect& part) const;
 
     [[nodiscard]] bool IsTimeGraph() const { return m_graph.XCoorType != CoorType::kAxis; }
     [[nodiscard]] ScaleDefinition& ShownXScale() {
@@ -207,33 +182,16 @@ class GraphDraw {
     WavoGraph m_graph;  ///< but for its scales; the curves refer to them, so it is never replaced
     GraphDrawHost& m_host;
     GraphDisplaySettings m_settings;
-    FrameColors m_colors;
-    QFont m_font;
     double m_cycle_time;
-    std::int32_t m_x_scale_lines;
-    std::int32_t m_y_scale_lines;
 
-    QRect m_rectangle;
+    GraphFrame m_frame;
     QRect m_tracker;
-    double m_device_ratio = 1.0;
-    LabelMetrics m_metrics;
-    FrameLayout m_layout;
-    QRect m_device_plot;
-    ScaleLines m_vertical;    ///< with the values of the x scale that is shown
-    ScaleLines m_horizontal;  ///< without values: they differ per y axis
-
     ScaleDefinition m_shown_x_scale;  ///< of a time graph: the x scale, or the zoomed span
-    QImage m_frame;                   ///< the graph without its curves
-    QRect m_frame_rectangle;          ///< where it stands in the picture, device pixels
-    bool m_frame_valid = false;       ///< frame and picture show what was drawn last
-    FrameContent m_drawn_content;
-    FrameLines m_drawn_lines;
     PlotCanvas m_canvas;
 
     GraphRecorder m_recorder;
-    std::vector<std::unique_ptr<LinesDrawAxis>> m_lines;
-
     GraphZoom m_zoom;
+    std::vector<std::unique_ptr<LinesDrawAxis>> m_lines;
 };
 
 }  // namespace wavo

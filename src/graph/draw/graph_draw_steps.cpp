@@ -10,8 +10,8 @@
 
 namespace wavo {
 
-void GraphDraw::DrawGraph(QImage& picture, bool restart) {
-    FitToDevice(picture.devicePixelRatioF());
+void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
+    FitTo(picture);
     if (restart || m_recorder.IsRestartAsked()) {
         Restart();
     }
@@ -23,10 +23,35 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart) {
     MTRACE(4, draw_texts::kTriggerTested);
     m_recorder.LeaveOutUnderived();
     CheckScales();
-    DrawFrame(picture);
+    if (m_lines.empty()) {
+        MERRLOG(draw_texts::kBadLineCount);
+    }
+    if (pixels == PixelWriting::kNow) {
+        DrawFrame(picture);
+    }
     MTRACE(4, draw_texts::kDrawingGraph);
-    DrawGraphs(picture);
+    DrawGraphs(picture, pixels);
     MTRACE(4, draw_texts::kGraphDrawn);
+}
+
+void GraphDraw::FitTo(const QImage& picture) {
+    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
+        FollowFrame();
+    }
+}
+
+void GraphDraw::Paint(QImage& picture) {
+    FitTo(picture);
+    DrawFrame(picture);
+    PlotCanvas* const canvas = BeginCurves(picture);
+    for (const auto& line : m_lines) {
+        if (IsTimeGraph()) {
+            line->DrawAllLinesXIsTime(kOwnColor, canvas);
+        } else {
+            line->DrawAllLinesXIsAx(kOwnColor, canvas);
+        }
+    }
+    m_canvas.End();
 }
 
 void GraphDraw::Restart() {
@@ -145,14 +170,31 @@ void GraphDraw::CheckScales() {
     }
 }
 
-void GraphDraw::DrawGraphs(QImage& picture) {
+void GraphDraw::DrawFrame(QImage& picture) {
+    GraphFrame::Content content{m_zoom.Window(), m_recorder.State(), ShownXScale(), {}};
+    for (const auto& line : m_lines) {
+        content.curves.push_back({line->YLines(), ToQColor(line->Color()), line->ShownColor()});
+    }
+    if (m_frame.Draw(picture, content)) {
+        m_canvas.Forget();
+    }
+}
+
+PlotCanvas* GraphDraw::BeginCurves(QImage& picture) {
+    m_canvas.Begin(picture, m_frame.Image(), m_frame.Origin(), m_frame.DevicePlotArea());
+    return m_frame.PlotArea().isEmpty() ? nullptr : &m_canvas;
+}
+
+void GraphDraw::DrawGraphs(QImage& picture, PixelWriting pixels) {
     ReportDifferentSizes();
-    m_canvas.Begin(picture, m_frame, m_frame_rectangle.topLeft(), m_device_plot);
-    PlotCanvas* const canvas = m_layout.plot.isEmpty() ? nullptr : &m_canvas;
+    const bool writes = pixels == PixelWriting::kNow;
+    PlotCanvas* const canvas = writes ? BeginCurves(picture) : nullptr;
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         AddAndDraw(i, canvas);
     }
-    m_canvas.End();
+    if (writes) {
+        m_canvas.End();
+    }
 }
 
 void GraphDraw::AddAndDraw(std::size_t axis, PlotCanvas* canvas) {

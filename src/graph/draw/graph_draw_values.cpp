@@ -48,7 +48,8 @@ TimeWindow GraphDraw::ZoomSpanOf(const TimeWindow& marked) const {
         return marked;
     }
     const LinesDrawAxis& line = *m_lines.front();  // all curves sweep together
-    const std::optional<TimeWindow> shown = StretchOfPlaces(line.Runs(), m_cycle_time, marked);
+    const std::optional<TimeWindow> shown =
+        StretchOfPlaces(line.OverTime()->Runs(), m_cycle_time, marked);
     if (!shown.has_value()) {
         return marked;
     }

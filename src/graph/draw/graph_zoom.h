@@ -64,6 +64,8 @@ class GraphZoom {
 
     /// This step shows what TakeWindow found.
     [[nodiscard]] bool IsTaken() const { return m_taken; }
+    /// A window of the buffers is shown.
+    [[nodiscard]] bool IsOfBuffers() const { return IsShown() && !m_of_recording; }
     /// The window as the time axis names it; start == end when the whole range is shown.
     [[nodiscard]] const TimeWindow& Window() const { return m_window; }
     /// The window, seconds from the oldest sample that is held. After TakeWindow.

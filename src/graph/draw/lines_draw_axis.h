@@ -1,12 +1,10 @@
-// The curve of one y axis: its samples, their mapping to pixels, and its drawing.
+// The curve of one y axis with its scales: takes values, adapts automatic scales, maps and draws.
 //
 // Over time a curve is filled in one of two ways. Classic: a sweep from left to right that, when
 // it has reached the right border, goes on from the left and overwrites the oldest points at a
 // write index. Continuity: points fill the FIFO from the left, then scroll, so that new values
-// enter at the right. Over an axis, points follow one another and the oldest leave.
-//
-// A curve over time keeps samples alone; times and pixels follow from places and scales (see
-// time_curve.h). A curve over an axis keeps points that are mapped when they arrive.
+// enter at the right. Over an axis, points follow one another and the oldest leave. Each is a kind
+// of LiveCurve (curve/curve_kinds.h).
 //
 // Invariants:
 // 1. The FIFO holds at most MaxPoints() points, except while it shows a window (ShowWindow).
@@ -15,15 +13,13 @@
 #pragma once
 
 #include <QColor>
-#include <QImage>
-#include <QRect>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "graph/draw/curve/axis_curve.h"
-#include "graph/draw/curve/curve_shape.h"
+#include "graph/draw/curve/curve.h"
 #include "graph/draw/curve/line_point.h"
 #include "graph/draw/curve/time_curve.h"
 #include "graph/draw/frame/scale.h"
@@ -32,13 +28,6 @@
 #include "graph/model/wavo_graph.h"
 
 namespace wavo {
-
-/// The plot area of a graph and its scale lines, borders included, in device pixels.
-struct PlotGeometry {
-    QRect plot;
-    ScaleLines vertical;
-    ScaleLines horizontal;
-};
 
 /// Colour that stands for the curve's own colour (bit 28).
 inline constexpr ColorRef kOwnColor = 0x10000000;
@@ -83,7 +72,9 @@ class LinesDrawAxis {
     void XScaleChanged();
 
     /// Sets the pixels of a point from its values.
-    void MapPoint(LinePoint& point, bool force_x, bool force_y);
+    void MapPoint(LinePoint& point, bool force_x, bool force_y) {
+        m_plot.Map(point, force_x, force_y);
+    }
 
     /// Adds the new values of a paint, the first of which was taken at `start_time` (seconds; 0
     /// begins a sweep at the left), and draws the curve. Without new values nothing is drawn.
@@ -100,7 +91,7 @@ class LinesDrawAxis {
     void ShowOwnWindow(double from, double to);
 
     /// Makes what a window shows the curve's own, before its ring goes.
-    void KeepWindow() { m_curve.KeepWindow(); }
+    void KeepWindow();
 
     /// Draws the whole curve; nothing for fewer than 2 points or without a canvas.
     void DrawAllLinesXIsTime(ColorRef color, PlotCanvas* canvas);
@@ -118,20 +109,23 @@ class LinesDrawAxis {
     /// The time range of the x scale, seconds. 0 and an error-log entry when it is no time range.
     [[nodiscard]] double GetXTimeRange() const;
 
-    [[nodiscard]] std::uint64_t MaxPoints() const { return m_curve.MaxPoints(); }
-    [[nodiscard]] std::size_t Size() const;
+    [[nodiscard]] std::uint64_t MaxPoints() const { return m_curve->MaxPoints(); }
+    [[nodiscard]] std::size_t Size() const { return m_curve->Size(); }
     /// Samples over time that the curve holds itself, whatever a window shows.
-    [[nodiscard]] std::uint64_t HeldSamples() const { return m_curve.HeldSamples(); }
+    [[nodiscard]] std::uint64_t HeldSamples() const {
+        return m_over_time ? m_over_time->HeldSamples() : 0;
+    }
     /// The point at a place of the FIFO. REQUIRES: place < Size().
-    [[nodiscard]] LinePoint Point(std::size_t place) const;
-    [[nodiscard]] std::uint64_t WriteIndex() const { return m_curve.WriteIndex(); }
-    [[nodiscard]] double SweepPosition() const { return m_curve.SweepPosition(); }
-    /// The samples over time, as stretches that follow one another by one cycle.
-    [[nodiscard]] std::vector<CurveRun> Runs() const { return m_curve.Runs(); }
+    [[nodiscard]] LinePoint Point(std::size_t place) const { return m_curve->Point(place, m_plot); }
+    [[nodiscard]] std::uint64_t WriteIndex() const {
+        return m_over_time ? m_over_time->WriteIndex() : 0;
+    }
+    /// The samples of a curve over time; null over an axis.
+    [[nodiscard]] const TimeCurve* OverTime() const { return m_over_time; }
 
     /// Copies the values of all points, oldest first; x values over an axis only.
-    void GetYValues(std::vector<double>& out) const;
-    void GetXValues(std::vector<double>& out) const;
+    void GetYValues(std::vector<double>& out) const { m_curve->CopyValues(Coordinate::kY, out); }
+    void GetXValues(std::vector<double>& out) const { m_curve->CopyValues(Coordinate::kX, out); }
 
     [[nodiscard]] std::int32_t Derivation() const { return m_settings.derivation; }
     /// The user's colour.
@@ -139,19 +133,14 @@ class LinesDrawAxis {
     /// The colour that the curve is drawn with: the user's, where it can be seen.
     [[nodiscard]] const QColor& ShownColor() const { return m_shown_color; }
     /// The horizontal scale lines with the values of the y scale.
-    [[nodiscard]] const ScaleLines& YLines() const { return m_y_mapping.Lines(); }
-    [[nodiscard]] const ScaleLines& XLines() const { return m_x_mapping.Lines(); }
+    [[nodiscard]] const ScaleLines& YLines() const { return m_plot.y.Lines(); }
+    [[nodiscard]] const ScaleLines& XLines() const { return m_plot.x.Lines(); }
 
  private:
-    LinePoint MakePoint(double x_value, double y_value);
-    void MapAll(bool force_x, bool force_y);
-    void ApplyScaleChange(AxisMapping& mapping, const ScaleDefinition& scale);
-    [[nodiscard]] Extremes HeldExtremes(double LinePoint::*value);
-    [[nodiscard]] QColor DrawColor(ColorRef color) const;
+    void ApplyScaleChange(Coordinate coordinate);
+    [[nodiscard]] CurveStyle StyleIn(ColorRef color) const;
     void FitScaleToWindow();
-    // Both draw in device pixels and return what they may have touched.
-    QRect DrawSegments(QImage& picture, const QColor& color) const;
-    QRect DrawOverAxis(QImage& picture, const QColor& color);
+    void CheckScale(Coordinate coordinate, const std::vector<double>& new_values);
 
     // Constant after construction.
     Settings m_settings;
@@ -159,16 +148,11 @@ class LinesDrawAxis {
     ScaleDefinition& m_x_scale;
     ScaleDefinition& m_y_scale;
 
-    QRect m_plot;
-    double m_device_ratio = 1.0;
-    AxisMapping m_x_mapping;
-    AxisMapping m_y_mapping;
-    TimeCurve m_curve;
-    AxisCurve m_points;  ///< over an axis
+    CurvePlot m_plot;
+    std::unique_ptr<LiveCurve> m_curve;
+    TimeCurve* m_over_time;  ///< of the curve; null over an axis
     AutoScale m_x_auto;
     AutoScale m_y_auto;
-    std::uint64_t m_changes = 0;  ///< of what is drawn over an axis
-    CurveShape m_shape;
 };
 
 }  // namespace wavo

@@ -17,11 +17,6 @@ inline constexpr char kStreamsMissing[] =
     "GraphDraw::DrawGraph(): m_pLinesY.size()!=m_pVectYValueFifo.size()";
 inline constexpr char kNoTimeRange[] =
     "LinesDrawAxis::GetXTimeRange(): x scale is not a time range";
-inline constexpr char kTooManyNewValues[] =
-    "LinesDrawAxis::DrawLinesXIsTime(): number of new values > number of max. values in line-fifo";
-inline constexpr char kUnequalValueCounts[] =
-    "LinesDrawAxis::DrawLinesXIsAx(): number of values x-coor. and number of values y-coor. are "
-    "not equal";
 
 // The trace.
 inline constexpr char kTakingValues[] = "DrawGraph(): --- starting to get act. valus";

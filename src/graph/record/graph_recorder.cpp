@@ -156,6 +156,7 @@ void GraphRecorder::LeaveOutUnderived() {
 }
 
 void GraphRecorder::TakeRows(const StreamRows& rows, const SampleStretch& taken) {
+    m_new_lines = rows.LinesOf(taken.position, taken.count);
     for (std::size_t i = 0; i < m_taken.size(); ++i) {
         if (m_taken[i].value != nullptr) {
             rows.Copy(i, taken.position, taken.count, m_taken[i].values);
@@ -169,6 +170,7 @@ void GraphRecorder::TakeHeld() {
     SampleStretch held = RowsOfSpan(rows);
     held.count -= std::min(held.count, rows.Count() - rows.FirstNew());
     TakeRows(rows, held);
+    KeepLines(0);
 }
 
 bool GraphRecorder::TakeNewest() {
@@ -178,6 +180,7 @@ bool GraphRecorder::TakeNewest() {
                                 [](const TakenValues& y) { return y.value != nullptr; });
     if (refill) {
         m_refill = false;
+        BeginLines();
         TakeRows(rows, RowsOfSpan(rows));
     } else {
         TakeNew(rows);
@@ -197,11 +200,39 @@ void GraphRecorder::TakeNew(const StreamRows& rows) {
                 taken.underived = rows.Underived(i, first, taken.values.size());
             }
         }
+        m_new_lines = rows.LinesOf(first, rows.Count() - first);
     }
     // A stream that is younger than others goes on where they do.
     const double start = rows.StartOfNew();
     for (TakenValues& taken : m_taken) {
         taken.start_time = start;
+    }
+}
+
+void GraphRecorder::BeginLines() {
+    m_lines.Clear();
+    m_rows = 0;
+}
+
+void GraphRecorder::KeepLines(std::uint64_t dropped) {
+    std::uint64_t kept = 0;
+    for (const TakenValues& taken : m_taken) {
+        kept = std::max<std::uint64_t>(kept, taken.values.size());
+    }
+    for (const LineLog::Run& run : m_new_lines) {
+        const std::uint64_t begin = std::max(run.sequence, dropped);
+        const std::uint64_t end = std::min(run.sequence + run.count, dropped + kept);
+        if (begin < end) {
+            m_lines.Expect(m_rows + begin - dropped,
+                           run.line + static_cast<std::int64_t>(begin - run.sequence));
+        }
+    }
+    m_new_lines.clear();
+    m_rows += kept;
+    // A curve holds a point more than there are steps in its range.
+    const std::uint64_t held = ToCount(GraphTimeRange(m_graph) / m_cycle_time, kAnyCount - 2) + 2;
+    if (m_rows > held) {
+        m_lines.ForgetBefore(m_rows - held);
     }
 }
 
@@ -220,13 +251,17 @@ bool GraphRecorder::IsTrigger(std::uint64_t& index) const {
 }
 
 TriggerEvent GraphRecorder::TestTriggers() {
+    TriggerEvent event = TriggerEvent::kNone;
+    std::uint64_t dropped = 0;
     switch (m_state) {
         case RunState::kRunning:
             break;
         case RunState::kWaitingForStart:
-            return WaitForStart();
+            event = WaitForStart(dropped);
+            break;
         case RunState::kRunningAfterStart:
-            return RunAfterStart();
+            event = RunAfterStart();
+            break;
         case RunState::kWaitingForStop:
             WaitForStop();
             break;
@@ -236,15 +271,18 @@ TriggerEvent GraphRecorder::TestTriggers() {
             Discard();
             break;
     }
-    return TriggerEvent::kNone;
+    KeepLines(dropped);
+    return event;
 }
 
-TriggerEvent GraphRecorder::WaitForStart() {
+TriggerEvent GraphRecorder::WaitForStart(std::uint64_t& dropped) {
     std::uint64_t index = 0;
     if (!IsTrigger(index)) {
         Discard();
         return TriggerEvent::kNone;
     }
+    dropped = index;
+    BeginLines();
     for (std::size_t i = 0; i < m_taken.size(); ++i) {
         const bool is_used = i < Axes() || !IsOverTime();
         if (is_used && m_taken[i].values.size() > 1) {

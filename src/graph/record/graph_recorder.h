@@ -21,6 +21,7 @@
 #include "graph/record/run_state.h"
 #include "graph/values/graph_streams.h"
 #include "graph/values/graph_value.h"
+#include "graph/values/line_log.h"
 #include "graph/values/stream_rows.h"
 
 namespace wavo {
@@ -62,6 +63,10 @@ class GraphRecorder {
     void Discard();
     /// Puts a missing value where there is no derivative; triggers are tested before.
     void LeaveOutUnderived();
+    /// Rows that were taken since the curves began anew, and with which lines of the master they
+    /// came: row n is sequence n. Those that no curve holds any more are forgotten.
+    [[nodiscard]] std::uint64_t TakenRows() const { return m_rows; }
+    [[nodiscard]] const LineLog& TakenLines() const { return m_lines; }
     /// What was taken of a stream. REQUIRES: stream <= Axes().
     [[nodiscard]] const TakenValues& Taken(std::size_t stream) const { return m_taken[stream]; }
     [[nodiscard]] const TakenValues& TakenX() const { return m_taken.back(); }
@@ -92,6 +97,8 @@ class GraphRecorder {
     /// Seconds recorded after the step that the start trigger fired in.
     [[nodiscard]] double ElapsedAfterTrigger() const { return m_elapsed; }
 
+    /// Seconds from line to line of the master.
+    [[nodiscard]] double CycleTime() const { return m_cycle_time; }
     [[nodiscard]] std::size_t Axes() const { return m_taken.size() - 1; }
     /// Buffers that there were for the y axes when the recorder was made, null ones too.
     [[nodiscard]] std::size_t BuffersGiven() const { return m_buffers_given; }
@@ -123,7 +130,10 @@ class GraphRecorder {
     void CreateTriggers();
     void TakeRows(const StreamRows& rows, const SampleStretch& taken);
     void TakeNew(const StreamRows& rows);
-    TriggerEvent WaitForStart();
+    /// The values taken last are rows of the curves, but for the first `dropped`.
+    void KeepLines(std::uint64_t dropped);
+    void BeginLines();
+    TriggerEvent WaitForStart(std::uint64_t& dropped);
     TriggerEvent RunAfterStart();
     void WaitForStop();
     void StopValues();
@@ -133,8 +143,11 @@ class GraphRecorder {
     std::size_t m_buffers_given;
     std::vector<TriggerData> m_TriggerData;
 
-    std::vector<TakenValues> m_taken;  ///< by stream
-    bool m_refill = false;             ///< all of the time range is taken next
+    std::vector<TakenValues> m_taken;       ///< by stream
+    std::vector<LineLog::Run> m_new_lines;  ///< of the values taken last
+    LineLog m_lines;
+    std::uint64_t m_rows = 0;
+    bool m_refill = false;  ///< all of the time range is taken next
     RunState m_state = RunState::kRunning;
     RunState m_restart_state = RunState::kRunning;
     bool m_restart_asked = false;

@@ -110,6 +110,19 @@ std::vector<RowPart> StreamRows::ToParts(const Stream& stream,
     return parts;
 }
 
+std::vector<LineLog::Run> StreamRows::LinesOf(std::uint64_t first, std::uint64_t count) const {
+    std::vector<LineLog::Run> runs;
+    for (const Lines& lines : m_lines) {
+        const RowPart rows = Within({lines.row, {0, lines.count}}, first, count);
+        if (rows.samples.count != 0) {
+            runs.push_back({rows.row - first,
+                            lines.line + static_cast<std::int64_t>(rows.samples.position),
+                            rows.samples.count});
+        }
+    }
+    return runs;
+}
+
 std::int64_t StreamRows::Origin() const {
     std::int64_t origin = std::numeric_limits<std::int64_t>::max();
     for (const Stream& stream : m_streams) {

@@ -49,6 +49,10 @@ class StreamRows {
     /// The first row from which on all streams have had samples.
     [[nodiscard]] std::uint64_t FirstOfAll() const;
 
+    /// The lines of `count` rows from `first` on. Sequences are rows and count from `first`. Lines
+    /// that were not told count back from the newest, which is -1.
+    [[nodiscard]] std::vector<LineLog::Run> LinesOf(std::uint64_t first, std::uint64_t count) const;
+
     /// The samples of a stream, each of the `count` rows from `first` on: NoSample() where it has
     /// none.
     void Copy(std::size_t stream, std::uint64_t first, std::uint64_t count,

@@ -7,6 +7,7 @@
 
 #include "drawing_fixture.h"
 #include "expect_errors.h"
+#include "graph/draw/frame/texts.h"
 #include "support/diagnostics.h"
 
 namespace wavo {

@@ -4,6 +4,7 @@
 
 #include "drawing_fixture.h"
 #include "expect_errors.h"
+#include "graph/draw/frame/texts.h"
 #include "graph/draw/graph_draw.h"
 #include "special_values.h"
 

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <QImage>
+#include <algorithm>
+#include <cmath>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -27,10 +29,10 @@ using testing::TimeGraph;
 
 constexpr double kCycle = 0.01;
 
-/// Two graphs that live through the same: one is painted anew in each step.
-class Twins {
+/// Three graphs that live through the same: one is painted anew in each step, one now and then.
+class Triplets {
  public:
-    Twins(const WavoGraph& graph, unsigned seed) : m_random(seed), m_graph(graph) {
+    Triplets(const WavoGraph& graph, unsigned seed) : m_random(seed), m_graph(graph) {
         for (const std::string& name : graph.YCoorAxName) {
             m_values.emplace_back(name, kCycle, 4.0 * GraphTimeRange(graph), 0);
         }
@@ -52,11 +54,38 @@ class Twins {
         }
         m_kept->DrawGraph(m_picture, restart);
         m_fresh->DrawGraph(m_fresh_picture, restart);
+        const bool is_seen = Below(3) == 0;
+        m_late->DrawGraph(m_late_picture, restart,
+                          is_seen ? PixelWriting::kNow : PixelWriting::kLater);
         for (GraphValue& value : m_values) {
             value.EmptyNewValues();
         }
+        m_late_is_painted = is_seen || Below(3) == 0;
+        if (m_late_is_painted && !is_seen) {
+            m_late->Paint(m_late_picture);
+        }
     }
 
+    /// Of the graph that is painted now and then; that of the others while it is not.
+    [[nodiscard]] const QImage& LatePicture() const {
+        return m_late_is_painted ? m_late_picture : m_fresh_picture;
+    }
+    /// Painted or not, it has taken the same.
+    void ExpectLateIsInTheSameState() const {
+        ASSERT_EQ(m_late->State(), m_kept->State()) << m_story;
+        ASSERT_EQ(m_late->Graph(), m_kept->Graph()) << m_story;
+        ASSERT_EQ(m_late->DisplayedWindow(), m_kept->DisplayedWindow()) << m_story;
+        for (std::size_t i = 0; i < m_kept->Lines().size(); ++i) {
+            std::vector<double> late;
+            std::vector<double> kept;
+            m_late->Lines()[i]->GetYValues(late);
+            m_kept->Lines()[i]->GetYValues(kept);
+            ASSERT_TRUE(std::equal(
+                late.begin(), late.end(), kept.begin(), kept.end(),
+                [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }))
+                << m_story;
+        }
+    }
     [[nodiscard]] const QImage& Picture() const { return m_picture; }
     [[nodiscard]] const QImage& FreshPicture() const { return m_fresh_picture; }
     [[nodiscard]] const std::string& Story() const { return m_story; }
@@ -68,6 +97,7 @@ class Twins {
         m_story += what + "; ";
         change(*m_kept);
         change(*m_fresh);
+        change(*m_late);
     }
 
     void Build() {
@@ -78,7 +108,7 @@ class Twins {
         if (m_graph.XCoorType == CoorType::kAxis) {
             streams.x = &m_values.back();
         }
-        for (std::unique_ptr<GraphDraw>* draw : {&m_kept, &m_fresh}) {
+        for (std::unique_ptr<GraphDraw>* draw : {&m_kept, &m_fresh, &m_late}) {
             *draw = std::make_unique<GraphDraw>(m_rectangle, m_graph, m_host, m_settings, kCycle, 4,
                                                 3, streams);
         }
@@ -96,6 +126,7 @@ class Twins {
         m_picture.fill(Qt::darkGray);
         m_picture.setDevicePixelRatio(ratio);
         m_fresh_picture = m_picture.copy();
+        m_late_picture = m_picture.copy();
     }
 
     double Sample() {
@@ -135,6 +166,7 @@ class Twins {
                           static_cast<int>(Below(400)), static_cast<int>(Below(250)));
                 m_picture.fill(Qt::darkGray);
                 m_fresh_picture.fill(Qt::darkGray);
+                m_late_picture.fill(Qt::darkGray);
                 Both("move", [this](GraphDraw& draw) { draw.SetRectangle(m_rectangle); });
                 break;
             case 1:
@@ -197,8 +229,11 @@ class Twins {
     std::deque<GraphValue> m_values;
     std::unique_ptr<GraphDraw> m_kept;
     std::unique_ptr<GraphDraw> m_fresh;
+    std::unique_ptr<GraphDraw> m_late;
     QImage m_picture;
     QImage m_fresh_picture;
+    QImage m_late_picture;
+    bool m_late_is_painted = false;
     double m_level = 0.0;
     bool m_noisy = false;
     bool m_detached = false;
@@ -224,14 +259,17 @@ QRect Difference(const QImage& a, const QImage& b) {
 void Live(const WavoGraph& graph, unsigned seed, int steps) {
     // Batches may be longer than a curve, and disabled buffers get no values.
     const ExpectAnyErrorLog any;
-    Twins twins(graph, seed);
+    Triplets triplets(graph, seed);
     for (int step = 0; step < steps; ++step) {
-        twins.Step();
-        const QRect different = Difference(twins.Picture(), twins.FreshPicture());
+        triplets.Step();
+        const QRect different = Difference(triplets.Picture(), triplets.FreshPicture());
         ASSERT_TRUE(different.isEmpty())
-            << "seed " << seed << ", step " << step << ": " << twins.Story() << "at "
+            << "seed " << seed << ", step " << step << ": " << triplets.Story() << "at "
             << different.left() << ", " << different.top() << ", size " << different.width()
             << " x " << different.height();
+        ASSERT_EQ(triplets.LatePicture(), triplets.FreshPicture())
+            << "painted later, seed " << seed << ", step " << step << ": " << triplets.Story();
+        ASSERT_NO_FATAL_FAILURE(triplets.ExpectLateIsInTheSameState());
     }
 }
 

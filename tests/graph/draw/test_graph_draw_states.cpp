@@ -9,6 +9,7 @@
 
 #include "drawing_fixture.h"
 #include "expect_errors.h"
+#include "graph/draw/frame/texts.h"
 #include "graph/draw/graph_draw.h"
 #include "support/diagnostics.h"
 

@@ -246,6 +246,26 @@ TEST(Recorder, ATriggerOfNoKnownTypeIsReportedWithEachTest) {
     EXPECT_EQ(tape.recorder->State(), RunState::kWaitingForStop);
 }
 
+TEST(Recorder, KnowsTheLinesOfItsRows) {
+    Tape tape(GraphWithTrigger(TriggerTypeCode::kStartAbove, 5.0));
+    tape.buffers[0].ExpectLine(70);
+    tape.Step({{1, 1, 9, 1}});
+    EXPECT_EQ(tape.recorder->TakenRows(), 2U);
+    EXPECT_EQ(tape.recorder->TakenLines().LineOf(0), 72);
+    tape.buffers[0].ExpectLine(80);
+    tape.Step({{1}});
+    EXPECT_EQ(tape.recorder->TakenRows(), 3U);
+    EXPECT_EQ(tape.recorder->TakenLines().LineOf(1), 73);
+    EXPECT_EQ(tape.recorder->TakenLines().LineOf(2), 80);
+    tape.Step({{1, 1, 1, 1}});
+    ASSERT_EQ(tape.recorder->State(), RunState::kStoppedAfterStart);
+    EXPECT_EQ(tape.recorder->TakenRows(), 6U) << "what is cut off is no row";
+    tape.recorder->AskForRestart();
+    tape.recorder->Restart();
+    tape.Step();
+    EXPECT_EQ(tape.recorder->TakenRows(), 0U);
+}
+
 TEST(Recorder, WithoutBuffersItTakesNothing) {
     Tape tape(GraphWithTrigger(TriggerTypeCode::kNone, 0.0));
     tape.Step({{1}});

@@ -103,6 +103,27 @@ TEST(StreamRowsOf, AYoungerStreamHasNothingInFront) {
     EXPECT_EQ(lines.Rows().FirstOfAll(), 3U);
 }
 
+TEST(StreamRowsOf, RowsTellTheirLines) {
+    Lines lines;
+    lines.Add(5.0);
+    lines.Add(5.0);
+    lines.Give(4);
+    lines.m_line += 3;  // that all streams miss
+    lines.Give(2);
+    const auto text = [&](std::uint64_t first, std::uint64_t count) {
+        std::string runs;
+        for (const LineLog::Run& run : lines.Rows().LinesOf(first, count)) {
+            runs += std::to_string(run.sequence) + ":" + std::to_string(run.line) + "x" +
+                    std::to_string(run.count) + " ";
+        }
+        return runs;
+    };
+    EXPECT_EQ(text(0, 6), "0:0x4 4:7x2 ");
+    EXPECT_EQ(text(2, 3), "0:2x2 2:7x1 ");
+    EXPECT_EQ(text(4, 100), "0:7x2 ");
+    EXPECT_EQ(text(6, 1), "");
+}
+
 TEST(StreamRowsOf, AStreamThatWasDisabledMissesTheLinesThatAnotherTook) {
     Lines lines;
     lines.Add(3.0);

@@ -5,21 +5,12 @@
 
 #include "graph/values/missing_value.h"
 #include "support/diagnostics.h"
+#include "support/to_count.h"
 
 namespace wavo {
 
-namespace {
-
-/// Sweep times beyond the range by less than this still belong to the sweep.
-constexpr double kTimeTolerance = 1e-6;
-
-/// Places from one remembered sum of steps to the next.
-constexpr std::uint64_t kSumDistance = 4096;
-
-}  // namespace
-
-TimeCurve::TimeCurve(GraphMode mode, double step, std::uint64_t max_points)
-    : m_mode(mode), m_step(step), m_max_points(max_points) {
+TimeCurve::TimeCurve(double step, std::uint64_t max_points)
+    : m_step(step), m_max_points(max_points) {
     m_own.SetExpectedSize(max_points);
 }
 
@@ -30,15 +21,8 @@ void TimeCurve::Clear() {
     }
     m_own.Clear();
     m_own.SetExpectedSize(m_max_points);
-    m_sweep = -1;
-    m_anchors.clear();
-    m_sums.clear();
+    Cleared();
     ++m_version;
-}
-
-void TimeCurve::BeginBatch(bool at_start, double range) {
-    const double next = static_cast<double>(m_sweep + 1) * m_step;
-    m_sweep = at_start || next > range + kTimeTolerance ? 0 : m_sweep + 1;
 }
 
 void TimeCurve::Push(std::span<const double> samples) {
@@ -46,60 +30,12 @@ void TimeCurve::Push(std::span<const double> samples) {
     if (!m_own.Push(samples, m_max_points)) {
         MERRLOG("LinesDrawAxis::DrawLinesXIsTime(): out of memory for the curve");
         m_max_points = std::max<std::uint64_t>(1, m_own.Size());
-        if (m_own.Empty()) {
-            m_anchors.clear();
-        } else {
+        if (!m_own.Empty()) {
             // The others take the place of the oldest, which asks for no memory.
             (void)m_own.Push(samples.subspan(m_own.Appended() - before), m_max_points);
         }
     }
     ++m_version;
-}
-
-void TimeCurve::AddContinuity(std::span<const double> samples) {
-    Push(samples);
-    if (!TimesAreSums()) {
-        m_sums.clear();
-        return;
-    }
-    if (m_sums.empty()) {
-        m_sums.push_back(0.0);
-    }
-    while (m_own.Size() > m_sums.size() * kSumDistance) {
-        double time = m_sums.back();
-        for (std::uint64_t i = 0; i < kSumDistance; ++i) {
-            time += m_step;
-        }
-        m_sums.push_back(time);
-    }
-}
-
-void TimeCurve::AddClassic(std::span<const double> samples, double range) {
-    const double end = range + kTimeTolerance;
-    const std::uint64_t first = m_own.Appended();
-    auto step = static_cast<std::uint64_t>(m_sweep);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        if (m_anchors.empty() || step != m_newest_step + 1) {
-            m_anchors.push_back({first + i, step});
-        }
-        m_newest_step = step;
-        m_sweep = static_cast<std::int64_t>(step);
-        ++step;
-        if (static_cast<double>(step) * m_step > end) {
-            // The sweep has arrived at the right border, which is the left one of the next sweep:
-            // the next sample stands one step from it.
-            m_sweep = 0;
-            step = 1;
-        }
-    }
-    Push(samples);
-    ForgetOldAnchors();
-}
-
-void TimeCurve::ForgetOldAnchors() {
-    while (m_anchors.size() > 1 && m_anchors[1].sequence <= m_own.FirstSequence()) {
-        m_anchors.pop_front();
-    }
 }
 
 void TimeCurve::ShowWindow(const SampleRing& ring, std::vector<RowPart> parts) {
@@ -207,35 +143,29 @@ double TimeCurve::Time(std::uint64_t place) const {
         const std::uint64_t row = PartOf(place).row;
         return static_cast<double>(row + place) * m_step;
     }
-    if (m_mode != GraphMode::kContinuity) {
-        const std::uint64_t sequence = m_own.FirstSequence() + PositionOf(place);
-        auto anchor = m_anchors.rbegin();
-        while (anchor->sequence > sequence) {
-            ++anchor;
-        }
-        return static_cast<double>(anchor->step + (sequence - anchor->sequence)) * m_step;
-    }
-    if (!TimesAreSums()) {
-        return static_cast<double>(place) * m_step;
-    }
-    double time = m_sums[place / kSumDistance];
-    for (std::uint64_t i = place % kSumDistance; i > 0; --i) {
-        time += m_step;
-    }
-    return time;
+    return OwnTime(place);
 }
 
-std::uint64_t TimeCurve::WriteIndex() const {
-    const std::uint64_t appended = m_own.Appended();
-    if (m_window != nullptr || m_mode == GraphMode::kContinuity || appended <= m_max_points) {
-        return 0;
+std::optional<std::uint64_t> TimeCurve::PositionAt(double time) const {
+    constexpr std::uint64_t kMost = std::uint64_t{1} << 62U;
+    if (!(time >= 0.0)) {
+        return std::nullopt;
     }
-    return (appended - m_max_points - 1) % m_max_points + 1;
+    const std::uint64_t step = ToCount(time / m_step + 0.5, kMost);
+    const std::vector<CurveRun> runs = Runs();
+    // Where a sweep has passed twice, the newer sample is seen.
+    const auto run = std::find_if(runs.rbegin(), runs.rend(), [step](const CurveRun& each) {
+        return each.step <= step && step - each.step < each.count;
+    });
+    return run == runs.rend() ? std::nullopt : std::optional(run->position + (step - run->step));
 }
 
-bool TimeCurve::TimesAreSums() const {
-    return m_window == nullptr && m_mode == GraphMode::kContinuity &&
-           m_own.Appended() <= m_max_points;
+double TimeCurve::TimeAt(std::uint64_t position) const {
+    const std::vector<CurveRun> runs = Runs();
+    const auto run = std::find_if(runs.rbegin(), runs.rend(), [position](const CurveRun& each) {
+        return each.position <= position;
+    });
+    return static_cast<double>(run->step + (position - run->position)) * m_step;
 }
 
 void TimeCurve::CopySamples(std::vector<double>& out) const {
@@ -275,8 +205,7 @@ MinMax TimeCurve::FiniteExtremes() {
 }
 
 std::vector<CurveRun> TimeCurve::Runs() const {
-    const std::uint64_t size = Size();
-    if (size == 0) {
+    if (Size() == 0) {
         return {};
     }
     std::vector<CurveRun> runs;
@@ -290,21 +219,7 @@ std::vector<CurveRun> TimeCurve::Runs() const {
         }
         return runs;
     }
-    if (m_mode == GraphMode::kContinuity) {
-        return {{0, size, 0, false}};
-    }
-    const std::uint64_t oldest = m_own.FirstSequence();
-    std::uint64_t last_step = 0;
-    for (std::size_t i = 0; i < m_anchors.size(); ++i) {
-        const Anchor& anchor = m_anchors[i];
-        const std::uint64_t begin = std::max(anchor.sequence, oldest);
-        const std::uint64_t end =
-            i + 1 < m_anchors.size() ? m_anchors[i + 1].sequence : m_own.Appended();
-        const std::uint64_t step = anchor.step + (begin - anchor.sequence);
-        runs.push_back({begin - oldest, end - begin, step, i > 0 && last_step <= step});
-        last_step = step + (end - begin) - 1;
-    }
-    return runs;
+    return OwnRuns();
 }
 
 }  // namespace wavo

@@ -56,25 +56,15 @@ QColor StatusColor(RunState state, const FrameColors& colors) {
     return colors.text;
 }
 
-/// The text of a y axis for a place in a low graph: what stands before the name goes before the
-/// range, and before the name is cut.
-QString LowText(const QString& text, const QFontMetrics& metrics, int width) {
-    const QString before = QStringLiteral("Y: ");
-    const qsizetype range = text.lastIndexOf(QLatin1String("=("));
-    if (range < 0 || !text.startsWith(before) || TextWidth(metrics, text) <= width) {
-        return text;
-    }
-    QString bare = text.mid(before.size());
-    if (TextWidth(metrics, bare) <= width) {
-        return bare;
-    }
-    const QString name = text.left(range);
-    return TextWidth(metrics, name) <= width ? text : name.mid(before.size());
+int JoinedWidth(const QFontMetrics& metrics, const AxisText& text) {
+    return TextWidth(metrics, QString::fromStdString(Joined(text)));
 }
 
-void PaintText(QPainter& painter, const QRect& place, const QString& text, const QColor& color,
+/// `text`: QString or AxisText.
+template <typename Text>
+void PaintText(QPainter& painter, const QRect& place, const Text& text, const QColor& color,
                Qt::Alignment alignment) {
-    if (place.isEmpty() || text.isEmpty()) {
+    if (place.isEmpty()) {
         return;
     }
     painter.setPen(color);
@@ -119,7 +109,7 @@ void PaintTexts(QPainter& painter, const FrameLayout& layout, const LabelMetrics
     const QFontMetrics font_metrics = painter.fontMetrics();
     // The blanks at its end take no part in centring.
     const QString status = QString::fromLatin1(StatusText(texts.state)).trimmed();
-    const int x_text_width = TextWidth(font_metrics, texts.x_text);
+    const int x_text_width = JoinedWidth(font_metrics, texts.x_text);
     const int status_width = TextWidth(font_metrics, status);
     const int x_spacing_width = TextWidth(font_metrics, texts.x_spacing);
     const LowLinePlaces low =
@@ -135,13 +125,14 @@ void PaintTexts(QPainter& painter, const FrameLayout& layout, const LabelMetrics
     for (std::size_t i = 0; i < texts.y.size() && i < layout.y_slots.size(); ++i) {
         const YLabel& label = texts.y[i];
         const QRect& slot = layout.low ? low.y[i] : layout.y_slots[i];
-        const SlotPlaces places = PlaceSlot(slot, metrics.gap, TextWidth(font_metrics, label.text),
-                                            TextWidth(font_metrics, label.spacing));
+        const SlotPlaces places =
+            PlaceSlot(slot, metrics.gap, JoinedWidth(font_metrics, label.text),
+                      TextWidth(font_metrics, label.spacing));
         const QColor color = ShownColor(label.color, colors.background, kTextContrast);
         const auto alignment = Qt::AlignLeft | Qt::AlignVCenter;
         if (layout.low) {
-            PaintText(painter, slot, LowText(label.alone, font_metrics, slot.width()), color,
-                      alignment);
+            PaintText(painter, slot, WithoutWhatIsKnown(label.alone, font_metrics, slot.width()),
+                      color, alignment);
             continue;
         }
         if (places.spacing.isEmpty()) {

@@ -8,6 +8,7 @@
 
 #include "graph/draw/frame/colors.h"
 #include "graph/draw/frame/labels.h"
+#include "graph/draw/frame/texts.h"
 #include "graph/draw/raster/mapping.h"
 #include "graph/record/run_state.h"
 
@@ -15,14 +16,14 @@ namespace wavo {
 
 /// The texts of one y axis and the colour of its curve.
 struct YLabel {
-    QString text;
+    AxisText text;
     QString spacing;
-    QString alone;  ///< the text where the spacing, which names the derivation, does not fit
+    AxisText alone;  ///< the text where the spacing, which names the derivation, does not fit
     QColor color;
 };
 
 struct FrameTexts {
-    QString x_text;
+    AxisText x_text;
     QString x_spacing;
     RunState state = RunState::kRunning;
     std::vector<YLabel> y;

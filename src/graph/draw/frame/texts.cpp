@@ -46,27 +46,44 @@ std::string FormatNumber(double value) {
     return text;
 }
 
-std::string XText(const WavoGraph& graph, const TimeWindow& window) {
+std::string NamePart(const AxisText& text) {
+    return text.coordinate + text.name.value_or(std::string());
+}
+
+std::string RangePart(const AxisText& text) {
+    const bool is_joined = text.name.has_value() && !text.range.empty();
+    return Join({is_joined ? "=" : "", text.range, text.unit});
+}
+
+std::string Joined(const AxisText& text) {
+    return NamePart(text) + RangePart(text);
+}
+
+AxisText XAxisText(const WavoGraph& graph, const TimeWindow& window) {
     if (graph.XCoorType == CoorType::kAxis) {
-        return Join(
-            {"X: ", graph.XCoorAxName, "=", RangeText(GraphDefineGetMinMaxValue(graph.XScale))});
+        return {"X: ", graph.XCoorAxName, RangeText(GraphDefineGetMinMaxValue(graph.XScale)), ""};
     }
     if (std::abs(window.end - window.start) < kSmallestWindow) {
-        return Join({"T: (0 ... ", FormatNumber(graph.XScale.TimeRange), ")s"});
+        return {"T: ", std::nullopt, Join({"(0 ... ", FormatNumber(graph.XScale.TimeRange), ")"}),
+                "s"};
     }
-    return Join({"T: ", RangeText({window.start, window.end}), "s"});
+    return {"T: ", std::nullopt, RangeText({window.start, window.end}), "s"};
+}
+
+AxisText YAxisText(const WavoGraph& graph, std::size_t axis, const std::string& name) {
+    const ScaleDefinition& scale = graph.YScales[axis];
+    if (scale.ScaleType != ScaleTypeCode::kAxis) {
+        return {"?", std::nullopt, "", ""};
+    }
+    return {"Y: ", name, RangeText(GraphDefineGetMinMaxValue(scale)), ""};
+}
+
+std::string XText(const WavoGraph& graph, const TimeWindow& window) {
+    return Joined(XAxisText(graph, window));
 }
 
 std::string YText(const WavoGraph& graph, std::size_t axis) {
-    return YTextNamed(graph, axis, graph.YCoorAxName[axis]);
-}
-
-std::string YTextNamed(const WavoGraph& graph, std::size_t axis, const std::string& name) {
-    const ScaleDefinition& scale = graph.YScales[axis];
-    if (scale.ScaleType != ScaleTypeCode::kAxis) {
-        return "?";
-    }
-    return Join({"Y: ", name, "=", RangeText(GraphDefineGetMinMaxValue(scale))});
+    return Joined(YAxisText(graph, axis, graph.YCoorAxName[axis]));
 }
 
 std::string XSpacingText(const WavoGraph& graph, const ScaleDefinition& shown_scale,

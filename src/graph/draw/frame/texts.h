@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "graph/model/wavo_graph.h"
@@ -15,21 +16,39 @@ namespace wavo {
 /// digit after the point.
 std::string FormatNumber(double value);
 
-/// "T: (0 ... 10.0)s", "T: (1.0 ... 3.0)s" for a window, or "X: name=(minimum ... maximum)".
-std::string XText(const WavoGraph& graph, const TimeWindow& window);
+/// What a coordinate shows, by its parts: where there is little room, whole parts go.
+struct AxisText {
+    std::string coordinate;           ///< "T: ", "X: " or "Y: "; "?" where nothing else is known
+    std::optional<std::string> name;  ///< of an axis; none over time
+    std::string range;                ///< "(minimum ... maximum)"
+    std::string unit;                 ///< "s" over time
 
-/// "Y: name=(minimum ... maximum)" of a y axis; "?" when its scale is no axis scale.
+    friend bool operator==(const AxisText&, const AxisText&) = default;
+};
+
+/// The parts as one text: "T: (0 ... 10.0)s", "X: name=(minimum ... maximum)".
+std::string Joined(const AxisText& text);
+/// What stands before the range: "Y: name".
+std::string NamePart(const AxisText& text);
+/// The range and what joins it to the name: "=(minimum ... maximum)".
+std::string RangePart(const AxisText& text);
+
+/// The x coordinate: over time "(0 ... 10.0)" s, or the window where there is one.
+AxisText XAxisText(const WavoGraph& graph, const TimeWindow& window);
+/// A y axis, called `name`; "?" when its scale is no axis scale.
 /// REQUIRES: axis < graph.YCoorAxName.size() and graph.YScales.size().
-std::string YText(const WavoGraph& graph, std::size_t axis);
+AxisText YAxisText(const WavoGraph& graph, std::size_t axis, const std::string& name);
 
-/// The same text with another name for the axis. REQUIRES: as YText.
-std::string YTextNamed(const WavoGraph& graph, std::size_t axis, const std::string& name);
+/// XAxisText in one text.
+std::string XText(const WavoGraph& graph, const TimeWindow& window);
+/// YAxisText in one text, with the name that the axis has. REQUIRES: as YAxisText.
+std::string YText(const WavoGraph& graph, std::size_t axis);
 
 /// "dT=2.0s" or "name:   dx=2.0" for `lines` lines on the scale that is shown.
 std::string XSpacingText(const WavoGraph& graph, const ScaleDefinition& shown_scale,
                          std::int32_t lines);
 
-/// "name':   dy=5.0" of a y axis, one "'" per derivation order. REQUIRES: as YText.
+/// "name':   dy=5.0" of a y axis, one "'" per derivation order. REQUIRES: as YAxisText.
 std::string YSpacingText(const WavoGraph& graph, std::size_t axis, std::int32_t lines);
 
 }  // namespace wavo

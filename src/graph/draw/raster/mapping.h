@@ -40,6 +40,13 @@ inline constexpr std::int32_t kMostScaleLines = 4096;
 ScaleLines VerticalScaleLines(const QRect& plot, std::int32_t lines);
 ScaleLines HorizontalScaleLines(const QRect& plot, std::int32_t lines);
 
+/// A plot area and its scale lines, borders included; the device pixels of the picture.
+struct PlotGeometry {
+    QRect plot;
+    ScaleLines vertical;
+    ScaleLines horizontal;
+};
+
 /// Spreads the range evenly over the lines.
 void FillScaleValues(ScaleLines& lines, const ScaleRange& range);
 

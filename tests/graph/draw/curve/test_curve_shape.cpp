@@ -6,6 +6,7 @@
 #include <limits>
 #include <vector>
 
+#include "graph/draw/curve/scroll_curve.h"
 #include "graph/draw/raster/mapping.h"
 
 namespace wavo {
@@ -20,7 +21,7 @@ struct Shown {
         : plot(area),
           x(Coordinate::kX, VerticalScaleLines(area, 3)),
           y(Coordinate::kY, HorizontalScaleLines(area, 3)),
-          curve(GraphMode::kContinuity, kStep, most) {
+          curve(kStep, most) {
         x.Fill({0.0, static_cast<double>(most - 1) * kStep});
         y.Fill({-1.0, 1.0});
     }
@@ -30,7 +31,7 @@ struct Shown {
         for (std::size_t i = 0; i < count; ++i) {
             samples.push_back(std::sin(0.1 * static_cast<double>(next++)));
         }
-        curve.AddContinuity(samples);
+        curve.Add(samples, false, 0.0);
     }
 
     bool Update() { return shape.Update(curve, x, y, plot, kStep); }
@@ -51,7 +52,7 @@ struct Shown {
     QRect plot;
     AxisMapping x;
     AxisMapping y;
-    TimeCurve curve;
+    ScrollCurve curve;
     CurveShape shape;
     std::uint64_t next = 0;
 };
@@ -150,7 +151,7 @@ TEST(CurveShape, NeedsAPlotAreaThatItCanCount) {
 TEST(CurveShape, ReachesTheLastRowOfTheHighestPlotArea) {
     Shown shown(300, QRect(0, 0, 2, ColumnSpans::kMostRows));
     shown.y.Fill({0.0, 1.0});
-    shown.curve.AddContinuity(std::vector<double>{1, 0, 1, 0, 0, 0});
+    shown.curve.Add(std::vector<double>{1, 0, 1, 0, 0, 0}, false, 0.0);
     ASSERT_TRUE(shown.Update());
     ASSERT_TRUE(shown.shape.HasSpans());
     EXPECT_EQ(shown.shape.Spans().top[0], 0);

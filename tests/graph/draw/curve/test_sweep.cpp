@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "drawing_fixture.h"
+#include "graph/draw/frame/texts.h"
 #include "graph/draw/graph_draw.h"
 
 namespace wavo {
@@ -175,7 +176,7 @@ TEST(SweptZoom, ShowsTheMarkedSamplesWhateverTheSweepHasDone) {
             continue;
         }
         ++zooms;
-        const bool wrapped = scope.Line().Runs().size() > 1;
+        const bool wrapped = scope.Line().OverTime()->Runs().size() > 1;
         std::vector<double> at_places =
             SamplesAt(scope, {marked.start - kSweepCycle, marked.end + kSweepCycle});
         Zoom(scope, marked);

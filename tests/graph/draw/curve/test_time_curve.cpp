@@ -6,11 +6,15 @@
 #include <cmath>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <random>
 #include <vector>
 
 #include "expect_errors.h"
 #include "failing_memory.h"
+#include "graph/draw/curve/scroll_curve.h"
+#include "graph/draw/curve/sweep_curve.h"
+#include "graph/model/wavo_graph.h"
 #include "special_values.h"
 
 namespace wavo {
@@ -92,14 +96,24 @@ class Model {
     bool m_scrolled = false;
 };
 
-void Add(TimeCurve& curve, GraphMode mode, const std::vector<double>& samples, bool at_start,
-         double range) {
-    curve.BeginBatch(at_start, range);
-    if (mode == GraphMode::kContinuity) {
-        curve.AddContinuity(samples);
-    } else {
-        curve.AddClassic(samples, range);
+/// A curve of either kind.
+struct AnyTimeCurve {
+    AnyTimeCurve(GraphMode mode, double step, std::uint64_t most) {
+        if (mode == GraphMode::kContinuity) {
+            made = std::make_unique<ScrollCurve>(step, most);
+        } else {
+            made = std::make_unique<SweepCurve>(step, most);
+        }
     }
+    [[nodiscard]] double SweepPosition() const {
+        return dynamic_cast<const SweepCurve&>(*made).SweepPosition();
+    }
+
+    std::unique_ptr<TimeCurve> made;
+};
+
+void Add(TimeCurve& curve, const std::vector<double>& samples, bool at_start, double range) {
+    EXPECT_TRUE(curve.Add(samples, at_start, range));
 }
 
 void ExpectRunsAsModel(const TimeCurve& curve, const Model& model) {
@@ -137,7 +151,8 @@ TEST(TimeCurve, IsWhatAQueueOfSamplesWithTheirTimesIs) {
         for (const std::uint64_t most : {1U, 2U, 3U, 5U, 41U}) {
             // The sweep may be longer and shorter than what is held, and than one step.
             for (const double range : {0.0, 0.1, 0.25, 1.0, 2.5, 10.0, 30.0, -1.0}) {
-                TimeCurve curve(mode, 0.25, most);
+                const AnyTimeCurve any(mode, 0.25, most);
+                TimeCurve& curve = *any.made;
                 Model model(mode, 0.25, most);
                 double sample = 0.0;
                 for (int batch = 0; batch < 60; ++batch) {
@@ -147,7 +162,7 @@ TEST(TimeCurve, IsWhatAQueueOfSamplesWithTheirTimesIs) {
                         value = ++sample;
                     }
                     const bool at_start = random() % 7 == 0;
-                    Add(curve, mode, samples, at_start, range);
+                    Add(curve, samples, at_start, range);
                     model.Add(samples, at_start, range);
                     ExpectAsModel(curve, model, mode);
                     if (HasFatalFailure()) {
@@ -160,18 +175,20 @@ TEST(TimeCurve, IsWhatAQueueOfSamplesWithTheirTimesIs) {
 }
 
 TEST(TimeCurve, SweepsAsFarAsTheRangeAndGoesOnOneStepFromTheLeft) {
-    TimeCurve curve(GraphMode::kClassic, 0.25, 20);
-    Add(curve, GraphMode::kClassic, {1, 2, 3, 4, 5, 6, 7}, true, 1.0);
+    const AnyTimeCurve any(GraphMode::kClassic, 0.25, 20);
+    TimeCurve& curve = *any.made;
+    Add(curve, {1, 2, 3, 4, 5, 6, 7}, true, 1.0);
     const std::vector<double> times{0.0, 0.25, 0.5, 0.75, 1.0, 0.25, 0.5};
     for (std::size_t i = 0; i < times.size(); ++i) {
         EXPECT_EQ(curve.Time(i), times[i]) << i;
     }
-    EXPECT_EQ(curve.SweepPosition(), 0.5);
+    EXPECT_EQ(any.SweepPosition(), 0.5);
 }
 
 TEST(TimeCurve, TimesAreSumsOfTheStepUntilTheCurveScrolls) {
-    TimeCurve curve(GraphMode::kContinuity, 0.1, 10000);
-    Add(curve, GraphMode::kContinuity, std::vector<double>(9000, 1.0), false, 1000.0);
+    const AnyTimeCurve any(GraphMode::kContinuity, 0.1, 10000);
+    TimeCurve& curve = *any.made;
+    Add(curve, std::vector<double>(9000, 1.0), false, 1000.0);
     double sum = 0.0;
     for (int i = 0; i < 8999; ++i) {
         sum += 0.1;
@@ -179,13 +196,14 @@ TEST(TimeCurve, TimesAreSumsOfTheStepUntilTheCurveScrolls) {
     ASSERT_NE(sum, 8999 * 0.1);
     EXPECT_EQ(curve.Time(8999), sum);
     EXPECT_TRUE(curve.TimesAreSums());
-    Add(curve, GraphMode::kContinuity, std::vector<double>(1001, 1.0), false, 1000.0);
+    Add(curve, std::vector<double>(1001, 1.0), false, 1000.0);
     EXPECT_FALSE(curve.TimesAreSums());
     EXPECT_EQ(curve.Time(8999), 8999 * 0.1);
 }
 
 TEST(TimeCurve, EveryChangeHasAVersion) {
-    TimeCurve curve(GraphMode::kContinuity, 0.25, 4);
+    const AnyTimeCurve any(GraphMode::kContinuity, 0.25, 4);
+    TimeCurve& curve = *any.made;
     SampleRing ring;
     ASSERT_TRUE(ring.Push(std::vector<double>{1, 2, 3, 4, 5}, 5));
     std::uint64_t before = curve.Version();
@@ -194,7 +212,7 @@ TEST(TimeCurve, EveryChangeHasAVersion) {
         before = curve.Version();
         return is_new;
     };
-    curve.AddContinuity(std::vector<double>{1, 2, 3});
+    Add(curve, {1, 2, 3}, false, 1.0);
     EXPECT_TRUE(changed());
     curve.ShowOwnWindow({0, 2});
     EXPECT_TRUE(changed());
@@ -214,7 +232,8 @@ TEST(TimeCurve, EveryChangeHasAVersion) {
 }
 
 TEST(TimeCurve, AWindowOnARingThatBeganAnewIsAnotherOne) {
-    TimeCurve curve(GraphMode::kContinuity, 0.25, 4);
+    const AnyTimeCurve any(GraphMode::kContinuity, 0.25, 4);
+    TimeCurve& curve = *any.made;
     SampleRing ring;
     ASSERT_TRUE(ring.Push(std::vector<double>{1, 2, 3}, 5));
     curve.ShowWindow(ring, {0, 3});
@@ -228,8 +247,9 @@ TEST(TimeCurve, AWindowOnARingThatBeganAnewIsAnotherOne) {
 
 TEST(TimeCurve, AWindowShowsItsStretchInOrderOfTimeFromZero) {
     for (const GraphMode mode : {GraphMode::kClassic, GraphMode::kContinuity}) {
-        TimeCurve curve(mode, 0.25, 4);
-        Add(curve, mode, {9, 9, 9, 9}, true, 1.0);
+        const AnyTimeCurve any(mode, 0.25, 4);
+        TimeCurve& curve = *any.made;
+        Add(curve, {9, 9, 9, 9}, true, 1.0);
         SampleRing ring;
         for (int i = 0; i < 23; ++i) {
             ASSERT_TRUE(ring.Push(std::vector<double>{static_cast<double>(i)}, 10));
@@ -248,7 +268,8 @@ TEST(TimeCurve, AWindowShowsItsStretchInOrderOfTimeFromZero) {
 }
 
 TEST(TimeCurve, AKeptWindowHoldsAllOfItHoweverLong) {
-    TimeCurve curve(GraphMode::kContinuity, 0.25, 4);
+    const AnyTimeCurve any(GraphMode::kContinuity, 0.25, 4);
+    TimeCurve& curve = *any.made;
     SampleRing ring;
     ASSERT_TRUE(ring.Push(std::vector<double>{1, 2, 3, 4, 5, 6, 7, 8}, 8));
     curve.ShowWindow(ring, {1, 6});
@@ -262,7 +283,8 @@ TEST(TimeCurve, AKeptWindowHoldsAllOfItHoweverLong) {
 }
 
 TEST(TimeCurve, GoesOnAfterAKeptWindow) {
-    TimeCurve curve(GraphMode::kClassic, 0.25, 20);
+    const AnyTimeCurve any(GraphMode::kClassic, 0.25, 20);
+    TimeCurve& curve = *any.made;
     SampleRing ring;
     ASSERT_TRUE(ring.Push(std::vector<double>(3000, 1.0), 3000));
     curve.ShowWindow(ring, {0, 3000});
@@ -270,7 +292,7 @@ TEST(TimeCurve, GoesOnAfterAKeptWindow) {
     curve.Clear();
     // More slots than the curve may hold: what it holds wanders through them.
     for (int i = 0; i < 4000; ++i) {
-        Add(curve, GraphMode::kClassic, {static_cast<double>(i), kInf, kNaN}, false, 2.0);
+        Add(curve, {static_cast<double>(i), kInf, kNaN}, false, 2.0);
         if (i % 37 == 0 && i > 20) {
             ASSERT_EQ(curve.Size(), 20U);
             ASSERT_EQ(curve.FiniteExtremes().maximum, i);
@@ -281,7 +303,8 @@ TEST(TimeCurve, GoesOnAfterAKeptWindow) {
 
 TEST(TimeCurve, WithoutMemoryItGoesOnWithWhatItHas) {
     for (const GraphMode mode : {GraphMode::kClassic, GraphMode::kContinuity}) {
-        TimeCurve curve(mode, 0.25, 5000);
+        const AnyTimeCurve any(mode, 0.25, 5000);
+        TimeCurve& curve = *any.made;
         std::vector<double> samples(1000);
         auto next = [&, sample = 0.0](std::size_t count) mutable {
             samples.resize(count);
@@ -290,16 +313,16 @@ TEST(TimeCurve, WithoutMemoryItGoesOnWithWhatItHas) {
             }
             return samples;
         };
-        Add(curve, mode, next(1000), true, 50.0);
+        Add(curve, next(1000), true, 50.0);
         {
             const FailingMemory failing;
             const ExpectErrorLog expected(
                 {"LinesDrawAxis::DrawLinesXIsTime(): out of memory for the curve"});
-            Add(curve, mode, next(500), false, 50.0);
+            Add(curve, next(500), false, 50.0);
         }
         ASSERT_EQ(curve.Size(), 1024U);
         EXPECT_EQ(curve.MaxPoints(), 1024U);
-        Add(curve, mode, next(100), false, 50.0);
+        Add(curve, next(100), false, 50.0);
         std::vector<double> held;
         curve.CopySamples(held);
         ASSERT_EQ(held.size(), 1024U);
@@ -313,29 +336,72 @@ TEST(TimeCurve, WithoutMemoryItGoesOnWithWhatItHas) {
         EXPECT_EQ(count, 1024U);
         if (mode == GraphMode::kClassic) {
             // Of 201 steps; the first sample of all stood at 0.
-            EXPECT_EQ(curve.SweepPosition(), 0.25 * (1599 % 200));
+            EXPECT_EQ(any.SweepPosition(), 0.25 * (1599 % 200));
         }
     }
 }
 
 TEST(TimeCurve, WithoutAnyMemoryItStaysEmpty) {
     for (const GraphMode mode : {GraphMode::kClassic, GraphMode::kContinuity}) {
-        TimeCurve curve(mode, 0.25, 5000);
+        const AnyTimeCurve any(mode, 0.25, 5000);
+        TimeCurve& curve = *any.made;
         {
             const FailingMemory failing;
             const ExpectErrorLog expected(
                 {"LinesDrawAxis::DrawLinesXIsTime(): out of memory for the curve"});
-            Add(curve, mode, {1, 2, 3}, true, 0.25);
+            Add(curve, {1, 2, 3}, true, 0.25);
         }
         EXPECT_EQ(curve.Size(), 0U);
         EXPECT_TRUE(curve.Runs().empty());
         EXPECT_TRUE(curve.FiniteExtremes().IsEmpty());
-        Add(curve, mode, {4}, false, 0.5);
+        Add(curve, {4}, false, 0.5);
         ASSERT_EQ(curve.Size(), 1U);
         EXPECT_EQ(curve.Sample(0), 4.0);
         ASSERT_EQ(curve.Runs().size(), 1U);
         EXPECT_EQ(curve.Runs()[0].count, 1U);
     }
+}
+
+TEST(TimeCurve, TellsTheSampleThatIsSeenAtATime) {
+    SweepCurve sweep(0.25, 5);
+    EXPECT_EQ(sweep.PositionAt(0.0), std::nullopt);
+    Add(sweep, {0, 1, 2, 3}, true, 1.0);
+    EXPECT_EQ(sweep.PositionAt(0.0), 0U);
+    EXPECT_EQ(sweep.PositionAt(0.37), 1U);
+    EXPECT_EQ(sweep.PositionAt(0.38), 2U) << "the nearest";
+    EXPECT_EQ(sweep.PositionAt(0.9), std::nullopt) << "nothing came yet";
+    EXPECT_EQ(sweep.PositionAt(-0.01), std::nullopt);
+    EXPECT_EQ(sweep.PositionAt(kNaN), std::nullopt);
+    EXPECT_EQ(sweep.PositionAt(1e300), std::nullopt);
+    // 4 stands at 1.0, 5 at 0.25 and 6 at 0.5; 0 and 1 are gone.
+    Add(sweep, {4, 5, 6}, false, 1.0);
+    EXPECT_EQ(sweep.PositionAt(0.0), std::nullopt);
+    EXPECT_EQ(sweep.PositionAt(0.25), 3U);
+    EXPECT_EQ(sweep.PositionAt(0.5), 4U) << "6, not 2";
+    EXPECT_EQ(sweep.PositionAt(0.75), 1U);
+
+    ScrollCurve scroll(0.25, 4);
+    Add(scroll, {0, 1, 2}, true, 1.0);
+    Add(scroll, {3, 4, 5}, false, 1.0);
+    EXPECT_EQ(scroll.PositionAt(0.5), 2U);
+    EXPECT_EQ(scroll.PositionAt(1.0), std::nullopt);
+    SampleRing ring;
+    ASSERT_TRUE(ring.Push(std::vector<double>{1, 2, 3, 4, 5}, 5));
+    scroll.ShowWindow(ring, {{1, {0, 1}}, {3, {2, 2}}});
+    EXPECT_EQ(scroll.PositionAt(0.0), std::nullopt);
+    EXPECT_EQ(scroll.PositionAt(0.25), 0U);
+    EXPECT_EQ(scroll.PositionAt(0.5), std::nullopt) << "a gap";
+    EXPECT_EQ(scroll.PositionAt(1.0), 3U);
+}
+
+TEST(TimeCurve, MoreAtOnceThanItHoldsIsRefusedByOneThatScrolls) {
+    ScrollCurve scroll(0.25, 3);
+    Add(scroll, {1, 2}, true, 1.0);
+    const ExpectErrorLog expected(
+        {"LinesDrawAxis::DrawLinesXIsTime(): number of new values > number of max. values in "
+         "line-fifo"});
+    EXPECT_FALSE(scroll.Add(std::vector<double>{1, 2, 3, 4}, false, 1.0));
+    EXPECT_EQ(scroll.Size(), 2U);
 }
 
 }  // namespace

@@ -1,0 +1,89 @@
+#include "graph/draw/curve/curve_over_axis.h"
+
+#include <QImage>
+#include <algorithm>
+#include <cmath>
+
+#include "graph/draw/curve/report_texts.h"
+#include "support/diagnostics.h"
+
+namespace wavo {
+
+namespace {
+
+double ValueOf(const LinePoint& point, Coordinate coordinate) {
+    return coordinate == Coordinate::kX ? point.x_value : point.y_value;
+}
+
+AxisCurve::Style StyleOf(const CurveStyle& style, double device_ratio) {
+    AxisCurve::Style points;
+    points.points = style.points;
+    points.point_size = std::max(1, static_cast<int>(std::lround(style.point_size * device_ratio)));
+    points.color = style.color;
+    points.background = style.background;
+    points.device_ratio = device_ratio;
+    points.fade_out_age = style.fade_out_age;
+    return points;
+}
+
+}  // namespace
+
+void CurveOverAxis::Remap(CurvePlot& plot, const Remapping& what) {
+    for (LinePoint& point : m_points) {
+        plot.Map(point, what.force_x, what.force_y);
+    }
+    ++m_changes;
+}
+
+void CurveOverAxis::Clear() {
+    m_points.Clear();
+    ++m_changes;
+}
+
+bool CurveOverAxis::Add(const CurveBatch& batch, CurvePlot& plot) {
+    if (batch.x.size() != batch.y.size()) {
+        MERRLOG(curve_texts::kUnequalValueCounts);
+        return false;
+    }
+    for (std::size_t i = 0; i < batch.x.size(); ++i) {
+        LinePoint point{0, 0, batch.y[i], batch.x[i]};
+        plot.Map(point, false, false);
+        m_points.Add(point);
+    }
+    m_changes += batch.x.size();
+    return true;
+}
+
+LinePoint CurveOverAxis::Point(std::size_t place, const CurvePlot& /*plot*/) const {
+    return m_points[place];
+}
+
+void CurveOverAxis::CopyValues(Coordinate coordinate, std::vector<double>& out) const {
+    out.clear();
+    for (const LinePoint& point : m_points) {
+        out.push_back(ValueOf(point, coordinate));
+    }
+}
+
+MinMax CurveOverAxis::FiniteExtremes(Coordinate coordinate) {
+    MinMax extremes;
+    for (const LinePoint& point : m_points) {
+        const double value = ValueOf(point, coordinate);
+        if (std::isfinite(value)) {
+            extremes.minimum = std::min(extremes.minimum, value);
+            extremes.maximum = std::max(extremes.maximum, value);
+        }
+    }
+    return extremes;
+}
+
+void CurveOverAxis::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCanvas& canvas) {
+    if (m_points.Size() < 2) {
+        return;
+    }
+    canvas.Add([this, area = plot.area, drawn = StyleOf(style, plot.device_ratio)](
+                   QImage& picture) { return m_points.Draw(picture, area, drawn); },
+               m_changes);
+}
+
+}  // namespace wavo

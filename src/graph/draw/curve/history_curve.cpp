@@ -1,0 +1,158 @@
+#include "graph/draw/curve/history_curve.h"
+
+#include <QImage>
+#include <QPoint>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "graph/draw/curve/segments.h"
+
+namespace wavo {
+
+void HistoryCurve::Remap(CurvePlot& /*plot*/, const Remapping& /*what*/) {
+    m_pixels_found = false;
+}
+
+void HistoryCurve::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCanvas& canvas) {
+    m_is_complete = true;
+    if (plot.area.isEmpty() ||
+        std::max(plot.area.width(), plot.area.height()) > ColumnSpans::kMostRows) {
+        return;
+    }
+    FindPixels(plot);
+    FindBounds(plot);
+    if (m_bounds.back() - m_bounds.front() < 2) {
+        return;
+    }
+    if (IsDense()) {
+        BuildSpans();
+        canvas.Add(m_spans, style.color.rgb());
+        return;
+    }
+    BuildSegments(plot.area);
+    canvas.Add([this, area = plot.area, color = style.color](
+                   QImage& picture) { return PaintSegments(picture, m_segments, area, color); },
+               ++m_drawings);
+}
+
+void HistoryCurve::FindPixels(const CurvePlot& plot) {
+    if (!m_pixels_found) {
+        m_columns.Find(plot.x, Coordinate::kX, plot.area.left(), plot.area.width());
+        m_rows.Find(plot.y, Coordinate::kY, plot.area.bottom(), plot.area.height());
+        m_pixels_found = true;
+    }
+}
+
+double HistoryCurve::TimeOf(std::int64_t line) const {
+    return static_cast<double>(line - m_place.first_line) * m_place.step + m_place.offset;
+}
+
+std::int64_t HistoryCurve::FirstLineFrom(double time) const {
+    const double estimate =
+        std::ceil((time - m_place.offset) / m_place.step) + static_cast<double>(m_place.first_line);
+    if (std::isnan(estimate)) {
+        return m_lines.end;
+    }
+    auto line = static_cast<std::int64_t>(
+        std::clamp(estimate, static_cast<double>(m_lines.begin), static_cast<double>(m_lines.end)));
+    while (line > m_lines.begin && TimeOf(line - 1) >= time) {
+        --line;
+    }
+    while (line < m_lines.end && TimeOf(line) < time) {
+        ++line;
+    }
+    return line;
+}
+
+void HistoryCurve::FindBounds(const CurvePlot& plot) {
+    m_lines = m_history.Lines();
+    m_lines.begin = std::max(m_lines.begin, m_place.first_line);
+    m_lines.end = std::max(m_lines.end, m_lines.begin);
+    const double least = plot.x.Lines().front().value;
+    const double most = plot.x.Lines().back().value;
+    const std::int64_t end =
+        FirstLineFrom(std::nextafter(most, std::numeric_limits<double>::infinity()));
+    m_bounds.clear();
+    for (std::int32_t column = 0; column < m_columns.Size(); ++column) {
+        // What lies before the scale would be mapped to its border.
+        m_bounds.push_back(std::min(end, FirstLineFrom(std::max(m_columns.Edge(column), least))));
+    }
+    m_bounds.push_back(end);
+}
+
+bool HistoryCurve::IsDense() const {
+    const std::int64_t begin = m_bounds.front();
+    const std::int64_t end = m_bounds.back();
+    for (std::size_t i = 0; i + 1 < m_bounds.size(); ++i) {
+        const bool is_between = m_bounds[i] > begin && m_bounds[i] < end;
+        if (is_between && m_bounds[i] == m_bounds[i + 1]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::vector<double> HistoryCurve::ValuesOf(std::int64_t first, std::int64_t end) {
+    std::vector<double> values(static_cast<std::size_t>(end - first));
+    if (m_history.Values(first, values) != HistoryAnswer::kAll) {
+        m_is_complete = false;
+    }
+    return values;
+}
+
+void HistoryCurve::BuildSpans() {
+    const std::int32_t columns = m_columns.Size();
+    m_spans.Clear(columns);
+    if (m_history.Columns(m_bounds, m_row) != HistoryAnswer::kAll) {
+        m_is_complete = false;
+    }
+    SpanBuilder builder(m_spans, m_rows);
+    for (std::int32_t column = 0; column < columns; ++column) {
+        const auto at = static_cast<std::size_t>(column);
+        const std::int64_t count = m_bounds[at + 1] - m_bounds[at];
+        const MinMax range{m_row.minimum[at], m_row.maximum[at]};
+        if (count == 0) {
+            continue;
+        }
+        if (range.IsEmpty()) {
+            builder.Break();
+        } else if (m_row.missing[at] == 0) {
+            builder.Column(column, m_row.first[at], range, m_row.last[at], count > 1);
+        } else {
+            for (const double value : ValuesOf(m_bounds[at], m_bounds[at + 1])) {
+                if (std::isnan(value)) {
+                    builder.Break();
+                } else {
+                    builder.Sample(column, value);
+                }
+            }
+        }
+    }
+}
+
+void HistoryCurve::BuildSegments(const QRect& area) {
+    m_segments.clear();
+    const std::vector<double> values = ValuesOf(m_bounds.front(), m_bounds.back());
+    std::int32_t column = 0;
+    bool open = false;
+    QPoint last;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const std::int64_t line = m_bounds.front() + static_cast<std::int64_t>(i);
+        while (m_bounds[static_cast<std::size_t>(column) + 1] <= line) {
+            ++column;
+        }
+        if (std::isnan(values[i])) {
+            open = false;
+            continue;
+        }
+        const QPoint point = area.bottomLeft() + QPoint(column, -m_rows.IndexOf(values[i]));
+        if (open) {
+            m_segments.emplace_back(last, point);
+        }
+        open = true;
+        last = point;
+    }
+}
+
+}  // namespace wavo

@@ -1,0 +1,120 @@
+#include "graph/draw/graph_places.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "graph/draw/graph_draw.h"
+#include "graph/values/line_log.h"
+#include "support/to_count.h"
+
+namespace wavo {
+
+namespace {
+
+/// The sequence of a line among runs; nothing when none has it.
+std::optional<std::uint64_t> SequenceOf(const std::vector<LineLog::Run>& runs, std::int64_t line) {
+    const auto run = std::find_if(runs.begin(), runs.end(), [line](const LineLog::Run& each) {
+        return each.line <= line && line - each.line < static_cast<std::int64_t>(each.count);
+    });
+    return run == runs.end()
+               ? std::nullopt
+               : std::optional(run->sequence + static_cast<std::uint64_t>(line - run->line));
+}
+
+/// The line of a sequence among runs; nothing when none has it.
+std::optional<std::int64_t> LineOf(const std::vector<LineLog::Run>& runs, std::uint64_t sequence) {
+    const auto run = std::find_if(runs.begin(), runs.end(), [sequence](const LineLog::Run& each) {
+        return each.sequence <= sequence && sequence - each.sequence < each.count;
+    });
+    return run == runs.end()
+               ? std::nullopt
+               : std::optional(run->line + static_cast<std::int64_t>(sequence - run->sequence));
+}
+
+}  // namespace
+
+double GraphPlaces::TimeAt(int x) const {
+    return m_graph.Graph().XCoorType != CoorType::kAxis ? m_graph.Frame().XValueAt(x) : -1.0;
+}
+
+std::optional<int> GraphPlaces::PixelAt(double time) const {
+    const bool is_over_time = m_graph.Graph().XCoorType != CoorType::kAxis;
+    return is_over_time ? m_graph.Frame().PixelOfX(time) : std::nullopt;
+}
+
+const TimeCurve* GraphPlaces::AnyCurve() const {
+    for (const auto& line : m_graph.Lines()) {
+        if (line->OverTime() != nullptr && line->OverTime()->Size() > 0) {
+            return line->OverTime();
+        }
+    }
+    return nullptr;
+}
+
+std::vector<LineLog::Run> GraphPlaces::WindowLines() const {
+    const GraphZoom& zoom = m_graph.ZoomWindow();
+    if (!zoom.IsTaken()) {
+        return {};  // the buffers have gone, or the window comes with the next step
+    }
+    const SampleStretch& rows = zoom.Rows();
+    return m_graph.Recorder().Rows().LinesOf(rows.position, rows.count);
+}
+
+std::vector<LineLog::Run> GraphPlaces::CurveLines(const TimeCurve& curve) const {
+    const GraphRecorder& recorder = m_graph.Recorder();
+    const std::uint64_t end = recorder.TakenRows();
+    const std::uint64_t begin = end - std::min(end, curve.HeldSamples());
+    std::vector<LineLog::Run> runs = recorder.TakenLines().Runs(begin, end);
+    const std::uint64_t shown = begin + curve.Stretch().position;
+    for (LineLog::Run& run : runs) {  // sequences become positions, as far as they are shown
+        const std::uint64_t hidden = run.sequence < shown ? shown - run.sequence : 0;
+        const std::uint64_t skipped = std::min(hidden, run.count);
+        run = {run.sequence + skipped - std::min(shown, run.sequence + skipped),
+               run.line + static_cast<std::int64_t>(skipped), run.count - skipped};
+    }
+    return runs;
+}
+
+std::optional<std::int64_t> GraphPlaces::LineAt(double time) const {
+    if (!(time >= 0.0)) {
+        return std::nullopt;
+    }
+    if (m_graph.ZoomWindow().IsOfBuffers()) {
+        constexpr std::uint64_t kMost = std::uint64_t{1} << 62U;
+        return LineOf(WindowLines(), ToCount(time / m_graph.Recorder().CycleTime() + 0.5, kMost));
+    }
+    const TimeCurve* const curve = AnyCurve();
+    const std::optional<std::uint64_t> position =
+        curve != nullptr ? curve->PositionAt(time) : std::nullopt;
+    return position.has_value() ? LineOf(CurveLines(*curve), *position) : std::nullopt;
+}
+
+std::optional<double> GraphPlaces::TimeOf(std::int64_t line) const {
+    if (m_graph.ZoomWindow().IsOfBuffers()) {
+        const std::optional<std::uint64_t> row = SequenceOf(WindowLines(), line);
+        return row.has_value()
+                   ? std::optional(static_cast<double>(*row) * m_graph.Recorder().CycleTime())
+                   : std::nullopt;
+    }
+    const TimeCurve* const curve = AnyCurve();
+    if (curve == nullptr) {
+        return std::nullopt;
+    }
+    const std::optional<std::uint64_t> position = SequenceOf(CurveLines(*curve), line);
+    const bool is_shown = position.has_value() && *position < curve->Stretch().count;
+    return is_shown ? std::optional(curve->TimeAt(*position)) : std::nullopt;
+}
+
+std::optional<double> GraphPlaces::ValueAt(std::size_t axis, double time) const {
+    const TimeCurve* const curve = m_graph.Lines()[axis]->OverTime();
+    const std::optional<std::uint64_t> position =
+        curve != nullptr ? curve->PositionAt(time) : std::nullopt;
+    if (!position.has_value()) {
+        return std::nullopt;
+    }
+    const double value = curve->SampleAt(*position);
+    return std::isnan(value) ? std::nullopt : std::optional(value);
+}
+
+}  // namespace wavo

@@ -1,0 +1,170 @@
+// A run that lies behind a graph, against the segments between its values.
+#include "graph/draw/curve/history_curve.h"
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "graph/values/graph_value.h"
+#include "graph/values/missing_value.h"
+#include "graph/values/ring_history.h"
+#include "special_values.h"
+
+namespace wavo {
+namespace {
+
+constexpr double kRunStep = 0.001;
+constexpr std::int64_t kRunBegins = 500;
+constexpr QRect kRunPlot(6, 18, 377, 231);
+
+/// A buffer that holds a run, and the plot of a graph over time.
+struct OtherRun {
+    OtherRun(const std::vector<double>& samples, double range)
+        : value("X", kRunStep, static_cast<double>(samples.size() + 1) * kRunStep, 0),
+          history(value),
+          plot({kRunPlot, VerticalScaleLines(kRunPlot, 7), HorizontalScaleLines(kRunPlot, 5)}, 1.0),
+          given(samples) {
+        plot.x.Fill({0.0, range});
+        plot.y.Fill({-10.0, 10.0});
+        value.ExpectLine(kRunBegins);
+        value.SetValues(samples.data(), samples.size(), 1);
+        picture = QImage(400, 260, QImage::Format_RGB32);
+        picture.fill(Qt::black);
+        background = picture.copy();
+    }
+
+    const QImage& Draw(HistoryCurve& curve) {
+        CurveStyle style;
+        style.color = Qt::white;
+        canvas.Begin(picture, background, QPoint(), kRunPlot);
+        curve.Draw(plot, style, canvas);
+        canvas.End();
+        return picture;
+    }
+
+    /// The segments between successive values within the scale, one by one.
+    [[nodiscard]] QImage Reference(const HistoryCurve::Place& place, double range) const {
+        std::vector<QLine> lines;
+        bool open = false;
+        QPoint last;
+        for (std::size_t i = 0; i < given.size(); ++i) {
+            const std::int64_t line = kRunBegins + static_cast<std::int64_t>(i);
+            const double time =
+                static_cast<double>(line - place.first_line) * place.step + place.offset;
+            if (line < place.first_line || time < 0.0 || time > range || std::isnan(given[i])) {
+                open = false;
+                continue;
+            }
+            const QPoint point(plot.x.MapForced(time), plot.y.MapForced(given[i]));
+            if (open) {
+                lines.emplace_back(last, point);
+            }
+            open = true;
+            last = point;
+        }
+        QImage image = background.copy();
+        QPainter painter(&image);
+        painter.setPen(QPen(Qt::white, 1));
+        painter.drawLines(lines.data(), static_cast<int>(lines.size()));
+        return image;
+    }
+
+    GraphValue value;
+    RingHistory history;
+    CurvePlot plot;
+    std::vector<double> given;
+    QImage picture;
+    QImage background;
+    PlotCanvas canvas;
+};
+
+std::vector<double> WildSamples(std::size_t count, unsigned gap_of, std::mt19937& random) {
+    std::vector<double> samples(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const double noise = static_cast<double>(random() % 2000) / 1000.0 - 1.0;
+        samples[i] = 8.0 * std::sin(static_cast<double>(i) * 0.01) + noise;
+        if (gap_of != 0 && random() % gap_of == 0) {
+            samples[i] = i % 2 == 0 ? kNaN : NoSample();
+        } else if (gap_of != 0 && random() % 97 == 0) {
+            samples[i] = kInf;
+        }
+    }
+    return samples;
+}
+
+TEST(HistoryCurve, IsTheSegmentsBetweenItsValuesWhereverItStands) {
+    std::mt19937 random(3);
+    for (const std::size_t count : {2U, 40U, 376U, 900U, 20000U}) {
+        for (const unsigned gap_of : {0U, 5U, 700U}) {
+            const std::vector<double> samples = WildSamples(count, gap_of, random);
+            const double range = static_cast<double>(count) * kRunStep * 0.8;
+            for (const double offset : {0.0, 0.25 * range, -0.3 * range, 0.0001, 5.0 * range}) {
+                for (const std::int64_t first : {kRunBegins, kRunBegins - 7, kRunBegins + 1}) {
+                    OtherRun run(samples, range);
+                    const HistoryCurve::Place place{first, offset, kRunStep};
+                    HistoryCurve curve(run.history, place);
+                    ASSERT_EQ(run.Draw(curve), run.Reference(place, range))
+                        << count << " lines from " << first << " on, at " << offset;
+                    EXPECT_TRUE(curve.IsComplete());
+                }
+            }
+        }
+    }
+}
+
+TEST(HistoryCurve, FollowsItsHistoryAndTheScales) {
+    std::mt19937 random(4);
+    const double range = 1.0;
+    OtherRun run(WildSamples(500, 0, random), range);
+    const HistoryCurve::Place place{kRunBegins, 0.0, kRunStep};
+    HistoryCurve curve(run.history, place);
+    run.Draw(curve);
+    run.value.SetValue(9.0);
+    run.given.push_back(9.0);
+    EXPECT_EQ(run.Draw(curve), run.Reference(place, range));
+    run.plot.y.Fill({-20.0, 10.0});
+    curve.Remap(run.plot, {.y_changed = true});
+    EXPECT_EQ(run.Draw(curve), run.Reference(place, range));
+}
+
+/// Has nothing of a column until it is loaded.
+class UnloadedHistory final : public History {
+ public:
+    [[nodiscard]] LineRange Lines() const override { return {0, 5000}; }
+    HistoryAnswer Columns(std::span<const std::int64_t> bounds, ColumnRow& row) override {
+        row.Reset(bounds.size() - 1);
+        ++questions;
+        return HistoryAnswer::kNotLoaded;
+    }
+    HistoryAnswer Values(std::int64_t, std::span<double> values) override {
+        std::fill(values.begin(), values.end(), NoSample());
+        return HistoryAnswer::kNotLoaded;
+    }
+    HistoryAnswer Sums(const LineRange&, HistorySums&) override { return HistoryAnswer::kAll; }
+
+    int questions = 0;
+};
+
+TEST(HistoryCurve, AsksForAllColumnsAtOnceAndSaysWhatIsNotThere) {
+    OtherRun run({1, 2, 3}, 5.0);
+    UnloadedHistory history;
+    HistoryCurve curve(history, {0, 0.0, kRunStep});
+    EXPECT_EQ(run.Draw(curve), run.background);
+    EXPECT_FALSE(curve.IsComplete());
+    EXPECT_EQ(history.questions, 1);
+}
+
+TEST(HistoryCurve, NeedsAPlotAreaThatSpansCanBeOf) {
+    OtherRun run({1, 2, 3}, 5.0);
+    run.plot.area = QRect();
+    HistoryCurve curve(run.history, {kRunBegins, 0.0, kRunStep});
+    EXPECT_EQ(run.Draw(curve), run.background);
+}
+
+}  // namespace
+}  // namespace wavo
