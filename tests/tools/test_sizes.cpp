@@ -34,6 +34,8 @@ const std::map<std::string, std::string>& LargeClasses() {
     static const std::map<std::string, std::string> classes = {
         {"GraphDraw", "orders everything of a graph; its parts are being taken out of it"},
         {"LinesDrawAxis", "orders everything of a curve; its parts are being taken out of it"},
+        {"GraphRecorder", "what curves and zooms ask of it is being taken out of it"},
+        {"TimeCurve", "what it asks of its history is being taken out of it"},
         {"GraphValue",
          "the published calls of a stream, what its curves ask of it, and the path of each value"},
         {"MIniDataT", "22 published calls; the others are steps of one parser over one text"},

@@ -94,7 +94,7 @@ void GraphDraw::PrimeLines() {
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         m_lines[i]->CheckYScaleValue(m_recorder.Taken(i).values);
         if (!IsTimeGraph()) {
-            m_lines[i]->CheckXScaleValue(m_recorder.TakenX().values);
+            m_lines[i]->CheckXScaleValue(m_recorder.Taken(m_recorder.Axes()).values);
         }
         if (!IsTimeGraph() || !m_recorder.Taken(i).values.empty()) {
             AddAndDraw(i, nullptr);

@@ -163,7 +163,7 @@ void GraphDraw::CheckScales() {
         }
         m_lines[i]->CheckYScaleValue(m_recorder.Taken(i).values);
         if (!IsTimeGraph()) {
-            m_lines[i]->CheckXScaleValue(m_recorder.TakenX().values);
+            m_lines[i]->CheckXScaleValue(m_recorder.Taken(m_recorder.Axes()).values);
             FillScaleLines();
             m_graph.UpdateGuidingCircles();
         }
@@ -201,7 +201,7 @@ void GraphDraw::AddAndDraw(std::size_t axis, PlotCanvas* canvas) {
     LinesDrawAxis& line = *m_lines[axis];
     const TakenValues& taken = m_recorder.Taken(axis);
     if (!IsTimeGraph()) {
-        line.DrawLinesXIsAx(m_recorder.TakenX().values, taken.values, canvas);
+        line.DrawLinesXIsAx(m_recorder.Taken(m_recorder.Axes()).values, taken.values, canvas);
     } else if (taken.values.empty()) {
         line.DrawAllLinesXIsTime(kOwnColor, canvas);
     } else {

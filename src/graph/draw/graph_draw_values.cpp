@@ -124,7 +124,7 @@ void GraphDraw::GetAxRows(const std::vector<std::string>& axis_names,
         const StreamRows rows = m_recorder.Rows();
         const SampleStretch shown = m_zoom.IsShown() ? m_zoom.Rows() : m_recorder.RowsOfSpan(rows);
         for (std::size_t i = 0; i < streams.size(); ++i) {
-            GraphRecorder::CopyRows(rows, streams[i], shown, columns[i]);
+            CopyRows(rows, streams[i], shown, columns[i]);
         }
     } else {
         for (std::size_t i = 0; i < streams.size(); ++i) {

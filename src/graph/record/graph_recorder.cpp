@@ -121,7 +121,7 @@ SampleStretch GraphRecorder::RowsOfSpan(const StreamRows& rows) const {
     SampleStretch span;
     span.count = rows.CountOfSpan(GraphTimeRange(m_graph));
     span.position = rows.Count() - span.count;
-    if (!IsOverTime() && TakenX().value != nullptr) {
+    if (!IsOverTime() && Taken(Axes()).value != nullptr) {
         // A point has two values.
         const std::uint64_t first = std::max(span.position, rows.FirstOfAll());
         span.count -= first - span.position;
@@ -135,8 +135,8 @@ double GraphRecorder::TimeBeforeSpan(const StreamRows& rows) const {
     return std::max(0.0, held - GraphTimeRange(m_graph));
 }
 
-void GraphRecorder::CopyRows(const StreamRows& rows, std::size_t stream,
-                             const SampleStretch& wanted, std::vector<double>& out) {
+void CopyRows(const StreamRows& rows, std::size_t stream, const SampleStretch& wanted,
+              std::vector<double>& out) {
     rows.Copy(stream, wanted.position, wanted.count, out);
     for (const SampleStretch& none : rows.Underived(stream, wanted.position, wanted.count)) {
         std::fill_n(out.begin() + static_cast<std::ptrdiff_t>(none.position), none.count, kNoValue);

@@ -67,9 +67,8 @@ class GraphRecorder {
     /// came: row n is sequence n. Those that no curve holds any more are forgotten.
     [[nodiscard]] std::uint64_t TakenRows() const { return m_rows; }
     [[nodiscard]] const LineLog& TakenLines() const { return m_lines; }
-    /// What was taken of a stream. REQUIRES: stream <= Axes().
+    /// What was taken of a stream; stream Axes() is that of the x axis. REQUIRES: stream <= Axes().
     [[nodiscard]] const TakenValues& Taken(std::size_t stream) const { return m_taken[stream]; }
-    [[nodiscard]] const TakenValues& TakenX() const { return m_taken.back(); }
 
     /// Tests the values taken last; `index` is the position of the value that fired.
     bool IsTrigger(std::uint64_t& index) const;
@@ -115,9 +114,6 @@ class GraphRecorder {
     [[nodiscard]] SampleStretch RowsOfSpan(const StreamRows& rows) const;
     /// Seconds from the oldest row to the first of the graph's time range.
     [[nodiscard]] double TimeBeforeSpan(const StreamRows& rows) const;
-    /// Copies rows of a stream: NoSample() where it has none, kNoValue where it has no derivative.
-    static void CopyRows(const StreamRows& rows, std::size_t stream, const SampleStretch& wanted,
-                         std::vector<double>& out);
 
  private:
     /// A trigger with the test of its type; null for a type that has none.
@@ -153,5 +149,9 @@ class GraphRecorder {
     bool m_restart_asked = false;
     double m_elapsed = 0.0;
 };
+
+/// Copies rows of a stream: NoSample() where it has none, kNoValue where it has no derivative.
+void CopyRows(const StreamRows& rows, std::size_t stream, const SampleStretch& wanted,
+              std::vector<double>& out);
 
 }  // namespace wavo

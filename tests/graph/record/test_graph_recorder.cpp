@@ -179,7 +179,7 @@ TEST(Recorder, OverAnAxisARecordingEndsUncutAndXLosesTheSameValues) {
     Tape tape(GraphOverAxis(TriggerTypeCode::kStartBelow, 5.0));
     EXPECT_EQ(tape.Step({{9, 4, 3}, {10, 20, 30}}), TriggerEvent::kStarted);
     EXPECT_THAT(tape.Taken(), ElementsAre(4, 3));
-    EXPECT_THAT(tape.recorder->TakenX().values, ElementsAre(20, 30));
+    EXPECT_THAT(tape.recorder->Taken(tape.recorder->Axes()).values, ElementsAre(20, 30));
     EXPECT_EQ(tape.Step({{1, 2, 3, 4, 5}, {1, 2, 3, 4, 5}}), TriggerEvent::kEnded);
     EXPECT_EQ(tape.Taken().size(), 5U);
 }
