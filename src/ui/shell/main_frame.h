@@ -20,7 +20,7 @@
 class QLabel;
 class QMenuBar;
 class QSettings;
-class QWidgetAction;
+class QAction;
 
 namespace wavo {
 
@@ -69,7 +69,7 @@ class CMainFrame : public QMainWindow {
  private:
     void ConnectView();
     void CreateStatusBar();
-    void CreateCustomizeButton();
+    void ShowInPane(StatusPane pane, const QString& text);
     void RebuildToolBars();
     void RestoreLayout();
     void StoreLayout();
@@ -92,7 +92,7 @@ class CMainFrame : public QMainWindow {
     CommandId m_look;
     QLabel* m_panes[3] = {};
     bool m_has_stored_place = false;
-    QWidgetAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
+    QAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
 };
 
 }  // namespace wavo
