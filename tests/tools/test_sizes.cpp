@@ -36,7 +36,6 @@ const std::map<std::string, std::string>& LargeClasses() {
         {"LinesDrawAxis", "orders everything of a curve; its parts are being taken out of it"},
         {"GraphValue",
          "the published calls of a stream, what its curves ask of it, and the path of each value"},
-        {"MIniDataT", "22 published calls; the others are steps of one parser over one text"},
         {"SampleRing", "a container: its calls are those that each value takes, in line"},
     };
     return classes;
