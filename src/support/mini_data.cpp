@@ -89,8 +89,7 @@ bool MIniDataT<Compare>::ReadLines(MFastFileReader& reader) {
         return OutOfMemory("TextBuffer");
     }
     const auto read_failed = [this] {
-        m_last_error =
-            "MFastFileReader::ReadLine() failed: " + ini::SystemText();
+        m_last_error = "MFastFileReader::ReadLine() failed: " + ini::SystemText();
         MERRTRACE(support_texts::kStoreNotRead);
         return false;
     };
