@@ -37,16 +37,8 @@ MIniDataT<Compare>::~MIniDataT() = default;
 template <typename Compare>
 void MIniDataT<Compare>::Reset() {
     MErrTrace_BeginContext();
-    m_text.Free();
-    m_arena.Free();
-    m_leading = {};
-    m_sections = {};
-    m_section_index.Free();
-    m_entry_index.Free();
-    m_indexed = nullptr;
+    m_content.Free();
     m_line = 0;
-    m_dropped = 0;
-    m_is_content = true;
     m_valid = false;
     m_new_or_changed = true;
     m_loaded_or_saved = false;
@@ -93,48 +85,41 @@ bool MIniDataT<Compare>::ReadLines(MFastFileReader& reader) {
     // Line ends of one byte become two, so a file of short lines needs more; then the text grows.
     const std::size_t expected =
         static_cast<std::size_t>(std::min<std::uint64_t>(reader.FileSize(), kLargestFile));
-    if (!m_text.Reserve(expected + expected / 16 + kLineEnd.size())) {
+    if (!m_content.m_text.Reserve(expected + expected / 16 + kLineEnd.size())) {
         return OutOfMemory("TextBuffer");
     }
+    const auto read_failed = [this] {
+        m_last_error = "MFastFileReader::ReadLine() failed: " + ini::SystemText();
+        MERRTRACE(support_texts::kStoreNotRead);
+        return false;
+    };
     std::size_t empty_lines = 0;
     for (bool is_first = true; !reader.IsEOF(); is_first = false) {
-        m_line = m_text.size();
-        switch (reader.AppendLine(m_text, kLongestLine)) {
+        m_line = m_content.m_text.size();
+        switch (reader.AppendLine(m_content.m_text, kLongestLine)) {
             case MFastFileReader::Line::kWhole:
                 break;
             case MFastFileReader::Line::kCut:
                 // What is wrong with the line shows in its first part, if anything is.
                 return TakeLine(kCaller, is_first) &&
                        ParseFailed("line longer than " + std::to_string(kLongestLine) +
-                                   " bytes: \"" + ini::Echo(Line(), 50) + "\"");
+                                   " bytes: \"" + ini::Echo(m_content.TextFrom(m_line), 50) + "\"");
             case MFastFileReader::Line::kFailed:
-                return ReadFailed();
+                return read_failed();
             case MFastFileReader::Line::kOutOfMemory:
                 return OutOfMemory("TextBuffer");
         }
         if (!TakeLine(kCaller, is_first)) {
             return false;
         }
-        empty_lines += m_text.size() == m_line ? 1 : 0;
-        if (m_text.size() + empty_lines > kLargestFile) {
+        empty_lines += m_content.m_text.size() == m_line ? 1 : 0;
+        if (m_content.m_text.size() + empty_lines > kLargestFile) {
             return ParseFailed("more than " + std::to_string(kLargestFile) + " bytes");
         }
     }
     // A failed read ends the lines, but it is not the end of the file: a store without the rest
     // would be saved over it.
-    return !reader.HasFailed() || ReadFailed();
-}
-
-template <typename Compare>
-bool MIniDataT<Compare>::ReadFailed() {
-    m_last_error = "MFastFileReader::ReadLine() failed: " + ini::SystemText();
-    MERRTRACE(support_texts::kStoreNotRead);
-    return false;
-}
-
-template <typename Compare>
-std::string_view MIniDataT<Compare>::Line() const {
-    return m_text.View(m_line, m_text.size() - m_line);
+    return !reader.HasFailed() || read_failed();
 }
 
 /// Takes in the line that was read. It gets its line end when it is kept.
@@ -143,23 +128,24 @@ bool MIniDataT<Compare>::TakeLine(const char* caller, bool is_first) {
     if (is_first && !CheckMarks(caller)) {
         return false;
     }
-    if (m_text.size() == m_line) {
+    if (m_content.m_text.size() == m_line) {
         return true;
     }
     if (!parse_line()) {
-        MERRTRACE(support_texts::kLineNotParsed, caller, ini::Echo(Line(), 60).c_str());
+        MERRTRACE(support_texts::kLineNotParsed, caller,
+                  ini::Echo(m_content.TextFrom(m_line), 60).c_str());
         return false;
     }
-    if (!m_text.Reserve(kLineEnd.size())) {
+    if (!m_content.m_text.Reserve(kLineEnd.size())) {
         return OutOfMemory("TextBuffer");
     }
-    m_text.Put(kLineEnd);
+    m_content.m_text.Put(kLineEnd);
     return true;
 }
 
 template <typename Compare>
 bool MIniDataT<Compare>::CheckMarks(const char* caller) {
-    const std::string_view line = Line();
+    const std::string_view line = m_content.TextFrom(m_line);
     for (const std::string_view mark : kWideMarks) {
         if (line.starts_with(mark)) {
             m_last_error = support_texts::kWideTextError;
@@ -171,15 +157,16 @@ bool MIniDataT<Compare>::CheckMarks(const char* caller) {
     }
     if (line.starts_with(kUtf8Mark)) {
         const std::size_t rest = line.size() - kUtf8Mark.size();
-        std::memmove(m_text.data() + m_line, m_text.data() + m_line + kUtf8Mark.size(), rest);
-        m_text.SetSize(m_line + rest);
+        std::memmove(m_content.m_text.data() + m_line,
+                     m_content.m_text.data() + m_line + kUtf8Mark.size(), rest);
+        m_content.m_text.SetSize(m_line + rest);
     }
     return true;
 }
 
 template <typename Compare>
 bool MIniDataT<Compare>::parse_line() {
-    const std::string_view line = Line();
+    const std::string_view line = m_content.TextFrom(m_line);
     if (line.front() == '[') {
         return ParseHeader();
     }
@@ -187,7 +174,7 @@ bool MIniDataT<Compare>::parse_line() {
     if (first == line.size() || ini::BeginsComment(line[first])) {
         return KeepLine();
     }
-    if (m_sections.last() == nullptr) {
+    if (m_content.m_sections.last() == nullptr) {
         return ParseFailed(support_texts::EntryBeforeSections(ini::Echo(line)));
     }
     return ParseEntry(first);
@@ -195,47 +182,50 @@ bool MIniDataT<Compare>::parse_line() {
 
 template <typename Compare>
 bool MIniDataT<Compare>::KeepLine() {
-    auto* const kept = m_arena.New<MIniDataLine>(m_line, m_text.size() - m_line);
+    auto* const kept =
+        m_content.m_arena.template New<MIniDataLine>(m_line, m_content.m_text.size() - m_line);
     if (kept == nullptr) {
         return OutOfMemory("MIniDataLine");
     }
-    (m_sections.last() != nullptr ? m_sections.last()->m_lines : m_leading).Append(kept);
+    (m_content.m_sections.last() != nullptr ? m_content.m_sections.last()->m_lines
+                                            : m_content.m_leading)
+        .Append(kept);
     return true;
 }
 
 template <typename Compare>
 bool MIniDataT<Compare>::ParseHeader() {
-    const std::string_view line = Line();
+    const std::string_view line = m_content.TextFrom(m_line);
     const std::size_t end = line.find(']');
     if (end == std::string_view::npos) {
         return ParseFailed(support_texts::NoHeaderEnd(ini::Echo(line, 50)));
     }
     const std::string_view name = ini::Trim(line.substr(1, end - 1));
-    if (Section* const earlier = FindSection(name); earlier != nullptr) {
+    if (Section* const earlier = m_content.FindSection(name); earlier != nullptr) {
         if ((m_options & kReplaceSections) == 0) {
             return ParseFailed(support_texts::SectionSeenTwice(ini::Echo(name)));
         }
-        RemoveSection(*earlier);
+        m_content.RemoveSection(*earlier);
     }
-    auto* const section = m_arena.New<Section>(
+    auto* const section = m_content.m_arena.template New<Section>(
         m_line, line.size(), static_cast<std::size_t>(name.data() - line.data()), name.size());
-    if (section == nullptr || !m_section_index.Add(section, m_text)) {
+    if (section == nullptr || !m_content.m_section_index.Add(section, m_content.m_text)) {
         return OutOfMemory("MIniDataSectionT");
     }
-    m_sections.Append(section);
-    m_entry_index.Clear();
-    m_indexed = section;
+    m_content.m_sections.Append(section);
+    m_content.m_entry_index.Clear();
+    m_content.m_indexed = section;
     return true;
 }
 
 template <typename Compare>
 bool MIniDataT<Compare>::ParseEntry(std::size_t first) {
-    const std::string_view line = Line();
-    Section& section = *m_sections.last();
+    const std::string_view line = m_content.TextFrom(m_line);
+    Section& section = *m_content.m_sections.last();
     const ini::EntryParts parts = ini::SplitEntry(line, first);
     if (!parts.has_equals || parts.name_length == 0) {
         if ((m_options & (kLenientEntries | kReplaceSections)) == 0) {
-            const std::string section_name = ini::Echo(section.Name(m_text));
+            const std::string section_name = ini::Echo(section.Name(m_content.m_text));
             return ParseFailed(parts.has_equals
                                    ? support_texts::NoEntryName(ini::Echo(line), section_name)
                                    : support_texts::NoEquals(ini::Echo(line, 50), section_name));
@@ -244,25 +234,25 @@ bool MIniDataT<Compare>::ParseEntry(std::size_t first) {
             return KeepLine();
         }
     }
-    if (!m_entry_index.Reserve()) {
+    if (!m_content.m_entry_index.Reserve()) {
         return OutOfMemory("MIniDataEntry");
     }
     const std::string_view name = line.substr(first, parts.name_length);
     const std::uint32_t hash = Compare::Hash(name);
-    auto* slot = m_entry_index.FindSlot(name, hash, m_text);
-    if (!m_entry_index.IsEmpty(*slot)) {
+    auto* slot = m_content.m_entry_index.FindSlot(name, hash, m_content.m_text);
+    if (!m_content.m_entry_index.IsEmpty(*slot)) {
         if ((m_options & kReplaceEntries) == 0) {
-            return ParseFailed(
-                support_texts::EntrySeenTwice(ini::Echo(name), ini::Echo(section.Name(m_text))));
+            return ParseFailed(support_texts::EntrySeenTwice(
+                ini::Echo(name), ini::Echo(section.Name(m_content.m_text))));
         }
-        RemoveEntry(section, *slot->item);
-        slot = m_entry_index.FindSlot(name, hash, m_text);
+        m_content.RemoveEntry(section, *slot->item);
+        slot = m_content.m_entry_index.FindSlot(name, hash, m_content.m_text);
     }
-    auto* const entry = m_arena.New<MIniDataEntry>(m_line, line.size(), parts);
+    auto* const entry = m_content.m_arena.template New<MIniDataEntry>(m_line, line.size(), parts);
     if (entry == nullptr) {
         return OutOfMemory("MIniDataEntry");
     }
-    m_entry_index.Fill(slot, entry, hash);
+    m_content.m_entry_index.Fill(slot, entry, hash);
     section.m_lines.Append(entry);
     return true;
 }
@@ -278,7 +268,7 @@ template <typename Compare>
 bool MIniDataT<Compare>::OutOfMemory(const char* what) {
     const int reason = errno != 0 ? errno : ENOMEM;
     MERRTRACE(support_texts::kParseNoMemory, what, platform::ErrorText(reason).c_str());
-    return ParseFailed(support_texts::OutOfMemory(ini::Echo(Line(), 50)));
+    return ParseFailed(support_texts::OutOfMemory(ini::Echo(m_content.TextFrom(m_line), 50)));
 }
 
 template <typename Compare>
@@ -290,9 +280,9 @@ bool MIniDataT<Compare>::SetContent(std::string_view text) {
     for (bool is_first = true; from != end; is_first = false) {
         const char* const line_end = bytes::FindEither(from, end, '\r', '\n');
         const std::string_view line(from, static_cast<std::size_t>(line_end - from));
-        m_line = m_text.size();
+        m_line = m_content.m_text.size();
         const bool fits = line.size() <= kLongestLine && m_line + line.size() <= kLargestFile;
-        if (!m_text.Append(line.substr(0, kLongestLine))) {
+        if (!m_content.m_text.Append(line.substr(0, kLongestLine))) {
             OutOfMemory("TextBuffer");
             return Abandon();
         }
@@ -322,84 +312,17 @@ void MIniDataT<Compare>::Clear() {
 // Content
 
 template <typename Compare>
-template <typename Visitor>
-void MIniDataT<Compare>::ForEachLine(Visitor visit) const {
-    const auto visit_list = [&](const MIniDataLineList& lines) {
-        for (MIniDataLine* line = lines.first(); line != nullptr; line = line->m_next) {
-            if (line->m_length != 0) {
-                visit(*line);
-            }
-        }
-    };
-    visit_list(m_leading);
-    for (Section* section = m_sections.first(); section != nullptr; section = section->m_next) {
-        visit(section->m_header);
-        visit_list(section->m_lines);
-    }
-}
-
-/// Takes a line out of the content.
-template <typename Compare>
-void MIniDataT<Compare>::Drop(MIniDataLine& line) {
-    if (line.m_length != 0) {
-        m_dropped += line.m_length + kLineEnd.size();
-        line.m_length = 0;
-        m_is_content = false;
-    }
-}
-
-template <typename Compare>
-void MIniDataT<Compare>::RemoveEntry(const Section& section, MIniDataEntry& entry) {
-    if (m_indexed == &section) {
-        m_entry_index.Remove(&entry, m_text);
-    }
-    Drop(entry);
-}
-
-template <typename Compare>
-void MIniDataT<Compare>::RemoveSection(Section& section) {
-    if (m_indexed == &section) {
-        m_entry_index.Clear();
-        m_indexed = nullptr;
-    }
-    m_section_index.Remove(&section, m_text);
-    m_sections.Remove(&section);
-    Drop(section.m_header);
-    for (MIniDataLine* line = section.m_lines.first(); line != nullptr; line = line->m_next) {
-        Drop(*line);
-    }
-}
-
-/// Puts the lines in file order into a new text without what was dropped.
-template <typename Compare>
-bool MIniDataT<Compare>::Compact() {
-    TextBuffer compact;
-    if (!compact.Reserve(ContentSize())) {
-        return false;
-    }
-    ForEachLine([&](MIniDataLine& line) {
-        const std::size_t begin = compact.size();
-        compact.Put(m_text.View(line.m_begin, line.m_length + kLineEnd.size()));
-        line.m_begin = static_cast<std::uint32_t>(begin);
-    });
-    m_text = std::move(compact);
-    m_dropped = 0;
-    m_is_content = true;
-    return true;
-}
-
-template <typename Compare>
 void MIniDataT<Compare>::SetChanged() {
-    m_is_content = false;
+    m_content.m_is_whole = false;
     m_new_or_changed = true;
 }
 
 template <typename Compare>
 std::string MIniDataT<Compare>::Content() const {
     std::string content;
-    content.reserve(ContentSize());
-    ForEachLine([&](const MIniDataLine& line) {
-        content += line.Text(m_text);
+    content.reserve(m_content.Size());
+    m_content.ForEachLine([&](const MIniDataLine& line) {
+        content += line.Text(m_content.m_text);
         content += kLineEnd;
     });
     return content;
@@ -407,13 +330,13 @@ std::string MIniDataT<Compare>::Content() const {
 
 template <typename Compare>
 bool MIniDataT<Compare>::Save() {
-    if (!m_is_content && !Compact()) {
+    if (!m_content.m_is_whole && !m_content.Compact()) {
         m_last_error = "out of memory (" + ini::SystemText() + ")";
         MERRTRACE("MIniData::Save(): %s", m_last_error.c_str());
         return false;
     }
-    if (MFastFile_WriteLinesAtOnce(m_path, m_text.View(), m_options & (kSaveFlush | kSaveSafe)) ==
-        kWriteFailed) {
+    if (MFastFile_WriteLinesAtOnce(m_path, m_content.m_text.View(),
+                                   m_options & (kSaveFlush | kSaveSafe)) == kWriteFailed) {
         m_last_error = "MFastFile_WriteLinesAtOnce() failed: " + ini::SystemText();
         MERRTRACE(support_texts::kStoreNotSaved, m_path.c_str());
         return false;

@@ -32,8 +32,7 @@
 #include <string_view>
 #include <vector>
 
-#include "support/mini_data_parts.h"
-#include "support/text_buffer.h"
+#include "support/mini_data_content.h"
 
 namespace wavo {
 
@@ -124,7 +123,6 @@ class MIniDataT {
     // Reading. The line that is being read is what the text holds from m_line on.
     void Reset();
     bool ReadLines(MFastFileReader& reader);
-    bool ReadFailed();
     bool TakeLine(const char* caller, bool is_first);
     bool CheckMarks(const char* caller);
     bool parse_line();
@@ -134,11 +132,8 @@ class MIniDataT {
     bool ParseFailed(std::string error);
     bool OutOfMemory(const char* what);
     bool Abandon();
-    [[nodiscard]] std::string_view Line() const;
 
-    // Setting and getting.
-    [[nodiscard]] Section* FindSection(std::string_view name) const;
-    [[nodiscard]] MIniDataEntry* FindEntry(const Section& section, std::string_view name) const;
+    // Setting.
     bool SetEntry(const char* setter, std::string_view shown_value, std::string_view section_name,
                   std::string_view name, std::string_view value);
     bool MayBeEntry(const char* setter, std::string_view shown_value, std::string_view name,
@@ -148,14 +143,6 @@ class MIniDataT {
     Section* add_new_section(std::string_view name);
     bool MakeRoom(std::size_t length);
 
-    // Content.
-    template <typename Visitor>
-    void ForEachLine(Visitor visit) const;
-    [[nodiscard]] std::size_t ContentSize() const { return m_text.size() - m_dropped; }
-    void Drop(MIniDataLine& line);
-    void RemoveEntry(const Section& section, MIniDataEntry& entry);
-    void RemoveSection(Section& section);
-    bool Compact();
     void SetChanged();
 
     const unsigned m_options;
@@ -163,20 +150,11 @@ class MIniDataT {
     bool m_valid = false;
     bool m_new_or_changed = true;
     bool m_loaded_or_saved = false;
-    bool m_is_content = true;  ///< the text is the content: nothing moved, nothing dropped
     std::string m_path;
     std::string m_last_error;
 
-    TextBuffer m_text;
-    std::size_t m_line = 0;      ///< where the line that is being read begins in the text
-    std::size_t m_dropped = 0;   ///< bytes of the text that belong to no line any more
-    MIniDataArena m_arena;       ///< holds lines and sections
-    MIniDataLineList m_leading;  ///< the lines before the first section
-    MIniDataSectionList<Section> m_sections;  ///< while parsing, the last one is the current one
-    MIniDataIndex<Section, Compare> m_section_index;
-    /// The entries of one section: the current one while parsing, later the one asked last.
-    mutable MIniDataIndex<MIniDataEntry, Compare> m_entry_index;
-    mutable const Section* m_indexed = nullptr;
+    MIniDataContentT<Compare> m_content;
+    std::size_t m_line = 0;  ///< where the line that is being read begins in the text
 };
 
 /// The store of this program, and the only one that the library holds: names are compared byte for

@@ -9,41 +9,16 @@ namespace wavo {
 using ini::kLineEnd;
 
 template <typename Compare>
-auto MIniDataT<Compare>::FindSection(std::string_view name) const -> Section* {
-    return m_section_index.Find(name, m_text);
-}
-
-template <typename Compare>
-MIniDataEntry* MIniDataT<Compare>::FindEntry(const Section& section, std::string_view name) const {
-    constexpr std::size_t kFewLines = 16;
-    if (m_indexed != &section) {
-        if (section.m_lines.size() <= kFewLines) {
-            return section.Search(name, m_text);
-        }
-        m_entry_index.Clear();
-        m_indexed = nullptr;
-        for (MIniDataLine* line = section.m_lines.first(); line != nullptr; line = line->m_next) {
-            MIniDataEntry* const entry = line->AsEntry();
-            if (entry != nullptr && !m_entry_index.Add(entry, m_text)) {
-                return section.Search(name, m_text);
-            }
-        }
-        m_indexed = &section;
-    }
-    return m_entry_index.Find(name, m_text);
-}
-
-template <typename Compare>
 bool MIniDataT<Compare>::HasSection(std::string_view section) const {
-    return FindSection(section) != nullptr;
+    return m_content.FindSection(section) != nullptr;
 }
 
 template <typename Compare>
 std::vector<std::string> MIniDataT<Compare>::SectionNames() const {
     std::vector<std::string> names;
-    for (const Section* section = m_sections.first(); section != nullptr;
+    for (const Section* section = m_content.m_sections.first(); section != nullptr;
          section = section->m_next) {
-        names.emplace_back(section->Name(m_text));
+        names.emplace_back(section->Name(m_content.m_text));
     }
     return names;
 }
@@ -51,11 +26,11 @@ std::vector<std::string> MIniDataT<Compare>::SectionNames() const {
 template <typename Compare>
 std::vector<std::string> MIniDataT<Compare>::EntryNames(std::string_view section) const {
     std::vector<std::string> names;
-    const Section* const found = FindSection(section);
+    const Section* const found = m_content.FindSection(section);
     for (MIniDataLine* line = found != nullptr ? found->m_lines.first() : nullptr; line != nullptr;
          line = line->m_next) {
         if (const MIniDataEntry* const entry = line->AsEntry(); entry != nullptr) {
-            names.emplace_back(entry->Name(m_text));
+            names.emplace_back(entry->Name(m_content.m_text));
         }
     }
     return names;
@@ -65,12 +40,13 @@ template <typename Compare>
 bool MIniDataT<Compare>::GetStringEntry(std::string_view section, std::string_view name,
                                         std::string& value) const {
     value.clear();
-    const Section* const found = FindSection(section);
-    const MIniDataEntry* const entry = found != nullptr ? FindEntry(*found, name) : nullptr;
+    const Section* const found = m_content.FindSection(section);
+    const MIniDataEntry* const entry =
+        found != nullptr ? m_content.FindEntry(*found, name) : nullptr;
     if (entry == nullptr) {
         return false;
     }
-    value = entry->Value(m_text);
+    value = entry->Value(m_content.m_text);
     return true;
 }
 
@@ -101,8 +77,8 @@ bool MIniDataT<Compare>::SetEntry(const char* setter, std::string_view shown_val
     if (!MayBeEntry(setter, shown_value, name, value)) {
         return false;
     }
-    Section* section = FindSection(section_name);
-    MIniDataEntry* const entry = section != nullptr ? FindEntry(*section, name) : nullptr;
+    Section* section = m_content.FindSection(section_name);
+    MIniDataEntry* const entry = section != nullptr ? m_content.FindEntry(*section, name) : nullptr;
     if (entry != nullptr) {
         if (!ChangeEntry(*entry, value)) {
             MERRTRACE("MIniDataSectionT::%s(): cannot change entry \"%.40s\"", setter,
@@ -148,12 +124,12 @@ bool MIniDataT<Compare>::MayBeEntry(const char* setter, std::string_view shown_v
 template <typename Compare>
 bool MIniDataT<Compare>::MakeRoom(std::size_t length) {
     constexpr std::size_t kWorthIt = std::size_t{64} << 10;
-    if (ContentSize() + length + kLineEnd.size() > kLargestFile) {
+    if (m_content.Size() + length + kLineEnd.size() > kLargestFile) {
         m_last_error = "more than " + std::to_string(kLargestFile) + " bytes";
         return false;
     }
-    if ((m_dropped > m_text.size() / 2 + kWorthIt && !Compact()) ||
-        !m_text.Reserve(length + kLineEnd.size())) {
+    if ((m_content.m_dropped > m_content.m_text.size() / 2 + kWorthIt && !m_content.Compact()) ||
+        !m_content.m_text.Reserve(length + kLineEnd.size())) {
         m_last_error = "out of memory (" + ini::SystemText() + ")";
         return false;
     }
@@ -162,18 +138,18 @@ bool MIniDataT<Compare>::MakeRoom(std::size_t length) {
 
 template <typename Compare>
 bool MIniDataT<Compare>::ChangeEntry(MIniDataEntry& entry, std::string_view value) {
-    if (entry.Value(m_text) == value) {
+    if (entry.Value(m_content.m_text) == value) {
         return true;
     }
     // What stands before the value stays as somebody wrote it, if the value reads back behind it.
-    const std::string_view old = entry.Text(m_text);
+    const std::string_view old = entry.Text(m_content.m_text);
     const bool has_equals = old[entry.m_value_begin - 1] == '=';
     const bool is_spaced = ini::IsSpaced(old, entry.m_value_begin);
     std::size_t kept = 0;
     if (has_equals && !is_spaced) {
         kept = entry.m_value_begin;
     } else if (has_equals && ini::Trim(value) == value) {
-        kept = static_cast<std::size_t>(entry.Value(m_text).data() - old.data());
+        kept = static_cast<std::size_t>(entry.Value(m_content.m_text).data() - old.data());
     }
     const std::size_t length = (kept != 0 ? kept : entry.m_name_length + 1) + value.size();
     if (length > kLongestLine) {
@@ -183,20 +159,20 @@ bool MIniDataT<Compare>::ChangeEntry(MIniDataEntry& entry, std::string_view valu
     if (!MakeRoom(length)) {
         return false;
     }
-    const std::size_t begin = m_text.size();
+    const std::size_t begin = m_content.m_text.size();
     if (kept != 0) {
-        m_text.Put(entry.Text(m_text).substr(0, kept));
+        m_content.m_text.Put(entry.Text(m_content.m_text).substr(0, kept));
     } else {
-        m_text.Put(entry.Name(m_text));
-        m_text.Put("=");
+        m_content.m_text.Put(entry.Name(m_content.m_text));
+        m_content.m_text.Put("=");
     }
-    m_text.Put(value);
-    m_dropped += entry.m_length + kLineEnd.size();
+    m_content.m_text.Put(value);
+    m_content.m_dropped += entry.m_length + kLineEnd.size();
     entry.m_begin = static_cast<std::uint32_t>(begin);
-    entry.m_length = static_cast<std::uint32_t>(m_text.size() - begin);
-    const std::string_view line = entry.Text(m_text);
+    entry.m_length = static_cast<std::uint32_t>(m_content.m_text.size() - begin);
+    const std::string_view line = entry.Text(m_content.m_text);
     entry.SetParts(ini::SplitEntry(line, ini::FirstNonBlank(line)));
-    m_text.Put(kLineEnd);
+    m_content.m_text.Put(kLineEnd);
     SetChanged();
     return true;
 }
@@ -212,18 +188,19 @@ bool MIniDataT<Compare>::add_new_entry(Section& section, std::string_view name,
     parts.has_equals = true;
     parts.name_length = name.size();
     parts.value_begin = name.size() + 1;
-    auto* const entry = m_arena.New<MIniDataEntry>(m_text.size(), length, parts);
+    auto* const entry =
+        m_content.m_arena.template New<MIniDataEntry>(m_content.m_text.size(), length, parts);
     if (entry == nullptr) {
         m_last_error = "out of memory (" + ini::SystemText() + ")";
         return false;
     }
-    m_text.Put(name);
-    m_text.Put("=");
-    m_text.Put(value);
-    m_text.Put(kLineEnd);
+    m_content.m_text.Put(name);
+    m_content.m_text.Put("=");
+    m_content.m_text.Put(value);
+    m_content.m_text.Put(kLineEnd);
     section.m_lines.Append(entry);
-    if (m_indexed == &section && !m_entry_index.Add(entry, m_text)) {
-        m_indexed = nullptr;  // searched until there is memory again
+    if (m_content.m_indexed == &section && !m_content.m_entry_index.Add(entry, m_content.m_text)) {
+        m_content.m_indexed = nullptr;  // searched until there is memory again
     }
     SetChanged();
     return true;
@@ -240,55 +217,55 @@ auto MIniDataT<Compare>::add_new_section(std::string_view name) -> Section* {
     if (!MakeRoom(length)) {
         return nullptr;
     }
-    auto* const section = m_arena.New<Section>(m_text.size(), length, 1, name.size());
-    if (section == nullptr || !m_section_index.Reserve()) {
+    auto* const section =
+        m_content.m_arena.template New<Section>(m_content.m_text.size(), length, 1, name.size());
+    if (section == nullptr || !m_content.m_section_index.Reserve()) {
         m_last_error = "out of memory (" + ini::SystemText() + ")";
         return nullptr;
     }
-    m_text.Put("[");
-    m_text.Put(name);
-    m_text.Put("]");
-    m_text.Put(kLineEnd);
+    m_content.m_text.Put("[");
+    m_content.m_text.Put(name);
+    m_content.m_text.Put("]");
+    m_content.m_text.Put(kLineEnd);
     const std::uint32_t hash = Compare::Hash(name);
-    m_section_index.Fill(m_section_index.FindSlot(name, hash, m_text), section, hash);
-    m_sections.Append(section);
+    m_content.m_section_index.Fill(m_content.m_section_index.FindSlot(name, hash, m_content.m_text),
+                                   section, hash);
+    m_content.m_sections.Append(section);
     SetChanged();
     return section;
 }
 
 template <typename Compare>
 bool MIniDataT<Compare>::DeleteEntry(std::string_view section, std::string_view name) {
-    Section* const found = FindSection(section);
+    Section* const found = m_content.FindSection(section);
     if (found == nullptr) {
         m_last_error = support_texts::NoSuchSection(ini::Echo(section, 40));
         MERRTRACE(support_texts::kSectionNotFound, m_last_error.c_str());
         return false;
     }
-    MIniDataEntry* const entry = FindEntry(*found, name);
+    MIniDataEntry* const entry = m_content.FindEntry(*found, name);
     if (entry == nullptr) {
         m_last_error = "entry \"" + ini::Echo(name, 40) + "\" not found";
         MERRTRACE(support_texts::kEntryNotDeleted, ini::Echo(section, 30).c_str(),
                   ini::Echo(name, 30).c_str());
         return false;
     }
-    RemoveEntry(*found, *entry);
+    m_content.RemoveEntry(*found, *entry);
     SetChanged();
     return true;
 }
 
 template <typename Compare>
 bool MIniDataT<Compare>::DeleteSection(std::string_view section) {
-    Section* const found = FindSection(section);
+    Section* const found = m_content.FindSection(section);
     if (found == nullptr) {
         return false;
     }
-    RemoveSection(*found);
+    m_content.RemoveSection(*found);
     SetChanged();
     return true;
 }
 
-template MIniDataSectionT<MIniDataCaseSensitiveCompare>*
-    MIniDataT<MIniDataCaseSensitiveCompare>::FindSection(std::string_view) const;
 template bool MIniDataT<MIniDataCaseSensitiveCompare>::HasSection(std::string_view) const;
 template std::vector<std::string> MIniDataT<MIniDataCaseSensitiveCompare>::SectionNames() const;
 template std::vector<std::string> MIniDataT<MIniDataCaseSensitiveCompare>::EntryNames(

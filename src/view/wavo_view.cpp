@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <utility>
 
+#include "view/view_access.h"
 #include "view/zoom_band.h"
 
 namespace wavo {
@@ -35,6 +36,9 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(200, 80);
+    setAccessibleName(QStringLiteral("Graphs"));
+    setAccessibleDescription(QStringLiteral("The curves of the values that the master sends"));
+    MakeGraphsAccessible();
     m_editor->hide();
     m_editor->SetAxisLimits(&m_source->Limits());
     m_editor->SetPlotSizes([this](std::uint32_t number) {

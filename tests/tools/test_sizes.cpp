@@ -38,7 +38,6 @@ const std::map<std::string, std::string>& LargeClasses() {
         {"TimeCurve", "what it asks of its history is being taken out of it"},
         {"GraphValue",
          "the published calls of a stream, what its curves ask of it, and the path of each value"},
-        {"MIniDataT", "22 published calls; the others are steps of one parser over one text"},
         {"SampleRing", "a container: its calls are those that each value takes, in line"},
     };
     return classes;

@@ -86,6 +86,7 @@ void CustomizeDialog::LayOut() {
     LayOutLists(*layout);
     LayOutOptions(*layout);
     Buttons()->addButton(&Control<QPushButton>(kReset), QDialogButtonBox::ResetRole);
+    setTabOrder(&Control(kCancel), &Control(kReset));  // wanted least
     auto* const last = new QGridLayout;
     last->addWidget(Buttons(), 0, 0);
     auto* const outer = new QVBoxLayout(this);

@@ -8,6 +8,7 @@
 #include <QToolButton>
 
 #include "ui/bars/menu_button.h"
+#include "ui/controls/control_table.h"
 
 namespace wavo {
 
@@ -22,6 +23,8 @@ MenuDock::MenuDock(QMainWindow& frame)
     setObjectName(QStringLiteral("menu_bar"));
     setAllowedAreas(Qt::AllToolBarAreas);
     toggleViewAction()->setEnabled(false);
+    SetAccessibleTexts(*this, windowTitle(), QStringLiteral("The menus of all commands"));
+    SetAccessibleTexts(*m_bar, windowTitle(), accessibleDescription());
     m_bar->setNativeMenuBar(false);
     m_bar->setMinimumWidth(kLeastWidth);
     m_bar_item = addWidget(m_bar);
@@ -39,6 +42,7 @@ void MenuDock::AddMenu(QMenu& menu) {
     m_bar->addMenu(&menu);
     QToolButton* const button = MakeMenuButton(menu);
     button->setText(menu.title());
+    SetAccessibleTexts(*button, menu.title(), QStringLiteral("Opens this menu"));
     QAction* const item = addWidget(button);
     item->setVisible(orientation() == Qt::Vertical);
     m_buttons.append(item);

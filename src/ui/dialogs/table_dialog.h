@@ -6,6 +6,7 @@
 // 2. Edits hold one line. The Return key is OK, whatever other button there is.
 #pragma once
 
+#include <QAbstractButton>
 #include <QDialog>
 #include <QString>
 #include <initializer_list>

@@ -26,6 +26,9 @@ QLabel& Cell(const QFrame& details, int row, int column) {
 std::unique_ptr<QFrame> MakeDetails(QWidget* parent) {
     auto details = std::make_unique<QFrame>(parent, Qt::Popup);
     details->setFrameStyle(QFrame::StyledPanel | QFrame::Raised);
+    details->setAccessibleName(QStringLiteral("Counters of the link"));
+    details->setAccessibleDescription(
+        QStringLiteral("What became of the lines and batches of the master"));
     auto* const grid = new QGridLayout(details.get());
     grid->setContentsMargins(8, 6, 8, 6);
     grid->setHorizontalSpacing(16);

@@ -10,15 +10,12 @@
 #include <QMenuBar>
 #include <QSettings>
 #include <QStatusBar>
-#include <QToolBar>
-#include <QToolButton>
-#include <QWidgetAction>
-#include <algorithm>
 
 #include "platform/system_dialogs.h"
 #include "ui/bars/command_icons.h"
 #include "ui/bars/customize_dialog.h"
-#include "ui/bars/menu_button.h"
+#include "ui/bars/tool_bars.h"
+#include "ui/controls/control_table.h"
 #include "ui/controls/elided_label.h"
 #include "ui/controls/roomy_label.h"
 #include "ui/messages.h"
@@ -66,7 +63,7 @@ CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings)
     ApplyLook(FindLook(static_cast<int>(m_look)));
     CreateStatusBar();
     CreateRecording(prompts);
-    CreateCustomizeButton();
+    m_customize_item = MakeCustomizeItem(*this, *Action(CommandId::kCustomize));
     RebuildToolBars();
     ConnectView();
     ShowRecentFiles();
@@ -83,10 +80,7 @@ CMainFrame::~CMainFrame() {
 void CMainFrame::ConnectView() {
     m_view->Commands().SetRecentFiles(
         [this](int index) { return m_recent_files.Paths().value(index).toStdString(); });
-    connect(&m_view->News(), &ViewNews::PaneTextChanged, this,
-            [this](StatusPane pane, const QString& text) {
-                m_panes[static_cast<int>(pane)]->setText(text);
-            });
+    connect(&m_view->News(), &ViewNews::PaneTextChanged, this, &CMainFrame::ShowInPane);
     connect(&m_view->News(), &ViewNews::FrameTitleChanged, this, &QWidget::setWindowTitle);
     connect(&m_view->News(), &ViewNews::CommandsChanged, this, &CMainFrame::UpdateCommands);
     connect(&m_view->News(), &ViewNews::RecentFileOpened, this, [this](const QString& path) {
@@ -123,6 +117,16 @@ void CMainFrame::CreateStatusBar() {
         QStringLiteral("Lines received from the master since it started the link; click for "
                        "what became of them"));
     m_panes[2]->setToolTip(QStringLiteral("Cycle time of the master, seconds per line"));
+    m_panes[0]->setAccessibleDescription(QStringLiteral("What the viewer has told last"));
+    for (const int pane : {1, 2}) {
+        m_panes[pane]->setAccessibleDescription(m_panes[pane]->toolTip());
+    }
+    for (const StatusPane pane :
+         {StatusPane::kMessage, StatusPane::kTotalLines, StatusPane::kCycleTime}) {
+        ShowInPane(pane, {});
+    }
+    SetAccessibleTexts(*statusBar(), QStringLiteral("Status bar"),
+                       QStringLiteral("Messages, lines received, cycle time"));
     statusBar()->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(statusBar(), &QWidget::customContextMenuRequested, this,
             [this](const QPoint& point) { LookMenu().popup(statusBar()->mapToGlobal(point)); });
@@ -139,46 +143,17 @@ void CMainFrame::CreateRecording(const Prompts& prompts) {
             &CMainFrame::UpdateCommands);
 }
 
-void CMainFrame::CreateCustomizeButton() {
-    auto* const menu = new QMenu(this);
-    menu->addAction(Action(CommandId::kCustomize));
-    QToolButton* const button = MakeMenuButton(*menu);
-    button->setObjectName(QStringLiteral("customize_button"));
-    button->setToolTip(ToolTip(*FindCommand(CommandId::kCustomize)));
-    button->setAccessibleName(button->toolTip());
-    m_customize_item = new QWidgetAction(this);
-    m_customize_item->setDefaultWidget(button);
+void CMainFrame::ShowInPane(StatusPane pane, const QString& text) {
+    static const QString names[] = {QStringLiteral("Message"), QStringLiteral("Lines received"),
+                                    QStringLiteral("Cycle time")};
+    const auto index = static_cast<std::size_t>(pane);
+    m_panes[index]->setText(text);
+    m_panes[index]->setAccessibleName(text.isEmpty() ? names[index] : names[index] + ": " + text);
 }
 
 void CMainFrame::RebuildToolBars() {
     m_actions.SetUserImages(m_bars.user_images, m_user_images);
-    setIconSize(QSize(m_bars.icon_size, m_bars.icon_size));
-    QList<QToolBar*> before = findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly);
-    before.removeOne(m_menu_dock);
-    for (const BarContent& content : m_bars.bars) {
-        const QString name = QStringLiteral("tool_bar_") + content.name;
-        const auto same = std::find_if(before.begin(), before.end(), [&](const QToolBar* bar) {
-            return bar->objectName() == name;
-        });
-        QToolBar* const bar = same != before.end() ? *same : addToolBar(content.name);
-        if (same != before.end()) {
-            before.erase(same);
-        }
-        bar->setObjectName(name);
-        bar->clear();
-        bar->setAllowedAreas(Qt::AllToolBarAreas);
-        for (const int item : content.items) {
-            if (item == kSeparatorItem) {
-                bar->addSeparator();
-            } else {
-                bar->addAction(Action(static_cast<CommandId>(item)));
-            }
-        }
-        if (&content == &m_bars.bars.front()) {
-            bar->addAction(m_customize_item);
-        }
-    }
-    qDeleteAll(before);
+    ShowToolBars(*this, *m_menu_dock, m_actions, m_bars, *m_customize_item);
 }
 
 void CMainFrame::SetBars(const BarSetup& bars) {

@@ -22,7 +22,7 @@
 class QLabel;
 class QMenuBar;
 class QSettings;
-class QWidgetAction;
+class QAction;
 
 namespace wavo {
 
@@ -76,7 +76,7 @@ class CMainFrame : public QMainWindow {
     void ConnectView();
     void CreateStatusBar();
     void CreateRecording(const Prompts& prompts);
-    void CreateCustomizeButton();
+    void ShowInPane(StatusPane pane, const QString& text);
     void RebuildToolBars();
     void RestoreLayout();
     void StoreLayout();
@@ -100,7 +100,7 @@ class CMainFrame : public QMainWindow {
     QLabel* m_panes[3] = {};
     std::unique_ptr<RecordingControl> m_recording;
     bool m_has_stored_place = false;
-    QWidgetAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
+    QAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
 };
 
 }  // namespace wavo
