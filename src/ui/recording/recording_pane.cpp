@@ -51,6 +51,7 @@ RecordingPane::RecordingPane(QWidget* parent) : RoomyLabel(parent) {
     SetWidestText(QStringLiteral("00:00:00  0000.0 MB"));
     setObjectName(QStringLiteral("recording_pane"));
     setAccessibleName(QStringLiteral("Recording"));
+    setAccessibleDescription(QStringLiteral("Time and size of the recording that runs"));
     hide();
 }
 
@@ -95,7 +96,8 @@ void RecordingPane::Renew() {
     }
     setText(texts.join(u' '));
     setToolTip(tips.join(u'\n'));
-    setAccessibleDescription(text());
+    setAccessibleName(texts.isEmpty() ? QStringLiteral("Recording")
+                                      : QStringLiteral("Recording: ") + text());
     setVisible(!texts.isEmpty());
     update();
 }

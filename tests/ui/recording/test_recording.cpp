@@ -133,6 +133,7 @@ TEST_F(Recording, ARecorderThatRunsAlreadyIsShown) {
     EXPECT_TRUE(m_pane.isVisible());
     EXPECT_EQ(m_pane.text(), "00:01:23  181.2 MB");
     EXPECT_EQ(m_pane.toolTip(), "/data/night.mcap: 332000 lines, 0 lost");
+    EXPECT_EQ(m_pane.accessibleName(), "Recording: 00:01:23  181.2 MB");
     EXPECT_TRUE(m_control->IsEnabled(CommandId::kStopRecording));
 }
 
