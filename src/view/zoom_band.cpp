@@ -37,7 +37,7 @@ std::optional<TimeWindow> SpanOfBand(const GraphDraw& drawer, double time_step) 
         return std::nullopt;
     }
     const double fewest = kFewestZoomedSteps * time_step;
-    const TimeWindow shown = drawer.ZoomSpanOf(span);
+    const TimeWindow shown = drawer.Places().ZoomSpanOf(span);
     const bool is_long = span.end - span.start >= fewest && shown.end - shown.start >= fewest;
     return is_long ? std::optional(span) : std::nullopt;
 }

@@ -33,7 +33,7 @@ std::vector<GraphDraw*> ZoomControl::ZoomedTogether(const GraphDraw& drawer) con
 
 void ZoomControl::ZoomGraph(std::size_t index, double start, double end) {
     const GraphDraw& drawer = *m_board.Drawers()[index];
-    const TimeWindow span = drawer.ZoomSpanOf({start, end});
+    const TimeWindow span = drawer.Places().ZoomSpanOf({start, end});
     m_zooms.Zoom(ZoomedTogether(drawer), span);
     TellEditor(drawer);
     m_screen.DrawAndShow();

@@ -32,10 +32,10 @@ constexpr std::ptrdiff_t kLongestFile = 500;
 /// Classes that have more functions, each with the reason.
 const std::map<std::string, std::string>& LargeClasses() {
     static const std::map<std::string, std::string> classes = {
-        {"GraphDraw", "orders everything of a graph; its parts are being taken out of it"},
-        {"LinesDrawAxis", "orders everything of a curve; its parts are being taken out of it"},
-        {"GraphRecorder", "what curves and zooms ask of it is being taken out of it"},
-        {"TimeCurve", "what it asks of its history is being taken out of it"},
+        {"GraphDraw", "the published calls of a graph, and what its owners ask of its pieces"},
+        {"LinesDrawAxis", "the published calls of a curve, and what its graph asks of it"},
+        {"GraphRecorder", "what a graph has taken: its states, its streams and their rows"},
+        {"TimeCurve", "a container of samples, and the window that is shown of them"},
         {"GraphValue",
          "the published calls of a stream, what its curves ask of it, and the path of each value"},
         {"SampleRing", "a container: its calls are those that each value takes, in line"},

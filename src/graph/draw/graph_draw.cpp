@@ -1,11 +1,8 @@
 #include "graph/draw/graph_draw.h"
 
-#include <QFontMetrics>
 #include <algorithm>
-#include <cmath>
 
 #include "graph/draw/report_texts.h"
-#include "graph/values/missing_value.h"
 #include "support/diagnostics.h"
 
 namespace wavo {
@@ -54,64 +51,55 @@ GraphDraw::GraphDraw(const QRect& rectangle, const WavoGraph& graph, GraphDrawHo
                      std::int32_t x_scale_lines, std::int32_t y_scale_lines, GraphStreams streams)
     : m_graph(Completed(graph, settings)),
       m_host(host),
-      m_settings(settings),
-      m_cycle_time(cycle_time),
       m_frame(m_graph, LooksOf(settings, x_scale_lines, y_scale_lines), rectangle),
-      m_shown_x_scale(graph.XScale),
       m_recorder(m_graph, cycle_time, streams),
-      m_zoom(m_graph, cycle_time) {
+      m_zoom(m_graph, cycle_time),
+      m_curves(m_graph, settings.background, cycle_time) {
     FillScaleLines();
-    CreateLines();
-    PrimeLines();
+    m_curves.Create(m_frame);
+    PrimeCurves();
 }
 
-void GraphDraw::CreateLines() {
-    const PlotGeometry geometry = m_frame.Geometry();
-    for (std::size_t i = 0; i < m_graph.YCoorAxName.size(); ++i) {
-        LinesDrawAxis::Settings settings;
-        settings.x_type = m_graph.XCoorType;
-        settings.background = m_settings.background;
-        settings.mode = m_graph.Mode;
-        settings.mode_ax = m_graph.ModeAx;
-        settings.axis_name = m_graph.YCoorAxName[i];
-        settings.derivation = m_graph.YCoorAxDerivation[i];
-        settings.color = m_graph.YCoorAxColor[i];
-        settings.cycle_time = m_cycle_time;
-        settings.range = GraphTimeRange(m_graph);
-        settings.fade_out_time = m_graph.FadeOutTime;
-        m_lines.push_back(
-            std::make_unique<LinesDrawAxis>(geometry, ShownXScale(), m_graph.YScales[i], settings));
-    }
-}
-
-void GraphDraw::PrimeLines() {
+void GraphDraw::PrimeCurves() {
     if (m_recorder.State() == RunState::kWaitingForStart) {
         return;  // nothing is shown before the trigger
     }
     // Values that are still new come with the first step.
     m_recorder.TakeHeld();
     m_recorder.LeaveOutUnderived();
-    for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        m_lines[i]->CheckYScaleValue(m_recorder.Taken(i).values);
-        if (!IsTimeGraph()) {
-            m_lines[i]->CheckXScaleValue(m_recorder.Taken(m_recorder.Axes()).values);
-        }
-        if (!IsTimeGraph() || !m_recorder.Taken(i).values.empty()) {
-            AddAndDraw(i, nullptr);
-        }
+    m_curves.CheckScales(m_recorder, false);
+    if (m_recorder.TakenRows() != 0) {
+        m_curves.AddAndDraw(m_recorder, nullptr);
     }
     m_recorder.Discard();
 }
 
 void GraphDraw::FollowFrame() {
     FillScaleLines();
-    for (const auto& line : m_lines) {
-        line->SetGeometry(m_frame.Geometry(), m_frame.DeviceRatio());
+    m_curves.Follow(m_frame);
+}
+
+void GraphDraw::FitTo(const QImage& picture) {
+    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
+        FollowFrame();
     }
 }
 
 void GraphDraw::FillScaleLines() {
-    m_frame.SetXRange(GraphDefineGetMinMaxValue(ShownXScale()));
+    m_frame.SetXRange(GraphDefineGetMinMaxValue(m_curves.ShownXScale()));
+}
+
+void GraphDraw::ShowScale(double time_range) {
+    if (m_curves.ShowTimeRange(time_range)) {
+        FillScaleLines();
+    }
+}
+
+void GraphDraw::ShowFullScale() {
+    m_zoom.ShowAll();
+    if (IsTimeGraph()) {
+        ShowScale(m_graph.XScale.TimeRange);
+    }
 }
 
 void GraphDraw::SetRectangle(const QRect& rectangle) {
@@ -124,7 +112,8 @@ void GraphDraw::RestoreZoom(const ZoomState& zoom) {
     // The next step shows the range or the window; here only scales that followed the values.
     bool changed = m_graph.XScale != zoom.definition.XScale;
     m_graph.XScale = zoom.definition.XScale;
-    for (std::size_t i = 0; i < std::min(m_lines.size(), zoom.definition.YScales.size()); ++i) {
+    const std::size_t scales = std::min(Lines().size(), zoom.definition.YScales.size());
+    for (std::size_t i = 0; i < scales; ++i) {
         changed |= m_graph.YScales[i] != zoom.definition.YScales[i];
         m_graph.YScales[i] = zoom.definition.YScales[i];
     }
@@ -134,10 +123,15 @@ void GraphDraw::RestoreZoom(const ZoomState& zoom) {
 }
 
 void GraphDraw::DetachValues() {
-    for (const auto& line : m_lines) {
-        line->KeepWindow();
-    }
+    m_curves.KeepWindows();
     m_recorder.Detach();
+}
+
+bool GraphDraw::ShowsRecording() const {
+    // While a graph waits again, its last recording may still be seen.
+    const RunState state = m_recorder.State();
+    return state == RunState::kRunningAfterStart || IsStopped(state) ||
+           (state == RunState::kWaitingForStart && !Lines().empty() && Lines().front()->Size() > 0);
 }
 
 }  // namespace wavo

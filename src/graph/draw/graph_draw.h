@@ -20,16 +20,17 @@
 #include <QRect>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "graph/draw/display_settings.h"
 #include "graph/draw/frame/graph_frame.h"
+#include "graph/draw/graph_curves.h"
 #include "graph/draw/graph_places.h"
 #include "graph/draw/graph_zoom.h"
 #include "graph/draw/lines_draw_axis.h"
 #include "graph/draw/raster/plot_canvas.h"
+#include "graph/draw/shown_values.h"
 #include "graph/model/wavo_graph.h"
 #include "graph/record/graph_recorder.h"
 #include "graph/values/graph_streams.h"
@@ -89,24 +90,23 @@ class GraphDraw {
     /// switches the zoom off; one below 0.1 ms changes nothing; both are reported.
     void SetZoomRange(double start, double end) { m_zoom.Set(start, end, ShowsRecording()); }
 
-    /// The span for SetZoomRange that shows the samples at places of the display, `marked` seconds
-    /// from its left border. In the order of time these are one; the picture of a sweep that has
-    /// wrapped is not. A mark across the gap of a sweep takes the side that holds more of it.
-    [[nodiscard]] TimeWindow ZoomSpanOf(const TimeWindow& marked) const;
-
     /// Goes back to an earlier zoom (or none) and to the scales of that time.
     void RestoreZoom(const ZoomState& zoom);
 
     /// The values that the graph shows of an axis (the first y axis of that name, else the x
     /// axis), oldest first: the zoom window, else the finished recording, else the most recent
     /// span. False, an error-log entry and no values for a name that the graph does not know.
-    bool GetAxValues(const std::string& axis_name, std::vector<double>& values) const;
+    bool GetAxValues(const std::string& axis_name, std::vector<double>& values) const {
+        return ShownValues(*this).Of(axis_name, values);
+    }
 
     /// The same of several axes as rows of one line of the master each: only lines that the streams
     /// of all of them hold. A derivative that has no earlier samples is NaN. `columns` are as many
     /// as the names; one of a name that the graph does not know is empty.
     void GetAxRows(const std::vector<std::string>& axis_names,
-                   std::vector<std::vector<double>>& columns) const;
+                   std::vector<std::vector<double>>& columns) const {
+        ShownValues(*this).RowsOf(axis_names, columns);
+    }
 
     /// Forgets the buffers, before they go. The curves keep what they show.
     void DetachValues();
@@ -140,58 +140,40 @@ class GraphDraw {
     void SetTracker(const QRect& tracker) { m_tracker = tracker; }
 
     [[nodiscard]] const std::vector<std::unique_ptr<LinesDrawAxis>>& Lines() const {
-        return m_lines;
+        return m_curves.Lines();
     }
+    /// The curves show what was recorded after a trigger.
+    [[nodiscard]] bool ShowsRecording() const;
 
  private:
-    // Construction and layout (graph_draw.cpp).
-    void CreateLines();
-    void PrimeLines();
+    // Construction and scales (graph_draw.cpp).
+    void PrimeCurves();
     /// The curves take over the scale lines of the frame.
     void FollowFrame();
-    void FillScaleLines();
     void FitTo(const QImage& picture);
+    void FillScaleLines();
+    void ShowScale(double time_range);
+    void ShowFullScale();
 
     // The step (graph_draw_steps.cpp).
     void Restart();
     void TakeValues();
-    void ShowZoomWindow();
-    void ShowScale(double time_range);
-    void ShowFullScale();
-    void Refill();
     void TestTriggers();
     void CheckScales();
-    void DrawFrame(QImage& picture);
-    void DrawGraphs(QImage& picture, PixelWriting pixels);
-    [[nodiscard]] PlotCanvas* BeginCurves(QImage& picture);
-    void AddAndDraw(std::size_t axis, PlotCanvas* canvas);
+    /// Paints the frame, and gives what the curves are drawn on; null where there is no plot area.
+    PlotCanvas* BeginPicture(QImage& picture);
     void ReportDifferentSizes() const;
 
-    // What is shown of the streams (graph_draw_values.cpp). Streams count as in the recorder.
-    [[nodiscard]] bool ShowsRecording() const;
-    [[nodiscard]] std::optional<std::size_t> StreamOf(const std::string& axis_name) const;
-    [[nodiscard]] bool ShowsBuffers() const;
-    void CurveValues(std::size_t stream, std::vector<double>& values) const;
-
     [[nodiscard]] bool IsTimeGraph() const { return m_graph.XCoorType != CoorType::kAxis; }
-    [[nodiscard]] ScaleDefinition& ShownXScale() {
-        return IsTimeGraph() ? m_shown_x_scale : m_graph.XScale;
-    }
 
-    // Constant after construction.
     WavoGraph m_graph;  ///< but for its scales; the curves refer to them, so it is never replaced
     GraphDrawHost& m_host;
-    GraphDisplaySettings m_settings;
-    double m_cycle_time;
-
-    GraphFrame m_frame;
     QRect m_tracker;
-    ScaleDefinition m_shown_x_scale;  ///< of a time graph: the x scale, or the zoomed span
-    PlotCanvas m_canvas;
-
+    GraphFrame m_frame;
     GraphRecorder m_recorder;
     GraphZoom m_zoom;
-    std::vector<std::unique_ptr<LinesDrawAxis>> m_lines;
+    GraphCurves m_curves;
+    PlotCanvas m_canvas;
 };
 
 }  // namespace wavo

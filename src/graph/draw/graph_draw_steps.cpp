@@ -2,9 +2,6 @@
 // frame and texts, draw the curves.
 #include "graph/draw/graph_draw.h"
 
-#include <algorithm>
-#include <optional>
-
 #include "graph/draw/report_texts.h"
 #include "support/diagnostics.h"
 
@@ -23,48 +20,43 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
     MTRACE(4, draw_texts::kTriggerTested);
     m_recorder.LeaveOutUnderived();
     CheckScales();
-    if (m_lines.empty()) {
+    if (Lines().empty()) {
         MERRLOG(draw_texts::kBadLineCount);
     }
-    if (pixels == PixelWriting::kNow) {
-        DrawFrame(picture);
-    }
+    PlotCanvas* const canvas = pixels == PixelWriting::kNow ? BeginPicture(picture) : nullptr;
     MTRACE(4, draw_texts::kDrawingGraph);
-    DrawGraphs(picture, pixels);
-    MTRACE(4, draw_texts::kGraphDrawn);
-}
-
-void GraphDraw::FitTo(const QImage& picture) {
-    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
-        FollowFrame();
+    ReportDifferentSizes();
+    m_curves.AddAndDraw(m_recorder, canvas);
+    if (pixels == PixelWriting::kNow) {
+        m_canvas.End();
     }
+    MTRACE(4, draw_texts::kGraphDrawn);
 }
 
 void GraphDraw::Paint(QImage& picture) {
     FitTo(picture);
-    DrawFrame(picture);
-    PlotCanvas* const canvas = BeginCurves(picture);
-    for (const auto& line : m_lines) {
-        if (IsTimeGraph()) {
-            line->DrawAllLinesXIsTime(kOwnColor, canvas);
-        } else {
-            line->DrawAllLinesXIsAx(kOwnColor, canvas);
-        }
-    }
+    m_curves.Draw(BeginPicture(picture));
     m_canvas.End();
 }
 
-void GraphDraw::Restart() {
-    for (const auto& line : m_lines) {
-        line->Empty();
+PlotCanvas* GraphDraw::BeginPicture(QImage& picture) {
+    if (m_frame.Draw(picture, {m_zoom.Window(), m_recorder.State(), m_curves.ShownXScale(),
+                               m_curves.OfFrame()})) {
+        m_canvas.Forget();
     }
+    m_canvas.Begin(picture, m_frame.Image(), m_frame.Origin(), m_frame.DevicePlotArea());
+    return m_frame.PlotArea().isEmpty() ? nullptr : &m_canvas;
+}
+
+void GraphDraw::Restart() {
+    m_curves.Empty();
     m_recorder.Restart();
     m_zoom.Leave();
     ShowFullScale();
 }
 
 void GraphDraw::ReportDifferentSizes() const {
-    if (m_lines.size() != m_recorder.BuffersGiven()) {
+    if (Lines().size() != m_recorder.BuffersGiven()) {
         MERRLOG(draw_texts::kStreamsMissing);
     }
 }
@@ -72,70 +64,21 @@ void GraphDraw::ReportDifferentSizes() const {
 void GraphDraw::TakeValues() {
     m_zoom.BeginStep();
     m_recorder.Discard();
-    if (IsTimeGraph() && !m_lines.empty()) {
-        (void)m_lines.front()->GetXTimeRange();  // reports a scale that is no time range
+    if (IsTimeGraph() && !Lines().empty()) {
+        (void)Lines().front()->GetXTimeRange();  // reports a scale that is no time range
     }
     if (m_zoom.IsShown()) {
-        ShowZoomWindow();
+        const StreamRows rows = m_recorder.Rows();
+        if (m_zoom.TakeWindow(m_recorder, rows, m_curves.HeldTime())) {
+            m_curves.ShowWindow(m_zoom, m_recorder, rows);
+            ShowScale(m_zoom.State().Length());
+        }
         m_recorder.LeaveTriggers();
     } else if (m_recorder.TakeNewest()) {
-        Refill();
+        ShowFullScale();
+        m_curves.EmptyAttached(m_recorder);
     }
     ReportDifferentSizes();
-}
-
-void GraphDraw::ShowZoomWindow() {
-    const StreamRows rows = m_recorder.Rows();
-    const double recorded =
-        m_lines.empty() ? 0.0 : static_cast<double>(m_lines.front()->HeldSamples()) * m_cycle_time;
-    if (!m_zoom.TakeWindow(m_recorder, rows, recorded)) {
-        return;  // without buffers the curves keep what they show
-    }
-    const TimeWindow& held = m_zoom.HeldWindow();
-    const SampleStretch& wanted = m_zoom.Rows();
-    for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        const GraphValue* const value = m_recorder.Taken(i).value;
-        if (value == nullptr) {
-            continue;
-        }
-        if (m_zoom.IsOfRecording()) {
-            // The curve still holds the whole recording; its buffer may have run on.
-            m_lines[i]->ShowOwnWindow(held.start, held.end);
-        } else {
-            // The curve looks at the buffer's own samples: a window costs nothing per sample.
-            m_lines[i]->ShowWindow(value->Values(), rows.Parts(i, wanted.position, wanted.count));
-        }
-    }
-    ShowScale(m_zoom.State().Length());
-}
-
-void GraphDraw::ShowScale(double time_range) {
-    if (m_shown_x_scale.TimeRange == time_range &&
-        m_shown_x_scale.ScaleType == m_graph.XScale.ScaleType) {
-        return;
-    }
-    m_shown_x_scale = m_graph.XScale;
-    m_shown_x_scale.TimeRange = time_range;
-    FillScaleLines();
-    for (const auto& line : m_lines) {
-        line->XScaleChanged();
-    }
-}
-
-void GraphDraw::ShowFullScale() {
-    m_zoom.ShowAll();
-    if (IsTimeGraph()) {
-        ShowScale(m_graph.XScale.TimeRange);
-    }
-}
-
-void GraphDraw::Refill() {
-    ShowFullScale();
-    for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        if (m_recorder.Taken(i).value != nullptr) {
-            m_lines[i]->Empty();
-        }
-    }
 }
 
 void GraphDraw::TestTriggers() {
@@ -143,9 +86,7 @@ void GraphDraw::TestTriggers() {
         case TriggerEvent::kNone:
             break;
         case TriggerEvent::kStarted:
-            for (const auto& line : m_lines) {
-                line->Empty();
-            }
+            m_curves.Empty();
             if (!IsTimeGraph()) {
                 m_graph.XScale.TimeRange = m_graph.FadeOutTime;
             }
@@ -157,55 +98,10 @@ void GraphDraw::TestTriggers() {
 }
 
 void GraphDraw::CheckScales() {
-    for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        if (m_zoom.IsTaken() && m_recorder.Taken(i).value != nullptr) {
-            continue;  // the scale was fitted to the window
-        }
-        m_lines[i]->CheckYScaleValue(m_recorder.Taken(i).values);
-        if (!IsTimeGraph()) {
-            m_lines[i]->CheckXScaleValue(m_recorder.Taken(m_recorder.Axes()).values);
-            FillScaleLines();
-            m_graph.UpdateGuidingCircles();
-        }
-    }
-}
-
-void GraphDraw::DrawFrame(QImage& picture) {
-    GraphFrame::Content content{m_zoom.Window(), m_recorder.State(), ShownXScale(), {}};
-    for (const auto& line : m_lines) {
-        content.curves.push_back({line->YLines(), ToQColor(line->Color()), line->ShownColor()});
-    }
-    if (m_frame.Draw(picture, content)) {
-        m_canvas.Forget();
-    }
-}
-
-PlotCanvas* GraphDraw::BeginCurves(QImage& picture) {
-    m_canvas.Begin(picture, m_frame.Image(), m_frame.Origin(), m_frame.DevicePlotArea());
-    return m_frame.PlotArea().isEmpty() ? nullptr : &m_canvas;
-}
-
-void GraphDraw::DrawGraphs(QImage& picture, PixelWriting pixels) {
-    ReportDifferentSizes();
-    const bool writes = pixels == PixelWriting::kNow;
-    PlotCanvas* const canvas = writes ? BeginCurves(picture) : nullptr;
-    for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        AddAndDraw(i, canvas);
-    }
-    if (writes) {
-        m_canvas.End();
-    }
-}
-
-void GraphDraw::AddAndDraw(std::size_t axis, PlotCanvas* canvas) {
-    LinesDrawAxis& line = *m_lines[axis];
-    const TakenValues& taken = m_recorder.Taken(axis);
-    if (!IsTimeGraph()) {
-        line.DrawLinesXIsAx(m_recorder.Taken(m_recorder.Axes()).values, taken.values, canvas);
-    } else if (taken.values.empty()) {
-        line.DrawAllLinesXIsTime(kOwnColor, canvas);
-    } else {
-        line.DrawLinesXIsTime(taken.values, taken.start_time, canvas);
+    m_curves.CheckScales(m_recorder, m_zoom.IsTaken());
+    if (!IsTimeGraph() && !Lines().empty()) {
+        FillScaleLines();
+        m_graph.UpdateGuidingCircles();
     }
 }
 

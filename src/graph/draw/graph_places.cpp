@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "graph/draw/curve/sweep.h"
 #include "graph/draw/graph_draw.h"
 #include "graph/values/line_log.h"
 #include "support/to_count.h"
@@ -41,6 +42,30 @@ double GraphPlaces::TimeAt(int x) const {
 std::optional<int> GraphPlaces::PixelAt(double time) const {
     const bool is_over_time = m_graph.Graph().XCoorType != CoorType::kAxis;
     return is_over_time ? m_graph.Frame().PixelOfX(time) : std::nullopt;
+}
+
+TimeWindow GraphPlaces::ZoomSpanOf(const TimeWindow& marked) const {
+    const WavoGraph& graph = m_graph.Graph();
+    if (graph.XCoorType == CoorType::kAxis || graph.Mode == GraphMode::kContinuity ||
+        m_graph.Zoom().active || m_graph.Lines().empty()) {
+        return marked;
+    }
+    const LinesDrawAxis& line = *m_graph.Lines().front();  // all curves sweep together
+    const GraphRecorder& recorder = m_graph.Recorder();
+    const std::optional<TimeWindow> shown =
+        StretchOfPlaces(line.OverTime()->Runs(), recorder.CycleTime(), marked);
+    if (!shown.has_value()) {
+        return marked;
+    }
+    double oldest = 0.0;  // of the curve, where SetZoomRange counts from
+    if (!m_graph.ShowsRecording()) {
+        const StreamRows rows = recorder.Rows();
+        oldest = (static_cast<double>(rows.Count()) - static_cast<double>(line.Size())) *
+                     recorder.CycleTime() -
+                 recorder.TimeBeforeSpan(rows);
+    }
+    const TimeWindow span{std::max(0.0, shown->start + oldest), shown->end + oldest};
+    return span.end > span.start ? span : marked;
 }
 
 const TimeCurve* GraphPlaces::AnyCurve() const {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "graph/values/line_log.h"
+#include "graph/values/time_window.h"
 
 namespace wavo {
 
@@ -30,6 +31,11 @@ class GraphPlaces {
     [[nodiscard]] double TimeAt(int x) const;
     /// The logical pixel column of a time; nothing outside the displayed time axis.
     [[nodiscard]] std::optional<int> PixelAt(double time) const;
+
+    /// The span for SetZoomRange that shows the samples at places of the display, `marked` seconds
+    /// from its left border. In the order of time these are one; the picture of a sweep that has
+    /// wrapped is not. A mark across the gap of a sweep takes the side that holds more of it.
+    [[nodiscard]] TimeWindow ZoomSpanOf(const TimeWindow& marked) const;
 
     /// The line whose values are seen at a time: that of the nearest sample. Of a sweep that has
     /// passed twice it is the newer one.

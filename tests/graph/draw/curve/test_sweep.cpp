@@ -75,7 +75,7 @@ WavoGraph Classic(double range) {
 
 /// Zooms as the view does.
 void Zoom(Scope& scope, const TimeWindow& marked) {
-    const TimeWindow span = scope.draw->ZoomSpanOf(marked);
+    const TimeWindow span = scope.draw->Places().ZoomSpanOf(marked);
     scope.draw->SetZoomRange(span.start, span.end);
     scope.Draw();
 }
@@ -103,7 +103,7 @@ TEST(SweptZoom, ShowsTheMarkedSamplesUnderTheirTimes) {
     EXPECT_EQ(XText(scope.draw->Graph(), scope.draw->DisplayedWindow()), "T: (0.0 ... 0.75)s");
     EXPECT_EQ(scope.Line().Point(0).x_value, 0.0);
     // A zoom within the zoom is in the order of time already.
-    EXPECT_EQ(scope.draw->ZoomSpanOf({0.25, 0.5}), (TimeWindow{0.25, 0.5}));
+    EXPECT_EQ(scope.draw->Places().ZoomSpanOf({0.25, 0.5}), (TimeWindow{0.25, 0.5}));
     Zoom(scope, {0.25, 0.75});
     EXPECT_EQ(scope.Shown(), (std::vector<double>{6, 7}));
 }
@@ -145,7 +145,7 @@ TEST(SweptZoom, InContinuityAndOverAnAxisIsTheMark) {
     Scope scope(graph);
     scope.Feed({Ramp(0, 8)});
     scope.Feed({Ramp(8, 5)});
-    EXPECT_EQ(scope.draw->ZoomSpanOf({0.3, 1.1}), (TimeWindow{0.3, 1.1}));
+    EXPECT_EQ(scope.draw->Places().ZoomSpanOf({0.3, 1.1}), (TimeWindow{0.3, 1.1}));
 }
 
 TEST(SweptZoom, ShowsTheMarkedSamplesWhateverTheSweepHasDone) {
@@ -171,7 +171,7 @@ TEST(SweptZoom, ShowsTheMarkedSamplesWhateverTheSweepHasDone) {
         marked.start = static_cast<double>(below(1000)) / 1000.0 * range;
         marked.end = marked.start + static_cast<double>(below(1000)) / 1000.0 * range;
         marked.end = std::min(marked.end, range);
-        const TimeWindow span = scope.draw->ZoomSpanOf(marked);
+        const TimeWindow span = scope.draw->Places().ZoomSpanOf(marked);
         if (marked.end - marked.start < kSweepCycle || span.end - span.start < kSweepCycle) {
             continue;
         }
