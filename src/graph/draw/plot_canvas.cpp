@@ -16,7 +16,7 @@ constexpr int kHighBlock = 96;
 
 /// A block is painted column by column when the pixels to be painted are less than one in so many
 /// of its area: single pixels cost that much more than those of a row.
-constexpr int kSparse = 4;
+constexpr int kSparse = 16;
 
 }  // namespace
 
@@ -29,6 +29,7 @@ void PlotCanvas::Rows::Take(const Rows& other) {
 void PlotCanvas::Forget() {
     m_drawn.clear();
     m_drawn_rows.clear();
+    m_drawn_layer_rows.clear();
     m_equal_rows.clear();
     m_painted = QRect();
 }
@@ -70,10 +71,12 @@ void PlotCanvas::End() {
     m_under = reinterpret_cast<const QRgb*>(m_background->constBits()) +
               under.y() * m_under_stride + under.x();
     FindEqualRows();
-    if (!HasPaintings() && m_painted.isEmpty()) {
+    if (!HasPaintings() && m_painted.isEmpty() && IsStack()) {
         FindRows();
         PaintBlocks();
-    } else if (!LayersAreAsBefore()) {
+    } else if (LayersAreAsBefore()) {
+        return;
+    } else {
         FindRows();
         Restore();
         for (std::size_t i = 0; i < m_layers.size(); ++i) {
@@ -224,36 +227,181 @@ bool PlotCanvas::IsOneCurveAsBefore() const {
     return m_layers.size() == 1 && m_drawn.size() == 1 && m_layers[0].color == m_drawn[0].color;
 }
 
+bool PlotCanvas::IsStack() const {
+    // Further spans of a column are painted after the others, but below the next layer.
+    return std::all_of(m_layers.begin(), m_layers.end(), [this](const Layer& layer) {
+        return layer.spans->more.empty() || &layer == &m_layers.back();
+    });
+}
+
 void PlotCanvas::PaintBlocks() {
     const std::vector<std::uint8_t> same = BlocksAsBefore();
-    // The first curve is painted in one go with the background where something was before.
-    std::vector<Rows> first = m_drawn_rows;
-    const bool any = !m_layers.empty();
     const bool one_curve = IsOneCurveAsBefore();
-    for (std::size_t block = 0; block < first.size(); ++block) {
+    // All that is painted of each block, from its first to its last row.
+    std::vector<Rows> all(m_drawn_rows);
+    int count = 0;
+    std::int64_t pixels = 0;
+    for (std::size_t block = 0; block < all.size(); ++block) {
+        Rows& rows = all[block];
         if (same[block] != 0) {
-            first[block] = Rows();
-        } else if (any) {
-            const Rows& now = m_rows[0][block];
-            first[block].Take(now);
+            rows = Rows();
+            continue;
+        }
+        for (std::size_t i = 0; i < m_layers.size(); ++i) {
+            rows.Take(m_rows[i][block]);
+        }
+        if (one_curve) {
             // What one curve covers in every column of a block, before and now, stays as it is.
-            first[block].keep_full = one_curve;
-            first[block].full_top = std::max(first[block].full_top, now.full_top);
-            first[block].full_bottom = std::min(first[block].full_bottom, now.full_bottom);
+            const Rows& now = m_rows[0][block];
+            rows.full_top = std::max(rows.full_top, now.full_top);
+            rows.full_bottom = std::min(rows.full_bottom, now.full_bottom);
+            rows.keep_full = rows.full_top <= rows.full_bottom;
+        }
+        count += rows.Count() - (rows.keep_full ? rows.full_bottom - rows.full_top + 1 : 0);
+        pixels += rows.pixels;
+    }
+    const bool dense = m_layers.size() <= 1 || pixels * 2 > std::int64_t{count} * kBlockColumns;
+    if (count > kHighBlock * Blocks() && dense) {
+        PaintHighBlocks(all);
+    } else {
+        for (int block = 0; block < Blocks(); ++block) {
+            const Rows& rows = all[static_cast<std::size_t>(block)];
+            if (rows.Count() == 0) {
+                continue;
+            }
+            if (m_layers.size() <= 1) {
+                PaintStretch(block, rows);
+                continue;
+            }
+            FindStretches(block);
+            for (const Rows& stretch : m_stretches) {
+                PaintStretch(block, stretch);
+            }
         }
     }
-    PaintRows(first, any ? m_layers[0].spans : nullptr, any ? m_layers[0].color : 0, true);
-    for (std::size_t i = 0; i < m_layers.size(); ++i) {
-        if (i > 0) {
-            std::vector<Rows> rows = m_rows[i];
-            for (std::size_t block = 0; block < rows.size(); ++block) {
-                if (same[block] != 0) {
-                    rows[block] = Rows();
-                }
-            }
-            PaintRows(rows, m_layers[i].spans, m_layers[i].color, false);
+    if (!m_layers.empty()) {
+        PaintMore(*m_layers.back().spans, m_layers.back().color);
+    }
+}
+
+void PlotCanvas::FindStretches(int block) {
+    m_stretches.clear();
+    const auto take = [&](const Rows& rows) {
+        if (rows.Count() == 0) {
+            return;
         }
-        PaintMore(*m_layers[i].spans, m_layers[i].color);
+        // Those that it touches become one; the others stay in order.
+        Rows whole{rows.top, rows.bottom, rows.pixels};
+        auto first = std::find_if(m_stretches.begin(), m_stretches.end(),
+                                  [&](const Rows& held) { return held.bottom + 1 >= whole.top; });
+        auto end = first;
+        for (; end != m_stretches.end() && end->top <= whole.bottom + 1; ++end) {
+            whole.Take(*end);
+        }
+        if (first == end) {
+            m_stretches.insert(first, whole);
+        } else {
+            *first = whole;
+            m_stretches.erase(first + 1, end);
+        }
+    };
+    for (const std::vector<Rows>& drawn : m_drawn_layer_rows) {
+        take(drawn[static_cast<std::size_t>(block)]);
+    }
+    for (const std::vector<Rows>& now : m_rows) {
+        take(now[static_cast<std::size_t>(block)]);
+    }
+}
+
+void PlotCanvas::PaintStretch(int block, const Rows& stretch) {
+    if (stretch.pixels * kSparse < stretch.Count() * kBlockColumns) {
+        PaintStretchColumns(block, stretch);
+    } else if (stretch.keep_full) {
+        PaintStretchRows(block, block + 1, stretch.top,
+                         std::min(stretch.full_top - 1, stretch.bottom));
+        PaintStretchRows(block, block + 1, std::max(stretch.full_bottom + 1, stretch.top),
+                         stretch.bottom);
+    } else {
+        PaintStretchRows(block, block + 1, stretch.top, stretch.bottom);
+    }
+}
+
+void PlotCanvas::PaintHighBlocks(const std::vector<Rows>& rows) {
+    Rows all;
+    for (const Rows& block : rows) {
+        all.Take(block);
+    }
+    for (int row = all.top; row <= all.bottom; ++row) {
+        const auto painted = [row](const Rows& held) { return held.Has(row) && !held.Keeps(row); };
+        for (auto end = rows.begin(); end != rows.end();) {
+            const auto begin = std::find_if(end, rows.end(), painted);
+            end = std::find_if_not(begin, rows.end(), painted);
+            PaintStretchRows(static_cast<int>(begin - rows.begin()),
+                             static_cast<int>(end - rows.begin()), row, row);
+        }
+    }
+}
+
+void PlotCanvas::PaintStretchRows(int first_block, int end_block, int first_row, int last_row) {
+    const int first = first_block * kBlockColumns;
+    const int end = std::min(end_block * kBlockColumns, m_visible.right() - m_plot.left() + 1);
+    if (end <= first || last_row < first_row) {
+        return;
+    }
+    m_stack.clear();
+    for (std::size_t i = 0; i < m_layers.size(); ++i) {
+        const ColumnSpans& spans = *m_layers[i].spans;
+        StackedSpans stacked{&spans.top[static_cast<std::size_t>(first)],
+                             &spans.bottom[static_cast<std::size_t>(first)], m_layers[i].color,
+                             first_row, last_row};
+        if (end_block == first_block + 1) {
+            const Rows& rows = m_rows[i][static_cast<std::size_t>(first_block)];
+            if (rows.bottom < first_row || rows.top > last_row) {
+                continue;
+            }
+            stacked.first_row = rows.top;
+            stacked.last_row = rows.bottom;
+        }
+        m_stack.push_back(stacked);
+    }
+    PaintStack({m_pixels + first, m_stride, m_under + first, m_under_stride, m_equal_rows.data(),
+                m_first_row, end - first},
+               first_row, last_row, m_stack);
+}
+
+void PlotCanvas::PaintStretchColumns(int block, const Rows& stretch) {
+    const int first = block * kBlockColumns;
+    const int end = first + BlockWidth(block);
+    const auto paint = [&](int column, int top, int bottom, const QRgb* color) {
+        PaintColumn(column, std::max(top, stretch.top), std::min(bottom, stretch.bottom), color);
+    };
+    const auto reaches = [&](const std::vector<Rows>& rows) {
+        const Rows& held = rows[static_cast<std::size_t>(block)];
+        return held.top <= stretch.bottom && stretch.top <= held.bottom;
+    };
+    for (std::size_t i = 0; i < m_drawn.size(); ++i) {
+        if (!reaches(m_drawn_layer_rows[i])) {
+            continue;
+        }
+        const ColumnSpans& drawn = m_drawn[i].spans;
+        for (int column = first; column < std::min(end, drawn.Columns()); ++column) {
+            paint(column, drawn.top[static_cast<std::size_t>(column)],
+                  drawn.bottom[static_cast<std::size_t>(column)], nullptr);
+        }
+        for (const ColumnSpans::Span& span : drawn.more) {
+            if (first <= span.column && span.column < end) {
+                paint(span.column, span.top, span.bottom, nullptr);
+            }
+        }
+    }
+    for (std::size_t i = 0; i < m_layers.size(); ++i) {
+        if (reaches(m_rows[i])) {
+            const ColumnSpans& spans = *m_layers[i].spans;
+            for (int column = first; column < end; ++column) {
+                paint(column, spans.top[static_cast<std::size_t>(column)],
+                      spans.bottom[static_cast<std::size_t>(column)], &m_layers[i].color);
+            }
+        }
     }
 }
 
@@ -366,6 +514,7 @@ void PlotCanvas::Restore() {
 
 void PlotCanvas::KeepLayers() {
     m_drawn.resize(m_layers.size());
+    m_rows.resize(m_layers.size());
     std::fill(m_drawn_rows.begin(), m_drawn_rows.end(), Rows());
     for (std::size_t i = 0; i < m_layers.size(); ++i) {
         DrawnLayer& drawn = m_drawn[i];
@@ -374,6 +523,7 @@ void PlotCanvas::KeepLayers() {
         drawn.version = m_layers[i].version;
         if (drawn.painted) {
             drawn.spans.Clear(0);
+            m_rows[i].assign(m_drawn_rows.size(), Rows());
             continue;
         }
         drawn.spans = *m_layers[i].spans;
@@ -384,6 +534,7 @@ void PlotCanvas::KeepLayers() {
     if (m_layers.size() == 1 && m_layers[0].spans != nullptr) {
         m_drawn_rows = m_rows[0];
     }
+    m_drawn_layer_rows.swap(m_rows);
 }
 
 }  // namespace wavo

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "graph/draw/column_spans.h"
+#include "graph/draw/span_pixels.h"
 
 namespace wavo {
 
@@ -87,10 +88,20 @@ class PlotCanvas {
     [[nodiscard]] std::vector<std::uint8_t> BlocksAsBefore() const;
     /// One curve, and the same one as before.
     [[nodiscard]] bool IsOneCurveAsBefore() const;
+    /// All layers can be painted in one go, each pixel once.
+    [[nodiscard]] bool IsStack() const;
     void FindRows();
     void TakeSpans(const ColumnSpans& spans, std::vector<Rows>& rows) const;
     void FindEqualRows();
     void PaintBlocks();
+    /// Rows of a block that the layers cover now or have covered before, apart from each other and
+    /// from the top down.
+    void FindStretches(int block);
+    void PaintStretch(int block, const Rows& stretch);
+    /// Paints rows of some blocks with all layers.
+    void PaintStretchRows(int first_block, int end_block, int first_row, int last_row);
+    /// High blocks, row by row across the plot area.
+    void PaintHighBlocks(const std::vector<Rows>& rows);
     /// Paints a curve (none when null) in the rows given per block, over the background or over
     /// what the picture shows there.
     void PaintRows(const std::vector<Rows>& rows, const ColumnSpans* spans, QRgb color,
@@ -101,6 +112,8 @@ class PlotCanvas {
     /// Paints one block column by column: first the background where the curves were, then a curve
     /// (none when null).
     void PaintColumns(int block, const ColumnSpans* spans, QRgb color, bool restore);
+    /// The same within some rows: the background where the curves were, then all layers.
+    void PaintStretchColumns(int block, const Rows& stretch);
     void PaintColumn(int column, int top, int bottom, const QRgb* color);
     void PaintMore(const ColumnSpans& spans, QRgb color);
     [[nodiscard]] const QRgb* BackgroundRow(int row) const;
@@ -128,9 +141,12 @@ class PlotCanvas {
     std::ptrdiff_t m_under_stride = 0;
 
     std::vector<DrawnLayer> m_drawn;
-    std::vector<Rows> m_drawn_rows;         // per block, of all layers of the last drawing
-    std::vector<std::vector<Rows>> m_rows;  // per layer and block, of this drawing
-    QRect m_painted;                        // by paintings of the last drawing
+    std::vector<Rows> m_drawn_rows;  // per block, of all layers of the last drawing
+    std::vector<std::vector<Rows>> m_drawn_layer_rows;  // the same per layer
+    std::vector<std::vector<Rows>> m_rows;              // per layer and block, of this drawing
+    std::vector<Rows> m_stretches;                      // of the block that is painted
+    std::vector<StackedSpans> m_stack;                  // of the layers that are painted together
+    QRect m_painted;                                    // by paintings of the last drawing
 };
 
 }  // namespace wavo
