@@ -89,6 +89,7 @@ void LinesDrawAxis::MapAll(bool force_x, bool force_y) {
     for (LinePoint& point : m_points) {
         MapPoint(point, force_x, force_y);
     }
+    m_points.PointsMoved();
     ++m_changes;
 }
 
@@ -235,8 +236,11 @@ void LinesDrawAxis::DrawAllLinesXIsTime(ColorRef color, PlotCanvas* canvas) {
         if (m_shape.HasSpans()) {
             canvas->Add(m_shape.Spans(), drawn.rgb());
         } else {
-            canvas->Add([this, drawn](QImage& picture) { return DrawSegments(picture, drawn); },
-                        m_shape.Version());
+            canvas->Add(
+                [this, drawn](QImage& picture, PixelRuns& touched) {
+                    AddRectangle(touched, DrawSegments(picture, drawn));
+                },
+                m_shape.Version());
         }
     }
     MTRACE(4, draw_texts::kDrawnOverTime);
@@ -267,13 +271,26 @@ void LinesDrawAxis::DrawAllLinesXIsAx(ColorRef color, PlotCanvas* canvas) {
     MTRACE(4, draw_texts::kDrawingOverAxis);
     if (canvas != nullptr && m_points.Size() >= 2) {
         const QColor drawn = DrawColor(color);
-        canvas->Add([this, drawn](QImage& picture) { return DrawOverAxis(picture, drawn); },
-                    m_changes);
+        const AxisCurve::Style style = AxisStyle(drawn);
+        PlotCanvas::AlonePainting alone;
+        if (!style.points) {
+            alone.can_go_on = m_points.CanGoOn(style);
+            alone.paint = [this, style](QImage& picture, const QRect& area,
+                                        const PixelColumns& target, bool go_on,
+                                        PixelRuns& touched) {
+                m_points.DrawOn(picture, area, target, style, go_on, touched);
+            };
+        }
+        canvas->Add(
+            [this, style](QImage& picture, PixelRuns& touched) {
+                m_points.Draw(picture, m_plot, style, &touched);
+            },
+            m_changes, std::move(alone));
     }
     MTRACE(4, draw_texts::kDrawnOverAxis);
 }
 
-QRect LinesDrawAxis::DrawOverAxis(QImage& picture, const QColor& color) {
+AxisCurve::Style LinesDrawAxis::AxisStyle(const QColor& color) const {
     AxisCurve::Style style;
     style.points = m_settings.mode_ax == AxisDrawMode::kPoints;
     style.point_size =
@@ -282,7 +299,7 @@ QRect LinesDrawAxis::DrawOverAxis(QImage& picture, const QColor& color) {
     style.background = ToQColor(m_settings.background);
     style.device_ratio = m_device_ratio;
     style.fade_out_age = m_settings.fade_out_time / m_settings.cycle_time;
-    return m_points.Draw(picture, m_plot, style);
+    return style;
 }
 
 void LinesDrawAxis::GetYValues(std::vector<double>& out) const {

@@ -151,7 +151,7 @@ class LinesDrawAxis {
     void FitScaleToWindow();
     // Both draw in device pixels and return what they may have touched.
     QRect DrawSegments(QImage& picture, const QColor& color) const;
-    QRect DrawOverAxis(QImage& picture, const QColor& color);
+    [[nodiscard]] AxisCurve::Style AxisStyle(const QColor& color) const;
 
     // Constant after construction.
     Settings m_settings;

@@ -31,7 +31,8 @@ void PlotCanvas::Forget() {
     m_drawn_rows.clear();
     m_drawn_layer_rows.clear();
     m_equal_rows.clear();
-    m_painted = QRect();
+    m_painted.clear();
+    m_drawn_alone = false;
 }
 
 void PlotCanvas::Begin(QImage& picture, const QImage& background, const QPoint& origin,
@@ -48,11 +49,11 @@ void PlotCanvas::Begin(QImage& picture, const QImage& background, const QPoint& 
 }
 
 void PlotCanvas::Add(const ColumnSpans& spans, QRgb color) {
-    m_layers.push_back({&spans, color, {}, 0});
+    m_layers.push_back({&spans, color, {}, 0, {}});
 }
 
-void PlotCanvas::Add(Painting painting, std::uint64_t version) {
-    m_layers.push_back({nullptr, 0, std::move(painting), version});
+void PlotCanvas::Add(Painting painting, std::uint64_t version, AlonePainting alone) {
+    m_layers.push_back({nullptr, 0, std::move(painting), version, std::move(alone)});
 }
 
 void PlotCanvas::End() {
@@ -71,24 +72,46 @@ void PlotCanvas::End() {
     m_under = reinterpret_cast<const QRgb*>(m_background->constBits()) +
               under.y() * m_under_stride + under.x();
     FindEqualRows();
-    if (!HasPaintings() && m_painted.isEmpty() && IsStack()) {
+    if (!HasPaintings() && m_painted.empty() && !m_drawn_alone && IsStack()) {
         FindRows();
         PaintBlocks();
     } else if (LayersAreAsBefore()) {
         return;
     } else {
         FindRows();
-        Restore();
-        for (std::size_t i = 0; i < m_layers.size(); ++i) {
-            if (m_layers[i].spans != nullptr) {
-                PaintRows(m_rows[i], m_layers[i].spans, m_layers[i].color, false);
-                PaintMore(*m_layers[i].spans, m_layers[i].color);
-            } else {
-                m_painted |= m_layers[i].painting(*m_picture);
-            }
+        if (m_layers.size() == 1 && m_layers[0].alone.paint != nullptr) {
+            PaintAlone();
+        } else {
+            PaintLayers();
         }
     }
     KeepLayers();
+}
+
+void PlotCanvas::PaintLayers() {
+    Restore();
+    for (std::size_t i = 0; i < m_layers.size(); ++i) {
+        if (m_layers[i].spans != nullptr) {
+            PaintRows(m_rows[i], m_layers[i].spans, m_layers[i].color, false);
+            PaintMore(*m_layers[i].spans, m_layers[i].color);
+        } else {
+            m_layers[i].painting(*m_picture, m_painted);
+        }
+    }
+}
+
+void PlotCanvas::PaintAlone() {
+    const AlonePainting& alone = m_layers[0].alone;
+    const bool go_on = alone.can_go_on && m_drawn_alone;
+    m_drawn_alone = m_drawn_alone && !go_on;  // restored only where it does not go on
+    Restore();
+    alone.paint(*m_picture, m_visible, Target(), go_on, m_painted);
+    m_drawn_alone = true;
+}
+
+PixelColumns PlotCanvas::Target() const {
+    return {m_pixels,    m_stride,         m_under, m_under_stride, m_equal_rows.data(),
+            m_first_row, m_visible.width()};
 }
 
 int PlotCanvas::Blocks() const {
@@ -286,30 +309,41 @@ void PlotCanvas::PaintBlocks() {
 
 void PlotCanvas::FindStretches(int block) {
     m_stretches.clear();
-    const auto take = [&](const Rows& rows) {
-        if (rows.Count() == 0) {
-            return;
+    const auto at = static_cast<std::size_t>(block);
+    for (std::size_t i = 0; i < std::max(m_rows.size(), m_drawn_layer_rows.size()); ++i) {
+        Rows rows = i < m_rows.size() ? m_rows[i][at] : Rows();
+        if (i < m_drawn_layer_rows.size()) {
+            const Rows& drawn = m_drawn_layer_rows[i][at];
+            if (rows.top <= drawn.bottom + 1 && drawn.top <= rows.bottom + 1) {
+                rows.Take(drawn);
+            } else {
+                AddStretch(drawn);
+            }
         }
-        // Those that it touches become one; the others stay in order.
-        Rows whole{rows.top, rows.bottom, rows.pixels};
-        auto first = std::find_if(m_stretches.begin(), m_stretches.end(),
-                                  [&](const Rows& held) { return held.bottom + 1 >= whole.top; });
-        auto end = first;
-        for (; end != m_stretches.end() && end->top <= whole.bottom + 1; ++end) {
-            whole.Take(*end);
-        }
-        if (first == end) {
-            m_stretches.insert(first, whole);
-        } else {
-            *first = whole;
-            m_stretches.erase(first + 1, end);
-        }
-    };
-    for (const std::vector<Rows>& drawn : m_drawn_layer_rows) {
-        take(drawn[static_cast<std::size_t>(block)]);
+        AddStretch(rows);
     }
-    for (const std::vector<Rows>& now : m_rows) {
-        take(now[static_cast<std::size_t>(block)]);
+}
+
+void PlotCanvas::AddStretch(const Rows& rows) {
+    if (rows.Count() == 0) {
+        return;
+    }
+    // Those that it touches become one with it; the others stay in order.
+    std::size_t first = m_stretches.size();
+    while (first > 0 && m_stretches[first - 1].bottom + 1 >= rows.top) {
+        --first;
+    }
+    Rows whole{rows.top, rows.bottom, rows.pixels};
+    std::size_t end = first;
+    for (; end < m_stretches.size() && m_stretches[end].top <= whole.bottom + 1; ++end) {
+        whole.Take(m_stretches[end]);
+    }
+    const auto begin = m_stretches.begin() + static_cast<std::ptrdiff_t>(first);
+    if (first == end) {
+        m_stretches.insert(begin, whole);
+    } else {
+        *begin = whole;
+        m_stretches.erase(begin + 1, m_stretches.begin() + static_cast<std::ptrdiff_t>(end));
     }
 }
 
@@ -502,14 +536,22 @@ void PlotCanvas::PaintMore(const ColumnSpans& spans, QRgb color) {
 
 void PlotCanvas::Restore() {
     PaintRows(m_drawn_rows, nullptr, 0, true);
-    const QRect painted = m_painted & m_visible;
-    for (int y = painted.top(); y <= painted.bottom(); ++y) {
-        const auto* from =
-            reinterpret_cast<const QRgb*>(m_background->constScanLine(y - m_origin.y()));
-        std::copy_n(from + (painted.left() - m_origin.x()), painted.width(),
-                    reinterpret_cast<QRgb*>(m_picture->scanLine(y)) + painted.left());
+    if (m_drawn_alone) {
+        m_painted.clear();
+        AddRectangle(m_painted, m_visible);
+        m_drawn_alone = false;
     }
-    m_painted = QRect();
+    const int end = m_visible.width();
+    for (const PixelRun& run : m_painted) {
+        const int first = std::max(run.first - m_visible.left(), 0);
+        const int count = std::min(run.end - m_visible.left(), end) - first;
+        if (count > 0 && m_visible.top() <= run.row && run.row <= m_visible.bottom()) {
+            const int row = run.row - m_plot.top();
+            std::copy_n(BackgroundRow(m_equal_rows[static_cast<std::size_t>(row)]) + first, count,
+                        PictureRow(row) + first);
+        }
+    }
+    m_painted.clear();
 }
 
 void PlotCanvas::KeepLayers() {

@@ -86,16 +86,26 @@ WAVO_AVX2 [[gnu::always_inline]] inline void StorePixels(const WidePixels& pixel
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + kLanes), pixels.right);
 }
 
-/// One curve in one block: its spans stay in registers.
-WAVO_AVX2 void PaintOneWide(const PixelColumns& columns, int first_row, int last_row,
-                            const StackedSpans& curve) {
-    const __m256i top = Load(curve.top);
-    const __m256i bottom = Load(curve.bottom);
-    const __m256i color = _mm256_set1_epi32(static_cast<std::int32_t>(curve.color));
-    for (int row = first_row; row <= last_row; ++row) {
+/// Curves that all cover the rows, in one block.
+template <int kCurves>
+WAVO_AVX2 void PaintBlockWide(const PixelColumns& columns, int first_row, int last_row,
+                              const StackedSpans* const* curves) {
+    __m256i top[kCurves];
+    __m256i bottom[kCurves];
+    __m256i color[kCurves];
+    for (int i = 0; i < kCurves; ++i) {
+        top[i] = Load(curves[i]->top);
+        bottom[i] = Load(curves[i]->bottom);
+        color[i] = _mm256_set1_epi32(static_cast<std::int32_t>(curves[i]->color));
+    }
+    std::uint32_t* pixels = columns.Row(first_row);
+    for (int row = first_row; row <= last_row; ++row, pixels += columns.stride) {
         const __m256i row16 = _mm256_set1_epi16(static_cast<std::int16_t>(row));
-        StorePixels(Over(LoadPixels(columns.Under(row)), row16, top, bottom, color),
-                    columns.Row(row));
+        WidePixels result = LoadPixels(columns.Under(row));
+        for (int i = 0; i < kCurves; ++i) {
+            result = Over(result, row16, top[i], bottom[i], color[i]);
+        }
+        StorePixels(result, pixels);
     }
 }
 
@@ -119,6 +129,45 @@ WAVO_AVX2 int PaintStackWide(const PixelColumns& columns, int row,
     return column;
 }
 
+/// The rows of a block; those that the same curves cover at once.
+void PaintBlockRows(const PixelColumns& columns, int first_row, int last_row,
+                    std::span<const StackedSpans> curves) {
+    constexpr std::size_t kMost = 3;
+    for (int row = first_row; row <= last_row;) {
+        const StackedSpans* covering[kMost];
+        std::size_t count = 0;
+        int end = last_row + 1;
+        for (const StackedSpans& curve : curves) {
+            if (IsIn(curve, row)) {
+                if (count < kMost) {
+                    covering[count] = &curve;
+                }
+                ++count;
+                end = std::min(end, curve.last_row + 1);
+            } else if (curve.first_row > row) {
+                end = std::min(end, curve.first_row);
+            }
+        }
+        switch (count) {
+            case 1:
+                PaintBlockWide<1>(columns, row, end - 1, covering);
+                break;
+            case 2:
+                PaintBlockWide<2>(columns, row, end - 1, covering);
+                break;
+            case 3:
+                PaintBlockWide<3>(columns, row, end - 1, covering);
+                break;
+            default:
+                for (int one = row; one < end; ++one) {
+                    PaintStackWide(columns, one, curves);
+                }
+                break;
+        }
+        row = end;
+    }
+}
+
 #endif
 
 }  // namespace
@@ -126,8 +175,8 @@ WAVO_AVX2 int PaintStackWide(const PixelColumns& columns, int row,
 void PaintStack(const PixelColumns& columns, int first_row, int last_row,
                 std::span<const StackedSpans> curves, Instructions use) {
 #ifdef WAVO_AVX2
-    if (use == Instructions::kWide && curves.size() == 1 && columns.count == kBlockColumns) {
-        PaintOneWide(columns, first_row, last_row, curves[0]);
+    if (use == Instructions::kWide && columns.count == kBlockColumns) {
+        PaintBlockRows(columns, first_row, last_row, curves);
         return;
     }
 #endif
