@@ -280,7 +280,12 @@ void PlotCanvas::PaintBlocks() {
             rows.full_bottom = std::min(rows.full_bottom, now.full_bottom);
             rows.keep_full = rows.full_top <= rows.full_bottom;
         }
-        count += rows.Count() - (rows.keep_full ? rows.full_bottom - rows.full_top + 1 : 0);
+        const int kept = rows.keep_full ? rows.full_bottom - rows.full_top + 1 : 0;
+        // What lies between the rows of now and before is not painted.
+        const Rows& now = m_layers.empty() ? Rows() : m_rows[0][block];
+        const Rows& before = m_drawn_rows[block];
+        const bool apart = now.top > before.bottom + 1 || before.top > now.bottom + 1;
+        count += apart && m_layers.size() == 1 ? now.Count() + before.Count() : rows.Count() - kept;
         pixels += rows.pixels;
     }
     const bool dense = m_layers.size() <= 1 || pixels * 2 > std::int64_t{count} * kBlockColumns;
@@ -292,7 +297,7 @@ void PlotCanvas::PaintBlocks() {
             if (rows.Count() == 0) {
                 continue;
             }
-            if (m_layers.size() <= 1) {
+            if (rows.keep_full) {
                 PaintStretch(block, rows);
                 continue;
             }
