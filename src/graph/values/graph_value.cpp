@@ -137,6 +137,11 @@ void GraphValue::FillRun(double* out, const double* samples, std::size_t count,
         }
         return;
     }
+    DeriveRun(out, samples, count, stride);
+}
+
+void GraphValue::DeriveRun(double* out, const double* samples, std::size_t count,
+                           std::size_t stride) {
     // The raw samples of a stretch one behind the other, the last ones before it in front.
     constexpr std::size_t kStretch = 256;
     const auto order = static_cast<std::size_t>(m_derivation_order);
