@@ -79,14 +79,23 @@ void FillPicture(benchmark::State& state, const Scene& scene) {
 
 using Measurement = void (*)(benchmark::State&, const Scene&);
 
+/// Frames of scenes that take seconds to fill: they are filled once per measurement.
+constexpr benchmark::IterationCount kFramesOfLargeScene = 50;
+constexpr std::size_t kLargeScene = 100000000;
+
 void Register(const std::string& name, const Scene& scene, Measurement ours, Measurement rival) {
-    benchmark::RegisterBenchmark((name + "/ours").c_str(), ours, scene);
+    const auto once = [&scene](benchmark::internal::Benchmark* registered) {
+        if (scene.held >= kLargeScene) {
+            registered->Iterations(kFramesOfLargeScene);
+        }
+    };
+    once(benchmark::RegisterBenchmark((name + "/ours").c_str(), ours, scene));
     const auto named_rival = [rival](benchmark::State& state, const Scene& what) {
         rival(state, what);
         state.SetLabel(wavo::bench::kRivalName);
     };
-    benchmark::RegisterBenchmark((name + "/rival").c_str(), named_rival, scene);
-    benchmark::RegisterBenchmark((name + "/limit").c_str(), FillPicture, scene);
+    once(benchmark::RegisterBenchmark((name + "/rival").c_str(), named_rival, scene));
+    once(benchmark::RegisterBenchmark((name + "/limit").c_str(), FillPicture, scene));
 }
 
 void RegisterFrames(const std::string& name, const Scene& scene) {
@@ -104,9 +113,12 @@ Scene Held(std::size_t samples) {
     RegisterFrames("paint_continuity/1e5", Held(100000));
     RegisterFrames("paint_continuity/1e6", Held(1000000));
     RegisterFrames("paint_continuity/1e7", Held(10000000));
+    RegisterFrames("paint_continuity/1e8", Held(kLargeScene));
     Scene scene = Held(100000);
     scene.shape = SignalShape::kNoise;
     RegisterFrames("paint_noise/1e5", scene);
+    scene.held = 10000000;
+    RegisterFrames("paint_noise/1e7", scene);
     scene = Held(100000);
     scene.curves = 8;
     RegisterFrames("paint_8curves/1e5", scene);

@@ -7,33 +7,48 @@ import pathlib
 parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("results", type=pathlib.Path, help="folder with one JSON file per program")
 parser.add_argument("--json", type=pathlib.Path, help="file to write the figures to")
+parser.add_argument("--against", help="name of the other version, measured into the folder against")
 arguments = parser.parse_args()
 
-rows = {}
 machine = None
-for file in sorted(arguments.results.glob("*.json")):
-    data = json.loads(file.read_text())
-    machine = data["context"] or machine
-    for run in data["benchmarks"]:
-        if run.get("aggregate_name") != "median":
-            continue
-        parts = run["run_name"].split("/")
-        if parts[-1] in ("real_time", "process_time") or parts[-1].startswith("iterations:"):
-            parts.pop()
-        name, role = "/".join(parts[:-1]), parts[-1]
-        if role not in ("ours", "rival", "limit"):
-            continue
-        row = rows.setdefault(name, {"name": name, "unit": "ns"})
-        if "bytes_per_item" in run:
-            row["unit"] = "bytes"
-            row[role] = run["bytes_per_item"]
-        else:
-            # Without the counter an iteration is one item.
-            row[role] = run.get("ns_per_item", run["real_time"])
-        if "percent_of_core" in run:
-            row[role + "_percent_of_core"] = run["percent_of_core"]
-        if role != "ours":
-            row[role + "_name"] = run.get("label", role)
+
+
+def read(folder):
+    """The rows of all programs of a folder, by name."""
+    global machine
+    rows = {}
+    for file in sorted(folder.glob("*.json")):
+        data = json.loads(file.read_text())
+        machine = data["context"] or machine
+        for run in data["benchmarks"]:
+            if run.get("aggregate_name") != "median" or run.get("error_occurred"):
+                continue
+            parts = run["run_name"].split("/")
+            while parts[-1] in ("real_time", "process_time", "manual_time") or \
+                    parts[-1].startswith("iterations:"):
+                parts.pop()
+            name, role = "/".join(parts[:-1]), parts[-1]
+            if role not in ("ours", "rival", "limit"):
+                continue
+            row = rows.setdefault(name, {"name": name, "unit": "ns"})
+            if "bytes_per_item" in run:
+                row["unit"] = "bytes"
+                row[role] = run["bytes_per_item"]
+            else:
+                # Without the counter an iteration is one item.
+                row[role] = run.get("ns_per_item", run["real_time"])
+            if "percent_of_core" in run:
+                row[role + "_percent_of_core"] = run["percent_of_core"]
+            if role != "ours":
+                row[role + "_name"] = run.get("label", role)
+    return rows
+
+
+rows = read(arguments.results)
+if arguments.against:
+    for name, before in read(arguments.results / "against").items():
+        if name in rows:
+            rows[name]["before"] = before["ours"]
 
 
 def figure(value):
@@ -48,19 +63,30 @@ def readable(row):
     return ("us", 1e3) if largest < 1e8 else ("ms", 1e6)
 
 
+def ratio(dividend, divisor):
+    """Empty where there is nothing to compare with: something may cost nothing."""
+    return f"{dividend / divisor:.2f}x" if divisor else ""
+
+
 print()
 print(f"{machine['num_cpus']} CPUs at {machine['mhz_per_cpu']} MHz, load {machine['load_avg']}, "
       f"medians of 5 runs")
+before_titles = f" {arguments.against[:10]:>10} {'now/before':>11}" if arguments.against else ""
 print(f"{'benchmark':<24} {'unit':<5} {'ours':>10} {'rival':>10} {'limit':>10} "
-      f"{'rival/ours':>11} {'ours/limit':>11}  rival; limit")
+      f"{'rival/ours':>11} {'ours/limit':>11}{before_titles}  rival; limit")
 for row in sorted(rows.values(), key=lambda row: row["name"]):
     unit, divisor = readable(row)
     busy = ""
     if "ours_percent_of_core" in row:
         busy = f"; ours busy {row['ours_percent_of_core']:.1f}% of a core"
+    before = ""
+    if "before" in row:
+        before = f" {figure(row['before'] / divisor):>10} {ratio(row['ours'], row['before']):>11}"
+    elif arguments.against:
+        before = " " * 23
     print(f"{row['name']:<24} {unit:<5} {figure(row['ours'] / divisor):>10} "
           f"{figure(row['rival'] / divisor):>10} {figure(row['limit'] / divisor):>10} "
-          f"{row['rival'] / row['ours']:>10.2f}x {row['ours'] / row['limit']:>10.2f}x  "
+          f"{ratio(row['rival'], row['ours']):>11} {ratio(row['ours'], row['limit']):>11}{before}  "
           f"{row['rival_name']}; {row['limit_name']}{busy}")
 if arguments.json:
     arguments.json.write_text(json.dumps(list(rows.values()), indent=1) + "\n")

@@ -1,11 +1,13 @@
 #include "graph/values/graph_value.h"
 
 #include <algorithm>
+#include <array>
 #include <cinttypes>
 #include <limits>
 #include <span>
 #include <utility>
 
+#include "graph/values/derivative_run.h"
 #include "graph/values/report_texts.h"
 #include "source/derivation.h"
 #include "support/diagnostics.h"
@@ -135,26 +137,31 @@ void GraphValue::FillRun(double* out, const double* samples, std::size_t count,
         }
         return;
     }
-    // The same arithmetic as Derive, with the history in registers.
-    const double divisor = m_divisor;
-    double last = m_history.back();
-    if (m_derivation_order == 1) {
-        for (std::size_t i = 0; i < count; ++i) {
-            const double sample = samples[i * stride];
-            out[i] = -(0.0 - (sample - last)) / divisor;
-            last = sample;
+    DeriveRun(out, samples, count, stride);
+}
+
+void GraphValue::DeriveRun(double* out, const double* samples, std::size_t count,
+                           std::size_t stride) {
+    // The raw samples of a stretch one behind the other, the last ones before it in front.
+    constexpr std::size_t kStretch = 256;
+    const auto order = static_cast<std::size_t>(m_derivation_order);
+    std::array<double, 2 + kStretch> raw;
+    double* const first = raw.data() + order;
+    std::copy(m_history.begin(), m_history.end(), raw.data());
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t length = std::min(kStretch, count - done);
+        for (std::size_t i = 0; i < length; ++i) {
+            first[i] = samples[(done + i) * stride];
         }
-    } else {
-        double older = m_history.front();
-        for (std::size_t i = 0; i < count; ++i) {
-            const double sample = samples[i * stride];
-            out[i] = (-(0.0 - (sample - last)) - (last - older)) / divisor;
-            older = last;
-            last = sample;
+        if (order == 1) {
+            DeriveOnce(first, length, m_divisor, out + done);
+        } else {
+            DeriveTwice(first, length, m_divisor, out + done);
         }
-        m_history.front() = older;
+        std::copy_n(first + length - order, order, raw.data());
+        done += length;
     }
-    m_history.back() = last;
+    std::copy_n(raw.data(), order, m_history.begin());
 }
 
 void GraphValue::OpenRun() {

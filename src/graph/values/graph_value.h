@@ -145,6 +145,8 @@ class GraphValue {
     void OpenRun();
     /// Fills the front of the run's room.
     void FillRun(double* out, const double* samples, std::size_t count, std::size_t stride);
+    /// The same for a stream of order 1 or 2.
+    void DeriveRun(double* out, const double* samples, std::size_t count, std::size_t stride);
     /// Counts a sample that is about to be stored among the new values, or reports the overrun.
     void KeepNewValue(double value);
     void CopyNewValuesAside();

@@ -15,9 +15,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <vector>
 
 #include "graph/values/sample_ring.h"
+#include "support/processor.h"
 
 namespace wavo {
 
@@ -27,6 +29,13 @@ struct MinMax {
     double maximum = -std::numeric_limits<double>::infinity();
 
     [[nodiscard]] bool IsEmpty() const { return maximum < minimum; }
+};
+
+/// Where the answers for a row of columns go, one of each per column.
+struct RowExtremes {
+    double* first;  ///< the first sample
+    double* minimum;
+    double* maximum;
 };
 
 class MinMaxPyramid {
@@ -45,6 +54,12 @@ class MinMaxPyramid {
 
     /// The same for the samples of the slots from `begin` to before `end` of ring.SlotData().
     [[nodiscard]] MinMax OfSlots(const double* slots, std::size_t begin, std::size_t end) const;
+
+    /// The same for a row of columns: column i has the slots from bounds[i] to before bounds[i +
+    /// 1]. Where both zeros are the least or the largest, it is either of them. REQUIRES: the
+    /// bounds rise.
+    void OfRow(const double* slots, std::span<const std::size_t> bounds, const RowExtremes& found,
+               Instructions use = BestInstructions()) const;
 
     /// Whether any sample at all is NaN. REQUIRES: Update since the last change of the ring.
     [[nodiscard]] bool HasNaN() const;
@@ -69,6 +84,8 @@ class MinMaxPyramid {
         void Set(std::size_t block, const MinMax& range, std::uint8_t marks);
         [[nodiscard]] std::size_t Size() const { return minimum.size(); }
     };
+
+    class WideRow;
 
     void ResizeLevels(std::size_t slots, std::size_t expected_slots);
     /// Makes the blocks over the slots from `begin` to before `end` right.

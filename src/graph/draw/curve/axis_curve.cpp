@@ -1,8 +1,10 @@
 #include "graph/draw/curve/axis_curve.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
+#include <span>
 
 namespace wavo {
 
@@ -17,6 +19,12 @@ constexpr double kMostDeviceRatio = 16.0;
 
 /// Dropped points are worth moving the others from this number on.
 constexpr std::size_t kLeastDropped = 256;
+
+/// It costs less to look at all pixels than at all of so many points.
+constexpr std::size_t kManyPoints = 20000;
+
+/// Spots that are drawn in one go.
+constexpr std::size_t kSpots = 256;
 
 constexpr std::int32_t kMostPointSize = 4096;
 
@@ -108,7 +116,14 @@ QRect DrawMark(QImage& picture, const QRect& area, const LinePoint& point,
 
 void AxisCurve::Add(const LinePoint& point) {
     if (Size() >= m_max_points) {
+        if (m_gone.size() >= kManyPoints) {
+            m_shown_first.reset();
+        }
+        if (m_shown_first.has_value()) {
+            m_gone.push_back(m_points[m_dropped]);
+        }
         ++m_dropped;
+        ++m_left;
     }
     if (m_dropped >= kLeastDropped && m_dropped > m_points.size() / 2) {
         m_points.erase(m_points.begin(), m_points.begin() + static_cast<std::ptrdiff_t>(m_dropped));
@@ -118,6 +133,8 @@ void AxisCurve::Add(const LinePoint& point) {
 }
 
 void AxisCurve::Clear() {
+    m_shown_first.reset();
+    m_left += Size();
     m_points.clear();
     m_dropped = 0;
 }
@@ -131,7 +148,7 @@ std::size_t AxisCurve::FirstVisible(double fade_out_age) const {
     return oldest_age - static_cast<std::size_t>(std::ceil(fade_out_age));
 }
 
-QRect AxisCurve::Draw(QImage& picture, const QRect& plot, const Style& style) {
+QRect AxisCurve::Draw(QImage& picture, const QRect& plot, const Style& style, PixelRuns* runs) {
     const QRect area = plot.isEmpty() ? QRect() : plot & picture.rect();
     if (Size() < 2 || area.isEmpty()) {
         return {};
@@ -140,7 +157,8 @@ QRect AxisCurve::Draw(QImage& picture, const QRect& plot, const Style& style) {
     const std::int32_t size = std::clamp(style.point_size, 1, kMostPointSize);
     const std::int32_t before = style.points ? size / 2 : 0;
     const std::int32_t after = style.points ? size - 1 - before : 0;
-    QRect touched = Bounds(begin() + first, end(), before, after, area);
+    QRect touched =
+        Size() < kManyPoints ? Bounds(begin() + first, end(), before, after, area) : area;
     if (!touched.isEmpty()) {
         m_mask.Begin(touched);
         if (style.points) {
@@ -148,28 +166,46 @@ QRect AxisCurve::Draw(QImage& picture, const QRect& plot, const Style& style) {
         } else {
             DrawLines(first, style.fade_out_age);
         }
-        m_mask.BlendInto(picture, style.color.rgb());
+        m_mask.BlendInto(picture, style.color.rgb(), runs);
     }
     const LinePoint& newest = m_points.back();
     if (!IsGap(newest)) {
-        touched |= DrawMark(picture, area, newest, style);
+        const QRect mark = DrawMark(picture, area, newest, style);
+        touched |= mark;
+        if (runs != nullptr) {
+            AddRectangle(*runs, mark);
+        }
     }
     return touched;
 }
 
-void AxisCurve::DrawLines(std::size_t first, double fade_out_age) {
-    const Fading fading(fade_out_age);
-    const LinePoint* const points = begin();
-    const std::size_t size = Size();
+void AxisCurve::DrawOn(QImage& picture, const QRect& area, const PixelColumns& target,
+                       const Style& style, bool go_on, PixelRuns& touched) {
+    const std::size_t first = FirstVisible(style.fade_out_age);
+    m_mask.BeginOn(area, target, style.color.rgb());
+    if (go_on) {
+        DrawGone(first);
+    }
+    DrawLines(first, style.fade_out_age);
+    m_gone.clear();
+    m_shown_first = m_left + first;
+    m_shown_style = style;
+    const LinePoint& newest = m_points.back();
+    if (!IsGap(newest)) {
+        AddRectangle(touched, DrawMark(picture, area, newest, style));
+    }
+}
+
+void AxisCurve::DrawGone(std::size_t first) {
+    // The lines from the first point that was drawn to the first that is drawn now, in no colour.
     LevelMask::Spot previous;
     bool gap = true;
-    for (std::size_t i = first; i < size; ++i) {
-        const LinePoint& point = points[i];
+    const auto draw = [&](const LinePoint& point) {
+        const LevelMask::Spot spot{point.x, point.y, 0};
         if (IsGap(point)) {
             gap = true;
-            continue;
+            return;
         }
-        const LevelMask::Spot spot{point.x, point.y, fading.At(size - 1 - i)};
         if (gap) {
             m_mask.Pixel(spot);
         } else {
@@ -177,7 +213,44 @@ void AxisCurve::DrawLines(std::size_t first, double fade_out_age) {
         }
         previous = spot;
         gap = false;
+    };
+    const std::uint64_t gone_before = m_left - m_gone.size();  // number of the first of m_gone
+    for (std::uint64_t i = *m_shown_first; i < m_left; ++i) {
+        draw(m_gone[static_cast<std::size_t>(i - gone_before)]);
     }
+    for (std::uint64_t i = std::max(*m_shown_first, m_left); i <= m_left + first; ++i) {
+        draw((*this)[static_cast<std::size_t>(i - m_left)]);
+    }
+}
+
+void AxisCurve::DrawLines(std::size_t first, double fade_out_age) {
+    const Fading fading(fade_out_age);
+    const LinePoint* const points = begin();
+    const std::size_t size = Size();
+    std::array<LevelMask::Spot, kSpots> spots;
+    std::size_t count = 0;
+    std::size_t drawn = 0;  // of these
+    const auto draw = [&] {
+        if (count > drawn) {
+            m_mask.Lines(std::span(spots).first(count));
+        }
+        count = drawn = 0;
+    };
+    for (std::size_t i = first; i < size; ++i) {
+        const LinePoint& point = points[i];
+        if (IsGap(point)) {
+            draw();
+            continue;
+        }
+        if (count == kSpots) {
+            draw();
+            spots[0] = spots[kSpots - 1];  // a line leads on from it
+            count = drawn = 1;
+        }
+        spots[count] = {point.x, point.y, fading.At(size - 1 - i)};
+        ++count;
+    }
+    draw();
 }
 
 void AxisCurve::DrawPoints(std::size_t first, std::int32_t size, double fade_out_age) {

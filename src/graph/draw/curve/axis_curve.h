@@ -14,6 +14,7 @@
 #include <QRect>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "graph/draw/curve/line_point.h"
@@ -31,6 +32,8 @@ class AxisCurve {
         double device_ratio = 1.0;  ///< device pixels per logical pixel
         /// Age at which a point has vanished; nothing fades when it is not above 0.
         double fade_out_age = 0.0;
+
+        friend bool operator==(const Style&, const Style&) = default;
     };
 
     /// REQUIRES: max_points >= 1. Memory grows with the points, not with the number allowed.
@@ -54,9 +57,27 @@ class AxisCurve {
     /// Draws the curve inside the plot area. Everything is in device pixels, whatever ratio the
     /// picture says of itself. Returns a rectangle that holds all pixels that were changed; empty
     /// when there were none, as with fewer than 2 points. REQUIRES: `picture` has the format RGB32.
-    QRect Draw(QImage& picture, const QRect& plot, const Style& style);
+    /// Adds the same to `touched`, less widely.
+    QRect Draw(QImage& picture, const QRect& plot, const Style& style,
+               PixelRuns* touched = nullptr);
+
+    /// To be called when points were moved in place.
+    void PointsMoved() { m_shown_first.reset(); }
+
+    /// Whether DrawOn can go on from what the last call of it has drawn.
+    [[nodiscard]] bool CanGoOn(const Style& style) const {
+        return m_shown_first.has_value() && style == m_shown_style;
+    }
+
+    /// Draws lines over nothing but a background, pixel by pixel as Draw does. `target`: the pixels
+    /// of the area from its top left on. `go_on`: the picture still shows what the last call has
+    /// drawn, but for `touched` of it, which is background again; else it shows the background.
+    /// Adds to `touched` what is not drawn anew each time. REQUIRES: CanGoOn when `go_on`.
+    void DrawOn(QImage& picture, const QRect& area, const PixelColumns& target, const Style& style,
+                bool go_on, PixelRuns& touched);
 
  private:
+    void DrawGone(std::size_t first);
     [[nodiscard]] std::size_t FirstVisible(double fade_out_age) const;
     void DrawLines(std::size_t first, double fade_out_age);
     void DrawPoints(std::size_t first, std::int32_t size, double fade_out_age);
@@ -65,6 +86,12 @@ class AxisCurve {
     std::vector<LinePoint> m_points;  ///< dropped points, then those of the curve
     std::size_t m_dropped = 0;
     LevelMask m_mask;  ///< kept for its memory
+
+    std::uint64_t m_left = 0;  ///< points that have been dropped since the curve was made
+    // What DrawOn has drawn last.
+    std::optional<std::uint64_t> m_shown_first;  ///< number of the first point, those left included
+    Style m_shown_style;
+    std::vector<LinePoint> m_gone;  ///< points dropped since then
 };
 
 }  // namespace wavo

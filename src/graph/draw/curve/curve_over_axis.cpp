@@ -3,6 +3,7 @@
 #include <QImage>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "graph/draw/curve/report_texts.h"
 #include "support/diagnostics.h"
@@ -32,6 +33,7 @@ void CurveOverAxis::Remap(CurvePlot& plot, const Remapping& what) {
     for (LinePoint& point : m_points) {
         plot.Map(point, what.force_x, what.force_y);
     }
+    m_points.PointsMoved();
     ++m_changes;
 }
 
@@ -81,9 +83,20 @@ void CurveOverAxis::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCan
     if (m_points.Size() < 2) {
         return;
     }
-    canvas.Add([this, area = plot.area, drawn = StyleOf(style, plot.device_ratio)](
-                   QImage& picture) { return m_points.Draw(picture, area, drawn); },
-               m_changes);
+    const AxisCurve::Style drawn = StyleOf(style, plot.device_ratio);
+    PlotCanvas::AlonePainting alone;
+    if (!drawn.points) {
+        alone.can_go_on = m_points.CanGoOn(drawn);
+        alone.paint = [this, drawn](QImage& picture, const QRect& area, const PixelColumns& target,
+                                    bool go_on, PixelRuns& touched) {
+            m_points.DrawOn(picture, area, target, drawn, go_on, touched);
+        };
+    }
+    canvas.Add(
+        [this, area = plot.area, drawn](QImage& picture, PixelRuns& touched) {
+            m_points.Draw(picture, area, drawn, &touched);
+        },
+        m_changes, std::move(alone));
 }
 
 }  // namespace wavo

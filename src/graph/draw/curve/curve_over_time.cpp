@@ -52,8 +52,8 @@ void CurveOverTime::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCan
         canvas.Add(m_shape.Spans(), style.color.rgb());
     } else {
         canvas.Add(
-            [this, area = plot.area, color = style.color](QImage& picture) {
-                return PaintSegments(picture, m_shape.Segments(), area, color);
+            [this, area = plot.area, color = style.color](QImage& picture, PixelRuns& touched) {
+                AddRectangle(touched, PaintSegments(picture, m_shape.Segments(), area, color));
             },
             m_shape.Version());
     }

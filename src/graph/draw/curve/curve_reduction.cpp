@@ -14,11 +14,6 @@ std::int32_t ColumnOf(const std::vector<std::uint64_t>& first_steps, std::uint64
     return static_cast<std::int32_t>(after - first_steps.begin()) - 1;
 }
 
-/// Columns from a sample that is asked for to its use.
-constexpr std::size_t kAhead = 8;
-/// Bytes.
-constexpr std::uintptr_t kCacheLine = 64;
-
 /// Reads one curve.
 class Reduction {
  public:
@@ -42,25 +37,19 @@ class Reduction {
     /// when a column between two samples has none.
     bool AddCleanRun(const CurveRun& run) {
         const std::int32_t first_column = ColumnOf(m_pixels.first_steps, run.step);
-        std::int32_t columns = 0;
-        bool last_is_single = false;
-        const bool dense =
-            ForColumns(run, [&](std::int32_t column, std::uint64_t position, std::uint64_t count) {
-                columns = column - first_column + 1;
-                last_is_single = count == 1;
-                Gather(static_cast<std::size_t>(column - first_column), m_begin + position, count);
-            });
-        if (!dense) {
+        if (!FindBounds(run, first_column)) {
             return false;
         }
-        FindRows(static_cast<std::size_t>(columns));
-        const bool early = JoinColumns(run, first_column, columns);
+        const std::size_t columns = m_room.bounds.size() - 1;
+        const bool last_is_single = m_room.bounds[columns] - m_room.bounds[columns - 1] == 1;
+        FindExtremes();
+        FindRows(columns);
+        const bool early = JoinColumns(run, first_column, static_cast<std::int32_t>(columns));
         // A last sample that its segment does not reach, or one alone, draws nothing.
         const bool last_is_seen = !last_is_single || (columns > 1 && !early);
-        for (std::int32_t i = 0; i < columns - (last_is_seen ? 0 : 1); ++i) {
-            const auto at = static_cast<std::size_t>(i);
-            m_spans.Add(first_column + i, m_room.top[at], m_room.bottom[at]);
-        }
+        const std::size_t seen = columns - (last_is_seen ? 0 : 1);
+        m_spans.AddRow(first_column, std::span(m_room.top).first(seen),
+                       std::span(m_room.bottom).first(seen));
         return true;
     }
 
@@ -97,10 +86,6 @@ class Reduction {
             if (next == position) {
                 return false;
             }
-            const std::size_t ahead = static_cast<std::size_t>(column) + kAhead;
-            if (ahead + 1 < first_steps.size()) {
-                Fetch(run.position + (first_steps[ahead] - run.step));
-            }
             work(column, position, next - position);
             position = next;
             if (position == end) {
@@ -114,45 +99,88 @@ class Reduction {
         return slot < m_slots ? slot : slot - m_slots;
     }
 
-    /// Long curves do not fit into a cache: what is read of the samples themselves, where a column
-    /// begins, is asked for some columns before.
-    void Fetch(std::uint64_t position) const {
-        const std::uint64_t from = m_begin + position;
-        if (from < m_size) {
-            // Addresses, not pointers: those beside may lie outside the ring.
-            const auto address = reinterpret_cast<std::uintptr_t>(m_samples + SlotOf(from));
-            for (const auto at : {address - kCacheLine, address, address + kCacheLine}) {
-                // NOLINTNEXTLINE(performance-no-int-to-ptr)
-                __builtin_prefetch(reinterpret_cast<const void*>(at));
-            }
-        }
-    }
-
     [[nodiscard]] MinMax RangeOf(std::uint64_t first, std::uint64_t count) const {
         const std::size_t begin = SlotOf(first);
         return begin + count <= m_slots ? m_pyramid.OfSlots(m_samples, begin, begin + count)
                                         : m_pyramid.Of(m_ring, first, count);
     }
 
-    void Gather(std::size_t at, std::uint64_t first, std::uint64_t count) {
-        const MinMax range = RangeOf(first, count);
-        m_room.first[at] = m_samples[SlotOf(first)];
-        m_room.minimum[at] = range.minimum;
-        m_room.maximum[at] = range.maximum;
+    /// Finds the first slot of each column of a run and the end of the last one, as if the slots
+    /// went on after the ring's end. False when a column has no sample.
+    bool FindBounds(const CurveRun& run, std::int32_t first_column) {
+        const std::int32_t last_column = ColumnOf(m_pixels.first_steps, run.step + run.count - 1);
+        const auto columns = static_cast<std::size_t>(last_column - first_column) + 1;
+        std::vector<std::size_t>& bounds = m_room.bounds;
+        bounds.resize(columns + 1);
+        const std::size_t begin = SlotOf(m_begin + run.position);
+        const std::uint64_t* const steps = m_pixels.first_steps.data() + first_column;
+        bounds[0] = begin;
+        bool dense = true;
+        for (std::size_t i = 1; i < columns; ++i) {
+            bounds[i] = begin + static_cast<std::size_t>(steps[i] - run.step);
+            dense = dense & (bounds[i] != bounds[i - 1]);
+        }
+        bounds[columns] = begin + static_cast<std::size_t>(run.count);
+        return dense;
+    }
+
+    /// The first sample and the extremes of each column.
+    void FindExtremes() {
+        std::vector<std::size_t>& bounds = m_room.bounds;
+        const std::size_t columns = bounds.size() - 1;
+        std::size_t done = 0;
+        if (bounds[columns] > m_slots) {
+            // One column may lie around the ring's end.
+            const auto beyond = std::upper_bound(bounds.begin(), bounds.end(), m_slots);
+            done = static_cast<std::size_t>(beyond - bounds.begin()) - 1;
+            FindExtremes(0, done);
+            const MinMax range =
+                m_pyramid.Of(m_ring, bounds[done] - m_oldest, bounds[done + 1] - bounds[done]);
+            m_room.first[done] = m_samples[bounds[done] % m_slots];
+            m_room.minimum[done] = range.minimum;
+            m_room.maximum[done] = range.maximum;
+            ++done;
+            for (std::size_t i = done; i <= columns; ++i) {
+                bounds[i] -= m_slots;
+            }
+        }
+        FindExtremes(done, columns);
+    }
+
+    void FindExtremes(std::size_t begin, std::size_t end) {
+        const std::span<const std::size_t> bounds =
+            std::span(m_room.bounds).subspan(begin, end - begin + 1);
+        m_pyramid.OfRow(m_samples, bounds,
+                        {m_room.first.data() + begin, m_room.minimum.data() + begin,
+                         m_room.maximum.data() + begin});
     }
 
     /// From values to rows, the top one 0.
     void FindRows(std::size_t columns) {
         const std::int32_t lowest = m_pixels.rows.Size() - 1;
-        const auto find = [&](const std::vector<double>& values, std::vector<std::int32_t>& rows) {
-            m_pixels.rows.IndicesOf(std::span(values).first(columns), rows.data());
-            for (std::size_t i = 0; i < columns; ++i) {
+        const auto find = [&](const std::vector<double>& values, std::size_t count,
+                              std::vector<std::int32_t>& rows) {
+            m_pixels.rows.IndicesOf(std::span(values).first(count), rows.data());
+            for (std::size_t i = 0; i < count; ++i) {
                 rows[i] = lowest - rows[i];
             }
         };
-        find(m_room.first, m_room.first_row);
-        find(m_room.maximum, m_room.top);
-        find(m_room.minimum, m_room.bottom);
+        find(m_room.maximum, columns, m_room.top);
+        find(m_room.minimum, columns, m_room.bottom);
+        // Where a curve rises or falls through the column, its first sample is one of these two.
+        std::size_t others = 0;
+        for (std::size_t i = 0; i < columns; ++i) {
+            const double first = m_room.first[i];
+            const bool is_top = first == m_room.maximum[i];
+            m_room.first_row[i] = is_top ? m_room.top[i] : m_room.bottom[i];
+            m_room.others[others] = static_cast<std::int32_t>(i);
+            m_room.other[others] = first;
+            others += static_cast<std::size_t>(!is_top & (first != m_room.minimum[i]));
+        }
+        find(m_room.other, others, m_room.other_row);
+        for (std::size_t i = 0; i < others; ++i) {
+            m_room.first_row[static_cast<std::size_t>(m_room.others[i])] = m_room.other_row[i];
+        }
     }
 
     /// Leads from each column to the first sample of the next, as SpanBuilder does. True when the
@@ -234,6 +262,9 @@ void ReductionRoom::Resize(std::size_t columns) {
     first_row.resize(columns);
     top.resize(columns);
     bottom.resize(columns);
+    others.resize(columns + 1);
+    other.resize(columns + 1);
+    other_row.resize(columns + 1);
 }
 
 bool ReduceCurve(TimeCurve& curve, const CurvePixels& pixels, ReductionRoom& room,

@@ -26,6 +26,11 @@ struct ReductionRoom {
     std::vector<std::int32_t> first_row;
     std::vector<std::int32_t> top;
     std::vector<std::int32_t> bottom;
+    std::vector<std::size_t> bounds;  ///< of the slots, and the end of the last column
+    // Columns whose first sample is neither least nor largest.
+    std::vector<std::int32_t> others;
+    std::vector<double> other;
+    std::vector<std::int32_t> other_row;
 
     void Resize(std::size_t columns);
 };

@@ -31,9 +31,11 @@ void HistoryCurve::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCanv
         return;
     }
     BuildSegments(plot.area);
-    canvas.Add([this, area = plot.area, color = style.color](
-                   QImage& picture) { return PaintSegments(picture, m_segments, area, color); },
-               ++m_drawings);
+    canvas.Add(
+        [this, area = plot.area, color = style.color](QImage& picture, PixelRuns& touched) {
+            AddRectangle(touched, PaintSegments(picture, m_segments, area, color));
+        },
+        ++m_drawings);
 }
 
 void HistoryCurve::FindPixels(const CurvePlot& plot) {

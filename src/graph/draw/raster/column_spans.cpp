@@ -19,6 +19,7 @@ void ColumnSpans::Clear(std::int32_t columns) {
     top.assign(static_cast<std::size_t>(columns), kNoTop);
     bottom.assign(static_cast<std::size_t>(columns), kNoBottom);
     more.clear();
+    m_empty_from = 0;
 }
 
 void ColumnSpans::Add(std::int32_t column, std::int32_t first_row, std::int32_t last_row) {
@@ -26,6 +27,7 @@ void ColumnSpans::Add(std::int32_t column, std::int32_t first_row, std::int32_t 
     std::int16_t& held_bottom = bottom[static_cast<std::size_t>(column)];
     const auto first = static_cast<std::int16_t>(first_row);
     const auto last = static_cast<std::int16_t>(last_row);
+    m_empty_from = std::max(m_empty_from, column + 1);
     if (held_top > held_bottom) {
         held_top = first;
         held_bottom = last;
@@ -35,6 +37,21 @@ void ColumnSpans::Add(std::int32_t column, std::int32_t first_row, std::int32_t 
     } else {
         more.push_back({column, first, last});
     }
+}
+
+void ColumnSpans::AddRow(std::int32_t column, std::span<const std::int32_t> first_rows,
+                         std::span<const std::int32_t> last_rows) {
+    std::size_t i = 0;
+    for (; i < first_rows.size() && column + static_cast<std::int32_t>(i) < m_empty_from; ++i) {
+        Add(column + static_cast<std::int32_t>(i), first_rows[i], last_rows[i]);
+    }
+    std::int16_t* const tops = top.data() + column;
+    std::int16_t* const bottoms = bottom.data() + column;
+    for (std::size_t next = i; next < first_rows.size(); ++next) {
+        tops[next] = static_cast<std::int16_t>(first_rows[next]);
+        bottoms[next] = static_cast<std::int16_t>(last_rows[next]);
+    }
+    m_empty_from = std::max(m_empty_from, column + static_cast<std::int32_t>(first_rows.size()));
 }
 
 void SpanBuilder::Column(std::int32_t column, double first, const MinMax& range, double last,

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "graph/draw/raster/pixel_edges.h"
@@ -45,6 +46,12 @@ struct ColumnSpans {
     [[nodiscard]] std::int32_t Columns() const { return static_cast<std::int32_t>(top.size()); }
     /// Adds rows to a column: to its span when they touch it.
     void Add(std::int32_t column, std::int32_t first_row, std::int32_t last_row);
+    /// The same for successive columns from `column` on.
+    void AddRow(std::int32_t column, std::span<const std::int32_t> first_rows,
+                std::span<const std::int32_t> last_rows);
+
+ private:
+    std::int32_t m_empty_from = 0;  ///< nothing was added from this column on
 };
 
 /// Builds the spans of a curve, left to right.

@@ -4,6 +4,10 @@
 #include <cstdlib>
 #include <cstring>
 
+#ifdef WAVO_AVX2
+#include <immintrin.h>
+#endif
+
 namespace wavo {
 
 namespace {
@@ -57,17 +61,72 @@ struct Walk {
     std::int64_t last = -1;
 };
 
+#ifdef WAVO_AVX2
+
+/// BlendPixel of eight pixels with a colour.
+WAVO_AVX2 void BlendEight(QRgb* pixels, QRgb over, const std::uint8_t* levels) {
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i under = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pixels));
+    const __m256i color = _mm256_unpacklo_epi8(_mm256_set1_epi32(static_cast<int>(over)), zero);
+    std::uint64_t word = 0;
+    std::memcpy(&word, levels, kWord);
+    // Each level to the four components of its pixel.
+    const __m256i all = _mm256_set1_epi64x(static_cast<std::int64_t>(word));
+    const __m256i spread =
+        _mm256_shuffle_epi8(all, _mm256_setr_epi8(0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3, 4,
+                                                  4, 4, 4, 5, 5, 5, 5, 6, 6, 6, 6, 7, 7, 7, 7));
+    const auto half = [&](__m256i below, __m256i level) WAVO_AVX2 {
+        const __m256i rest = _mm256_sub_epi16(_mm256_set1_epi16(255), level);
+        __m256i sum =
+            _mm256_add_epi16(_mm256_mullo_epi16(below, rest), _mm256_mullo_epi16(color, level));
+        sum = _mm256_add_epi16(sum, _mm256_set1_epi16(128));
+        sum = _mm256_add_epi16(sum, _mm256_srli_epi16(sum, 8));
+        return _mm256_srli_epi16(sum, 8);
+    };
+    const __m256i low = half(_mm256_unpacklo_epi8(under, zero), _mm256_unpacklo_epi8(spread, zero));
+    const __m256i high =
+        half(_mm256_unpackhi_epi8(under, zero), _mm256_unpackhi_epi8(spread, zero));
+    const __m256i blended = _mm256_or_si256(_mm256_packus_epi16(low, high),
+                                            _mm256_set1_epi32(static_cast<int>(0xFF000000U)));
+    // A level of 0 leaves a pixel as it is, to its last bit.
+    const __m256i none = _mm256_cmpeq_epi32(spread, zero);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(pixels),
+                        _mm256_blendv_epi8(blended, under, none));
+}
+
+#endif
+
 }  // namespace
 
 void LevelMask::Begin(const QRect& area) {
+    BeginArea(area);
+    m_direct = false;
+    if (m_levels.size() < m_stride * m_height) {
+        m_levels.resize(m_stride * m_height);
+    }
+}
+
+void LevelMask::BeginOn(const QRect& area, const PixelColumns& target, QRgb color) {
+    BeginArea(area);
+    m_direct = true;
+    m_target = target;
+    m_color = color;
+    const auto under = [&](int part) {
+        return target.Under(target.top_row + area.height() * part / 16)[area.width() * part / 16];
+    };
+    // Two of three places that are hardly all on lines of the scale.
+    m_often = under(5) == under(7) ? under(5) : under(11);
+    for (std::uint32_t level = 0; level < m_over_often.size(); ++level) {
+        m_over_often[level] = level == 0 ? m_often : BlendPixel(m_often, color, level);
+    }
+}
+
+void LevelMask::BeginArea(const QRect& area) {
     m_left = static_cast<std::uint32_t>(area.left());
     m_top = static_cast<std::uint32_t>(area.top());
     m_width = static_cast<std::uint32_t>(area.width());
     m_height = static_cast<std::uint32_t>(area.height());
     m_stride = (std::size_t{m_width} + kWord - 1) / kWord * kWord;
-    if (m_levels.size() < m_stride * m_height) {
-        m_levels.resize(m_stride * m_height);
-    }
 }
 
 bool LevelMask::Misses(const Spot& from, const Spot& to) const noexcept {
@@ -77,6 +136,57 @@ bool LevelMask::Misses(const Spot& from, const Spot& to) const noexcept {
     const std::int64_t bottom = std::int64_t{top} + m_height - 1;
     return std::max(from.x, to.x) < left || std::min(from.x, to.x) > right ||
            std::max(from.y, to.y) < top || std::min(from.y, to.y) > bottom;
+}
+
+void LevelMask::Lines(std::span<const Spot> spots) {
+    for (std::size_t i = 0; i < spots.size();) {
+        // Of two ends that are near each other nothing is between: the first was drawn before, or
+        // ended a long line, whose levels are rounded.
+        if (i != 0 && !(Near(spots[i - 1].x, spots[i].x) && Near(spots[i - 1].y, spots[i].y))) {
+            LongLine(spots[i - 1], spots[i]);
+            const bool goes_on_near = i + 1 < spots.size() && Near(spots[i].x, spots[i + 1].x) &&
+                                      Near(spots[i].y, spots[i + 1].y);
+            if (!goes_on_near) {
+                ++i;
+                continue;
+            }
+        }
+        i = m_direct ? NearSpots<true>(spots, i) : NearSpots<false>(spots, i);
+    }
+}
+
+template <bool kDirect>
+std::size_t LevelMask::NearSpots(std::span<const Spot> spots, std::size_t first) {
+    // What is written might change members, for all the compiler knows.
+    const std::uint32_t left = m_left;
+    const std::uint32_t top = m_top;
+    const std::uint32_t width = m_width;
+    const std::uint32_t height = m_height;
+    const std::size_t stride = m_stride;
+    std::uint8_t* const levels = m_levels.data();
+    const PixelColumns target = m_target;
+    const QRgb often = m_often;
+    const QRgb* const over_often = m_over_often.data();
+    std::size_t i = first;
+    do {
+        const Spot& spot = spots[i];
+        const std::uint32_t column = static_cast<std::uint32_t>(spot.x) - left;
+        const std::uint32_t row = static_cast<std::uint32_t>(spot.y) - top;
+        if (column < width && row < height) {
+            const std::uint8_t level = Byte(spot.level);
+            if constexpr (kDirect) {
+                const int target_row = target.top_row + static_cast<int>(row);
+                const QRgb under = target.Under(target_row)[column];
+                target.Row(target_row)[column] =
+                    under == often ? over_often[level] : BlendPixel(under, m_color, level);
+            } else {
+                levels[row * stride + column] = level;
+            }
+        }
+        ++i;
+    } while (i < spots.size() && Near(spots[i - 1].x, spots[i].x) &&
+             Near(spots[i - 1].y, spots[i].y));
+    return i;
 }
 
 void LevelMask::LongLine(const Spot& from, const Spot& to) {
@@ -93,18 +203,15 @@ void LevelMask::LongLine(const Spot& from, const Spot& to) {
     Walk walk = steep ? Walk(from_y, from_x, to_y, to_x) : Walk(from_x, from_y, to_x, to_y);
     walk.Clip(steep ? m_height : m_width, steep ? m_width : m_height);
 
-    const auto stride = static_cast<std::int64_t>(m_stride);
-    const std::int64_t along_stride = steep ? stride : 1;
-    const std::int64_t across_stride = steep ? 1 : stride;
     const double level_slope =
         (static_cast<double>(to.level) - from.level) / static_cast<double>(walk.length);
     auto level = static_cast<Level>(from.level + level_slope * static_cast<double>(walk.first));
     const auto level_step = static_cast<Level>(level_slope);
-    std::uint8_t* const levels = m_levels.data();
-    std::int64_t offset = (walk.along + walk.direction * walk.first) * along_stride;
-    for (std::int64_t i = walk.first; i <= walk.last; ++i) {
-        levels[offset + static_cast<std::int64_t>(walk.Across(i)) * across_stride] = Byte(level);
-        offset += walk.direction * along_stride;
+    std::int64_t along = walk.along + walk.direction * walk.first;
+    for (std::int64_t i = walk.first; i <= walk.last; ++i, along += walk.direction) {
+        const auto across = static_cast<std::size_t>(walk.Across(i));
+        Set(steep ? across : static_cast<std::size_t>(along),
+            steep ? static_cast<std::size_t>(along) : across, Byte(level));
         level += level_step;
     }
 }
@@ -127,25 +234,46 @@ void LevelMask::Square(const Spot& centre, std::int32_t side) {
     }
 }
 
-void LevelMask::BlendInto(QImage& picture, QRgb color) {
+void LevelMask::BlendInto(QImage& picture, QRgb color, PixelRuns* touched, Instructions use) {
     const auto left = static_cast<std::int32_t>(m_left);
     const auto top = static_cast<std::int32_t>(m_top);
+    const auto blend = [use](QRgb* pixels, QRgb over, const std::uint8_t* levels,
+                             std::size_t count) {
+#ifdef WAVO_AVX2
+        if (use == Instructions::kWide && count == kWord) {
+            BlendEight(pixels, over, levels);
+            return;
+        }
+#endif
+        (void)use;
+        for (std::size_t i = 0; i < count; ++i) {
+            if (levels[i] != 0) {
+                pixels[i] = BlendPixel(pixels[i], over, levels[i]);
+            }
+        }
+    };
+    PixelRun run{-1, 0, 0};
     std::uint8_t* levels = m_levels.data();
     for (std::uint32_t row = 0; row < m_height; ++row, levels += m_stride) {
-        auto* const pixels =
-            reinterpret_cast<QRgb*>(picture.scanLine(top + static_cast<int>(row))) + left;
+        const int y = top + static_cast<int>(row);
+        auto* const pixels = reinterpret_cast<QRgb*>(picture.scanLine(y)) + left;
         for (std::size_t column = 0; column < m_stride; column += kWord) {
             std::uint64_t word = 0;
             std::memcpy(&word, levels + column, kWord);
             if (word == 0) {
                 continue;
             }
-            for (std::size_t i = column; i < column + kWord; ++i) {
-                if (levels[i] != 0) {
-                    pixels[i] = BlendPixel(pixels[i], color, levels[i]);
-                }
-            }
+            const std::size_t count = std::min<std::size_t>(kWord, m_width - column);
+            blend(pixels + column, color, levels + column, count);
             std::memset(levels + column, 0, kWord);
+            const int first = left + static_cast<int>(column);
+            if (touched != nullptr && run.row == y && run.end == first) {
+                run.end += static_cast<int>(count);
+                touched->back().end = run.end;
+            } else if (touched != nullptr) {
+                run = {y, first, first + static_cast<int>(count)};
+                touched->push_back(run);
+            }
         }
     }
 }

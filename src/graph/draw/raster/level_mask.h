@@ -11,9 +11,15 @@
 #include <QImage>
 #include <QRect>
 #include <QRgb>
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
+
+#include "graph/draw/raster/pixel_runs.h"
+#include "graph/draw/raster/span_pixels.h"
+#include "support/processor.h"
 
 namespace wavo {
 
@@ -49,6 +55,12 @@ class LevelMask {
     /// drawn before has been blended.
     void Begin(const QRect& area);
 
+    /// Begins to draw in an area of a picture at once, without a mask: each pixel becomes that of
+    /// the background with the colour laid on it. Shows the same as the mask where nothing but the
+    /// background is under the curve. `target` begins at the top left of the area; it stays until
+    /// the next Begin. REQUIRES: no points are drawn, and nothing is blended then.
+    void BeginOn(const QRect& area, const PixelColumns& target, QRgb color);
+
     void Pixel(const Spot& spot) {
         if (Inside(spot)) {
             Set(spot);
@@ -66,13 +78,18 @@ class LevelMask {
         }
     }
 
+    /// Lines from each spot to the next one.
+    void Lines(std::span<const Spot> spots);
+
     /// A square of `side` pixels around the spot, which has one pixel more to the left and above
     /// when the side is even.
     void Square(const Spot& centre, std::int32_t side);
 
-    /// Lays a colour on the picture through the mask and empties the mask. REQUIRES: `picture` has
-    /// the format RGB32 and contains the area.
-    void BlendInto(QImage& picture, QRgb color);
+    /// Lays a colour on the picture through the mask and empties the mask. Adds the pixels that it
+    /// has changed to `touched`, and some beside them, but none outside the area. REQUIRES:
+    /// `picture` has the format RGB32 and contains the area.
+    void BlendInto(QImage& picture, QRgb color, PixelRuns* touched = nullptr,
+                   Instructions use = BestInstructions());
 
  private:
     static bool Near(std::int32_t a, std::int32_t b) noexcept {
@@ -90,10 +107,25 @@ class LevelMask {
     void Set(const Spot& spot) noexcept {
         const std::size_t column = static_cast<std::uint32_t>(spot.x) - m_left;
         const std::size_t row = static_cast<std::uint32_t>(spot.y) - m_top;
-        m_levels[row * m_stride + column] = Byte(spot.level);
+        Set(column, row, Byte(spot.level));
     }
+    void Set(std::size_t column, std::size_t row, std::uint8_t level) noexcept {
+        if (!m_direct) {
+            m_levels[row * m_stride + column] = level;
+            return;
+        }
+        const int target_row = m_target.top_row + static_cast<int>(row);
+        const QRgb under = m_target.Under(target_row)[column];
+        m_target.Row(target_row)[column] =
+            under == m_often ? m_over_often[level] : BlendPixel(under, m_color, level);
+    }
+    void BeginArea(const QRect& area);
     [[nodiscard]] bool Misses(const Spot& from, const Spot& to) const noexcept;
     void LongLine(const Spot& from, const Spot& to);
+    /// Pixels from spot `first` on while each is near the one before; returns the first that is
+    /// not.
+    template <bool kDirect>
+    [[nodiscard]] std::size_t NearSpots(std::span<const Spot> spots, std::size_t first);
 
     // The area; left and top as unsigned numbers, for which differences are defined throughout.
     std::uint32_t m_left = 0;
@@ -102,6 +134,12 @@ class LevelMask {
     std::uint32_t m_height = 0;
     std::size_t m_stride = 0;  ///< bytes from row to row, a multiple of 8
     std::vector<std::uint8_t> m_levels;
+
+    bool m_direct = false;
+    PixelColumns m_target{};
+    QRgb m_color = 0;
+    QRgb m_often = 0;                      ///< a colour of the background
+    std::array<QRgb, 256> m_over_often{};  ///< with the curve's colour laid on it, by level
 };
 
 }  // namespace wavo

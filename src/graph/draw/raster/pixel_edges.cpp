@@ -1,8 +1,13 @@
 #include "graph/draw/raster/pixel_edges.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>
+
+#ifdef WAVO_AVX2
+#include <immintrin.h>
+#endif
 
 namespace wavo {
 
@@ -122,16 +127,91 @@ void PixelEdges::Find(const AxisMapping& mapping, Coordinate coordinate, std::in
     // Without an estimate the search goes up from the first pixel: there may be edges that no
     // value reaches, and from above them it would find no way down.
     m_offset = even && direction < 0 ? 1.0 : 0.0;
+    FindOffset();
 }
 
-void PixelEdges::IndicesOf(std::span<const double> values, std::int32_t* indices) const {
-    for (std::size_t i = 0; i < values.size(); ++i) {
+void PixelEdges::FindOffset() {
+    m_right_or_below = false;
+    if (m_pixels_per_unit <= 0.0) {
+        return;
+    }
+    double least = kInfinity;
+    double most = -kInfinity;
+    for (std::int32_t index = 1; index < m_size; ++index) {
+        const double off = index - (Edge(index) - m_origin) * m_pixels_per_unit;
+        if (!std::isfinite(off)) {
+            return;
+        }
+        least = std::min(least, off);
+        most = std::max(most, off);
+    }
+    const double offset = m_offset;
+    m_offset = m_size > 1 ? (least + most - 1.0) / 2.0 : 0.0;
+    // An estimate does not fall as the value grows: what holds at both ends of an index holds for
+    // all of its values.
+    m_right_or_below = true;
+    for (std::int32_t index = 1; m_right_or_below && index < m_size; ++index) {
+        const double before = std::nextafter(Edge(index), -kInfinity);
+        m_right_or_below = static_cast<std::int32_t>(Estimate(before)) <= index - 1 &&
+                           static_cast<std::int32_t>(Estimate(Edge(index))) >= index - 1;
+    }
+    if (!m_right_or_below) {
+        m_offset = offset;
+    }
+}
+
+void PixelEdges::IndicesOf(std::span<const double> values, std::int32_t* indices,
+                           Instructions use) const {
+    std::size_t done = 0;
+#ifdef WAVO_AVX2
+    if (use == Instructions::kWide && m_right_or_below) {
+        done = IndicesOfFours(values, indices);
+    }
+#endif
+    (void)use;
+    for (std::size_t i = done; i < values.size(); ++i) {
         indices[i] = static_cast<std::int32_t>(Estimate(values[i]));
     }
-    for (std::size_t i = 0; i < values.size(); ++i) {
+    if (m_right_or_below) {
+        for (std::size_t i = done; i < values.size(); ++i) {
+            indices[i] += static_cast<std::int32_t>(values[i] >= Edge(indices[i] + 1));
+        }
+        return;
+    }
+    for (std::size_t i = done; i < values.size(); ++i) {
         indices[i] = Settle(indices[i], values[i]);
     }
 }
+
+#ifdef WAVO_AVX2
+WAVO_AVX2 std::size_t PixelEdges::IndicesOfFours(std::span<const double> values,
+                                                 std::int32_t* indices) const {
+    const __m256d origin = _mm256_set1_pd(m_origin);
+    const __m256d scale = _mm256_set1_pd(m_pixels_per_unit);
+    const __m256d offset = _mm256_set1_pd(m_offset);
+    const __m256d last = _mm256_set1_pd(m_last);
+    const __m256d all = _mm256_castsi256_pd(_mm256_set1_epi64x(-1));
+    const double* const next = m_edges.data() + 1;
+    std::size_t i = 0;
+    for (; i + 4 <= values.size(); i += 4) {
+        const __m256d value = _mm256_loadu_pd(values.data() + i);
+        __m256d estimate = _mm256_mul_pd(_mm256_sub_pd(value, origin), scale);
+        estimate = _mm256_add_pd(estimate, offset);
+        // The second operand where the first is NaN.
+        estimate = _mm256_min_pd(_mm256_max_pd(estimate, _mm256_setzero_pd()), last);
+        const __m128i index = _mm256_cvttpd_epi32(estimate);
+        const __m256d edge =
+            _mm256_mask_i32gather_pd(_mm256_setzero_pd(), next, index, all, sizeof(double));
+        const __m256 above = _mm256_castpd_ps(_mm256_cmp_pd(value, edge, _CMP_GE_OQ));
+        // The lower half of each mask, -1 or 0, as the numbers of four bytes that it is too.
+        const __m128 mask =
+            _mm_shuffle_ps(_mm256_castps256_ps128(above), _mm256_extractf128_ps(above, 1), 0x88);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(indices + i),
+                         _mm_sub_epi32(index, _mm_castps_si128(mask)));
+    }
+    return i;
+}
+#endif
 
 void StepColumns::Find(const PixelEdges& columns, double step, std::uint64_t most) {
     m_first.assign(static_cast<std::size_t>(columns.Size()) + 1, most);

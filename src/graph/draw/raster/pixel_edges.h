@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "graph/draw/raster/mapping.h"
+#include "support/processor.h"
 
 namespace wavo {
 
@@ -35,10 +36,17 @@ class PixelEdges {
     }
 
     /// The same for many values. `indices` has room for them.
-    void IndicesOf(std::span<const double> values, std::int32_t* indices) const;
+    void IndicesOf(std::span<const double> values, std::int32_t* indices,
+                   Instructions use = BestInstructions()) const;
 
  private:
-    /// Not further off than a pixel or two; 0 where an infinite value makes it NaN.
+    /// Shifts the estimates so that none is above the index nor more than one below it, if that can
+    /// be.
+    void FindOffset();
+    /// IndicesOf where estimates are right or one too low; returns how many it has done.
+    std::size_t IndicesOfFours(std::span<const double> values, std::int32_t* indices) const;
+
+    /// Never falls back as the value grows; 0 where an infinite value makes it NaN.
     [[nodiscard]] double Estimate(double value) const {
         const double estimate = (value - m_origin) * m_pixels_per_unit + m_offset;
         const double not_below = estimate > 0.0 ? estimate : 0.0;
@@ -65,6 +73,7 @@ class PixelEdges {
     double m_origin = 0.0;
     double m_pixels_per_unit = 0.0;
     double m_offset = 0.0;
+    bool m_right_or_below = false;  // each estimate is the index or one below it
 };
 
 /// The steps of a curve over time by pixel columns: step k stands at k x step.

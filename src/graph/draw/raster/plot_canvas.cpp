@@ -16,7 +16,7 @@ constexpr int kHighBlock = 96;
 
 /// A block is painted column by column when the pixels to be painted are less than one in so many
 /// of its area: single pixels cost that much more than those of a row.
-constexpr int kSparse = 4;
+constexpr int kSparse = 16;
 
 }  // namespace
 
@@ -29,8 +29,10 @@ void PlotCanvas::Rows::Take(const Rows& other) {
 void PlotCanvas::Forget() {
     m_drawn.clear();
     m_drawn_rows.clear();
+    m_drawn_layer_rows.clear();
     m_equal_rows.clear();
-    m_painted = QRect();
+    m_painted.clear();
+    m_drawn_alone = false;
 }
 
 void PlotCanvas::Begin(QImage& picture, const QImage& background, const QPoint& origin,
@@ -47,11 +49,11 @@ void PlotCanvas::Begin(QImage& picture, const QImage& background, const QPoint& 
 }
 
 void PlotCanvas::Add(const ColumnSpans& spans, QRgb color) {
-    m_layers.push_back({&spans, color, {}, 0});
+    m_layers.push_back({&spans, color, {}, 0, {}});
 }
 
-void PlotCanvas::Add(Painting painting, std::uint64_t version) {
-    m_layers.push_back({nullptr, 0, std::move(painting), version});
+void PlotCanvas::Add(Painting painting, std::uint64_t version, AlonePainting alone) {
+    m_layers.push_back({nullptr, 0, std::move(painting), version, std::move(alone)});
 }
 
 void PlotCanvas::End() {
@@ -70,22 +72,46 @@ void PlotCanvas::End() {
     m_under = reinterpret_cast<const QRgb*>(m_background->constBits()) +
               under.y() * m_under_stride + under.x();
     FindEqualRows();
-    if (!HasPaintings() && m_painted.isEmpty()) {
+    if (!HasPaintings() && m_painted.empty() && !m_drawn_alone && IsStack()) {
         FindRows();
         PaintBlocks();
-    } else if (!LayersAreAsBefore()) {
+    } else if (LayersAreAsBefore()) {
+        return;
+    } else {
         FindRows();
-        Restore();
-        for (std::size_t i = 0; i < m_layers.size(); ++i) {
-            if (m_layers[i].spans != nullptr) {
-                PaintRows(m_rows[i], m_layers[i].spans, m_layers[i].color, false);
-                PaintMore(*m_layers[i].spans, m_layers[i].color);
-            } else {
-                m_painted |= m_layers[i].painting(*m_picture);
-            }
+        if (m_layers.size() == 1 && m_layers[0].alone.paint != nullptr) {
+            PaintAlone();
+        } else {
+            PaintLayers();
         }
     }
     KeepLayers();
+}
+
+void PlotCanvas::PaintLayers() {
+    Restore();
+    for (std::size_t i = 0; i < m_layers.size(); ++i) {
+        if (m_layers[i].spans != nullptr) {
+            PaintRows(m_rows[i], m_layers[i].spans, m_layers[i].color, false);
+            PaintMore(*m_layers[i].spans, m_layers[i].color);
+        } else {
+            m_layers[i].painting(*m_picture, m_painted);
+        }
+    }
+}
+
+void PlotCanvas::PaintAlone() {
+    const AlonePainting& alone = m_layers[0].alone;
+    const bool go_on = alone.can_go_on && m_drawn_alone;
+    m_drawn_alone = m_drawn_alone && !go_on;  // restored only where it does not go on
+    Restore();
+    alone.paint(*m_picture, m_visible, Target(), go_on, m_painted);
+    m_drawn_alone = true;
+}
+
+PixelColumns PlotCanvas::Target() const {
+    return {m_pixels,    m_stride,         m_under, m_under_stride, m_equal_rows.data(),
+            m_first_row, m_visible.width()};
 }
 
 int PlotCanvas::Blocks() const {
@@ -224,36 +250,197 @@ bool PlotCanvas::IsOneCurveAsBefore() const {
     return m_layers.size() == 1 && m_drawn.size() == 1 && m_layers[0].color == m_drawn[0].color;
 }
 
+bool PlotCanvas::IsStack() const {
+    // Further spans of a column are painted after the others, but below the next layer.
+    return std::all_of(m_layers.begin(), m_layers.end(), [this](const Layer& layer) {
+        return layer.spans->more.empty() || &layer == &m_layers.back();
+    });
+}
+
 void PlotCanvas::PaintBlocks() {
     const std::vector<std::uint8_t> same = BlocksAsBefore();
-    // The first curve is painted in one go with the background where something was before.
-    std::vector<Rows> first = m_drawn_rows;
-    const bool any = !m_layers.empty();
     const bool one_curve = IsOneCurveAsBefore();
-    for (std::size_t block = 0; block < first.size(); ++block) {
+    // All that is painted of each block, from its first to its last row.
+    std::vector<Rows> all(m_drawn_rows);
+    int count = 0;
+    std::int64_t pixels = 0;
+    for (std::size_t block = 0; block < all.size(); ++block) {
+        Rows& rows = all[block];
         if (same[block] != 0) {
-            first[block] = Rows();
-        } else if (any) {
-            const Rows& now = m_rows[0][block];
-            first[block].Take(now);
+            rows = Rows();
+            continue;
+        }
+        for (std::size_t i = 0; i < m_layers.size(); ++i) {
+            rows.Take(m_rows[i][block]);
+        }
+        if (one_curve) {
             // What one curve covers in every column of a block, before and now, stays as it is.
-            first[block].keep_full = one_curve;
-            first[block].full_top = std::max(first[block].full_top, now.full_top);
-            first[block].full_bottom = std::min(first[block].full_bottom, now.full_bottom);
+            const Rows& now = m_rows[0][block];
+            rows.full_top = std::max(rows.full_top, now.full_top);
+            rows.full_bottom = std::min(rows.full_bottom, now.full_bottom);
+            rows.keep_full = rows.full_top <= rows.full_bottom;
+        }
+        const int kept = rows.keep_full ? rows.full_bottom - rows.full_top + 1 : 0;
+        // What lies between the rows of now and before is not painted.
+        const Rows& now = m_layers.empty() ? Rows() : m_rows[0][block];
+        const Rows& before = m_drawn_rows[block];
+        const bool apart = now.top > before.bottom + 1 || before.top > now.bottom + 1;
+        count += apart && m_layers.size() == 1 ? now.Count() + before.Count() : rows.Count() - kept;
+        pixels += rows.pixels;
+    }
+    const bool dense = m_layers.size() <= 1 || pixels * 2 > std::int64_t{count} * kBlockColumns;
+    if (count > kHighBlock * Blocks() && dense) {
+        PaintHighBlocks(all);
+    } else {
+        for (int block = 0; block < Blocks(); ++block) {
+            const Rows& rows = all[static_cast<std::size_t>(block)];
+            if (rows.Count() == 0) {
+                continue;
+            }
+            if (rows.keep_full) {
+                PaintStretch(block, rows);
+                continue;
+            }
+            FindStretches(block);
+            for (const Rows& stretch : m_stretches) {
+                PaintStretch(block, stretch);
+            }
         }
     }
-    PaintRows(first, any ? m_layers[0].spans : nullptr, any ? m_layers[0].color : 0, true);
-    for (std::size_t i = 0; i < m_layers.size(); ++i) {
-        if (i > 0) {
-            std::vector<Rows> rows = m_rows[i];
-            for (std::size_t block = 0; block < rows.size(); ++block) {
-                if (same[block] != 0) {
-                    rows[block] = Rows();
-                }
+    if (!m_layers.empty()) {
+        PaintMore(*m_layers.back().spans, m_layers.back().color);
+    }
+}
+
+void PlotCanvas::FindStretches(int block) {
+    m_stretches.clear();
+    const auto at = static_cast<std::size_t>(block);
+    for (std::size_t i = 0; i < std::max(m_rows.size(), m_drawn_layer_rows.size()); ++i) {
+        Rows rows = i < m_rows.size() ? m_rows[i][at] : Rows();
+        if (i < m_drawn_layer_rows.size()) {
+            const Rows& drawn = m_drawn_layer_rows[i][at];
+            if (rows.top <= drawn.bottom + 1 && drawn.top <= rows.bottom + 1) {
+                rows.Take(drawn);
+            } else {
+                AddStretch(drawn);
             }
-            PaintRows(rows, m_layers[i].spans, m_layers[i].color, false);
         }
-        PaintMore(*m_layers[i].spans, m_layers[i].color);
+        AddStretch(rows);
+    }
+}
+
+void PlotCanvas::AddStretch(const Rows& rows) {
+    if (rows.Count() == 0) {
+        return;
+    }
+    // Those that it touches become one with it; the others stay in order.
+    std::size_t first = m_stretches.size();
+    while (first > 0 && m_stretches[first - 1].bottom + 1 >= rows.top) {
+        --first;
+    }
+    Rows whole{rows.top, rows.bottom, rows.pixels};
+    std::size_t end = first;
+    for (; end < m_stretches.size() && m_stretches[end].top <= whole.bottom + 1; ++end) {
+        whole.Take(m_stretches[end]);
+    }
+    const auto begin = m_stretches.begin() + static_cast<std::ptrdiff_t>(first);
+    if (first == end) {
+        m_stretches.insert(begin, whole);
+    } else {
+        *begin = whole;
+        m_stretches.erase(begin + 1, m_stretches.begin() + static_cast<std::ptrdiff_t>(end));
+    }
+}
+
+void PlotCanvas::PaintStretch(int block, const Rows& stretch) {
+    if (stretch.pixels * kSparse < stretch.Count() * kBlockColumns) {
+        PaintStretchColumns(block, stretch);
+    } else if (stretch.keep_full) {
+        PaintStretchRows(block, block + 1, stretch.top,
+                         std::min(stretch.full_top - 1, stretch.bottom));
+        PaintStretchRows(block, block + 1, std::max(stretch.full_bottom + 1, stretch.top),
+                         stretch.bottom);
+    } else {
+        PaintStretchRows(block, block + 1, stretch.top, stretch.bottom);
+    }
+}
+
+void PlotCanvas::PaintHighBlocks(const std::vector<Rows>& rows) {
+    Rows all;
+    for (const Rows& block : rows) {
+        all.Take(block);
+    }
+    for (int row = all.top; row <= all.bottom; ++row) {
+        const auto painted = [row](const Rows& held) { return held.Has(row) && !held.Keeps(row); };
+        for (auto end = rows.begin(); end != rows.end();) {
+            const auto begin = std::find_if(end, rows.end(), painted);
+            end = std::find_if_not(begin, rows.end(), painted);
+            PaintStretchRows(static_cast<int>(begin - rows.begin()),
+                             static_cast<int>(end - rows.begin()), row, row);
+        }
+    }
+}
+
+void PlotCanvas::PaintStretchRows(int first_block, int end_block, int first_row, int last_row) {
+    const int first = first_block * kBlockColumns;
+    const int end = std::min(end_block * kBlockColumns, m_visible.right() - m_plot.left() + 1);
+    if (end <= first || last_row < first_row) {
+        return;
+    }
+    m_stack.clear();
+    for (std::size_t i = 0; i < m_layers.size(); ++i) {
+        const ColumnSpans& spans = *m_layers[i].spans;
+        StackedSpans stacked{&spans.top[static_cast<std::size_t>(first)],
+                             &spans.bottom[static_cast<std::size_t>(first)], m_layers[i].color,
+                             first_row, last_row};
+        if (end_block == first_block + 1) {
+            const Rows& rows = m_rows[i][static_cast<std::size_t>(first_block)];
+            if (rows.bottom < first_row || rows.top > last_row) {
+                continue;
+            }
+            stacked.first_row = rows.top;
+            stacked.last_row = rows.bottom;
+        }
+        m_stack.push_back(stacked);
+    }
+    PaintStack({m_pixels + first, m_stride, m_under + first, m_under_stride, m_equal_rows.data(),
+                m_first_row, end - first},
+               first_row, last_row, m_stack);
+}
+
+void PlotCanvas::PaintStretchColumns(int block, const Rows& stretch) {
+    const int first = block * kBlockColumns;
+    const int end = first + BlockWidth(block);
+    const auto paint = [&](int column, int top, int bottom, const QRgb* color) {
+        PaintColumn(column, std::max(top, stretch.top), std::min(bottom, stretch.bottom), color);
+    };
+    const auto reaches = [&](const std::vector<Rows>& rows) {
+        const Rows& held = rows[static_cast<std::size_t>(block)];
+        return held.top <= stretch.bottom && stretch.top <= held.bottom;
+    };
+    for (std::size_t i = 0; i < m_drawn.size(); ++i) {
+        if (!reaches(m_drawn_layer_rows[i])) {
+            continue;
+        }
+        const ColumnSpans& drawn = m_drawn[i].spans;
+        for (int column = first; column < std::min(end, drawn.Columns()); ++column) {
+            paint(column, drawn.top[static_cast<std::size_t>(column)],
+                  drawn.bottom[static_cast<std::size_t>(column)], nullptr);
+        }
+        for (const ColumnSpans::Span& span : drawn.more) {
+            if (first <= span.column && span.column < end) {
+                paint(span.column, span.top, span.bottom, nullptr);
+            }
+        }
+    }
+    for (std::size_t i = 0; i < m_layers.size(); ++i) {
+        if (reaches(m_rows[i])) {
+            const ColumnSpans& spans = *m_layers[i].spans;
+            for (int column = first; column < end; ++column) {
+                paint(column, spans.top[static_cast<std::size_t>(column)],
+                      spans.bottom[static_cast<std::size_t>(column)], &m_layers[i].color);
+            }
+        }
     }
 }
 
@@ -354,18 +541,27 @@ void PlotCanvas::PaintMore(const ColumnSpans& spans, QRgb color) {
 
 void PlotCanvas::Restore() {
     PaintRows(m_drawn_rows, nullptr, 0, true);
-    const QRect painted = m_painted & m_visible;
-    for (int y = painted.top(); y <= painted.bottom(); ++y) {
-        const auto* from =
-            reinterpret_cast<const QRgb*>(m_background->constScanLine(y - m_origin.y()));
-        std::copy_n(from + (painted.left() - m_origin.x()), painted.width(),
-                    reinterpret_cast<QRgb*>(m_picture->scanLine(y)) + painted.left());
+    if (m_drawn_alone) {
+        m_painted.clear();
+        AddRectangle(m_painted, m_visible);
+        m_drawn_alone = false;
     }
-    m_painted = QRect();
+    const int end = m_visible.width();
+    for (const PixelRun& run : m_painted) {
+        const int first = std::max(run.first - m_visible.left(), 0);
+        const int count = std::min(run.end - m_visible.left(), end) - first;
+        if (count > 0 && m_visible.top() <= run.row && run.row <= m_visible.bottom()) {
+            const int row = run.row - m_plot.top();
+            std::copy_n(BackgroundRow(m_equal_rows[static_cast<std::size_t>(row)]) + first, count,
+                        PictureRow(row) + first);
+        }
+    }
+    m_painted.clear();
 }
 
 void PlotCanvas::KeepLayers() {
     m_drawn.resize(m_layers.size());
+    m_rows.resize(m_layers.size());
     std::fill(m_drawn_rows.begin(), m_drawn_rows.end(), Rows());
     for (std::size_t i = 0; i < m_layers.size(); ++i) {
         DrawnLayer& drawn = m_drawn[i];
@@ -374,6 +570,7 @@ void PlotCanvas::KeepLayers() {
         drawn.version = m_layers[i].version;
         if (drawn.painted) {
             drawn.spans.Clear(0);
+            m_rows[i].assign(m_drawn_rows.size(), Rows());
             continue;
         }
         drawn.spans = *m_layers[i].spans;
@@ -384,6 +581,7 @@ void PlotCanvas::KeepLayers() {
     if (m_layers.size() == 1 && m_layers[0].spans != nullptr) {
         m_drawn_rows = m_rows[0];
     }
+    m_drawn_layer_rows.swap(m_rows);
 }
 
 }  // namespace wavo

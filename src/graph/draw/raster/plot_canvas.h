@@ -16,16 +16,29 @@
 #include <QRect>
 #include <cstdint>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "graph/draw/raster/column_spans.h"
+#include "graph/draw/raster/pixel_runs.h"
+#include "graph/draw/raster/span_pixels.h"
 
 namespace wavo {
 
 class PlotCanvas {
  public:
-    /// Draws into the image and returns the rectangle of the pixels that it may have touched.
-    using Painting = std::function<QRect(QImage&)>;
+    /// Draws into the image and adds the pixels that it may have touched.
+    using Painting = std::function<void(QImage&, PixelRuns&)>;
+
+    /// Draws over nothing but the background. `area` is the part of the plot area that is visible,
+    /// `target` begins at its top left. `go_on`: the picture shows what the last call has drawn,
+    /// but for what that added to `touched`.
+    struct AlonePainting {
+        bool can_go_on = false;
+        std::function<void(QImage& picture, const QRect& area, const PixelColumns& target,
+                           bool go_on, PixelRuns& touched)>
+            paint;  ///< may be null
+    };
 
     /// Forgets what was drawn: the picture now shows the background in the plot area.
     void Forget();
@@ -41,8 +54,11 @@ class PlotCanvas {
     void Add(const ColumnSpans& spans, QRgb color);
 
     /// Lists a curve that draws itself, clipped to the plot area. `version` changes with what it
-    /// draws.
-    void Add(Painting painting, std::uint64_t version);
+    /// draws. `alone` draws the same where it is the only layer.
+    void Add(Painting painting, std::uint64_t version, AlonePainting alone);
+    void Add(Painting painting, std::uint64_t version) {
+        Add(std::move(painting), version, AlonePainting());
+    }
 
     void End();
 
@@ -52,6 +68,7 @@ class PlotCanvas {
         QRgb color = 0;
         Painting painting;
         std::uint64_t version = 0;
+        AlonePainting alone;
     };
 
     /// What a layer looked like in the drawing before.
@@ -87,10 +104,25 @@ class PlotCanvas {
     [[nodiscard]] std::vector<std::uint8_t> BlocksAsBefore() const;
     /// One curve, and the same one as before.
     [[nodiscard]] bool IsOneCurveAsBefore() const;
+    /// All layers can be painted in one go, each pixel once.
+    [[nodiscard]] bool IsStack() const;
     void FindRows();
     void TakeSpans(const ColumnSpans& spans, std::vector<Rows>& rows) const;
     void FindEqualRows();
     void PaintBlocks();
+    void PaintLayers();
+    void PaintAlone();
+    /// The visible part of the plot area.
+    [[nodiscard]] PixelColumns Target() const;
+    /// Rows of a block that the layers cover now or have covered before, apart from each other and
+    /// from the top down.
+    void FindStretches(int block);
+    void AddStretch(const Rows& rows);
+    void PaintStretch(int block, const Rows& stretch);
+    /// Paints rows of some blocks with all layers.
+    void PaintStretchRows(int first_block, int end_block, int first_row, int last_row);
+    /// High blocks, row by row across the plot area.
+    void PaintHighBlocks(const std::vector<Rows>& rows);
     /// Paints a curve (none when null) in the rows given per block, over the background or over
     /// what the picture shows there.
     void PaintRows(const std::vector<Rows>& rows, const ColumnSpans* spans, QRgb color,
@@ -101,6 +133,8 @@ class PlotCanvas {
     /// Paints one block column by column: first the background where the curves were, then a curve
     /// (none when null).
     void PaintColumns(int block, const ColumnSpans* spans, QRgb color, bool restore);
+    /// The same within some rows: the background where the curves were, then all layers.
+    void PaintStretchColumns(int block, const Rows& stretch);
     void PaintColumn(int column, int top, int bottom, const QRgb* color);
     void PaintMore(const ColumnSpans& spans, QRgb color);
     [[nodiscard]] const QRgb* BackgroundRow(int row) const;
@@ -128,9 +162,13 @@ class PlotCanvas {
     std::ptrdiff_t m_under_stride = 0;
 
     std::vector<DrawnLayer> m_drawn;
-    std::vector<Rows> m_drawn_rows;         // per block, of all layers of the last drawing
-    std::vector<std::vector<Rows>> m_rows;  // per layer and block, of this drawing
-    QRect m_painted;                        // by paintings of the last drawing
+    bool m_drawn_alone = false;      // by an AlonePainting
+    std::vector<Rows> m_drawn_rows;  // per block, of all layers of the last drawing
+    std::vector<std::vector<Rows>> m_drawn_layer_rows;  // the same per layer
+    std::vector<std::vector<Rows>> m_rows;              // per layer and block, of this drawing
+    std::vector<Rows> m_stretches;                      // of the block that is painted
+    std::vector<StackedSpans> m_stack;                  // of the layers that are painted together
+    PixelRuns m_painted;                                // by paintings of the last drawing
 };
 
 }  // namespace wavo

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
+#include <random>
 #include <vector>
 
 #include "special_values.h"
@@ -349,6 +352,127 @@ TEST(AxisCurve, ASecondPictureIsLikeTheFirst) {
     curve.Draw(first, kPointsPlot, Fading(3.0));
     curve.Draw(second, kPointsPlot, Fading(3.0));
     EXPECT_EQ(first, second);
+}
+
+/// A picture with a curve on it that goes on from drawing to drawing.
+class LivePicture {
+ public:
+    explicit LivePicture(std::mt19937& random) : m_background(Picture()), m_rows(120) {
+        // Lines of a scale, and pixels of any colour.
+        for (int y = 0; y < m_background.height(); ++y) {
+            for (int x = 0; x < m_background.width(); ++x) {
+                if (x % 40 == 0 || y % 30 == 0 || random() % 50 == 0) {
+                    m_background.setPixel(x, y, 0xFF000000U | static_cast<QRgb>(random()));
+                }
+            }
+        }
+        std::iota(m_rows.begin(), m_rows.end(), 0);
+        m_picture = m_background.copy();
+    }
+
+    void Draw(AxisCurve& curve, const AxisCurve::Style& style) {
+        const bool go_on = m_drawn && curve.CanGoOn(style);
+        if (!go_on) {
+            m_picture = m_background.copy();
+        }
+        for (const PixelRun& run : m_touched) {
+            for (int x = run.first; x < run.end; ++x) {
+                m_picture.setPixel(x, run.row, m_background.pixel(x, run.row));
+            }
+        }
+        m_touched.clear();
+        const QPoint corner = kPointsPlot.topLeft();
+        const auto stride = m_picture.bytesPerLine() / 4;
+        const PixelColumns target{
+            reinterpret_cast<QRgb*>(m_picture.scanLine(corner.y())) + corner.x(),
+            stride,
+            reinterpret_cast<const QRgb*>(m_background.constScanLine(corner.y())) + corner.x(),
+            stride,
+            m_rows.data(),
+            0,
+            kPointsPlot.width()};
+        curve.DrawOn(m_picture, kPointsPlot, target, style, go_on, m_touched);
+        m_drawn = true;
+        m_went_on = m_went_on || go_on;
+    }
+
+    [[nodiscard]] QImage Expected(AxisCurve& curve, const AxisCurve::Style& style) const {
+        QImage expected = m_background.copy();
+        curve.Draw(expected, kPointsPlot, style);
+        return expected;
+    }
+    [[nodiscard]] const QImage& Image() const { return m_picture; }
+    [[nodiscard]] bool WentOn() const { return m_went_on; }
+
+ private:
+    QImage m_background;
+    std::vector<int> m_rows;
+    QImage m_picture;
+    PixelRuns m_touched;
+    bool m_drawn = false;
+    bool m_went_on = false;
+};
+
+TEST(AxisCurve, DrawnOnAndOnItLooksAsDrawnAnew) {
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        std::mt19937 random(seed);
+        LivePicture live(random);
+        AxisCurve curve(2 + random() % 300);
+        AxisCurve::Style style = Fading(seed % 3 == 0 ? 0.0 : 1.0 + random() % 200);
+        style.color = QColor::fromRgb(static_cast<QRgb>(random()));
+        int x = 100;
+        int y = 60;
+        for (int frame = 0; frame < 60; ++frame) {
+            const std::size_t far = random() % 20 == 0 ? 200 : 3;  // near each other, or not
+            for (std::size_t i = random() % 40 + (frame == 0 ? 2 : 0); i > 0; --i) {
+                x += static_cast<int>(random() % far) - static_cast<int>(far / 2);
+                y += static_cast<int>(random() % far) - static_cast<int>(far / 2);
+                x = std::clamp(x, 0, 199);
+                y = std::clamp(y, 0, 119);
+                curve.Add(random() % 30 == 0 ? Gap() : At(x, y));
+            }
+            switch (random() % 25) {
+                case 0:
+                    for (LinePoint& point : curve) {
+                        point.x += 3;
+                    }
+                    curve.PointsMoved();
+                    break;
+                case 1:
+                    style.fade_out_age += 5.0;
+                    break;
+                case 2:
+                    curve.Clear();
+                    curve.Add(At(x, y));
+                    curve.Add(At(y, x));
+                    break;
+                default:
+                    break;
+            }
+            const QImage expected = live.Expected(curve, style);
+            live.Draw(curve, style);
+            ASSERT_EQ(live.Image(), expected) << "seed " << seed << ", frame " << frame;
+        }
+        EXPECT_TRUE(live.WentOn());
+    }
+}
+
+TEST(AxisCurve, ManyPointsAreDrawnAsFewAre) {
+    // Beyond some number nobody looks where they all are first.
+    std::mt19937 random(7);
+    AxisCurve curve(100000);
+    for (int i = 0; i < 30000; ++i) {
+        curve.Add(At(60 + static_cast<int>(random() % 9), 50 + static_cast<int>(random() % 9)));
+    }
+    AxisCurve few(100000);
+    for (std::size_t i = 15000; i < curve.Size(); ++i) {
+        few.Add(curve[i]);
+    }
+    QImage picture = Picture();
+    QImage expected = Picture();
+    curve.Draw(picture, kPointsPlot, Fading(10000.0));
+    few.Draw(expected, kPointsPlot, Fading(10000.0));
+    EXPECT_EQ(picture, expected);
 }
 
 }  // namespace

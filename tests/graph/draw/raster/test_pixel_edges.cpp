@@ -71,12 +71,15 @@ void ExpectAsMapped(const AxisMapping& mapping, Coordinate coordinate, std::int3
     ASSERT_EQ(edges.Size(), pixels);
     const std::vector<double> probes = Probes(edges, mapping.Lines());
     std::vector<std::int32_t> indices(probes.size());
-    edges.IndicesOf(probes, indices.data());
+    std::vector<std::int32_t> portable(probes.size());
+    edges.IndicesOf(probes, indices.data(), BestInstructions());
+    edges.IndicesOf(probes, portable.data(), Instructions::kPortable);
     for (std::size_t i = 0; i < probes.size(); ++i) {
         const std::int32_t pixel = mapping.MapForced(probes[i]);
         const std::int32_t expected = coordinate == Coordinate::kX ? pixel - first : first - pixel;
         ASSERT_EQ(edges.IndexOf(probes[i]), expected) << name << ": " << probes[i];
         ASSERT_EQ(indices[i], expected) << name << ": " << probes[i];
+        ASSERT_EQ(portable[i], expected) << name << ": " << probes[i];
     }
 }
 

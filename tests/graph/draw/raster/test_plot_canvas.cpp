@@ -130,11 +130,11 @@ class Board {
         for (const TestLayer& layer : m_layers) {
             if (layer.painted) {
                 m_canvas.Add(
-                    [&layer, this](QImage& image) {
+                    [&layer, this](QImage& image, PixelRuns& touched) {
                         QPainter painter(&image);
                         painter.setClipRect(m_plot);
                         painter.fillRect(layer.rectangle, QColor(layer.color));
-                        return layer.rectangle;
+                        AddRectangle(touched, layer.rectangle);
                     },
                     layer.version);
             } else {
