@@ -32,12 +32,10 @@ class Tokenizer {
                 Step();
             } else if (std::isspace(static_cast<unsigned char>(c)) != 0) {
                 Step();
-            } else if (Sees("//")) {
+            } else if (Sees("//") || (c == '#' && line_begins)) {
                 SkipLine();
             } else if (Sees("/*")) {
                 SkipTo("*/");
-            } else if (c == '#' && line_begins) {
-                SkipLine();
             } else {
                 line_begins = false;
                 TakeToken();

@@ -109,6 +109,20 @@ TEST(Sizes, WhatIsReadIsTheWholeHouse) {
     }
 }
 
+TEST(Sizes, TheGraphEditorIsManySmallClasses) {
+    std::size_t classes = 0;
+    for (const auto& [path, text] : Sources()) {
+        if (!path.starts_with("ui/graph_editor/")) {
+            continue;
+        }
+        for (const ClassOutline& found : OutlineOf(text).classes) {
+            ++classes;
+            EXPECT_LE(found.functions.size(), kMostPublicFunctions) << found.name;
+        }
+    }
+    EXPECT_GT(classes, 8U);
+}
+
 TEST(Sizes, AnExceptionIsForAClassThatIsThereAndTooLarge) {
     std::set<std::string> large;
     for (const auto& [path, text] : Sources()) {
