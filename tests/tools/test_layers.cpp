@@ -366,6 +366,13 @@ TEST(Layers, TheViewIsAWidgetAndLittleElse) {
     EXPECT_LE(view.functions.size(), 25U) << ::testing::PrintToString(view.functions);
 }
 
+TEST(Layers, AGraphOrdersItsPiecesAndDoesLittleElse) {
+    const ClassOutline graph = OutlineOf("GraphDraw", Sources().at("graph/draw/graph_draw.h"));
+    EXPECT_TRUE(graph.bases.empty());
+    EXPECT_GE(graph.functions.size(), 30U) << "the header is not read as it should";
+    EXPECT_LE(graph.functions.size(), 46U) << ::testing::PrintToString(graph.functions);
+}
+
 TEST(Layers, AnOutlineHasWhatAClassDeclares) {
     const ClassOutline outline = OutlineOf("A", R"(
 class B;
