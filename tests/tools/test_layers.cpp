@@ -42,7 +42,8 @@ const std::map<std::string, Layer>& Layers() {
         {"graph/model", {{"link/axis_capabilities.h", "support"}}},
         {"graph/values", {{"source", "support"}}},
         {"graph/record", {{"graph/model", "graph/values", "source", "support"}}},
-        {"graph/draw/raster", {{"graph/values/min_max_pyramid.h", "support/to_count.h"}, true}},
+        {"graph/draw/raster",
+         {{"graph/values/min_max_pyramid.h", "support/processor.h", "support/to_count.h"}, true}},
         {"graph/draw/curve",
          {{"graph/draw/raster", "source", "graph/model", "graph/values", "support"}, true}},
         {"graph/draw/frame",
@@ -322,6 +323,16 @@ TEST(Layers, TheViewIsAWidgetAndLittleElse) {
     EXPECT_LE(view.bases.size(), 2U);
     EXPECT_GE(view.functions.size(), 10U) << "the header is not read as it should";
     EXPECT_LE(view.functions.size(), 25U) << ::testing::PrintToString(view.functions);
+}
+
+TEST(Layers, AGraphOrdersItsPiecesAndDoesLittleElse) {
+    const std::vector<ClassOutline> classes =
+        OutlineOf(Sources().at("graph/draw/graph_draw.h")).classes;
+    const auto graph = std::ranges::find(classes, "GraphDraw", &ClassOutline::name);
+    ASSERT_NE(graph, classes.end());
+    EXPECT_TRUE(graph->bases.empty());
+    EXPECT_GE(graph->functions.size(), 30U) << "the header is not read as it should";
+    EXPECT_LE(graph->functions.size(), 46U) << ::testing::PrintToString(graph->functions);
 }
 
 }  // namespace

@@ -82,37 +82,30 @@ std::vector<LineLog::Run> GraphPlaces::WindowLines() const {
     if (!zoom.IsTaken()) {
         return {};  // the buffers have gone, or the window comes with the next step
     }
-    const SampleStretch& rows = zoom.Rows();
-    return m_graph.Recorder().Rows().LinesOf(rows.position, rows.count);
+    return m_graph.Recorder().Rows().LinesOf(zoom.Rows().position, zoom.Rows().count);
+}
+
+std::uint64_t GraphPlaces::FirstRow(const TimeCurve& curve) const {
+    const std::uint64_t taken = m_graph.Recorder().TakenRows();
+    return taken - std::min(taken, curve.HeldSamples()) + curve.Stretch().position;
 }
 
 std::vector<LineLog::Run> GraphPlaces::CurveLines(const TimeCurve& curve) const {
-    const GraphRecorder& recorder = m_graph.Recorder();
-    const std::uint64_t end = recorder.TakenRows();
-    const std::uint64_t begin = end - std::min(end, curve.HeldSamples());
-    std::vector<LineLog::Run> runs = recorder.TakenLines().Runs(begin, end);
-    const std::uint64_t shown = begin + curve.Stretch().position;
-    for (LineLog::Run& run : runs) {  // sequences become positions, as far as they are shown
-        const std::uint64_t hidden = run.sequence < shown ? shown - run.sequence : 0;
-        const std::uint64_t skipped = std::min(hidden, run.count);
-        run = {run.sequence + skipped - std::min(shown, run.sequence + skipped),
-               run.line + static_cast<std::int64_t>(skipped), run.count - skipped};
-    }
-    return runs;
+    const std::uint64_t first = FirstRow(curve);
+    return m_graph.Recorder().TakenLines().Runs(first, first + curve.Stretch().count);
 }
 
 std::optional<std::int64_t> GraphPlaces::LineAt(double time) const {
-    if (!(time >= 0.0)) {
-        return std::nullopt;
-    }
     if (m_graph.ZoomWindow().IsOfBuffers()) {
         constexpr std::uint64_t kMost = std::uint64_t{1} << 62U;
-        return LineOf(WindowLines(), ToCount(time / m_graph.Recorder().CycleTime() + 0.5, kMost));
+        const std::uint64_t row = ToCount(time / m_graph.Recorder().CycleTime() + 0.5, kMost);
+        return time >= 0.0 ? LineOf(WindowLines(), row) : std::nullopt;
     }
     const TimeCurve* const curve = AnyCurve();
     const std::optional<std::uint64_t> position =
         curve != nullptr ? curve->PositionAt(time) : std::nullopt;
-    return position.has_value() ? LineOf(CurveLines(*curve), *position) : std::nullopt;
+    return position.has_value() ? LineOf(CurveLines(*curve), FirstRow(*curve) + *position)
+                                : std::nullopt;
 }
 
 std::optional<double> GraphPlaces::TimeOf(std::int64_t line) const {
@@ -123,12 +116,9 @@ std::optional<double> GraphPlaces::TimeOf(std::int64_t line) const {
                    : std::nullopt;
     }
     const TimeCurve* const curve = AnyCurve();
-    if (curve == nullptr) {
-        return std::nullopt;
-    }
-    const std::optional<std::uint64_t> position = SequenceOf(CurveLines(*curve), line);
-    const bool is_shown = position.has_value() && *position < curve->Stretch().count;
-    return is_shown ? std::optional(curve->TimeAt(*position)) : std::nullopt;
+    const std::optional<std::uint64_t> row =
+        curve != nullptr ? SequenceOf(CurveLines(*curve), line) : std::nullopt;
+    return row.has_value() ? std::optional(curve->TimeAt(*row - FirstRow(*curve))) : std::nullopt;
 }
 
 std::optional<double> GraphPlaces::ValueAt(std::size_t axis, double time) const {

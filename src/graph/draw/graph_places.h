@@ -52,7 +52,9 @@ class GraphPlaces {
     [[nodiscard]] const TimeCurve* AnyCurve() const;
     /// The lines of the rows in the zoom window.
     [[nodiscard]] std::vector<LineLog::Run> WindowLines() const;
-    /// The lines of what a curve shows, by positions.
+    /// The row, of all that were taken, of the first sample that a curve shows.
+    [[nodiscard]] std::uint64_t FirstRow(const TimeCurve& curve) const;
+    /// The lines of what a curve shows, by those rows.
     [[nodiscard]] std::vector<LineLog::Run> CurveLines(const TimeCurve& curve) const;
 
     const GraphDraw& m_graph;
