@@ -268,6 +268,41 @@ MinMax MinMaxPyramid::OfSlots(const double* slots, std::size_t begin, std::size_
     return extent.Result();
 }
 
+bool MinMaxPyramid::LimitsOfRow(std::span<const std::size_t> bounds, std::size_t count,
+                                const RowLimits& found) const {
+    constexpr std::size_t kLeastBlocks = 3;
+    constexpr std::size_t kMostBlocks = 24;  // to read more costs more than a look at the samples
+    std::size_t size = kFanOut;
+    std::size_t level = 0;
+    while (level + 1 < m_levels.size() && count >= kLeastBlocks * size * kFanOut) {
+        size *= kFanOut;
+        ++level;
+    }
+    if (m_levels.empty() || count < kLeastBlocks * size || count > kMostBlocks * size) {
+        return false;
+    }
+    const double* const minima = m_levels[level].minimum.data();
+    const double* const maxima = m_levels[level].maximum.data();
+    for (std::size_t column = 0; column + 1 < bounds.size(); ++column) {
+        const std::size_t begin = bounds[column] / size;
+        const std::size_t end = (bounds[column + 1] - 1) / size;
+        const std::size_t first = CeilDivide(bounds[column], size);
+        const std::size_t last = bounds[column + 1] / size;
+        Extent extent;
+        if (first < last) {
+            extent.Take(minima + first, maxima + first, last - first);
+        }
+        const MinMax inner = extent.Result();
+        found.inner_minimum[column] = inner.minimum;
+        found.inner_maximum[column] = inner.maximum;
+        found.outer_minimum[column] = std::min({inner.minimum, minima[begin], minima[end]});
+        found.outer_maximum[column] = std::max({inner.maximum, maxima[begin], maxima[end]});
+        found.first_minimum[column] = minima[begin];
+        found.first_maximum[column] = maxima[begin];
+    }
+    return true;
+}
+
 bool MinMaxPyramid::HasNaN() const {
     if (m_levels.empty()) {
         return false;

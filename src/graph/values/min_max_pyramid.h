@@ -38,6 +38,16 @@ struct RowExtremes {
     double* maximum;
 };
 
+/// What the blocks of a pyramid tell of a row of columns without a look at the samples.
+struct RowLimits {
+    double* inner_minimum;  ///< of the blocks within the column; none: as of MinMax
+    double* inner_maximum;
+    double* outer_minimum;  ///< of all blocks that the column has a part in
+    double* outer_maximum;
+    double* first_minimum;  ///< of the block of the first sample
+    double* first_maximum;
+};
+
 class MinMaxPyramid {
  public:
     /// Takes in what has arrived in the ring since the last Update. Costs a few operations per new
@@ -60,6 +70,12 @@ class MinMaxPyramid {
     /// bounds rise.
     void OfRow(const double* slots, std::span<const std::size_t> bounds, const RowExtremes& found,
                Instructions use = BestInstructions()) const;
+
+    /// Limits to the extremes of a row of columns, as close as the blocks of the largest size of
+    /// which a column of `count` samples has some. False when there is no such size, or would
+    /// be too many of them. REQUIRES: as OfRow.
+    bool LimitsOfRow(std::span<const std::size_t> bounds, std::size_t count,
+                     const RowLimits& found) const;
 
     /// Whether any sample at all is NaN. REQUIRES: Update since the last change of the ring.
     [[nodiscard]] bool HasNaN() const;

@@ -118,6 +118,44 @@ TEST(WideValues, ExtremesOfRowsOfUnequalColumns) {
     }
 }
 
+TEST(WideValues, LimitsOfRowsHoldWhatTheirSamplesAre) {
+    std::mt19937 random(6);
+    SampleRing ring;
+    ring.SetExpectedSize(60000);
+    ASSERT_TRUE(ring.Push(AnySamples(random, 90000, 1), 60000));
+    MinMaxPyramid pyramid;
+    pyramid.Update(ring);
+    for (const std::size_t width : {20U, 47U, 48U, 56U, 300U, 600U, 800U, 5000U}) {
+        std::vector<std::size_t> bounds{random() % 300};
+        while (bounds.back() + width + 1 < 60000) {
+            bounds.push_back(bounds.back() + width + random() % 2);
+        }
+        const std::size_t columns = bounds.size() - 1;
+        Row exact(columns);
+        pyramid.OfRow(ring.SlotData(), bounds, exact.Room());
+        Row inner(columns);
+        Row outer(columns);
+        Row first(columns);
+        const bool found =
+            pyramid.LimitsOfRow(bounds, width,
+                                {inner.minimum.data(), inner.maximum.data(), outer.minimum.data(),
+                                 outer.maximum.data(), first.minimum.data(), first.maximum.data()});
+        // Neither none of the blocks, nor too many.
+        ASSERT_EQ(found,
+                  width == 48 || width == 56 || width == 300 || width == 800 || width == 5000);
+        for (std::size_t i = 0; found && i < columns; ++i) {
+            ASSERT_LE(outer.minimum[i], exact.minimum[i]);
+            ASSERT_GE(inner.minimum[i], exact.minimum[i]);
+            ASSERT_GE(outer.maximum[i], exact.maximum[i]);
+            ASSERT_LE(inner.maximum[i], exact.maximum[i]);
+            if (!std::isnan(exact.first[i])) {
+                ASSERT_LE(first.minimum[i], exact.first[i]);
+                ASSERT_GE(first.maximum[i], exact.first[i]);
+            }
+        }
+    }
+}
+
 TEST(WideValues, DerivativesToTheLastBit) {
     std::mt19937 random(5);
     for (const unsigned odd : {0U, 10U, 70U}) {

@@ -42,8 +42,15 @@ class Reduction {
         }
         const std::size_t columns = m_room.bounds.size() - 1;
         const bool last_is_single = m_room.bounds[columns] - m_room.bounds[columns - 1] == 1;
-        FindExtremes();
-        FindRows(columns);
+        const std::size_t count = run.count / columns;
+        const std::size_t around = SplitAtEnd();
+        if (!FindRowsFromBlocks(columns, around, static_cast<std::size_t>(count))) {
+            ForParts(around, columns, [this](std::size_t begin, std::size_t end) {
+                FindExtremes(begin, end);
+                return true;
+            });
+            FindRows(columns);
+        }
         const bool early = JoinColumns(run, first_column, static_cast<std::int32_t>(columns));
         // A last sample that its segment does not reach, or one alone, draws nothing.
         const bool last_is_seen = !last_is_single || (columns > 1 && !early);
@@ -124,27 +131,32 @@ class Reduction {
         return dense;
     }
 
-    /// The first sample and the extremes of each column.
-    void FindExtremes() {
+    /// Makes the bounds slots, and finds the column that lies around the ring's end, if one does:
+    /// its extremes are found at once. Returns its index, or the number of columns.
+    std::size_t SplitAtEnd() {
         std::vector<std::size_t>& bounds = m_room.bounds;
         const std::size_t columns = bounds.size() - 1;
-        std::size_t done = 0;
-        if (bounds[columns] > m_slots) {
-            // One column may lie around the ring's end.
-            const auto beyond = std::upper_bound(bounds.begin(), bounds.end(), m_slots);
-            done = static_cast<std::size_t>(beyond - bounds.begin()) - 1;
-            FindExtremes(0, done);
-            const MinMax range =
-                m_pyramid.Of(m_ring, bounds[done] - m_oldest, bounds[done + 1] - bounds[done]);
-            m_room.first[done] = m_samples[bounds[done] % m_slots];
-            m_room.minimum[done] = range.minimum;
-            m_room.maximum[done] = range.maximum;
-            ++done;
-            for (std::size_t i = done; i <= columns; ++i) {
-                bounds[i] -= m_slots;
-            }
+        if (bounds[columns] <= m_slots) {
+            return columns;
         }
-        FindExtremes(done, columns);
+        const auto beyond = std::upper_bound(bounds.begin(), bounds.end(), m_slots);
+        const auto around = static_cast<std::size_t>(beyond - bounds.begin()) - 1;
+        const MinMax range =
+            m_pyramid.Of(m_ring, bounds[around] - m_oldest, bounds[around + 1] - bounds[around]);
+        m_room.first[around] = m_samples[bounds[around] % m_slots];
+        m_room.minimum[around] = range.minimum;
+        m_room.maximum[around] = range.maximum;
+        for (std::size_t i = around + 1; i <= columns; ++i) {
+            bounds[i] -= m_slots;
+        }
+        return around;
+    }
+
+    /// Calls `work` for the columns before one that lies around the ring's end and for those after.
+    template <typename Work>
+    static bool ForParts(std::size_t around, std::size_t columns, Work work) {
+        return (around == 0 || work(std::size_t{0}, around)) &&
+               (around + 1 >= columns || work(around + 1, columns));
     }
 
     void FindExtremes(std::size_t begin, std::size_t end) {
@@ -155,18 +167,82 @@ class Reduction {
                          m_room.maximum.data() + begin});
     }
 
+    /// Finds the rows of columns where the blocks above the samples leave no doubt, and looks at
+    /// the samples of the others: long columns lie in few rows more or less than their blocks.
+    /// False, and nothing done, where that does not pay.
+    bool FindRowsFromBlocks(std::size_t columns, std::size_t around, std::size_t count) {
+        if (m_room.runs_without_blocks > 0) {
+            --m_room.runs_without_blocks;
+            return false;
+        }
+        const std::vector<std::size_t>& bounds = m_room.bounds;
+        const bool found = ForParts(around, columns, [&](std::size_t begin, std::size_t end) {
+            return m_pyramid.LimitsOfRow(
+                std::span(bounds).subspan(begin, end - begin + 1), count,
+                {m_room.inner_minimum.data() + begin, m_room.inner_maximum.data() + begin,
+                 m_room.minimum.data() + begin, m_room.maximum.data() + begin,
+                 m_room.first_minimum.data() + begin, m_room.first_maximum.data() + begin});
+        });
+        if (!found) {
+            return false;
+        }
+        if (around < columns) {
+            m_room.inner_minimum[around] = m_room.minimum[around];
+            m_room.inner_maximum[around] = m_room.maximum[around];
+            m_room.first_minimum[around] = m_room.first_maximum[around] = m_room.first[around];
+        }
+        ToRows(m_room.maximum, columns, m_room.top);
+        ToRows(m_room.minimum, columns, m_room.bottom);
+        ToRows(m_room.inner_maximum, columns, m_room.inner_top);
+        ToRows(m_room.inner_minimum, columns, m_room.inner_bottom);
+        ToRows(m_room.first_maximum, columns, m_room.first_top);
+        ToRows(m_room.first_minimum, columns, m_room.first_row);
+        const auto in_doubt = [this](std::size_t i) {
+            return m_room.top[i] != m_room.inner_top[i] ||
+                   m_room.bottom[i] != m_room.inner_bottom[i];
+        };
+        for (std::size_t i = 0; i < columns; ++i) {
+            if (m_room.first_top[i] != m_room.first_row[i] || in_doubt(i)) {
+                __builtin_prefetch(m_samples + bounds[i]);
+            }
+        }
+        std::size_t looked_at = 0;
+        for (std::size_t i = 0; i < columns; ++i) {
+            if (m_room.first_top[i] != m_room.first_row[i]) {
+                m_room.first_row[i] = RowOf(m_samples[bounds[i]]);
+            }
+            if (in_doubt(i)) {
+                FindExtremes(i, i + 1);
+                m_room.top[i] = RowOf(m_room.maximum[i]);
+                m_room.bottom[i] = RowOf(m_room.minimum[i]);
+                ++looked_at;
+            }
+        }
+        constexpr std::size_t kMostLookedAt = 3;  // one in so many columns
+        constexpr int kRunsRead = 30;
+        if (looked_at > columns / kMostLookedAt) {
+            m_room.runs_without_blocks = kRunsRead;
+        }
+        return true;
+    }
+
+    [[nodiscard]] std::int32_t RowOf(double sample) const {
+        return m_pixels.rows.Size() - 1 - m_pixels.rows.IndexOf(sample);
+    }
+
+    void ToRows(const std::vector<double>& values, std::size_t count,
+                std::vector<std::int32_t>& rows) const {
+        const std::int32_t lowest = m_pixels.rows.Size() - 1;
+        m_pixels.rows.IndicesOf(std::span(values).first(count), rows.data());
+        for (std::size_t i = 0; i < count; ++i) {
+            rows[i] = lowest - rows[i];
+        }
+    }
+
     /// From values to rows, the top one 0.
     void FindRows(std::size_t columns) {
-        const std::int32_t lowest = m_pixels.rows.Size() - 1;
-        const auto find = [&](const std::vector<double>& values, std::size_t count,
-                              std::vector<std::int32_t>& rows) {
-            m_pixels.rows.IndicesOf(std::span(values).first(count), rows.data());
-            for (std::size_t i = 0; i < count; ++i) {
-                rows[i] = lowest - rows[i];
-            }
-        };
-        find(m_room.maximum, columns, m_room.top);
-        find(m_room.minimum, columns, m_room.bottom);
+        ToRows(m_room.maximum, columns, m_room.top);
+        ToRows(m_room.minimum, columns, m_room.bottom);
         // Where a curve rises or falls through the column, its first sample is one of these two.
         std::size_t others = 0;
         for (std::size_t i = 0; i < columns; ++i) {
@@ -177,7 +253,7 @@ class Reduction {
             m_room.other[others] = first;
             others += static_cast<std::size_t>(!is_top & (first != m_room.minimum[i]));
         }
-        find(m_room.other, others, m_room.other_row);
+        ToRows(m_room.other, others, m_room.other_row);
         for (std::size_t i = 0; i < others; ++i) {
             m_room.first_row[static_cast<std::size_t>(m_room.others[i])] = m_room.other_row[i];
         }
@@ -265,6 +341,13 @@ void ReductionRoom::Resize(std::size_t columns) {
     others.resize(columns + 1);
     other.resize(columns + 1);
     other_row.resize(columns + 1);
+    inner_minimum.resize(columns);
+    inner_maximum.resize(columns);
+    first_minimum.resize(columns);
+    first_maximum.resize(columns);
+    inner_top.resize(columns);
+    inner_bottom.resize(columns);
+    first_top.resize(columns);
 }
 
 bool ReduceCurve(TimeCurve& curve, const CurvePixels& pixels, ReductionRoom& room,

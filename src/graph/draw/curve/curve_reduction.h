@@ -31,6 +31,15 @@ struct ReductionRoom {
     std::vector<std::int32_t> others;
     std::vector<double> other;
     std::vector<std::int32_t> other_row;
+    // What blocks tell without a look at the samples.
+    std::vector<double> inner_minimum;
+    std::vector<double> inner_maximum;
+    std::vector<double> first_minimum;
+    std::vector<double> first_maximum;
+    std::vector<std::int32_t> inner_top;
+    std::vector<std::int32_t> inner_bottom;
+    std::vector<std::int32_t> first_top;
+    int runs_without_blocks = 0;  ///< that are read before blocks are tried again
 
     void Resize(std::size_t columns);
 };
