@@ -5,27 +5,25 @@
 // choice as a parameter: tests run both.
 #pragma once
 
-// Before a function with instructions of AVX2; defined only where the compiler can build them.
+// Before a function with instructions of AVX2; defined only where the compiler can build them. The
+// second is for the parts of such functions.
 #if defined(__x86_64__) && defined(__GNUC__)
 #define WAVO_AVX2 __attribute__((target("avx2")))
-// The same with fused multiply-add; only for sources built with -ffp-contract=off.
-#define WAVO_AVX2_FMA __attribute__((target("avx2,fma")))
+#define WAVO_AVX2_PART __attribute__((target("avx2"), always_inline)) inline
 #endif
 
 namespace wavo {
 
 enum class Instructions {
     kPortable,
-    kWide,  ///< AVX2 and FMA
+    kWide,  ///< AVX2
 };
 
 /// The best that this processor and its operating system have.
 inline Instructions BestInstructions() {
 #ifdef WAVO_AVX2
     static const Instructions best =
-        __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0
-            ? Instructions::kWide
-            : Instructions::kPortable;
+        __builtin_cpu_supports("avx2") != 0 ? Instructions::kWide : Instructions::kPortable;
     return best;
 #else
     return Instructions::kPortable;

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kDerived = 4;
 
 /// The accumulator that starts at 0 and is negated after the first subtraction.
-WAVO_AVX2 [[gnu::always_inline]] inline __m256d Difference(const double* samples) {
+WAVO_AVX2_PART __m256d Difference(const double* samples) {
     const __m256d difference =
         _mm256_sub_pd(_mm256_loadu_pd(samples), _mm256_loadu_pd(samples - 1));
     return _mm256_xor_pd(_mm256_sub_pd(_mm256_setzero_pd(), difference), _mm256_set1_pd(-0.0));

@@ -23,8 +23,6 @@ constexpr std::size_t kAhead = 8;
 /// Numbers in a vector.
 constexpr std::size_t kLanes = 4;
 
-#define WAVO_STEP WAVO_AVX2 [[gnu::always_inline]] inline
-
 /// Minima and maxima in the making, two vectors of each: none waits for the one before it. NaN
 /// leaves them as they are, since the comparison behind each step takes its second operand then.
 struct WideExtent {
@@ -32,32 +30,32 @@ struct WideExtent {
     __m256d largest[2];
 };
 
-WAVO_STEP WideExtent Nothing() {
+WAVO_AVX2_PART WideExtent Nothing() {
     const __m256d infinity = _mm256_set1_pd(std::numeric_limits<double>::infinity());
     const __m256d below = _mm256_set1_pd(-std::numeric_limits<double>::infinity());
     return {{infinity, infinity}, {below, below}};
 }
 
 template <int kSide>
-WAVO_STEP void Take(WideExtent& extent, __m256d minima, __m256d maxima) {
+WAVO_AVX2_PART void Take(WideExtent& extent, __m256d minima, __m256d maxima) {
     extent.least[kSide] = _mm256_min_pd(minima, extent.least[kSide]);
     extent.largest[kSide] = _mm256_max_pd(maxima, extent.largest[kSide]);
 }
 
 template <int kSide>
-WAVO_STEP void TakeFour(WideExtent& extent, const double* minima, const double* maxima) {
+WAVO_AVX2_PART void TakeFour(WideExtent& extent, const double* minima, const double* maxima) {
     Take<kSide>(extent, _mm256_loadu_pd(minima), _mm256_loadu_pd(maxima));
 }
 
-WAVO_STEP void TakeEight(WideExtent& extent, const double* samples) {
+WAVO_AVX2_PART void TakeEight(WideExtent& extent, const double* samples) {
     TakeFour<0>(extent, samples, samples);
     TakeFour<1>(extent, samples + kLanes, samples + kLanes);
 }
 
 /// Takes `count` minima and as many maxima. To take one twice does no harm: the last four may
 /// overlap those before.
-WAVO_STEP void TakeAll(WideExtent& extent, const double* minima, const double* maxima,
-                       std::size_t count) {
+WAVO_AVX2_PART void TakeAll(WideExtent& extent, const double* minima, const double* maxima,
+                            std::size_t count) {
     if (count < kLanes) {
         for (std::size_t i = 0; i < count; ++i) {
             Take<0>(extent, _mm256_broadcast_sd(minima + i), _mm256_broadcast_sd(maxima + i));
@@ -75,7 +73,7 @@ WAVO_STEP void TakeAll(WideExtent& extent, const double* minima, const double* m
     TakeFour<1>(extent, minima + count - kLanes, maxima + count - kLanes);
 }
 
-WAVO_STEP void Store(const WideExtent& extent, double* minimum, double* maximum) {
+WAVO_AVX2_PART void Store(const WideExtent& extent, double* minimum, double* maximum) {
     const __m256d least = _mm256_min_pd(extent.least[0], extent.least[1]);
     const __m256d largest = _mm256_max_pd(extent.largest[0], extent.largest[1]);
     const __m128d low = _mm_min_pd(_mm256_castpd256_pd128(least), _mm256_extractf128_pd(least, 1));
@@ -181,13 +179,14 @@ class MinMaxPyramid::WideRow {
 
     /// All blocks that are looked into at a border lie within what was taken in.
     template <int kCut>
-    WAVO_STEP bool IsInside(std::size_t border) const {
+    WAVO_AVX2_PART bool IsInside(std::size_t border) const {
         return (border / kFanOut + 1) * kFanOut <= m_taken &&
                (kCut == 1 || (border / kFanOut / kFanOut + 1) * kFanOut <= m_levels[0].Size());
     }
 
     template <int kCut>
-    WAVO_STEP void TakeBorder(WideExtent& before, WideExtent& after, std::size_t border) const {
+    WAVO_AVX2_PART void TakeBorder(WideExtent& before, WideExtent& after,
+                                   std::size_t border) const {
         const std::size_t block = border / kFanOut;
         const std::size_t cut = border % kFanOut;
         const double* const samples = m_samples + block * kFanOut;
@@ -202,8 +201,8 @@ class MinMaxPyramid::WideRow {
 
     /// Takes the first `end` entries of a block to one side and those from `begin` on to the other.
     /// An entry with all bits set is NaN, which leaves an extent as it is.
-    WAVO_STEP static void TakeCut(WideExtent& before, WideExtent& after, const double* minima,
-                                  const double* maxima, std::size_t end, std::size_t begin) {
+    WAVO_AVX2_PART static void TakeCut(WideExtent& before, WideExtent& after, const double* minima,
+                                       const double* maxima, std::size_t end, std::size_t begin) {
         TakeCutFours<0>(before, after, minima, maxima, KeepBefore(end), KeepFrom(begin));
         TakeCutFours<1>(before, after, minima + kLanes, maxima + kLanes, KeepBefore(end) + kLanes,
                         KeepFrom(begin) + kLanes);
@@ -214,9 +213,9 @@ class MinMaxPyramid::WideRow {
                         KeepBefore(end) + kHalf + kLanes, KeepFrom(begin) + kHalf + kLanes);
     }
     template <int kSide>
-    WAVO_STEP static void TakeCutFours(WideExtent& before, WideExtent& after, const double* minima,
-                                       const double* maxima, const double* not_before,
-                                       const double* not_after) {
+    WAVO_AVX2_PART static void TakeCutFours(WideExtent& before, WideExtent& after,
+                                            const double* minima, const double* maxima,
+                                            const double* not_before, const double* not_after) {
         const __m256d least = _mm256_loadu_pd(minima);
         const __m256d largest = _mm256_loadu_pd(maxima);
         const __m256d ignored_before = _mm256_loadu_pd(not_before);
@@ -229,7 +228,7 @@ class MinMaxPyramid::WideRow {
 
     /// The whole blocks of a column.
     template <int kCut>
-    WAVO_STEP void TakeMiddle(WideExtent& extent, std::size_t begin, std::size_t end) const {
+    WAVO_AVX2_PART void TakeMiddle(WideExtent& extent, std::size_t begin, std::size_t end) const {
         constexpr std::size_t kBlock = kCut == 1 ? kFanOut : kFanOut * kFanOut;
         const Level& level = m_levels[kCut - 1];
         const std::size_t first = (begin + kBlock - 1) / kBlock;
@@ -246,13 +245,13 @@ class MinMaxPyramid::WideRow {
     }
 
     /// Any column.
-    WAVO_AVX2 [[gnu::noinline]] void FindColumn(std::size_t begin, std::size_t end, double* minimum,
-                                                double* maximum) const {
+    WAVO_AVX2 __attribute__((noinline)) void FindColumn(std::size_t begin, std::size_t end,
+                                                        double* minimum, double* maximum) const {
         WideExtent extent = Nothing();
         TakeColumn(extent, begin, end);
         Store(extent, minimum, maximum);
     }
-    WAVO_STEP void TakeColumn(WideExtent& extent, std::size_t begin, std::size_t end) const {
+    WAVO_AVX2_PART void TakeColumn(WideExtent& extent, std::size_t begin, std::size_t end) const {
         std::size_t first = (begin + kFanOut - 1) / kFanOut;
         std::size_t last = end / kFanOut;
         if (first >= last) {
@@ -281,7 +280,7 @@ class MinMaxPyramid::WideRow {
 
     /// Asks for the memory of the blocks that a border cuts.
     template <int kCut>
-    WAVO_STEP void Fetch(std::size_t border) const {
+    WAVO_AVX2_PART void Fetch(std::size_t border) const {
         if (!IsInside<kCut>(border)) {
             return;
         }
@@ -293,7 +292,7 @@ class MinMaxPyramid::WideRow {
             FetchBlock(m_levels[0].maximum.data() + above);
         }
     }
-    WAVO_STEP static void FetchBlock(const double* from) {
+    WAVO_AVX2_PART static void FetchBlock(const double* from) {
         constexpr std::size_t kLine = 64 / sizeof(double);
         _mm_prefetch(reinterpret_cast<const char*>(from), _MM_HINT_T0);
         _mm_prefetch(reinterpret_cast<const char*>(from + kLine), _MM_HINT_T0);
@@ -304,8 +303,6 @@ class MinMaxPyramid::WideRow {
     std::size_t m_taken;
     const double* m_samples;
 };
-
-#undef WAVO_STEP
 
 #endif
 

@@ -63,6 +63,14 @@ class PlotCanvas {
     void End();
 
  private:
+    /// Blocks higher than this on the average are painted row by row across the plot area, as the
+    /// memory lies; lower ones each by itself.
+    static constexpr int kHighBlock = 96;
+
+    /// A block is painted column by column when the pixels to be painted are less than one in so
+    /// many of its area: single pixels cost that much more than those of a row.
+    static constexpr int kSparse = 16;
+
     struct Layer {
         const ColumnSpans* spans = nullptr;  // null: painting
         QRgb color = 0;

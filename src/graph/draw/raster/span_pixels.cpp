@@ -62,8 +62,8 @@ struct WidePixels {
     __m256i right;
 };
 
-WAVO_AVX2 [[gnu::always_inline]] inline WidePixels Over(WidePixels under, __m256i row, __m256i top,
-                                                        __m256i bottom, __m256i color) {
+WAVO_AVX2_PART WidePixels Over(WidePixels under, __m256i row, __m256i top, __m256i bottom,
+                               __m256i color) {
     const __m256i outside =
         _mm256_or_si256(_mm256_cmpgt_epi16(top, row), _mm256_cmpgt_epi16(row, bottom));
     const __m256i left = _mm256_cvtepi16_epi32(_mm256_castsi256_si128(outside));
@@ -72,16 +72,15 @@ WAVO_AVX2 [[gnu::always_inline]] inline WidePixels Over(WidePixels under, __m256
             _mm256_blendv_epi8(color, under.right, right)};
 }
 
-WAVO_AVX2 [[gnu::always_inline]] inline __m256i Load(const void* from) {
+WAVO_AVX2_PART __m256i Load(const void* from) {
     return _mm256_loadu_si256(static_cast<const __m256i*>(from));
 }
 
-WAVO_AVX2 [[gnu::always_inline]] inline WidePixels LoadPixels(const std::uint32_t* from) {
+WAVO_AVX2_PART WidePixels LoadPixels(const std::uint32_t* from) {
     return {Load(from), Load(from + kLanes)};
 }
 
-WAVO_AVX2 [[gnu::always_inline]] inline void StorePixels(const WidePixels& pixels,
-                                                         std::uint32_t* to) {
+WAVO_AVX2_PART void StorePixels(const WidePixels& pixels, std::uint32_t* to) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), pixels.left);
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + kLanes), pixels.right);
 }

@@ -1,24 +1,21 @@
-// Writing the pixels of the layers of a canvas.
-#include "graph/draw/raster/plot_canvas.h"
-
+// Drawings of nothing but spans: all layers of a block in one go, each pixel once.
 #include <algorithm>
-#include <cstring>
 
+#include "graph/draw/raster/plot_canvas.h"
 #include "graph/draw/raster/span_pixels.h"
 
 namespace wavo {
 
-namespace {
+bool PlotCanvas::IsOneCurveAsBefore() const {
+    return m_layers.size() == 1 && m_drawn.size() == 1 && m_layers[0].color == m_drawn[0].color;
+}
 
-/// Blocks higher than this on the average are painted row by row across the plot area, as the
-/// memory lies; lower ones each by itself.
-constexpr int kHighBlock = 96;
-
-/// A block is painted column by column when the pixels to be painted are less than one in so many
-/// of its area: single pixels cost that much more than those of a row.
-constexpr int kSparse = 16;
-
-}  // namespace
+bool PlotCanvas::IsStack() const {
+    // Further spans of a column are painted after the others, but below the next layer.
+    return std::all_of(m_layers.begin(), m_layers.end(), [this](const Layer& layer) {
+        return layer.spans->more.empty() || &layer == &m_layers.back();
+    });
+}
 
 void PlotCanvas::PaintBlocks() {
     const std::vector<std::uint8_t> same = BlocksAsBefore();
@@ -205,121 +202,6 @@ void PlotCanvas::PaintStretchColumns(int block, const Rows& stretch) {
             }
         }
     }
-}
-
-void PlotCanvas::PaintRows(const std::vector<Rows>& rows, const ColumnSpans* spans, QRgb color,
-                           bool over_background) {
-    Rows all;
-    int count = 0;
-    for (const Rows& block : rows) {
-        all.Take(block);
-        const bool keeps = block.keep_full && block.full_top <= block.full_bottom;
-        count += block.Count() - (keeps ? block.full_bottom - block.full_top + 1 : 0);
-    }
-    const auto blocks = static_cast<int>(rows.size());
-    if (count > kHighBlock * blocks) {
-        for (int row = all.top; row <= all.bottom; ++row) {
-            const auto painted = [row](const Rows& held) {
-                return held.Has(row) && !held.Keeps(row);
-            };
-            for (auto end = rows.begin(); end != rows.end();) {
-                const auto begin = std::find_if(end, rows.end(), painted);
-                end = std::find_if_not(begin, rows.end(), painted);
-                PaintRowPart(row, static_cast<int>(begin - rows.begin()),
-                             static_cast<int>(end - rows.begin()), spans, color, over_background);
-            }
-        }
-        return;
-    }
-    for (int block = 0; block < blocks; ++block) {
-        const Rows& held = rows[static_cast<std::size_t>(block)];
-        if (held.pixels * kSparse < held.Count() * kBlockColumns) {
-            PaintColumns(block, spans, color, over_background);
-            continue;
-        }
-        for (int row = held.top; row <= held.bottom; ++row) {
-            if (!held.Keeps(row)) {
-                PaintRowPart(row, block, block + 1, spans, color, over_background);
-            }
-        }
-    }
-}
-
-void PlotCanvas::PaintRowPart(int row, int first_block, int end_block, const ColumnSpans* spans,
-                              QRgb color, bool over_background) {
-    const int first = first_block * kBlockColumns;
-    const int end = std::min(end_block * kBlockColumns, m_visible.right() - m_plot.left() + 1);
-    if (end <= first) {
-        return;
-    }
-    QRgb* const to = PictureRow(row) + first;
-    const QRgb* const from =
-        over_background ? BackgroundRow(m_equal_rows[static_cast<std::size_t>(row)]) + first : to;
-    if (spans == nullptr) {
-        std::copy(from, from + (end - first), to);
-        return;
-    }
-    PaintSpanRow(to, from, &spans->top[static_cast<std::size_t>(first)],
-                 &spans->bottom[static_cast<std::size_t>(first)], end - first, row, color);
-}
-
-void PlotCanvas::PaintColumns(int block, const ColumnSpans* spans, QRgb color, bool restore) {
-    const int first = block * kBlockColumns;
-    const int end = first + BlockWidth(block);
-    for (std::size_t i = 0; restore && i < m_drawn.size(); ++i) {
-        const ColumnSpans& drawn = m_drawn[i].spans;
-        for (int column = first; column < std::min(end, drawn.Columns()); ++column) {
-            PaintColumn(column, drawn.top[static_cast<std::size_t>(column)],
-                        drawn.bottom[static_cast<std::size_t>(column)], nullptr);
-        }
-        for (const ColumnSpans::Span& span : drawn.more) {
-            if (first <= span.column && span.column < end) {
-                PaintColumn(span.column, span.top, span.bottom, nullptr);
-            }
-        }
-    }
-    for (int column = first; spans != nullptr && column < end; ++column) {
-        PaintColumn(column, spans->top[static_cast<std::size_t>(column)],
-                    spans->bottom[static_cast<std::size_t>(column)], &color);
-    }
-}
-
-void PlotCanvas::PaintColumn(int column, int top, int bottom, const QRgb* color) {
-    top = std::max(top, m_visible.top() - m_plot.top());
-    bottom = std::min(bottom, m_visible.bottom() - m_plot.top());
-    for (int row = top; row <= bottom; ++row) {
-        PictureRow(row)[column] =
-            color != nullptr ? *color
-                             : BackgroundRow(m_equal_rows[static_cast<std::size_t>(row)])[column];
-    }
-}
-
-void PlotCanvas::PaintMore(const ColumnSpans& spans, QRgb color) {
-    for (const ColumnSpans::Span& span : spans.more) {
-        if (m_plot.left() + span.column <= m_visible.right()) {
-            PaintColumn(span.column, span.top, span.bottom, &color);
-        }
-    }
-}
-
-void PlotCanvas::Restore() {
-    PaintRows(m_drawn_rows, nullptr, 0, true);
-    if (m_drawn_alone) {
-        m_painted.clear();
-        AddRectangle(m_painted, m_visible);
-        m_drawn_alone = false;
-    }
-    const int end = m_visible.width();
-    for (const PixelRun& run : m_painted) {
-        const int first = std::max(run.first - m_visible.left(), 0);
-        const int count = std::min(run.end - m_visible.left(), end) - first;
-        if (count > 0 && m_visible.top() <= run.row && run.row <= m_visible.bottom()) {
-            const int row = run.row - m_plot.top();
-            std::copy_n(BackgroundRow(m_equal_rows[static_cast<std::size_t>(row)]) + first, count,
-                        PictureRow(row) + first);
-        }
-    }
-    m_painted.clear();
 }
 
 }  // namespace wavo
