@@ -133,7 +133,7 @@ class Acquisition {
     [[nodiscard]] bool HasTaken(std::size_t seconds) const {
         const auto& drawers = m_board.Drawers();
         return std::all_of(drawers.begin(), drawers.end(), [seconds](const auto& drawer) {
-            return std::lround(drawer->Recorder().LatestTime()) == static_cast<long>(seconds);
+            return std::lround(LatestTime(drawer->Recorder())) == static_cast<long>(seconds);
         });
     }
 

@@ -52,9 +52,9 @@ const GraphDraw* GraphBoard::FindDrawerWithValues(std::uint32_t graph_number) co
     double latest = 0.0;
     for (const auto& drawer : m_drawers) {
         if (drawer->Graph().GraphNumber == graph_number &&
-            drawer->Recorder().LatestTime() > latest) {
+            LatestTime(drawer->Recorder()) > latest) {
             found = drawer.get();
-            latest = drawer->Recorder().LatestTime();
+            latest = LatestTime(drawer->Recorder());
         }
     }
     return found;

@@ -34,11 +34,8 @@ const std::map<std::string, std::string>& LargeClasses() {
     static const std::map<std::string, std::string> classes = {
         {"GraphDraw", "the published calls of a graph, and what its owners ask of its pieces"},
         {"LinesDrawAxis", "the published calls of a curve, and what its graph asks of it"},
-        {"GraphRecorder", "what a graph has taken: its states, its streams and their rows"},
-        {"TimeCurve", "a container of samples, and the window that is shown of them"},
         {"GraphValue",
          "the published calls of a stream, what its curves ask of it, and the path of each value"},
-        {"SampleRing", "a container: its calls are those that each value takes, in line"},
     };
     return classes;
 }

@@ -62,7 +62,7 @@ TimeWindow GraphPlaces::ZoomSpanOf(const TimeWindow& marked) const {
         const StreamRows rows = recorder.Rows();
         oldest = (static_cast<double>(rows.Count()) - static_cast<double>(line.Size())) *
                      recorder.CycleTime() -
-                 recorder.TimeBeforeSpan(rows);
+                 TimeBeforeSpan(recorder, rows);
     }
     const TimeWindow span{std::max(0.0, shown->start + oldest), shown->end + oldest};
     return span.end > span.start ? span : marked;

@@ -70,8 +70,8 @@ bool GraphZoom::TakeWindow(const GraphRecorder& recorder, const StreamRows& rows
     if (first == nullptr) {
         return false;
     }
-    const double before = m_of_recording ? 0.0 : recorder.TimeBeforeSpan(rows);
-    const double longest = recorder.LongestRange();
+    const double before = m_of_recording ? 0.0 : TimeBeforeSpan(recorder, rows);
+    const double longest = LongestRange(recorder);
     // The batch that the trigger fired in is recorded besides the range.
     m_held = WindowIn(before, m_of_recording ? std::max(longest, recorded) : longest);
     if (!m_of_recording) {

@@ -96,7 +96,7 @@ void ShownValues::RowsOf(const std::vector<std::string>& axis_names,
         const StreamRows rows = m_graph.Recorder().Rows();
         const SampleStretch shown = m_graph.ZoomWindow().IsShown()
                                         ? m_graph.ZoomWindow().Rows()
-                                        : m_graph.Recorder().RowsOfSpan(rows);
+                                        : RowsOfSpan(m_graph.Recorder(), rows);
         for (std::size_t i = 0; i < streams.size(); ++i) {
             CopyRows(rows, streams[i], shown, columns[i]);
         }

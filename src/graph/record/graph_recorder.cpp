@@ -92,17 +92,17 @@ std::vector<GraphValue*> GraphRecorder::Values() const {
     return values;
 }
 
-double GraphRecorder::LatestTime() const {
+double LatestTime(const GraphRecorder& recorder) {
     double latest = 0.0;
-    for (const GraphValue* value : Values()) {
+    for (const GraphValue* value : recorder.Values()) {
         latest = std::max(latest, value->LatestTime());
     }
     return latest;
 }
 
-double GraphRecorder::LongestRange() const {
+double LongestRange(const GraphRecorder& recorder) {
     double longest = 0.0;
-    for (const GraphValue* value : Values()) {
+    for (const GraphValue* value : recorder.Values()) {
         longest = std::max(longest, value->TimeRange());
     }
     return longest;
@@ -117,11 +117,12 @@ StreamRows GraphRecorder::Rows() const {
     return StreamRows(streams);
 }
 
-SampleStretch GraphRecorder::RowsOfSpan(const StreamRows& rows) const {
+SampleStretch RowsOfSpan(const GraphRecorder& recorder, const StreamRows& rows) {
     SampleStretch span;
-    span.count = rows.CountOfSpan(GraphTimeRange(m_graph));
+    span.count = rows.CountOfSpan(GraphTimeRange(recorder.Graph()));
     span.position = rows.Count() - span.count;
-    if (!IsOverTime() && Taken(Axes()).value != nullptr) {
+    const bool is_over_axis = recorder.Graph().XCoorType == CoorType::kAxis;
+    if (is_over_axis && recorder.Taken(recorder.Axes()).value != nullptr) {
         // A point has two values.
         const std::uint64_t first = std::max(span.position, rows.FirstOfAll());
         span.count -= first - span.position;
@@ -130,9 +131,9 @@ SampleStretch GraphRecorder::RowsOfSpan(const StreamRows& rows) const {
     return span;
 }
 
-double GraphRecorder::TimeBeforeSpan(const StreamRows& rows) const {
-    const double held = static_cast<double>(rows.Count()) * m_cycle_time;
-    return std::max(0.0, held - GraphTimeRange(m_graph));
+double TimeBeforeSpan(const GraphRecorder& recorder, const StreamRows& rows) {
+    const double held = static_cast<double>(rows.Count()) * recorder.CycleTime();
+    return std::max(0.0, held - GraphTimeRange(recorder.Graph()));
 }
 
 void CopyRows(const StreamRows& rows, std::size_t stream, const SampleStretch& wanted,
@@ -167,7 +168,7 @@ void GraphRecorder::TakeRows(const StreamRows& rows, const SampleStretch& taken)
 
 void GraphRecorder::TakeHeld() {
     const StreamRows rows = Rows();
-    SampleStretch held = RowsOfSpan(rows);
+    SampleStretch held = RowsOfSpan(*this, rows);
     held.count -= std::min(held.count, rows.Count() - rows.FirstNew());
     TakeRows(rows, held);
     KeepLines(0);
@@ -181,7 +182,7 @@ bool GraphRecorder::TakeNewest() {
     if (refill) {
         m_refill = false;
         BeginLines();
-        TakeRows(rows, RowsOfSpan(rows));
+        TakeRows(rows, RowsOfSpan(*this, rows));
     } else {
         TakeNew(rows);
     }

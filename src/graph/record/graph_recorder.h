@@ -96,6 +96,7 @@ class GraphRecorder {
     /// Seconds recorded after the step that the start trigger fired in.
     [[nodiscard]] double ElapsedAfterTrigger() const { return m_elapsed; }
 
+    [[nodiscard]] const WavoGraph& Graph() const { return m_graph; }
     /// Seconds from line to line of the master.
     [[nodiscard]] double CycleTime() const { return m_cycle_time; }
     [[nodiscard]] std::size_t Axes() const { return m_taken.size() - 1; }
@@ -103,17 +104,9 @@ class GraphRecorder {
     [[nodiscard]] std::size_t BuffersGiven() const { return m_buffers_given; }
     /// All buffers that there are, y axes first.
     [[nodiscard]] std::vector<GraphValue*> Values() const;
-    /// The newest time that the buffers hold, seconds.
-    [[nodiscard]] double LatestTime() const;
-    /// The longest time range that a buffer covers, seconds.
-    [[nodiscard]] double LongestRange() const;
 
     /// The streams side by side, as they are now.
     [[nodiscard]] StreamRows Rows() const;
-    /// The rows of the graph's time range; over an axis only those with both values.
-    [[nodiscard]] SampleStretch RowsOfSpan(const StreamRows& rows) const;
-    /// Seconds from the oldest row to the first of the graph's time range.
-    [[nodiscard]] double TimeBeforeSpan(const StreamRows& rows) const;
 
  private:
     /// A trigger with the test of its type; null for a type that has none.
@@ -149,6 +142,16 @@ class GraphRecorder {
     bool m_restart_asked = false;
     double m_elapsed = 0.0;
 };
+
+/// The newest time that the buffers hold, seconds.
+double LatestTime(const GraphRecorder& recorder);
+/// The longest time range that a buffer covers, seconds.
+double LongestRange(const GraphRecorder& recorder);
+
+/// The rows of the graph's time range; over an axis only those with both values.
+SampleStretch RowsOfSpan(const GraphRecorder& recorder, const StreamRows& rows);
+/// Seconds from the oldest row to the first of the graph's time range.
+double TimeBeforeSpan(const GraphRecorder& recorder, const StreamRows& rows);
 
 /// Copies rows of a stream: NoSample() where it has none, kNoValue where it has no derivative.
 void CopyRows(const StreamRows& rows, std::size_t stream, const SampleStretch& wanted,

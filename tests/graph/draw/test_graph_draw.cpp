@@ -361,7 +361,7 @@ TEST(GraphDrawBuffers, MayBeAbsent) {
     draw.SetRestartFlag();
     draw.DrawGraph(image, false);
     EXPECT_TRUE(draw.Recorder().Values().empty());
-    EXPECT_EQ(draw.Recorder().LatestTime(), 0.0);
+    EXPECT_EQ(LatestTime(draw.Recorder()), 0.0);
     std::vector<double> values;
     EXPECT_TRUE(draw.GetAxValues("X", values));
     EXPECT_TRUE(values.empty());
@@ -388,7 +388,7 @@ TEST(GraphDrawBuffers, AreListedWithTheirLatestTime) {
     scope.Feed({{1, 2}, {3, 4}});
     EXPECT_EQ(scope.draw->Recorder().Values(),
               (std::vector<GraphValue*>{&scope.values[0], &scope.values[1]}));
-    EXPECT_EQ(scope.draw->Recorder().LatestTime(), 0.5);
+    EXPECT_EQ(LatestTime(scope.draw->Recorder()), 0.5);
 }
 
 TEST(GraphDrawBuffers, HaveToCoverTheTimeRangeOrTheFadeOutTime) {

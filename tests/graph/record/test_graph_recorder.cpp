@@ -269,7 +269,7 @@ TEST(Recorder, KnowsTheLinesOfItsRows) {
 TEST(Recorder, WithoutBuffersItTakesNothing) {
     Tape tape(GraphWithTrigger(TriggerTypeCode::kNone, 0.0));
     tape.Step({{1}});
-    EXPECT_EQ(tape.recorder->LatestTime(), kRecordedCycle);
+    EXPECT_EQ(LatestTime(*tape.recorder), kRecordedCycle);
     tape.recorder->Detach();
     tape.recorder->Restart();
     tape.Step({{2}});

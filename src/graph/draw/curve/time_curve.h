@@ -50,12 +50,8 @@ class TimeCurve {
     /// False, and nothing added, for a batch that does not fit; reported.
     virtual bool Add(std::span<const double> samples, bool at_start, double range) = 0;
 
-    /// Shows a stretch of another ring, the first sample at time 0. The ring is not owned; it stays
-    /// until the next window, Clear or KeepWindow.
-    void ShowWindow(const SampleRing& ring, const SampleStretch& stretch) {
-        ShowWindow(ring, std::vector<RowPart>{{0, stretch}});
-    }
-    /// The same for several stretches; row 0 is time 0.
+    /// Shows stretches of another ring; row 0 is time 0. The ring is not owned; it stays until the
+    /// next window, Clear or KeepWindow.
     void ShowWindow(const SampleRing& ring, std::vector<RowPart> parts);
     /// Shows a stretch of the samples that the curve holds itself.
     void ShowOwnWindow(const SampleStretch& stretch);

@@ -220,12 +220,12 @@ TEST(TimeCurve, EveryChangeHasAVersion) {
     EXPECT_FALSE(changed());
     curve.ShowOwnWindow({1, 2});
     EXPECT_TRUE(changed());
-    curve.ShowWindow(ring, {1, 3});
+    curve.ShowWindow(ring, {{0, {1, 3}}});
     EXPECT_TRUE(changed());
-    curve.ShowWindow(ring, {1, 3});
+    curve.ShowWindow(ring, {{0, {1, 3}}});
     EXPECT_FALSE(changed());
     ASSERT_TRUE(ring.Push(std::vector<double>{6}, 5));
-    curve.ShowWindow(ring, {1, 3});
+    curve.ShowWindow(ring, {{0, {1, 3}}});
     EXPECT_TRUE(changed());
     curve.Clear();
     EXPECT_TRUE(changed());
@@ -236,11 +236,11 @@ TEST(TimeCurve, AWindowOnARingThatBeganAnewIsAnotherOne) {
     TimeCurve& curve = *any.made;
     SampleRing ring;
     ASSERT_TRUE(ring.Push(std::vector<double>{1, 2, 3}, 5));
-    curve.ShowWindow(ring, {0, 3});
+    curve.ShowWindow(ring, {{0, {0, 3}}});
     const std::uint64_t version = curve.Version();
     ring.Clear();
     ASSERT_TRUE(ring.Push(std::vector<double>{7, 8, 9}, 5));
-    curve.ShowWindow(ring, {0, 3});
+    curve.ShowWindow(ring, {{0, {0, 3}}});
     EXPECT_NE(curve.Version(), version);
     EXPECT_EQ(curve.FiniteExtremes().maximum, 9.0);
 }
@@ -254,7 +254,7 @@ TEST(TimeCurve, AWindowShowsItsStretchInOrderOfTimeFromZero) {
         for (int i = 0; i < 23; ++i) {
             ASSERT_TRUE(ring.Push(std::vector<double>{static_cast<double>(i)}, 10));
         }
-        curve.ShowWindow(ring, {2, 5});
+        curve.ShowWindow(ring, {{0, {2, 5}}});
         ASSERT_EQ(curve.Size(), 5U);
         EXPECT_EQ(curve.HeldSamples(), 0U);
         EXPECT_EQ(curve.WriteIndex(), 0U);
@@ -272,7 +272,7 @@ TEST(TimeCurve, AKeptWindowHoldsAllOfItHoweverLong) {
     TimeCurve& curve = *any.made;
     SampleRing ring;
     ASSERT_TRUE(ring.Push(std::vector<double>{1, 2, 3, 4, 5, 6, 7, 8}, 8));
-    curve.ShowWindow(ring, {1, 6});
+    curve.ShowWindow(ring, {{0, {1, 6}}});
     curve.KeepWindow();
     ring.Clear();
     std::vector<double> samples;
@@ -287,7 +287,7 @@ TEST(TimeCurve, GoesOnAfterAKeptWindow) {
     TimeCurve& curve = *any.made;
     SampleRing ring;
     ASSERT_TRUE(ring.Push(std::vector<double>(3000, 1.0), 3000));
-    curve.ShowWindow(ring, {0, 3000});
+    curve.ShowWindow(ring, {{0, {0, 3000}}});
     curve.KeepWindow();
     curve.Clear();
     // More slots than the curve may hold: what it holds wanders through them.
