@@ -5,11 +5,14 @@
 #include <QTemporaryDir>
 
 #include "expect_errors.h"
+#include "platform/process.h"
 #include "system_facts.h"
 #include "ui/dialogs/dialog_prompts.h"
 #include "ui/shell/wavo_app.h"
 
 int main(int argc, char** argv) {
+    // Where a debugger is waited for (Wine), a crash would look like a test that hangs.
+    wavo::platform::InstallCrashHook("", "test_e2e");
     const QTemporaryDir folder;
     for (const char* name :
          {"XDG_RUNTIME_DIR", wavo::testing::kDataHome, "XDG_STATE_HOME", "XDG_CONFIG_HOME"}) {
