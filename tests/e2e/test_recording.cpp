@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <memory>
@@ -119,7 +120,8 @@ TEST_F(RecordingFromTheViewer, AFolderThatCannotBeWrittenToIsToldInABox) {
     DemoMaster master({QStringLiteral("--recording"), RecordingPath("circle_xy_r50")});
     Open({"X"});
     m_frame->ShowRecorders();
-    const std::string path = (m_folder.path() + QStringLiteral("/missing/a.mcap")).toStdString();
+    const std::string path =
+        QDir::toNativeSeparators(m_folder.path() + QStringLiteral("/missing/a.mcap")).toStdString();
     Record(path);
     ASSERT_TRUE(WaitFor([this] { return !m_boxes.empty(); }));
     const auto boxes = TakeBoxes();

@@ -104,7 +104,7 @@ void RecordingControl::Record() {
     if (!chosen) {
         return;
     }
-    const std::string path = chosen->toStdString();
+    const std::string path = QDir::toNativeSeparators(*chosen).toStdString();
     if (m_settings != nullptr) {
         m_settings->setValue(QLatin1String(kFolderSetting), QFileInfo(*chosen).absolutePath());
     }
