@@ -201,7 +201,7 @@ void GraphValue::CopyNewValuesAside() {
         return;
     }
     const auto count = static_cast<std::size_t>(NewCount());
-    m_values.CopyOut(m_new_values, m_values.Size() - count, count);
+    wavo::CopyOut(m_values, m_new_values, m_values.Size() - count, count);
     m_new_values_aside = true;
 }
 
@@ -257,7 +257,7 @@ void GraphValue::GetNewValues(std::vector<double>& out, double& start_time) cons
         return;
     }
     const auto count = static_cast<std::size_t>(NewCount());
-    m_values.CopyOut(out, m_values.Size() - count, count);
+    wavo::CopyOut(m_values, out, m_values.Size() - count, count);
 }
 
 void GraphValue::EmptyNewValues() {
@@ -284,7 +284,7 @@ std::uint64_t GraphValue::CountOfSpan(double span) const {
 void GraphValue::GetTimeRangeValues(std::vector<double>& out, double span,
                                     double& start_time) const {
     const auto count = static_cast<std::size_t>(CountOfSpan(span));
-    m_values.CopyOut(out, m_values.Size() - count, count);
+    wavo::CopyOut(m_values, out, m_values.Size() - count, count);
     start_time = StartOfSpan(span);
 }
 
@@ -295,7 +295,7 @@ void GraphValue::GetDefineTimeRangeValue(std::vector<double>& out, double from, 
         out = m_range_result;
         return;
     }
-    m_values.CopyOut(out, found->position, found->count);
+    wavo::CopyOut(m_values, out, found->position, found->count);
     m_range_result = out;
 }
 

@@ -108,7 +108,7 @@ void ForSlots(const SampleRing& ring, std::size_t position, std::size_t count, W
         return;
     }
     const std::size_t begin = ring.SlotOf(position);
-    const std::size_t in_first = std::min(count, ring.Slots() - begin);
+    const std::size_t in_first = std::min(count, ring.Slots().size() - begin);
     if (work(begin, begin + in_first) && in_first < count) {
         work(0, count - in_first);
     }
@@ -172,11 +172,11 @@ void MinMaxPyramid::Update(const SampleRing& ring) {
     // Where the samples lie around the end, all slots have been written before.
     const bool around_end = ring.SlotOf(0) > ring.SlotOf(size - 1);
     const std::size_t taken =
-        std::max(m_slots_taken, around_end ? ring.Slots() : ring.SlotOf(size - 1) + 1);
+        std::max(m_slots_taken, around_end ? ring.Slots().size() : ring.SlotOf(size - 1) + 1);
     if (taken != m_slots_taken) {
-        ResizeLevels(taken, ring.Slots());
+        ResizeLevels(taken, ring.Slots().size());
     }
-    const double* const samples = ring.SlotData();
+    const double* const samples = ring.Slots().data();
     ForSlots(ring, size - count, count, [&](std::size_t begin, std::size_t end) {
         UpdateSlots(samples, begin, end);
         return true;
@@ -253,7 +253,7 @@ void MinMaxPyramid::TakeSlots(const double* samples, std::size_t begin, std::siz
 }
 
 MinMax MinMaxPyramid::Of(const SampleRing& ring, std::size_t position, std::size_t count) const {
-    const double* const samples = ring.SlotData();
+    const double* const samples = ring.Slots().data();
     Extent extent;
     ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
         TakeSlots(samples, begin, end, extent);
@@ -316,7 +316,7 @@ bool MinMaxPyramid::HasNaN(const SampleRing& ring, std::size_t position, std::si
     if (!HasNaN() || count == 0) {
         return false;
     }
-    const double* const samples = ring.SlotData();
+    const double* const samples = ring.Slots().data();
     bool found = false;
     ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
         found = SlotsHaveNaN(samples, begin, end);
@@ -356,7 +356,7 @@ MinMax MinMaxPyramid::FiniteOf(const SampleRing& ring, std::size_t position,
     if (range.IsEmpty() || (std::isfinite(range.minimum) && std::isfinite(range.maximum))) {
         return range;
     }
-    const double* const samples = ring.SlotData();
+    const double* const samples = ring.Slots().data();
     Extent extent;
     ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
         TakeFiniteSlots(samples, begin, end, extent);

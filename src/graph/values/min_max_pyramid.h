@@ -62,7 +62,7 @@ class MinMaxPyramid {
     /// REQUIRES: Update(ring) since its last change; position + count <= ring.Size().
     [[nodiscard]] MinMax Of(const SampleRing& ring, std::size_t position, std::size_t count) const;
 
-    /// The same for the samples of the slots from `begin` to before `end` of ring.SlotData().
+    /// The same for the samples of the slots from `begin` to before `end` of ring.Slots().data().
     [[nodiscard]] MinMax OfSlots(const double* slots, std::size_t begin, std::size_t end) const;
 
     /// The same for a row of columns: column i has the slots from bounds[i] to before bounds[i +

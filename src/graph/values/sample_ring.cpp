@@ -71,8 +71,9 @@ SampleRing::Parts SampleRing::Range(std::size_t position, std::size_t count) con
     return {{m_data.get() + slot, in_first}, {m_data.get(), held - in_first}};
 }
 
-void SampleRing::CopyOut(std::vector<double>& out, std::size_t position, std::size_t count) const {
-    const Parts parts = Range(position, count);
+void CopyOut(const SampleRing& ring, std::vector<double>& out, std::size_t position,
+             std::size_t count) {
+    const SampleRing::Parts parts = ring.Range(position, count);
     out.clear();
     out.reserve(parts.first.size() + parts.second.size());
     // Inserting ranges copies without filling the room with zeros first.

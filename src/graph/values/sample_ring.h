@@ -48,15 +48,12 @@ class SampleRing {
 
     /// Samples held.
     [[nodiscard]] std::size_t Size() const { return m_size + (m_run_grows ? RunLength() : 0); }
-    [[nodiscard]] bool Empty() const { return Size() == 0; }
     /// Samples stored since Clear, those dropped again included.
     [[nodiscard]] std::uint64_t Appended() const { return m_appended + RunLength(); }
     /// Sequence number of the oldest sample held: the number of samples dropped since Clear.
     [[nodiscard]] std::uint64_t FirstSequence() const { return Appended() - Size(); }
     /// Changes whenever a sample that is held has got another slot or the counts began anew.
     [[nodiscard]] std::uint64_t Moves() const { return m_moves; }
-    /// Places that are allocated.
-    [[nodiscard]] std::size_t Slots() const { return m_slots; }
 
     /// Slot of a position. REQUIRES: position < Size().
     [[nodiscard]] std::size_t SlotOf(std::size_t position) const {
@@ -66,14 +63,12 @@ class SampleRing {
     /// The sample at a position. REQUIRES: position < Size().
     [[nodiscard]] double operator[](std::size_t position) const { return m_data[SlotOf(position)]; }
 
-    /// The samples by slot. Valid until the next change.
-    [[nodiscard]] const double* SlotData() const { return m_data.get(); }
+    /// All places that are allocated, the samples by slot. Valid until the next change.
+    [[nodiscard]] std::span<const double> Slots() const { return {m_data.get(), m_slots}; }
 
     /// At most `count` samples from `position` on, never past the newest. Valid until the next
     /// change.
     [[nodiscard]] Parts Range(std::size_t position, std::size_t count) const;
-    /// Replaces `out` by the samples of Range(position, count).
-    void CopyOut(std::vector<double>& out, std::size_t position, std::size_t count) const;
 
     /// The most samples that the owner will hold; 0 when there is no bound. Bounds the growth of
     /// the allocation, allocates nothing.
@@ -83,9 +78,9 @@ class SampleRing {
     [[nodiscard]] bool MakeRoom();
     /// Adds a sample at the back. False, and nothing changed, when there is no memory for it.
     [[nodiscard]] bool PushBack(double sample);
-    /// Drops the oldest sample. REQUIRES: !Empty().
+    /// Drops the oldest sample. REQUIRES: Size() > 0.
     void DropFront();
-    /// Drops the oldest sample and adds one at the back; needs no memory. REQUIRES: !Empty().
+    /// Drops the oldest sample and adds one at the back; needs no memory. REQUIRES: Size() > 0.
     void Replace(double sample);
     /// Adds samples at the back; where more than `limit` would be held, each takes the place of
     /// the oldest. False when there is no memory for one: those before it are in.
@@ -132,5 +127,9 @@ class SampleRing {
     std::size_t m_run_end = 0;
     bool m_run_grows = false;
 };
+
+/// Replaces `out` by the samples of ring.Range(position, count).
+void CopyOut(const SampleRing& ring, std::vector<double>& out, std::size_t position,
+             std::size_t count);
 
 }  // namespace wavo

@@ -50,7 +50,7 @@ StreamRows::StreamRows(const std::vector<const GraphValue*>& streams) {
 
 void StreamRows::FindLater() {
     m_told = std::all_of(m_streams.begin(), m_streams.end(), [](const Stream& stream) {
-        return stream.value == nullptr || stream.value->Values().Empty() ||
+        return stream.value == nullptr || stream.value->Values().Size() == 0 ||
                stream.value->Lines().IsTold();
     });
     for (Stream& stream : m_streams) {
@@ -126,7 +126,7 @@ std::vector<LineLog::Run> StreamRows::LinesOf(std::uint64_t first, std::uint64_t
 std::int64_t StreamRows::Origin() const {
     std::int64_t origin = std::numeric_limits<std::int64_t>::max();
     for (const Stream& stream : m_streams) {
-        if (stream.value != nullptr && !stream.value->Values().Empty()) {
+        if (stream.value != nullptr && stream.value->Values().Size() > 0) {
             origin = std::min(origin, stream.value->Lines().FirstLine() + stream.later);
         }
     }

@@ -29,7 +29,7 @@ TEST(SampleRingMemoryTest, PushBackFailsAndChangesNothing) {
 TEST(GraphValueMemoryTest, GoesOnWithTheCapacityItHas) {
     GraphValue value("X", 0.001, 100.0, 0);
     int set = 0;
-    const auto slots = [&value] { return value.Values().Slots(); };
+    const auto slots = [&value] { return value.Values().Slots().size(); };
     value.SetValue(set++);
     while (value.Values().Size() < slots()) {
         value.SetValue(set++);
@@ -60,7 +60,7 @@ TEST(GraphValueMemoryTest, NewValuesAreCompleteWhenMemoryEnds) {
     int set = 0;
     do {
         value.SetValue(set++);
-    } while (value.Values().Size() < value.Values().Slots());
+    } while (value.Values().Size() < value.Values().Slots().size());
     {
         const ExpectErrorLog expected(
             {"GraphValue::SetValue(): out of memory, holding 1024 values"});

@@ -229,7 +229,7 @@ class Pair {
 
     void CompareAll() {
         std::vector<double> ours;
-        m_ours->Values().CopyOut(ours, 0, m_ours->Values().Size());
+        CopyOut(m_ours->Values(), ours, 0, m_ours->Values().Size());
         ASSERT_TRUE(SameBits(ours, {m_model.m_values.begin(), m_model.m_values.end()}));
         CompareNewValues();
     }

@@ -104,7 +104,7 @@ TEST(GraphValueRegistryTest, ALongerRangeKeepsSamplesAndCounters) {
     const double pushed = held->PushedCount();
     const double total = held->TotalCount();
     std::vector<double> before;
-    held->Values().CopyOut(before, 0, held->Values().Size());
+    CopyOut(held->Values(), before, 0, held->Values().Size());
     ASSERT_EQ(stored, 500U);
     ASSERT_EQ(dropped, 200.0);
 
@@ -116,7 +116,7 @@ TEST(GraphValueRegistryTest, ALongerRangeKeepsSamplesAndCounters) {
     EXPECT_EQ(held->PushedCount(), pushed);
     EXPECT_EQ(held->TotalCount(), total);
     std::vector<double> after;
-    held->Values().CopyOut(after, 0, held->Values().Size());
+    CopyOut(held->Values(), after, 0, held->Values().Size());
     EXPECT_EQ(after, before);
     EXPECT_EQ(held->NewCount(), 0U);
     EXPECT_EQ(held->FirstNewIndex(), 0.0);

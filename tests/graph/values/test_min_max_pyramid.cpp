@@ -132,7 +132,7 @@ TEST(MinMaxPyramid, FollowsARingThatHoldsLessThanItHasRoomFor) {
         Watched watched(3000);
         watched.Push(Noise(random, 1500, 0));
         watched.limit = 1500;
-        ASSERT_GT(watched.ring.Slots(), 1500U);
+        ASSERT_GT(watched.ring.Slots().size(), 1500U);
         for (int batch = 0; batch < 300; ++batch) {
             ASSERT_TRUE(watched.ring.Push(Noise(random, 1 + random() % 90, batch % 3), 1500));
             if (often || batch % 40 == 39) {

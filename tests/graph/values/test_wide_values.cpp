@@ -52,12 +52,12 @@ void ExpectSameRow(const SampleRing& ring, const MinMaxPyramid& pyramid,
     const std::size_t columns = bounds.size() - 1;
     Row wide(columns);
     Row portable(columns);
-    pyramid.OfRow(ring.SlotData(), bounds, wide.Room(), BestInstructions());
-    pyramid.OfRow(ring.SlotData(), bounds, portable.Room(), Instructions::kPortable);
+    pyramid.OfRow(ring.Slots().data(), bounds, wide.Room(), BestInstructions());
+    pyramid.OfRow(ring.Slots().data(), bounds, portable.Room(), Instructions::kPortable);
     for (std::size_t i = 0; i < columns; ++i) {
         MinMax expected;
         for (std::size_t slot = bounds[i]; slot < bounds[i + 1]; ++slot) {
-            const double sample = ring.SlotData()[slot];
+            const double sample = ring.Slots().data()[slot];
             expected.minimum = sample < expected.minimum ? sample : expected.minimum;
             expected.maximum = sample > expected.maximum ? sample : expected.maximum;
         }
@@ -66,7 +66,7 @@ void ExpectSameRow(const SampleRing& ring, const MinMaxPyramid& pyramid,
         ASSERT_EQ(portable.maximum[i], expected.maximum) << bounds[i] << " to " << bounds[i + 1];
         ASSERT_EQ(wide.minimum[i], expected.minimum) << bounds[i] << " to " << bounds[i + 1];
         ASSERT_EQ(wide.maximum[i], expected.maximum) << bounds[i] << " to " << bounds[i + 1];
-        const double first = ring.SlotData()[bounds[i]];
+        const double first = ring.Slots().data()[bounds[i]];
         ASSERT_EQ(std::bit_cast<std::uint64_t>(wide.first[i]), std::bit_cast<std::uint64_t>(first));
     }
 }
@@ -132,7 +132,7 @@ TEST(WideValues, LimitsOfRowsHoldWhatTheirSamplesAre) {
         }
         const std::size_t columns = bounds.size() - 1;
         Row exact(columns);
-        pyramid.OfRow(ring.SlotData(), bounds, exact.Room());
+        pyramid.OfRow(ring.Slots().data(), bounds, exact.Room());
         Row inner(columns);
         Row outer(columns);
         Row first(columns);

@@ -42,7 +42,7 @@ bool SweepCurve::Add(std::span<const double> samples, bool at_start, double rang
 }
 
 void SweepCurve::ForgetOldAnchors() {
-    if (Own().Empty()) {
+    if (Own().Size() == 0) {
         m_anchors.clear();
     }
     while (m_anchors.size() > 1 && m_anchors[1].sequence <= Own().FirstSequence()) {

@@ -30,7 +30,7 @@ void TimeCurve::Push(std::span<const double> samples) {
     if (!m_own.Push(samples, m_max_points)) {
         MERRLOG("LinesDrawAxis::DrawLinesXIsTime(): out of memory for the curve");
         m_max_points = std::max<std::uint64_t>(1, m_own.Size());
-        if (!m_own.Empty()) {
+        if (m_own.Size() > 0) {
             // The others take the place of the oldest, which asks for no memory.
             (void)m_own.Push(samples.subspan(m_own.Appended() - before), m_max_points);
         }
@@ -171,7 +171,7 @@ double TimeCurve::TimeAt(std::uint64_t position) const {
 void TimeCurve::CopySamples(std::vector<double>& out) const {
     if (m_window == nullptr || m_window_parts.size() == 1) {
         const SampleStretch stretch = Stretch();
-        Ring().CopyOut(out, stretch.position, stretch.count);
+        CopyOut(Ring(), out, stretch.position, stretch.count);
         if (m_window != nullptr) {
             out.insert(out.begin(), m_window_parts.front().row, NoSample());
         }
@@ -180,7 +180,7 @@ void TimeCurve::CopySamples(std::vector<double>& out) const {
     out.clear();
     std::vector<double> samples;
     for (const RowPart& part : m_window_parts) {
-        Ring().CopyOut(samples, part.samples.position, part.samples.count);
+        CopyOut(Ring(), samples, part.samples.position, part.samples.count);
         out.resize(part.row, NoSample());
         out.insert(out.end(), samples.begin(), samples.end());
     }
