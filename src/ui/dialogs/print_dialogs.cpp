@@ -4,6 +4,7 @@
 #include <QPrintDialog>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
+#include <QPrinterInfo>
 #include <QScreen>
 #include <QWidget>
 
@@ -21,7 +22,10 @@ bool LacksPrinter(QPrinter& printer) {
         return false;
     }
     if (printer.outputFormat() != QPrinter::NativeFormat) {
-        printer.setOutputFileName({});  // to a printer, if one was installed meanwhile
+        if (QPrinterInfo::availablePrinterNames().isEmpty()) {
+            return true;
+        }
+        printer.setOutputFileName({});  // to a printer: one was installed meanwhile
     }
     return printer.outputFormat() != QPrinter::NativeFormat;
 }
