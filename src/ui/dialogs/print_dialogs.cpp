@@ -22,7 +22,7 @@ bool LacksPrinter(QPrinter& printer) {
         return false;
     }
     if (printer.outputFormat() != QPrinter::NativeFormat) {
-        if (QPrinterInfo::availablePrinterNames().isEmpty()) {
+        if (QPrinterInfo::defaultPrinter().isNull()) {
             return true;
         }
         printer.setOutputFileName({});  // to a printer: one was installed meanwhile
