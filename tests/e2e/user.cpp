@@ -78,7 +78,8 @@ void EnterPath(QDialog& dialog, const QString& path) {
 void User::Begin(std::vector<Step> steps, std::function<bool()> goes_on) {
     m_steps = std::move(steps);
     m_goes_on = std::move(goes_on);
-    m_top = m_worked_on = nullptr;
+    m_top.clear();
+    m_worked_on.clear();
     m_watching = m_has_gone_on = false;
     m_looks = 0;
     QTimer::singleShot(kLookEvery, this, &User::Look);
@@ -100,7 +101,7 @@ void User::Look() {
         if (!m_steps.empty()) {
             const Step step = m_steps.front();
             m_steps.erase(m_steps.begin());
-            const QWidget* const below = std::exchange(m_worked_on, top);
+            const QPointer<QWidget> below = std::exchange(m_worked_on, top);
             step(*top);
             m_worked_on = below;
             return;

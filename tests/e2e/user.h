@@ -1,6 +1,7 @@
 // What a user does to the program with mouse and keyboard while its event loop goes on.
 #pragma once
 
+#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
@@ -44,8 +45,9 @@ class User : public QObject {
 
     std::vector<Step> m_steps;
     std::function<bool()> m_goes_on;
-    const QWidget* m_top = nullptr;
-    const QWidget* m_worked_on = nullptr;  // by a step that has not come back yet
+    // The next window may stand in memory where one stood that is gone.
+    QPointer<QWidget> m_top;
+    QPointer<QWidget> m_worked_on;  // by a step that has not come back yet
     std::string m_last_seen;
     bool m_watching = false;
     bool m_has_gone_on = false;
