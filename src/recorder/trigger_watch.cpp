@@ -17,20 +17,6 @@ std::string TriggerText(const std::string& axis, std::int32_t order, TriggerSide
            " (graph " + std::to_string(graph) + ")";
 }
 
-bool IsStop(TriggerTypeCode type) {
-    return type == TriggerTypeCode::kStopAbove || type == TriggerTypeCode::kStopBelow;
-}
-
-TriggerSide SideOf(TriggerTypeCode type) {
-    return type == TriggerTypeCode::kStartAbove || type == TriggerTypeCode::kStopAbove
-               ? TriggerSide::kAbove
-               : TriggerSide::kBelow;
-}
-
-bool HasTest(TriggerTypeCode type) {
-    return type >= TriggerTypeCode::kStartAbove && type <= TriggerTypeCode::kStopBelow;
-}
-
 }  // namespace
 
 TriggerWatch::TriggerWatch(const std::vector<WavoGraph>& graphs,
@@ -42,18 +28,19 @@ TriggerWatch::TriggerWatch(const std::vector<WavoGraph>& graphs,
                                : definition.FadeOutTime;
         for (std::size_t i = 0; i < definition.Triggers.size(); ++i) {
             const TriggerEntry& entry = definition.Triggers[i];
-            if (!HasTest(entry.TriggerType)) {
+            if (!IsTrigger(entry.TriggerType)) {
                 continue;
             }
             Trigger trigger;
             trigger.order = definition.YCoorAxDerivation[i];
             trigger.divisor = DerivationDivisor(cycle_time, trigger.order);
-            trigger.side = SideOf(entry.TriggerType);
+            trigger.side =
+                FiresAbove(entry.TriggerType) ? TriggerSide::kAbove : TriggerSide::kBelow;
             trigger.limit = entry.TriggerValue;
             trigger.text = TriggerText(definition.YCoorAxName[i], trigger.order, trigger.side,
                                        trigger.limit, definition.GraphNumber);
             // Of several kinds in a graph the last one decides.
-            graph.is_stop = IsStop(entry.TriggerType);
+            graph.is_stop = IsStopTrigger(entry.TriggerType);
             const auto axis = std::ranges::find(axis_names, definition.YCoorAxName[i]);
             if (axis == axis_names.end()) {
                 m_unknown.push_back(trigger.text);

@@ -36,6 +36,21 @@ enum class TriggerTypeCode : std::int32_t {
     kStopBelow = 5,
 };
 
+inline bool IsStartTrigger(TriggerTypeCode type) {
+    return type == TriggerTypeCode::kStartAbove || type == TriggerTypeCode::kStartBelow;
+}
+inline bool IsStopTrigger(TriggerTypeCode type) {
+    return type == TriggerTypeCode::kStopAbove || type == TriggerTypeCode::kStopBelow;
+}
+/// Whether it fires at all.
+inline bool IsTrigger(TriggerTypeCode type) {
+    return IsStartTrigger(type) || IsStopTrigger(type);
+}
+/// Whether values above its limit fire it, else those below. REQUIRES: IsTrigger.
+inline bool FiresAbove(TriggerTypeCode type) {
+    return type == TriggerTypeCode::kStartAbove || type == TriggerTypeCode::kStopAbove;
+}
+
 /// A guiding circle radius that is not set.
 inline constexpr double kNoRadius = std::numeric_limits<double>::max();
 

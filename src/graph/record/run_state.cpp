@@ -46,31 +46,17 @@ bool TestTriggerLess(const std::vector<double>& values, std::uint64_t& index, do
 }
 
 TriggerTest TestOfTrigger(TriggerTypeCode type) {
-    switch (type) {
-        case TriggerTypeCode::kStartAbove:
-        case TriggerTypeCode::kStopAbove:
-            return &TestTriggerGreater;
-        case TriggerTypeCode::kStartBelow:
-        case TriggerTypeCode::kStopBelow:
-            return &TestTriggerLess;
-        case TriggerTypeCode::kNone:
-            return nullptr;
+    if (!IsTrigger(type)) {
+        return nullptr;
     }
-    return nullptr;
+    return FiresAbove(type) ? &TestTriggerGreater : &TestTriggerLess;
 }
 
 std::optional<RunState> InitialRunState(TriggerTypeCode type) {
-    switch (type) {
-        case TriggerTypeCode::kStartAbove:
-        case TriggerTypeCode::kStartBelow:
-            return RunState::kWaitingForStart;
-        case TriggerTypeCode::kStopAbove:
-        case TriggerTypeCode::kStopBelow:
-            return RunState::kWaitingForStop;
-        case TriggerTypeCode::kNone:
-            return std::nullopt;
+    if (IsStartTrigger(type)) {
+        return RunState::kWaitingForStart;
     }
-    return std::nullopt;
+    return IsStopTrigger(type) ? std::optional(RunState::kWaitingForStop) : std::nullopt;
 }
 
 }  // namespace wavo

@@ -61,14 +61,6 @@ void KeepFirst(std::vector<Item>& list) {
     }
 }
 
-bool Starts(TriggerTypeCode type) {
-    return type == TriggerTypeCode::kStartAbove || type == TriggerTypeCode::kStartBelow;
-}
-
-bool Stops(TriggerTypeCode type) {
-    return type == TriggerTypeCode::kStopAbove || type == TriggerTypeCode::kStopBelow;
-}
-
 double HeldBound(double value) {
     return std::clamp(value, -kLargestBound, kLargestBound);
 }
@@ -289,7 +281,7 @@ bool MixesTriggers(const WavoGraph& graph) {
             graph.Triggers.begin(), graph.Triggers.end(),
             [kind](const TriggerEntry& trigger) { return kind(trigger.TriggerType); });
     };
-    return has(Starts) && has(Stops);
+    return has(IsStartTrigger) && has(IsStopTrigger);
 }
 
 TriggerEntry TriggerOf(const WavoGraph& graph, std::size_t axis) {
