@@ -4,6 +4,8 @@
 #include <immintrin.h>
 #endif
 
+#include "source/derivation.h"
+
 namespace wavo {
 
 namespace {
@@ -57,7 +59,7 @@ void DeriveOnce(const double* samples, std::size_t count, double divisor, double
 #endif
     (void)use;
     for (std::size_t i = done; i < count; ++i) {
-        out[i] = -(0.0 - (samples[i] - *(samples + i - 1))) / divisor;
+        out[i] = Derive({samples + i - 1, 2}, divisor);
     }
 }
 
@@ -71,8 +73,7 @@ void DeriveTwice(const double* samples, std::size_t count, double divisor, doubl
 #endif
     (void)use;
     for (std::size_t i = done; i < count; ++i) {
-        const double* const at = samples + i;
-        out[i] = (-(0.0 - (*at - *(at - 1))) - (*(at - 1) - *(at - 2))) / divisor;
+        out[i] = Derive({samples + i - 2, 3}, divisor);
     }
 }
 

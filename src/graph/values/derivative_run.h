@@ -7,7 +7,7 @@
 
 namespace wavo {
 
-/// out[i] is the first derivative at samples[i], with the arithmetic of GraphValue to the last bit.
+/// out[i] is the first derivative at samples[i], with the arithmetic of Derive to the last bit.
 /// REQUIRES: samples[-1] is the sample before; `out` is apart from the samples.
 void DeriveOnce(const double* samples, std::size_t count, double divisor, double* out,
                 Instructions use = BestInstructions());
