@@ -10,45 +10,49 @@ namespace wavo {
 
 namespace {
 
-/// Width in characters.
+constexpr int kRows = static_cast<int>(SeveralId::kRows);
+constexpr int kOk = static_cast<int>(SeveralId::kOk);
+
+constexpr ControlRow kControls[] = {
+    {kRows, ControlKind::kList, "rows:", "Tick a row with a click on its box or the space key"},
+    {kOk, ControlKind::kOk, "OK", "Do it with the rows that are ticked"},
+    {static_cast<int>(SeveralId::kCancel), ControlKind::kCancel, "Cancel", "Change nothing"},
+};
+
+/// Width of the list in characters.
 constexpr int kListWidth = 72;
 
 }  // namespace
 
 SeveralDialog::SeveralDialog(const SeveralQuestion& question, QWidget* parent)
-    : QDialog(parent), m_list(new QListWidget(this)) {
-    setWindowTitle(question.caption);
-    auto* const text = new QLabel(question.text, this);
-    m_list->setAccessibleName(question.text);
-    m_list->setAccessibleDescription(QStringLiteral("Tick with the space key"));
-    m_list->setTextElideMode(Qt::ElideMiddle);
-    m_list->setMinimumWidth(fontMetrics().averageCharWidth() * kListWidth);
+    : TableDialog(question.caption, kControls, parent) {
+    QLabel* const text = LabelOf(kRows);
+    text->setText(question.text);
+    auto& list = Control<QListWidget>(kRows);
+    list.setTextElideMode(Qt::ElideMiddle);
+    list.setMinimumWidth(fontMetrics().averageCharWidth() * kListWidth);
     for (const QString& row : question.rows) {
-        auto* const item = new QListWidgetItem(row, m_list);
+        auto* const item = new QListWidgetItem(row, &list);
         item->setToolTip(row);
         item->setCheckState(Qt::Unchecked);
     }
-    m_list->setCurrentRow(0);
-    auto* const buttons =
-        new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    QPushButton* const ok = buttons->button(QDialogButtonBox::Ok);
-    ok->setText(question.button);
-    ok->setEnabled(false);
-    buttons->button(QDialogButtonBox::Cancel)->setText(QStringLiteral("Cancel"));
-    connect(m_list, &QListWidget::itemChanged, this,
-            [this, ok] { ok->setEnabled(!Chosen().empty()); });
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    list.setCurrentRow(0);
+    auto& ok = Control<QPushButton>(kOk);
+    ok.setText(question.button);
+    ok.setEnabled(false);
+    connect(&list, &QListWidget::itemChanged, this,
+            [this, &ok] { ok.setEnabled(!Chosen().empty()); });
     auto* const column = new QVBoxLayout(this);
     column->addWidget(text);
-    column->addWidget(m_list);
-    column->addWidget(buttons);
+    column->addWidget(&list);
+    column->addWidget(Buttons());
 }
 
 std::vector<int> SeveralDialog::Chosen() const {
+    const auto& list = Control<QListWidget>(kRows);
     std::vector<int> chosen;
-    for (int row = 0; row < m_list->count(); ++row) {
-        if (m_list->item(row)->checkState() == Qt::Checked) {
+    for (int row = 0; row < list.count(); ++row) {
+        if (list.item(row)->checkState() == Qt::Checked) {
             chosen.push_back(row);
         }
     }

@@ -1,25 +1,21 @@
 // Lets the user tick some rows of a list.
 #pragma once
 
-#include <QDialog>
-#include <QStringList>
 #include <vector>
 
+#include "ui/dialogs/table_dialog.h"
 #include "ui/prompts.h"
-
-class QListWidget;
 
 namespace wavo {
 
-class SeveralDialog : public QDialog {
+enum class SeveralId : int { kRows = 1101, kOk = 1, kCancel = 2 };
+
+class SeveralDialog : public TableDialog {
  public:
     SeveralDialog(const SeveralQuestion& question, QWidget* parent);
 
     /// The rows that are ticked, from 0 on.
     [[nodiscard]] std::vector<int> Chosen() const;
-
- private:
-    QListWidget* const m_list;  // child
 };
 
 /// As Prompts::choose_several asks.

@@ -21,6 +21,7 @@
 #include "system_facts.h"
 #include "ui/bars/customize_dialog.h"
 #include "ui/dialogs/add_text.h"
+#include "ui/dialogs/choose_several.h"
 #include "ui/dialogs/export_progress.h"
 #include "ui/dialogs/path_save_data.h"
 #include "ui/dialogs/trigger_condition.h"
@@ -156,8 +157,13 @@ TEST(AccessibleDialogs, HaveNamesAndDescriptionsOfAllTheirControls) {
     progress.SetRows(1, 2);
     const CustomizeDialog customize(DefaultBarSetup(), {});
     const CAboutDlg about("Wavo\n1.0\nall rights");
+    const SeveralDialog several({QStringLiteral("Stop"),
+                                 QStringLiteral("Which?"),
+                                 QStringLiteral("&Stop"),
+                                 {QStringLiteral("a.mcap"), QStringLiteral("b.mcap")}},
+                                nullptr);
     const std::vector<const QDialog*> dialogs = {&add_text, &condition, &properties, &path,
-                                                 &progress, &customize, &about};
+                                                 &progress, &customize, &about,      &several};
     for (const QDialog* const dialog : dialogs) {
         SCOPED_TRACE(dialog->windowTitle().toStdString());
         EXPECT_THAT(WithoutAccessibleTexts(*dialog), IsEmpty());
