@@ -81,6 +81,7 @@ QString RecordingControl::InitialPath() const {
 
 std::string RecordingControl::GraphsToAttach() {
     m_attached = std::make_unique<QTemporaryDir>();
+    m_attached->setAutoRemove(false);  // this program may end before the recorder has read it
     const std::string path =
         QDir::toNativeSeparators(m_attached->filePath(QStringLiteral("graphs.ini"))).toStdString();
     if (m_attached->isValid() && m_write_graphs(path)) {
@@ -145,6 +146,12 @@ void RecordingControl::Stop() {
 void RecordingControl::OnChanged() {
     const std::vector<SeenRecorder> running = m_watch.Running();
     m_pane.Show(running);
+    if (m_attached != nullptr && std::ranges::any_of(running, [this](const SeenRecorder& one) {
+            return IsFileOf(m_started.empty() ? "" : m_started.back(), one.notice.file);
+        })) {
+        m_attached->remove();  // it names a file: it has read what goes with it
+        m_attached.reset();
+    }
     if (running.size() != m_running) {
         m_running = running.size();
         Q_EMIT CommandsChanged();
