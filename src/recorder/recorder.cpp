@@ -56,10 +56,7 @@ std::uint64_t WallTime() {
 }
 
 bool HasTrigger(const WavoGraph& graph) {
-    return std::ranges::any_of(graph.Triggers, [](const TriggerEntry& trigger) {
-        return trigger.TriggerType >= TriggerTypeCode::kStartAbove &&
-               trigger.TriggerType <= TriggerTypeCode::kStopBelow;
-    });
+    return std::ranges::any_of(graph.Triggers, IsTrigger, &TriggerEntry::TriggerType);
 }
 
 std::string FileName(const std::string& path) {
@@ -379,7 +376,7 @@ Notice Recorder::State() const {
     if (m_has_ended) {
         notice.state = outcome.exit_code == ExitCode::kCouldNot ? RecorderState::kFailed
                                                                 : RecorderState::kEnded;
-    } else if (m_plan != nullptr) {
+    } else if (m_plan != nullptr && m_link.IsMasterKnown()) {
         notice.state =
             m_plan->IsWriting() ? RecorderState::kRecords : RecorderState::kWaitsForTrigger;
     }
@@ -431,12 +428,14 @@ std::string Recorder::StatusLine() const {
     if (const std::optional<std::uint64_t> free = m_disk->FreeSpace()) {
         line += ", " + SizeText(*free) + " free";
     }
-    if (m_plan == nullptr) {
-        line += ", waiting for the master";
-    } else if (!m_plan->IsWriting()) {
-        line += ", waiting for the trigger";
+    switch (State().state) {
+        case RecorderState::kWaitsForMaster:
+            return line + ", waiting for the master";
+        case RecorderState::kWaitsForTrigger:
+            return line + ", waiting for the trigger";
+        default:
+            return line;
     }
-    return line;
 }
 
 }  // namespace wavo::recorder

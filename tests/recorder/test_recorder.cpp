@@ -170,11 +170,15 @@ TEST_F(RecorderBesideMaster, TheEndOfALinkIsWaitedOver) {
     AwaitConnected();
     Publish(20);
     m_master->End();
+    EXPECT_EQ(m_recorder->State().state, RecorderState::kRecords);
     ASSERT_TRUE(ServeUntil([this] { return m_recorder->Outcome().gaps == 1; }));
+    EXPECT_EQ(m_recorder->State().state, RecorderState::kWaitsForMaster);
+    EXPECT_THAT(m_recorder->StatusLine(), ::testing::EndsWith(", waiting for the master"));
     m_master.reset();
     StartMaster();
     AwaitConnected();
     Publish(20);
+    EXPECT_EQ(m_recorder->State().state, RecorderState::kRecords);
     m_recorder->Finish("enough");
     EXPECT_EQ(m_recorder->Outcome().exit_code, ExitCode::kComplete) << "no line was lost";
     const auto lines = Lines(m_folder.File("a.mcap"));
