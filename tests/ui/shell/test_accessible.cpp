@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QVBoxLayout>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -46,11 +47,33 @@ WavoGraph GraphOf(std::uint32_t number, const char* axis) {
     return graph;
 }
 
+/// Folders of the user that go with the test; afterwards those from before are back.
+class OwnFolders {
+ public:
+    OwnFolders() {
+        for (const char* const name : kNames) {
+            m_before.push_back(qgetenv(name));
+            qputenv(name, m_folder.path().toUtf8());
+        }
+    }
+    ~OwnFolders() {
+        for (std::size_t i = 0; i < std::size(kNames); ++i) {
+            m_before[i].isNull() ? qunsetenv(kNames[i]) : qputenv(kNames[i], m_before[i]);
+        }
+    }
+    OwnFolders(const OwnFolders&) = delete;
+    OwnFolders& operator=(const OwnFolders&) = delete;
+
+ private:
+    static constexpr const char* kNames[] = {testing::kDataHome, "XDG_RUNTIME_DIR"};
+
+    const QTemporaryDir m_folder;
+    std::vector<QByteArray> m_before;
+};
+
 class Accessible : public ::testing::Test {
  protected:
     Accessible() {
-        qputenv(testing::kDataHome, m_folder.path().toUtf8());
-        qputenv("XDG_RUNTIME_DIR", m_folder.path().toUtf8());
         m_frame.resize(1366, 768);
         m_frame.show();
         m_frame.View().OnInitialUpdate();
@@ -68,7 +91,7 @@ class Accessible : public ::testing::Test {
         return access == nullptr ? QStringLiteral("(nothing)") : access->text(kind);
     }
 
-    QTemporaryDir m_folder;
+    const OwnFolders m_folders;  // before what makes files there
     CMainFrame m_frame{testing::RealPrompts()};
 };
 
