@@ -123,7 +123,8 @@ endfunction()
 
 # wavo_test(<name> SOURCES ... LINK ... LABELS ... [EXCLUSIVE] [SHARDS <number>] [TIMEOUT <seconds>] [MAIN]):
 # a GoogleTest program. EXCLUSIVE: it uses names that exist once on a machine (the master's
-# segments); where it cannot have a place of its own for them, it never runs beside another such test.
+# segments); where it cannot have a place of its own for them, as it has under Wine (wine-place.sh), it
+# never runs beside another such test.
 # SHARDS: that many processes, beside each other, run its tests. MAIN: it brings its own main().
 # DEBUG_INFO: it looks at the names and lines of its own functions.
 function(wavo_test name)
@@ -148,7 +149,7 @@ function(wavo_test name)
     "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tools/lsan.supp"
     "ASAN_OPTIONS=allocator_may_return_null=1:detect_stack_use_after_return=1")
   set(tests ${name})
-  if(ARG_SHARDS AND NOT WIN32)
+  if(ARG_SHARDS)
     set(tests)
     math(EXPR last "${ARG_SHARDS} - 1")
     foreach(shard RANGE ${last})
@@ -168,7 +169,7 @@ function(wavo_test name)
     if(ARG_SHARDS)
       set_tests_properties(${test} PROPERTIES COST 1000)  # the long ones first
     endif()
-    if(ARG_EXCLUSIVE AND WIN32)
+    if(ARG_EXCLUSIVE AND WIN32 AND NOT CMAKE_CROSSCOMPILING)
       set_tests_properties(${test} PROPERTIES RESOURCE_LOCK machine_segments)
     endif()
   endforeach()

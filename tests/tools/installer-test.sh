@@ -4,7 +4,7 @@
 #
 #   installer-test.sh BUILD-FOLDER VERSION
 #
-# Under tools/windows/with-wine.sh, as ctest is run there.
+# Under tools/windows/wine-place.sh.
 set -euo pipefail
 build=$1
 version=$2

@@ -39,5 +39,5 @@ endif()
 # What was built runs under Wine; see with-wine.sh.
 find_program(WAVO_WINE NAMES wine wine64)
 if(WAVO_WINE)
-  set(CMAKE_CROSSCOMPILING_EMULATOR ${WAVO_WINE})
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/wine-place.sh ${WAVO_WINE})
 endif()
