@@ -48,6 +48,10 @@ endfunction()
 function(wavo_test_flags target)
   wavo_flags(${target})
   target_compile_options(${target} PRIVATE -O${WAVO_TEST_OPTIMISATION})
+  if(WAVO_SANITIZE)
+    # Half of the time again goes into checks of each pointer, which the other sanitizer finds too.
+    target_compile_options(${target} PRIVATE -fno-sanitize=alignment,null,object-size,vptr)
+  endif()
 endfunction()
 
 # Programs for Windows: with a static Qt, the platform for tests is linked in beside the usual one.
