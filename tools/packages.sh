@@ -44,5 +44,8 @@ packages_to_lint=(clang-format-14 clang-tidy-14)
 packages_to_interoperate=(nodejs npm)
 packages_to_fuzz=(clang-14 libclang-rt-14-dev)
 packages_to_run_linuxcnc=(linuxcnc-uspace linuxcnc-uspace-dev python3 util-linux)
+packages_to_package=(cpio debhelper dpkg-dev fakeroot linuxcnc-uspace-dev python3)
+packages_to_check_packages=(mmdebstrap)
+packages_to_test_packages=(appstream desktop-file-utils devscripts libxml2-utils lintian man-db)
 packages_to_bench=(libbenchmark-dev libboost-dev libfftw3-dev libhdf5-dev libqcustomplot-dev libsimpleini-dev python3
     python3-numpy python3-scipy)
