@@ -12,7 +12,7 @@ root=$(mktemp -d)
 mounted=
 clean_up() {
     [ -z "$mounted" ] || umount -R "$root/proc" "$root/dev" || true
-    rm -rf --one-file-system "$root"
+    rm -rf --one-file-system "$root" "$root".*
 }
 trap clean_up EXIT
 fail() { echo "try-packages: $*" >&2; exit 1; }
@@ -35,7 +35,8 @@ inside 'apt-get update -qq'
 everything >"$root.before"
 
 echo "Installing"
-inside 'apt-get install -y -qq --no-install-recommends /packages/*.deb >/dev/null 2>&1'
+inside 'apt-get install -y -qq --no-install-recommends /packages/*.deb' >"$root.log" 2>&1 ||
+    fail "$(tail "$root.log")"
 inside 'dpkg -L wavo wavo-masters wavo-dev' | sort -u >"$root.files"
 
 echo "Running"
@@ -49,7 +50,7 @@ inside '
     kill $master
     wait $master
     gzip -dc /usr/share/wavo/recordings/circle_xy_r50.csv.gz >circle.csv
-    wavo_report circle circle.csv --axes X,Y --out circle.pdf
+    wavo_report circle circle.csv --axes X,Y --out circle.pdf >/dev/null
     seq 100 | wavo_pipe --axes X --cycle 0.001
     test -s seen.png && test -s circle.pdf && test -s kept.mcap
     ! wavo_linuxcnc --version 2>missing
@@ -57,16 +58,15 @@ inside '
 ' || fail "something does not run"
 
 echo "Removing and purging"
-inside 'apt-get remove -y -qq wavo wavo-masters wavo-dev >/dev/null 2>&1
-    apt-get purge -y -qq wavo wavo-masters wavo-dev >/dev/null 2>&1
-    apt-get autoremove --purge -y -qq >/dev/null 2>&1'
+inside 'apt-get remove -y -qq wavo wavo-masters wavo-dev &&
+    dpkg --purge wavo wavo-masters wavo-dev &&
+    apt-get autoremove --purge -y -qq' >"$root.log" 2>&1 || fail "$(tail "$root.log")"
 everything >"$root.after"
 # Folders of the system stay; files of ours, and anything with our name, do not. What stands below
-# /root the user has made.
-left=$(comm -13 "$root.before" "$root.after" | grep -v '^\./root/' | grep -i wavo || true)
+# /root the user has made, and /tmp does not outlast the computer's next start.
+left=$(comm -13 "$root.before" "$root.after" | grep -vE '^\./(root|tmp)/' | grep -i wavo || true)
 left+=$(sed 's/^/./' "$root.files" | while read -r file; do
     [ -d "$root/$file" ] || [ ! -e "$root/$file" ] || echo "$file"
 done)
-rm -f "$root".before "$root".after "$root".files
 [ -z "$left" ] || fail "left behind: $left"
 echo "try-packages: installed, ran, and left nothing behind"
