@@ -31,8 +31,7 @@ using wavo::bench::SceneSamples;
 /// A graph whose samples do not count.
 constexpr std::size_t kFewSamples = kFrameSamples;
 
-/// Steps that the samples come in: few enough to be done in time, and so many that what a step
-/// keeps of its new samples does not count.
+/// Steps that the samples come in: few enough to be done in time.
 constexpr std::size_t kSteps = 100;
 
 double BytesInUse() {
@@ -40,7 +39,8 @@ double BytesInUse() {
     return static_cast<double>(use.uordblks) + static_cast<double>(use.hblkhd);
 }
 
-/// Takes all samples in, and a step's worth more than is held.
+/// Takes all samples in, and a step's worth more than is held. What a step keeps of its new samples
+/// is what it keeps of a few: the last one is as large as usual.
 template <typename Plot>
 void FillLive(Plot& plot, const Scene& scene, SceneSamples& samples) {
     const std::size_t frames = scene.held / kFrameSamples;
@@ -52,6 +52,8 @@ void FillLive(Plot& plot, const Scene& scene, SceneSamples& samples) {
         }
         plot.Draw();
     }
+    plot.Add(samples.Next(), kFrameSamples, 1);
+    plot.Draw();
 }
 
 template <typename Plot>

@@ -37,17 +37,18 @@ struct Watched {
 
     void ExpectRight(std::size_t position, std::size_t count) const {
         const MinMax expected = Expected(position, count, false);
-        const MinMax found = pyramid.Of(ring, position, count);
+        const MinMax found = pyramid.Of(ring, ring.FirstSequence() + position, count);
         ASSERT_EQ(found.minimum, expected.minimum) << position << " + " << count;
         ASSERT_EQ(found.maximum, expected.maximum) << position << " + " << count;
-        const MinMax finite = pyramid.FiniteOf(ring, position, count);
+        const MinMax finite = pyramid.FiniteOf(ring, ring.FirstSequence() + position, count);
         ASSERT_EQ(finite.minimum, Expected(position, count, true).minimum);
         ASSERT_EQ(finite.maximum, Expected(position, count, true).maximum);
         bool nan = false;
         for (std::size_t i = position; i < position + count; ++i) {
             nan = nan || std::isnan(ring[i]);
         }
-        ASSERT_EQ(pyramid.HasNaN(ring, position, count), nan) << position << " + " << count;
+        ASSERT_EQ(pyramid.HasNaN(ring, ring.FirstSequence() + position, count), nan)
+            << position << " + " << count;
     }
 
     std::size_t limit;
@@ -111,7 +112,7 @@ TEST(MinMaxPyramid, ABatchOfTheWholeRingReplacesAll) {
     Watched watched(1000);
     watched.Push(std::vector<double>(1000, 5.0));
     watched.Push(std::vector<double>(1000, 3.0));
-    EXPECT_EQ(watched.pyramid.Of(watched.ring, 0, 1000).maximum, 3.0);
+    EXPECT_EQ(watched.pyramid.Of(watched.ring, 1000, 1000).maximum, 3.0);
 }
 
 TEST(MinMaxPyramid, NothingAndNaNAloneAreEmpty) {

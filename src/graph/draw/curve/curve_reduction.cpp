@@ -18,14 +18,14 @@ std::int32_t ColumnOf(const std::vector<std::uint64_t>& first_steps, std::uint64
 class Reduction {
  public:
     Reduction(TimeCurve& curve, const CurvePixels& pixels, ReductionRoom& room, ColumnSpans& spans)
-        : m_ring(curve.Ring()),
-          m_pyramid(curve.Pyramid()),
-          m_begin(curve.Stretch().position),
-          m_size(m_ring.Size()),
-          m_samples(m_ring.Slots().data()),
-          m_slots(m_ring.Slots().size()),
-          m_oldest(m_size == 0 ? 0 : m_ring.SlotOf(0)),
-          m_may_hold_nan(m_pyramid.HasNaN()),
+        : m_buffer(curve.Buffer()),
+          m_pyramid(m_buffer.Pyramid()),
+          m_begin(curve.Begin()),
+          m_samples(m_buffer.Slots().data()),
+          m_slots(m_buffer.Slots().size()),
+          m_first_slot(curve.Size() == 0 ? 0 : m_buffer.SlotOfSequence(m_begin)),
+          m_may_hold_nan(
+              m_pyramid.HasNaN(m_buffer, m_begin, static_cast<std::size_t>(curve.Stretch().count))),
           m_pixels(pixels),
           m_room(room),
           m_spans(spans),
@@ -69,7 +69,7 @@ class Reduction {
         }
         return ForColumns(run,
                           [this](std::int32_t column, std::uint64_t position, std::uint64_t count) {
-                              AddColumn(column, m_begin + position, count);
+                              AddColumn(column, position, count);
                               m_column = column;
                           });
     }
@@ -102,14 +102,18 @@ class Reduction {
     }
 
     [[nodiscard]] std::size_t SlotOf(std::uint64_t position) const {
-        const std::size_t slot = m_oldest + static_cast<std::size_t>(position);
+        const std::size_t slot = m_first_slot + static_cast<std::size_t>(position);
         return slot < m_slots ? slot : slot - m_slots;
+    }
+
+    [[nodiscard]] double SampleAt(std::uint64_t position) const {
+        return m_samples[SlotOf(position)];
     }
 
     [[nodiscard]] MinMax RangeOf(std::uint64_t first, std::uint64_t count) const {
         const std::size_t begin = SlotOf(first);
         return begin + count <= m_slots ? m_pyramid.OfSlots(m_samples, begin, begin + count)
-                                        : m_pyramid.Of(m_ring, first, count);
+                                        : m_pyramid.Of(m_buffer, m_begin + first, count);
     }
 
     /// Finds the first slot of each column of a run and the end of the last one, as if the slots
@@ -119,7 +123,7 @@ class Reduction {
         const auto columns = static_cast<std::size_t>(last_column - first_column) + 1;
         std::vector<std::size_t>& bounds = m_room.bounds;
         bounds.resize(columns + 1);
-        const std::size_t begin = SlotOf(m_begin + run.position);
+        const std::size_t begin = SlotOf(run.position);
         const std::uint64_t* const steps = m_pixels.first_steps.data() + first_column;
         bounds[0] = begin;
         bool dense = true;
@@ -141,8 +145,8 @@ class Reduction {
         }
         const auto beyond = std::upper_bound(bounds.begin(), bounds.end(), m_slots);
         const auto around = static_cast<std::size_t>(beyond - bounds.begin()) - 1;
-        const MinMax range =
-            m_pyramid.Of(m_ring, bounds[around] - m_oldest, bounds[around + 1] - bounds[around]);
+        const MinMax range = m_pyramid.Of(m_buffer, m_begin + (bounds[around] - m_first_slot),
+                                          bounds[around + 1] - bounds[around]);
         m_room.first[around] = m_samples[bounds[around] % m_slots];
         m_room.minimum[around] = range.minimum;
         m_room.maximum[around] = range.maximum;
@@ -275,8 +279,7 @@ class Reduction {
             if (next[i] - top[i] >= kLongWayDown) {
                 const std::uint64_t after =
                     m_pixels.first_steps[static_cast<std::size_t>(first_column + i) + 1];
-                const double last =
-                    m_samples[SlotOf(m_begin + run.position + (after - run.step) - 1)];
+                const double last = m_samples[SlotOf(run.position + (after - run.step) - 1)];
                 const std::int32_t last_row =
                     m_pixels.rows.Size() - 1 - m_pixels.rows.IndexOf(last);
                 early = EndsEarly(next[i] - last_row);
@@ -291,7 +294,7 @@ class Reduction {
     }
 
     void AddColumn(std::int32_t column, std::uint64_t first, std::uint64_t count) {
-        if (m_may_hold_nan && m_pyramid.HasNaN(m_ring, first, count)) {
+        if (m_may_hold_nan && m_pyramid.HasNaN(m_buffer, m_begin + first, count)) {
             if (RangeOf(first, count).IsEmpty()) {
                 m_builder.Break();
             } else {
@@ -299,13 +302,13 @@ class Reduction {
             }
             return;
         }
-        m_builder.Column(column, m_ring[first], RangeOf(first, count), m_ring[first + count - 1],
-                         count > 1);
+        m_builder.Column(column, SampleAt(first), RangeOf(first, count),
+                         SampleAt(first + count - 1), count > 1);
     }
 
     void AddEach(std::int32_t column, std::uint64_t first, std::uint64_t count) {
         for (std::uint64_t position = first; position < first + count; ++position) {
-            const double sample = m_ring[position];
+            const double sample = SampleAt(position);
             if (std::isnan(sample)) {
                 m_builder.Break();
             } else {
@@ -314,13 +317,12 @@ class Reduction {
         }
     }
 
-    const SampleRing& m_ring;
+    const SampleBuffer& m_buffer;
     const MinMaxPyramid& m_pyramid;
-    std::uint64_t m_begin;
-    std::uint64_t m_size;
+    std::uint64_t m_begin;    // sequence of the curve's first sample
     const double* m_samples;  // by slot
     std::size_t m_slots;
-    std::size_t m_oldest;  // slot of the ring's oldest sample
+    std::size_t m_first_slot;  // of the curve's first sample
     bool m_may_hold_nan;
     const CurvePixels& m_pixels;
     ReductionRoom& m_room;
@@ -368,8 +370,8 @@ bool ReduceCurve(TimeCurve& curve, const CurvePixels& pixels, ReductionRoom& roo
 std::vector<QLine> CurveSegments(TimeCurve& curve, const CurvePixels& pixels,
                                  const QPoint& bottom_left) {
     std::vector<QLine> segments;
-    const SampleRing& ring = curve.Ring();
-    const std::uint64_t begin = curve.Stretch().position;
+    const SampleBuffer& buffer = curve.Buffer();
+    const std::uint64_t begin = curve.Begin();
     const auto columns = static_cast<std::int32_t>(pixels.first_steps.size()) - 1;
     bool open = false;
     QPoint last;
@@ -381,7 +383,7 @@ std::vector<QLine> CurveSegments(TimeCurve& curve, const CurvePixels& pixels,
                    pixels.first_steps[static_cast<std::size_t>(column) + 1] <= run.step + i) {
                 ++column;
             }
-            const double sample = ring[begin + run.position + i];
+            const double sample = buffer.Sample(begin + run.position + i);
             if (std::isnan(sample)) {
                 open = false;
                 continue;
