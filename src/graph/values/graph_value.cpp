@@ -274,6 +274,7 @@ void GraphValue::EmptyNewValues() {
     m_new_begin = m_values.Appended();
     m_new_values_aside = false;
     m_new_values.clear();
+    m_values.FreeOldPyramid();
     OpenRun();
 }
 

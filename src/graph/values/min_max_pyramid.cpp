@@ -116,6 +116,22 @@ void ForSlots(const SampleRing& ring, std::uint64_t sequence, std::size_t count,
 
 }  // namespace
 
+MinMax FiniteExtremesOf(std::span<const double> samples) {
+    Extent extent;
+    extent.Take(samples.data(), samples.size());
+    const MinMax range = extent.Result();
+    if (range.IsEmpty() || (std::isfinite(range.minimum) && std::isfinite(range.maximum))) {
+        return range;
+    }
+    MinMax finite;
+    for (const double sample : samples) {
+        if (std::isfinite(sample)) {
+            finite = {std::min(finite.minimum, sample), std::max(finite.maximum, sample)};
+        }
+    }
+    return finite;
+}
+
 void MinMaxPyramid::Level::Resize(std::size_t blocks, std::size_t expected) {
     minimum.reserve(expected);
     maximum.reserve(expected);

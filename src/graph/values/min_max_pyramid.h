@@ -48,12 +48,20 @@ struct RowLimits {
     double* first_maximum;
 };
 
+/// The finite ones of some samples, read one by one.
+[[nodiscard]] MinMax FiniteExtremesOf(std::span<const double> samples);
+
 class MinMaxPyramid {
  public:
     /// Takes in what has arrived in the ring since the last Update. Costs a few operations per new
     /// sample; after the ring has moved its samples, all are taken in anew. REQUIRES: the same ring
     /// each time (or Clear in between).
     void Update(const SampleRing& ring);
+
+    /// It was updated once, and of what it took in then the ring keeps nothing.
+    [[nodiscard]] bool HasMissedAllOf(const SampleRing& ring) const {
+        return m_started && m_appended < ring.FirstKept();
+    }
 
     /// Forgets the ring and frees the memory.
     void Clear() { *this = MinMaxPyramid(); }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "graph/values/min_max_pyramid.h"
 #include "graph/values/sample_ring.h"
@@ -27,6 +28,15 @@ class SampleBuffer final : public SampleRing {
     [[nodiscard]] const MinMaxPyramid& Pyramid() const {
         m_pyramid.Update(*this);
         return m_pyramid;
+    }
+    /// There is a pyramid that nobody has asked for since all samples that can be read were
+    /// replaced.
+    [[nodiscard]] bool HasOldPyramid() const { return m_pyramid.HasMissedAllOf(*this); }
+    /// Frees such a pyramid: it is of no use any more.
+    void FreeOldPyramid() {
+        if (HasOldPyramid()) {
+            m_pyramid.Clear();
+        }
     }
 
  private:

@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "graph/values/sample_buffer.h"
 #include "special_values.h"
 
 namespace wavo {
@@ -160,6 +161,34 @@ TEST(MinMaxPyramid, FindsTheFewOddSamplesOfALongStretch) {
         watched.ExpectRight(position, 60000 - position);
         watched.ExpectRight(position / 2, random() % (60000 - position / 2) + 1);
     }
+}
+
+TEST(SampleBuffer, FreesAPyramidThatNobodyHasAskedForWhileAllWasReplaced) {
+    SampleBuffer buffer;
+    buffer.SetExpectedSize(2000, 100);
+    const auto push = [&buffer](std::size_t count) {
+        ASSERT_TRUE(buffer.Push(std::vector<double>(count, 1.0), 2000));
+    };
+    push(2000);
+    EXPECT_EQ(buffer.Pyramid().Of(buffer, 0, 2000).maximum, 1.0);
+    push(2000);
+    EXPECT_FALSE(buffer.HasOldPyramid()) << "some of what it took in is kept";
+    push(200);
+    EXPECT_TRUE(buffer.HasOldPyramid());
+    buffer.FreeOldPyramid();
+    EXPECT_FALSE(buffer.HasOldPyramid());
+    EXPECT_EQ(buffer.Pyramid().Of(buffer, 3000, 100).maximum, 1.0) << "and makes it anew";
+}
+
+TEST(MinMaxPyramid, FiniteExtremesAreThoseOfAllFiniteOnes) {
+    EXPECT_TRUE(FiniteExtremesOf({}).IsEmpty());
+    EXPECT_TRUE(FiniteExtremesOf(std::vector<double>{kNaN, kInf, -kInf}).IsEmpty());
+    const MinMax all = FiniteExtremesOf(std::vector<double>{3, 1, kNaN, 2, -kInf, 7, kInf, 5});
+    EXPECT_EQ(all.minimum, 1.0);
+    EXPECT_EQ(all.maximum, 7.0);
+    const MinMax finite = FiniteExtremesOf(std::vector<double>{3, -1, kNaN, 2, 7});
+    EXPECT_EQ(finite.minimum, -1.0);
+    EXPECT_EQ(finite.maximum, 7.0);
 }
 
 }  // namespace

@@ -24,6 +24,7 @@ void CurveSamples::Clear() {
     LeaveStream();
     m_own.Clear();
     m_own.SetExpectedSize(m_max_points);
+    m_numbers_used += m_appended;
     m_appended = 0;
 }
 

@@ -44,6 +44,9 @@ class CurveSamples final : private SampleHolder {
     /// Sequence number of the oldest sample held.
     [[nodiscard]] std::uint64_t FirstSequence() const { return m_appended - Size(); }
 
+    /// Number of the oldest sample held. Numbers rise by one and are never used twice.
+    [[nodiscard]] std::uint64_t FirstNumber() const { return m_numbers_used + FirstSequence(); }
+
     /// Where the samples stand, and the sequence number of the oldest of them there.
     [[nodiscard]] const SampleBuffer& Buffer() const { return m_shares ? *m_stream : m_own; }
     [[nodiscard]] std::uint64_t Begin() const {
@@ -70,7 +73,8 @@ class CurveSamples final : private SampleHolder {
 
     std::uint64_t m_max_points;
     std::uint64_t m_appended = 0;
-    SampleBuffer m_own;  ///< empty while they are looked at in the stream's buffer
+    std::uint64_t m_numbers_used = 0;  ///< before the last Clear
+    SampleBuffer m_own;                ///< empty while they are looked at in the stream's buffer
 
     const SampleBuffer* m_stream = nullptr;  ///< that tells this holder of its end
     std::uint64_t m_stream_offset = 0;       ///< of sequences there; modulo 2^64

@@ -8,6 +8,14 @@
 
 namespace wavo {
 
+namespace {
+
+/// Curves of up to so many samples are quicker read, now and then, than a pyramid over them is kept
+/// up to date; and it has memory.
+constexpr std::uint64_t kReadEach = std::uint64_t{1} << 17U;
+
+}  // namespace
+
 TimeCurve::TimeCurve(double step, std::uint64_t max_points) : m_step(step), m_held(max_points) {}
 
 void TimeCurve::Clear() {
@@ -167,18 +175,28 @@ void TimeCurve::CopySamples(std::vector<double>& out) const {
 MinMax TimeCurve::FiniteExtremes() {
     const SampleBuffer& buffer = Buffer();
     MinMax extremes;
-    const auto take = [&](const SampleStretch& stretch) {
-        const MinMax range = buffer.Pyramid().FiniteOf(buffer, FirstOfBuffer() + stretch.position,
-                                                       static_cast<std::size_t>(stretch.count));
+    const auto take = [&](const MinMax& range) {
         extremes.minimum = std::min(extremes.minimum, range.minimum);
         extremes.maximum = std::max(extremes.maximum, range.maximum);
     };
+    if (!ShowsWindow() && m_held.Size() <= kReadEach) {
+        const SampleRing::Parts parts =
+            buffer.RangeOf(m_held.Begin(), static_cast<std::size_t>(m_held.Size()));
+        take(FiniteExtremesOf(parts.first));
+        take(FiniteExtremesOf(parts.second));
+        return extremes;
+    }
+    const MinMaxPyramid& pyramid = buffer.Pyramid();
+    const auto take_stretch = [&](const SampleStretch& stretch) {
+        take(pyramid.FiniteOf(buffer, FirstOfBuffer() + stretch.position,
+                              static_cast<std::size_t>(stretch.count)));
+    };
     if (!ShowsWindow()) {
-        take(Stretch());
+        take_stretch(Stretch());
         return extremes;
     }
     for (const RowPart& part : m_window_parts) {
-        take(part.samples);
+        take_stretch(part.samples);
     }
     return extremes;
 }

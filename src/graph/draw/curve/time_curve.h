@@ -95,6 +95,12 @@ class TimeCurve {
     [[nodiscard]] std::uint64_t Begin() const { return FirstOfBuffer() + Stretch().position; }
     /// Which samples these are of those of the window's buffer, else of those that the curve holds.
     [[nodiscard]] SampleStretch Stretch() const;
+    /// Number of the first sample; numbers rise by one and are never used twice. Nothing where a
+    /// window shows another buffer.
+    [[nodiscard]] std::optional<std::uint64_t> FirstNumber() const {
+        return m_window != nullptr ? std::nullopt
+                                   : std::optional(m_held.FirstNumber() + Stretch().position);
+    }
     [[nodiscard]] std::vector<CurveRun> Runs() const;
     /// Times are sums of steps, not places x step.
     [[nodiscard]] bool TimesAreSums() const { return !ShowsWindow() && OwnTimesAreSums(); }
