@@ -3,6 +3,7 @@
 //
 // memory_per_sample/<samples held>: the graph was there first, and the samples came in steps.
 // memory_rebuilt/<samples held>: the graph was made over a buffer that held them already.
+// memory_64streams/1e5: 64 streams in 16 graphs that were there first, each of 1e5 samples.
 //
 // What a graph needs whatever it shows (picture, texts, layout) is not counted: it is measured with
 // few samples and taken off. The rival is QCustomPlot with the same samples. The limit is the
@@ -31,8 +32,7 @@ using wavo::bench::SceneSamples;
 /// A graph whose samples do not count.
 constexpr std::size_t kFewSamples = kFrameSamples;
 
-/// Steps that the samples come in: few enough to be done in time, and so many that what a step
-/// keeps of its new samples does not count.
+/// Steps that the samples come in: few enough to be done in time.
 constexpr std::size_t kSteps = 100;
 
 double BytesInUse() {
@@ -40,7 +40,8 @@ double BytesInUse() {
     return static_cast<double>(use.uordblks) + static_cast<double>(use.hblkhd);
 }
 
-/// Takes all samples in, and a step's worth more than is held.
+/// Takes all samples in, and a step's worth more than is held. What a step keeps of its new samples
+/// is what it keeps of a few: the last one is as large as usual.
 template <typename Plot>
 void FillLive(Plot& plot, const Scene& scene, SceneSamples& samples) {
     const std::size_t frames = scene.held / kFrameSamples;
@@ -52,6 +53,8 @@ void FillLive(Plot& plot, const Scene& scene, SceneSamples& samples) {
         }
         plot.Draw();
     }
+    plot.Add(samples.Next(), kFrameSamples, 1);
+    plot.Draw();
 }
 
 template <typename Plot>
@@ -62,9 +65,21 @@ void FillBefore(Plot& plot, const Scene& scene, SceneSamples& samples) {
 template <typename Plot>
 using Fill = void (*)(Plot&, const Scene&, SceneSamples&);
 
-template <typename Plot>
-double BytesOfPlot(std::size_t held, Fill<Plot> fill) {
+/// One graph of one curve.
+Scene OneStream() {
+    return {};
+}
+
+Scene ManyStreams() {
     Scene scene;
+    scene.size = QSize(1920, 1080);
+    scene.graphs = 16;
+    scene.curves = 4;
+    return scene;
+}
+
+template <typename Plot>
+double BytesOfPlot(Scene scene, std::size_t held, Fill<Plot> fill) {
     scene.held = held;
     SceneSamples samples(scene);
     const double before = BytesInUse();
@@ -74,24 +89,25 @@ double BytesOfPlot(std::size_t held, Fill<Plot> fill) {
 }
 
 /// The same however often it is asked, so it is found once.
-template <typename Plot, Fill<Plot> kFill>
+template <typename Plot, Fill<Plot> kFill, Scene (*kScene)()>
 double BytesPerSample(std::size_t held) {
     static std::map<std::size_t, double> found;
     if (found.count(held) == 0) {
-        BytesOfPlot<Plot>(kFewSamples, kFill);  // makes what the process makes once
-        const double few = BytesOfPlot<Plot>(kFewSamples, kFill);
-        const double all = BytesOfPlot<Plot>(held, kFill);
-        found[held] = (all - few) / static_cast<double>(held - kFewSamples);
+        BytesOfPlot<Plot>(kScene(), kFewSamples, kFill);  // makes what the process makes once
+        const double few = BytesOfPlot<Plot>(kScene(), kFewSamples, kFill);
+        const double all = BytesOfPlot<Plot>(kScene(), held, kFill);
+        const std::size_t samples = (held - kFewSamples) * kScene().Streams();
+        found[held] = (all - few) / static_cast<double>(samples);
     }
     return found[held];
 }
 
-template <typename Plot, Fill<Plot> kFill>
+template <typename Plot, Fill<Plot> kFill, Scene (*kScene)() = OneStream>
 void Measure(benchmark::State& state, std::size_t held, const char* label) {
     for (auto _ : state) {
-        benchmark::DoNotOptimize(BytesPerSample<Plot, kFill>(held));
+        benchmark::DoNotOptimize(BytesPerSample<Plot, kFill, kScene>(held));
     }
-    wavo::bench::SetBytesPerItem(state, BytesPerSample<Plot, kFill>(held));
+    wavo::bench::SetBytesPerItem(state, BytesPerSample<Plot, kFill, kScene>(held));
     state.SetLabel(label);
 }
 
@@ -120,6 +136,11 @@ constexpr char kRivalName[] = "QCustomPlot";
         add(rebuilt + "/rival", Measure<RivalPlot, FillBefore<RivalPlot>>, held, kRivalName);
         add(rebuilt + "/limit", Limit);
     }
+    const std::string many = "memory_64streams/1e5";
+    constexpr std::size_t kHeld = 100000;
+    add(many + "/ours", Measure<OursPlot, FillLive<OursPlot>, ManyStreams>, kHeld, "");
+    add(many + "/rival", Measure<RivalPlot, FillLive<RivalPlot>, ManyStreams>, kHeld, kRivalName);
+    add(many + "/limit", Limit);
     return true;
 }();
 

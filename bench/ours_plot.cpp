@@ -11,7 +11,7 @@ constexpr ColorRef kColors[] = {0x00FFFF, 0x00FF00, 0xFFFF00, 0x5050FF,
                                 0xFF50FF, 0xFF8040, 0x40C0FF, 0xC0C0C0};
 
 std::string StreamName(std::size_t stream) {
-    return "A" + std::to_string(stream);
+    return std::string("A").append(std::to_string(stream));
 }
 
 ScaleDefinition AxisScale(const Scene& scene) {

@@ -87,7 +87,7 @@ void GraphCurves::AddAndDraw(const GraphRecorder& recorder, PlotCanvas* canvas) 
         } else if (taken.values.empty()) {
             m_lines[i]->DrawAllLinesXIsTime(kOwnColor, canvas);
         } else {
-            m_lines[i]->DrawLinesXIsTime(taken.values, taken.start_time, canvas);
+            m_lines[i]->DrawLinesXIsTime(taken.values, taken.start_time, canvas, taken.origin);
         }
     }
 }

@@ -87,11 +87,11 @@ double LinesDrawAxis::GetXTimeRange() const {
 }
 
 void LinesDrawAxis::DrawLinesXIsTime(const std::vector<double>& values, double start_time,
-                                     PlotCanvas* canvas) {
+                                     PlotCanvas* canvas, const SampleOrigin& origin) {
     if (values.empty()) {
         return;
     }
-    if (m_curve->Add({{}, values, start_time == 0.0, m_x_scale.TimeRange}, m_plot)) {
+    if (m_curve->Add({{}, values, start_time == 0.0, m_x_scale.TimeRange, origin}, m_plot)) {
         m_y_auto.CountDrawn(values.size());
     }
     DrawAllLinesXIsTime(kOwnColor, canvas);
@@ -106,8 +106,8 @@ void LinesDrawAxis::DrawLinesXIsAx(const std::vector<double>& x_values,
     DrawAllLinesXIsAx(kOwnColor, canvas);
 }
 
-void LinesDrawAxis::ShowWindow(const SampleRing& ring, std::vector<RowPart> parts) {
-    m_over_time->ShowWindow(ring, std::move(parts));
+void LinesDrawAxis::ShowWindow(const SampleBuffer& buffer, std::vector<RowPart> parts) {
+    m_over_time->ShowWindow(buffer, std::move(parts));
     FitScaleToWindow();
 }
 

@@ -79,12 +79,13 @@ class LinesDrawAxis {
     /// Adds the new values of a paint, the first of which was taken at `start_time` (seconds; 0
     /// begins a sweep at the left), and draws the curve. Without new values nothing is drawn.
     /// `canvas` may be null: the values are added only. Else the curve must stay until the
-    /// drawing ends.
-    void DrawLinesXIsTime(const std::vector<double>& values, double start_time, PlotCanvas* canvas);
+    /// drawing ends. `origin`: where the values stand in the buffer of their stream.
+    void DrawLinesXIsTime(const std::vector<double>& values, double start_time, PlotCanvas* canvas,
+                          const SampleOrigin& origin = {});
 
-    /// Replaces the curve by parts of a ring, in the order of time, row 0 at 0, and adapts an
-    /// automatic scale to them. The ring is not owned and stays until KeepWindow or Empty.
-    void ShowWindow(const SampleRing& ring, std::vector<RowPart> parts);
+    /// Replaces the curve by parts of a buffer, in the order of time, row 0 at 0, and adapts an
+    /// automatic scale to them. The buffer is not owned and stays until KeepWindow or Empty.
+    void ShowWindow(const SampleBuffer& buffer, std::vector<RowPart> parts);
 
     /// The same for the times from `from` to `to`, seconds from the oldest sample that the curve
     /// holds.

@@ -17,7 +17,7 @@ namespace {
 constexpr double kSameTime = 1e-6;
 
 /// Room for new values that is kept from step to step.
-constexpr std::size_t kValuesKept = 16384;
+constexpr std::size_t kValuesKept = 4096;
 
 constexpr std::uint64_t kAnyCount = std::numeric_limits<std::uint64_t>::max();
 
@@ -30,11 +30,13 @@ void TakenValues::Discard() {
     values.clear();
     start_time = 0.0;
     underived.clear();
+    origin = {};
 }
 
 void TakenValues::DropFront(std::uint64_t count) {
     const std::uint64_t dropped = std::min<std::uint64_t>(count, values.size());
     values.erase(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(dropped));
+    origin.sequence += dropped;
     for (SampleStretch& stretch : underived) {
         const std::uint64_t end = stretch.position + stretch.count;
         stretch.position -= std::min(dropped, stretch.position);
@@ -50,6 +52,9 @@ void TakenValues::LeaveOutUnderived() {
     for (const SampleStretch& stretch : underived) {
         const auto begin = std::min<std::uint64_t>(stretch.position, values.size());
         const auto end = std::min<std::uint64_t>(stretch.position + stretch.count, values.size());
+        if (begin < end) {
+            origin = {};
+        }
         std::fill(values.begin() + static_cast<std::ptrdiff_t>(begin),
                   values.begin() + static_cast<std::ptrdiff_t>(end), kNoValue);
     }
@@ -162,6 +167,7 @@ void GraphRecorder::TakeRows(const StreamRows& rows, const SampleStretch& taken)
         if (m_taken[i].value != nullptr) {
             rows.Copy(i, taken.position, taken.count, m_taken[i].values);
             m_taken[i].underived = rows.Underived(i, taken.position, taken.count);
+            m_taken[i].origin = rows.OriginOf(i, taken.position, taken.count);
         }
     }
 }
@@ -199,6 +205,7 @@ void GraphRecorder::TakeNew(const StreamRows& rows) {
             if (taken.value != nullptr) {
                 taken.value->GetNewValues(taken.values, taken.start_time);
                 taken.underived = rows.Underived(i, first, taken.values.size());
+                taken.origin = {&taken.value->Values(), taken.value->FirstNewSequence()};
             }
         }
         m_new_lines = rows.LinesOf(first, rows.Count() - first);

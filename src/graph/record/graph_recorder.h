@@ -32,6 +32,7 @@ struct TakenValues {
     std::vector<double> values;
     double start_time = 0.0;               ///< of the first of the values, seconds
     std::vector<SampleStretch> underived;  ///< values that are no derivatives
+    SampleOrigin origin;                   ///< of the values, where they are as in the buffer
 
     void Discard();
     void DropFront(std::uint64_t count);

@@ -21,6 +21,11 @@ namespace wavo {
 
 namespace {
 
+/// Dropped samples that can still be read: a curve holds one or two more than the buffer, and does
+/// not drop its oldest before it has taken the new ones.
+constexpr std::uint64_t kLeastKept = 512;
+constexpr std::uint64_t kKeptOfCapacity = 512;  // one of so many
+
 /// Truncates toward zero; 0 for negative numbers and what is not a number, the largest count for
 /// numbers beyond it.
 template <typename Count>
@@ -43,11 +48,15 @@ GraphValue::GraphValue(std::string name, double cycle_time, double time_range,
       m_derivation_order(derivation_order),
       m_divisor(DerivationDivisor(cycle_time, derivation_order)),
       m_capacity(ComputeCapacity()) {
-    m_values.SetExpectedSize(m_capacity);
+    ExpectCapacity();
 }
 
 std::uint64_t GraphValue::ComputeCapacity() const {
     return TruncateToCount<std::uint64_t>(m_time_range / m_cycle_time);
+}
+
+void GraphValue::ExpectCapacity() {
+    m_values.SetExpectedSize(m_capacity, std::max(kLeastKept, m_capacity / kKeptOfCapacity));
 }
 
 std::uint64_t GraphValue::StoredCount() const {
@@ -215,7 +224,7 @@ void GraphValue::CapacityBecomesSize() {
 void GraphValue::Reset() {
     m_values.Clear();
     m_capacity = ComputeCapacity();
-    m_values.SetExpectedSize(m_capacity);
+    ExpectCapacity();
     m_stored_base = 0;
     m_stored_base_appended = 0;
     ForgetNewValues();
@@ -229,7 +238,7 @@ void GraphValue::GrowTimeRange(double time_range) {
     m_stored_base_appended = m_values.Appended();
     m_time_range = time_range;
     m_capacity = ComputeCapacity();
-    m_values.SetExpectedSize(m_capacity);
+    ExpectCapacity();
     ForgetNewValues();
     m_history.clear();
     BeginDerivation();
@@ -265,6 +274,7 @@ void GraphValue::EmptyNewValues() {
     m_new_begin = m_values.Appended();
     m_new_values_aside = false;
     m_new_values.clear();
+    m_values.FreeOldPyramid();
     OpenRun();
 }
 

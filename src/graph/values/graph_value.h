@@ -26,7 +26,7 @@
 #include <vector>
 
 #include "graph/values/line_log.h"
-#include "graph/values/sample_ring.h"
+#include "graph/values/sample_buffer.h"
 
 namespace wavo {
 
@@ -131,7 +131,7 @@ class GraphValue {
     [[nodiscard]] std::uint64_t FirstNewSequence() const { return m_new_begin; }
     /// The lines of the samples, by their sequence numbers.
     [[nodiscard]] const LineLog& Lines() const { return m_lines; }
-    [[nodiscard]] const SampleRing& Values() const { return m_values; }
+    [[nodiscard]] const SampleBuffer& Values() const { return m_values; }
     /// Number of the samples that GetNewValues gives.
     [[nodiscard]] std::uint64_t NewCount() const;
     /// Time of the newest sample, seconds: pushed count x cycle time.
@@ -139,6 +139,8 @@ class GraphValue {
 
  private:
     [[nodiscard]] std::uint64_t ComputeCapacity() const;
+    /// Gives the value FIFO as many slots as the capacity asks for.
+    void ExpectCapacity();
     [[nodiscard]] bool Full() const;
     /// Stores a sample where the run has ended, and opens the next run.
     void SetValueAtRunEnd(double sample);
@@ -189,7 +191,7 @@ class GraphValue {
     double m_divisor;  // cycle time to the power of the derivation order
 
     std::uint64_t m_capacity = 0;
-    SampleRing m_values;
+    SampleBuffer m_values;
     // StoredCount() follows from what was stored when capacity or counts were last set anew.
     std::uint64_t m_stored_base = 0;
     std::uint64_t m_stored_base_appended = 0;

@@ -103,11 +103,11 @@ std::size_t CeilDivide(std::size_t dividend, std::size_t divisor) {
 /// Calls `work` with the one or two ranges of slots (begin, end) that a stretch of the ring
 /// occupies. Stops when it returns false.
 template <typename Work>
-void ForSlots(const SampleRing& ring, std::size_t position, std::size_t count, Work work) {
+void ForSlots(const SampleRing& ring, std::uint64_t sequence, std::size_t count, Work work) {
     if (count == 0) {
         return;
     }
-    const std::size_t begin = ring.SlotOf(position);
+    const std::size_t begin = ring.SlotOfSequence(sequence);
     const std::size_t in_first = std::min(count, ring.Slots().size() - begin);
     if (work(begin, begin + in_first) && in_first < count) {
         work(0, count - in_first);
@@ -115,6 +115,22 @@ void ForSlots(const SampleRing& ring, std::size_t position, std::size_t count, W
 }
 
 }  // namespace
+
+MinMax FiniteExtremesOf(std::span<const double> samples) {
+    Extent extent;
+    extent.Take(samples.data(), samples.size());
+    const MinMax range = extent.Result();
+    if (range.IsEmpty() || (std::isfinite(range.minimum) && std::isfinite(range.maximum))) {
+        return range;
+    }
+    MinMax finite;
+    for (const double sample : samples) {
+        if (std::isfinite(sample)) {
+            finite = {std::min(finite.minimum, sample), std::max(finite.maximum, sample)};
+        }
+    }
+    return finite;
+}
 
 void MinMaxPyramid::Level::Resize(std::size_t blocks, std::size_t expected) {
     minimum.reserve(expected);
@@ -156,31 +172,34 @@ void MinMaxPyramid::Update(const SampleRing& ring) {
     if (m_started && m_moves == ring.Moves() && m_appended == ring.Appended()) {
         return;
     }
-    const std::size_t size = ring.Size();
-    const bool anew = !m_started || m_moves != ring.Moves() || ring.Appended() - m_appended >= size;
+    const std::uint64_t oldest = ring.FirstKept();
+    const std::uint64_t appended = ring.Appended();
+    const bool anew = !m_started || m_moves != ring.Moves() || m_appended < oldest;
     if (anew) {
         m_levels.clear();
         m_slots_taken = 0;
     }
-    const std::size_t count = anew ? size : static_cast<std::size_t>(ring.Appended() - m_appended);
+    const std::uint64_t first = anew ? oldest : m_appended;
     m_started = true;
     m_moves = ring.Moves();
-    m_appended = ring.Appended();
-    if (size == 0) {
+    m_appended = appended;
+    if (first == appended) {
         return;
     }
     // Where the samples lie around the end, all slots have been written before.
-    const bool around_end = ring.SlotOf(0) > ring.SlotOf(size - 1);
+    const std::size_t newest_slot = ring.SlotOfSequence(appended - 1);
+    const bool around_end = ring.SlotOfSequence(oldest) > newest_slot;
     const std::size_t taken =
-        std::max(m_slots_taken, around_end ? ring.Slots().size() : ring.SlotOf(size - 1) + 1);
+        std::max(m_slots_taken, around_end ? ring.Slots().size() : newest_slot + 1);
     if (taken != m_slots_taken) {
         ResizeLevels(taken, ring.Slots().size());
     }
     const double* const samples = ring.Slots().data();
-    ForSlots(ring, size - count, count, [&](std::size_t begin, std::size_t end) {
-        UpdateSlots(samples, begin, end);
-        return true;
-    });
+    ForSlots(ring, first, static_cast<std::size_t>(appended - first),
+             [&](std::size_t begin, std::size_t end) {
+                 UpdateSlots(samples, begin, end);
+                 return true;
+             });
 }
 
 void MinMaxPyramid::UpdateSlots(const double* samples, std::size_t begin, std::size_t end) {
@@ -252,10 +271,10 @@ void MinMaxPyramid::TakeSlots(const double* samples, std::size_t begin, std::siz
     }
 }
 
-MinMax MinMaxPyramid::Of(const SampleRing& ring, std::size_t position, std::size_t count) const {
+MinMax MinMaxPyramid::Of(const SampleRing& ring, std::uint64_t sequence, std::size_t count) const {
     const double* const samples = ring.Slots().data();
     Extent extent;
-    ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
+    ForSlots(ring, sequence, count, [&](std::size_t begin, std::size_t end) {
         TakeSlots(samples, begin, end, extent);
         return true;
     });
@@ -312,13 +331,14 @@ bool MinMaxPyramid::HasNaN() const {
                        [](std::uint8_t mark) { return (mark & kHoldsNaN) != 0; });
 }
 
-bool MinMaxPyramid::HasNaN(const SampleRing& ring, std::size_t position, std::size_t count) const {
+bool MinMaxPyramid::HasNaN(const SampleRing& ring, std::uint64_t sequence,
+                           std::size_t count) const {
     if (!HasNaN() || count == 0) {
         return false;
     }
     const double* const samples = ring.Slots().data();
     bool found = false;
-    ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
+    ForSlots(ring, sequence, count, [&](std::size_t begin, std::size_t end) {
         found = SlotsHaveNaN(samples, begin, end);
         return !found;
     });
@@ -350,15 +370,15 @@ bool MinMaxPyramid::SlotsHaveNaN(const double* samples, std::size_t begin, std::
     return false;
 }
 
-MinMax MinMaxPyramid::FiniteOf(const SampleRing& ring, std::size_t position,
+MinMax MinMaxPyramid::FiniteOf(const SampleRing& ring, std::uint64_t sequence,
                                std::size_t count) const {
-    const MinMax range = Of(ring, position, count);
+    const MinMax range = Of(ring, sequence, count);
     if (range.IsEmpty() || (std::isfinite(range.minimum) && std::isfinite(range.maximum))) {
         return range;
     }
     const double* const samples = ring.Slots().data();
     Extent extent;
-    ForSlots(ring, position, count, [&](std::size_t begin, std::size_t end) {
+    ForSlots(ring, sequence, count, [&](std::size_t begin, std::size_t end) {
         TakeFiniteSlots(samples, begin, end, extent);
         return true;
     });

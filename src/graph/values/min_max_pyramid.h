@@ -6,7 +6,7 @@
 // positions, so that a sample that arrives changes one block per level and no other.
 //
 // Invariants:
-// 1. After Update(ring) every block over slots that hold samples is right.
+// 1. After Update(ring) every block over slots that hold samples, dropped ones too, is right.
 // 2. A block that holds a NaN or an infinite sample is marked; NaN takes no part in its minimum and
 //    maximum.
 // 3. Its memory is 1/7 of that of the samples.
@@ -48,6 +48,9 @@ struct RowLimits {
     double* first_maximum;
 };
 
+/// The finite ones of some samples, read one by one.
+[[nodiscard]] MinMax FiniteExtremesOf(std::span<const double> samples);
+
 class MinMaxPyramid {
  public:
     /// Takes in what has arrived in the ring since the last Update. Costs a few operations per new
@@ -55,12 +58,18 @@ class MinMaxPyramid {
     /// each time (or Clear in between).
     void Update(const SampleRing& ring);
 
+    /// It was updated once, and of what it took in then the ring keeps nothing.
+    [[nodiscard]] bool HasMissedAllOf(const SampleRing& ring) const {
+        return m_started && m_appended < ring.FirstKept();
+    }
+
     /// Forgets the ring and frees the memory.
     void Clear() { *this = MinMaxPyramid(); }
 
-    /// Minimum and maximum of `count` samples from `position` on, infinite ones included, NaN not.
-    /// REQUIRES: Update(ring) since its last change; position + count <= ring.Size().
-    [[nodiscard]] MinMax Of(const SampleRing& ring, std::size_t position, std::size_t count) const;
+    /// Minimum and maximum of `count` samples from a sequence number on, infinite ones included,
+    /// NaN not. REQUIRES: Update(ring) since its last change; ring keeps the samples.
+    [[nodiscard]] MinMax Of(const SampleRing& ring, std::uint64_t sequence,
+                            std::size_t count) const;
 
     /// The same for the samples of the slots from `begin` to before `end` of ring.Slots().data().
     [[nodiscard]] MinMax OfSlots(const double* slots, std::size_t begin, std::size_t end) const;
@@ -80,12 +89,12 @@ class MinMaxPyramid {
     /// Whether any sample at all is NaN. REQUIRES: Update since the last change of the ring.
     [[nodiscard]] bool HasNaN() const;
 
-    /// Whether one of `count` samples from `position` on is NaN. REQUIRES: as Of.
-    [[nodiscard]] bool HasNaN(const SampleRing& ring, std::size_t position,
+    /// Whether one of `count` samples from a sequence number on is NaN. REQUIRES: as Of.
+    [[nodiscard]] bool HasNaN(const SampleRing& ring, std::uint64_t sequence,
                               std::size_t count) const;
 
     /// Minimum and maximum of the finite ones of `count` samples. REQUIRES: as Of.
-    [[nodiscard]] MinMax FiniteOf(const SampleRing& ring, std::size_t position,
+    [[nodiscard]] MinMax FiniteOf(const SampleRing& ring, std::uint64_t sequence,
                                   std::size_t count) const;
 
  private:

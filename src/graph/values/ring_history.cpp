@@ -33,11 +33,6 @@ std::vector<LineLog::Run> RingHistory::Runs() const {
     return m_value.Lines().Runs(ring.FirstSequence(), ring.Appended());
 }
 
-double RingHistory::Sample(std::uint64_t sequence) const {
-    const SampleRing& ring = m_value.Values();
-    return ring[sequence - ring.FirstSequence()];
-}
-
 LineRange RingHistory::Lines() const {
     const std::vector<LineLog::Run> runs = Runs();
     if (runs.empty()) {
@@ -48,7 +43,6 @@ LineRange RingHistory::Lines() const {
 
 HistoryAnswer RingHistory::Columns(std::span<const std::int64_t> bounds, ColumnRow& row) {
     row.Reset(bounds.empty() ? 0 : bounds.size() - 1);
-    m_pyramid.Update(m_value.Values());
     const std::vector<LineLog::Run> runs = Runs();
     auto run = runs.begin();  // the first one that reaches into the column
     for (std::size_t column = 0; column + 1 < bounds.size(); ++column) {
@@ -64,10 +58,9 @@ HistoryAnswer RingHistory::Columns(std::span<const std::int64_t> bounds, ColumnR
             taken += part.count;
         }
         if (taken == static_cast<std::uint64_t>(lines.Count())) {
-            const SampleRing& ring = m_value.Values();
+            const SampleBuffer& buffer = m_value.Values();
             const bool has_nan =
-                taken > 0 &&
-                m_pyramid.HasNaN(ring, PartOf(*run, lines).sequence - ring.FirstSequence(), taken);
+                taken > 0 && buffer.Pyramid().HasNaN(buffer, PartOf(*run, lines).sequence, taken);
             row.missing[column] = has_nan ? 1 : 0;
         }
     }
@@ -79,26 +72,25 @@ void RingHistory::Take(std::uint64_t sequence, std::uint64_t count, ColumnRow& r
     if (count == 0) {
         return;
     }
-    const SampleRing& ring = m_value.Values();
-    const std::size_t position = sequence - ring.FirstSequence();
-    const MinMax extremes = m_pyramid.Of(ring, position, count);
+    const SampleBuffer& buffer = m_value.Values();
+    const MinMax extremes = buffer.Pyramid().Of(buffer, sequence, count);
     if (extremes.IsEmpty()) {  // nothing but NaN
         return;
     }
     row.minimum[column] = std::min(row.minimum[column], extremes.minimum);
     row.maximum[column] = std::max(row.maximum[column], extremes.maximum);
     if (std::isnan(row.first[column])) {
-        std::size_t first = position;
-        while (std::isnan(ring[first])) {
+        std::uint64_t first = sequence;
+        while (std::isnan(buffer.Sample(first))) {
             ++first;
         }
-        row.first[column] = ring[first];
+        row.first[column] = buffer.Sample(first);
     }
-    std::size_t last = position + count - 1;
-    while (std::isnan(ring[last])) {
+    std::uint64_t last = sequence + count - 1;
+    while (std::isnan(buffer.Sample(last))) {
         --last;
     }
-    row.last[column] = ring[last];
+    row.last[column] = buffer.Sample(last);
 }
 
 HistoryAnswer RingHistory::Values(std::int64_t first, std::span<double> values) {
@@ -107,7 +99,8 @@ HistoryAnswer RingHistory::Values(std::int64_t first, std::span<double> values) 
     for (const LineLog::Run& run : Runs()) {
         const RunPart part = PartOf(run, lines);
         for (std::uint64_t i = 0; i < part.count; ++i) {
-            values[static_cast<std::size_t>(part.line - first) + i] = Sample(part.sequence + i);
+            values[static_cast<std::size_t>(part.line - first) + i] =
+                m_value.Values().Sample(part.sequence + i);
         }
     }
     return HistoryAnswer::kAll;
@@ -120,7 +113,8 @@ HistoryAnswer RingHistory::Sums(const LineRange& lines, HistorySums& sums) {
         for (const LineLog::Run& run : runs) {
             const RunPart part = PartOf(run, lines);
             for (std::uint64_t i = 0; i < part.count; ++i) {
-                if (const double sample = Sample(part.sequence + i); std::isfinite(sample)) {
+                if (const double sample = m_value.Values().Sample(part.sequence + i);
+                    std::isfinite(sample)) {
                     take(sample);
                 }
             }

@@ -5,7 +5,6 @@
 #pragma once
 
 #include "graph/values/graph_value.h"
-#include "graph/values/min_max_pyramid.h"
 #include "source/history.h"
 
 namespace wavo {
@@ -27,10 +26,8 @@ class RingHistory final : public History {
     /// Takes `count` samples from a sequence number on into a column.
     void Take(std::uint64_t sequence, std::uint64_t count, ColumnRow& row,
               std::size_t column) const;
-    [[nodiscard]] double Sample(std::uint64_t sequence) const;
 
     const GraphValue& m_value;
-    MinMaxPyramid m_pyramid;
 };
 
 }  // namespace wavo

@@ -249,6 +249,16 @@ void StreamRows::Copy(std::size_t stream, std::uint64_t first, std::uint64_t cou
     out.resize(static_cast<std::size_t>(count), NoSample());
 }
 
+SampleOrigin StreamRows::OriginOf(std::size_t stream, std::uint64_t first,
+                                  std::uint64_t count) const {
+    const std::vector<RowPart> parts = Parts(stream, first, count);
+    if (parts.size() != 1 || parts.front().samples.count != count) {
+        return {};
+    }
+    const SampleBuffer& buffer = m_streams[stream].value->Values();
+    return {&buffer, buffer.FirstSequence() + parts.front().samples.position};
+}
+
 std::vector<SampleStretch> StreamRows::Underived(std::size_t stream, std::uint64_t first,
                                                  std::uint64_t count) const {
     std::vector<SampleStretch> stretches;

@@ -58,6 +58,11 @@ class StreamRows {
     void Copy(std::size_t stream, std::uint64_t first, std::uint64_t count,
               std::vector<double>& out) const;
 
+    /// Where the samples stand that Copy gives, when each row has one and is a derivative if it
+    /// should be.
+    [[nodiscard]] SampleOrigin OriginOf(std::size_t stream, std::uint64_t first,
+                                        std::uint64_t count) const;
+
     /// The rows of a stream (position and count) from `first` on whose sample is no derivative:
     /// there was none before it, and yet the picture goes further back. Positions count from
     /// `first`.

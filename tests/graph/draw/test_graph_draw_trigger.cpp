@@ -274,5 +274,51 @@ TEST(Restart, AfterAStopTriggerResetsTheBuffers) {
     EXPECT_EQ(scope.Line().Size(), 0U);
 }
 
+TEST(SharedSamples, ARunningCurveLooksAtItsBufferHoweverItIsShown) {
+    WavoGraph graph = Triggered(TriggerTypeCode::kNone, 0.0, 100.0);
+    AddAxis(graph, "V", ManualScale(-100.0, 100.0), TriggerTypeCode::kNone, 0.0, 1);
+    Scope scope(graph, 0.25, QRect(0, 0, 400, 200), 300.0);
+    const auto expect_shared = [&scope](const char* when) {
+        for (std::size_t axis = 0; axis < 2; ++axis) {
+            EXPECT_EQ(&scope.Line(axis).OverTime()->Buffer(), &scope.values[axis].Values()) << when;
+        }
+    };
+    for (int i = 0; i < 50; ++i) {
+        scope.Feed({Ramp(i, 70), Ramp(i, 70)});
+    }
+    expect_shared("in steps");
+    EXPECT_EQ(scope.Line().Size(), 401U);
+    const ZoomState whole = scope.draw->Zoom();
+    scope.draw->SetZoomRange(10.0, 20.0);
+    scope.Feed({Ramp(0, 70), Ramp(0, 70)});
+    expect_shared("zoomed");
+    scope.draw->RestoreZoom(whole);
+    scope.Feed({Ramp(0, 70), Ramp(0, 70)});
+    expect_shared("after a zoom");
+    scope.Draw(true);
+    scope.Feed({Ramp(0, 70), Ramp(0, 70)});
+    expect_shared("after a restart");
+}
+
+TEST(SharedSamples, ARecordingStaysWhileItsBufferRunsOn) {
+    Scope scope(Triggered(TriggerTypeCode::kStartAbove, 90.0, 50.0));
+    scope.Feed({Ramp(0, 95)});
+    for (int i = 0; i < 3; ++i) {
+        scope.Feed({Ramp(i, 70)});
+    }
+    ASSERT_TRUE(IsStopped(scope.draw->State()));
+    const std::vector<double> recording = scope.Shown();
+    ASSERT_EQ(recording.size(), 201U);
+    scope.draw->RestartAfterTrigger();
+    scope.values[0].SetEnabled(true);
+    for (int i = 0; i < 30; ++i) {
+        scope.Feed({Ramp(i, 59)});
+        ASSERT_EQ(scope.draw->State(), RunState::kWaitingForStart);
+        ASSERT_EQ(scope.Shown(), recording) << i;
+    }
+    scope.Feed({Ramp(80, 15)});
+    EXPECT_EQ(scope.Shown(), Ramp(91, 4)) << "the next recording";
+}
+
 }  // namespace
 }  // namespace wavo

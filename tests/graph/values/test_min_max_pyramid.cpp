@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "graph/values/sample_buffer.h"
 #include "special_values.h"
 
 namespace wavo {
@@ -37,17 +38,18 @@ struct Watched {
 
     void ExpectRight(std::size_t position, std::size_t count) const {
         const MinMax expected = Expected(position, count, false);
-        const MinMax found = pyramid.Of(ring, position, count);
+        const MinMax found = pyramid.Of(ring, ring.FirstSequence() + position, count);
         ASSERT_EQ(found.minimum, expected.minimum) << position << " + " << count;
         ASSERT_EQ(found.maximum, expected.maximum) << position << " + " << count;
-        const MinMax finite = pyramid.FiniteOf(ring, position, count);
+        const MinMax finite = pyramid.FiniteOf(ring, ring.FirstSequence() + position, count);
         ASSERT_EQ(finite.minimum, Expected(position, count, true).minimum);
         ASSERT_EQ(finite.maximum, Expected(position, count, true).maximum);
         bool nan = false;
         for (std::size_t i = position; i < position + count; ++i) {
             nan = nan || std::isnan(ring[i]);
         }
-        ASSERT_EQ(pyramid.HasNaN(ring, position, count), nan) << position << " + " << count;
+        ASSERT_EQ(pyramid.HasNaN(ring, ring.FirstSequence() + position, count), nan)
+            << position << " + " << count;
     }
 
     std::size_t limit;
@@ -111,7 +113,7 @@ TEST(MinMaxPyramid, ABatchOfTheWholeRingReplacesAll) {
     Watched watched(1000);
     watched.Push(std::vector<double>(1000, 5.0));
     watched.Push(std::vector<double>(1000, 3.0));
-    EXPECT_EQ(watched.pyramid.Of(watched.ring, 0, 1000).maximum, 3.0);
+    EXPECT_EQ(watched.pyramid.Of(watched.ring, 1000, 1000).maximum, 3.0);
 }
 
 TEST(MinMaxPyramid, NothingAndNaNAloneAreEmpty) {
@@ -159,6 +161,34 @@ TEST(MinMaxPyramid, FindsTheFewOddSamplesOfALongStretch) {
         watched.ExpectRight(position, 60000 - position);
         watched.ExpectRight(position / 2, random() % (60000 - position / 2) + 1);
     }
+}
+
+TEST(SampleBuffer, FreesAPyramidThatNobodyHasAskedForWhileAllWasReplaced) {
+    SampleBuffer buffer;
+    buffer.SetExpectedSize(2000, 100);
+    const auto push = [&buffer](std::size_t count) {
+        ASSERT_TRUE(buffer.Push(std::vector<double>(count, 1.0), 2000));
+    };
+    push(2000);
+    EXPECT_EQ(buffer.Pyramid().Of(buffer, 0, 2000).maximum, 1.0);
+    push(2000);
+    EXPECT_FALSE(buffer.HasOldPyramid()) << "some of what it took in is kept";
+    push(200);
+    EXPECT_TRUE(buffer.HasOldPyramid());
+    buffer.FreeOldPyramid();
+    EXPECT_FALSE(buffer.HasOldPyramid());
+    EXPECT_EQ(buffer.Pyramid().Of(buffer, 3000, 100).maximum, 1.0) << "and makes it anew";
+}
+
+TEST(MinMaxPyramid, FiniteExtremesAreThoseOfAllFiniteOnes) {
+    EXPECT_TRUE(FiniteExtremesOf({}).IsEmpty());
+    EXPECT_TRUE(FiniteExtremesOf(std::vector<double>{kNaN, kInf, -kInf}).IsEmpty());
+    const MinMax all = FiniteExtremesOf(std::vector<double>{3, 1, kNaN, 2, -kInf, 7, kInf, 5});
+    EXPECT_EQ(all.minimum, 1.0);
+    EXPECT_EQ(all.maximum, 7.0);
+    const MinMax finite = FiniteExtremesOf(std::vector<double>{3, -1, kNaN, 2, 7});
+    EXPECT_EQ(finite.minimum, -1.0);
+    EXPECT_EQ(finite.maximum, 7.0);
 }
 
 }  // namespace

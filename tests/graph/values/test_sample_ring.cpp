@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <random>
 #include <utility>
 #include <vector>
+
+#include "graph/values/sample_buffer.h"
 
 namespace wavo {
 namespace {
@@ -280,6 +284,122 @@ TEST(SampleRingTest, BehavesAsADeque) {
             }
         }
     }
+}
+
+/// Holds samples, and gives way by one more than it must when it is asked to. Sample n is n.
+class Keeper : public SampleHolder {
+ public:
+    explicit Keeper(const SampleRing& ring) : m_ring(ring) {}
+
+    void Hold(std::uint64_t from) {
+        m_from = from;
+        m_ring.Hold(*this, from);
+    }
+    void BeforeOverwrite() override {
+        ++asked;
+        EXPECT_EQ(m_ring.FirstKept(), m_from) << "not before it is the next one";
+        EXPECT_EQ(m_ring.Sample(m_from), static_cast<double>(m_from));
+        Hold(m_from + 2);
+    }
+    void BeforeEnd() override {
+        ++ended;
+        if (m_from != SampleRing::kNoSequence) {
+            EXPECT_EQ(m_ring.Sample(m_from), static_cast<double>(m_from));
+        }
+    }
+
+    int asked = 0;
+    int ended = 0;
+
+ private:
+    const SampleRing& m_ring;
+    std::uint64_t m_from = 0;
+};
+
+TEST(SampleRingTest, DroppedSamplesCanBeReadUntilTheirSlotsAreNeeded) {
+    SampleRing ring;
+    ring.SetExpectedSize(1200, 30);
+    for (std::size_t i = 0; i < 5000; ++i) {
+        const double sample[] = {static_cast<double>(i)};
+        ASSERT_TRUE(ring.Push(sample, 1200));
+        ASSERT_EQ(ring.FirstKept(), i < 1230 ? 0 : i - 1229);
+        ASSERT_EQ(ring.Sample(ring.FirstKept()), static_cast<double>(ring.FirstKept()));
+        ASSERT_EQ(ring.Size(), std::min<std::size_t>(i + 1, 1200));
+    }
+    EXPECT_EQ(ring.Slots().size(), 1230U);
+    const SampleRing::Parts kept = ring.RangeOf(ring.FirstKept(), 1230);
+    EXPECT_EQ(kept.first.size() + kept.second.size(), 1230U);
+    EXPECT_EQ(kept.first.front(), 3770.0);
+    const SampleRing copy = ring;  // has what is held
+    EXPECT_EQ(copy.FirstKept(), copy.FirstSequence());
+    EXPECT_EQ(copy.Sample(copy.FirstKept()), 3800.0);
+}
+
+TEST(SampleRingTest, AHolderIsAskedBeforeItsFirstSampleIsOverwritten) {
+    SampleRing ring;
+    ring.SetExpectedSize(1200, 30);
+    ASSERT_TRUE(ring.Push(Numbers(0, 1200), 1200));
+    Keeper keeper(ring);
+    Keeper told_only(ring);
+    told_only.Hold(SampleRing::kNoSequence);
+    keeper.Hold(0);
+    ASSERT_TRUE(ring.Push(Numbers(1200, 30), 1200));
+    EXPECT_EQ(keeper.asked, 0);
+    ASSERT_TRUE(ring.Push(Numbers(1230, 1), 1200));
+    EXPECT_EQ(keeper.asked, 1);
+    ring.Replace(1231.0);
+    EXPECT_EQ(keeper.asked, 1);
+    ring.Replace(1232.0);
+    EXPECT_EQ(keeper.asked, 2);
+    ASSERT_TRUE(ring.Push(Numbers(1233, 9), 1200));
+    EXPECT_EQ(keeper.asked, 6);
+    ring.OpenRun(SampleRing::RunKind::kReplace, 100);
+    EXPECT_EQ(ring.RunRoom().size(), 2U);
+    EXPECT_EQ(keeper.asked, 7);
+    ring.Put(1242.0);
+    keeper.Hold(13);
+    EXPECT_FALSE(ring.RunOpen()) << "its next slot is that of sample 13";
+    ring.Release(keeper);
+    ring.OpenRun(SampleRing::RunKind::kReplace, 100);
+    EXPECT_EQ(ring.RunRoom().size(), 100U);
+    EXPECT_EQ(keeper.asked, 7);
+    EXPECT_EQ(told_only.asked, 0);
+    ring.Clear();
+    EXPECT_EQ(told_only.ended, 1);
+}
+
+TEST(SampleRingTest, HoldersAreToldOfTheEndWhileTheSamplesAreThere) {
+    const auto held = [](auto& ring, Keeper& keeper) {
+        EXPECT_TRUE(ring.Push(Numbers(0, 10), 10));
+        keeper.Hold(3);
+    };
+    {
+        SampleRing ring;
+        Keeper keeper(ring);
+        held(ring, keeper);
+        ring.Clear();
+        EXPECT_EQ(keeper.ended, 1);
+        ring.Clear();
+        EXPECT_EQ(keeper.ended, 1) << "the hold has ended";
+    }
+    {
+        SampleRing from;
+        SampleRing to;
+        Keeper of_from(from);
+        Keeper of_to(to);
+        held(from, of_from);
+        held(to, of_to);
+        to = std::move(from);
+        EXPECT_EQ(of_from.ended, 1);
+        EXPECT_EQ(of_to.ended, 1);
+    }
+    auto ring = std::make_unique<SampleBuffer>();
+    Keeper keeper(*ring);
+    held(*ring, keeper);
+    const SampleBuffer copy = *ring;
+    EXPECT_EQ(keeper.ended, 0);
+    ring.reset();
+    EXPECT_EQ(keeper.ended, 1);
 }
 
 }  // namespace

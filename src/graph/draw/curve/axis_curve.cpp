@@ -29,7 +29,7 @@ constexpr std::size_t kSpots = 256;
 constexpr std::int32_t kMostPointSize = 4096;
 
 bool IsGap(const LinePoint& point) {
-    return std::isnan(point.y_value) || std::isnan(point.x_value);
+    return std::isunordered(point.y_value, point.x_value);  // one of them is NaN
 }
 
 /// How opaque a point of an age is.
@@ -40,7 +40,9 @@ class Fading {
                                           : 0.0) {}
 
     [[nodiscard]] LevelMask::Level At(std::size_t age) const {
-        const double level = LevelMask::kOpaque - m_per_sample * static_cast<double>(age);
+        // Signed numbers are converted by one instruction.
+        const auto samples = static_cast<double>(static_cast<std::int64_t>(age));
+        const double level = LevelMask::kOpaque - m_per_sample * samples;
         return static_cast<LevelMask::Level>(std::max(level, 0.0));
     }
 

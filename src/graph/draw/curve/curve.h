@@ -18,6 +18,7 @@
 #include "graph/draw/raster/mapping.h"
 #include "graph/draw/raster/plot_canvas.h"
 #include "graph/values/min_max_pyramid.h"
+#include "graph/values/sample_buffer.h"
 
 namespace wavo {
 
@@ -82,6 +83,7 @@ struct CurveBatch {
     std::span<const double> y;
     bool at_start = false;    ///< over time: a sweep begins at the left
     double time_range = 0.0;  ///< over time: of the x scale, seconds
+    SampleOrigin y_origin{};  ///< over time: of the y values, where they are as in their buffer
 };
 
 class LiveCurve : public Curve {

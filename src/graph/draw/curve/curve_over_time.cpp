@@ -19,7 +19,7 @@ void CurveOverTime::Remap(CurvePlot& /*plot*/, const Remapping& what) {
 }
 
 bool CurveOverTime::Add(const CurveBatch& batch, CurvePlot& /*plot*/) {
-    return m_samples->Add(batch.y, batch.at_start, batch.time_range);
+    return m_samples->Add(batch.y, batch.at_start, batch.time_range, batch.y_origin);
 }
 
 std::size_t CurveOverTime::Size() const {

@@ -2,10 +2,65 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace wavo {
 
 namespace {
+
+/// Columns with more samples on the average are not worth the memory of their rows.
+constexpr std::uint64_t kMostPerColumn = 64;
+/// Reductions with the same scale before its rows are kept.
+constexpr int kReductionsBefore = 2;
+
+/// What a reduction works with, per column. One for all curves: it stays in the cache.
+struct ReductionRoom {
+    std::vector<double> first;
+    std::vector<double> minimum;
+    std::vector<double> maximum;
+    std::vector<std::int32_t> first_row;
+    std::vector<std::int32_t> top;
+    std::vector<std::int32_t> bottom;
+    std::vector<std::size_t> bounds;  ///< of the slots, and the end of the last column
+    // Columns whose first sample is neither least nor largest.
+    std::vector<std::int32_t> others;
+    std::vector<double> other;
+    std::vector<std::int32_t> other_row;
+    // What blocks tell without a look at the samples.
+    std::vector<double> inner_minimum;
+    std::vector<double> inner_maximum;
+    std::vector<double> first_minimum;
+    std::vector<double> first_maximum;
+    std::vector<std::int32_t> inner_top;
+    std::vector<std::int32_t> inner_bottom;
+    std::vector<std::int32_t> first_top;
+
+    void Resize(std::size_t columns);
+};
+
+void ReductionRoom::Resize(std::size_t columns) {
+    first.resize(columns);
+    minimum.resize(columns);
+    maximum.resize(columns);
+    first_row.resize(columns);
+    top.resize(columns);
+    bottom.resize(columns);
+    others.resize(columns + 1);
+    other.resize(columns + 1);
+    other_row.resize(columns + 1);
+    inner_minimum.resize(columns);
+    inner_maximum.resize(columns);
+    first_minimum.resize(columns);
+    first_maximum.resize(columns);
+    inner_top.resize(columns);
+    inner_bottom.resize(columns);
+    first_top.resize(columns);
+}
+
+ReductionRoom& SharedRoom() {
+    static ReductionRoom room;
+    return room;
+}
 
 /// The column of a step, given the first step of each column.
 std::int32_t ColumnOf(const std::vector<std::uint64_t>& first_steps, std::uint64_t step) {
@@ -14,20 +69,39 @@ std::int32_t ColumnOf(const std::vector<std::uint64_t>& first_steps, std::uint64
     return static_cast<std::int32_t>(after - first_steps.begin()) - 1;
 }
 
+/// Finds the pixel rows of all samples of a curve, or of those that came since the last time. False
+/// where that does not pay, and where there is NaN.
+bool FollowRows(const TimeCurve& curve, const CurvePixels& pixels, ReductionState& state) {
+    const std::optional<std::uint64_t> number = curve.FirstNumber();
+    const std::uint64_t count = curve.Stretch().count;
+    const bool few = count <= (pixels.first_steps.size() - 1) * kMostPerColumn;
+    if (!number.has_value() || !few || state.with_these_rows < kReductionsBefore) {
+        state.rows.Forget();
+        ++state.with_these_rows;
+        return false;
+    }
+    const SampleRing::Parts samples =
+        curve.Buffer().RangeOf(curve.Begin(), static_cast<std::size_t>(count));
+    return state.rows.Follow(*number, samples, pixels.rows);
+}
+
 /// Reads one curve.
 class Reduction {
  public:
-    Reduction(TimeCurve& curve, const CurvePixels& pixels, ReductionRoom& room, ColumnSpans& spans)
-        : m_ring(curve.Ring()),
-          m_pyramid(curve.Pyramid()),
-          m_begin(curve.Stretch().position),
-          m_size(m_ring.Size()),
-          m_samples(m_ring.Slots().data()),
-          m_slots(m_ring.Slots().size()),
-          m_oldest(m_size == 0 ? 0 : m_ring.SlotOf(0)),
-          m_may_hold_nan(m_pyramid.HasNaN()),
+    /// `rows_are_known`: the state has those of all samples.
+    Reduction(TimeCurve& curve, const CurvePixels& pixels, ReductionState& state,
+              ColumnSpans& spans, bool rows_are_known)
+        : m_buffer(curve.Buffer()),
+          m_begin(curve.Begin()),
+          m_count(static_cast<std::size_t>(curve.Size() == 0 ? 0 : curve.Stretch().count)),
+          m_samples(m_buffer.Slots().data()),
+          m_slots(m_buffer.Slots().size()),
+          m_first_slot(m_count == 0 ? 0 : m_buffer.SlotOfSequence(m_begin)),
+          m_pyramid(rows_are_known ? nullptr : &m_buffer.Pyramid()),
+          m_may_hold_nan(!rows_are_known && m_pyramid->HasNaN(m_buffer, m_begin, m_count)),
           m_pixels(pixels),
-          m_room(room),
+          m_room(SharedRoom()),
+          m_state(state),
           m_spans(spans),
           m_builder(spans, pixels.rows) {}
 
@@ -42,14 +116,11 @@ class Reduction {
         }
         const std::size_t columns = m_room.bounds.size() - 1;
         const bool last_is_single = m_room.bounds[columns] - m_room.bounds[columns - 1] == 1;
-        const std::size_t count = run.count / columns;
-        const std::size_t around = SplitAtEnd();
-        if (!FindRowsFromBlocks(columns, around, static_cast<std::size_t>(count))) {
-            ForParts(around, columns, [this](std::size_t begin, std::size_t end) {
-                FindExtremes(begin, end);
-                return true;
-            });
-            FindRows(columns);
+        if (m_pyramid == nullptr) {
+            m_state.rows.OfColumns(
+                m_room.bounds, {m_room.first_row.data(), m_room.top.data(), m_room.bottom.data()});
+        } else {
+            FindRowsOfSamples(columns, static_cast<std::size_t>(run.count / columns));
         }
         const bool early = JoinColumns(run, first_column, static_cast<std::int32_t>(columns));
         // A last sample that its segment does not reach, or one alone, draws nothing.
@@ -69,7 +140,7 @@ class Reduction {
         }
         return ForColumns(run,
                           [this](std::int32_t column, std::uint64_t position, std::uint64_t count) {
-                              AddColumn(column, m_begin + position, count);
+                              AddColumn(column, position, count);
                               m_column = column;
                           });
     }
@@ -102,24 +173,30 @@ class Reduction {
     }
 
     [[nodiscard]] std::size_t SlotOf(std::uint64_t position) const {
-        const std::size_t slot = m_oldest + static_cast<std::size_t>(position);
+        const std::size_t slot = m_first_slot + static_cast<std::size_t>(position);
         return slot < m_slots ? slot : slot - m_slots;
+    }
+
+    [[nodiscard]] double SampleAt(std::uint64_t position) const {
+        return m_samples[SlotOf(position)];
     }
 
     [[nodiscard]] MinMax RangeOf(std::uint64_t first, std::uint64_t count) const {
         const std::size_t begin = SlotOf(first);
-        return begin + count <= m_slots ? m_pyramid.OfSlots(m_samples, begin, begin + count)
-                                        : m_pyramid.Of(m_ring, first, count);
+        return begin + count <= m_slots ? m_pyramid->OfSlots(m_samples, begin, begin + count)
+                                        : m_pyramid->Of(m_buffer, m_begin + first, count);
     }
 
     /// Finds the first slot of each column of a run and the end of the last one, as if the slots
-    /// went on after the ring's end. False when a column has no sample.
+    /// went on after the ring's end; where rows are known, the positions. False when a column has
+    /// no sample.
     bool FindBounds(const CurveRun& run, std::int32_t first_column) {
         const std::int32_t last_column = ColumnOf(m_pixels.first_steps, run.step + run.count - 1);
         const auto columns = static_cast<std::size_t>(last_column - first_column) + 1;
         std::vector<std::size_t>& bounds = m_room.bounds;
         bounds.resize(columns + 1);
-        const std::size_t begin = SlotOf(m_begin + run.position);
+        const std::size_t begin =
+            m_pyramid == nullptr ? static_cast<std::size_t>(run.position) : SlotOf(run.position);
         const std::uint64_t* const steps = m_pixels.first_steps.data() + first_column;
         bounds[0] = begin;
         bool dense = true;
@@ -129,6 +206,19 @@ class Reduction {
         }
         bounds[columns] = begin + static_cast<std::size_t>(run.count);
         return dense;
+    }
+
+    /// Finds the rows of all columns from the samples; a column has `count` on the average.
+    void FindRowsOfSamples(std::size_t columns, std::size_t count) {
+        const std::size_t around = SplitAtEnd();
+        if (FindRowsFromBlocks(columns, around, count)) {
+            return;
+        }
+        ForParts(around, columns, [this](std::size_t begin, std::size_t end) {
+            FindExtremes(begin, end);
+            return true;
+        });
+        FindRows(columns);
     }
 
     /// Makes the bounds slots, and finds the column that lies around the ring's end, if one does:
@@ -141,8 +231,8 @@ class Reduction {
         }
         const auto beyond = std::upper_bound(bounds.begin(), bounds.end(), m_slots);
         const auto around = static_cast<std::size_t>(beyond - bounds.begin()) - 1;
-        const MinMax range =
-            m_pyramid.Of(m_ring, bounds[around] - m_oldest, bounds[around + 1] - bounds[around]);
+        const MinMax range = m_pyramid->Of(m_buffer, m_begin + (bounds[around] - m_first_slot),
+                                           bounds[around + 1] - bounds[around]);
         m_room.first[around] = m_samples[bounds[around] % m_slots];
         m_room.minimum[around] = range.minimum;
         m_room.maximum[around] = range.maximum;
@@ -162,22 +252,22 @@ class Reduction {
     void FindExtremes(std::size_t begin, std::size_t end) {
         const std::span<const std::size_t> bounds =
             std::span(m_room.bounds).subspan(begin, end - begin + 1);
-        m_pyramid.OfRow(m_samples, bounds,
-                        {m_room.first.data() + begin, m_room.minimum.data() + begin,
-                         m_room.maximum.data() + begin});
+        m_pyramid->OfRow(m_samples, bounds,
+                         {m_room.first.data() + begin, m_room.minimum.data() + begin,
+                          m_room.maximum.data() + begin});
     }
 
     /// Finds the rows of columns where the blocks above the samples leave no doubt, and looks at
     /// the samples of the others: long columns lie in few rows more or less than their blocks.
     /// False, and nothing done, where that does not pay.
     bool FindRowsFromBlocks(std::size_t columns, std::size_t around, std::size_t count) {
-        if (m_room.runs_without_blocks > 0) {
-            --m_room.runs_without_blocks;
+        if (m_state.runs_without_blocks > 0) {
+            --m_state.runs_without_blocks;
             return false;
         }
         const std::vector<std::size_t>& bounds = m_room.bounds;
         const bool found = ForParts(around, columns, [&](std::size_t begin, std::size_t end) {
-            return m_pyramid.LimitsOfRow(
+            return m_pyramid->LimitsOfRow(
                 std::span(bounds).subspan(begin, end - begin + 1), count,
                 {m_room.inner_minimum.data() + begin, m_room.inner_maximum.data() + begin,
                  m_room.minimum.data() + begin, m_room.maximum.data() + begin,
@@ -221,7 +311,7 @@ class Reduction {
         constexpr std::size_t kMostLookedAt = 3;  // one in so many columns
         constexpr int kRunsRead = 30;
         if (looked_at > columns / kMostLookedAt) {
-            m_room.runs_without_blocks = kRunsRead;
+            m_state.runs_without_blocks = kRunsRead;
         }
         return true;
     }
@@ -275,8 +365,7 @@ class Reduction {
             if (next[i] - top[i] >= kLongWayDown) {
                 const std::uint64_t after =
                     m_pixels.first_steps[static_cast<std::size_t>(first_column + i) + 1];
-                const double last =
-                    m_samples[SlotOf(m_begin + run.position + (after - run.step) - 1)];
+                const double last = m_samples[SlotOf(run.position + (after - run.step) - 1)];
                 const std::int32_t last_row =
                     m_pixels.rows.Size() - 1 - m_pixels.rows.IndexOf(last);
                 early = EndsEarly(next[i] - last_row);
@@ -291,7 +380,7 @@ class Reduction {
     }
 
     void AddColumn(std::int32_t column, std::uint64_t first, std::uint64_t count) {
-        if (m_may_hold_nan && m_pyramid.HasNaN(m_ring, first, count)) {
+        if (m_may_hold_nan && m_pyramid->HasNaN(m_buffer, m_begin + first, count)) {
             if (RangeOf(first, count).IsEmpty()) {
                 m_builder.Break();
             } else {
@@ -299,13 +388,13 @@ class Reduction {
             }
             return;
         }
-        m_builder.Column(column, m_ring[first], RangeOf(first, count), m_ring[first + count - 1],
-                         count > 1);
+        m_builder.Column(column, SampleAt(first), RangeOf(first, count),
+                         SampleAt(first + count - 1), count > 1);
     }
 
     void AddEach(std::int32_t column, std::uint64_t first, std::uint64_t count) {
         for (std::uint64_t position = first; position < first + count; ++position) {
-            const double sample = m_ring[position];
+            const double sample = SampleAt(position);
             if (std::isnan(sample)) {
                 m_builder.Break();
             } else {
@@ -314,16 +403,17 @@ class Reduction {
         }
     }
 
-    const SampleRing& m_ring;
-    const MinMaxPyramid& m_pyramid;
-    std::uint64_t m_begin;
-    std::uint64_t m_size;
+    const SampleBuffer& m_buffer;
+    std::uint64_t m_begin;  // sequence of the curve's first sample
+    std::size_t m_count;
     const double* m_samples;  // by slot
     std::size_t m_slots;
-    std::size_t m_oldest;  // slot of the ring's oldest sample
+    std::size_t m_first_slot;        // of the curve's first sample
+    const MinMaxPyramid* m_pyramid;  // null: the rows of all samples are known
     bool m_may_hold_nan;
     const CurvePixels& m_pixels;
     ReductionRoom& m_room;
+    ReductionState& m_state;
     ColumnSpans& m_spans;
     SpanBuilder m_builder;
     std::int32_t m_column = 0;
@@ -331,35 +421,17 @@ class Reduction {
 
 }  // namespace
 
-void ReductionRoom::Resize(std::size_t columns) {
-    first.resize(columns);
-    minimum.resize(columns);
-    maximum.resize(columns);
-    first_row.resize(columns);
-    top.resize(columns);
-    bottom.resize(columns);
-    others.resize(columns + 1);
-    other.resize(columns + 1);
-    other_row.resize(columns + 1);
-    inner_minimum.resize(columns);
-    inner_maximum.resize(columns);
-    first_minimum.resize(columns);
-    first_maximum.resize(columns);
-    inner_top.resize(columns);
-    inner_bottom.resize(columns);
-    first_top.resize(columns);
-}
-
-bool ReduceCurve(TimeCurve& curve, const CurvePixels& pixels, ReductionRoom& room,
+bool ReduceCurve(TimeCurve& curve, const CurvePixels& pixels, ReductionState& state,
                  ColumnSpans& spans) {
     const std::size_t columns = pixels.first_steps.size() - 1;
     spans.Clear(static_cast<std::int32_t>(columns));
-    room.Resize(columns);
-    Reduction reduction(curve, pixels, room, spans);
+    SharedRoom().Resize(columns);
     const std::vector<CurveRun> runs = curve.Runs();
-    const bool clean =
-        !reduction.MayHoldNaN() &&
-        std::none_of(runs.begin(), runs.end(), [](const CurveRun& run) { return run.joined; });
+    const bool joined =
+        std::any_of(runs.begin(), runs.end(), [](const CurveRun& run) { return run.joined; });
+    const bool known = !joined && FollowRows(curve, pixels, state);
+    Reduction reduction(curve, pixels, state, spans, known);
+    const bool clean = known || (!joined && !reduction.MayHoldNaN());
     return std::all_of(runs.begin(), runs.end(), [&](const CurveRun& run) {
         return clean ? reduction.AddCleanRun(run) : reduction.AddRun(run);
     });
@@ -368,8 +440,8 @@ bool ReduceCurve(TimeCurve& curve, const CurvePixels& pixels, ReductionRoom& roo
 std::vector<QLine> CurveSegments(TimeCurve& curve, const CurvePixels& pixels,
                                  const QPoint& bottom_left) {
     std::vector<QLine> segments;
-    const SampleRing& ring = curve.Ring();
-    const std::uint64_t begin = curve.Stretch().position;
+    const SampleBuffer& buffer = curve.Buffer();
+    const std::uint64_t begin = curve.Begin();
     const auto columns = static_cast<std::int32_t>(pixels.first_steps.size()) - 1;
     bool open = false;
     QPoint last;
@@ -381,7 +453,7 @@ std::vector<QLine> CurveSegments(TimeCurve& curve, const CurvePixels& pixels,
                    pixels.first_steps[static_cast<std::size_t>(column) + 1] <= run.step + i) {
                 ++column;
             }
-            const double sample = ring[begin + run.position + i];
+            const double sample = buffer.Sample(begin + run.position + i);
             if (std::isnan(sample)) {
                 open = false;
                 continue;

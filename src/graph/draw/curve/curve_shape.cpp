@@ -10,6 +10,7 @@ void CurveShape::XChanged() {
 }
 
 void CurveShape::YChanged() {
+    m_reduction.RowsChanged();
     m_rows_found = false;
     m_reduced = false;
 }
@@ -25,7 +26,7 @@ bool CurveShape::Update(TimeCurve& curve, const AxisMapping& x, const AxisMappin
     FindPixels(curve, x, y, plot, step);
     const CurvePixels pixels{
         curve.TimesAreSums() ? m_sum_columns.FirstSteps() : m_step_columns.FirstSteps(), m_rows};
-    m_has_spans = ReduceCurve(curve, pixels, m_room, m_spans);
+    m_has_spans = ReduceCurve(curve, pixels, m_reduction, m_spans);
     m_segments.clear();
     if (!m_has_spans) {
         m_segments = CurveSegments(curve, pixels, plot.bottomLeft());

@@ -50,7 +50,7 @@ class CurveShape {
     std::uint64_t m_curve_version = 0;  // that the shape is of
     std::uint64_t m_version = 0;
     bool m_has_spans = false;
-    ReductionRoom m_room;
+    ReductionState m_reduction;
     ColumnSpans m_spans;
     std::vector<QLine> m_segments;
 };

@@ -12,12 +12,13 @@ constexpr std::uint64_t kSumDistance = 4096;
 
 }  // namespace
 
-bool ScrollCurve::Add(std::span<const double> samples, bool /*at_start*/, double /*range*/) {
+bool ScrollCurve::Add(std::span<const double> samples, bool /*at_start*/, double /*range*/,
+                      const SampleOrigin& origin) {
     if (samples.size() > MaxPoints()) {
         MERRLOG(curve_texts::kTooManyNewValues);
         return false;
     }
-    Push(samples);
+    Push(samples, origin);
     if (!OwnTimesAreSums()) {
         m_sums.clear();
         return true;

@@ -17,7 +17,8 @@ class ScrollCurve final : public TimeCurve {
     using TimeCurve::TimeCurve;
 
     /// More than MaxPoints() samples at once are refused and reported.
-    bool Add(std::span<const double> samples, bool at_start, double range) override;
+    bool Add(std::span<const double> samples, bool at_start, double range,
+             const SampleOrigin& origin = {}) override;
 
  private:
     // TimeCurve

@@ -16,7 +16,8 @@ void SweepCurve::Cleared() {
     m_anchors.clear();
 }
 
-bool SweepCurve::Add(std::span<const double> samples, bool at_start, double range) {
+bool SweepCurve::Add(std::span<const double> samples, bool at_start, double range,
+                     const SampleOrigin& origin) {
     const double end = range + kTimeTolerance;
     const double next = static_cast<double>(m_sweep + 1) * Step();
     m_sweep = at_start || next > end ? 0 : m_sweep + 1;
@@ -36,7 +37,7 @@ bool SweepCurve::Add(std::span<const double> samples, bool at_start, double rang
             step = 1;
         }
     }
-    Push(samples);
+    Push(samples, origin);
     ForgetOldAnchors();
     return true;
 }

@@ -17,7 +17,8 @@ class SweepCurve final : public TimeCurve {
 
     /// The sweep goes on by one step, or begins at 0 when `at_start` is set or the step would lead
     /// beyond `range` seconds.
-    bool Add(std::span<const double> samples, bool at_start, double range) override;
+    bool Add(std::span<const double> samples, bool at_start, double range,
+             const SampleOrigin& origin = {}) override;
 
     /// Time of the newest sample of the sweep, seconds.
     [[nodiscard]] double SweepPosition() const { return static_cast<double>(m_sweep) * Step(); }

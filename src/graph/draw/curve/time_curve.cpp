@@ -4,90 +4,76 @@
 #include <utility>
 
 #include "graph/values/missing_value.h"
-#include "support/diagnostics.h"
 #include "support/to_count.h"
 
 namespace wavo {
 
-TimeCurve::TimeCurve(double step, std::uint64_t max_points)
-    : m_step(step), m_max_points(max_points) {
-    m_own.SetExpectedSize(max_points);
-}
+namespace {
+
+/// Curves of up to so many samples are quicker read, now and then, than a pyramid over them is kept
+/// up to date; and it has memory.
+constexpr std::uint64_t kReadEach = std::uint64_t{1} << 17U;
+
+}  // namespace
+
+TimeCurve::TimeCurve(double step, std::uint64_t max_points) : m_step(step), m_held(max_points) {}
 
 void TimeCurve::Clear() {
-    if (m_window != nullptr) {
-        m_pyramid.Clear();
-        m_window = nullptr;
-    }
-    m_own.Clear();
-    m_own.SetExpectedSize(m_max_points);
+    m_window = nullptr;
+    m_own_window = false;
+    m_held.Clear();
     Cleared();
     ++m_version;
 }
 
-void TimeCurve::Push(std::span<const double> samples) {
-    const std::uint64_t before = m_own.Appended();
-    if (!m_own.Push(samples, m_max_points)) {
-        MERRLOG("LinesDrawAxis::DrawLinesXIsTime(): out of memory for the curve");
-        m_max_points = std::max<std::uint64_t>(1, m_own.Size());
-        if (m_own.Size() > 0) {
-            // The others take the place of the oldest, which asks for no memory.
-            (void)m_own.Push(samples.subspan(m_own.Appended() - before), m_max_points);
-        }
-    }
+void TimeCurve::Push(std::span<const double> samples, const SampleOrigin& origin) {
+    m_held.Push(samples, origin);
     ++m_version;
 }
 
-void TimeCurve::ShowWindow(const SampleRing& ring, std::vector<RowPart> parts) {
-    const bool same = m_window == &ring && m_window_parts == parts &&
-                      m_window_appended == ring.Appended() && m_window_moves == ring.Moves();
+void TimeCurve::ShowWindow(const SampleBuffer& buffer, std::vector<RowPart> parts) {
+    const bool same = m_window == &buffer && m_window_parts == parts &&
+                      m_window_appended == buffer.Appended() && m_window_moves == buffer.Moves();
     if (same) {
         return;
     }
-    if (m_window != &ring) {
+    if (m_window != &buffer) {
         Clear();
-        m_pyramid.Clear();
-        m_window = &ring;
+        m_window = &buffer;
     }
     m_window_parts = std::move(parts);
-    m_window_appended = ring.Appended();
-    m_window_moves = ring.Moves();
+    m_window_appended = buffer.Appended();
+    m_window_moves = buffer.Moves();
     ++m_version;
 }
 
 void TimeCurve::ShowOwnWindow(const SampleStretch& stretch) {
-    if (m_window != nullptr && m_window != &m_own) {
+    if (m_window != nullptr) {
         return;  // there are no samples of its own
     }
     std::vector<RowPart> parts{{0, stretch}};
-    if (m_window == nullptr || m_window_parts != parts) {
-        m_window = &m_own;
+    if (!m_own_window || m_window_parts != parts) {
+        m_own_window = true;
         m_window_parts = std::move(parts);
         ++m_version;
     }
 }
 
 void TimeCurve::KeepWindow() {
-    if (m_window == nullptr || m_window == &m_own) {
+    if (m_window == nullptr) {
         return;
     }
     std::vector<double> samples;
     CopySamples(samples);
     Clear();
-    // A ring of its own as long as the window, shown as a window.
-    m_own = SampleRing();
-    m_own.SetExpectedSize(samples.size());
-    if (!samples.empty() && !m_own.Push(samples, samples.size())) {
-        MERRLOG("LinesDrawAxis::KeepWindow(): out of memory for the curve");
-    }
-    m_pyramid.Clear();
-    m_window = &m_own;
-    m_window_parts = {{0, {0, m_own.Size()}}};
+    m_held.Replace(samples);
+    m_own_window = true;
+    m_window_parts = {{0, {0, m_held.Size()}}};
 }
 
 std::uint64_t TimeCurve::Size() const {
-    if (m_window == nullptr) {
-        return m_own.Size();
+    if (!ShowsWindow()) {
+        return m_held.Size();
     }
     std::uint64_t size = 0;
     for (const RowPart& part : m_window_parts) {
@@ -97,8 +83,8 @@ std::uint64_t TimeCurve::Size() const {
 }
 
 SampleStretch TimeCurve::Stretch() const {
-    if (m_window == nullptr) {
-        return {0, m_own.Size()};
+    if (!ShowsWindow()) {
+        return {0, m_held.Size()};
     }
     if (m_window_parts.empty()) {
         return {};
@@ -109,8 +95,8 @@ SampleStretch TimeCurve::Stretch() const {
 }
 
 std::uint64_t TimeCurve::EndOfSteps() const {
-    if (m_window == nullptr) {
-        return m_max_points;
+    if (!ShowsWindow()) {
+        return MaxPoints();
     }
     return m_window_parts.empty() ? 0
                                   : m_window_parts.back().row + m_window_parts.back().samples.count;
@@ -131,15 +117,13 @@ const RowPart& TimeCurve::PartOf(std::uint64_t& place) const {
 }
 
 double TimeCurve::Sample(std::uint64_t place) const {
-    if (m_window != nullptr) {
-        const std::uint64_t position = PartOf(place).samples.position;
-        return Ring()[position + place];
-    }
-    return Ring()[PositionOf(place)];
+    const std::uint64_t position =
+        ShowsWindow() ? PartOf(place).samples.position + place : PositionOf(place);
+    return Buffer().Sample(FirstOfBuffer() + position);
 }
 
 double TimeCurve::Time(std::uint64_t place) const {
-    if (m_window != nullptr) {
+    if (ShowsWindow()) {
         const std::uint64_t row = PartOf(place).row;
         return static_cast<double>(row + place) * m_step;
     }
@@ -168,38 +152,51 @@ double TimeCurve::TimeAt(std::uint64_t position) const {
     return static_cast<double>(run->step + (position - run->position)) * m_step;
 }
 
-void TimeCurve::CopySamples(std::vector<double>& out) const {
-    if (m_window == nullptr || m_window_parts.size() == 1) {
-        const SampleStretch stretch = Stretch();
-        CopyOut(Ring(), out, stretch.position, stretch.count);
-        if (m_window != nullptr) {
-            out.insert(out.begin(), m_window_parts.front().row, NoSample());
-        }
-        return;
-    }
-    out.clear();
-    std::vector<double> samples;
-    for (const RowPart& part : m_window_parts) {
-        CopyOut(Ring(), samples, part.samples.position, part.samples.count);
-        out.resize(part.row, NoSample());
-        out.insert(out.end(), samples.begin(), samples.end());
-    }
+void TimeCurve::Copy(const SampleStretch& stretch, std::vector<double>& out) const {
+    const SampleRing::Parts parts = Buffer().RangeOf(FirstOfBuffer() + stretch.position,
+                                                     static_cast<std::size_t>(stretch.count));
+    out.insert(out.end(), parts.first.begin(), parts.first.end());
+    out.insert(out.end(), parts.second.begin(), parts.second.end());
 }
 
-const MinMaxPyramid& TimeCurve::Pyramid() {
-    m_pyramid.Update(Ring());
-    return m_pyramid;
+void TimeCurve::CopySamples(std::vector<double>& out) const {
+    out.clear();
+    out.reserve(static_cast<std::size_t>(ShowsWindow() ? EndOfSteps() : m_held.Size()));
+    if (!ShowsWindow()) {
+        Copy(Stretch(), out);
+        return;
+    }
+    for (const RowPart& part : m_window_parts) {
+        out.resize(part.row, NoSample());
+        Copy(part.samples, out);
+    }
 }
 
 MinMax TimeCurve::FiniteExtremes() {
-    if (m_window == nullptr) {
-        return Pyramid().FiniteOf(Ring(), 0, m_own.Size());
-    }
+    const SampleBuffer& buffer = Buffer();
     MinMax extremes;
-    for (const RowPart& part : m_window_parts) {
-        const MinMax range = Pyramid().FiniteOf(Ring(), part.samples.position, part.samples.count);
+    const auto take = [&](const MinMax& range) {
         extremes.minimum = std::min(extremes.minimum, range.minimum);
         extremes.maximum = std::max(extremes.maximum, range.maximum);
+    };
+    if (!ShowsWindow() && m_held.Size() <= kReadEach) {
+        const SampleRing::Parts parts =
+            buffer.RangeOf(m_held.Begin(), static_cast<std::size_t>(m_held.Size()));
+        take(FiniteExtremesOf(parts.first));
+        take(FiniteExtremesOf(parts.second));
+        return extremes;
+    }
+    const MinMaxPyramid& pyramid = buffer.Pyramid();
+    const auto take_stretch = [&](const SampleStretch& stretch) {
+        take(pyramid.FiniteOf(buffer, FirstOfBuffer() + stretch.position,
+                              static_cast<std::size_t>(stretch.count)));
+    };
+    if (!ShowsWindow()) {
+        take_stretch(Stretch());
+        return extremes;
+    }
+    for (const RowPart& part : m_window_parts) {
+        take_stretch(part.samples);
     }
     return extremes;
 }
@@ -209,7 +206,7 @@ std::vector<CurveRun> TimeCurve::Runs() const {
         return {};
     }
     std::vector<CurveRun> runs;
-    if (m_window != nullptr) {
+    if (ShowsWindow()) {
         const std::uint64_t begin = Stretch().position;
         for (const RowPart& part : m_window_parts) {
             if (part.samples.count != 0) {

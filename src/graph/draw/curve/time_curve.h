@@ -5,10 +5,10 @@
 // sample by one step.
 //
 // Invariants:
-// 1. At most MaxPoints() samples are held, the newest ones.
+// 1. At most MaxPoints() samples are held, the newest ones (curve_samples.h).
 // 2. Positions count from the oldest sample. Places are those of a FIFO that may be overwritten
 //    from its front once it is full: place 0 then is what was written there last.
-// 3. A window shows samples of another ring, or a part of the curve's own until Clear. Nothing is
+// 3. A window shows samples of another buffer, or a part of the curve's own until Clear. Nothing is
 //    added while there is one. Its parts rise in rows and positions; between them the curve has a
 //    gap.
 #pragma once
@@ -18,9 +18,9 @@
 #include <span>
 #include <vector>
 
+#include "graph/draw/curve/curve_samples.h"
 #include "graph/values/graph_value.h"
-#include "graph/values/min_max_pyramid.h"
-#include "graph/values/sample_ring.h"
+#include "graph/values/sample_buffer.h"
 #include "graph/values/stream_rows.h"
 
 namespace wavo {
@@ -48,35 +48,35 @@ class TimeCurve {
 
     /// Adds a batch. `at_start`: it begins at the left; `range`: what the x scale shows, seconds.
     /// False, and nothing added, for a batch that does not fit; reported.
-    virtual bool Add(std::span<const double> samples, bool at_start, double range) = 0;
+    /// `origin`: where the samples stand in the buffer of their stream.
+    virtual bool Add(std::span<const double> samples, bool at_start, double range,
+                     const SampleOrigin& origin) = 0;
 
-    /// Shows stretches of another ring; row 0 is time 0. The ring is not owned; it stays until the
+    /// Shows stretches of another buffer; row 0 is time 0. It is not owned, and stays until the
     /// next window, Clear or KeepWindow.
-    void ShowWindow(const SampleRing& ring, std::vector<RowPart> parts);
+    void ShowWindow(const SampleBuffer& buffer, std::vector<RowPart> parts);
     /// Shows a stretch of the samples that the curve holds itself.
     void ShowOwnWindow(const SampleStretch& stretch);
     /// Copies what a window shows, before its ring goes.
     void KeepWindow();
 
     [[nodiscard]] double Step() const { return m_step; }
-    [[nodiscard]] std::uint64_t MaxPoints() const { return m_max_points; }
+    [[nodiscard]] std::uint64_t MaxPoints() const { return m_held.MaxPoints(); }
     [[nodiscard]] std::uint64_t Size() const;
     /// Samples of the curve itself, whatever a window shows.
-    [[nodiscard]] std::uint64_t HeldSamples() const { return m_own.Size(); }
+    [[nodiscard]] std::uint64_t HeldSamples() const { return m_held.Size(); }
     /// Sample and time, seconds, at a place. REQUIRES: place < Size().
     [[nodiscard]] double Sample(std::uint64_t place) const;
     [[nodiscard]] double Time(std::uint64_t place) const;
     /// The place that is overwritten next; 0 until the FIFO is full.
-    [[nodiscard]] std::uint64_t WriteIndex() const {
-        return m_window != nullptr ? 0 : OwnWriteIndex();
-    }
+    [[nodiscard]] std::uint64_t WriteIndex() const { return ShowsWindow() ? 0 : OwnWriteIndex(); }
     /// The position (as in Runs) of the sample that is seen at a time, seconds; nothing where there
     /// is none.
     [[nodiscard]] std::optional<std::uint64_t> PositionAt(double time) const;
 
     /// Sample and time, seconds, at a position as in Runs. REQUIRES: a run has it.
     [[nodiscard]] double SampleAt(std::uint64_t position) const {
-        return Ring()[Stretch().position + position];
+        return Buffer().Sample(Begin() + position);
     }
     [[nodiscard]] double TimeAt(std::uint64_t position) const;
 
@@ -87,24 +87,32 @@ class TimeCurve {
     /// All samples stand at steps below this.
     [[nodiscard]] std::uint64_t EndOfSteps() const;
 
-    /// The ring whose samples are shown, and which of them. Positions of runs count from the
-    /// stretch's first sample.
-    [[nodiscard]] const SampleRing& Ring() const { return m_window != nullptr ? *m_window : m_own; }
+    /// The buffer whose samples are shown, and the sequence number there of the first of them.
+    /// Positions of runs count from that one.
+    [[nodiscard]] const SampleBuffer& Buffer() const {
+        return m_window != nullptr ? *m_window : m_held.Buffer();
+    }
+    [[nodiscard]] std::uint64_t Begin() const { return FirstOfBuffer() + Stretch().position; }
+    /// Which samples these are of those of the window's buffer, else of those that the curve holds.
     [[nodiscard]] SampleStretch Stretch() const;
-    /// The pyramid over Ring(), up to date.
-    [[nodiscard]] const MinMaxPyramid& Pyramid();
+    /// Number of the first sample; numbers rise by one and are never used twice. Nothing where a
+    /// window shows another buffer.
+    [[nodiscard]] std::optional<std::uint64_t> FirstNumber() const {
+        return m_window != nullptr ? std::nullopt
+                                   : std::optional(m_held.FirstNumber() + Stretch().position);
+    }
     [[nodiscard]] std::vector<CurveRun> Runs() const;
     /// Times are sums of steps, not places x step.
-    [[nodiscard]] bool TimesAreSums() const { return m_window == nullptr && OwnTimesAreSums(); }
+    [[nodiscard]] bool TimesAreSums() const { return !ShowsWindow() && OwnTimesAreSums(); }
     /// Changes with every change of what the curve shows.
     [[nodiscard]] std::uint64_t Version() const { return m_version; }
 
  protected:
     /// The samples that the curve holds itself.
-    [[nodiscard]] const SampleRing& Own() const { return m_own; }
+    [[nodiscard]] const CurveSamples& Own() const { return m_held; }
     /// Adds samples, and drops the oldest where there would be more than MaxPoints(), or more than
     /// there is memory for.
-    void Push(std::span<const double> samples);
+    void Push(std::span<const double> samples, const SampleOrigin& origin);
     [[nodiscard]] std::uint64_t PositionOf(std::uint64_t place) const;
 
  private:
@@ -115,17 +123,22 @@ class TimeCurve {
     [[nodiscard]] virtual std::uint64_t OwnWriteIndex() const { return 0; }
     [[nodiscard]] virtual bool OwnTimesAreSums() const { return false; }
 
+    [[nodiscard]] bool ShowsWindow() const { return m_window != nullptr || m_own_window; }
+    /// Sequence number of the sample that the positions of stretches count from.
+    [[nodiscard]] std::uint64_t FirstOfBuffer() const {
+        return m_window != nullptr ? m_window->FirstSequence() : m_held.Begin();
+    }
+    void Copy(const SampleStretch& stretch, std::vector<double>& out) const;
+
     /// The part of the window that a place lies in; `place` counts from there then.
     [[nodiscard]] const RowPart& PartOf(std::uint64_t& place) const;
 
     double m_step;
-    std::uint64_t m_max_points;
-
-    SampleRing m_own;
-    MinMaxPyramid m_pyramid;
-    const SampleRing* m_window = nullptr;
+    CurveSamples m_held;
+    const SampleBuffer* m_window = nullptr;  ///< of another buffer
+    bool m_own_window = false;               ///< of the samples that the curve holds
     std::vector<RowPart> m_window_parts;
-    std::uint64_t m_window_appended = 0;  // of the window's ring when it was shown last
+    std::uint64_t m_window_appended = 0;  ///< of the window's buffer when it was shown last
     std::uint64_t m_window_moves = 0;
     std::uint64_t m_version = 0;
 };

@@ -56,20 +56,78 @@ QColor StatusColor(RunState state, const FrameColors& colors) {
     return colors.text;
 }
 
-int JoinedWidth(const QFontMetrics& metrics, const AxisText& text) {
-    return TextWidth(metrics, QString::fromStdString(Joined(text)));
+QString WholeText(const QString& text) {
+    return text;
 }
 
-/// `text`: QString or AxisText.
+QString WholeText(const AxisText& text) {
+    return QString::fromStdString(Joined(text));
+}
+
+/// A text, QString or AxisText, with its width: to measure one costs as much as to paint it.
 template <typename Text>
-void PaintText(QPainter& painter, const QRect& place, const Text& text, const QColor& color,
-               Qt::Alignment alignment) {
-    if (place.isEmpty()) {
+class MeasuredText {
+ public:
+    MeasuredText(const QFontMetrics& metrics, const Text& text)
+        : m_text(text), m_whole(WholeText(text)), m_width(TextWidth(metrics, m_whole)) {}
+
+    [[nodiscard]] int Width() const { return m_width; }
+
+    void Paint(QPainter& painter, const QRect& place, const QColor& color,
+               Qt::Alignment alignment) const {
+        if (place.isEmpty()) {
+            return;
+        }
+        painter.setPen(color);
+        painter.drawText(place, static_cast<int>(alignment) | Qt::TextSingleLine,
+                         m_width <= place.width()
+                             ? m_whole
+                             : ShortenedText(m_text, painter.fontMetrics(), place.width()));
+    }
+
+ private:
+    const Text& m_text;
+    QString m_whole;
+    int m_width;
+};
+
+/// Paints what stands above the plot area, but for y axes; gives their places in a low graph.
+std::vector<QRect> PaintXTexts(QPainter& painter, const FrameLayout& layout,
+                               const LabelMetrics& metrics, const FrameTexts& texts,
+                               const FrameColors& colors) {
+    const QFontMetrics font_metrics = painter.fontMetrics();
+    // The blanks at its end take no part in centring.
+    const QString status_text = QString::fromLatin1(StatusText(texts.state)).trimmed();
+    const MeasuredText x_text(font_metrics, texts.x_text);
+    const MeasuredText status(font_metrics, status_text);
+    const MeasuredText x_spacing(font_metrics, texts.x_spacing);
+    const LowLinePlaces low =
+        PlaceLowLine(layout.low ? layout.top_line : QRect(), metrics, x_text.Width(),
+                     status.Width(), x_spacing.Width(), static_cast<int>(texts.y.size()));
+    const TopLinePlaces top = layout.low
+                                  ? low.top
+                                  : PlaceTopLine(layout.top_line, metrics.gap, x_text.Width(),
+                                                 status.Width(), x_spacing.Width());
+    x_text.Paint(painter, top.x_text, colors.text, Qt::AlignLeft | Qt::AlignVCenter);
+    status.Paint(painter, top.status, StatusColor(texts.state, colors), Qt::AlignCenter);
+    x_spacing.Paint(painter, top.x_spacing, colors.text, Qt::AlignRight | Qt::AlignVCenter);
+    return low.y;
+}
+
+/// Paints the texts of a y axis into its slot.
+void PaintYTexts(QPainter& painter, const QRect& slot, const LabelMetrics& metrics,
+                 const YLabel& label, const QColor& color) {
+    const QFontMetrics font_metrics = painter.fontMetrics();
+    const auto alignment = Qt::AlignLeft | Qt::AlignVCenter;
+    const MeasuredText text(font_metrics, label.text);
+    const MeasuredText spacing(font_metrics, label.spacing);
+    const SlotPlaces places = PlaceSlot(slot, metrics.gap, text.Width(), spacing.Width());
+    if (places.spacing.isEmpty()) {
+        MeasuredText(font_metrics, label.alone).Paint(painter, slot, color, alignment);
         return;
     }
-    painter.setPen(color);
-    painter.drawText(place, static_cast<int>(alignment) | Qt::TextSingleLine,
-                     ShortenedText(text, painter.fontMetrics(), place.width()));
+    text.Paint(painter, places.text, color, alignment);
+    spacing.Paint(painter, places.spacing, color, alignment);
 }
 
 }  // namespace
@@ -105,42 +163,26 @@ void PaintBorder(QPainter& painter, const QRect& plot, const FrameColors& colors
 }
 
 void PaintTexts(QPainter& painter, const FrameLayout& layout, const LabelMetrics& metrics,
-                const FrameTexts& texts, const FrameColors& colors) {
-    const QFontMetrics font_metrics = painter.fontMetrics();
-    // The blanks at its end take no part in centring.
-    const QString status = QString::fromLatin1(StatusText(texts.state)).trimmed();
-    const int x_text_width = JoinedWidth(font_metrics, texts.x_text);
-    const int status_width = TextWidth(font_metrics, status);
-    const int x_spacing_width = TextWidth(font_metrics, texts.x_spacing);
-    const LowLinePlaces low =
-        PlaceLowLine(layout.low ? layout.top_line : QRect(), metrics, x_text_width, status_width,
-                     x_spacing_width, static_cast<int>(texts.y.size()));
-    const TopLinePlaces top = layout.low ? low.top
-                                         : PlaceTopLine(layout.top_line, metrics.gap, x_text_width,
-                                                        status_width, x_spacing_width);
-    PaintText(painter, top.x_text, texts.x_text, colors.text, Qt::AlignLeft | Qt::AlignVCenter);
-    PaintText(painter, top.status, status, StatusColor(texts.state, colors), Qt::AlignCenter);
-    PaintText(painter, top.x_spacing, texts.x_spacing, colors.text,
-              Qt::AlignRight | Qt::AlignVCenter);
+                const FrameTexts& texts, const FrameColors& colors, const TextLines& lines) {
+    std::vector<QRect> low_slots;
+    if (lines.above) {
+        low_slots = PaintXTexts(painter, layout, metrics, texts, colors);
+    }
+    if (layout.low ? !lines.above : !lines.below) {
+        return;
+    }
+    const std::vector<QRect>& places = layout.low ? low_slots : layout.y_slots;
     for (std::size_t i = 0; i < texts.y.size() && i < layout.y_slots.size(); ++i) {
         const YLabel& label = texts.y[i];
-        const QRect& slot = layout.low ? low.y[i] : layout.y_slots[i];
-        const SlotPlaces places =
-            PlaceSlot(slot, metrics.gap, JoinedWidth(font_metrics, label.text),
-                      TextWidth(font_metrics, label.spacing));
         const QColor color = ShownColor(label.color, colors.background, kTextContrast);
-        const auto alignment = Qt::AlignLeft | Qt::AlignVCenter;
         if (layout.low) {
-            PaintText(painter, slot, WithoutWhatIsKnown(label.alone, font_metrics, slot.width()),
-                      color, alignment);
-            continue;
+            const QFontMetrics font_metrics = painter.fontMetrics();
+            const AxisText known = WithoutWhatIsKnown(label.alone, font_metrics, places[i].width());
+            MeasuredText(font_metrics, known)
+                .Paint(painter, places[i], color, Qt::AlignLeft | Qt::AlignVCenter);
+        } else {
+            PaintYTexts(painter, places[i], metrics, label, color);
         }
-        if (places.spacing.isEmpty()) {
-            PaintText(painter, slot, label.alone, color, alignment);
-            continue;
-        }
-        PaintText(painter, places.text, label.text, color, alignment);
-        PaintText(painter, places.spacing, label.spacing, color, alignment);
     }
 }
 

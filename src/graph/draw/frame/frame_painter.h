@@ -22,6 +22,12 @@ struct YLabel {
     QColor color;
 };
 
+/// Lines of text that are painted: those above and below the plot area.
+struct TextLines {
+    bool above = true;
+    bool below = true;
+};
+
 struct FrameTexts {
     AxisText x_text;
     QString x_spacing;
@@ -44,9 +50,9 @@ void PaintZeroLine(QPainter& painter, Coordinate coordinate, std::int32_t pixel,
 /// Paints the border of the plot area. Device pixels.
 void PaintBorder(QPainter& painter, const QRect& plot, const FrameColors& colors);
 
-/// Paints all texts with the painter's font, shortened (see shortened_text.h) where there is no
-/// room for all of a text. Logical pixels.
+/// Paints the texts of some lines with the painter's font, shortened (see shortened_text.h) where
+/// there is no room for all of a text. Logical pixels.
 void PaintTexts(QPainter& painter, const FrameLayout& layout, const LabelMetrics& metrics,
-                const FrameTexts& texts, const FrameColors& colors);
+                const FrameTexts& texts, const FrameColors& colors, const TextLines& lines);
 
 }  // namespace wavo

@@ -8,7 +8,6 @@
 #include <string>
 #include <utility>
 
-#include "graph/draw/frame/frame_painter.h"
 #include "graph/draw/frame/texts.h"
 
 namespace wavo {
@@ -120,21 +119,29 @@ bool GraphFrame::Draw(QImage& picture, const Content& content) {
     }
     MovingLines lines = LinesOf(content);
     const bool lines_moved = anew || lines != m_lines;
+    const bool x_changed =
+        said.window != m_said.window || said.state != m_said.state || said.x != m_said.x;
+    const bool y_changed = said.y != m_said.y;
+    const TextLines changed{anew || x_changed || (m_layout.low && y_changed), anew || y_changed};
     m_said = std::move(said);
     m_lines = std::move(lines);
     if (anew) {
         MakeImage(rectangle);
     }
-    PaintTexts(content);
+    PaintTexts(content, changed);
     if (lines_moved) {
         PaintLines(content);
         CopyTo(picture, m_image_rectangle);
         m_is_valid = true;
-    } else {
+        return true;
+    }
+    if (changed.above) {
         CopyTo(picture, AbovePlot());
+    }
+    if (changed.below) {
         CopyTo(picture, BelowPlot());
     }
-    return lines_moved;
+    return false;
 }
 
 QRect GraphFrame::AbovePlot() const {
@@ -201,7 +208,7 @@ void GraphFrame::PaintLines(const Content& content) {
     PaintBorder(painter, m_device_plot, m_colors);
 }
 
-void GraphFrame::PaintTexts(const Content& content) {
+void GraphFrame::PaintTexts(const Content& content, const TextLines& lines) {
     FrameTexts texts;
     texts.x_text = XAxisText(m_graph, content.window);
     texts.x_spacing =
@@ -219,11 +226,15 @@ void GraphFrame::PaintTexts(const Content& content) {
     }
     QPainter painter(&m_image);
     painter.translate(-m_image_rectangle.topLeft());
-    painter.fillRect(AbovePlot(), m_colors.background);
-    painter.fillRect(BelowPlot(), m_colors.background);
+    if (lines.above) {
+        painter.fillRect(AbovePlot(), m_colors.background);
+    }
+    if (lines.below) {
+        painter.fillRect(BelowPlot(), m_colors.background);
+    }
     painter.scale(m_device_ratio, m_device_ratio);
     painter.setFont(m_looks.font);
-    wavo::PaintTexts(painter, m_layout, m_metrics, texts, m_colors);
+    wavo::PaintTexts(painter, m_layout, m_metrics, texts, m_colors, lines);
 }
 
 void GraphFrame::CopyTo(QImage& picture, const QRect& part) const {

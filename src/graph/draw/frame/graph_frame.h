@@ -4,8 +4,9 @@
 // Invariants:
 // 1. Texts are laid out in logical pixels; plot area and scale lines stand on device pixels of the
 //    picture.
-// 2. After Draw the picture shows the frame in its rectangle; the plot area is touched only when
-//    something there has changed.
+// 2. After Draw the picture shows the frame in its rectangle; the plot area, and the texts above
+// and
+//    below it, are touched only when something there has changed.
 #pragma once
 
 #include <QColor>
@@ -20,6 +21,7 @@
 #include <vector>
 
 #include "graph/draw/frame/colors.h"
+#include "graph/draw/frame/frame_painter.h"
 #include "graph/draw/frame/guiding_circles.h"
 #include "graph/draw/frame/labels.h"
 #include "graph/draw/raster/mapping.h"
@@ -120,7 +122,7 @@ class GraphFrame {
     [[nodiscard]] MovingLines LinesOf(const Content& content) const;
     void MakeImage(const QRect& rectangle);
     void PaintLines(const Content& content);
-    void PaintTexts(const Content& content);
+    void PaintTexts(const Content& content, const TextLines& lines);
     // The rows of the frame above and below the plot area: those of the texts.
     [[nodiscard]] QRect AbovePlot() const;
     [[nodiscard]] QRect BelowPlot() const;

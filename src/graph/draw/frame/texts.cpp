@@ -1,5 +1,6 @@
 #include "graph/draw/frame/texts.h"
 
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <initializer_list>
@@ -29,13 +30,13 @@ std::string RangeText(const ScaleRange& range) {
 }  // namespace
 
 std::string FormatNumber(double value) {
-    const int length = std::snprintf(nullptr, 0, "%.6f", value);
+    constexpr std::size_t kMostCharacters = 320;  // of the largest number
+    std::array<char, kMostCharacters> buffer;
+    const int length = std::snprintf(buffer.data(), buffer.size(), "%.6f", value);
     if (length <= 0) {
         return {};
     }
-    std::string text(static_cast<std::size_t>(length) + 1, '\0');
-    (void)std::snprintf(text.data(), text.size(), "%.6f", value);
-    text.pop_back();
+    std::string text(buffer.data(), static_cast<std::size_t>(length));
     const std::size_t point = text.find('.');
     if (point == std::string::npos) {
         return text;

@@ -115,7 +115,9 @@ void LevelMask::BeginOn(const QRect& area, const PixelColumns& target, QRgb colo
         return target.Under(target.top_row + area.height() * part / 16)[area.width() * part / 16];
     };
     // Two of three places that are hardly all on lines of the scale.
-    m_often = under(5) == under(7) ? under(5) : under(11);
+    const int often = under(5) == under(7) ? 5 : 11;
+    m_often = under(often);
+    m_often_row = target.top_row + area.height() * often / 16;
     for (std::uint32_t level = 0; level < m_over_often.size(); ++level) {
         m_over_often[level] = level == 0 ? m_often : BlendPixel(m_often, color, level);
     }
@@ -142,10 +144,9 @@ void LevelMask::Lines(std::span<const Spot> spots) {
     for (std::size_t i = 0; i < spots.size();) {
         // Of two ends that are near each other nothing is between: the first was drawn before, or
         // ended a long line, whose levels are rounded.
-        if (i != 0 && !(Near(spots[i - 1].x, spots[i].x) && Near(spots[i - 1].y, spots[i].y))) {
+        if (i != 0 && !AreNear(spots[i - 1], spots[i])) {
             LongLine(spots[i - 1], spots[i]);
-            const bool goes_on_near = i + 1 < spots.size() && Near(spots[i].x, spots[i + 1].x) &&
-                                      Near(spots[i].y, spots[i + 1].y);
+            const bool goes_on_near = i + 1 < spots.size() && AreNear(spots[i], spots[i + 1]);
             if (!goes_on_near) {
                 ++i;
                 continue;
@@ -157,35 +158,66 @@ void LevelMask::Lines(std::span<const Spot> spots) {
 
 template <bool kDirect>
 std::size_t LevelMask::NearSpots(std::span<const Spot> spots, std::size_t first) {
+    std::size_t i = first;
+    do {
+        // From one spot to the next one it is a pixel at most: so many of them are inside, too.
+        const std::size_t inside = std::min<std::size_t>(Margin(spots[i]), spots.size() - i);
+        if (inside != 0) {
+            i = kDirect ? NearSpotsOnPicture(spots.first(i + inside), i)
+                        : NearSpotsOnMask(spots.first(i + inside), i);
+        } else {
+            ++i;
+        }
+    } while (i < spots.size() && AreNear(spots[i - 1], spots[i]));
+    return i;
+}
+
+std::size_t LevelMask::Margin(const Spot& spot) const noexcept {
+    if (!Inside(spot)) {
+        return 0;
+    }
+    const std::uint32_t column = static_cast<std::uint32_t>(spot.x) - m_left;
+    const std::uint32_t row = static_cast<std::uint32_t>(spot.y) - m_top;
+    return std::min({column, row, m_width - 1 - column, m_height - 1 - row}) + std::size_t{1};
+}
+
+std::size_t LevelMask::NearSpotsOnMask(std::span<const Spot> spots, std::size_t first) {
     // What is written might change members, for all the compiler knows.
-    const std::uint32_t left = m_left;
-    const std::uint32_t top = m_top;
-    const std::uint32_t width = m_width;
-    const std::uint32_t height = m_height;
-    const std::size_t stride = m_stride;
+    const auto stride = static_cast<std::ptrdiff_t>(m_stride);
+    const auto left = static_cast<std::int32_t>(m_left);
+    const auto top = static_cast<std::int32_t>(m_top);
     std::uint8_t* const levels = m_levels.data();
-    const PixelColumns target = m_target;
+    std::size_t i = first;
+    do {
+        const Spot& spot = spots[i];
+        levels[(spot.y - top) * stride + (spot.x - left)] = Byte(spot.level);
+        ++i;
+    } while (i < spots.size() && AreNear(spots[i - 1], spots[i]));
+    return i;
+}
+
+std::size_t LevelMask::NearSpotsOnPicture(std::span<const Spot> spots, std::size_t first) {
+    const auto left = static_cast<std::int32_t>(m_left);
+    const std::int32_t to_row = m_target.top_row - static_cast<std::int32_t>(m_top);
+    const int* const under_rows = m_target.under_rows;
+    const std::ptrdiff_t stride = m_target.stride;
+    QRgb* const pixels = m_target.Row(m_target.top_row);
+    const QRgb* const under_often = m_target.Under(m_often_row);
+    const int often_row = m_target.under_rows[m_often_row];
     const QRgb often = m_often;
     const QRgb* const over_often = m_over_often.data();
     std::size_t i = first;
     do {
         const Spot& spot = spots[i];
-        const std::uint32_t column = static_cast<std::uint32_t>(spot.x) - left;
-        const std::uint32_t row = static_cast<std::uint32_t>(spot.y) - top;
-        if (column < width && row < height) {
-            const std::uint8_t level = Byte(spot.level);
-            if constexpr (kDirect) {
-                const int target_row = target.top_row + static_cast<int>(row);
-                const QRgb under = target.Under(target_row)[column];
-                target.Row(target_row)[column] =
-                    under == often ? over_often[level] : BlendPixel(under, m_color, level);
-            } else {
-                levels[row * stride + column] = level;
-            }
+        const std::int32_t column = spot.x - left;
+        if (under_rows[spot.y + to_row] == often_row && under_often[column] == often) {
+            const std::ptrdiff_t row = spot.y - static_cast<std::int32_t>(m_top);
+            pixels[row * stride + column] = over_often[Byte(spot.level)];
+        } else {
+            Set(spot);
         }
         ++i;
-    } while (i < spots.size() && Near(spots[i - 1].x, spots[i].x) &&
-             Near(spots[i - 1].y, spots[i].y));
+    } while (i < spots.size() && AreNear(spots[i - 1], spots[i]));
     return i;
 }
 

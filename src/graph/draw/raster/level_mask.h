@@ -96,6 +96,9 @@ class LevelMask {
         const std::int64_t distance = std::int64_t{a} - b;
         return distance >= -1 && distance <= 1;
     }
+    static bool AreNear(const Spot& a, const Spot& b) noexcept {
+        return Near(a.x, b.x) && Near(a.y, b.y);
+    }
     static std::uint8_t Byte(Level level) noexcept {
         return static_cast<std::uint8_t>((level + 0x8000) >> 16);
     }
@@ -126,6 +129,11 @@ class LevelMask {
     /// not.
     template <bool kDirect>
     [[nodiscard]] std::size_t NearSpots(std::span<const Spot> spots, std::size_t first);
+    // The same for spots that are all inside while they are near each other.
+    [[nodiscard]] std::size_t NearSpotsOnMask(std::span<const Spot> spots, std::size_t first);
+    [[nodiscard]] std::size_t NearSpotsOnPicture(std::span<const Spot> spots, std::size_t first);
+    /// Spots from one inside on that are inside while they are near each other; 0 for one outside.
+    [[nodiscard]] std::size_t Margin(const Spot& spot) const noexcept;
 
     // The area; left and top as unsigned numbers, for which differences are defined throughout.
     std::uint32_t m_left = 0;
@@ -139,6 +147,7 @@ class LevelMask {
     PixelColumns m_target{};
     QRgb m_color = 0;
     QRgb m_often = 0;                      ///< a colour of the background
+    int m_often_row = 0;                   ///< a row, as the target counts, where it is
     std::array<QRgb, 256> m_over_often{};  ///< with the curve's colour laid on it, by level
 };
 

@@ -107,6 +107,30 @@ TEST(CurveShape, FollowsCurveAndScalesAsIfItWereNew) {
     }
 }
 
+TEST(CurveShape, FollowsACurveThatScrollsOnAndOn) {
+    // Columns of few samples and of many; rows of one byte and of two.
+    for (const int height : {30, 300}) {
+        for (const std::uint64_t most : {300U, 2000U, 5000U}) {
+            Shown shown(most, QRect(5, 7, 40, height));
+            for (int step = 0; step < 400; ++step) {
+                shown.Add(1 + static_cast<std::size_t>(step * step) % (most / 10));
+                if (step % 100 == 50) {
+                    shown.curve.Add(std::vector<double>{std::nan("")}, false, 0.0);
+                }
+                if (step % 100 == 99) {
+                    shown.curve.Clear();
+                    shown.Add(most / 2);
+                }
+                ASSERT_TRUE(shown.Update());
+                shown.ExpectAsNew();
+                if (HasFatalFailure()) {
+                    FAIL() << height << " rows, " << most << " points, step " << step;
+                }
+            }
+        }
+    }
+}
+
 TEST(CurveShape, IsKeptWhileNothingChanges) {
     Shown shown(300);
     shown.Add(200);

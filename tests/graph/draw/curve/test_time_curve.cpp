@@ -113,7 +113,7 @@ struct AnyTimeCurve {
 };
 
 void Add(TimeCurve& curve, const std::vector<double>& samples, bool at_start, double range) {
-    EXPECT_TRUE(curve.Add(samples, at_start, range));
+    EXPECT_TRUE(curve.Add(samples, at_start, range, {}));
 }
 
 void ExpectRunsAsModel(const TimeCurve& curve, const Model& model) {
@@ -204,7 +204,7 @@ TEST(TimeCurve, TimesAreSumsOfTheStepUntilTheCurveScrolls) {
 TEST(TimeCurve, EveryChangeHasAVersion) {
     const AnyTimeCurve any(GraphMode::kContinuity, 0.25, 4);
     TimeCurve& curve = *any.made;
-    SampleRing ring;
+    SampleBuffer ring;
     ASSERT_TRUE(ring.Push(std::vector<double>{1, 2, 3, 4, 5}, 5));
     std::uint64_t before = curve.Version();
     const auto changed = [&] {
@@ -234,7 +234,7 @@ TEST(TimeCurve, EveryChangeHasAVersion) {
 TEST(TimeCurve, AWindowOnARingThatBeganAnewIsAnotherOne) {
     const AnyTimeCurve any(GraphMode::kContinuity, 0.25, 4);
     TimeCurve& curve = *any.made;
-    SampleRing ring;
+    SampleBuffer ring;
     ASSERT_TRUE(ring.Push(std::vector<double>{1, 2, 3}, 5));
     curve.ShowWindow(ring, {{0, {0, 3}}});
     const std::uint64_t version = curve.Version();
@@ -250,7 +250,7 @@ TEST(TimeCurve, AWindowShowsItsStretchInOrderOfTimeFromZero) {
         const AnyTimeCurve any(mode, 0.25, 4);
         TimeCurve& curve = *any.made;
         Add(curve, {9, 9, 9, 9}, true, 1.0);
-        SampleRing ring;
+        SampleBuffer ring;
         for (int i = 0; i < 23; ++i) {
             ASSERT_TRUE(ring.Push(std::vector<double>{static_cast<double>(i)}, 10));
         }
@@ -270,7 +270,7 @@ TEST(TimeCurve, AWindowShowsItsStretchInOrderOfTimeFromZero) {
 TEST(TimeCurve, AKeptWindowHoldsAllOfItHoweverLong) {
     const AnyTimeCurve any(GraphMode::kContinuity, 0.25, 4);
     TimeCurve& curve = *any.made;
-    SampleRing ring;
+    SampleBuffer ring;
     ASSERT_TRUE(ring.Push(std::vector<double>{1, 2, 3, 4, 5, 6, 7, 8}, 8));
     curve.ShowWindow(ring, {{0, {1, 6}}});
     curve.KeepWindow();
@@ -285,7 +285,7 @@ TEST(TimeCurve, AKeptWindowHoldsAllOfItHoweverLong) {
 TEST(TimeCurve, GoesOnAfterAKeptWindow) {
     const AnyTimeCurve any(GraphMode::kClassic, 0.25, 20);
     TimeCurve& curve = *any.made;
-    SampleRing ring;
+    SampleBuffer ring;
     ASSERT_TRUE(ring.Push(std::vector<double>(3000, 1.0), 3000));
     curve.ShowWindow(ring, {{0, {0, 3000}}});
     curve.KeepWindow();
@@ -385,7 +385,7 @@ TEST(TimeCurve, TellsTheSampleThatIsSeenAtATime) {
     Add(scroll, {3, 4, 5}, false, 1.0);
     EXPECT_EQ(scroll.PositionAt(0.5), 2U);
     EXPECT_EQ(scroll.PositionAt(1.0), std::nullopt);
-    SampleRing ring;
+    SampleBuffer ring;
     ASSERT_TRUE(ring.Push(std::vector<double>{1, 2, 3, 4, 5}, 5));
     scroll.ShowWindow(ring, {{1, {0, 1}}, {3, {2, 2}}});
     EXPECT_EQ(scroll.PositionAt(0.0), std::nullopt);

@@ -88,6 +88,26 @@ TEST(GraphFrame, NewTextsLeaveThePlotAreaAlone) {
     EXPECT_FALSE(framed.IsAsBefore(framed.TopTexts()));
 }
 
+TEST(GraphFrame, OnlyTextsThatSayAnotherThingArePaintedAnew) {
+    Framed framed;
+    framed.Draw();
+    const QRect below(QPoint(10, framed.frame.PlotArea().bottom() + 1), QPoint(409, 219));
+    framed.picture.setPixel(12, 22, kFrameMark);
+    framed.picture.setPixel(below.left() + 1, below.bottom(), kFrameMark);
+    framed.before = framed.picture.copy();
+    framed.graph.YScales[0] = ManualScale(-20.0, 20.0);
+    framed.SpreadY();
+    EXPECT_FALSE(framed.Draw());
+    EXPECT_TRUE(framed.IsAsBefore(framed.TopTexts()));
+    EXPECT_FALSE(framed.IsAsBefore(below));
+    framed.picture.setPixel(below.left() + 1, below.bottom(), kFrameMark);
+    framed.before = framed.picture.copy();
+    framed.content.window = {1.0, 3.0};
+    EXPECT_FALSE(framed.Draw());
+    EXPECT_FALSE(framed.IsAsBefore(framed.TopTexts()));
+    EXPECT_TRUE(framed.IsAsBefore(below));
+}
+
 TEST(GraphFrame, AZeroLineThatMovesPaintsThePlotAreaAnew) {
     Framed framed;
     framed.Draw();

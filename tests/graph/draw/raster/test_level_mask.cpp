@@ -7,6 +7,7 @@
 #include <random>
 #include <set>
 #include <utility>
+#include <vector>
 
 namespace wavo {
 namespace {
@@ -151,6 +152,38 @@ TEST(LevelMask, BlendingEmptiesTheMask) {
     mask.Begin(QRect(3, 3, 17, 9));
     mask.BlendInto(other, qRgb(255, 255, 255));
     EXPECT_TRUE(PaintedPlaces(other).empty());
+}
+
+TEST(LevelMask, LinesAreThoseFromEachSpotToTheNextWhereverTheyLeaveTheArea) {
+    std::mt19937 random(8);
+    for (const QRect& area : {QRect(5, 4, 20, 15), QRect(0, 0, 40, 30), QRect(12, 9, 1, 1)}) {
+        for (int round = 0; round < 50; ++round) {
+            std::vector<LevelMask::Spot> spots{{15, 10, kOpaque / 2}};
+            while (spots.size() < 300) {
+                const std::int32_t reach = random() % 40 == 0 ? 30 : 1;
+                const auto step = [&] {
+                    return static_cast<std::int32_t>(random() % (2 * reach + 1)) - reach;
+                };
+                const LevelMask::Spot& last = spots.back();
+                spots.push_back({last.x + step(), last.y + step(),
+                                 static_cast<LevelMask::Level>(random() % kOpaque)});
+            }
+            spots.push_back(spots.back());  // no line ends the row
+            LevelMask mask;
+            QImage picture = BlackPicture();
+            mask.Begin(area);
+            mask.Lines(spots);
+            mask.BlendInto(picture, qRgb(255, 255, 255));
+            QImage expected = BlackPicture();
+            mask.Begin(area);
+            for (std::size_t i = 1; i < spots.size(); ++i) {
+                mask.Line(spots[i - 1], spots[i]);
+                mask.Pixel(spots[i]);  // the levels of a long line are rounded
+            }
+            mask.BlendInto(expected, qRgb(255, 255, 255));
+            ASSERT_EQ(picture, expected) << round;
+        }
+    }
 }
 
 }  // namespace
