@@ -39,6 +39,7 @@ const std::map<std::string, Layer>& Layers() {
         {"source", {{"support"}}},
         {"link", {{"source", "support", "platform"}}},
         {"recording", {{"source", "support", "platform"}}},
+        {"tables", {{"recording", "settings", "support", "platform"}}},
         {"graph/model", {{"link/axis_capabilities.h", "support"}}},
         {"graph/values", {{"source", "support"}}},
         {"graph/record", {{"graph/model", "graph/values", "source", "support"}}},
@@ -84,14 +85,14 @@ const std::map<std::string, Layer>& Layers() {
          {{"recorder/notice", "recording", "source", "graph/model", "graph/values", "link",
            "support", "platform"}}},
         {"master",
-         {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "support",
-           "platform"}}},
+         {{"link/axis_capabilities.h", "link/wire_format.h", "link/master_messages.h", "recording",
+           "tables", "support", "platform"}}},
         {"master/linuxcnc",
          {{"master", "link/axis_capabilities.h", "link/master_messages.h", "support", "platform"}}},
         {"master/pipe",
          {{"master", "link/axis_capabilities.h", "link/master_messages.h", "support", "platform"}}},
         {"programs",
-         {{"recorder", "report", "measure", "master/gzip.h", "support", "platform"}, true}},
+         {{"recorder", "report", "measure", "recording", "tables", "support", "platform"}, true}},
     };
     return layers;
 }
