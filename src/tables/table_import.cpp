@@ -91,15 +91,15 @@ MaybeFault TableImport::OpenTable() {
     return std::nullopt;
 }
 
-TableImport::State TableImport::Fail(const std::string& text) {
+StepState TableImport::Fail(const std::string& text) {
     m_fault = Fault{text};
     m_phase = Phase::kEnded;
     m_writer.reset();
     m_file.reset();
-    return State::kFailed;
+    return StepState::kFailed;
 }
 
-TableImport::State TableImport::Step() {
+StepState TableImport::Step() {
     switch (m_phase) {
         case Phase::kFindCycle:
             return m_choice.column ? FindCycle() : BeginCopy({});
@@ -108,7 +108,7 @@ TableImport::State TableImport::Step() {
         case Phase::kEnded:
             break;
     }
-    return m_fault ? State::kFailed : State::kDone;
+    return m_fault ? StepState::kFailed : StepState::kDone;
 }
 
 double TableImport::Part() const {
@@ -122,12 +122,12 @@ double TableImport::Part() const {
                           static_cast<double>(bytes.Taken()) / static_cast<double>(bytes.Size()));
 }
 
-TableImport::State TableImport::FindCycle() {
+StepState TableImport::FindCycle() {
     m_reader->Allow(kPiecesPerStep);
     while (m_first_times.size() < kRowsForCycle) {
         const TableReader::Row row = m_reader->Next(m_values);
         if (row == TableReader::Row::kLater) {
-            return State::kWorking;
+            return StepState::kWorking;
         }
         if (row == TableReader::Row::kEnd) {
             break;
@@ -143,7 +143,7 @@ TableImport::State TableImport::FindCycle() {
     return BeginCopy(m_first_times);
 }
 
-TableImport::State TableImport::BeginCopy(const std::vector<double>& times) {
+StepState TableImport::BeginCopy(const std::vector<double>& times) {
     if (m_choice.column) {
         const std::optional<double> cycle_time = CycleTimeOf(times);
         if (!cycle_time && times.size() > 1) {
@@ -165,10 +165,10 @@ TableImport::State TableImport::BeginCopy(const std::vector<double>& times) {
     m_writer = std::move(*writer);
     m_phase = Phase::kCopy;
     TellColumns();
-    return State::kWorking;
+    return StepState::kWorking;
 }
 
-TableImport::State TableImport::Copy() {
+StepState TableImport::Copy() {
     m_reader->Allow(kPiecesPerStep);
     for (;;) {
         MaybeFault fault;
@@ -180,7 +180,7 @@ TableImport::State TableImport::Copy() {
                 fault = TakeBadRow();
                 break;
             case TableReader::Row::kLater:
-                return State::kWorking;
+                return StepState::kWorking;
             case TableReader::Row::kEnd:
                 return Finish();
         }
@@ -234,7 +234,7 @@ void TableImport::TellJump(const LineTimes::Place& place) {
     }
 }
 
-TableImport::State TableImport::Finish() {
+StepState TableImport::Finish() {
     const BytesEnd end = m_reader->Bytes().End();
     const std::string behind = " behind line " + std::to_string(m_reader->LineNumber());
     if (end == BytesEnd::kUnreadable || end == BytesEnd::kDamaged) {
@@ -258,7 +258,7 @@ TableImport::State TableImport::Finish() {
     }
     TellTimes();
     m_phase = Phase::kEnded;
-    return State::kDone;
+    return StepState::kDone;
 }
 
 void TableImport::TellColumns() {

@@ -1,7 +1,7 @@
 // Makes a recording of a table, in steps, so that it is looked at like any other.
 //
 //   auto import = TableImport::Begin(preview, choice, folder, "wavo 1.0");
-//   while ((*import)->Step() == TableImport::State::kWorking) { show (*import)->Part(); }
+//   while ((*import)->Step() == StepState::kWorking) { show (*import)->Part(); }
 //   TemporaryRecording recording = (*import)->Take();
 //
 // Every column of numbers becomes an axis, but for the one with the time. A row that cannot be
@@ -23,13 +23,14 @@
 #include "recording/recording_writer.h"
 #include "support/fault.h"
 #include "tables/line_times.h"
+#include "tables/stepped_work.h"
 #include "tables/table_preview.h"
 #include "tables/table_reader.h"
 #include "tables/temporary_recording.h"
 
 namespace wavo::tables {
 
-class TableImport {
+class TableImport final : public SteppedWork {
  public:
     /// Rows of which the cycle time is found, from a column with the time.
     static constexpr std::size_t kRowsForCycle = 10'000;
@@ -45,18 +46,12 @@ class TableImport {
                                                         const TimeChoice& choice,
                                                         const std::string& folder,
                                                         std::string program);
-    ~TableImport();
-    TableImport(const TableImport&) = delete;
-    TableImport& operator=(const TableImport&) = delete;
+    ~TableImport() override;
 
-    enum class State { kWorking, kDone, kFailed };
-    /// Works for some milliseconds.
-    State Step();
+    StepState Step() override;
+    [[nodiscard]] double Part() const override;
+    [[nodiscard]] const Fault& Why() const override { return *m_fault; }
 
-    /// How much is done: 0 to 1.
-    [[nodiscard]] double Part() const;
-    /// Why it failed; the text names the file. REQUIRES: Step gave kFailed.
-    [[nodiscard]] const Fault& Why() const { return *m_fault; }
     /// What a user should know of the table, in words; whole when it is done.
     [[nodiscard]] const std::vector<std::string>& Notices() const { return m_notices; }
     /// Seconds per line; known when it is done.
@@ -71,15 +66,15 @@ class TableImport {
     TableImport(const TablePreview& preview, const TimeChoice& choice, TemporaryRecording file);
 
     MaybeFault OpenTable();
-    State Fail(const std::string& text);
-    State FindCycle();
-    State BeginCopy(const std::vector<double>& times);
-    State Copy();
+    StepState Fail(const std::string& text);
+    StepState FindCycle();
+    StepState BeginCopy(const std::vector<double>& times);
+    StepState Copy();
     MaybeFault TakeRow();
     MaybeFault TakeBadRow();
     MaybeFault PutLine(std::uint64_t line);
     void TellJump(const LineTimes::Place& place);
-    State Finish();
+    StepState Finish();
     void TellColumns();
     void TellTimes();
 

@@ -59,13 +59,16 @@ bool AreNumbers(const std::vector<std::string>& fields) {
 }
 
 char SeparatorOf(std::string_view text) {
-    for (const char separator : {';', '\t', ','}) {
-        if (FieldsOf(text, separator).size() > 1) {
-            return separator;
+    const std::string_view second = AtContent(Behind(text));
+    for (const bool both : {true, false}) {
+        for (const char separator : {';', '\t', ','}) {
+            const std::size_t fields = FieldsOf(text, separator).size();
+            if (fields > 1 && (!both || FieldsOf(second, separator).size() == fields)) {
+                return separator;
+            }
         }
     }
     const std::vector<std::string> fields = FieldsOf(text, ' ');
-    const std::string_view second = AtContent(Behind(text));
     if (fields.size() < 2 || second.empty()) {
         return fields.size() > 1 && AreNumbers(fields) ? ' ' : kNoSeparator;
     }

@@ -21,10 +21,11 @@ struct TableLayout {
     friend bool operator==(const TableLayout&, const TableLayout&) = default;
 };
 
-/// Looks at the beginning of a text, some lines of it. Of semicolon, tab and comma the first that
-/// stands in the first line separates; where none does, blanks do if they separate as many fields
-/// there as numbers in the second line. A line of names has a field that is no number. The fault
-/// says, without the file, why this is no table.
+/// Looks at the beginning of a text, some lines of it. Of semicolon, tab and comma the first
+/// separates that makes as many fields of the first line as of the second, else the first that
+/// makes any; where none does, blanks do if they separate as many fields as numbers in the second
+/// line. A line of names has a field that is no number. The fault says, without the file, why this
+/// is no table.
 Expected<TableLayout> FindLayout(std::string_view beginning);
 
 }  // namespace wavo::tables

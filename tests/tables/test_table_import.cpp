@@ -26,7 +26,6 @@ using testing::Gzipped;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
-using State = TableImport::State;
 using Texts = std::vector<std::string>;
 
 class TableImports : public ::testing::Test {
@@ -57,12 +56,12 @@ class TableImports : public ::testing::Test {
             TableImport::Begin(preview, choice.value_or(TimeChoice()), m_cache.path(), "test 1");
         EXPECT_TRUE(import) << import.Why().text;
         m_notices.clear();
-        State state = State::kWorking;
-        while ((state = (*import)->Step()) == State::kWorking) {
+        StepState state = StepState::kWorking;
+        while ((state = (*import)->Step()) == StepState::kWorking) {
             EXPECT_GE((*import)->Part(), 0.0);
             EXPECT_LE((*import)->Part(), 1.0);
         }
-        if (state == State::kFailed) {
+        if (state == StepState::kFailed) {
             m_why = (*import)->Why().text;
             return nullptr;
         }
@@ -288,13 +287,13 @@ TEST_F(TableImports, StepsAreShort) {
     ASSERT_TRUE(import);
     int steps = 0;
     double part = 0.0;
-    State state = State::kWorking;
-    while ((state = (*import)->Step()) == State::kWorking) {
+    StepState state = StepState::kWorking;
+    while ((state = (*import)->Step()) == StepState::kWorking) {
         EXPECT_GE((*import)->Part(), part);
         part = (*import)->Part();
         ++steps;
     }
-    EXPECT_EQ(state, State::kDone);
+    EXPECT_EQ(state, StepState::kDone);
     EXPECT_GT(steps, 25) << "a quarter of a MiB each";
 }
 
@@ -308,7 +307,7 @@ TEST_F(TableImports, NothingIsLeftBehind) {
     {
         auto import = TableImport::Begin(preview, {}, m_cache.path(), "");
         ASSERT_TRUE(import);
-        EXPECT_EQ((*import)->Step(), State::kWorking);
+        EXPECT_EQ((*import)->Step(), StepState::kWorking);
         EXPECT_EQ(Cache().size(), 2U);
     }
     EXPECT_THAT(Cache(), IsEmpty()) << "given up";
@@ -325,11 +324,11 @@ TEST_F(TableImports, AFullDiskIsToldAndNothingIsLeftBehind) {
             EXPECT_THAT(Cache(), IsEmpty());
             continue;
         }
-        State state = State::kWorking;
-        while (state == State::kWorking) {
+        StepState state = StepState::kWorking;
+        while (state == StepState::kWorking) {
             state = (*import)->Step();
         }
-        if (state == State::kDone) {
+        if (state == StepState::kDone) {
             EXPECT_GT(call, 3);
             break;
         }

@@ -86,6 +86,7 @@ TEST(TableReader, FindsSeparatorNamesAndDecimalPoint) {
         {"a,b\n1.5,2\n", {"a", "b"}, {1.5, 2}},
         {"a;b\n1,5;2\n", {"a", "b"}, {1.5, 2}},
         {"a,x;b,y\n1.5;2\n", {"a,x", "b,y"}, {1.5, 2}},
+        {"a,\"b;c\"\n1.5,2\n", {"a", "b;c"}, {1.5, 2}},
         {"a\tb\n1,5\t-2e3\n", {"a", "b"}, {1.5, -2000}},
         {"a b\n1.5 2\n", {"a", "b"}, {1.5, 2}},
         {"  a   b  \n\n  1,5\t 2  \n", {"a", "b"}, {1.5, 2}},
