@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "recording/recording_head.h"
 #include "tables/number_field.h"
 #include "tables/table_reader.h"
 
@@ -157,6 +158,10 @@ std::string TablePreview::Key() const {
         key += '\n' + name;
     }
     return key;
+}
+
+bool IsCycleTime(double seconds) {
+    return recording::LineClock::CanRecord(seconds);
 }
 
 Expected<TablePreview> PreviewTable(const std::string& path) {

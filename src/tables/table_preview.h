@@ -26,6 +26,9 @@ struct TimeChoice {
     friend bool operator==(const TimeChoice&, const TimeChoice&) = default;
 };
 
+/// Whether lines can be so many seconds apart.
+bool IsCycleTime(double seconds);
+
 struct TablePreview {
     /// Rows and columns that are kept as texts.
     static constexpr std::size_t kRows = 20;

@@ -61,7 +61,7 @@ const std::map<std::string, Layer>& Layers() {
         {"ui/controls", {{}, true}},
         {"ui/dialogs",
          {{"ui", "ui/controls", "graph/model", "graph/draw/display_settings.h", "settings",
-           "support", "platform/system_dialogs.h"},
+           "tables", "support", "platform/system_dialogs.h"},
           true}},
         {"ui/graph_editor",
          {{"ui", "ui/controls", "graph/model", "graph/draw/frame/colors.h",
