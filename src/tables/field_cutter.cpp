@@ -13,7 +13,8 @@ constexpr std::size_t kShownBytes = 64;
 
 }  // namespace
 
-FieldCutter::FieldCutter(TableBytes& bytes) : m_bytes(bytes), m_buffer(kLongestField) {}
+FieldCutter::FieldCutter(TableBytes& bytes, std::size_t buffer_size)
+    : m_bytes(bytes), m_buffer(buffer_size) {}
 
 std::string_view FieldCutter::Beginning() {
     if (m_end == 0 && !m_has_ended) {
@@ -58,7 +59,7 @@ FieldCutter::Cut FieldCutter::Next(Field& field) {
         }
         if (IsFull()) {
             m_is_skipping = true;
-            m_unquoted.assign(m_buffer.data(), kShownBytes);
+            m_unquoted.assign(m_buffer.data(), std::min(kShownBytes, m_buffer.size()));
             continue;
         }
         if (m_is_limited) {

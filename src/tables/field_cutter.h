@@ -15,7 +15,7 @@
 //   may contain separators, not line ends.
 //
 // Invariants:
-// 1. Memory does not grow with the text: one buffer of kLongestField bytes.
+// 1. Memory does not grow with the text: one buffer.
 // 2. Every byte is looked at once, but for those of a field that the end of the buffer cuts.
 #pragma once
 
@@ -35,7 +35,7 @@ inline constexpr char kNoSeparator = '\n';
 /// Why a field cannot be read.
 enum class FieldFault {
     kNone,
-    kTooLong,  ///< longer than FieldCutter::kLongestField
+    kTooLong,  ///< longer than the cutter's buffer
     kQuote,    ///< it begins with a quotation mark and does not end with one
 };
 
@@ -47,11 +47,11 @@ struct Field {
 
 class FieldCutter {
  public:
-    /// Longest field, bytes; also the size of a piece of work.
+    /// Longest field, bytes, unless another buffer is wanted; also the size of a piece of work.
     static constexpr std::size_t kLongestField = std::size_t{1} << 16U;
 
-    /// `bytes` is not owned and outlives this object.
-    explicit FieldCutter(TableBytes& bytes);
+    /// `bytes` is not owned and outlives this object. Fields may be as long as the buffer.
+    explicit FieldCutter(TableBytes& bytes, std::size_t buffer_size = kLongestField);
 
     /// The text as far as it is in the buffer, which is filled: its beginning, if nothing was taken
     /// yet. A byte order mark is taken off.
