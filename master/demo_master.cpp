@@ -8,9 +8,11 @@
 #include "master/demo_options.h"
 #include "master/demo_run.h"
 #include "master/motions.h"
+#include "master/recorded_lines.h"
 #include "master/recording.h"
 #include "platform/folders.h"
 #include "platform/process.h"
+#include "recording/recording_fault.h"
 #include "support/diagnostics_output.h"
 
 namespace {
@@ -19,11 +21,37 @@ using namespace wavo::master;
 
 constexpr char kVersion[] = "demo_master " WAVO_VERSION;
 
+std::unique_ptr<LineSource> OpenRecording(const DemoOptions& options, std::string* error) {
+    auto recording = wavo::recording::RecordingReader::Open(options.recording);
+    if (!recording) {
+        using wavo::recording::RecordingFault;
+        const int code = recording.Why().code;
+        if (code == static_cast<int>(RecordingFault::kCannotOpen) ||
+            code == static_cast<int>(RecordingFault::kNotRecording)) {
+            return Recording::Read(options.recording, options.axes, error);
+        }
+        *error = recording.Why().text;
+        return nullptr;
+    }
+    if (!(*recording)->IsComplete()) {
+        std::fprintf(stderr, "demo_master: %s: %s\n", options.recording.c_str(),
+                     (*recording)->CutOffText().c_str());
+    }
+    auto lines =
+        RecordedLines::Make(std::move(*recording), options.axes,
+                            options.skip_gaps ? GapPlaying::kSkip : GapPlaying::kKeepTime, error);
+    if (!lines) {
+        *error = options.recording + ": " + *error;
+    }
+    return lines;
+}
+
 std::unique_ptr<LineSource> MakeSource(const DemoOptions& options, std::string* error) {
     if (!options.recording.empty()) {
-        return Recording::Read(options.recording, options.axes, error);
+        return OpenRecording(options, error);
     }
-    return MakeMotion(options.motion, options.axes, options.cycle_time, options.seed, error);
+    const double cycle_time = options.cycle_time > 0.0 ? options.cycle_time : kUsualCycleTime;
+    return MakeMotion(options.motion, options.axes, cycle_time, options.seed, error);
 }
 
 }  // namespace

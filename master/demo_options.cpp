@@ -12,6 +12,8 @@ namespace {
 constexpr double kShortestCycle = 1e-5;
 constexpr double kLongestCycle = 10.0;
 
+constexpr double kSlowest = 0.001;
+constexpr double kFastest = 1000.0;
 constexpr std::uint64_t kMostLines = 1'000'000'000'000'000;
 
 std::string SetRecording(std::string_view value, DemoOptions* options) {
@@ -65,7 +67,16 @@ std::string SetFifoLines(std::string_view value, DemoOptions* options) {
 
 std::string SetSpeed(std::string_view value, DemoOptions* options) {
     options->full_speed = value == "full";
-    return value == "full" || value == "cycle" ? "" : "not one of cycle, full";
+    options->speed = 1.0;
+    if (value == "full" || value == "cycle") {
+        return {};
+    }
+    const auto number = ParseWhole<double>(value);
+    if (!number || !(*number >= kSlowest && *number <= kFastest)) {
+        return "not one of cycle, full, and no number from 0.001 to 1000";
+    }
+    options->speed = *number;
+    return {};
 }
 
 std::string SetFault(std::string_view value, DemoOptions* options) {
@@ -147,7 +158,8 @@ constexpr ValueOption<DemoOptions> kValueOptions[] = {{"--recording", SetRecordi
                                                       {"--fault", SetFault},
                                                       {"--fault-after", SetFaultAfter}};
 
-constexpr Switch<DemoOptions> kSwitches[] = {{"--wait-viewer", &DemoOptions::wait_viewer},
+constexpr Switch<DemoOptions> kSwitches[] = {{"--skip-gaps", &DemoOptions::skip_gaps},
+                                             {"--wait-viewer", &DemoOptions::wait_viewer},
                                              {"--stay", &DemoOptions::stay}};
 
 /// Options that contradict each other.
@@ -157,6 +169,9 @@ std::string WhyNotTogether(const std::vector<std::string_view>& given) {
     };
     if (has("--recording") && has("--motion")) {
         return "--recording and --motion exclude each other";
+    }
+    if (has("--skip-gaps") && !has("--recording")) {
+        return "--skip-gaps needs --recording";
     }
     if (has("--fault-after") && !has("--fault")) {
         return "--fault-after needs --fault";
@@ -184,18 +199,21 @@ std::string DemoHelp() {
 Plays a recording or a motion to every viewer that connects, as a machine's master would.
 
 What is played
-  --recording FILE     a recording: comma-separated text, also compressed (.csv.gz)
+  --recording FILE     a recording (.mcap), or comma-separated text, also compressed (.csv.gz)
   --motion NAME        circle (default), jog or noise
   --seed N             chooses the noise (default 1)
-  --axes NAME,NAME     columns of the recording or axes of the motion, in this order
-                       (default: those of X, Y, Z, A, B, C in the recording, else all of it)
+  --axes NAME,NAME     axes of the recording or the motion, or columns of the text, in this order
+                       (default: all; of a text those of X, Y, Z, A, B, C, if it has some)
+  --skip-gaps          leave out the lines that a recording misses (default: they take their
+                       time, as lines of missing values)
   --loop N             end after N rounds (default 0: for ever)
   --lines N            end after N lines, whatever --loop says
 
 How it is played
-  --cycle SECONDS      time per line (default 0.001)
-  --speed cycle|full   full: as fast as the viewers take the lines, losing none; implies
-                       --wait-viewer (default cycle: one line per cycle time)
+  --cycle SECONDS      time per line (default: that of the recording, else 0.001)
+  --speed cycle|N|full full: as fast as the viewers take the lines, losing none; implies
+                       --wait-viewer. A number, 4 say: so many lines per cycle time (default
+                       cycle: one)
   --announce SECONDS   least time between two announcements of new values to a viewer, so that it
                        does not draw more often than anybody can see (default 0.01; 0: whenever
                        the viewer is ready, as always with --speed full)

@@ -12,6 +12,9 @@
 
 namespace wavo::master {
 
+/// Seconds per line where neither the options nor the source tell it.
+inline constexpr double kUsualCycleTime = 0.001;
+
 /// What goes wrong on purpose, once, after DemoOptions::fault_after lines.
 enum class Fault {
     kNone,
@@ -29,11 +32,13 @@ struct DemoOptions {
     MotionKind motion = MotionKind::kCircle;
     std::uint64_t seed = 1;         ///< of the noise
     std::vector<std::string> axes;  ///< empty: those that suit the source
-    double cycle_time = 0.001;      ///< seconds per line
+    bool skip_gaps = false;         ///< of a recording
+    double cycle_time = 0.0;        ///< seconds per line; 0: that of the source
     std::uint64_t rounds = 0;       ///< 0: for ever
     std::uint64_t lines = 0;        ///< end after so many lines; 0: no such end
     std::uint64_t fifo_lines = 10000;
     double announce_interval = 0.01;  ///< least seconds between two announcements to a viewer
+    double speed = 1.0;               ///< lines come so many times as fast as their cycle time says
     bool full_speed = false;
     bool wait_viewer = false;
     bool stay = false;  ///< keep the link after the last line

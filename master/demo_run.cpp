@@ -33,10 +33,22 @@ std::uint64_t EndOf(const DemoOptions& options, const LineSource& source) {
     return options.lines > 0 ? std::min(end, options.lines) : end;
 }
 
+DemoOptions WithCycleTime(DemoOptions options, const LineSource& source) {
+    if (options.cycle_time == 0.0) {
+        options.cycle_time = source.CycleTime().value_or(kUsualCycleTime);
+    }
+    return options;
+}
+
 }  // namespace
 
+std::chrono::duration<double> TimeOfLines(std::uint64_t lines, const DemoOptions& options) {
+    return std::chrono::duration<double>(static_cast<double>(lines) * options.cycle_time /
+                                         options.speed);
+}
+
 DemoRun::DemoRun(DemoOptions options, std::unique_ptr<LineSource> source)
-    : m_options(std::move(options)),
+    : m_options(WithCycleTime(std::move(options), *source)),
       m_source(std::move(source)),
       m_needs_viewer(m_options.wait_viewer || m_options.full_speed),
       m_end(EndOf(m_options, *m_source)),
@@ -125,8 +137,7 @@ void DemoRun::StandStill() {
 }
 
 DemoRun::Clock::time_point DemoRun::Deadline(std::uint64_t number) const {
-    const std::chrono::duration<double> time(static_cast<double>(number - m_timed_from) *
-                                             m_options.cycle_time);
+    const auto time = TimeOfLines(number - m_timed_from, m_options);
     return m_time_origin + std::chrono::duration_cast<Clock::duration>(time);
 }
 

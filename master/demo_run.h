@@ -13,6 +13,9 @@
 
 namespace wavo::master {
 
+/// How long so many lines take to be played.
+std::chrono::duration<double> TimeOfLines(std::uint64_t lines, const DemoOptions& options);
+
 class DemoRun {
  public:
     DemoRun(DemoOptions options, std::unique_ptr<LineSource> source);

@@ -5,9 +5,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
+
+#include "master/capability_module.h"
 
 namespace wavo::master {
 
@@ -24,6 +27,16 @@ class LineSource {
     /// Writes the values of line `number` (from 0, also beyond one round).
     /// REQUIRES: `values` has as many places as there are axes.
     virtual void Line(std::uint64_t number, std::span<double> values) const = 0;
+
+    /// Seconds per line, where the source tells it.
+    [[nodiscard]] virtual std::optional<double> CycleTime() const { return std::nullopt; }
+
+    /// Limits that hold every line, at `cycle_time` seconds per line, where they can be told
+    /// without going through all lines.
+    [[nodiscard]] virtual std::optional<std::vector<AxisLimits>> Limits(
+        double /*cycle_time*/) const {
+        return std::nullopt;
+    }
 };
 
 }  // namespace wavo::master

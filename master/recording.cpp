@@ -1,72 +1,18 @@
 #include "master/recording.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <utility>
 
-#include "master/gzip.h"
+#include "tables/table_reader.h"
 
 namespace wavo::master {
 
 namespace {
 
+/// As many columns as anybody has.
+constexpr std::size_t kMostColumns = 1'000'000;
 constexpr std::string_view kUsualAxes[] = {"X", "Y", "Z", "A", "B", "C"};
-
-std::string_view Trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t");
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
-
-/// Takes lines off a text, without their ends.
-class LineReader {
- public:
-    explicit LineReader(std::string_view text) : m_rest(text) {}
-
-    /// The next line that is not blank; nothing at the end.
-    std::optional<std::string_view> Next() {
-        while (!m_rest.empty()) {
-            const auto end = m_rest.find('\n');
-            std::string_view line = m_rest.substr(0, end);
-            m_rest.remove_prefix(end == std::string_view::npos ? m_rest.size() : end + 1);
-            ++m_number;
-            if (!line.empty() && line.back() == '\r') {
-                line.remove_suffix(1);
-            }
-            if (!Trimmed(line).empty()) {
-                return line;
-            }
-        }
-        return std::nullopt;
-    }
-
-    /// Number of the line that came last, counted from 1.
-    [[nodiscard]] std::size_t number() const { return m_number; }
-
- private:
-    std::string_view m_rest;
-    std::size_t m_number = 0;
-};
-
-/// Cuts a line at its commas into `*fields`.
-void SplitFields(std::string_view line, std::vector<std::string_view>* fields) {
-    fields->clear();
-    while (true) {
-        const auto comma = line.find(',');
-        fields->push_back(Trimmed(line.substr(0, comma)));
-        if (comma == std::string_view::npos) {
-            return;
-        }
-        line.remove_prefix(comma + 1);
-    }
-}
 
 std::string Quoted(std::string_view text) {
     constexpr std::size_t kMost = 40;
@@ -76,20 +22,8 @@ std::string Quoted(std::string_view text) {
     return quoted;
 }
 
-bool ParseNumber(std::string_view text, double* value) {
-    if (!text.empty() && text.front() == '+') {
-        text.remove_prefix(1);
-        if (!text.empty() && text.front() == '-') {
-            return false;
-        }
-    }
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, *value);
-    return result.ec == std::errc() && result.ptr == end && std::isfinite(*value);
-}
-
 /// The columns to take when nobody says: the usual axes, or all.
-std::vector<std::string> DefaultAxes(const std::vector<std::string_view>& columns) {
+std::vector<std::string> DefaultAxes(const std::vector<std::string>& columns) {
     std::vector<std::string> axes;
     for (const std::string_view axis : kUsualAxes) {
         if (std::ranges::find(columns, axis) != columns.end()) {
@@ -104,7 +38,7 @@ std::vector<std::string> DefaultAxes(const std::vector<std::string_view>& column
 
 /// Where each axis stands among the columns; nothing and a reason when one is missing or there
 /// twice.
-std::optional<std::vector<std::size_t>> FindColumns(const std::vector<std::string_view>& columns,
+std::optional<std::vector<std::size_t>> FindColumns(const std::vector<std::string>& columns,
                                                     const std::vector<std::string>& axes,
                                                     std::string* error) {
     std::vector<std::size_t> places;
@@ -112,7 +46,7 @@ std::optional<std::vector<std::size_t>> FindColumns(const std::vector<std::strin
         const auto found = std::ranges::find(columns, axis);
         if (found == columns.end()) {
             *error = "line 1: no column " + Quoted(axis) + "; there are";
-            for (const std::string_view column : columns) {
+            for (const std::string& column : columns) {
                 *error += " " + Quoted(column);
             }
             return std::nullopt;
@@ -126,24 +60,21 @@ std::optional<std::vector<std::size_t>> FindColumns(const std::vector<std::strin
     return places;
 }
 
-bool ReadFile(const std::string& path, std::string* text, std::string* error) {
-    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
-    std::error_code failure;
-    if (!std::filesystem::exists(file, failure)) {
-        *error = path + ": no such file";
-        return false;
+std::string TextOf(const tables::RowFault& fault, const std::vector<std::string>& columns) {
+    const std::string where = "line " + std::to_string(fault.line) + ": ";
+    switch (fault.kind) {
+        case tables::RowFault::Kind::kFields:
+            return where + std::to_string(fault.fields) + " fields instead of " +
+                   std::to_string(columns.size());
+        case tables::RowFault::Kind::kNoNumber:
+        case tables::RowFault::Kind::kMissing:
+            return where + Quoted(fault.text) + " in column " + Quoted(columns[fault.column]) +
+                   " is not a number";
+        case tables::RowFault::Kind::kQuote:
+        case tables::RowFault::Kind::kTooLong:
+            break;
     }
-    std::ifstream stream(file, std::ios::binary);
-    std::array<char, 1U << 16U> chunk{};
-    while (stream) {
-        stream.read(chunk.data(), chunk.size());
-        text->append(chunk.data(), static_cast<std::size_t>(stream.gcount()));
-    }
-    if (stream.bad() || !stream.eof()) {
-        *error = path + ": cannot be read";
-        return false;
-    }
-    return true;
+    return FaultText(fault, columns);
 }
 
 }  // namespace
@@ -151,19 +82,12 @@ bool ReadFile(const std::string& path, std::string* text, std::string* error) {
 std::unique_ptr<Recording> Recording::Read(const std::string& path,
                                            const std::vector<std::string>& axes,
                                            std::string* error) {
-    std::string text;
-    if (!ReadFile(path, &text, error)) {
+    auto bytes = tables::TableBytes::Open(path);
+    if (!bytes) {
+        *error = bytes.Why().text;
         return nullptr;
     }
-    if (IsGzip(text)) {
-        std::string unpacked;
-        if (!Gunzip(text, &unpacked)) {
-            *error = path + ": the gzip data is damaged or cut off";
-            return nullptr;
-        }
-        text = std::move(unpacked);
-    }
-    auto recording = Parse(text, axes, error);
+    auto recording = ReadRows(std::move(*bytes), axes, error);
     if (!recording) {
         *error = path + ": " + *error;
     }
@@ -173,48 +97,49 @@ std::unique_ptr<Recording> Recording::Read(const std::string& path,
 std::unique_ptr<Recording> Recording::Parse(std::string_view text,
                                             const std::vector<std::string>& axes,
                                             std::string* error) {
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    if (text.starts_with(kByteOrderMark)) {
-        text.remove_prefix(kByteOrderMark.size());
-    }
-    LineReader lines(text);
-    std::vector<std::string_view> fields;
-    if (const auto header = lines.Next()) {
-        SplitFields(*header, &fields);
-    } else {
-        *error = "the file is empty";
+    return ReadRows(tables::TableBytes::Of(text), axes, error);
+}
+
+std::unique_ptr<Recording> Recording::ReadRows(std::unique_ptr<tables::TableBytes> bytes,
+                                               const std::vector<std::string>& axes,
+                                               std::string* error) {
+    auto opened = tables::TableReader::Open(std::move(bytes), tables::TableLayout());
+    if (!opened) {
+        *error = opened.Why().text;
         return nullptr;
     }
-    const std::size_t column_count = fields.size();
+    tables::TableReader& reader = **opened;
+    reader.SetRules({.takes_missing = false, .takes_infinite = false, .takes_open_end = false});
+    // What is wrong with the gzip data is told before what comes of it.
+    const auto fail = [&](const std::string& why) {
+        reader.Drain();
+        const std::string end = reader.Bytes().EndText();
+        *error = end.empty() ? why : end;
+        return nullptr;
+    };
+    const auto columns = reader.ReadNames(kMostColumns);
+    if (!columns || columns->empty()) {
+        return fail(columns ? "the file is empty" : columns.Why().text);
+    }
     std::unique_ptr<Recording> recording(new Recording);
-    recording->m_axes = axes.empty() ? DefaultAxes(fields) : axes;
-    const auto places = FindColumns(fields, recording->m_axes, error);
+    recording->m_axes = axes.empty() ? DefaultAxes(*columns) : axes;
+    std::string wrong;
+    const auto places = FindColumns(*columns, recording->m_axes, &wrong);
     if (!places) {
-        return nullptr;
+        return fail(wrong);
     }
-    while (const auto line = lines.Next()) {
-        SplitFields(*line, &fields);
-        const std::string where = "line " + std::to_string(lines.number()) + ": ";
-        if (fields.size() != column_count) {
-            *error = where + std::to_string(fields.size()) + " fields instead of " +
-                     std::to_string(column_count);
-            return nullptr;
-        }
-        for (std::size_t axis = 0; axis < places->size(); ++axis) {
-            const std::string_view field = fields[(*places)[axis]];
-            double value = 0.0;
-            if (!ParseNumber(field, &value)) {
-                *error = where + Quoted(field) + " in column " + Quoted(recording->m_axes[axis]) +
-                         " is not a number";
-                return nullptr;
-            }
-            recording->m_values.push_back(value);
-        }
+    reader.Choose(*places);
+    std::vector<double> values(places->size());
+    tables::TableReader::Row row;
+    while ((row = reader.Next(values)) == tables::TableReader::Row::kValues) {
+        recording->m_values.insert(recording->m_values.end(), values.begin(), values.end());
         ++recording->m_line_count;
     }
-    if (recording->m_line_count == 0) {
-        *error = "there are no lines after the names of the columns";
-        return nullptr;
+    if (row == tables::TableReader::Row::kFault) {
+        return fail(TextOf(reader.Fault(), *columns));
+    }
+    if (recording->m_line_count == 0 || !reader.Bytes().EndText().empty()) {
+        return fail("there are no lines after the names of the columns");
     }
     return recording;
 }

@@ -1,8 +1,7 @@
-// Recordings of machine movements: comma-separated text, one line per cycle.
+// Recordings of machine movements as comma-separated text, one line per cycle.
 //
 // The first line names the columns; every further line has one number per column. Files may be
-// compressed with gzip, lines may end in LF or CR LF, blank lines are skipped, blanks around a
-// field do not count. Numbers are read as the nearest double whatever the locale.
+// compressed with gzip.
 #pragma once
 
 #include <cstdint>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "master/line_source.h"
+#include "tables/table_bytes.h"
 
 namespace wavo::master {
 
@@ -36,6 +36,10 @@ class Recording : public LineSource {
 
  private:
     Recording() = default;
+
+    static std::unique_ptr<Recording> ReadRows(std::unique_ptr<tables::TableBytes> bytes,
+                                               const std::vector<std::string>& axes,
+                                               std::string* error);
 
     std::vector<std::string> m_axes;
     std::uint64_t m_line_count = 0;

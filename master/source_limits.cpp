@@ -19,24 +19,21 @@ struct KnownAxis {
 constexpr KnownAxis kKnownAxes[] = {
     {"X", 400.0, 3000.0}, {"Y", 400.0, 3000.0}, {"Z", 250.0, 3000.0}, {"A", 180.0, 3000.0}};
 
-/// What one axis does in a round.
-struct Extremes {
-    double lowest = 0.0;
-    double highest = 0.0;
-    double largest_step = 0.0;    // from a line to the next
-    double largest_change = 0.0;  // from a step to the next
+/// Follows an axis from line to line.
+struct FollowedAxis {
+    AxisReach reach;
     double last = 0.0;
     double last_step = 0.0;
 
-    void Begin(double value) { lowest = highest = last = value; }
+    void Begin(double value) { reach.lowest = reach.highest = last = value; }
 
     void Add(double value, bool has_step) {
         const double step = value - last;
-        lowest = std::min(lowest, value);
-        highest = std::max(highest, value);
-        largest_step = std::max(largest_step, std::abs(step));
+        reach.lowest = std::min(reach.lowest, value);
+        reach.highest = std::max(reach.highest, value);
+        reach.largest_step = std::max(reach.largest_step, std::abs(step));
         if (has_step) {
-            largest_change = std::max(largest_change, std::abs(step - last_step));
+            reach.largest_change = std::max(reach.largest_change, std::abs(step - last_step));
         }
         last = value;
         last_step = step;
@@ -72,10 +69,27 @@ double RoundedUp(double value) {
     return 10.0 * power;
 }
 
+AxisLimits LimitsOf(const std::string& axis, const AxisReach& reach, double cycle_time) {
+    AxisLimits limits;
+    limits.axis = axis;
+    AxisCapabilities& values = limits.values;
+    std::tie(values.lower_limit, values.upper_limit) = RoundedOutwards(reach.lowest, reach.highest);
+    const auto known = std::ranges::find(kKnownAxes, axis, &KnownAxis::name);
+    const bool is_known = known != std::end(kKnownAxes);
+    values.velocity_limit =
+        Limit(reach.largest_step / cycle_time, is_known ? known->velocity : 0.0);
+    values.acceleration_limit = Limit(reach.largest_change / (cycle_time * cycle_time),
+                                      is_known ? known->acceleration : 0.0);
+    return limits;
+}
+
 std::vector<AxisLimits> LimitsOf(const LineSource& source, double cycle_time) {
+    if (auto told = source.Limits(cycle_time)) {
+        return *told;
+    }
     const std::vector<std::string>& names = source.AxisNames();
     std::vector<double> line(names.size());
-    std::vector<Extremes> axes(names.size());
+    std::vector<FollowedAxis> axes(names.size());
     source.Line(0, line);
     for (std::size_t i = 0; i < axes.size(); ++i) {
         axes[i].Begin(line[i]);
@@ -86,18 +100,9 @@ std::vector<AxisLimits> LimitsOf(const LineSource& source, double cycle_time) {
             axes[i].Add(line[i], number > 1);
         }
     }
-    std::vector<AxisLimits> limits(names.size());
+    std::vector<AxisLimits> limits;
     for (std::size_t i = 0; i < axes.size(); ++i) {
-        limits[i].axis = names[i];
-        AxisCapabilities& values = limits[i].values;
-        std::tie(values.lower_limit, values.upper_limit) =
-            RoundedOutwards(axes[i].lowest, axes[i].highest);
-        const auto known = std::ranges::find(kKnownAxes, names[i], &KnownAxis::name);
-        const bool is_known = known != std::end(kKnownAxes);
-        values.velocity_limit =
-            Limit(axes[i].largest_step / cycle_time, is_known ? known->velocity : 0.0);
-        values.acceleration_limit = Limit(axes[i].largest_change / (cycle_time * cycle_time),
-                                          is_known ? known->acceleration : 0.0);
+        limits.push_back(LimitsOf(names[i], axes[i].reach, cycle_time));
     }
     return limits;
 }

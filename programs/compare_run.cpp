@@ -12,7 +12,7 @@ namespace wavo::programs {
 
 namespace {
 
-using measure::ColumnTable;
+using tables::ColumnTable;
 
 constexpr double kLeastLikeness = 0.5;
 
@@ -154,19 +154,38 @@ std::string JunitOf(const ReportOptions& options, const std::vector<AxisComparis
            cases + "</testsuite>\n";
 }
 
-}  // namespace
-
-int RunCompare(const ReportOptions& options, const ColumnTable& table, std::string* output,
-               std::string* error) {
+/// The good runs; not told which one cannot be read, or has another cycle time than the file.
+measure::Told<std::vector<ColumnTable>> ReferencesOf(const ReportOptions& options,
+                                                     const TableFile& file) {
+    using Result = measure::Told<std::vector<ColumnTable>>;
     std::vector<ColumnTable> references;
     for (const std::string& path : options.references) {
         auto reference = ReadTable(path);
         if (!reference) {
-            *error = reference.reason;
-            return kWrongUse;
+            return Result::Not(reference.reason);
         }
-        references.push_back(std::move(*reference.value));
+        if (reference->cycle_time && file.cycle_time &&
+            *reference->cycle_time != *file.cycle_time) {
+            return Result::Not(measure::Words("%s: its lines are %g s apart, those of %s %g s",
+                                              path.c_str(), *reference->cycle_time,
+                                              options.file.c_str(), *file.cycle_time));
+        }
+        references.push_back(std::move(reference->table));
     }
+    return references;
+}
+
+}  // namespace
+
+int RunCompare(const ReportOptions& options, const TableFile& file, std::string* output,
+               std::string* error) {
+    const ColumnTable& table = file.table;
+    const auto told = ReferencesOf(options, file);
+    if (!told) {
+        *error = told.reason;
+        return kWrongUse;
+    }
+    const std::vector<ColumnTable>& references = *told;
     const auto axes = AxesOf(options, table, references.front());
     for (const std::string& axis : axes) {
         const bool everywhere =
@@ -188,7 +207,7 @@ int RunCompare(const ReportOptions& options, const ColumnTable& table, std::stri
         return kNotEvaluated;
     }
     std::vector<AxisComparison> compared;
-    bool told = true;
+    bool all_told = true;
     bool passed = true;
     *output = measure::Words(
         "begins %s s from the reference's beginning, likeness %s\n",
@@ -197,11 +216,11 @@ int RunCompare(const ReportOptions& options, const ColumnTable& table, std::stri
     for (const std::string& axis : axes) {
         compared.push_back({axis, measure::CompareWith(BandOf(options, axis, references, shifts),
                                                        table.Find(axis), match->shift)});
-        told = told && compared.back().compared;
+        all_told = all_told && compared.back().compared;
         passed = passed && compared.back().compared && compared.back().compared->passed;
         *output += TextOf(compared.back(), options.cycle_time) + "\n";
     }
-    const std::string verdict = !told ? "not told" : passed ? "pass" : "FAIL";
+    const std::string verdict = !all_told ? "not told" : passed ? "pass" : "FAIL";
     for (const auto& [path, text] :
          {std::pair{options.json, JsonOf(options, *match, compared, verdict)},
           std::pair{options.junit, JunitOf(options, compared)}}) {
@@ -210,7 +229,7 @@ int RunCompare(const ReportOptions& options, const ColumnTable& table, std::stri
             return kWrongUse;
         }
     }
-    return !told ? kNotEvaluated : passed ? 0 : 1;
+    return !all_told ? kNotEvaluated : passed ? 0 : 1;
 }
 
 }  // namespace wavo::programs

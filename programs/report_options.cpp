@@ -95,7 +95,7 @@ std::vector<OptionRow> RowsOfAll() {
              o->axes = PartsOf(v);
              return std::string(o->axes.empty() ? "no names" : "");
          }},
-        {"--cycle", "SECONDS", "cycle time; 0.001 when not given",
+        {"--cycle", "SECONDS", "cycle time; else that of the recording, 0.001 of a table",
          [](Text v, Options o) { return TakeNumber(v, 1e-6, 100.0, &o->cycle_time); }},
         {"--out", "FILE.pdf", "writes the report",
          [](Text v, Options o) { return o->out = v, std::string(); }},
@@ -266,8 +266,9 @@ std::string ReportHelp() {
         "  wavo_report circle FILE [OPTION...]    circle test of two axes\n"
         "  wavo_report axis FILE [OPTION...]      commanded against actual values of axes\n"
         "  wavo_report compare FILE --reference GOOD [OPTION...]   against good runs\n\n"
-        "FILE is comma-separated text with the names of the columns in its first line, plain or\n"
-        "compressed with gzip. X_cmd is the commanded column of X, X_act or X_fb.\n\n";
+        "FILE is a recording (.mcap), or a table as text with the names of the columns in its\n"
+        "first line, plain or compressed with gzip. X_cmd is the commanded column of X, X_act or\n"
+        "X_fb.\n\n";
     for (const OptionRow& row : Rows()) {
         std::string name = "  ";
         name.append(row.name).append(" ").append(row.value);

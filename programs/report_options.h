@@ -17,7 +17,7 @@ struct ReportOptions {
     ReportKind kind = ReportKind::kCircle;
     std::string file;               ///< with the values, UTF-8
     std::vector<std::string> axes;  ///< of the circle two; empty: those that suit
-    double cycle_time = 0.001;      ///< s
+    double cycle_time = 0.0;        ///< s; 0: that of the recording, 0.001 of a table
     std::string out;                ///< PDF to write; empty: none
     std::string json;               ///< JSON to write; empty: none
     std::string limits;             ///< INI file; empty: none

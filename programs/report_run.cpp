@@ -4,21 +4,22 @@
 #include <QFileInfo>
 #include <algorithm>
 
-#include "measure/column_table.h"
 #include "measure/words.h"
 #include "programs/compare_run.h"
 #include "programs/table_file.h"
 #include "report/axis_report.h"
 #include "report/circle_report.h"
+#include "tables/column_table.h"
 
 namespace wavo::programs {
 
 namespace {
 
-using measure::ColumnTable;
 using measure::NamedFigure;
+using tables::ColumnTable;
 
-constexpr double kFarthestReach = 0.2;  // s: a longer lag is none
+constexpr double kUsualCycleTime = 0.001;  // s
+constexpr double kFarthestReach = 0.2;     // s: a longer lag is none
 
 report::ReportHeader HeaderOf(const ReportOptions& options, const std::string& made_by) {
     const QFileInfo file(QString::fromStdString(options.file));
@@ -250,20 +251,13 @@ int RunAxis(const ReportOptions& options, const std::vector<AxisColumns>& axes,
     return verdict.exit_code;
 }
 
-}  // namespace
-
-int RunReport(const ReportOptions& options, const std::string& made_by, std::string* output,
-              std::string* error) {
-    const auto table = ReadTable(options.file);
-    if (!table) {
-        *error = table.reason;
-        return kWrongUse;
-    }
+int RunOnFile(const ReportOptions& options, const TableFile& file, const std::string& made_by,
+              std::string* output, std::string* error) {
     if (options.kind == ReportKind::kCompare) {
-        return RunCompare(options, *table, output, error);
+        return RunCompare(options, file, output, error);
     }
     const auto limits = LimitsOf(options);
-    const auto axes = AllColumns(options, *table);
+    const auto axes = AllColumns(options, file.table);
     if (!limits || !axes) {
         *error = limits ? options.file + ": " + axes.reason : limits.reason;
         return kWrongUse;
@@ -272,12 +266,32 @@ int RunReport(const ReportOptions& options, const std::string& made_by, std::str
         report::CircleReport report;
         report.header = HeaderOf(options, made_by);
         report.limits = *limits;
-        return RunCircle(options, *table, *axes, &report, output, error);
+        return RunCircle(options, file.table, *axes, &report, output, error);
     }
     report::AxisReport report;
     report.header = HeaderOf(options, made_by);
     report.limits = *limits;
     return RunAxis(options, *axes, &report, output, error);
+}
+
+}  // namespace
+
+int RunReport(const ReportOptions& options, const std::string& made_by, std::string* output,
+              std::string* error) {
+    const auto file = ReadTable(options.file);
+    if (!file) {
+        *error = file.reason;
+        return kWrongUse;
+    }
+    ReportOptions decided = options;
+    if (decided.cycle_time == 0.0) {
+        decided.cycle_time = file->cycle_time.value_or(kUsualCycleTime);
+    }
+    const int code = RunOnFile(decided, *file, made_by, output, error);
+    if (error->empty()) {
+        *output += NotesText(file->notes);
+    }
+    return code;
 }
 
 }  // namespace wavo::programs

@@ -1,11 +1,15 @@
 #include "programs/table_file.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <sstream>
 #include <utility>
 
-#include "master/gzip.h"
+#include "recording/recording_reader.h"
+#include "tables/table_bytes.h"
 
 namespace wavo::programs {
 
@@ -13,6 +17,33 @@ namespace {
 
 std::filesystem::path PathOf(const std::string& path) {
     return std::u8string(path.begin(), path.end());
+}
+
+/// Values that a report can be made of at once.
+constexpr std::uint64_t kMostValues = std::uint64_t{1} << 28U;
+
+measure::Told<TableFile> ReadRecording(recording::RecordingReader& reader) {
+    TableFile file;
+    file.table.names = reader.Head().axis_names;
+    file.cycle_time = reader.Head().cycle_time;
+    const std::uint64_t first = reader.FirstLine();
+    const std::uint64_t lines = reader.EndLine() - first;
+    if (lines == 0) {
+        return measure::Told<TableFile>::Not(reader.path() + ": no lines of values");
+    }
+    if (lines > kMostValues / std::max<std::size_t>(file.table.names.size(), 1)) {
+        return measure::Told<TableFile>::Not(
+            reader.path() + ": too long for a report; export the part that it is about");
+    }
+    for (std::size_t axis = 0; axis < file.table.names.size(); ++axis) {
+        auto& column = file.table.columns.emplace_back(static_cast<std::size_t>(lines));
+        reader.ReadValues(axis, 0, first, std::numeric_limits<double>::quiet_NaN(), column);
+    }
+    file.notes = reader.Notices();
+    if (!reader.IsComplete()) {
+        file.notes.push_back(reader.CutOffText());
+    }
+    return file;
 }
 
 }  // namespace
@@ -39,22 +70,26 @@ bool WriteWholeFile(const std::string& path, const std::string& text) {
     return !stream.fail();
 }
 
-measure::Told<measure::ColumnTable> ReadTable(const std::string& path) {
-    using Result = measure::Told<measure::ColumnTable>;
-    auto content = ReadWholeFile(path);
-    if (!content) {
-        return Result::Not(content.reason);
+measure::Told<TableFile> ReadTable(const std::string& path) {
+    using Result = measure::Told<TableFile>;
+    auto recording = recording::RecordingReader::Open(path);
+    if (recording) {
+        return ReadRecording(**recording);
     }
-    std::string text = std::move(*content.value);
-    if (master::IsGzip(text)) {
-        std::string unpacked;
-        if (!master::Gunzip(text, &unpacked)) {
-            return Result::Not(path + ": the gzip data is damaged or cut off");
-        }
-        text = std::move(unpacked);
+    constexpr auto kOpenedNot = static_cast<int>(recording::RecordingFault::kCannotOpen);
+    constexpr auto kSomethingElse = static_cast<int>(recording::RecordingFault::kNotRecording);
+    if (recording.Why().code != kOpenedNot && recording.Why().code != kSomethingElse) {
+        return Result::Not(recording.Why().text);
     }
-    auto table = measure::ParseColumns(text);
-    return table ? std::move(table) : Result::Not(path + ": " + table.reason);
+    auto bytes = tables::TableBytes::Open(path);
+    if (!bytes) {
+        return Result::Not(bytes.Why().text);
+    }
+    auto table = tables::ReadColumns(std::move(*bytes));
+    if (!table) {
+        return Result::Not(path + ": " + table.Why().text);
+    }
+    return TableFile{std::move(*table), std::nullopt, {}};
 }
 
 }  // namespace wavo::programs

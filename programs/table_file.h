@@ -1,14 +1,25 @@
-// Tables of numbers as files: comma-separated text, plain or compressed with gzip.
+// Values from files: recordings, and tables as text, plain or compressed with gzip.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
-#include "measure/column_table.h"
+#include "measure/figure.h"
+#include "tables/column_table.h"
 
 namespace wavo::programs {
 
-/// Reads a file; `path` is UTF-8. Not told: the file and what is wrong with it.
-measure::Told<measure::ColumnTable> ReadTable(const std::string& path);
+/// The lines of a file.
+struct TableFile {
+    tables::ColumnTable table;
+    std::optional<double> cycle_time;  ///< seconds per line, where the file tells it
+    std::vector<std::string> notes;    ///< what is wrong with a recording, for people
+};
+
+/// Reads a file; `path` is UTF-8. Lines that a recording misses are lines of missing values. Not
+/// told: the file and what is wrong with it.
+measure::Told<TableFile> ReadTable(const std::string& path);
 
 /// The whole of a file; not told why it cannot be read.
 measure::Told<std::string> ReadWholeFile(const std::string& path);

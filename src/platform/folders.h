@@ -22,6 +22,12 @@ std::string DataFolder();
 /// ~/.local/state/Velk. Windows: the folder `logs` in the data folder. Empty on failure.
 std::string StateFolder();
 
+/// The folder for large files that only a running program needs, created when missing; of this user
+/// alone. Linux: $XDG_CACHE_HOME/Velk, else ~/.cache/Velk. Windows: Velk in the user's local
+/// application data folder, or the folder `cache` in the data folder where WAVO_DATA_HOME names
+/// that. Empty on failure.
+std::string CacheFolder();
+
 /// Whether the process' standard error is a terminal that a person reads.
 bool StandardErrorIsTerminal() noexcept;
 

@@ -15,6 +15,7 @@ inline constexpr char kEventMasterRestarted[] = "master_restarted";
 inline constexpr char kEventDamaged[] = "fifo_damaged";    ///< the value FIFO was tampered with
 inline constexpr char kEventDiskSlow[] = "disk_too_slow";  ///< lines that the queue had no room for
 inline constexpr char kEventTrigger[] = "trigger";         ///< the condition became true
+inline constexpr char kEventTimeJump[] = "time_jump";      ///< in the time column of a table
 
 struct Event {
     std::string kind;

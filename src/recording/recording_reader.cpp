@@ -93,7 +93,11 @@ bool RecordingReader::Refresh() {
 }
 
 bool RecordingReader::IsStillThere() const {
-    return platform::DataFiles().IsNamed(m_file.handle(), m_path);
+    return IsFile(m_path);
+}
+
+bool RecordingReader::IsFile(const std::string& path) const {
+    return platform::DataFiles().IsNamed(m_file.handle(), path);
 }
 
 void RecordingReader::LoseChunk(std::size_t index) {

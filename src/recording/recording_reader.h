@@ -96,6 +96,8 @@ class RecordingReader {
     bool Refresh();
     /// Whether the path still leads to this file: false when it was removed or replaced.
     [[nodiscard]] bool IsStillThere() const;
+    /// Whether a path leads to this file, by whatever name.
+    [[nodiscard]] bool IsFile(const std::string& path) const;
 
     /// The values of a stream from line `first` on, one per element of `out`: `absent` where there
     /// is none. REQUIRES: axis < Head().axis_names.size(); order >= 0.

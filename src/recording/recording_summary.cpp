@@ -174,7 +174,7 @@ MaybeFault RecordingWriter::WriteSummary() {
     out.Put(summary.Crc());
     out.PutBytes(mcap::kMagic.data(), mcap::kMagic.size());
     m_file_size = summary.Offset();
-    if (!summary.Flush() || !m_file.Sync() || !m_file.Close()) {
+    if (!summary.Flush() || !Sync() || !m_file.Close()) {
         return Failed();
     }
     return std::nullopt;

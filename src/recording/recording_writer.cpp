@@ -24,8 +24,10 @@ std::size_t LinesPerChunk(std::size_t line_size, double cycle_time) {
 
 }  // namespace
 
-RecordingWriter::RecordingWriter(RecordingFile file, std::string path, const RecordingHead& head)
+RecordingWriter::RecordingWriter(RecordingFile file, std::string path, const RecordingHead& head,
+                                 Durability durability)
     : m_path(std::move(path)),
+      m_durability(durability),
       m_axes(head.axis_names.size()),
       m_line_size(mcap::LineSize(m_axes)),
       m_lines_per_chunk(LinesPerChunk(m_line_size, head.cycle_time)),
@@ -35,8 +37,8 @@ RecordingWriter::RecordingWriter(RecordingFile file, std::string path, const Rec
       m_levels(m_axes, head.cycle_time) {}
 
 Expected<std::unique_ptr<RecordingWriter>> RecordingWriter::Create(
-    const std::string& path, const RecordingHead& head,
-    const std::optional<GraphFile>& graph_file) {
+    const std::string& path, const RecordingHead& head, const std::optional<GraphFile>& graph_file,
+    Durability durability) {
     if (!LineClock::CanRecord(head.cycle_time)) {
         return MakeFault(RecordingFault::kUnusable,
                          "cannot record lines with a cycle time below 1 ns or above 1e6 s");
@@ -50,7 +52,8 @@ Expected<std::unique_ptr<RecordingWriter>> RecordingWriter::Create(
         return SystemFault(exists ? RecordingFault::kExists : RecordingFault::kCannotWrite,
                            "cannot make", path);
     }
-    std::unique_ptr<RecordingWriter> writer(new RecordingWriter(std::move(file), path, head));
+    std::unique_ptr<RecordingWriter> writer(
+        new RecordingWriter(std::move(file), path, head, durability));
     writer->PutHead(head, graph_file);
     if (MaybeFault fault = writer->Write(writer->m_piece.View(), Crc32(writer->m_piece.View()))) {
         return *fault;
@@ -240,7 +243,7 @@ MaybeFault RecordingWriter::Write(Bytes bytes, std::uint32_t crc) {
     if (m_fault) {
         return m_fault;
     }
-    if (!m_file.Append(bytes) || !m_file.Sync()) {
+    if (!m_file.Append(bytes) || !Sync()) {
         return Failed();
     }
     m_file_crc = CombineCrc32(m_file_crc, crc, bytes.size());

@@ -6,7 +6,8 @@
 // 2. The lines of a chunk are successive. A chunk ends at 1 MiB, at one second, at a gap, and when
 // it
 //    is to be kept at once.
-// 3. What KeptLines and KeptEnd tell is on the device: chunk, message indexes and levels.
+// 3. What KeptLines and KeptEnd tell is on the device: chunk, message indexes and levels. Only of
+//    a temporary recording it may wait in the system's memory.
 // 4. After a fault nothing more is written; what was kept can be read.
 // 5. Memory does not grow with what a chunk holds, only by some 60 bytes per chunk.
 #pragma once
@@ -31,6 +32,12 @@ namespace wavo::recording {
 /// Most bytes of the lines of a chunk, unless a single line has more.
 inline constexpr std::size_t kLargestChunk = std::size_t{1} << 20U;
 
+/// Whether what is written has to outlast a power cut.
+enum class Durability {
+    kKept,       ///< each chunk is on the device before its lines count as kept
+    kTemporary,  ///< nothing waits for the device
+};
+
 /// Where a chunk stands in the file, and what belongs to it.
 struct ChunkPlace {
     std::uint64_t offset = 0;      ///< of the Chunk record
@@ -47,7 +54,7 @@ class RecordingWriter {
     /// Makes the file `path`, which must not be there (kExists).
     static Expected<std::unique_ptr<RecordingWriter>> Create(
         const std::string& path, const RecordingHead& head,
-        const std::optional<GraphFile>& graph_file);
+        const std::optional<GraphFile>& graph_file, Durability durability = Durability::kKept);
 
     /// Closes the file. Without Finish it ends with what was kept, as if it had been cut off there.
     ~RecordingWriter() = default;
@@ -78,7 +85,8 @@ class RecordingWriter {
     [[nodiscard]] std::uint64_t FileSize() const { return m_file_size; }
 
  private:
-    RecordingWriter(RecordingFile file, std::string path, const RecordingHead& head);
+    RecordingWriter(RecordingFile file, std::string path, const RecordingHead& head,
+                    Durability durability);
 
     void PutHead(const RecordingHead& head, const std::optional<GraphFile>& graph_file);
     void PutLine(std::uint64_t line, const double* values);
@@ -89,6 +97,7 @@ class RecordingWriter {
     void PutMessageIndexes();
     void PutLevels();
     MaybeFault Write(Bytes bytes, std::uint32_t crc);
+    bool Sync() { return m_durability == Durability::kTemporary || m_file.Sync(); }
     Fault Failed();
 
     void PutStatistics(ByteWriter& out) const;
@@ -98,6 +107,7 @@ class RecordingWriter {
 
     // Constant after construction.
     const std::string m_path;
+    const Durability m_durability;
     const std::size_t m_axes;
     const std::size_t m_line_size;
     const std::size_t m_lines_per_chunk;

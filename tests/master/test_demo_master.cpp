@@ -10,8 +10,10 @@
 #include "master/motions.h"
 #include "master/recording.h"
 #include "matches_pattern.h"
+#include "recording/recording_writer.h"
 #include "system/started_program.h"
 #include "system_facts.h"
+#include "temporary_folder.h"
 #include "test_viewer.h"
 
 namespace wavo::master {
@@ -104,6 +106,43 @@ TEST_F(DemoMasterTest, ViewerGetsEveryValueOfTheRecording) {
     EXPECT_FALSE(SegmentExists(kInfoSegmentName));
     EXPECT_FALSE(SegmentExists(viewer.FifoName()));
     EXPECT_FALSE(SegmentExists(viewer.ModuleName()));
+}
+
+TEST_F(DemoMasterTest, ViewerGetsARecordingAsItWasMade) {
+    const wavo::testing::TemporaryFolder folder;
+    recording::RecordingHead head;
+    head.axis_names = {"X", "spindle"};
+    head.cycle_time = 0.00025;
+    head.limits = {recording::AxisLimits{-5, 50, 7, 8, 0.01}};
+    const std::string path = folder.File("run.mcap");
+    auto writer = recording::RecordingWriter::Create(path, head, std::nullopt);
+    ASSERT_TRUE(writer);
+    for (std::uint64_t line = 0; line < 3000; ++line) {
+        const double values[] = {static_cast<double>(line) / 3.0, -1.0};
+        if (line < 1000 || line >= 1500) {
+            ASSERT_FALSE((*writer)->Append(line, values, 1));
+        }
+    }
+    ASSERT_FALSE((*writer)->Finish());
+    Start({"--recording", path, "--speed", "full", "--loop", "1"});
+    TestViewer viewer;
+    ASSERT_TRUE(viewer.Connect());
+    EXPECT_THAT(viewer.info.axis_names, ElementsAre("X", "spindle"));
+    EXPECT_EQ(viewer.info.cycle_time, 0.00025);
+    EXPECT_TRUE(viewer.ServeUntil([&] { return viewer.link_ends == 1; }));
+    EXPECT_EQ(m_master->Wait(), 0);
+    ASSERT_EQ(viewer.lines.size(), 3000U);
+    for (std::size_t i = 0; i < viewer.lines.size(); ++i) {
+        if (i < 1000 || i >= 1500) {
+            ASSERT_EQ(viewer.lines[i][0], static_cast<double>(i) / 3.0) << "line " << i;
+        } else {
+            ASSERT_TRUE(std::isnan(viewer.lines[i][0])) << "line " << i;
+        }
+    }
+    EXPECT_EQ(Run({"--recording", path, "--speed", "1000", "--lines", "100", "--skip-gaps"}), 0);
+    EXPECT_EQ(Run({"--recording", path, "--axes", "Q"}), 2);
+    EXPECT_EQ(m_master->Errors(),
+              "demo_master: " + path + ": no axis \"Q\"; there are \"X\" \"spindle\"\n");
 }
 
 TEST_F(DemoMasterTest, FullSpeedLosesNoLineToAnyViewer) {

@@ -7,6 +7,7 @@
 #include <numbers>
 
 #include "master/demo_options.h"
+#include "master/demo_run.h"
 #include "master/motions.h"
 #include "master/recording.h"
 #include "master/source_limits.h"
@@ -183,7 +184,9 @@ TEST(DemoOptions, DefaultsPlayTheCircleForEver) {
     const DemoOptions options = Accepted({});
     EXPECT_EQ(options.recording, "");
     EXPECT_EQ(options.motion, MotionKind::kCircle);
-    EXPECT_EQ(options.cycle_time, 0.001);
+    EXPECT_EQ(options.cycle_time, 0.0);
+    EXPECT_EQ(options.speed, 1.0);
+    EXPECT_FALSE(options.skip_gaps);
     EXPECT_EQ(options.rounds, 0U);
     EXPECT_EQ(options.lines, 0U);
     EXPECT_EQ(options.fifo_lines, 10000U);
@@ -236,7 +239,18 @@ TEST(DemoOptions, EveryOptionIsTaken) {
     EXPECT_EQ(Accepted({"--motion", "jog"}).motion, MotionKind::kJog);
     EXPECT_EQ(Accepted({"--motion", "noise"}).motion, MotionKind::kNoise);
     EXPECT_FALSE(Accepted({"--speed", "cycle"}).full_speed);
+    EXPECT_EQ(Accepted({"--speed", "4"}).speed, 4.0);
+    EXPECT_FALSE(Accepted({"--speed", "0.25"}).full_speed);
+    EXPECT_TRUE(Accepted({"--recording", "a.mcap", "--skip-gaps"}).skip_gaps);
     EXPECT_FALSE(Accepted({"--limits", "none"}).publish_limits);
+}
+
+TEST(DemoOptions, TheSpeedIsHowManyLinesComePerCycleTime) {
+    DemoOptions options;
+    options.cycle_time = 0.002;
+    EXPECT_DOUBLE_EQ(TimeOfLines(1000, options).count(), 2.0);
+    options.speed = 4.0;
+    EXPECT_DOUBLE_EQ(TimeOfLines(1000, options).count(), 0.5);
 }
 
 TEST(DemoOptions, WrongArgumentsAreNamed) {
@@ -262,7 +276,12 @@ TEST(DemoOptions, WrongArgumentsAreNamed) {
     EXPECT_EQ(Refused({"--axes", "X,Y,X"}), "--axes \"X,Y,X\": axis X is there twice");
     EXPECT_EQ(Refused({"--motion", "spiral"}),
               "--motion \"spiral\": not one of circle, jog, noise");
-    EXPECT_EQ(Refused({"--speed", "fast"}), "--speed \"fast\": not one of cycle, full");
+    for (const char* value : {"fast", "0", "-1", "1001", "nan", "4x", ""}) {
+        EXPECT_EQ(Refused({"--speed", value}),
+                  std::string("--speed \"") + value +
+                      "\": not one of cycle, full, and no number from 0.001 to 1000");
+    }
+    EXPECT_EQ(Refused({"--skip-gaps"}), "--skip-gaps needs --recording");
     EXPECT_THAT(Refused({"--fault", "fire"}), HasSubstr("not one of overrun, never-ready, hang"));
     EXPECT_EQ(Refused({"--fault-after", "5"}), "--fault-after needs --fault");
     EXPECT_EQ(Refused({"--motion", "jog", "--recording", "a.csv"}),
@@ -282,11 +301,11 @@ TEST(DemoOptions, HelpNamesEveryOptionAndFault) {
     EXPECT_EQ(Parse({"--version"}, &options, &error), OptionsOutcome::kVersion);
     const std::string help = DemoHelp();
     for (const char* word :
-         {"--announce",    "--recording",     "--motion", "--seed",       "--axes",
-          "--cycle",       "--loop",          "--lines",  "--fifo-lines", "--speed",
-          "--wait-viewer", "--stay",          "--limits", "--fault",      "--fault-after",
-          "--help",        "--version",       "overrun",  "never-ready",  "hang",
-          "die",           "garbage-headers", "quit",     "capabilities"}) {
+         {"--announce",    "--recording",   "--motion",        "--seed",       "--axes",
+          "--cycle",       "--loop",        "--lines",         "--fifo-lines", "--speed",
+          "--skip-gaps",   "--wait-viewer", "--stay",          "--limits",     "--fault",
+          "--fault-after", "--help",        "--version",       "overrun",      "never-ready",
+          "hang",          "die",           "garbage-headers", "quit",         "capabilities"}) {
         EXPECT_THAT(help, HasSubstr(word));
     }
 }

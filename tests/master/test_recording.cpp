@@ -2,19 +2,19 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "comma_locale.h"
-#include "master/gzip.h"
+#include "gzipped.h"
 #include "platform/process.h"
 
 namespace wavo::master {
 namespace {
 
 using ::testing::ElementsAre;
+using testing::Gzipped;
 
 using Names = std::vector<std::string>;
 
@@ -35,22 +35,6 @@ std::unique_ptr<Recording> Parsed(const std::string& text, const Names& axes = {
     auto recording = Recording::Parse(text, axes, &error);
     EXPECT_TRUE(recording) << error;
     return recording;
-}
-
-/// One gzip member.
-std::string Gzipped(const std::string& text) {
-    z_stream stream{};
-    EXPECT_EQ(deflateInit2(&stream, 6, Z_DEFLATED, 16 + MAX_WBITS, 8, Z_DEFAULT_STRATEGY), Z_OK);
-    std::string packed(deflateBound(&stream, text.size()) + 64, '\0');
-    std::string input = text;
-    stream.next_in = reinterpret_cast<Bytef*>(input.data());
-    stream.avail_in = static_cast<uInt>(input.size());
-    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
-    stream.avail_out = static_cast<uInt>(packed.size());
-    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
-    packed.resize(stream.total_out);
-    deflateEnd(&stream);
-    return packed;
 }
 
 TEST(Recording, ColumnsAreTakenInTheOrderAsked) {

@@ -4,8 +4,9 @@
 
 #include <fstream>
 #include <sstream>
+#include <utility>
 
-#include "master/gzip.h"
+#include "tables/table_bytes.h"
 
 namespace wavo::measure {
 
@@ -29,13 +30,15 @@ ColumnTable LoadTable(const std::string& name) {
     constexpr std::string_view kRecordings = "recordings/";
     const bool recording = name.starts_with(kRecordings);
     const std::string file = (recording ? name.substr(kRecordings.size()) : name) + ".csv.gz";
-    const std::string packed =
-        ReadWhole((recording ? WAVO_RECORDINGS "/" : WAVO_MEASURE_DATA "/") + file);
-    std::string text;
-    EXPECT_TRUE(master::Gunzip(packed, &text)) << file;
-    auto table = ParseColumns(text);
-    EXPECT_TRUE(table) << file << ": " << table.reason;
-    return table ? std::move(*table.value) : ColumnTable();
+    auto bytes =
+        tables::TableBytes::Open((recording ? WAVO_RECORDINGS "/" : WAVO_MEASURE_DATA "/") + file);
+    if (!bytes) {
+        ADD_FAILURE() << bytes.Why().text;
+        return {};
+    }
+    auto table = tables::ReadColumns(std::move(*bytes));
+    EXPECT_TRUE(table) << file << ": " << table.Why().text;
+    return table ? std::move(*table) : ColumnTable();
 }
 
 }  // namespace wavo::measure

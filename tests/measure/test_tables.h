@@ -3,9 +3,11 @@
 
 #include <string>
 
-#include "measure/column_table.h"
+#include "tables/column_table.h"
 
 namespace wavo::measure {
+
+using tables::ColumnTable;
 
 /// A file of the tests' own data, or with "recordings/" before its name of data/recordings. Fails
 /// the test and gives an empty table when it cannot be read.

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <set>
 
-#include "measure/column_table.h"
 #include "measure/comparison.h"
 #include "measure/polar_scale.h"
 #include "measure/words.h"
@@ -142,36 +141,6 @@ TEST(PolarScale, StepsGoUpAndDown) {
         EXPECT_DOUBLE_EQ(NextPolarStep(next, false), step);
         step = next;
     }
-}
-
-TEST(ColumnTable, ReadsSeparatorsMissingValuesAndCycles) {
-    const auto table = ParseColumns(
-        "\xEF\xBB\xBF"
-        "cycle; \"X\";Y\r\n5;1.5;nan\r\n\r\n8;;-2e-3\r\n9;+3;4\r\n");
-    ASSERT_TRUE(table) << table.reason;
-    EXPECT_THAT(table->names, ElementsAre("cycle", "X", "Y"));
-    EXPECT_EQ(table->Lines(), 5U);
-    EXPECT_THAT(table->Find("cycle"), ElementsAre(5, 6, 7, 8, 9));
-    EXPECT_EQ(table->Find("X")[0], 1.5);
-    EXPECT_TRUE(std::isnan(table->Find("X")[1]));
-    EXPECT_TRUE(std::isnan(table->Find("X")[3]));
-    EXPECT_EQ(table->Find("X")[4], 3.0);
-    EXPECT_TRUE(table->Find("Z").empty());
-    EXPECT_FALSE(table->Has("Z"));
-}
-
-TEST(ColumnTable, SaysWhatIsWrong) {
-    const auto reason = [](const char* text) { return ParseColumns(text).reason; };
-    EXPECT_EQ(reason(""), "no names of columns in the first line");
-    EXPECT_EQ(reason("\n"), "no names of columns in the first line");
-    EXPECT_EQ(reason("X,Y\n"), "no lines of values");
-    EXPECT_EQ(reason("X,,Y\n"), "a column without a name");
-    EXPECT_EQ(reason("X,X\n1,2\n"), "two columns named X");
-    EXPECT_EQ(reason("X,Y\n1\n"), "line 2: 1 fields instead of 2");
-    EXPECT_EQ(reason("X,Y\n1,2\n1,b\n"), "line 3: \"b\" is not a number");
-    EXPECT_EQ(reason("cycle,X\n4,1\n4,2\n"), "line 3: the cycle does not follow the one before");
-    EXPECT_EQ(reason("cycle,X\n4,1\n1e12,2\n"), "line 3: the cycle does not follow the one before");
-    EXPECT_EQ(reason("cycle,X\nnan,1\n"), "line 2: the cycle does not follow the one before");
 }
 
 TEST(Words, NumbersHaveNoNegativeZero) {

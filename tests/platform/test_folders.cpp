@@ -42,8 +42,11 @@ TEST(Folders, LieInTheHomeFolderWhenNothingElseIsSaid) {
     const ScopedVariable home("HOME", base.path().c_str());
     const ScopedVariable data("XDG_DATA_HOME", nullptr);
     const ScopedVariable state("XDG_STATE_HOME", nullptr);
+    const ScopedVariable cache("XDG_CACHE_HOME", nullptr);
     EXPECT_EQ(DataFolder(), base.path() + "/.local/share/Velk");
     EXPECT_EQ(StateFolder(), base.path() + "/.local/state/Velk");
+    EXPECT_EQ(CacheFolder(), base.path() + "/.cache/Velk");
+    EXPECT_EQ(PermissionsOf(base.path() + "/.cache/Velk"), 0700U);
 }
 
 TEST(Folders, ARelativePathCountsAsNotSet) {

@@ -7,11 +7,13 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
+#include <cmath>
 #include <fstream>
 #include <sstream>
 
 #include "programs/report_options.h"
 #include "programs/table_file.h"
+#include "recording/recording_writer.h"
 #include "synthetic_machine.h"
 #include "system/started_program.h"
 
@@ -178,6 +180,73 @@ TEST_F(WavoReport, ComparesWithGoodRuns) {
             return lines;
         }());
     EXPECT_EQ(Started({"compare", still, "--reference", still, "--tolerance", "1"}).code, 3);
+}
+
+/// The lines of a table as a recording.
+void WriteRecording(const std::string& path, const tables::ColumnTable& table, double cycle_time,
+                    std::size_t left_out = 0) {
+    recording::RecordingHead head;
+    head.axis_names = table.names;
+    head.cycle_time = cycle_time;
+    auto writer = recording::RecordingWriter::Create(path, head, std::nullopt);
+    ASSERT_TRUE(writer) << writer.Why().text;
+    std::vector<double> line(table.names.size());
+    for (std::size_t i = 0; i < table.Lines(); ++i) {
+        for (std::size_t axis = 0; axis < line.size(); ++axis) {
+            line[axis] = table.columns[axis][i];
+        }
+        ASSERT_FALSE((*writer)->Append(i < left_out ? i : i + left_out, line, 1));
+    }
+    ASSERT_FALSE((*writer)->Finish());
+}
+
+TEST_F(WavoReport, FiguresOfARecordingAreThoseOfItsTable) {
+    const std::string circle = kData + "/circle_errors.csv.gz";
+    const auto table = ReadTable(circle);
+    ASSERT_TRUE(table) << table.reason;
+    WriteRecording(Path("circle.mcap"), table->table, 0.001);
+    WriteRecording(Path("slow.mcap"), table->table, 0.002);
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"circle", "--radius", "20", "--feed", "6000"}, {"axis"}}) {
+        std::vector<std::string> of_table = options;
+        of_table.insert(of_table.begin() + 1, circle);
+        std::vector<std::string> of_recording = options;
+        of_recording.insert(of_recording.begin() + 1, Path("circle.mcap"));
+        const auto expected = Started(of_table);
+        const auto ended = Started(of_recording);
+        EXPECT_EQ(ended.code, expected.code) << ended.errors;
+        EXPECT_FALSE(expected.output.empty());
+        EXPECT_EQ(ended.output, expected.output);
+        EXPECT_EQ(ended.errors, "");
+        // The recording tells its cycle time; an option comes before it.
+        of_recording[1] = Path("slow.mcap");
+        EXPECT_NE(Started(of_recording).output, expected.output);
+        of_recording.insert(of_recording.end(), {"--cycle", "0.001"});
+        EXPECT_EQ(Started(of_recording).output, expected.output);
+    }
+    EXPECT_EQ(
+        Started({"compare", Path("circle.mcap"), "--reference", circle, "--tolerance", "1"}).code,
+        0);
+    EXPECT_THAT(Started({"compare", Path("circle.mcap"), "--reference", Path("slow.mcap"),
+                         "--tolerance", "1"})
+                    .errors,
+                HasSubstr("slow.mcap: its lines are 0.002 s apart"));
+}
+
+TEST_F(WavoReport, RecordingsThatAreCutOffOrEmptyAreTold) {
+    const auto table = ReadTable(kData + "/circle_errors.csv.gz");
+    ASSERT_TRUE(table) << table.reason;
+    WriteRecording(Path("whole.mcap"), table->table, 0.001, 3);
+    EXPECT_EQ(ReadTable(Path("whole.mcap"))->table.Lines(), table->table.Lines() + 3);
+    EXPECT_TRUE(std::isnan(ReadTable(Path("whole.mcap"))->table.columns[0][3]));
+    const std::string whole = *ReadWholeFile(Path("whole.mcap"));
+    const auto cut = Started(
+        {"axis", Written("cut.mcap", whole.substr(0, whole.size() * 3 / 4)), "--axes", "X"});
+    EXPECT_THAT(cut.output, HasSubstr("note: recording was cut off at "));
+    EXPECT_EQ(Started({"axis", Written("short.mcap", whole.substr(0, 300))}).code, 2);
+    tables::ColumnTable empty{{"X", "Y"}, {{}, {}}};
+    WriteRecording(Path("empty.mcap"), empty, 0.001);
+    EXPECT_THAT(Started({"axis", Path("empty.mcap")}).errors, HasSubstr("no lines of values"));
 }
 
 TEST(ReportJsonDocument, NamesEveryMember) {

@@ -91,6 +91,10 @@ std::string StateFolder() {
     return MakerFolder("XDG_STATE_HOME", "/.local/state");
 }
 
+std::string CacheFolder() {
+    return MakerFolder("XDG_CACHE_HOME", "/.cache");
+}
+
 bool HasStandardOutput() noexcept {
     return true;
 }

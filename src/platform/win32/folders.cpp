@@ -19,6 +19,7 @@ namespace {
 
 constexpr wchar_t kMakerFolder[] = L"\\Velk";
 constexpr wchar_t kLogFolder[] = L"\\logs";
+constexpr wchar_t kCacheFolder[] = L"\\cache";
 
 /// Makes the folder when it is missing, with the system's rules for new folders when `security` is
 /// null. Those above it are the system's, or were made before.
@@ -58,18 +59,18 @@ std::wstring ChosenFolder() {
     return path;
 }
 
-/// The application data folder of all users; empty on failure.
-std::wstring CommonFolder() {
-    std::array<wchar_t, MAX_PATH> common{};
-    const HRESULT result = ::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA | CSIDL_FLAG_CREATE,
-                                              nullptr, SHGFP_TYPE_CURRENT, common.data());
+/// A folder of the system by its number; empty on failure.
+std::wstring SystemFolder(int number) {
+    std::array<wchar_t, MAX_PATH> path{};
+    const HRESULT result = ::SHGetFolderPathW(nullptr, number | CSIDL_FLAG_CREATE, nullptr,
+                                              SHGFP_TYPE_CURRENT, path.data());
     if (result != S_OK) {
         ::SetLastError(HRESULT_FACILITY(result) == FACILITY_WIN32
                            ? static_cast<DWORD>(HRESULT_CODE(result))
                            : ERROR_PATH_NOT_FOUND);
         return {};
     }
-    return common.data();
+    return path.data();
 }
 
 /// The maker's folder; empty on failure.
@@ -77,7 +78,7 @@ std::wstring MakerFolder() {
     if (std::wstring path = ChosenFolder(); !path.empty()) {
         return ProvideFolder(path += kMakerFolder) ? path : std::wstring();
     }
-    std::wstring path = CommonFolder();
+    std::wstring path = SystemFolder(CSIDL_COMMON_APPDATA);
     return !path.empty() && ProvideFolderForAllUsers(path += kMakerFolder) ? path : std::wstring();
 }
 
@@ -123,6 +124,15 @@ std::string StateFolder() {
         return {};
     }
     return Utf8(path);
+}
+
+std::string CacheFolder() {
+    if (!ChosenFolder().empty()) {
+        std::wstring path = MakerFolder();
+        return !path.empty() && ProvideFolder(path += kCacheFolder) ? Utf8(path) : std::string();
+    }
+    std::wstring path = SystemFolder(CSIDL_LOCAL_APPDATA);
+    return !path.empty() && ProvideFolder(path += kMakerFolder) ? Utf8(path) : std::string();
 }
 
 bool HasStandardOutput() noexcept {

@@ -7,6 +7,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTableWidget>
 #include <algorithm>
 #include <cassert>
 
@@ -63,6 +64,8 @@ QWidget* MakeControl(const ControlRow& row, QWidget* parent) {
             return new QListWidget(parent);
         case ControlKind::kProgress:
             return new QProgressBar(parent);
+        case ControlKind::kTable:
+            return new QTableWidget(parent);
         case ControlKind::kOk:
         case ControlKind::kCancel:
             break;

@@ -26,6 +26,7 @@ enum class ControlKind {
     kColorField,
     kList,
     kProgress,
+    kTable,
     kOk,      ///< of a dialog, at its end
     kCancel,  ///< the same
 };

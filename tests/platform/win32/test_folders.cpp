@@ -48,6 +48,11 @@ TEST_F(Folders, LogsLieInTheDataFolder) {
     EXPECT_TRUE(fs::is_directory(m_base.path() + "\\Velk\\logs"));
 }
 
+TEST_F(Folders, TheCacheLiesInTheDataFolderThatWasChosen) {
+    EXPECT_EQ(CacheFolder(), m_base.path() + "\\Velk\\cache");
+    EXPECT_TRUE(fs::is_directory(m_base.path() + "\\Velk\\cache"));
+}
+
 TEST_F(Folders, AFileInThePlaceOfTheFolderIsAFailure) {
     std::ofstream(m_base.path() + "\\Velk") << "in the way";
     EXPECT_EQ(DataFolder(), "");
