@@ -244,45 +244,4 @@ Statistics StatisticsBetween(const Series& series, double a, double b, Divisor d
     return figures;
 }
 
-void MomentIndex::Append(std::span<const double> values) {
-    while (!values.empty()) {
-        const auto room = static_cast<std::size_t>(kBlock - m_size % kBlock);
-        const auto part = values.first(std::min(values.size(), room));
-        m_open.Merge(MomentsOf(part, m_size));
-        m_size += static_cast<std::int64_t>(part.size());
-        if (m_size % kBlock == 0) {
-            m_blocks.push_back(std::exchange(m_open, {}));
-        }
-        values = values.subspan(part.size());
-    }
-}
-
-void MomentIndex::Forget(std::int64_t position) {
-    while (!m_blocks.empty() && (m_first_block + 1) * kBlock <= position) {
-        m_blocks.pop_front();
-        ++m_first_block;
-    }
-}
-
-Moments MomentIndex::Of(std::int64_t first, std::int64_t end, const Read& read) const {
-    Moments moments;
-    std::array<double, kBlock> edge;  // NOLINT(cppcoreguidelines-pro-type-member-init): read into
-    while (first < end) {
-        const std::int64_t block = first / kBlock;
-        const std::int64_t block_end = (block + 1) * kBlock;
-        const std::int64_t part_end = std::min(end, block_end);
-        if (first == block * kBlock && part_end == block_end) {
-            moments.Merge(m_blocks[static_cast<std::size_t>(block - m_first_block)]);
-        } else if (first == block * kBlock && part_end == m_size) {
-            moments.Merge(m_open);
-        } else {
-            const auto part = std::span(edge).first(static_cast<std::size_t>(part_end - first));
-            read(first, part);
-            moments.Merge(MomentsOf(part, first));
-        }
-        first = part_end;
-    }
-    return moments;
-}
-
 }  // namespace wavo::measure

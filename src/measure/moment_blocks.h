@@ -1,0 +1,45 @@
+// Moments of any stretch of a stream whose past stays as it is, without reading it twice: for
+// figures that are renewed with each batch, and for long bands.
+//
+// Cycles are grouped in blocks of 1024, these by 16, and so on. A block keeps its moments from the
+// first stretch on that holds all of it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <span>
+#include <vector>
+
+#include "measure/series.h"
+#include "measure/statistics.h"
+
+namespace wavo::measure {
+
+class MomentBlocks {
+ public:
+    /// Values of successive cycles from `first` on, NaN for those that have none. False: some are
+    /// to come yet.
+    using Read = std::function<bool(Cycle first, std::span<double> values)>;
+
+    /// Moments from cycle `first` to before `end`. Reads what no block knows, at least the ends
+    /// that are no whole blocks. REQUIRES: all of it is past.
+    [[nodiscard]] Moments Of(Cycle first, Cycle end, const Read& read);
+
+    /// Drops what lies wholly before a cycle.
+    void Forget(Cycle before);
+    void Clear() { m_levels.clear(); }
+
+ private:
+    static constexpr Cycle kBlock = 1024;
+    static constexpr Cycle kFan = 16;
+
+    [[nodiscard]] static Cycle SizeOf(std::size_t level);
+    [[nodiscard]] static Moments ReadPart(Cycle first, Cycle end, const Read& read, bool* is_whole);
+    /// Moments of a whole block, by its number in its level.
+    Moments OfBlock(std::size_t level, Cycle number, const Read& read, bool* is_whole);
+
+    std::vector<std::map<Cycle, Moments>> m_levels;  ///< by number; smallest blocks first
+};
+
+}  // namespace wavo::measure
