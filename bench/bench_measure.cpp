@@ -27,7 +27,7 @@
 #include "measure/contour_error.h"
 #include "measure/spectrum.h"
 #include "session/curve_reader.h"
-#include "session/stream_history.h"
+#include "session/line_values.h"
 
 namespace {
 
@@ -78,7 +78,7 @@ wavo::GraphValue Held(std::size_t count) {
 }
 
 wavo::CurveReader ReaderOf(const wavo::GraphValue& value) {
-    return {std::make_unique<wavo::StreamHistory>(value), kCycleTime, 0};
+    return {std::make_unique<wavo::BufferValues>(value), kCycleTime, 0};
 }
 
 void LiveOurs(benchmark::State& state) {

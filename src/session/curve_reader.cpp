@@ -39,13 +39,9 @@ std::optional<std::int64_t> ToLine(std::optional<double> line) {
 
 }  // namespace
 
-CurveReader::CurveReader(std::unique_ptr<History> history, double cycle_time,
+CurveReader::CurveReader(std::unique_ptr<LineValues> values, double cycle_time,
                          std::int32_t derivation)
-    : m_history(std::move(history)), m_cycle_time(cycle_time), m_derivation(derivation) {}
-
-bool CurveReader::Read(std::int64_t first, std::span<double> values) {
-    return m_history->Values(first, values) == HistoryAnswer::kAll;
-}
+    : m_values(std::move(values)), m_cycle_time(cycle_time), m_derivation(derivation) {}
 
 Figure CurveReader::ValueAt(std::int64_t line) {
     const LineRange lines = Lines();
@@ -53,7 +49,7 @@ Figure CurveReader::ValueAt(std::int64_t line) {
         return Figure::Not(kBeyond);
     }
     double value = 0.0;
-    Read(line, std::span(&value, 1));
+    m_values->Read(line, std::span(&value, 1));
     return std::isnan(value) ? Figure::Not(kMissing) : Figure(value);
 }
 
@@ -77,7 +73,7 @@ measure::CurveReading CurveReader::Between(std::optional<std::int64_t> a,
         const std::int64_t end = std::min(std::max(*a, *b) + 1, lines.end);
         m_moments.Forget(lines.begin);
         moments = m_moments.Of(first, end, [this](measure::Cycle from, std::span<double> values) {
-            return Read(from, values);
+            return m_values->Read(from, values);
         });
     }
     reading.between = measure::StatisticsOf(moments, m_cycle_time);
@@ -96,7 +92,7 @@ std::optional<double> CurveReader::Find(std::int64_t line, Search search, const 
     for (std::int64_t count = std::min(kFirstSearched, all);; count = std::min(4 * count, all)) {
         const std::int64_t first = forward ? line : line - count + 1;
         values.resize(static_cast<std::size_t>(count));
-        Read(first, values);
+        m_values->Read(first, values);
         if (const auto place = finder(values, static_cast<std::size_t>(line - first))) {
             return static_cast<double>(first) + *place;
         }
@@ -138,7 +134,7 @@ int CurveReader::Decimals() {
         return m_decimals;
     }
     std::vector<double> values(static_cast<std::size_t>(lines.end - from));
-    Read(from, values);
+    m_values->Read(from, values);
     m_decimals = std::max(m_decimals, DecimalsOfValues(values));
     m_seen = lines.end;
     m_any_seen = true;

@@ -14,17 +14,17 @@
 #include "measure/cursors.h"
 #include "measure/figure.h"
 #include "measure/moment_blocks.h"
-#include "source/history.h"
+#include "session/line_values.h"
 
 namespace wavo {
 
 class CurveReader {
  public:
     /// `cycle_time`: seconds from line to line, above 0. `derivation`: the order of the stream.
-    CurveReader(std::unique_ptr<History> history, double cycle_time, std::int32_t derivation);
+    CurveReader(std::unique_ptr<LineValues> values, double cycle_time, std::int32_t derivation);
 
     /// The lines that the stream reaches over.
-    [[nodiscard]] LineRange Lines() const { return m_history->Lines(); }
+    [[nodiscard]] LineRange Lines() const { return m_values->Lines(); }
 
     /// The value of a line; not told beyond the stream and where it has none.
     [[nodiscard]] measure::Figure ValueAt(std::int64_t line);
@@ -52,13 +52,12 @@ class CurveReader {
     using Finder =
         std::function<std::optional<double>(std::span<const double> values, std::size_t from)>;
 
-    bool Read(std::int64_t first, std::span<double> values);
     [[nodiscard]] std::optional<double> Find(std::int64_t line, measure::Search search,
                                              const Finder& finder);
     [[nodiscard]] int DecimalsOfValues(std::span<double> values) const;
 
     // Constant after construction.
-    std::unique_ptr<History> m_history;
+    std::unique_ptr<LineValues> m_values;
     double m_cycle_time;
     std::int32_t m_derivation;
 

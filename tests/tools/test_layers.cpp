@@ -69,7 +69,7 @@ const std::map<std::string, Layer>& Layers() {
           true}},
         {"ui/bars", {{"ui/controls", "ui/dialogs/table_dialog.h", "view/command_ids.h"}, true}},
         {"view",
-         {{"session", "source", "ui", "ui/dialogs", "ui/graph_editor", "graph/model",
+         {{"session", "measure", "source", "ui", "ui/dialogs", "ui/graph_editor", "graph/model",
            "graph/values", "graph/draw", "link", "settings", "support", "platform"},
           true}},
         {"ui/recording",

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "session/curve_reader.h"
-#include "session/stream_history.h"
+#include "session/line_values.h"
 
 namespace wavo {
 namespace {
@@ -35,7 +35,7 @@ class Stream {
 
     GraphValue value;
     std::int64_t line = 0;
-    CurveReader reader{std::make_unique<StreamHistory>(value), kCycle, value.DerivationOrder()};
+    CurveReader reader{std::make_unique<BufferValues>(value), kCycle, value.DerivationOrder()};
 };
 
 TEST(CurveReading, OfNoSamplesTellsWhy) {

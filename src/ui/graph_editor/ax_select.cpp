@@ -36,6 +36,7 @@ void CAxSelect::Show(const WavoGraph& graph, std::size_t axis) {
          std::initializer_list<EditorPage*>{&m_graph, &m_axes, &m_scales, &m_display}) {
         page->Show(graph, axis);
     }
+    Q_EMIT GraphShown();
 }
 
 bool CAxSelect::Init(GraphList& graphs, const std::vector<std::string>& axis_names) {

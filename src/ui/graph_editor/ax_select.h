@@ -80,6 +80,8 @@ class CAxSelect : public QWidget {
     [[nodiscard]] const EditorFields& Fields() const { return m_fields; }
 
  Q_SIGNALS:
+    /// A graph is shown for editing, perhaps another one than before.
+    void GraphShown();
     /// Zooms can no longer be stepped back from.
     void SelectionReset();
 

@@ -1,4 +1,4 @@
-#include "session/stream_history.h"
+#include "session/line_values.h"
 
 #include <algorithm>
 
@@ -6,10 +6,10 @@
 
 namespace wavo {
 
-HistoryAnswer StreamHistory::Values(std::int64_t first, std::span<double> values) {
-    const HistoryAnswer answer = m_ring.Values(first, values);
+bool BufferValues::Read(std::int64_t first, std::span<double> values) {
+    m_history.Values(first, values);
     if (m_value.DerivationOrder() < 1) {
-        return answer;
+        return true;
     }
     const SampleRing& ring = m_value.Values();
     const auto order = static_cast<std::uint64_t>(m_value.DerivationOrder());
@@ -22,7 +22,7 @@ HistoryAnswer StreamHistory::Values(std::int64_t first, std::span<double> values
             std::fill(values.begin() + (from - first), values.begin() + (to - first), kNoValue);
         }
     }
-    return answer;
+    return true;
 }
 
 }  // namespace wavo
