@@ -105,7 +105,8 @@ void Measurements::MeasureCurve(const GraphDraw& graph, std::size_t axis) {
     curve.id = {graph.Graph().GraphNumber, axis};
     curve.label = LabelOf(graph.Graph(), axis);
     curve.color = graph.Lines()[axis]->ShownColor();
-    curve.is_over_axis = graph.Graph().XCoorType == CoorType::kAxis;
+    const bool is_over_axis = graph.Graph().XCoorType == CoorType::kAxis;
+    curve.x_name = is_over_axis ? graph.Graph().XCoorAxName : std::string();
     const auto a = m_cursors.LineOf(CursorName::kA);
     const auto b = m_cursors.LineOf(CursorName::kB);
     curve.x_at_a = curve.x_at_b = Figure::Not("no values");
@@ -118,7 +119,7 @@ void Measurements::MeasureCurve(const GraphDraw& graph, std::size_t axis) {
         curve.figures.difference = curve.figures.per_second = none;
         curve.figures.between = measure::StatisticsOf({}, 1.0);
     }
-    CurveReader* const x = curve.is_over_axis ? ReaderOf(graph, graph.Recorder().Axes()) : nullptr;
+    CurveReader* const x = is_over_axis ? ReaderOf(graph, graph.Recorder().Axes()) : nullptr;
     if (x != nullptr) {
         const measure::CurveReading read = x->Between(a, b);
         curve.x_at_a = read.a;

@@ -28,12 +28,12 @@ struct CurveId {
 
 struct MeasuredCurve {
     CurveId id;
-    std::string label;  ///< X, X', and over an axis "Y over X"
-    QColor color;       ///< that it is drawn with
+    std::string label;   ///< X, X', and over an axis "Y over X"
+    std::string x_name;  ///< over an axis: of the x axis
+    QColor color;        ///< that it is drawn with
     measure::CurveReading figures;
     measure::Figure x_at_a;  ///< over an axis: the x values there
     measure::Figure x_at_b;
-    bool is_over_axis = false;
     int decimals = 0;  ///< that its values carry
 };
 

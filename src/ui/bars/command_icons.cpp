@@ -106,6 +106,12 @@ void Curves(IconSketch& sketch) {
     sketch.Line({{3, 12}, {6, 8}, {9, 11}, {13, 7}}, IconInk::kRed, 1.5);
 }
 
+void CurveWithCursors(IconSketch& sketch) {
+    sketch.Line({{1, 12}, {4, 5}, {7, 5}, {10, 11}, {15, 8}}, IconInk::kRed, 1.5);
+    sketch.Line({{5, 1}, {5, 15}}, IconInk::kLine);
+    sketch.Line({{11, 1}, {11, 15}}, IconInk::kLine);
+}
+
 void Mark(IconSketch& sketch) {
     sketch.Circle(8, 8, 6.5, IconInk::kBlue, IconInk::kLine);
     sketch.Line({{8, 7}, {8, 12}}, IconInk::kPaper, 2);
@@ -166,6 +172,8 @@ Draw DrawingOf(CommandId id) {
             return Disc;
         case CommandId::kStopRecording:
             return DiscAndSquare;
+        case CommandId::kMeasurements:
+            return CurveWithCursors;
         case CommandId::kShowGraphEditor:
             return Curves;
         case CommandId::kAbout:
@@ -185,6 +193,7 @@ Draw DrawingOf(CommandId id) {
         case CommandId::kLookBlack:
         case CommandId::kLookSilver:
         case CommandId::kLookAqua:
+        case CommandId::kHideMeasurements:
         case CommandId::kRecentFile:
         case CommandId::kLastRecentFile:
         case CommandId::kNextPane:
