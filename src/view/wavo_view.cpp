@@ -15,7 +15,8 @@ namespace wavo {
 CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<ValueSource> source)
     : QWidget(parent),
       m_source(std::move(source)),
-      m_editor(std::make_unique<CAxSelect>(this, prompts, this)),
+      m_editor(std::make_unique<CAxSelect>(this, prompts, this,
+                                           [this] { Q_EMIT m_news.MeasureChanged(); })),
       m_display({*this, m_news, *m_editor, m_session, m_screen, m_zooms, m_mouse, m_keys,
                  m_data_export, m_measurements, prompts}),
       m_session(*m_source, m_board, m_display),
@@ -62,7 +63,6 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
                    : PlotSize{drawer->PlotArea().width(), drawer->PlotArea().height()};
     });
     connect(m_editor.get(), &CAxSelect::SelectionReset, this, [this] { m_zooms.Clear(); });
-    connect(m_editor.get(), &CAxSelect::GraphShown, &m_news, &ViewNews::MeasureChanged);
     connect(&m_news, &ViewNews::BatchShown, this, [this] { m_cursors.Renew(); });
 }
 

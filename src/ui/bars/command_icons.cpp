@@ -4,7 +4,9 @@
 #include <QIconEngine>
 #include <QPainterPath>
 #include <QPalette>
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <numbers>
 
 #include "ui/bars/icon_sketch.h"
@@ -140,68 +142,41 @@ void Door(IconSketch& sketch) {
 
 using Draw = void (*)(IconSketch&);
 
+struct Drawing {
+    CommandId id;
+    Draw draw;
+};
+
+constexpr Drawing kDrawings[] = {
+    {CommandId::kNew, Page},
+    {CommandId::kOpen, Folder},
+    {CommandId::kSave, Disk},
+    {CommandId::kSaveAs, DiskWithPen},
+    {CommandId::kPrint, Printer},
+    {CommandId::kPrintPreview, Preview},
+    {CommandId::kPageSetup, PageSetup},
+    {CommandId::kProperties, Sliders},
+    {CommandId::kAdditionalText, TextLine},
+    {CommandId::kConnect, Plug},
+    {CommandId::kStart, Triangle},
+    {CommandId::kStop, Square},
+    {CommandId::kStartAfterTrigger, TriangleAfterStep},
+    {CommandId::kRecord, Disc},
+    {CommandId::kStopRecording, DiscAndSquare},
+    {CommandId::kMeasurements, CurveWithCursors},
+    {CommandId::kShowGraphEditor, Curves},
+    {CommandId::kAbout, Mark},
+    {CommandId::kCustomize, Brush},
+    {CommandId::kToolBars, Bars},
+    {CommandId::kExit, Door},
+};
+
+/// Null for a command without an icon.
 Draw DrawingOf(CommandId id) {
-    switch (id) {
-        case CommandId::kNew:
-            return Page;
-        case CommandId::kOpen:
-            return Folder;
-        case CommandId::kSave:
-            return Disk;
-        case CommandId::kSaveAs:
-            return DiskWithPen;
-        case CommandId::kPrint:
-            return Printer;
-        case CommandId::kPrintPreview:
-            return Preview;
-        case CommandId::kPageSetup:
-            return PageSetup;
-        case CommandId::kProperties:
-            return Sliders;
-        case CommandId::kAdditionalText:
-            return TextLine;
-        case CommandId::kConnect:
-            return Plug;
-        case CommandId::kStart:
-            return Triangle;
-        case CommandId::kStop:
-            return Square;
-        case CommandId::kStartAfterTrigger:
-            return TriangleAfterStep;
-        case CommandId::kRecord:
-            return Disc;
-        case CommandId::kStopRecording:
-            return DiscAndSquare;
-        case CommandId::kMeasurements:
-            return CurveWithCursors;
-        case CommandId::kShowGraphEditor:
-            return Curves;
-        case CommandId::kAbout:
-            return Mark;
-        case CommandId::kCustomize:
-            return Brush;
-        case CommandId::kToolBars:
-            return Bars;
-        case CommandId::kExit:
-            return Door;
-        case CommandId::kLookClassic:
-        case CommandId::kLookFlat:
-        case CommandId::kLookNative:
-        case CommandId::kLookBlueBars:
-        case CommandId::kLookStudio:
-        case CommandId::kLookBlue:
-        case CommandId::kLookBlack:
-        case CommandId::kLookSilver:
-        case CommandId::kLookAqua:
-        case CommandId::kHideMeasurements:
-        case CommandId::kRecentFile:
-        case CommandId::kLastRecentFile:
-        case CommandId::kNextPane:
-        case CommandId::kPreviousPane:
-        case CommandId::kStatusBar:
-            break;
-    }
-    return nullptr;
+    const auto* const found =
+        std::find_if(std::begin(kDrawings), std::end(kDrawings),
+                     [id](const Drawing& drawing) { return drawing.id == id; });
+    return found == std::end(kDrawings) ? nullptr : found->draw;
 }
 
 class CommandIconEngine : public QIconEngine {

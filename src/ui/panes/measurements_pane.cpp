@@ -71,6 +71,8 @@ MeasurementsPane::MeasurementsPane(CWavoView& view, const Prompts& prompts, QSet
       m_settings(settings),
       m_model(new MeasureModel(this)) {
     setObjectName(QStringLiteral("measurements_pane"));
+    SetAccessibleTexts(*this, QStringLiteral("Measurements"),
+                       QStringLiteral("What the curves say at and between the cursors"));
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     auto* const head = new QHBoxLayout;
@@ -116,7 +118,7 @@ void MeasurementsPane::MakeHead(QBoxLayout& layout) {
         auto* const time = new QLabel(this);
         time->setObjectName(QStringLiteral("measure_time_%1").arg(i));
         time->setToolTip(QString::fromUtf8(kTimeLabels[i].tool_tip));
-        time->setAccessibleDescription(time->toolTip());
+        SetAccessibleTexts(*time, QString::fromUtf8(kTimeLabels[i].title), time->toolTip());
         time->setTextFormat(Qt::PlainText);
         time->setTextInteractionFlags(Qt::TextSelectableByMouse);
         time->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -124,7 +126,7 @@ void MeasurementsPane::MakeHead(QBoxLayout& layout) {
         layout.addWidget(time, 1);
         m_times[i] = time;
     }
-    m_all_graphs = new QCheckBox(QStringLiteral("all &graphs"), this);
+    m_all_graphs = new QCheckBox(QStringLiteral("all graphs"), this);
     m_all_graphs->setObjectName(QStringLiteral("measure_all_graphs"));
     m_all_graphs->setToolTip(
         QStringLiteral("The curves of all graphs, else of the graph that is selected"));
@@ -146,11 +148,11 @@ void MeasurementsPane::MakeHead(QBoxLayout& layout) {
     columns->setPopupMode(QToolButton::InstantPopup);
     columns->setFocusPolicy(Qt::StrongFocus);
     columns->setMenu(m_column_menu);
-    auto* const copy = new QPushButton(QStringLiteral("&Copy"), this);
+    auto* const copy = new QPushButton(QStringLiteral("Copy"), this);
     copy->setObjectName(QStringLiteral("measure_copy"));
     copy->setToolTip(QStringLiteral("Copies the table as text with tabs"));
     connect(copy, &QPushButton::clicked, this, &MeasurementsPane::Copy);
-    auto* const save = new QPushButton(QStringLiteral("&Save as CSV..."), this);
+    auto* const save = new QPushButton(QStringLiteral("Save as CSV..."), this);
     save->setObjectName(QStringLiteral("measure_save"));
     save->setToolTip(QStringLiteral("Saves the table as comma separated values"));
     connect(save, &QPushButton::clicked, this, &MeasurementsPane::Save);

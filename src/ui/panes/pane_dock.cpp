@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "ui/controls/control_table.h"
 #include "ui/panes/pane_title.h"
 
 namespace wavo {
@@ -26,6 +27,7 @@ PaneDock::PaneDock(const QString& title, QWidget* content, QMainWindow& frame)
       m_strip(new EdgeStrip(title, this)),
       m_out(new QFrame(&frame)),
       m_size(kFirstSize) {
+    SetAccessibleTexts(*m_out, title, content->accessibleDescription());
     m_out->setObjectName(QStringLiteral("pane_out"));
     m_out->setFrameStyle(QFrame::StyledPanel | QFrame::Raised);
     m_out->setAutoFillBackground(true);

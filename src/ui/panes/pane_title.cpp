@@ -9,6 +9,8 @@
 #include <QStyleOption>
 #include <QToolButton>
 
+#include "ui/controls/control_table.h"
+
 namespace wavo {
 
 namespace {
@@ -53,6 +55,7 @@ void InitButton(QToolButton& button, const char* name, const char* text) {
 }  // namespace
 
 PaneTitle::PaneTitle(const QString& title, bool hides, QWidget* parent) : QWidget(parent) {
+    SetAccessibleTexts(*this, title, QStringLiteral("Title of the pane, with its buttons"));
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(2 * kPadding, 1, 1, 1);
     layout->setSpacing(1);

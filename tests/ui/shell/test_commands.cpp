@@ -80,7 +80,7 @@ const std::vector<Line>& ExpectedMenuBar() {
         {0, "Rec&ording", 0},
         {1, "&Record...\tCtrl+R", 32760},
         {1, "&Stop Recording\tCtrl+Shift+R", 32761},
-        {0, "Mea&sure", 0},
+        {0, "Meas&ure", 0},
         {1, "&Measurements\tCtrl+M", 32740},
         {1, "&Hide at the Edge", 32741},
         {0, "&Help", 0},
@@ -348,7 +348,7 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
     for (const QAction* const action : menu->actions()) {
         texts.push_back(action->text().toStdString());
     }
-    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "", "Customize..."));
+    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "", "Customize..."));
     m_frame.show();
     const QToolBar* const bar = m_frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
     EXPECT_TRUE(bar->isVisible());
