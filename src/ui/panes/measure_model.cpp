@@ -1,10 +1,22 @@
 #include "ui/panes/measure_model.h"
 
+#include <QIcon>
+#include <QPixmap>
 #include <algorithm>
 
 namespace wavo {
 
 namespace {
+
+/// A square of the colour, the same in a selected row.
+QIcon ColorSign(const QColor& color) {
+    constexpr int kSide = 16;
+    QPixmap square(kSide, kSide);
+    square.fill(color);
+    QIcon icon(square);
+    icon.addPixmap(square, QIcon::Selected);
+    return icon;
+}
 
 bool SameCurves(const MeasuredTable& a, const MeasuredTable& b) {
     return std::equal(a.curves.begin(), a.curves.end(), b.curves.begin(), b.curves.end(),
@@ -55,7 +67,7 @@ QVariant MeasureModel::data(const QModelIndex& index, int role) const {
         case Qt::ToolTipRole:
             return CellText(m_table, *curve, column);
         case Qt::DecorationRole:
-            return column == MeasureColumn::kCurve ? QVariant(curve->color) : QVariant();
+            return column == MeasureColumn::kCurve ? QVariant(ColorSign(curve->color)) : QVariant();
         case Qt::TextAlignmentRole:
             return QVariant::fromValue(
                 (column == MeasureColumn::kCurve ? Qt::AlignLeft : Qt::AlignRight) |

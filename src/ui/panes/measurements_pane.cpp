@@ -92,6 +92,7 @@ void MeasurementsPane::MakeTable() {
     m_table->setSelectionMode(QAbstractItemView::SingleSelection);
     m_table->setTabKeyNavigation(false);
     m_table->setWordWrap(false);
+    m_table->setMinimumHeight(2 * m_table->fontMetrics().height());
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() + kMargin);
     m_table->horizontalHeader()->setHighlightSections(false);
@@ -357,6 +358,12 @@ void MeasurementsPane::Save() {
     if (MFastFile_WriteLinesAtOnce(path, text.toStdString(), kSaveSafe) == kWriteFailed) {
         m_prompts.ShowError(this, "Can not write " + path);
     }
+}
+
+QSize MeasurementsPane::sizeHint() const {
+    constexpr int kRowsAtFirst = 5;
+    const int rows = m_table->verticalHeader()->defaultSectionSize() * kRowsAtFirst;
+    return {QWidget::sizeHint().width(), minimumSizeHint().height() + rows};
 }
 
 void MeasurementsPane::showEvent(QShowEvent* event) {

@@ -46,6 +46,8 @@ class MeasurementsPane : public QWidget {
     /// Asks for a file and writes CsvOfTable to it.
     void Save();
 
+    [[nodiscard]] QSize sizeHint() const override;
+
  protected:
     void showEvent(QShowEvent* event) override;
 

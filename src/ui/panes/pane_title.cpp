@@ -1,13 +1,11 @@
 #include "ui/panes/pane_title.h"
 
 #include <QHBoxLayout>
-#include <QIcon>
 #include <QLabel>
 #include <QPainter>
-#include <QPixmap>
-#include <QStyle>
-#include <QStyleOption>
+#include <QPolygonF>
 #include <QToolButton>
+#include <algorithm>
 
 #include "ui/controls/control_table.h"
 
@@ -17,10 +15,17 @@ namespace {
 
 constexpr int kPadding = 3;
 
-/// A pin from the side: upright it holds the pane, lying it lets it hide.
-class PinButton : public QToolButton {
+enum class Sign {
+    kPin,       ///< from the side: it holds the pane
+    kLyingPin,  ///< it lets the pane hide
+    kWindows,
+    kCross,
+};
+
+/// A flat button with a sign in the colour of texts.
+class TitleButton : public QToolButton {
  public:
-    PinButton(bool lies, QWidget* parent) : QToolButton(parent), m_lies(lies) {}
+    TitleButton(Sign sign, QWidget* parent) : QToolButton(parent), m_sign(sign) {}
 
  protected:
     void paintEvent(QPaintEvent* event) override {
@@ -30,15 +35,29 @@ class PinButton : public QToolButton {
         painter.translate(rect().center() + QPointF(0.5, 0.5));
         const double unit = std::min(width(), height()) / 16.0;
         painter.scale(unit, unit);
-        painter.rotate(m_lies ? 90 : 0);
         painter.setPen(QPen(palette().color(QPalette::WindowText), 1.3));
-        painter.drawRect(QRectF(-2.2, -5, 4.4, 5));
-        painter.drawLine(QPointF(-4, 0), QPointF(4, 0));
-        painter.drawLine(QPointF(0, 0), QPointF(0, 5.5));
+        switch (m_sign) {
+            case Sign::kPin:
+            case Sign::kLyingPin:
+                painter.rotate(m_sign == Sign::kLyingPin ? 90 : 0);
+                painter.drawRect(QRectF(-2.2, -5, 4.4, 5));
+                painter.drawLine(QPointF(-4, 0), QPointF(4, 0));
+                painter.drawLine(QPointF(0, 0), QPointF(0, 5.5));
+                break;
+            case Sign::kWindows:
+                painter.drawRect(QRectF(-4.5, -1.5, 6, 6));
+                painter.drawPolyline(
+                    QPolygonF{{-1.5, -1.5}, {-1.5, -4.5}, {4.5, -4.5}, {4.5, 1.5}, {1.5, 1.5}});
+                break;
+            case Sign::kCross:
+                painter.drawLine(QPointF(-4, -4), QPointF(4, 4));
+                painter.drawLine(QPointF(-4, 4), QPointF(4, -4));
+                break;
+        }
     }
 
  private:
-    const bool m_lies;
+    const Sign m_sign;
 };
 
 void InitButton(QToolButton& button, const char* name, const char* text) {
@@ -60,16 +79,14 @@ PaneTitle::PaneTitle(const QString& title, bool hides, QWidget* parent) : QWidge
     layout->setContentsMargins(2 * kPadding, 1, 1, 1);
     layout->setSpacing(1);
     layout->addWidget(new QLabel(title, this), 1);
-    auto* const pin = new PinButton(hides, this);
+    auto* const pin = new TitleButton(hides ? Sign::kLyingPin : Sign::kPin, this);
     InitButton(*pin, "pane_pin", hides ? "Keeps the pane shown" : "Hides the pane at the edge");
     connect(pin, &QToolButton::clicked, this, &PaneTitle::PinClicked);
-    auto* const floating = new QToolButton(this);
+    auto* const floating = new TitleButton(Sign::kWindows, this);
     InitButton(*floating, "pane_float", "Takes the pane out of the window, or back");
-    floating->setIcon(style()->standardIcon(QStyle::SP_TitleBarNormalButton));
     connect(floating, &QToolButton::clicked, this, &PaneTitle::FloatClicked);
-    auto* const close = new QToolButton(this);
+    auto* const close = new TitleButton(Sign::kCross, this);
     InitButton(*close, "pane_close", "Closes the pane");
-    close->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
     connect(close, &QToolButton::clicked, this, &PaneTitle::CloseClicked);
     for (QToolButton* const button : std::initializer_list<QToolButton*>{pin, floating, close}) {
         layout->addWidget(button);
