@@ -24,11 +24,9 @@ Cycle MomentBlocks::SizeOf(std::size_t level) {
 
 Moments MomentBlocks::ReadPart(Cycle first, Cycle end, const Read& read, bool* is_whole) {
     std::array<double, kBlock> values;  // NOLINT(cppcoreguidelines-pro-type-member-init): read into
-    const auto part = std::span(values).first(static_cast<std::size_t>(end - first));
-    if (!read(first, part)) {
-        *is_whole = false;
-    }
-    return MomentsOf(part, first);
+    const Part part = read(first, std::span(values).first(static_cast<std::size_t>(end - first)));
+    *is_whole = *is_whole && part.is_whole;
+    return MomentsOf(part.values, first);
 }
 
 Moments MomentBlocks::OfBlock(std::size_t level, Cycle number, const Read& read, bool* is_whole) {

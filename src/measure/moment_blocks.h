@@ -1,7 +1,7 @@
 // Moments of any stretch of a stream whose past stays as it is, without reading it twice: for
 // figures that are renewed with each batch, and for long bands.
 //
-// Cycles are grouped in blocks of 1024, these by 16, and so on. A block keeps its moments from the
+// Cycles are grouped in blocks of 4096, these by 16, and so on. A block keeps its moments from the
 // first stretch on that holds all of it.
 #pragma once
 
@@ -18,9 +18,13 @@ namespace wavo::measure {
 
 class MomentBlocks {
  public:
-    /// Values of successive cycles from `first` on, NaN for those that have none. False: some are
-    /// to come yet.
-    using Read = std::function<bool(Cycle first, std::span<double> values)>;
+    /// Values of successive cycles, NaN for those that have none.
+    struct Part {
+        std::span<const double> values;
+        bool is_whole = true;  ///< false: some are to come yet
+    };
+    /// As many values from cycle `first` on as there is room for: in that, or where they lie.
+    using Read = std::function<Part(Cycle first, std::span<double> room)>;
 
     /// Moments from cycle `first` to before `end`. Reads what no block knows, at least the ends
     /// that are no whole blocks. REQUIRES: all of it is past.
@@ -31,7 +35,7 @@ class MomentBlocks {
     void Clear() { m_levels.clear(); }
 
  private:
-    static constexpr Cycle kBlock = 1024;
+    static constexpr Cycle kBlock = 4096;
     static constexpr Cycle kFan = 16;
 
     [[nodiscard]] static Cycle SizeOf(std::size_t level);

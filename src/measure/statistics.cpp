@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <utility>
 
 namespace wavo::measure {
@@ -11,14 +12,24 @@ namespace {
 
 /// Values that are read twice while they stay in the nearest cache.
 constexpr std::size_t kCachedBlock = 1024;
+/// Two doubles in one register, which every processor of ours has.
+using Pair = double __attribute__((vector_size(16)));
 /// Independent sums, so that several values are added at a time.
-constexpr std::size_t kLanes = 8;
-using Lanes = std::array<double, kLanes>;
+constexpr std::size_t kPairs = 4;
+constexpr std::size_t kLanes = 2 * kPairs;
+using Lanes = std::array<Pair, kPairs>;
+
+Pair LoadPair(const double* from) {
+    Pair pair;
+    std::memcpy(&pair, from, sizeof(pair));
+    return pair;
+}
 
 double SumOf(const Lanes& lanes) {
     double sum = 0.0;
-    for (const double lane : lanes) {
-        sum += lane;
+    for (const Pair& pair : lanes) {
+        sum += pair[0];
+        sum += pair[1];
     }
     return sum;
 }
@@ -34,17 +45,23 @@ FirstRead ReadFirst(std::span<const double> values, double shift) {
     Lanes sum{};
     Lanes minimum;
     Lanes maximum;
-    std::copy_n(values.begin(), kLanes, minimum.begin());
-    maximum = minimum;
+    for (std::size_t lane = 0; lane < kPairs; ++lane) {
+        minimum[lane] = maximum[lane] = LoadPair(&values[2 * lane]);
+    }
     for (std::size_t i = 0; i < values.size(); i += kLanes) {
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const double value = values[i + lane];
+        for (std::size_t lane = 0; lane < kPairs; ++lane) {
+            const Pair value = LoadPair(&values[i + 2 * lane]);
             sum[lane] += value - shift;
             minimum[lane] = value < minimum[lane] ? value : minimum[lane];
             maximum[lane] = value > maximum[lane] ? value : maximum[lane];
         }
     }
-    return {SumOf(sum), *std::ranges::min_element(minimum), *std::ranges::max_element(maximum)};
+    FirstRead read{SumOf(sum), minimum[0][0], maximum[0][0]};
+    for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        read.minimum = std::min(read.minimum, minimum[lane / 2][lane % 2]);
+        read.maximum = std::max(read.maximum, maximum[lane / 2][lane % 2]);
+    }
+    return read;
 }
 
 /// Sums about the mean; the second read of a block.
@@ -54,8 +71,8 @@ void ReadSecond(std::span<const double> values, double shift, double mean, Momen
     Lanes product{};  // with the place of the first lane
     double place = 0.0;
     for (std::size_t i = 0; i < values.size(); i += kLanes) {
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const double deviation = (values[i + lane] - shift) - mean;
+        for (std::size_t lane = 0; lane < kPairs; ++lane) {
+            const Pair deviation = (LoadPair(&values[i + 2 * lane]) - shift) - mean;
             sum[lane] += deviation;
             square[lane] += deviation * deviation;
             product[lane] += deviation * place;
@@ -65,8 +82,28 @@ void ReadSecond(std::span<const double> values, double shift, double mean, Momen
     moments->m2 = SumOf(square);
     moments->ctx = SumOf(product) - SumOf(sum) * moments->cycle_mean;
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
-        moments->ctx += static_cast<double>(lane) * sum[lane];
+        moments->ctx += static_cast<double>(lane) * sum[lane / 2][lane % 2];
     }
+}
+
+/// The place of the first value that is `wanted`. REQUIRES: there is one.
+std::size_t PlaceOf(std::span<const double> values, double wanted) {
+    using Mask = decltype(Pair{} == Pair{});
+    constexpr std::size_t kCompared = 32;  // at a time
+    std::size_t place = 0;
+    for (; place + kCompared <= values.size(); place += kCompared) {
+        Mask equal{};
+        for (std::size_t i = 0; i < kCompared; i += 2) {
+            equal |= LoadPair(&values[place + i]) == wanted;
+        }
+        if ((equal[0] | equal[1]) != 0) {
+            break;
+        }
+    }
+    while (values[place] != wanted) {
+        ++place;
+    }
+    return place;
 }
 
 /// The block's moments; false when it holds values that are not finite. Where its extremes lie is
@@ -90,7 +127,7 @@ bool BlockMoments(std::span<const double> values, Cycle first_cycle, const Momen
     moments->minimum = first.minimum;
     moments->maximum = first.maximum;
     const auto place = [&](double extreme) {
-        return first_cycle + (std::ranges::find(values, extreme) - values.begin());
+        return first_cycle + static_cast<Cycle>(PlaceOf(values, extreme));
     };
     if (before.count == 0 || first.minimum < before.minimum) {
         moments->minimum_cycle = place(first.minimum);

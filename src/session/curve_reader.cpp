@@ -72,9 +72,16 @@ measure::CurveReading CurveReader::Between(std::optional<std::int64_t> a,
         const std::int64_t first = std::max(std::min(*a, *b), lines.begin);
         const std::int64_t end = std::min(std::max(*a, *b) + 1, lines.end);
         m_moments.Forget(lines.begin);
-        moments = m_moments.Of(first, end, [this](measure::Cycle from, std::span<double> values) {
-            return m_values->Read(from, values);
-        });
+        moments = m_moments.Of(
+            first, end,
+            [this](measure::Cycle from, std::span<double> room) -> measure::MomentBlocks::Part {
+                const auto lying = m_values->InMemory(from, room.size());
+                if (!lying.empty()) {
+                    return {lying, true};
+                }
+                const bool is_whole = m_values->Read(from, room);
+                return {room, is_whole};
+            });
     }
     reading.between = measure::StatisticsOf(moments, m_cycle_time);
     return reading;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "graph/values/graph_value.h"
 #include "graph/values/ring_history.h"
@@ -24,6 +25,12 @@ class LineValues {
     /// The values of successive lines from `first` on, NaN for lines without one. False: some are
     /// to come yet.
     virtual bool Read(std::int64_t first, std::span<double> values) = 0;
+    /// The same where they lie in memory one behind the other; empty where they do not. Valid until
+    /// the stream changes.
+    [[nodiscard]] virtual std::span<const double> InMemory(std::int64_t /*first*/,
+                                                           std::size_t /*count*/) const {
+        return {};
+    }
 };
 
 class HistoryValues final : public LineValues {
@@ -50,8 +57,13 @@ class BufferValues final : public LineValues {
     // LineValues
     [[nodiscard]] LineRange Lines() const override { return m_history.Lines(); }
     bool Read(std::int64_t first, std::span<double> values) override;
+    [[nodiscard]] std::span<const double> InMemory(std::int64_t first,
+                                                   std::size_t count) const override;
 
  private:
+    /// The lines, in order, that came without a derivative.
+    [[nodiscard]] std::vector<LineLog::Run> Underived() const;
+
     const GraphValue& m_value;
     RingHistory m_history;
 };

@@ -4,6 +4,7 @@
 
 #include <QCheckBox>
 #include <QCoreApplication>
+#include <QPrinter>
 #include <QTemporaryDir>
 #include <QTest>
 #include <algorithm>
@@ -14,7 +15,9 @@
 
 #include "expect_errors.h"
 #include "lines_from_memory.h"
+#include "printed_page.h"
 #include "real_prompts.h"
+#include "settings/view_settings.h"
 #include "system_facts.h"
 #include "ui/controls/controls.h"
 #include "view/cursor_overlay.h"
@@ -380,6 +383,151 @@ TEST_F(Cursors, StandWhereThereIsNothing) {
     EXPECT_EQ(Line(CursorName::kB), 0);
     Show({});
     EXPECT_EQ(Line(CursorName::kA), -99) << "no graph";
+}
+
+TEST_F(Cursors, InASweepReadWhatTheScreenShowsAtTheirPlace) {
+    WavoGraph graph = OverTime(1, 4.0);
+    graph.Mode = GraphMode::kClassic;
+    Show({graph});
+    Give(1200);  // overwrites the first 200 or so
+    Pair().Show(true);
+    Click({ColumnOfPart(0.1), Middle()}, Qt::ControlModifier);
+    Click({ColumnOfPart(0.9), Middle()}, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_NEAR(static_cast<double>(Line(CursorName::kA)), 1100.0, 3.0) << "of the new sweep";
+    EXPECT_NEAR(static_cast<double>(Line(CursorName::kB)), 900.0, 3.0) << "of the one before";
+    EXPECT_LT(*m_view->Measured().Renew().difference, 0.0) << "B was before A";
+    Stop();
+    EXPECT_NEAR(Column(CursorName::kA), ColumnOfPart(0.1), 1);
+    Pair().PutOn(CursorName::kA, 1199);
+    Key(Qt::Key_Right, Qt::ControlModifier);
+    EXPECT_EQ(Line(CursorName::kA), 1199) << "the newest";
+    Give(10);
+    EXPECT_EQ(Line(CursorName::kA), 1199);
+}
+
+TEST_F(Cursors, MoveOverLinesThatTheGraphHasNot) {
+    Show({OverTime(1, 4.0)});
+    Give(300);
+    for (GraphValue& value : m_view->Work().Streams().Registry().Values()) {
+        value.SetEnabled(false);
+    }
+    Give(200);
+    m_view->Work().Streams().Enable();
+    Give(300);
+    Pair().Show(true);
+    Stop();
+    Pair().PutOn(CursorName::kA, 299);
+    Key(Qt::Key_Right, Qt::ControlModifier);
+    EXPECT_EQ(Line(CursorName::kA), 500) << "200 lines are missing";
+    Key(Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(Line(CursorName::kA), 299);
+    Pair().PutOn(CursorName::kB, 500);
+    const MeasuredTable& table = m_view->Measured().Renew();
+    EXPECT_EQ(table.curves.at(0).figures.between.count, 2);
+    EXPECT_EQ(table.curves.at(0).figures.between.not_finite, 200);
+    EXPECT_NEAR(*table.difference, 201 * kLineTime, 1e-9);
+}
+
+TEST_F(Cursors, ArePaintedOverThePageThatIsPrinted) {
+    Show({OverTime(1, 4.0)});
+    Give(900);
+    Stop();
+    const QImage none = CursorsOver(m_view->Screen().Picture(), m_view->Board(), Pair(), 0);
+    EXPECT_TRUE(none.isNull());
+    Pair().Show(true);
+    const QImage over = CursorsOver(m_view->Screen().Picture(), m_view->Board(), Pair(), 0);
+    ASSERT_EQ(over.size(), m_view->Screen().Picture().size());
+    const int column = Column(CursorName::kA);
+    EXPECT_EQ(over.pixel(column, Middle()), qRgba(255, 255, 255, 255));
+    EXPECT_EQ(over.pixel(column + 5, Middle()), qRgba(0, 0, 0, 0));
+
+    EXPECT_EQ(m_view->Screen().Picture().pixel(column, Middle()) & 0xFFFFFFU,
+              m_view->Screen().Picture().pixel(column + 5, Middle()) & 0xFFFFFFU)
+        << "not in the picture";
+    if (!testing::CanReadPages()) {
+        GTEST_SKIP() << testing::kNoPageReader;
+    }
+    m_prompts.box = [](QWidget*, const Box&) { return BoxAnswer::kYes; };
+    const auto printed = [this](const char* name) {
+        const QString file = m_folder.filePath(QLatin1String(name));
+        m_prompts.print = [&](QWidget*, QPrinter& printer) {
+            printer.setOutputFormat(QPrinter::PdfFormat);
+            printer.setOutputFileName(file);
+            return true;
+        };
+        m_view->Printer().Print(nullptr);
+        return testing::PageOf(file, 100);
+    };
+    const QImage with = printed("with.pdf");
+    Pair().Show(false);
+    const QImage without = printed("without.pdf");
+    ASSERT_EQ(with.size(), without.size());
+    int differing = 0;
+    for (int x = 0; x < with.width(); ++x) {
+        int rows = 0;
+        for (int y = 0; y < with.height(); ++y) {
+            rows += with.pixel(x, y) != without.pixel(x, y) ? 1 : 0;
+        }
+        differing += rows > 50 ? 1 : 0;
+    }
+    EXPECT_GE(differing, 2) << "two upright lines";
+    EXPECT_LE(differing, 8);
+}
+
+/// No editor: nothing is selected.
+struct NoZooms : ZoomTarget {
+    void Select(std::uint32_t) override {}
+    [[nodiscard]] std::uint32_t Selected() const override { return 0; }
+    [[nodiscard]] bool IsEnabled() const override { return false; }
+    [[nodiscard]] bool IsBusy() const override { return false; }
+    [[nodiscard]] double TimeStep() const override { return kLineTime; }
+    void ZoomTo(std::uint32_t, const TimeWindow&) override {}
+    void ZoomOut(std::uint32_t) override {}
+    void UpdatePart(const QRect&) override {}
+    void RepaintPart(const QRect&) override {}
+};
+
+TEST(CursorsOnFineScreens, StandInLogicalPixelsAndAreAsWideAsOne) {
+    for (const double ratio : {1.0, 1.5, 2.0}) {
+        SCOPED_TRACE(ratio);
+        GraphList graphs;
+        WavoGraph graph;
+        graph.InitGraph(1, "X", 0, nullptr);
+        graph.Mode = GraphMode::kContinuity;
+        graph.XScale.TimeRange = 4.0;
+        graphs.Add(graph);
+        ValueStreams streams;
+        GraphBoard board(graphs, streams, [] {});
+        board.CreateAllGraphRects({0, 0, 400, 200}, kLineTime, {"X"}, ViewSettings());
+        std::vector<double> values(900);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            values[i] = static_cast<double>(i);
+        }
+        streams.Distribute({values.data(), values.size(), 1});
+        QImage picture(QSizeF(400 * ratio, 200 * ratio).toSize(), QImage::Format_RGB32);
+        picture.setDevicePixelRatio(ratio);
+        board.DrawAll(picture, false);
+        NoZooms zooms;
+        GraphCursors cursors(
+            board, zooms, [] { return false; }, [] {});
+        cursors.Show(true);
+        const GraphDraw& drawer = *board.Drawers().front();
+        cursors.PutAt(CursorName::kB, drawer, {100, 50});
+        const auto mark = MarkOf(drawer, cursors, CursorName::kB);
+        ASSERT_TRUE(mark.has_value());
+        EXPECT_EQ(mark->place.x(), 100);
+        const QImage over = CursorsOver(picture, board, cursors, 0);
+        const auto is_line = [&](int x) {
+            for (int y = static_cast<int>(40 * ratio); y < static_cast<int>(150 * ratio); ++y) {
+                if (qAlpha(over.pixel(x, y)) > 200) {
+                    return true;
+                }
+            }
+            return false;
+        };
+        EXPECT_TRUE(is_line(static_cast<int>(100 * ratio)));
+        EXPECT_FALSE(is_line(static_cast<int>(103 * ratio)));
+    }
 }
 
 TEST_F(Cursors, LeaveThePictureAsItIs) {
