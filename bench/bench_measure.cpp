@@ -1,7 +1,8 @@
 // Cost of the figures.
 //
 // measure/live16: figures of 16 curves between the cursors after a batch of 100 lines, over a
-// window of 1e5 samples. measure/band1e7: all figures of a band of 1e7 samples. spectrum/2^17: an
+// window of 1e5 samples. measure/band1e7: all figures of a band of 1e7 samples, read for the first
+// time. spectrum/2^17: an
 // amplitude spectrum of 131072 values. circle/1e6: the whole circle test of 1e6 lines in both
 // senses. contour/1e6: the contour error of 1e6 lines of two axes. match/1e6: the best match of 1e6
 // samples among 1e6.
@@ -15,6 +16,7 @@
 #include <cmath>
 #include <cstdint>
 #include <fstream>
+#include <memory>
 #include <numbers>
 #include <string>
 #include <vector>
@@ -23,9 +25,9 @@
 #include "measure/circle_test.h"
 #include "measure/comparison.h"
 #include "measure/contour_error.h"
-#include "measure/cursors.h"
 #include "measure/spectrum.h"
-#include "measure/statistics.h"
+#include "session/curve_reader.h"
+#include "session/line_values.h"
 
 namespace {
 
@@ -66,34 +68,47 @@ constexpr std::size_t kLiveCurves = 16;
 constexpr std::size_t kLiveWindow = 100000;
 constexpr std::size_t kLiveBatch = 100;
 
-void LiveOurs(benchmark::State& state) {
-    const auto values = Moving(kLiveWindow + kLiveBatch);
-    std::vector<wavo::measure::MomentIndex> curves(kLiveCurves);
-    for (auto& curve : curves) {
-        curve.Append(values);
+/// A buffer that holds so many samples.
+wavo::GraphValue Held(std::size_t count) {
+    wavo::GraphValue value("X", kCycleTime, static_cast<double>(count) * kCycleTime, 0);
+    for (const double sample : Moving(count)) {
+        value.SetValue(sample);
     }
-    const auto read = [&](std::int64_t position, std::span<double> to) {
-        for (std::size_t i = 0; i < to.size(); ++i) {
-            to[i] = values[(static_cast<std::size_t>(position) + i) % values.size()];
-        }
-    };
+    return value;
+}
+
+wavo::CurveReader ReaderOf(const wavo::GraphValue& value) {
+    return {std::make_unique<wavo::BufferValues>(value), kCycleTime, 0};
+}
+
+void LiveOurs(benchmark::State& state) {
+    const auto batch = Moving(kLiveBatch);
+    std::vector<wavo::GraphValue> curves(kLiveCurves, Held(kLiveWindow));
+    std::vector<wavo::CurveReader> readers;
+    for (const auto& curve : curves) {
+        readers.push_back(ReaderOf(curve));
+    }
     for (auto _ : state) {
+        state.PauseTiming();
         for (auto& curve : curves) {
-            curve.Append(std::span(values).first(kLiveBatch));
-            const std::int64_t end = curve.Size();
-            const auto first = end - static_cast<std::int64_t>(kLiveWindow);
-            curve.Forget(first);
-            benchmark::DoNotOptimize(
-                wavo::measure::StatisticsOf(curve.Of(first + 1, end - 1, read), kCycleTime));
+            curve.SetValues(batch.data(), batch.size(), 1);
+            curve.EmptyNewValues();
+        }
+        state.ResumeTiming();
+        for (auto& reader : readers) {
+            const wavo::LineRange lines = reader.Lines();
+            benchmark::DoNotOptimize(reader.Between(lines.begin + 1, lines.end - 2));
+            benchmark::DoNotOptimize(reader.Decimals());
         }
     }
 }
 
 void BandOurs(benchmark::State& state) {
-    const auto values = Moving(10000000);
+    const wavo::GraphValue value = Held(10000000);
     for (auto _ : state) {
-        benchmark::DoNotOptimize(
-            wavo::measure::StatisticsBetween({values, kCycleTime, 0, {}}, 0.0, 1e9));
+        wavo::CurveReader reader = ReaderOf(value);  // knows nothing yet
+        const wavo::LineRange lines = reader.Lines();
+        benchmark::DoNotOptimize(reader.Between(lines.begin, lines.end - 1));
     }
 }
 

@@ -5,6 +5,7 @@
 #include <QAccessible>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QDockWidget>
 #include <QFrame>
 #include <QLabel>
 #include <QMenu>
@@ -54,6 +55,9 @@ Need NeedOf(const QWidget& widget) {
     }
     if (widget.isWindow()) {
         return Need::kName;  // its title
+    }
+    if (qobject_cast<const QDockWidget*>(&widget) != nullptr) {
+        return Need::kName;  // the toolkit tells nothing else of it; its content does
     }
     const bool is_pane = qobject_cast<const QStatusBar*>(widget.parentWidget()) != nullptr ||
                          widget.objectName().startsWith(QStringLiteral("control_"));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <utility>
 
 namespace wavo::measure {
@@ -11,14 +12,24 @@ namespace {
 
 /// Values that are read twice while they stay in the nearest cache.
 constexpr std::size_t kCachedBlock = 1024;
+/// Two doubles in one register, which every processor of ours has.
+using Pair = double __attribute__((vector_size(16)));
 /// Independent sums, so that several values are added at a time.
-constexpr std::size_t kLanes = 8;
-using Lanes = std::array<double, kLanes>;
+constexpr std::size_t kPairs = 4;
+constexpr std::size_t kLanes = 2 * kPairs;
+using Lanes = std::array<Pair, kPairs>;
+
+Pair LoadPair(const double* from) {
+    Pair pair;
+    std::memcpy(&pair, from, sizeof(pair));
+    return pair;
+}
 
 double SumOf(const Lanes& lanes) {
     double sum = 0.0;
-    for (const double lane : lanes) {
-        sum += lane;
+    for (const Pair& pair : lanes) {
+        sum += pair[0];
+        sum += pair[1];
     }
     return sum;
 }
@@ -34,17 +45,23 @@ FirstRead ReadFirst(std::span<const double> values, double shift) {
     Lanes sum{};
     Lanes minimum;
     Lanes maximum;
-    std::copy_n(values.begin(), kLanes, minimum.begin());
-    maximum = minimum;
+    for (std::size_t lane = 0; lane < kPairs; ++lane) {
+        minimum[lane] = maximum[lane] = LoadPair(&values[2 * lane]);
+    }
     for (std::size_t i = 0; i < values.size(); i += kLanes) {
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const double value = values[i + lane];
+        for (std::size_t lane = 0; lane < kPairs; ++lane) {
+            const Pair value = LoadPair(&values[i + 2 * lane]);
             sum[lane] += value - shift;
             minimum[lane] = value < minimum[lane] ? value : minimum[lane];
             maximum[lane] = value > maximum[lane] ? value : maximum[lane];
         }
     }
-    return {SumOf(sum), *std::ranges::min_element(minimum), *std::ranges::max_element(maximum)};
+    FirstRead read{SumOf(sum), minimum[0][0], maximum[0][0]};
+    for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        read.minimum = std::min(read.minimum, minimum[lane / 2][lane % 2]);
+        read.maximum = std::max(read.maximum, maximum[lane / 2][lane % 2]);
+    }
+    return read;
 }
 
 /// Sums about the mean; the second read of a block.
@@ -54,8 +71,8 @@ void ReadSecond(std::span<const double> values, double shift, double mean, Momen
     Lanes product{};  // with the place of the first lane
     double place = 0.0;
     for (std::size_t i = 0; i < values.size(); i += kLanes) {
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const double deviation = (values[i + lane] - shift) - mean;
+        for (std::size_t lane = 0; lane < kPairs; ++lane) {
+            const Pair deviation = (LoadPair(&values[i + 2 * lane]) - shift) - mean;
             sum[lane] += deviation;
             square[lane] += deviation * deviation;
             product[lane] += deviation * place;
@@ -65,8 +82,28 @@ void ReadSecond(std::span<const double> values, double shift, double mean, Momen
     moments->m2 = SumOf(square);
     moments->ctx = SumOf(product) - SumOf(sum) * moments->cycle_mean;
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
-        moments->ctx += static_cast<double>(lane) * sum[lane];
+        moments->ctx += static_cast<double>(lane) * sum[lane / 2][lane % 2];
     }
+}
+
+/// The place of the first value that is `wanted`. REQUIRES: there is one.
+std::size_t PlaceOf(std::span<const double> values, double wanted) {
+    using Mask = decltype(Pair{} == Pair{});
+    constexpr std::size_t kCompared = 32;  // at a time
+    std::size_t place = 0;
+    for (; place + kCompared <= values.size(); place += kCompared) {
+        Mask equal{};
+        for (std::size_t i = 0; i < kCompared; i += 2) {
+            equal |= LoadPair(&values[place + i]) == wanted;
+        }
+        if ((equal[0] | equal[1]) != 0) {
+            break;
+        }
+    }
+    while (values[place] != wanted) {
+        ++place;
+    }
+    return place;
 }
 
 /// The block's moments; false when it holds values that are not finite. Where its extremes lie is
@@ -90,7 +127,7 @@ bool BlockMoments(std::span<const double> values, Cycle first_cycle, const Momen
     moments->minimum = first.minimum;
     moments->maximum = first.maximum;
     const auto place = [&](double extreme) {
-        return first_cycle + (std::ranges::find(values, extreme) - values.begin());
+        return first_cycle + static_cast<Cycle>(PlaceOf(values, extreme));
     };
     if (before.count == 0 || first.minimum < before.minimum) {
         moments->minimum_cycle = place(first.minimum);
@@ -242,47 +279,6 @@ Statistics StatisticsBetween(const Series& series, double a, double b, Divisor d
     Statistics figures = StatisticsOf(moments, series.cycle_time, divisor);
     figures.missing = last_cycle - first_cycle + 1 - static_cast<std::int64_t>(end - first);
     return figures;
-}
-
-void MomentIndex::Append(std::span<const double> values) {
-    while (!values.empty()) {
-        const auto room = static_cast<std::size_t>(kBlock - m_size % kBlock);
-        const auto part = values.first(std::min(values.size(), room));
-        m_open.Merge(MomentsOf(part, m_size));
-        m_size += static_cast<std::int64_t>(part.size());
-        if (m_size % kBlock == 0) {
-            m_blocks.push_back(std::exchange(m_open, {}));
-        }
-        values = values.subspan(part.size());
-    }
-}
-
-void MomentIndex::Forget(std::int64_t position) {
-    while (!m_blocks.empty() && (m_first_block + 1) * kBlock <= position) {
-        m_blocks.pop_front();
-        ++m_first_block;
-    }
-}
-
-Moments MomentIndex::Of(std::int64_t first, std::int64_t end, const Read& read) const {
-    Moments moments;
-    std::array<double, kBlock> edge;  // NOLINT(cppcoreguidelines-pro-type-member-init): read into
-    while (first < end) {
-        const std::int64_t block = first / kBlock;
-        const std::int64_t block_end = (block + 1) * kBlock;
-        const std::int64_t part_end = std::min(end, block_end);
-        if (first == block * kBlock && part_end == block_end) {
-            moments.Merge(m_blocks[static_cast<std::size_t>(block - m_first_block)]);
-        } else if (first == block * kBlock && part_end == m_size) {
-            moments.Merge(m_open);
-        } else {
-            const auto part = std::span(edge).first(static_cast<std::size_t>(part_end - first));
-            read(first, part);
-            moments.Merge(MomentsOf(part, first));
-        }
-        first = part_end;
-    }
-    return moments;
 }
 
 }  // namespace wavo::measure

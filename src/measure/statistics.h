@@ -5,8 +5,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
-#include <functional>
 #include <span>
 
 #include "measure/figure.h"
@@ -66,33 +64,5 @@ inline constexpr double kTimeTolerance = 1e-6;
 /// Statistics of all samples from time `a` to time `b`, s, both ends included, in either order.
 Statistics StatisticsBetween(const Series& series, double a, double b,
                              Divisor divisor = Divisor::kSample);
-
-/// Moments of any stretch of a stream that grows, without reading it anew: blocks of 256 values
-/// keep theirs. For figures that are renewed with each batch.
-class MomentIndex {
- public:
-    /// Values from a position on into memory, as the stream holds them.
-    using Read = std::function<void(std::int64_t position, std::span<double> values)>;
-
-    /// The next values of the stream. The first ever is position 0.
-    void Append(std::span<const double> values);
-    /// Drops what lies wholly before a position.
-    void Forget(std::int64_t position);
-    void Clear() { *this = MomentIndex(); }
-
-    [[nodiscard]] std::int64_t Size() const { return m_size; }
-
-    /// Moments from position `first` to before `end`; positions stand for cycles. Reads at most 512
-    /// values. REQUIRES: nothing of it is forgotten; end <= Size().
-    [[nodiscard]] Moments Of(std::int64_t first, std::int64_t end, const Read& read) const;
-
- private:
-    static constexpr std::int64_t kBlock = 256;
-
-    std::deque<Moments> m_blocks;    ///< of whole blocks
-    std::int64_t m_first_block = 0;  ///< number of the first one kept
-    std::int64_t m_size = 0;
-    Moments m_open;  ///< of the block that is not full yet
-};
 
 }  // namespace wavo::measure

@@ -14,6 +14,8 @@ enum class CommandId : int {
     kLookBlack = 216,
     kLookSilver = 217,
     kLookAqua = 218,
+    kMeasurements = 32740,
+    kHideMeasurements = 32741,
     kRecord = 32760,
     kStopRecording = 32761,
     kConnect = 32773,

@@ -17,7 +17,8 @@ constexpr ColorRef kWhite = 0xFFFFFF;
 
 }  // namespace
 
-bool PrintPicture(QPagedPaintDevice& device, const QImage& picture, const QRect& graph_area) {
+bool PrintPicture(QPagedPaintDevice& device, const QImage& picture, const QRect& graph_area,
+                  const QImage& over) {
     QPainter painter;
     if (!painter.begin(&device)) {
         return false;
@@ -34,11 +35,12 @@ bool PrintPicture(QPagedPaintDevice& device, const QImage& picture, const QRect&
         painter.setRenderHint(QPainter::SmoothPixmapTransform,
                               painter.paintEngine()->type() == QPaintEngine::Picture);
         painter.setRenderHint(QPainter::LosslessImageRendering);
-        QImage pixels = picture;
-        pixels.setDevicePixelRatio(1.0);
-        painter.drawImage(
-            QRectF(0.0, 0.0, graph_area.width() * scale, graph_area.height() * scale * part),
-            pixels, source);
+        const QRectF target(0.0, 0.0, graph_area.width() * scale,
+                            graph_area.height() * scale * part);
+        for (QImage pixels : {picture, over}) {
+            pixels.setDevicePixelRatio(1.0);
+            painter.drawImage(target, pixels, source);
+        }
     }
     return painter.end();
 }
@@ -73,7 +75,7 @@ void GraphPrinter::Print(QWidget* parent) {
         return;
     }
     if (m_prompts.print(parent, Printer()) &&
-        !PrintPicture(Printer(), m_source.picture(), m_source.graph_area())) {
+        !PrintPicture(Printer(), m_source.picture(), m_source.graph_area(), m_source.over())) {
         MERRLOG("GraphPrinter::Print(): cannot print");
         m_prompts.ShowError(parent, "Can not print");
     }
@@ -85,8 +87,9 @@ void GraphPrinter::Preview(QWidget* parent) {
     }
     // One picture for the whole preview: it is painted again at every change of its window.
     const QImage picture = m_source.picture();
+    const QImage over = m_source.over();
     const QRect area = m_source.graph_area();
-    const auto paint = [&](QPrinter& printer) { PrintPicture(printer, picture, area); };
+    const auto paint = [&](QPrinter& printer) { PrintPicture(printer, picture, area, over); };
     m_prompts.print_preview(parent, Printer(), paint);
 }
 

@@ -22,16 +22,20 @@ class QPrinter;
 namespace wavo {
 
 /// Paints `picture`, from the top of `graph_area` (logical pixels) on, on the first page of
-/// `device`. False when the device cannot be painted on.
-bool PrintPicture(QPagedPaintDevice& device, const QImage& picture, const QRect& graph_area);
+/// `device`, and `over`, which is as large or null, over it. False when the device cannot be
+/// painted on.
+bool PrintPicture(QPagedPaintDevice& device, const QImage& picture, const QRect& graph_area,
+                  const QImage& over = {});
 
 class GraphPrinter {
  public:
-    /// What is printed: the picture that is shown, and the area of the graphs in it.
+    /// What is printed: the picture that is shown, the area of the graphs in it, and what the
+    /// screen shows over it (null for nothing).
     struct Source {
         std::function<QImage()> picture;
         std::function<QRect()> graph_area;
         std::function<ColorRef()> background;
+        std::function<QImage()> over = [] { return QImage(); };
     };
 
     /// `prompts` is not owned and outlives the printer.

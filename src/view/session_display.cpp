@@ -9,6 +9,7 @@
 #include "ui/prompts.h"
 #include "view/data_export.h"
 #include "view/graph_screen.h"
+#include "view/measurements.h"
 #include "view/view_keys.h"
 #include "view/view_mouse.h"
 #include "view/view_news.h"
@@ -57,6 +58,7 @@ void SessionDisplay::GraphsChanged() {
     m_parts.zooms.Forget();
     m_parts.mouse.Cancel();
     m_parts.keys.Cancel();
+    m_parts.measurements.Forget();
     // A box runs an event loop, which must not meet graphs that are half made.
     for (const std::string& fault : m_parts.screen.MakeGraphs()) {
         ShowError(fault);
@@ -64,6 +66,7 @@ void SessionDisplay::GraphsChanged() {
     m_parts.session.Run().OnGraphsRebuilt();
     m_parts.screen.DrawAndShow();
     CommandsChanged();
+    Q_EMIT m_parts.news.MeasureChanged();
 }
 
 void SessionDisplay::ValuesArrived() {
@@ -87,6 +90,7 @@ void SessionDisplay::RunBegins(bool anew) {
 void SessionDisplay::RunStateChanged(bool values_flow) {
     m_parts.editor.SetAcquisitionRuns(values_flow);
     CommandsChanged();
+    Q_EMIT m_parts.news.MeasureChanged();
 }
 
 void SessionDisplay::ShowError(const std::string& text) {

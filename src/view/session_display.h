@@ -13,6 +13,7 @@ class CAxSelect;
 class CWavoView;
 class DataExport;
 class GraphScreen;
+class Measurements;
 struct Prompts;
 class Session;
 class ViewKeys;
@@ -33,6 +34,7 @@ class SessionDisplay final : public SessionObserver {
         ViewMouse& mouse;
         ViewKeys& keys;
         DataExport& data_export;
+        Measurements& measurements;
         const Prompts& prompts;
     };
     explicit SessionDisplay(const Parts& parts) : m_parts(parts) {}

@@ -25,6 +25,8 @@ class ViewNews : public QObject {
     void RecentFileOpened(const QString& path);
     /// A batch was drawn and answered; `total` lines have been received.
     void BatchShown(quint64 total);
+    /// Cursors, graphs or their selection are others than those that were measured.
+    void MeasureChanged();
     /// The master told the viewer to end.
     void QuitRequested();
 };

@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <utility>
 
+#include "view/cursor_overlay.h"
 #include "view/view_access.h"
 #include "view/zoom_band.h"
 
@@ -14,9 +15,10 @@ namespace wavo {
 CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<ValueSource> source)
     : QWidget(parent),
       m_source(std::move(source)),
-      m_editor(std::make_unique<CAxSelect>(this, prompts, this)),
+      m_editor(std::make_unique<CAxSelect>(this, prompts, this,
+                                           [this] { Q_EMIT m_news.MeasureChanged(); })),
       m_display({*this, m_news, *m_editor, m_session, m_screen, m_zooms, m_mouse, m_keys,
-                 m_data_export, prompts}),
+                 m_data_export, m_measurements, prompts}),
       m_session(*m_source, m_board, m_display),
       m_board(m_session.Graphs(), m_session.Streams(),
               [this] { SendAppMessage(window(), AppMessage::kRecordingEnded, 0, 0); }),
@@ -25,17 +27,30 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
               [this] { m_session.CommandsChanged(); }),
       m_mouse(m_board, m_zooms),
       m_keys(m_board, m_zooms),
+      m_cursors(
+          m_board, m_zooms, [this] { return m_session.Values().IsRunning(); },
+          [this] {
+              update();
+              Q_EMIT m_news.MeasureChanged();
+          }),
+      m_measurements(m_board, m_cursors, m_zooms),
+      m_cursor_input(m_board, m_cursors, m_measurements, m_zooms),
       m_data_export(m_board, {m_session.Settings().Current().export_settings,
                               [this] { m_session.SaveSettings(); },
                               [this](const std::string& path) { m_session.ShowWriteFault(path); },
                               [this] { return window(); }, prompts}),
       m_printer({[this] { return m_screen.Picture(); }, [this] { return m_screen.GraphArea(); },
-                 [this] { return m_session.Settings().Current().background; }},
+                 [this] { return m_session.Settings().Current().background; },
+                 [this] {
+                     return CursorsOver(m_screen.Picture(), m_board, m_cursors,
+                                        m_session.Settings().Current().background);
+                 }},
                 prompts),
       m_commands(m_session, m_screen, *m_editor, m_printer, prompts, *this) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(200, 80);
+    setMouseTracking(true);
     setAccessibleName(QStringLiteral("Graphs"));
     setAccessibleDescription(QStringLiteral("The curves of the values that the master sends"));
     MakeGraphsAccessible();
@@ -48,6 +63,7 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
                    : PlotSize{drawer->PlotArea().width(), drawer->PlotArea().height()};
     });
     connect(m_editor.get(), &CAxSelect::SelectionReset, this, [this] { m_zooms.Clear(); });
+    connect(&m_news, &ViewNews::BatchShown, this, [this] { m_cursors.Renew(); });
 }
 
 CWavoView::~CWavoView() {
@@ -78,6 +94,15 @@ bool CWavoView::event(QEvent* event) {
         message->SetResult(OnAppMessage(*message));
         return true;
     }
+    if (event->type() == QEvent::KeyPress && hasFocus()) {
+        // Before it takes the keyboard elsewhere.
+        const auto& key = *static_cast<QKeyEvent*>(event);
+        const bool is_tab = key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab;
+        if (is_tab && m_cursor_input.KeyPress(key.key(), key.modifiers())) {
+            event->accept();
+            return true;
+        }
+    }
     return QWidget::event(event);
 }
 
@@ -107,6 +132,8 @@ std::int64_t CWavoView::OnAppMessage(const AppMessageEvent& message) {
 void CWavoView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     m_screen.Expose(painter, event->rect());
+    m_cursors.Renew();
+    PaintCursors(painter, m_board, m_cursors, m_session.Settings().Current().background);
     if (m_shows_focus && hasFocus()) {
         PaintFocus(painter, m_screen.GraphArea(), m_session.Settings().Current().background);
     }
@@ -131,19 +158,31 @@ void CWavoView::mousePressEvent(QMouseEvent* event) {
         m_shows_focus = false;
         update();
     }
+    const QPoint point = event->position().toPoint();
+    if (event->button() == Qt::LeftButton &&
+        m_cursor_input.LeftButtonDown(point, event->modifiers())) {
+        return;
+    }
     if (event->button() == Qt::LeftButton) {
-        m_mouse.LeftButtonDown(event->position().toPoint());
-    } else if (event->button() != Qt::RightButton ||
-               !m_mouse.RightButtonDown(event->position().toPoint())) {
+        m_mouse.LeftButtonDown(point);
+    } else if (event->button() != Qt::RightButton || !m_mouse.RightButtonDown(point)) {
         QWidget::mousePressEvent(event);
     }
 }
 
 void CWavoView::mouseMoveEvent(QMouseEvent* event) {
-    m_mouse.MouseMove(event->position().toPoint());
+    const QPoint point = event->position().toPoint();
+    if (event->buttons() == Qt::NoButton) {
+        setCursor(m_cursor_input.IsOverCursor(point) ? Qt::SplitHCursor : Qt::ArrowCursor);
+    } else if (!m_cursor_input.MouseMove(point)) {
+        m_mouse.MouseMove(point);
+    }
 }
 
 void CWavoView::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton && m_cursor_input.LeftButtonUp()) {
+        return;
+    }
     if (event->button() == Qt::RightButton) {
         m_mouse.RightButtonUp(event->position().toPoint());
     } else {
@@ -154,7 +193,8 @@ void CWavoView::mouseReleaseEvent(QMouseEvent* event) {
 void CWavoView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && m_mouse.IsDragging()) {
         m_mouse.Cancel();
-    } else if (!m_keys.KeyPress(event->key(), event->modifiers())) {
+    } else if (!m_cursor_input.KeyPress(event->key(), event->modifiers()) &&
+               !m_keys.KeyPress(event->key(), event->modifiers())) {
         QWidget::keyPressEvent(event);
     }
 }

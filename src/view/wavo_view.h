@@ -12,10 +12,13 @@
 #include "ui/graph_editor/ax_select.h"
 #include "ui/messages.h"
 #include "ui/prompts.h"
+#include "view/cursor_input.h"
 #include "view/data_export.h"
 #include "view/graph_board.h"
+#include "view/graph_cursors.h"
 #include "view/graph_printer.h"
 #include "view/graph_screen.h"
+#include "view/measurements.h"
 #include "view/session_display.h"
 #include "view/value_sources.h"
 #include "view/view_commands.h"
@@ -51,6 +54,8 @@ class CWavoView : public QWidget {
     [[nodiscard]] ViewCommands& Commands() { return m_commands; }
     [[nodiscard]] GraphPrinter& Printer() { return m_printer; }
     [[nodiscard]] ViewNews& News() { return m_news; }
+    [[nodiscard]] GraphCursors& Cursors() { return m_cursors; }
+    [[nodiscard]] Measurements& Measured() { return m_measurements; }
 
  protected:
     bool event(QEvent* event) override;
@@ -77,6 +82,9 @@ class CWavoView : public QWidget {
     ZoomControl m_zooms;
     ViewMouse m_mouse;
     ViewKeys m_keys;
+    GraphCursors m_cursors;
+    Measurements m_measurements;
+    CursorInput m_cursor_input;
     DataExport m_data_export;
     GraphPrinter m_printer;
     ViewCommands m_commands;

@@ -1,8 +1,8 @@
 // Runs the golden tests, or with --update makes the reference images anew.
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QFont>
-#include <QGuiApplication>
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -52,11 +52,11 @@ void ShutOutTheMachine() {
 
 int main(int argc, char** argv) {
     wavo::testing::ShutOutTheMachine();
-    const QGuiApplication application(argc, argv);
+    const QApplication application(argc, argv);
     // Where fontconfig does not say so.
     QFont font;
     font.setHintingPreference(QFont::PreferNoHinting);
-    QGuiApplication::setFont(font);
+    QApplication::setFont(font);
     if (argc == 2 && std::strcmp(argv[1], "--update") == 0) {
         return wavo::testing::Update() == 0 ? 0 : 1;
     }

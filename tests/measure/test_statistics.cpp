@@ -7,6 +7,8 @@
 #include <limits>
 #include <random>
 
+#include "measure/moment_blocks.h"
+
 namespace wavo::measure {
 namespace {
 
@@ -199,45 +201,71 @@ TEST(Statistics, SumsOfHoursStayExact) {
     EXPECT_NEAR(*StatisticsOf(moments, 0.001, Divisor::kPopulation).deviation, 1e-3, 1e-10);
 }
 
-TEST(MomentIndex, GivesWhatTheSamplesGive) {
+TEST(MomentBlocks, GiveWhatTheSamplesGiveWithoutReadingThemTwice) {
     std::mt19937_64 random(5);
     std::uniform_real_distribution<double> uniform(-1.0, 1.0);
-    std::vector<double> values(10000);
+    std::vector<double> values(100000);
     for (double& value : values) {
         value = 1e7 + uniform(random);
     }
     values[300] = kNaN;
-    MomentIndex index;
-    std::size_t done = 0;
-    while (done < values.size()) {
-        const std::size_t count = std::min<std::size_t>(1 + random() % 700, values.size() - done);
-        index.Append(std::span(values).subspan(done, count));
-        done += count;
-    }
-    EXPECT_EQ(index.Size(), 10000);
-    index.Forget(1000);
+    constexpr Cycle kFirst = -5000;
+    MomentBlocks blocks;
     std::size_t read = 0;
-    const auto reader = [&](std::int64_t position, std::span<double> to) {
-        read += to.size();
-        std::copy_n(values.begin() + position, to.size(), to.begin());
+    const auto reader = [&](Cycle cycle, std::span<double> room) -> MomentBlocks::Part {
+        read += room.size();
+        const auto lying =
+            std::span(values).subspan(static_cast<std::size_t>(cycle - kFirst), room.size());
+        if (cycle % 2 == 0) {
+            return {lying};
+        }
+        std::copy(lying.begin(), lying.end(), room.begin());
+        return {room};
     };
-    for (const auto& [first, end] :
-         {std::pair{1024, 10000}, {1500, 9999}, {2000, 2010}, {9990, 10000}}) {
-        SCOPED_TRACE(first);
-        read = 0;
-        EXPECT_EQ(index.Of(first, first, reader).count, 0);
-        const auto got = StatisticsOf(index.Of(first, end, reader), 0.001);
-        EXPECT_LE(read, 512U);
-        const auto expected = StatisticsBetween(SeriesOf(values), first * 0.001, (end - 1) * 0.001);
-        EXPECT_EQ(got.count, expected.count);
+    for (int round = 0; round < 50; ++round) {
+        const auto place = [&] { return static_cast<Cycle>(random() % values.size()); };
+        const auto [first, last] = std::minmax({place(), place()});
+        SCOPED_TRACE(testing::Message() << first << " to " << last);
+        const auto got = StatisticsOf(blocks.Of(first + kFirst, last + 1 + kFirst, reader), 0.001);
+        const auto expected =
+            StatisticsBetween(SeriesOf(values), static_cast<double>(first) * 0.001,
+                              static_cast<double>(last) * 0.001);
+        ASSERT_EQ(got.count, expected.count);
+        EXPECT_EQ(got.not_finite, expected.not_finite);
         if (got.count > 1) {
+            EXPECT_NEAR(*got.mean, *expected.mean, 2e-9);
             EXPECT_NEAR(*got.deviation, *expected.deviation, 1e-9);
             EXPECT_NEAR(*got.slope, *expected.slope, 1e-9);
             EXPECT_EQ(*got.minimum, *expected.minimum);
-            EXPECT_EQ(got.minimum_cycle, expected.minimum_cycle);
-            EXPECT_EQ(got.maximum_cycle, expected.maximum_cycle);
+            EXPECT_EQ(*got.maximum, *expected.maximum);
+            EXPECT_EQ(got.minimum_cycle, expected.minimum_cycle + kFirst);
+            EXPECT_EQ(got.maximum_cycle, expected.maximum_cycle + kFirst);
         }
     }
+    (void)blocks.Of(kFirst, kFirst + 100000, reader);
+    read = 0;
+    EXPECT_EQ(blocks.Of(kFirst + 1, kFirst + 99999, reader).count, 99997);
+    EXPECT_LE(read, 8192U) << "the ends alone";
+    blocks.Forget(kFirst + 80000);
+    read = 0;
+    EXPECT_EQ(blocks.Of(kFirst + 80000, kFirst + 100000, reader).count, 20000);
+    EXPECT_LE(read, 8192U);
+    read = 0;
+    EXPECT_EQ(blocks.Of(kFirst, kFirst + 100000, reader).count, 99999);
+    EXPECT_GT(read, 60000U) << "forgotten";
+    EXPECT_EQ(blocks.Of(7, 7, reader).count, 0);
+}
+
+TEST(MomentBlocks, AskAgainForWhatWasNotThereYet) {
+    MomentBlocks blocks;
+    bool is_there = false;
+    const auto reader = [&](Cycle, std::span<double> room) -> MomentBlocks::Part {
+        std::fill(room.begin(), room.end(), is_there ? 1.0 : kNaN);
+        return {room, is_there};
+    };
+    EXPECT_EQ(blocks.Of(0, 40000, reader).count, 0);
+    is_there = true;
+    EXPECT_EQ(blocks.Of(0, 40000, reader).count, 40000);
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 
 #include "expect_errors.h"
 #include "graph/values/ring_history.h"
-#include "link/axis_capabilities.h"
+#include "lines_from_memory.h"
 #include "real_prompts.h"
 #include "system_facts.h"
 #include "view/wavo_view.h"
@@ -22,38 +22,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-struct NoLimits : AxisLimitsSource {
-    std::optional<AxisCapabilities> FindAxis(const std::string&) override { return std::nullopt; }
-};
-
-/// Lines from memory.
-class Lines : public ValueSource {
- public:
-    void SetEvents(ValueSourceEvents* e) override { events = e; }
-    MaybeFault Start() override {
-        return events->Described(false), events->ValuesBegin(false), std::nullopt;
-    }
-    void Hold() override {}
-    bool GoOn() override { return true; }
-    void Stop() override {}
-    BatchOutcome Take(ValueBatch& b) override {
-        return b = {values.data(), values.size() / 2, 2}, BatchOutcome::kTaken;
-    }
-    bool Answer() override { return ++answers, true; }
-    const SourceDescription& Description() const override { return description; }
-    AxisLimitsSource& Limits() override { return limits; }
-    bool IsPresent() const override { return true; }
-    bool CanStart() const override { return false; }
-    const std::string& StateText() const override { return text; }
-    SourceCounters Counters() const override { return {}; }
-
-    ValueSourceEvents* events = nullptr;
-    SourceDescription description{{"X", "Y"}, 0.004};
-    NoLimits limits;
-    std::string text = "From memory";
-    std::vector<double> values;
-    int answers = 0;
-};
+using testing::LinesFromMemory;
 
 class OtherSource : public ::testing::Test {
  protected:
@@ -63,7 +32,7 @@ class OtherSource : public ::testing::Test {
             m_boxes.push_back(box.text);
             return BoxAnswer::kOk;
         };
-        auto source = std::make_unique<Lines>();
+        auto source = std::make_unique<LinesFromMemory>();
         m_source = source.get();
         m_view = std::make_unique<CWavoView>(m_prompts, nullptr, std::move(source));
         m_view->resize(800, 600);
@@ -79,7 +48,7 @@ class OtherSource : public ::testing::Test {
     Prompts m_prompts = testing::RealPrompts();
     QTemporaryDir m_folder;
     std::vector<std::string> m_boxes;
-    Lines* m_source = nullptr;
+    LinesFromMemory* m_source = nullptr;
     std::unique_ptr<CWavoView> m_view;
 };
 

@@ -98,9 +98,11 @@ HistoryAnswer RingHistory::Values(std::int64_t first, std::span<double> values) 
     const LineRange lines{first, first + static_cast<std::int64_t>(values.size())};
     for (const LineLog::Run& run : Runs()) {
         const RunPart part = PartOf(run, lines);
-        for (std::uint64_t i = 0; i < part.count; ++i) {
-            values[static_cast<std::size_t>(part.line - first) + i] =
-                m_value.Values().Sample(part.sequence + i);
+        if (part.count > 0) {
+            const SampleRing::Parts held = m_value.Values().RangeOf(part.sequence, part.count);
+            auto to = values.begin() + (part.line - first);
+            to = std::copy(held.first.begin(), held.first.end(), to);
+            std::copy(held.second.begin(), held.second.end(), to);
         }
     }
     return HistoryAnswer::kAll;

@@ -17,6 +17,11 @@ bool IsLook(CommandId id) {
     return id >= CommandId::kLookClassic && id <= CommandId::kLookAqua;
 }
 
+bool IsSwitch(CommandId id) {
+    return IsLook(id) || id == CommandId::kStatusBar || id == CommandId::kMeasurements ||
+           id == CommandId::kHideMeasurements;
+}
+
 }  // namespace
 
 std::vector<QIcon> LoadUserImages(const QString& file) {
@@ -48,7 +53,7 @@ CommandActions::CommandActions(QWidget& frame, const Handler& handler) {
         action->setToolTip(shortcut.isEmpty() ? ToolTip(command)
                                               : ToolTip(command) + " (" + shortcut + ")");
         action->setIcon(CommandIcon(command.id));
-        action->setCheckable(command.id == CommandId::kStatusBar || IsLook(command.id));
+        action->setCheckable(IsSwitch(command.id));
         if (IsLook(command.id)) {
             looks->addAction(action);
         }

@@ -4,7 +4,9 @@
 #include <QIconEngine>
 #include <QPainterPath>
 #include <QPalette>
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <numbers>
 
 #include "ui/bars/icon_sketch.h"
@@ -106,6 +108,12 @@ void Curves(IconSketch& sketch) {
     sketch.Line({{3, 12}, {6, 8}, {9, 11}, {13, 7}}, IconInk::kRed, 1.5);
 }
 
+void CurveWithCursors(IconSketch& sketch) {
+    sketch.Line({{1, 12}, {4, 5}, {7, 5}, {10, 11}, {15, 8}}, IconInk::kRed, 1.5);
+    sketch.Line({{5, 1}, {5, 15}}, IconInk::kLine);
+    sketch.Line({{11, 1}, {11, 15}}, IconInk::kLine);
+}
+
 void Mark(IconSketch& sketch) {
     sketch.Circle(8, 8, 6.5, IconInk::kBlue, IconInk::kLine);
     sketch.Line({{8, 7}, {8, 12}}, IconInk::kPaper, 2);
@@ -134,65 +142,41 @@ void Door(IconSketch& sketch) {
 
 using Draw = void (*)(IconSketch&);
 
+struct Drawing {
+    CommandId id;
+    Draw draw;
+};
+
+constexpr Drawing kDrawings[] = {
+    {CommandId::kNew, Page},
+    {CommandId::kOpen, Folder},
+    {CommandId::kSave, Disk},
+    {CommandId::kSaveAs, DiskWithPen},
+    {CommandId::kPrint, Printer},
+    {CommandId::kPrintPreview, Preview},
+    {CommandId::kPageSetup, PageSetup},
+    {CommandId::kProperties, Sliders},
+    {CommandId::kAdditionalText, TextLine},
+    {CommandId::kConnect, Plug},
+    {CommandId::kStart, Triangle},
+    {CommandId::kStop, Square},
+    {CommandId::kStartAfterTrigger, TriangleAfterStep},
+    {CommandId::kRecord, Disc},
+    {CommandId::kStopRecording, DiscAndSquare},
+    {CommandId::kMeasurements, CurveWithCursors},
+    {CommandId::kShowGraphEditor, Curves},
+    {CommandId::kAbout, Mark},
+    {CommandId::kCustomize, Brush},
+    {CommandId::kToolBars, Bars},
+    {CommandId::kExit, Door},
+};
+
+/// Null for a command without an icon.
 Draw DrawingOf(CommandId id) {
-    switch (id) {
-        case CommandId::kNew:
-            return Page;
-        case CommandId::kOpen:
-            return Folder;
-        case CommandId::kSave:
-            return Disk;
-        case CommandId::kSaveAs:
-            return DiskWithPen;
-        case CommandId::kPrint:
-            return Printer;
-        case CommandId::kPrintPreview:
-            return Preview;
-        case CommandId::kPageSetup:
-            return PageSetup;
-        case CommandId::kProperties:
-            return Sliders;
-        case CommandId::kAdditionalText:
-            return TextLine;
-        case CommandId::kConnect:
-            return Plug;
-        case CommandId::kStart:
-            return Triangle;
-        case CommandId::kStop:
-            return Square;
-        case CommandId::kStartAfterTrigger:
-            return TriangleAfterStep;
-        case CommandId::kRecord:
-            return Disc;
-        case CommandId::kStopRecording:
-            return DiscAndSquare;
-        case CommandId::kShowGraphEditor:
-            return Curves;
-        case CommandId::kAbout:
-            return Mark;
-        case CommandId::kCustomize:
-            return Brush;
-        case CommandId::kToolBars:
-            return Bars;
-        case CommandId::kExit:
-            return Door;
-        case CommandId::kLookClassic:
-        case CommandId::kLookFlat:
-        case CommandId::kLookNative:
-        case CommandId::kLookBlueBars:
-        case CommandId::kLookStudio:
-        case CommandId::kLookBlue:
-        case CommandId::kLookBlack:
-        case CommandId::kLookSilver:
-        case CommandId::kLookAqua:
-        case CommandId::kRecentFile:
-        case CommandId::kLastRecentFile:
-        case CommandId::kNextPane:
-        case CommandId::kPreviousPane:
-        case CommandId::kStatusBar:
-            break;
-    }
-    return nullptr;
+    const auto* const found =
+        std::find_if(std::begin(kDrawings), std::end(kDrawings),
+                     [id](const Drawing& drawing) { return drawing.id == id; });
+    return found == std::end(kDrawings) ? nullptr : found->draw;
 }
 
 class CommandIconEngine : public QIconEngine {

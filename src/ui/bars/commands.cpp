@@ -9,6 +9,7 @@ namespace {
 
 constexpr CommandOwner kShell = CommandOwner::kShell;
 constexpr CommandOwner kRecording = CommandOwner::kRecording;
+constexpr CommandOwner kMeasure = CommandOwner::kMeasure;
 
 constexpr Command kCommandTable[] = {
     {CommandId::kNew, "new", "&New\tCtrl+N", "Begins without any graph\nNew"},
@@ -57,6 +58,12 @@ constexpr Command kCommandTable[] = {
      "Records every line of the master to a file\nRecord", kRecording},
     {CommandId::kStopRecording, "stop_recording", "&Stop Recording\tCtrl+Shift+R",
      "Ends a recording; its file is complete then\nStop recording", kRecording},
+    {CommandId::kMeasurements, "measurements", "&Measurements\tCtrl+M",
+     "Shows two cursors, and the figures at and between them\nMeasurements", kMeasure},
+    {CommandId::kHideMeasurements, "hide_measurements", "&Hide at the Edge",
+     "Lets the measurements hide at the edge of the window while they are not used\nHide at the "
+     "edge",
+     kMeasure},
     {CommandId::kAbout, "about", "&About Wavo...", "Version and copyright of the program\nAbout",
      kShell},
     {CommandId::kNextPane, "next_pane", "Next Pane\tF6", "Goes to the next pane\nNext pane",
@@ -78,7 +85,7 @@ constexpr CommandId kHarmlessCommands[] = {
     CommandId::kOpen,      CommandId::kSaveAs,         CommandId::kPrint,
     CommandId::kPageSetup, CommandId::kPrintPreview,   CommandId::kProperties,
     CommandId::kCustomize, CommandId::kAdditionalText, CommandId::kShowGraphEditor,
-    CommandId::kAbout,     CommandId::kRecord,
+    CommandId::kAbout,     CommandId::kRecord,         CommandId::kMeasurements,
 };
 
 QString Part(const char* text, QChar separator, int index) {

@@ -13,7 +13,7 @@
 namespace wavo {
 
 /// Who carries out a command.
-enum class CommandOwner { kView, kShell, kRecording };
+enum class CommandOwner { kView, kShell, kRecording, kMeasure };
 
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the table's columns
 struct Command {
@@ -39,7 +39,8 @@ QString ToolTip(const Command& command);  ///< as it stands in the row, without 
 /// Whether a command changes nothing of the user's before he has answered what it asks or shows.
 bool IsHarmless(CommandId id);
 
-/// The commands that menus show even when they are short, beside those of the menu Recording.
+/// The commands that menus show even when they are short, beside those of the menus Recording and
+/// Measure.
 std::span<const CommandId> BasicCommands();
 
 }  // namespace wavo

@@ -140,7 +140,8 @@ bool FrameMenus::IsInShortMenu(const QAction& action) const {
     return std::any_of(basic.begin(), basic.end(), is_action) ||
            std::any_of(commands.begin(), commands.end(),
                        [&](const Command& command) {
-                           return command.owner == CommandOwner::kRecording &&
+                           return (command.owner == CommandOwner::kRecording ||
+                                   command.owner == CommandOwner::kMeasure) &&
                                   is_action(command.id);
                        }) ||
            std::any_of(m_setup.used_commands.begin(), m_setup.used_commands.end(),

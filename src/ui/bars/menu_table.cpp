@@ -55,6 +55,9 @@ constexpr MenuRow kMenuBar[] = {
     Menu(0, "Rec&ording"),
     Item(1, CommandId::kRecord),
     Item(1, CommandId::kStopRecording),
+    Menu(0, "Meas&ure"),
+    Item(1, CommandId::kMeasurements),
+    Item(1, CommandId::kHideMeasurements),
     Menu(0, "&Help"),
     Item(1, CommandId::kAbout),
 };

@@ -12,8 +12,10 @@ namespace wavo {
 
 using enum EditorControl;
 
-CAxSelect::CAxSelect(QObject* view, const Prompts& prompts, QWidget* parent)
+CAxSelect::CAxSelect(QObject* view, const Prompts& prompts, QWidget* parent,
+                     std::function<void()> graph_shown)
     : QWidget(parent),
+      m_graph_shown(std::move(graph_shown)),
       m_fields(*this),
       m_editing(m_fields, view,
                 [this](const WavoGraph& graph, std::size_t axis) { Show(graph, axis); }),
@@ -36,6 +38,7 @@ void CAxSelect::Show(const WavoGraph& graph, std::size_t axis) {
          std::initializer_list<EditorPage*>{&m_graph, &m_axes, &m_scales, &m_display}) {
         page->Show(graph, axis);
     }
+    m_graph_shown();
 }
 
 bool CAxSelect::Init(GraphList& graphs, const std::vector<std::string>& axis_names) {

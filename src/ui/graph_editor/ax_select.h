@@ -8,6 +8,7 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,8 +29,10 @@ class CAxSelect : public QWidget {
 
  public:
     /// `view` gets the messages; may be null. It and `prompts` are not owned and outlive the
-    /// editor.
-    CAxSelect(QObject* view, const Prompts& prompts, QWidget* parent = nullptr);
+    /// editor. `graph_shown`: a graph is shown for editing, perhaps another one than before.
+    CAxSelect(
+        QObject* view, const Prompts& prompts, QWidget* parent = nullptr,
+        std::function<void()> graph_shown = [] {});
 
     /// Takes the document to edit (not owned, outlives the editor) and the axis names that the
     /// master offers, and announces the graphs to the view with a posted kGraphChanged. False on
@@ -93,6 +96,7 @@ class CAxSelect : public QWidget {
     void SelectByMessage(std::uint32_t graph_number);
     void Close();
 
+    const std::function<void()> m_graph_shown;
     EditorFields m_fields;
     GraphEditing m_editing;
     GraphPage m_graph;

@@ -63,6 +63,7 @@ CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings)
     ApplyLook(FindLook(static_cast<int>(m_look)));
     CreateStatusBar();
     CreateRecording(prompts);
+    CreateMeasure(prompts);
     m_customize_item = MakeCustomizeItem(*this, *Action(CommandId::kCustomize));
     RebuildToolBars();
     ConnectView();
@@ -143,6 +144,11 @@ void CMainFrame::CreateRecording(const Prompts& prompts) {
             &CMainFrame::UpdateCommands);
 }
 
+void CMainFrame::CreateMeasure(const Prompts& prompts) {
+    m_measure = std::make_unique<MeasureControl>(*this, *m_view, prompts, m_settings);
+    connect(m_measure.get(), &MeasureControl::CommandsChanged, this, &CMainFrame::UpdateCommands);
+}
+
 void CMainFrame::ShowInPane(StatusPane pane, const QString& text) {
     static const QString names[] = {QStringLiteral("Message"), QStringLiteral("Lines received"),
                                     QStringLiteral("Cycle time")};
@@ -170,6 +176,7 @@ void CMainFrame::RestoreLayout() {
         restoreState(m_settings->value(QStringLiteral("BarPlaces")).toByteArray(), kLayoutVersion);
         statusBar()->setVisible(m_settings->value(QStringLiteral("StatusBar"), true).toBool());
     }
+    m_measure->Restore();
 }
 
 void CMainFrame::StoreLayout() {
@@ -177,6 +184,7 @@ void CMainFrame::StoreLayout() {
         m_settings->setValue(QStringLiteral("WindowPlace"), saveGeometry());
         m_settings->setValue(QStringLiteral("BarPlaces"), saveState(kLayoutVersion));
         m_settings->setValue(QStringLiteral("StatusBar"), !statusBar()->isHidden());
+        m_measure->Store();
         SaveBarSetup(m_settings, m_bars);
         m_settings->sync();
     }
@@ -189,6 +197,9 @@ void CMainFrame::UpdateCommands() {
             action->setEnabled(m_view->Commands().IsEnabled(command.id));
         } else if (command.owner == CommandOwner::kRecording) {
             action->setEnabled(m_recording->IsEnabled(command.id));
+        } else if (command.owner == CommandOwner::kMeasure) {
+            action->setEnabled(m_measure->IsEnabled(command.id));
+            action->setChecked(m_measure->IsChecked(command.id));
         } else if (command.id == CommandId::kStatusBar) {
             action->setChecked(!statusBar()->isHidden());
         } else if (action->isCheckable()) {
@@ -215,6 +226,8 @@ void CMainFrame::OnCommand(CommandId id) {
         m_view->Commands().Execute(id);
     } else if (command->owner == CommandOwner::kRecording) {
         m_recording->Execute(id);
+    } else if (command->owner == CommandOwner::kMeasure) {
+        m_measure->Execute(id);
     } else {
         ExecuteOwn(id);
     }

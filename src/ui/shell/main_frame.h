@@ -16,6 +16,7 @@
 #include "ui/bars/frame_menus.h"
 #include "ui/bars/menu_dock.h"
 #include "ui/bars/recent_files.h"
+#include "ui/panes/measure_control.h"
 #include "ui/recording/recording_control.h"
 #include "view/command_ids.h"
 
@@ -46,6 +47,7 @@ class CMainFrame : public QMainWindow {
     /// Looks for recorders that run, and shows them from now on.
     void ShowRecorders() { m_recording->Open(); }
     [[nodiscard]] RecordingControl& Recording() { return *m_recording; }
+    [[nodiscard]] MeasureControl& Measure() { return *m_measure; }
 
     /// Text of a status bar pane.
     [[nodiscard]] QString PaneText(StatusPane pane) const;
@@ -76,6 +78,7 @@ class CMainFrame : public QMainWindow {
     void ConnectView();
     void CreateStatusBar();
     void CreateRecording(const Prompts& prompts);
+    void CreateMeasure(const Prompts& prompts);
     void ShowInPane(StatusPane pane, const QString& text);
     void RebuildToolBars();
     void RestoreLayout();
@@ -99,6 +102,7 @@ class CMainFrame : public QMainWindow {
     CommandId m_look;
     QLabel* m_panes[3] = {};
     std::unique_ptr<RecordingControl> m_recording;
+    std::unique_ptr<MeasureControl> m_measure;
     bool m_has_stored_place = false;
     QAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
 };

@@ -80,6 +80,9 @@ const std::vector<Line>& ExpectedMenuBar() {
         {0, "Rec&ording", 0},
         {1, "&Record...\tCtrl+R", 32760},
         {1, "&Stop Recording\tCtrl+Shift+R", 32761},
+        {0, "Meas&ure", 0},
+        {1, "&Measurements\tCtrl+M", 32740},
+        {1, "&Hide at the Edge", 32741},
         {0, "&Help", 0},
         {1, "&About Wavo...", 57664},
     };
@@ -236,9 +239,9 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
         }
     }
     const std::map<std::string, int> expected = {
-        {"Ctrl+N", 57600},   {"Ctrl+O", 57601}, {"Ctrl+S", 57603},      {"Ctrl+P", 57607},
-        {"Ctrl+A", 32779},   {"Ctrl+H", 32777}, {"Ctrl+T", 32778},      {"F6", 57680},
-        {"Shift+F6", 57681}, {"Ctrl+R", 32760}, {"Ctrl+Shift+R", 32761}};
+        {"Ctrl+N", 57600},   {"Ctrl+O", 57601}, {"Ctrl+S", 57603},       {"Ctrl+P", 57607},
+        {"Ctrl+A", 32779},   {"Ctrl+H", 32777}, {"Ctrl+T", 32778},       {"F6", 57680},
+        {"Shift+F6", 57681}, {"Ctrl+R", 32760}, {"Ctrl+Shift+R", 32761}, {"Ctrl+M", 32740}};
     EXPECT_EQ(shortcuts, expected);
 }
 
@@ -246,6 +249,7 @@ TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
     for (const Command& command : Commands()) {
         EXPECT_EQ(m_frame.Action(command.id)->isEnabled(),
                   command.owner == CommandOwner::kShell || command.id == CommandId::kRecord ||
+                      command.id == CommandId::kMeasurements ||
                       m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
     }
@@ -344,7 +348,7 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
     for (const QAction* const action : menu->actions()) {
         texts.push_back(action->text().toStdString());
     }
-    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "", "Customize..."));
+    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "", "Customize..."));
     m_frame.show();
     const QToolBar* const bar = m_frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
     EXPECT_TRUE(bar->isVisible());

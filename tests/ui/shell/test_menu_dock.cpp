@@ -85,7 +85,7 @@ TEST_F(Dock, ShowsItsMenusBelowEachOtherOnASide) {
     QCoreApplication::processEvents();
     EXPECT_FALSE(m_frame.menuBar()->isVisible());
     EXPECT_THAT(ShownButtons(), ElementsAre("&File", "&View", "&Machine Data", "&Run control",
-                                            "Rec&ording", "&Help"));
+                                            "Rec&ording", "Meas&ure", "&Help"));
     EXPECT_LT(Bar().width(), 200);
     m_frame.addToolBar(Qt::BottomToolBarArea, &Bar());
     QCoreApplication::processEvents();
@@ -95,7 +95,8 @@ TEST_F(Dock, ShowsItsMenusBelowEachOtherOnASide) {
 
 TEST_F(Dock, OpensAMenuByItsLetterWhereverItIs) {
     ExpectLetterOpens(Qt::Key_F, 0);
-    ExpectLetterOpens(Qt::Key_H, 5);
+    ExpectLetterOpens(Qt::Key_H, 6);
+    ExpectLetterOpens(Qt::Key_U, 5);
     ExpectLetterOpens(Qt::Key_O, 4);
     m_frame.addToolBar(Qt::RightToolBarArea, &Bar());
     QCoreApplication::processEvents();

@@ -1,0 +1,77 @@
+// The table of measurements: times of the cursors, and a row per curve with what it says at and
+// between them.
+#pragma once
+
+#include <QPoint>
+#include <QWidget>
+
+#include "ui/panes/measure_columns.h"
+
+class QBoxLayout;
+class QCheckBox;
+class QLabel;
+class QMenu;
+class QModelIndex;
+class QSettings;
+class QTableView;
+
+namespace wavo {
+
+class CWavoView;
+class MeasureModel;
+struct Prompts;
+
+class MeasurementsPane : public QWidget {
+    Q_OBJECT
+
+ public:
+    /// `view` and `prompts` are not owned and outlive the pane. Without settings the choice of
+    /// columns is not kept.
+    MeasurementsPane(CWavoView& view, const Prompts& prompts, QSettings* settings, QWidget* parent);
+
+    /// Measures anew and shows it.
+    void Refresh();
+
+    /// Shows or hides a column, and keeps that.
+    void ShowColumn(MeasureColumn column, bool shown);
+    [[nodiscard]] bool IsColumnShown(MeasureColumn column) const;
+
+    /// The table as text: the times, then the columns that are shown, apart by tabs.
+    [[nodiscard]] QString TextOfTable() const;
+    /// The table as comma separated values with all digits: a line of titles, then a line per
+    /// curve, with the times of the cursors at its end.
+    [[nodiscard]] QString CsvOfTable() const;
+
+    void Copy() const;
+    /// Asks for a file and writes CsvOfTable to it.
+    void Save();
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+ protected:
+    void showEvent(QShowEvent* event) override;
+
+ private:
+    void MakeTable();
+    void MakeHead(QBoxLayout& layout);
+    void MakeColumnMenu();
+    void LoadColumns();
+    void StoreColumns() const;
+    void FitColumns();
+    void ShowSelected();
+    void OnRowSelected(int row);
+    void OnCellClicked(const QModelIndex& cell);
+
+    CWavoView& m_view;
+    const Prompts& m_prompts;
+    QSettings* const m_settings;
+    // Children.
+    QLabel* m_times[4] = {};  ///< A, B, their difference, its frequency
+    QCheckBox* m_all_graphs = nullptr;
+    QMenu* m_column_menu = nullptr;
+    QTableView* m_table = nullptr;
+    MeasureModel* m_model = nullptr;
+    bool m_is_showing = false;  ///< what changes is not the user's doing
+};
+
+}  // namespace wavo
