@@ -13,6 +13,7 @@ class CAxSelect;
 class CWavoView;
 class DataExport;
 class GraphScreen;
+class PastView;
 struct Prompts;
 class Session;
 class ViewKeys;
@@ -29,6 +30,7 @@ class SessionDisplay final : public SessionObserver {
         CAxSelect& editor;
         Session& session;
         GraphScreen& screen;
+        PastView& past;
         ZoomControl& zooms;
         ViewMouse& mouse;
         ViewKeys& keys;

@@ -15,12 +15,13 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
     : QWidget(parent),
       m_source(std::move(source)),
       m_editor(std::make_unique<CAxSelect>(this, prompts, this)),
-      m_display({*this, m_news, *m_editor, m_session, m_screen, m_zooms, m_mouse, m_keys,
-                 m_data_export, prompts}),
+      m_display({*this, m_news, *m_editor, m_session, m_screen, m_past.Window(), m_zooms, m_mouse,
+                 m_keys, m_data_export, prompts}),
       m_session(*m_source, m_board, m_display),
       m_board(m_session.Graphs(), m_session.Streams(),
               [this] { SendAppMessage(window(), AppMessage::kRecordingEnded, 0, 0); }),
       m_screen(*this, *m_editor, m_session, m_board, [this] { m_session.CommandsChanged(); }),
+      m_past({*this, m_session, m_board, m_screen, *m_editor, m_zooms, m_news, prompts}),
       m_zooms(m_board, *m_editor, m_screen, m_session.Values(),
               [this] { m_session.CommandsChanged(); }),
       m_mouse(m_board, m_zooms),
@@ -40,7 +41,8 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
     setAccessibleDescription(QStringLiteral("The curves of the values that the master sends"));
     MakeGraphsAccessible();
     m_editor->hide();
-    m_editor->SetAxisLimits(&m_source->Limits());
+    m_zooms.SetPast(&m_past.Window());
+    m_editor->SetAxisLimits(&m_session.Source().Limits());
     m_editor->SetPlotSizes([this](std::uint32_t number) {
         const GraphDraw* const drawer = m_board.Find(number);
         return drawer == nullptr
@@ -63,6 +65,7 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
 }
 
 void CWavoView::OnClose() {
+    m_past.Search().Cancel();
     m_data_export.Cancel();
     m_session.End();
 }
@@ -78,7 +81,7 @@ bool CWavoView::event(QEvent* event) {
         message->SetResult(OnAppMessage(*message));
         return true;
     }
-    return QWidget::event(event);
+    return (event->type() == QEvent::Wheel && m_past.TakeEvent(*event)) || QWidget::event(event);
 }
 
 std::int64_t CWavoView::OnAppMessage(const AppMessageEvent& message) {
@@ -133,20 +136,23 @@ void CWavoView::mousePressEvent(QMouseEvent* event) {
     }
     if (event->button() == Qt::LeftButton) {
         m_mouse.LeftButtonDown(event->position().toPoint());
-    } else if (event->button() != Qt::RightButton ||
-               !m_mouse.RightButtonDown(event->position().toPoint())) {
+    } else if (!m_past.TakeEvent(*event) &&
+               (event->button() != Qt::RightButton ||
+                !m_mouse.RightButtonDown(event->position().toPoint()))) {
         QWidget::mousePressEvent(event);
     }
 }
 
 void CWavoView::mouseMoveEvent(QMouseEvent* event) {
-    m_mouse.MouseMove(event->position().toPoint());
+    if (!m_past.TakeEvent(*event)) {
+        m_mouse.MouseMove(event->position().toPoint());
+    }
 }
 
 void CWavoView::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() == Qt::RightButton) {
         m_mouse.RightButtonUp(event->position().toPoint());
-    } else {
+    } else if (!m_past.TakeEvent(*event)) {
         QWidget::mouseReleaseEvent(event);
     }
 }
@@ -154,7 +160,7 @@ void CWavoView::mouseReleaseEvent(QMouseEvent* event) {
 void CWavoView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && m_mouse.IsDragging()) {
         m_mouse.Cancel();
-    } else if (!m_keys.KeyPress(event->key(), event->modifiers())) {
+    } else if (!m_keys.KeyPress(event->key(), event->modifiers()) && !m_past.TakeEvent(*event)) {
         QWidget::keyPressEvent(event);
     }
 }

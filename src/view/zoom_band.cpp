@@ -1,6 +1,5 @@
 #include "view/zoom_band.h"
 
-#include <QColor>
 #include <QPainter>
 #include <algorithm>
 
@@ -12,12 +11,11 @@ namespace {
 
 constexpr int kFillAlpha = 70;
 
-/// White or black, what shows on the background.
+}  // namespace
+
 QColor MarkColor(ColorRef background) {
     return ToQColor(background).lightness() < 128 ? QColor(Qt::white) : QColor(Qt::black);
 }
-
-}  // namespace
 
 QRect BandBetween(const GraphDraw& drawer, int left, int right) {
     const QRect& graph = drawer.Rectangle();

@@ -2,6 +2,7 @@
 // tracker; it is painted over the picture when the view is exposed, never into it.
 #pragma once
 
+#include <QColor>
 #include <QRect>
 #include <optional>
 
@@ -24,6 +25,9 @@ QRect BandBetween(const GraphDraw& drawer, int left, int right);
 /// or a zoom to it would show less than kFewestZoomedSteps times `time_step` (seconds). A band that
 /// leaves the plot area ends with it.
 std::optional<TimeWindow> SpanOfBand(const GraphDraw& drawer, double time_step);
+
+/// White or black, what shows on the background.
+QColor MarkColor(ColorRef background);
 
 /// Paints the bands of all graphs, to be told from `background`.
 void PaintBands(QPainter& painter, const GraphBoard& board, ColorRef background);

@@ -48,7 +48,8 @@ CommandActions::CommandActions(QWidget& frame, const Handler& handler) {
         action->setToolTip(shortcut.isEmpty() ? ToolTip(command)
                                               : ToolTip(command) + " (" + shortcut + ")");
         action->setIcon(CommandIcon(command.id));
-        action->setCheckable(command.id == CommandId::kStatusBar || IsLook(command.id));
+        action->setCheckable(command.id == CommandId::kStatusBar ||
+                             command.id == CommandId::kFollow || IsLook(command.id));
         if (IsLook(command.id)) {
             looks->addAction(action);
         }

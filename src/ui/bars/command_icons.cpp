@@ -4,7 +4,9 @@
 #include <QIconEngine>
 #include <QPainterPath>
 #include <QPalette>
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <numbers>
 
 #include "ui/bars/icon_sketch.h"
@@ -22,6 +24,11 @@ void Folder(IconSketch& sketch) {
     sketch.Polygon({{1, 3}, {6, 3}, {8, 5}, {13, 5}, {13, 7}, {4, 7}, {1, 13}}, IconInk::kYellow,
                    IconInk::kLine);
     sketch.Polygon({{4, 7}, {15, 7}, {12, 13}, {1, 13}}, IconInk::kYellow, IconInk::kLine);
+}
+
+void FolderWithDisc(IconSketch& sketch) {
+    Folder(sketch);
+    sketch.Circle(11, 11, 4, IconInk::kRed, IconInk::kLine);
 }
 
 void Disk(IconSketch& sketch) {
@@ -134,65 +141,39 @@ void Door(IconSketch& sketch) {
 
 using Draw = void (*)(IconSketch&);
 
+struct IconRow {
+    CommandId id;
+    Draw draw;
+};
+
+/// Commands that are not here have no icon, and stand in no tool bar.
+constexpr IconRow kIcons[] = {
+    {CommandId::kNew, Page},
+    {CommandId::kOpen, Folder},
+    {CommandId::kSave, Disk},
+    {CommandId::kSaveAs, DiskWithPen},
+    {CommandId::kPrint, Printer},
+    {CommandId::kPrintPreview, Preview},
+    {CommandId::kPageSetup, PageSetup},
+    {CommandId::kProperties, Sliders},
+    {CommandId::kAdditionalText, TextLine},
+    {CommandId::kConnect, Plug},
+    {CommandId::kStart, Triangle},
+    {CommandId::kStop, Square},
+    {CommandId::kStartAfterTrigger, TriangleAfterStep},
+    {CommandId::kRecord, Disc},
+    {CommandId::kStopRecording, DiscAndSquare},
+    {CommandId::kOpenRecording, FolderWithDisc},
+    {CommandId::kShowGraphEditor, Curves},
+    {CommandId::kAbout, Mark},
+    {CommandId::kCustomize, Brush},
+    {CommandId::kToolBars, Bars},
+    {CommandId::kExit, Door},
+};
+
 Draw DrawingOf(CommandId id) {
-    switch (id) {
-        case CommandId::kNew:
-            return Page;
-        case CommandId::kOpen:
-            return Folder;
-        case CommandId::kSave:
-            return Disk;
-        case CommandId::kSaveAs:
-            return DiskWithPen;
-        case CommandId::kPrint:
-            return Printer;
-        case CommandId::kPrintPreview:
-            return Preview;
-        case CommandId::kPageSetup:
-            return PageSetup;
-        case CommandId::kProperties:
-            return Sliders;
-        case CommandId::kAdditionalText:
-            return TextLine;
-        case CommandId::kConnect:
-            return Plug;
-        case CommandId::kStart:
-            return Triangle;
-        case CommandId::kStop:
-            return Square;
-        case CommandId::kStartAfterTrigger:
-            return TriangleAfterStep;
-        case CommandId::kRecord:
-            return Disc;
-        case CommandId::kStopRecording:
-            return DiscAndSquare;
-        case CommandId::kShowGraphEditor:
-            return Curves;
-        case CommandId::kAbout:
-            return Mark;
-        case CommandId::kCustomize:
-            return Brush;
-        case CommandId::kToolBars:
-            return Bars;
-        case CommandId::kExit:
-            return Door;
-        case CommandId::kLookClassic:
-        case CommandId::kLookFlat:
-        case CommandId::kLookNative:
-        case CommandId::kLookBlueBars:
-        case CommandId::kLookStudio:
-        case CommandId::kLookBlue:
-        case CommandId::kLookBlack:
-        case CommandId::kLookSilver:
-        case CommandId::kLookAqua:
-        case CommandId::kRecentFile:
-        case CommandId::kLastRecentFile:
-        case CommandId::kNextPane:
-        case CommandId::kPreviousPane:
-        case CommandId::kStatusBar:
-            break;
-    }
-    return nullptr;
+    const auto* const row = std::ranges::find(kIcons, id, &IconRow::id);
+    return row == std::end(kIcons) ? nullptr : row->draw;
 }
 
 class CommandIconEngine : public QIconEngine {

@@ -79,12 +79,15 @@ void CWavoApp::InitInstance(const AppOptions& options) {
     // In the event loop: a box that is shown meanwhile can then be left with the program's end.
     QMetaObject::invokeMethod(
         &m_frame->View(),
-        [this, name = options.graph_file] {
+        [this, name = options.graph_file, recording = options.recording] {
             m_graph_file = FindGraphFile(name, m_prompts, m_frame.get());
             if (m_settings != nullptr) {
                 m_frame->ShowRecorders();
             }
             m_frame->View().OnInitialUpdate(m_graph_file);
+            if (!recording.isEmpty()) {
+                m_frame->View().Past().Files().Open(platform::NativePath(recording.toStdString()));
+            }
             MTRACE(4, shell_texts::kStarted);
         },
         Qt::QueuedConnection);

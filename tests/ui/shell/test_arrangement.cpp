@@ -63,7 +63,8 @@ TEST_F(Arrangement, OfAFirstStartIsTwoBars) {
     EXPECT_EQ(LoadBarSetup(nullptr), DefaultBarSetup());
     ASSERT_EQ(DefaultBarSetup().bars.size(), 2U);
     EXPECT_EQ(DefaultBarSetup().bars[0].name, "Standard");
-    EXPECT_EQ(DefaultBarSetup().bars[1], (BarContent{QStringLiteral("Recording"), {32760, 32761}}));
+    EXPECT_EQ(DefaultBarSetup().bars[1],
+              (BarContent{QStringLiteral("Recording"), {32760, 32761, 32740}}));
 }
 
 TEST_F(Arrangement, ThatMakesNoSenseIsPutRight) {
