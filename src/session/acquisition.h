@@ -70,7 +70,7 @@ class Acquisition final : public ValueSourceEvents {
     [[nodiscard]] LinkCounters Counters() const;
     /// How long the batch took that was answered last.
     [[nodiscard]] const BatchTimes& LastBatchTimes() const { return m_batch_times; }
-    [[nodiscard]] ValueSource& Source() { return m_source; }
+    [[nodiscard]] ValueSource& Source() const { return m_source; }
     /// Seconds per line; 0 before the first master.
     [[nodiscard]] double CycleTime() const { return m_source.Description().cycle_time; }
     [[nodiscard]] const std::vector<std::string>& AxisNames() const {

@@ -27,7 +27,7 @@ constexpr int kGrip = 4;        // beside a border, where it can be dragged
 constexpr int kMarkHeight = 7;  // of events, at the top
 constexpr int kGapHeight = 4;   // at the bottom
 
-constexpr std::uint64_t kBudget = 300;
+constexpr std::uint64_t kNavigatorBudget = 300;
 constexpr double kStep = 0.1;  // of the window, per key
 constexpr double kZoom = 0.8;
 constexpr QColor kEventColor(230, 160, 0);
@@ -267,7 +267,7 @@ const QImage& Navigator::DrawEnvelope() {
     if (stream == nullptr || width() < 2 || Held().Count() < 2) {
         m_envelope.Clear();
     } else {
-        recording->Budget().Renew(kBudget);
+        recording->Budget().Renew(kNavigatorBudget);
         m_envelope.Draw({stream, Held(), m_session.Values().CycleTime(),
                          (size * devicePixelRatioF()).toSize(),
                          selected.graph->YCoorAxColor[selected.axis],

@@ -18,7 +18,7 @@ namespace {
 using recording::ReadingBudget;
 
 /// What a drawing may read: a few milliseconds.
-constexpr std::uint64_t kFrameBudget = 1000;
+constexpr std::uint64_t kFrameBudget = 600;
 /// Drawings until all is exact; scales may follow what came with the one before.
 constexpr int kMostDrawings = 4;
 

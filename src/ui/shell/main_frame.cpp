@@ -163,6 +163,9 @@ void CMainFrame::CreateRecording(const Prompts& prompts) {
         [this](const std::string& path) { return m_view->Work().Files().WriteCopy(path); });
     connect(m_recording.get(), &RecordingControl::CommandsChanged, this,
             &CMainFrame::UpdateCommands);
+    // A recording that is looked at may be the one that grows.
+    connect(m_recording.get(), &RecordingControl::RecorderNoticed, this,
+            [this] { m_view->Past().Files().Refresh(); });
 }
 
 void CMainFrame::ShowInPane(StatusPane pane, const QString& text) {
