@@ -13,18 +13,16 @@
 #include <hdf5.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
-#include <iostream>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "bench/bench_common.h"
+#include "bench/long_recording.h"
 #include "platform/data_file.h"
 #include "recording/mcap.h"
 #include "recording/recording_reader.h"
@@ -34,67 +32,23 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace wavo::recording;
+using wavo::bench::CutFiles;
+using wavo::bench::LargestRecording;
+using wavo::bench::LongRecording;
+using wavo::bench::TemporaryFile;
 
-constexpr std::size_t kAxes = 64;
-constexpr double kCycle = 0.00025;
-constexpr double kSeconds = 8.0;
-constexpr std::size_t kLines = 32'000;  // of them
+constexpr std::size_t kAxes = wavo::bench::kRecordedAxes;
+constexpr std::size_t kLines = wavo::bench::kRecordedLines;
+constexpr double kSeconds = kLines * wavo::bench::kRecordedCycle;
 constexpr std::size_t kLinesPerPiece = kLargestChunk / mcap::LineSize(kAxes);
 constexpr std::size_t kBatch = 40;  // lines that a master gives at a time
 
-std::string TemporaryPath(const std::string& name) {
-    return (fs::temp_directory_path() / ("wavo-bench-" + name)).string();
-}
-
-/// A file that is removed with this object.
-class TemporaryFile {
- public:
-    explicit TemporaryFile(const std::string& name) : m_path(TemporaryPath(name)) { Remove(); }
-    ~TemporaryFile() { Remove(); }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    [[nodiscard]] const std::string& path() const { return m_path; }
-    void Remove() const {
-        std::error_code error;
-        fs::remove(m_path, error);
-    }
-
- private:
-    const std::string m_path;
-};
-
 const std::vector<double>& Lines() {
-    static const std::vector<double> lines = [] {
-        std::vector<double> values;
-        values.reserve(kLines * kAxes);
-        std::uint32_t noise = 1;
-        for (std::size_t i = 0; i < kLines; ++i) {
-            for (std::size_t axis = 0; axis < kAxes; ++axis) {
-                noise = noise * 1664525U + 1013904223U;
-                const double wobble = static_cast<double>(noise >> 8U) * 1e-9;
-                const double phase = static_cast<double>(i + 50 * axis) * 1e-3;
-                values.push_back(50.0 * std::cos(phase) + wobble);
-            }
-        }
-        return values;
-    }();
-    return lines;
-}
-
-RecordingHead Head() {
-    RecordingHead head;
-    for (std::size_t axis = 0; axis < kAxes; ++axis) {
-        head.axis_names.push_back("A" + std::to_string(axis));
-    }
-    head.cycle_time = kCycle;
-    head.start_time = 1754056800000000000U;
-    head.program = "bench";
-    return head;
+    return wavo::bench::RecordedLines();
 }
 
 bool RecordOurs(const std::string& path) {
-    auto writer = RecordingWriter::Create(path, Head(), std::nullopt);
+    auto writer = RecordingWriter::Create(path, wavo::bench::RecordedHead(), std::nullopt);
     if (!writer) {
         return false;
     }
@@ -208,89 +162,6 @@ void Record(benchmark::State& state, Role role, bool is_cpu) {
     }
 }
 
-/// Files that end where the index would begin, as if they had been cut off there; and files that
-/// nobody waits for.
-class CutFiles final : public wavo::platform::DataFileOperations {
- public:
-    explicit CutFiles(std::uint64_t most) : m_most(most), m_override(*this) {}
-
-    wavo::platform::FileHandle OpenForReading(const std::string& path) override {
-        return m_system.OpenForReading(path);
-    }
-    wavo::platform::FileHandle CreateNew(const std::string& path, bool& exists) override {
-        return m_system.CreateNew(path, exists);
-    }
-    bool Size(wavo::platform::FileHandle file, std::uint64_t& size) override {
-        const bool is_told = m_system.Size(file, size);
-        size = std::min(size, m_most);
-        return is_told;
-    }
-    bool ReadAt(wavo::platform::FileHandle file, std::uint64_t offset, void* data, std::size_t size,
-                std::size_t& count) override {
-        return m_system.ReadAt(file, offset, data, size, count);
-    }
-    bool Append(wavo::platform::FileHandle file, const void* data, std::size_t size) override {
-        return m_system.Append(file, data, size);
-    }
-    bool Sync(wavo::platform::FileHandle /*file*/) override { return true; }
-    bool Close(wavo::platform::FileHandle file) override { return m_system.Close(file); }
-    bool IsNamed(wavo::platform::FileHandle file, const std::string& path) override {
-        return m_system.IsNamed(file, path);
-    }
-    bool RemoveUnused(const std::string& path) override { return m_system.RemoveUnused(path); }
-    bool FreeSpace(const std::string& folder, std::uint64_t& bytes) override {
-        return m_system.FreeSpace(folder, bytes);
-    }
-    bool List(const std::string& folder, std::vector<wavo::platform::FolderFile>& files) override {
-        return m_system.List(folder, files);
-    }
-
- private:
-    wavo::platform::DataFileOperations& m_system = wavo::platform::SystemDataFiles();
-    const std::uint64_t m_most;
-    const wavo::platform::DataFileOperationsOverride m_override;
-};
-
-/// A recording of 1e9 samples; made once, where there is room for it.
-class LargeRecording {
- public:
-    LargeRecording() : m_file("large.mcap") {
-        constexpr std::uint64_t kNeeded = 12'000'000'000;
-        std::uint64_t free = 0;
-        wavo::platform::SystemDataFiles().FreeSpace(fs::temp_directory_path().string(), free);
-        if (free < kNeeded) {
-            return;
-        }
-        std::cerr << "making " << m_file.path() << ", 8.8 GB\n";
-        const CutFiles quick(~std::uint64_t{0});
-        auto writer = RecordingWriter::Create(m_file.path(), Head(), std::nullopt);
-        bool is_written = writer.HasValue();
-        for (std::uint64_t line = 0; line < kLargeLines && is_written; line += kLines) {
-            const std::uint64_t count = std::min<std::uint64_t>(kLines, kLargeLines - line);
-            is_written = !(*writer)->Append(
-                line, std::span<const double>(Lines()).first(count * kAxes), count);
-        }
-        is_written = is_written && !(*writer)->Keep();
-        m_data_end = is_written ? (*writer)->FileSize() : 0;
-        m_is_there = is_written && !(*writer)->Finish();
-    }
-
-    static const LargeRecording& Get() {
-        static const LargeRecording recording;
-        return recording;
-    }
-    [[nodiscard]] bool IsThere() const { return m_is_there; }
-    [[nodiscard]] const std::string& path() const { return m_file.path(); }
-    [[nodiscard]] std::uint64_t DataEnd() const { return m_data_end; }
-
-    static constexpr std::uint64_t kLargeLines = 15'625'000;
-
- private:
-    const TemporaryFile m_file;
-    std::uint64_t m_data_end = 0;
-    bool m_is_there = false;
-};
-
 /// Reads so many bytes from each of some places.
 bool ReadPlaces(const std::string& path, std::uint64_t begin, std::uint64_t end, std::uint64_t step,
                 std::size_t size) {
@@ -307,25 +178,25 @@ bool ReadPlaces(const std::string& path, std::uint64_t begin, std::uint64_t end,
 }
 
 void OpenLarge(benchmark::State& state, Role role, bool is_cut) {
-    const LargeRecording& large = LargeRecording::Get();
+    const LongRecording& large = LargestRecording();
     if (!large.IsThere()) {
         state.SkipWithError("no room for 8.8 GB");
         return;
     }
     const std::uint64_t end = is_cut ? large.DataEnd() : fs::file_size(large.path());
     const CutFiles cut(end);
-    constexpr std::uint64_t kChunks = LargeRecording::kLargeLines / kLinesPerPiece + 1;
+    const std::uint64_t chunks = large.Lines() / kLinesPerPiece + 1;
     for (auto _ : state) {
         bool is_read = false;
         if (role == Role::kOurs) {
             auto reader = RecordingReader::Open(large.path());
-            is_read = reader && (*reader)->LineCount() == LargeRecording::kLargeLines &&
+            is_read = reader && (*reader)->LineCount() == large.Lines() &&
                       (*reader)->IsComplete() == !is_cut;
         } else if (role == Role::kRival) {
             is_read =
                 ReadPlaces(large.path(), 0, end, std::size_t{1} << 20U, std::size_t{1} << 20U);
         } else if (is_cut) {
-            is_read = ReadPlaces(large.path(), 0, end, end / kChunks,
+            is_read = ReadPlaces(large.path(), 0, end, end / chunks,
                                  LevelsHeadSize(kAxes, BlocksOf(kLinesPerPiece)));
         } else {
             is_read = ReadPlaces(large.path(), large.DataEnd(), end, std::size_t{1} << 20U,

@@ -18,6 +18,17 @@ set(CPACK_NSIS_INSTALLED_ICON_NAME "wavo.exe")
 set(CPACK_NSIS_EXECUTABLES_DIRECTORY ".")
 set(CPACK_NSIS_ENABLE_UNINSTALL_BEFORE_INSTALL ON)
 set(CPACK_NSIS_MODIFY_PATH OFF)
+# Recordings offer the viewer under "Open with", and nothing else is opened by it; who opens them by
+# default stays as it was.
+set(CPACK_NSIS_EXTRA_INSTALL_COMMANDS [=[
+  WriteRegStr HKLM 'Software\\Classes\\Wavo.Recording' '' 'Recording'
+  WriteRegStr HKLM 'Software\\Classes\\Wavo.Recording\\shell\\open\\command' '' '\"$INSTDIR\\wavo.exe\" \"%1\"'
+  WriteRegStr HKLM 'Software\\Classes\\.mcap\\OpenWithProgids' 'Wavo.Recording' ''
+]=])
+set(CPACK_NSIS_EXTRA_UNINSTALL_COMMANDS [=[
+  DeleteRegKey HKLM 'Software\\Classes\\Wavo.Recording'
+  DeleteRegValue HKLM 'Software\\Classes\\.mcap\\OpenWithProgids' 'Wavo.Recording'
+]=])
 set(CPACK_NSIS_IGNORE_LICENSE_PAGE ON)  # there is no text to agree to
 set(CPACK_PACKAGE_EXECUTABLES "wavo" "Wavo")
 include(CPack)

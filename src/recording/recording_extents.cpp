@@ -38,6 +38,7 @@ const AxisLevels* RecordingReader::LoadLevels(std::size_t index, std::size_t axi
     if (entry.has_levels) {
         const std::size_t size = AxisLevelsSize(blocks);
         m_bytes.resize(size);
+        m_bytes_read += size;
         AxisLevels levels;
         const std::size_t head = LevelsHeadSize(Head().axis_names.size(), blocks);
         if (m_file.ReadAt(entry.levels_offset + head + axis * size, m_bytes) &&

@@ -42,6 +42,23 @@ void Add(const HistorySums& more, HistorySums& sums) {
     sums.sum += more.sum;
 }
 
+/// What is known of a column after a look at it. `before_line_0`: there are no lines there.
+void Take(const ColumnExtent& extent, Closeness closeness, bool before_line_0,
+          ColumnOutline& column) {
+    column.certain_minimum = extent.certain.extremes.minimum;
+    column.certain_maximum = extent.certain.extremes.maximum;
+    column.possible_minimum = extent.possible.extremes.minimum;
+    column.possible_maximum = extent.possible.extremes.maximum;
+    column.first = extent.first;
+    column.last = extent.last;
+    column.missing = extent.possible.missing || before_line_0;
+    column.closeness = closeness;
+}
+
+bool ReachBeforeLine0(std::int64_t begin, std::int64_t end) {
+    return begin < std::min<std::int64_t>(end, 0);
+}
+
 }  // namespace
 
 LineRange RecordingHistory::Lines() const {
@@ -49,13 +66,17 @@ LineRange RecordingHistory::Lines() const {
             static_cast<std::int64_t>(m_reader.EndLine())};
 }
 
-HistoryAnswer RecordingHistory::Columns(std::span<const std::int64_t> bounds, ColumnRow& row) {
-    const std::size_t columns = bounds.empty() ? 0 : bounds.size() - 1;
-    row.Reset(columns);
+void RecordingHistory::SetBounds(std::span<const std::int64_t> bounds) {
     m_bounds.clear();
     for (const std::int64_t bound : bounds) {
         m_bounds.push_back(static_cast<std::uint64_t>(std::max<std::int64_t>(bound, 0)));
     }
+}
+
+HistoryAnswer RecordingHistory::Columns(std::span<const std::int64_t> bounds, ColumnRow& row) {
+    const std::size_t columns = bounds.empty() ? 0 : bounds.size() - 1;
+    row.Reset(columns);
+    SetBounds(bounds);
     m_columns.resize(columns);
     m_reader.Columns(m_axis, m_order, m_bounds, Detail::kLines, m_columns);
     for (std::size_t i = 0; i < columns; ++i) {
@@ -64,9 +85,8 @@ HistoryAnswer RecordingHistory::Columns(std::span<const std::int64_t> bounds, Co
         row.last[i] = column.last;
         row.minimum[i] = column.certain.extremes.minimum;
         row.maximum[i] = column.certain.extremes.maximum;
-        // There are no lines before line 0.
         row.missing[i] =
-            column.certain.missing || bounds[i] < std::min<std::int64_t>(bounds[i + 1], 0) ? 1 : 0;
+            column.certain.missing || ReachBeforeLine0(bounds[i], bounds[i + 1]) ? 1 : 0;
     }
     return HistoryAnswer::kAll;
 }
@@ -94,6 +114,42 @@ HistoryAnswer RecordingHistory::Sums(const LineRange& lines, HistorySums& sums) 
         m_reader.ReadValues(m_axis, m_order, static_cast<std::uint64_t>(line),
                             std::numeric_limits<double>::quiet_NaN(), values);
         Add(SumsOf(values), sums);
+    }
+    return HistoryAnswer::kAll;
+}
+
+bool RecordingHistory::Outline(std::span<const std::int64_t> bounds,
+                               std::span<ColumnOutline> columns) {
+    if (!HasLevels()) {
+        ColumnOutline unknown;
+        unknown.missing = true;
+        std::ranges::fill(columns, unknown);
+        return true;
+    }
+    SetBounds(bounds);
+    m_columns.resize(columns.size());
+    m_reader.Columns(m_axis, m_order, m_bounds, Detail::kChunks, m_columns);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        Take(m_columns[i], Closeness::kFar, ReachBeforeLine0(bounds[i], bounds[i + 1]), columns[i]);
+    }
+    return true;
+}
+
+HistoryAnswer RecordingHistory::LookCloser(const LineRange& lines, ColumnOutline& column) {
+    if (m_budget != nullptr && m_budget->IsSpent()) {
+        return HistoryAnswer::kNotLoaded;
+    }
+    const std::uint64_t read_before = m_reader.BytesRead();
+    const bool exactly = column.closeness == Closeness::kNear || !HasLevels();
+    const auto line = [](std::int64_t number) {
+        return static_cast<std::uint64_t>(std::max<std::int64_t>(number, 0));
+    };
+    const ColumnExtent extent = m_reader.Extent(m_axis, m_order, line(lines.begin), line(lines.end),
+                                                exactly ? Detail::kLines : Detail::kBlocks);
+    Take(extent, exactly ? Closeness::kExact : Closeness::kNear,
+         ReachBeforeLine0(lines.begin, lines.end), column);
+    if (m_budget != nullptr) {
+        m_budget->Spend(m_reader.BytesRead() - read_before);
     }
     return HistoryAnswer::kAll;
 }

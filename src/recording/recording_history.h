@@ -1,11 +1,14 @@
 // A stream of a recording, asked as a history.
 //
-// Answers are exact, and all there at once: a row of columns reads the levels and the blocks of 64
-// lines at the bounds that it has not read before. Who draws pixels asks RecordingReader::Columns
-// with less detail first.
+// Columns, values and sums are exact, and all there at once: a row of columns reads the levels and
+// the blocks of 64 lines at the bounds that it has not read before. Who draws pixels asks for the
+// outline first, and looks closer within a budget where the pixels need it.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
+#include <span>
 #include <vector>
 
 #include "recording/recording_reader.h"
@@ -13,25 +16,55 @@
 
 namespace wavo::recording {
 
+/// How much may be read before somebody else has his turn. A unit is what one look at what is in
+/// memory costs; reading costs one more for every kBytesPerUnit.
+class ReadingBudget {
+ public:
+    static constexpr std::uint64_t kBytesPerUnit = 4096;
+    static constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
+
+    void Renew(std::uint64_t units) { m_left = units; }
+    [[nodiscard]] bool IsSpent() const { return m_left == 0; }
+    void Spend(std::uint64_t bytes_read) {
+        if (m_left != kUnlimited) {
+            m_left -= std::min(m_left, 1 + bytes_read / kBytesPerUnit);
+        }
+    }
+
+ private:
+    std::uint64_t m_left = kUnlimited;
+};
+
 class RecordingHistory final : public History {
  public:
     /// The stream of an axis with an order of derivation. `reader` is not owned and outlives the
-    /// history; `absent` stands for lines without a value. REQUIRES: as
-    /// RecordingReader::ReadValues.
-    RecordingHistory(RecordingReader& reader, std::size_t axis, std::int32_t order, double absent)
-        : m_reader(reader), m_axis(axis), m_order(order), m_absent(absent) {}
+    /// history, and so does `budget`, which may be null; `absent` stands for lines without a value.
+    /// REQUIRES: as RecordingReader::ReadValues.
+    RecordingHistory(RecordingReader& reader, std::size_t axis, std::int32_t order, double absent,
+                     ReadingBudget* budget = nullptr)
+        : m_reader(reader), m_axis(axis), m_order(order), m_absent(absent), m_budget(budget) {}
 
     // History
     [[nodiscard]] LineRange Lines() const override;
     HistoryAnswer Columns(std::span<const std::int64_t> bounds, ColumnRow& row) override;
     HistoryAnswer Values(std::int64_t first, std::span<double> values) override;
     HistoryAnswer Sums(const LineRange& lines, HistorySums& sums) override;
+    bool Outline(std::span<const std::int64_t> bounds, std::span<ColumnOutline> columns) override;
+    HistoryAnswer LookCloser(const LineRange& lines, ColumnOutline& column) override;
+    [[nodiscard]] std::uint64_t Version() const override { return m_reader.Version(); }
 
  private:
+    /// There are levels of this order in the file.
+    [[nodiscard]] bool HasLevels() const {
+        return m_order < static_cast<std::int32_t>(kLevelOrders);
+    }
+    void SetBounds(std::span<const std::int64_t> bounds);
+
     RecordingReader& m_reader;
     const std::size_t m_axis;
     const std::int32_t m_order;
     const double m_absent;
+    ReadingBudget* const m_budget;
     std::vector<std::uint64_t> m_bounds;
     std::vector<ColumnExtent> m_columns;
 };

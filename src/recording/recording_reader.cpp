@@ -156,6 +156,7 @@ const RecordingReader::Block* RecordingReader::LoadRegularBlock(const ChunkEntry
     const std::size_t begin = block * kLinesPerBlock;
     const std::size_t lines = std::min<std::size_t>(kLinesPerBlock, entry.lines - begin);
     m_bytes.resize(lines * line_size);
+    m_bytes_read += m_bytes.size();
     if (!m_file.ReadAt(entry.offset + mcap::kFraming + mcap::kChunkHead + begin * line_size,
                        m_bytes) ||
         Crc32(m_bytes) != m_index.table.BlockCrc(entry, block)) {
@@ -181,6 +182,7 @@ const RecordingReader::Block* RecordingReader::LoadPlainBlock(const ChunkEntry& 
     const std::size_t axes = Head().axis_names.size();
     ChunkHead head;
     ChunkContent content;
+    m_bytes_read += entry.length;
     if (!ReadChunkRecords(m_file, entry.offset, entry.length, m_bytes, head) ||
         !ReadChunkContent(m_bytes, axes, m_index.channels, content) ||
         content.lines.size() < std::size_t{entry.skipped} + entry.lines) {

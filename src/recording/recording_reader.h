@@ -125,6 +125,11 @@ class RecordingReader {
 
     [[nodiscard]] const std::string& path() const { return m_path; }
 
+    /// Another number whenever lines came or were lost.
+    [[nodiscard]] std::uint64_t Version() const { return m_index.table.Version(); }
+    /// Bytes of lines and levels that were read so far.
+    [[nodiscard]] std::uint64_t BytesRead() const { return m_bytes_read; }
+
  private:
     /// The values of a block, line by line.
     using Block = std::vector<double>;
@@ -174,7 +179,8 @@ class RecordingReader {
     LineClock m_clock{1.0, 0};
     BlockCache<Block> m_blocks{kCacheSize / 2};
     BlockCache<AxisLevels> m_levels{kCacheSize / 2};
-    std::vector<std::byte> m_bytes;       // of what is being read
+    std::vector<std::byte> m_bytes;  // of what is being read
+    std::uint64_t m_bytes_read = 0;
     std::uint64_t m_settled_version = 0;  // of the table, when no levels were due
     std::size_t m_events_read = 0;        // of the index' rests
     std::vector<Event> m_events;

@@ -211,10 +211,14 @@ bool Acquisition::Receive(ValueBatch& batch) {
     m_total_lines += batch.count;
     m_counters.lines_read += batch.count;
     m_observer.PaneTextChanged(StatusPane::kTotalLines, std::to_string(m_total_lines));
+    AddGraphIfNone();
+    return true;
+}
+
+void Acquisition::AddGraphIfNone() {
     if (!m_observer.HasEditedGraphs()) {
         TakeGraphs();
     }
-    return true;
 }
 
 void Acquisition::TakeGraphs() {

@@ -56,6 +56,9 @@ class Acquisition final : public ValueSourceEvents {
     /// Makes all graphs anew and shows them.
     void RebuildGraphs();
 
+    /// Makes a default graph where there is none, of the axes that are known.
+    void AddGraphIfNone();
+
     /// Answers the batch that was drawn, if any: the end of each drawing step.
     void AnswerDrawn();
 
@@ -67,8 +70,7 @@ class Acquisition final : public ValueSourceEvents {
     [[nodiscard]] LinkCounters Counters() const;
     /// How long the batch took that was answered last.
     [[nodiscard]] const BatchTimes& LastBatchTimes() const { return m_batch_times; }
-    [[nodiscard]] ValueSource& Source() { return m_source; }
-    [[nodiscard]] const ValueSource& Source() const { return m_source; }
+    [[nodiscard]] ValueSource& Source() const { return m_source; }
     /// Seconds per line; 0 before the first master.
     [[nodiscard]] double CycleTime() const { return m_source.Description().cycle_time; }
     [[nodiscard]] const std::vector<std::string>& AxisNames() const {

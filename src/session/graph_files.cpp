@@ -66,7 +66,7 @@ bool GraphFiles::Open(const std::string& path, const std::string& display_name,
         m_observer.ShowError(session_texts::FileMissingBox(path));
         return false;
     }
-    m_current_path = path;
+    SetCurrentPath(path);
     m_acquisition.Source().Hold();
     std::vector<WavoGraph> graphs;
     std::string additional_text;
@@ -89,6 +89,37 @@ bool GraphFiles::Open(const std::string& path, const std::string& display_name,
     }
     m_acquisition.Source().GoOn();
     return read;
+}
+
+bool GraphFiles::OpenText(const std::string& text, const std::string& display_name) {
+    MIniData store;
+    std::vector<WavoGraph> graphs;
+    std::string additional_text;
+    std::string error;
+    const bool readable = store.SetContent(text);
+    error = store.LastErrorText();
+    if (!readable || !CreateGraphsFromIniData(store, graphs, error, additional_text,
+                                              m_acquisition.CycleTime())) {
+        MErrTrace_Dump();
+        m_observer.ShowError(session_texts::NotReadBox(display_name, error));
+        return false;
+    }
+    BringBack({std::move(graphs), std::move(additional_text), {}, display_name, true});
+    ShowRunTitle();
+    m_acquisition.Source().GoOn();
+    return true;
+}
+
+GraphFiles::Kept GraphFiles::Keep() const {
+    return {m_graphs.Graphs(), m_additional_text, m_current_path, m_document_name, m_is_unnamed};
+}
+
+void GraphFiles::BringBack(const Kept& kept) {
+    m_additional_text = kept.additional_text;
+    m_current_path = kept.current_path;
+    m_document_name = kept.document_name;
+    m_is_unnamed = kept.is_unnamed;
+    m_graphs.Replace(kept.graphs);
 }
 
 Expected<std::size_t> GraphFiles::Save() {
@@ -132,15 +163,19 @@ std::vector<WavoGraph> GraphFiles::GraphsToStore() const {
 }
 
 void GraphFiles::New() {
-    m_observer.TitleChanged("new");
+    ShowTitle("new");
     m_additional_text.clear();
     m_graphs.Replace({});
     m_acquisition.RebuildGraphs();
 }
 
 void GraphFiles::ShowRunTitle() {
-    m_observer.TitleChanged(m_document_name +
-                            (m_acquisition.IsRunning() ? " - running" : " - stopped"));
+    const char* const state = m_acquisition.IsRunning() ? " - running" : " - stopped";
+    ShowTitle(m_recording_name.empty() ? m_document_name + state : m_document_name);
+}
+
+void GraphFiles::ShowTitle(const std::string& title) {
+    m_observer.TitleChanged(m_recording_name.empty() ? title : m_recording_name + " - " + title);
 }
 
 }  // namespace wavo

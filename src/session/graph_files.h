@@ -37,6 +37,21 @@ class GraphFiles {
     /// again, so that the next batch finds the new graphs. A fault is shown to the user; false.
     bool Open(const std::string& path, const std::string& display_name, bool add_to_recent);
 
+    /// Shows graphs and additional text of the text of a graph file that is on no disk; the current
+    /// file is then none, until a name is given to it. A fault is shown to the user; false.
+    bool OpenText(const std::string& text, const std::string& display_name);
+
+    /// Graphs, additional text and names, to come back to.
+    struct Kept {
+        std::vector<WavoGraph> graphs;
+        std::string additional_text;
+        std::string current_path;
+        std::string document_name;
+        bool is_unnamed = false;
+    };
+    [[nodiscard]] Kept Keep() const;
+    void BringBack(const Kept& kept);
+
     /// Writes graphs and additional text to the current file. Any step of that may fail; a file
     /// that has to be kept and cannot is not replaced. Returns the number of axes with names that
     /// cannot stand in a file, each an error-log entry.
@@ -51,11 +66,21 @@ class GraphFiles {
 
     /// The file that Save writes; empty before one was opened.
     [[nodiscard]] const std::string& CurrentPath() const { return m_current_path; }
-    void SetCurrentPath(const std::string& path) { m_current_path = path; }
+    void SetCurrentPath(const std::string& path) {
+        m_current_path = path;
+        m_is_unnamed = false;
+    }
+    /// What is shown belongs to no file yet: whoever saves it asks for a name.
+    [[nodiscard]] bool IsUnnamed() const { return m_is_unnamed; }
     /// First part of the frame title.
     [[nodiscard]] const std::string& DocumentName() const { return m_document_name; }
-    /// Frame title: document name and " - running" or " - stopped".
+    /// Frame title: document name and " - running" or " - stopped"; while a recording is shown its
+    /// name and the document name.
     void ShowRunTitle();
+    /// Another title, behind the name of the recording that is shown.
+    void ShowTitle(const std::string& title);
+    /// The recording that is shown; empty for none.
+    void SetRecordingName(const std::string& name) { m_recording_name = name; }
     /// The line of text that belongs to the graphs, UTF-8; kept in their file.
     [[nodiscard]] const std::string& AdditionalText() const { return m_additional_text; }
     void SetAdditionalText(const std::string& text) { m_additional_text = text; }
@@ -72,6 +97,8 @@ class GraphFiles {
     SessionObserver& m_observer;
     std::string m_current_path;
     std::string m_document_name = "wavo.ini";
+    std::string m_recording_name;
+    bool m_is_unnamed = false;
     std::string m_additional_text;
     std::set<std::string> m_not_read;  // files whose last reading failed and that were not kept yet
 };

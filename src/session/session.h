@@ -11,10 +11,12 @@
 #include "session/acquisition.h"
 #include "session/graph_files.h"
 #include "session/locks.h"
+#include "session/recording_session.h"
 #include "session/run_control.h"
 #include "session/session_observer.h"
 #include "session/settings_store.h"
 #include "session/shown_graphs.h"
+#include "session/source_switch.h"
 #include "session/value_streams.h"
 #include "source/value_source.h"
 
@@ -47,6 +49,9 @@ class Session {
     [[nodiscard]] const Acquisition& Values() const { return m_acquisition; }
     [[nodiscard]] GraphFiles& Files() { return m_files; }
     [[nodiscard]] RunControl& Run() { return m_run; }
+    [[nodiscard]] RecordingSession& Recordings() { return m_recordings; }
+    /// The recording that is open; null for none.
+    [[nodiscard]] OpenRecording* Recording() const { return m_recordings.Current(); }
     [[nodiscard]] const OrderedMutex& ValueLock() const { return m_value_lock; }
 
     /// Makes all graphs anew and shows them.
@@ -56,7 +61,7 @@ class Session {
     /// Saves the settings; a fault is shown in the status bar.
     void SaveSettings();
     /// The frame's title, as given.
-    void ShowTitle(const std::string& title) { m_observer.TitleChanged(title); }
+    void ShowTitle(const std::string& title) { m_files.ShowTitle(title); }
     void CommandsChanged() { m_observer.CommandsChanged(); }
     /// Tells in the status bar that a file was written without some axes.
     void ShowAxesLeftOut(const std::string& path);
@@ -67,7 +72,7 @@ class Session {
     void OnGraphChange(const GraphChange& change);
     void ShowLogFault(const std::string& path);
 
-    ValueSource& m_source;
+    SourceSwitch m_source;
     SessionObserver& m_observer;
     ValueMutex m_value_lock;
     SettingsStore m_settings;
@@ -76,6 +81,7 @@ class Session {
     Acquisition m_acquisition;
     GraphFiles m_files;
     RunControl m_run;
+    RecordingSession m_recordings;
     bool m_settings_unwritten = false;  // a first start could not leave its settings behind
 };
 

@@ -58,6 +58,30 @@ enum class HistoryAnswer {
     kNotLoaded,  ///< not all was there yet; what was is in the answer: ask again later
 };
 
+/// How closely a column was looked at.
+enum class Closeness {
+    kFar,    ///< nothing was read for it
+    kNear,   ///< nearly all that can be told without its values
+    kExact,  ///< all is known
+};
+
+/// A column, known as far as it was looked at. Infinite values take part in the extremes; a minimum
+/// above the maximum: none.
+struct ColumnOutline {
+    static constexpr double kNone = std::numeric_limits<double>::infinity();
+
+    double certain_minimum = kNone;  ///< of lines of the column
+    double certain_maximum = -kNone;
+    double possible_minimum = kNone;  ///< of those, and of lines that stand beside them
+    double possible_maximum = -kNone;
+    double first = std::numeric_limits<double>::quiet_NaN();  ///< as in ColumnRow, with kExact
+    double last = std::numeric_limits<double>::quiet_NaN();
+    bool missing = false;  ///< some of its lines may have no value; with kExact: have none
+    Closeness closeness = Closeness::kFar;
+
+    [[nodiscard]] bool IsExact() const { return closeness == Closeness::kExact; }
+};
+
 class History {
  public:
     virtual ~History() = default;
@@ -73,6 +97,21 @@ class History {
     virtual HistoryAnswer Values(std::int64_t first, std::span<double> values) = 0;
 
     virtual HistoryAnswer Sums(const LineRange& lines, HistorySums& sums) = 0;
+
+    /// Columns from far: reads nothing. Where nothing at all is known of one, its extremes are
+    /// none. False when this history only answers exactly. REQUIRES: as Columns, with one outline
+    /// less than there are bounds.
+    virtual bool Outline(std::span<const std::int64_t> /*bounds*/,
+                         std::span<ColumnOutline> /*columns*/) {
+        return false;
+    }
+    /// Looks at a column, the one of these lines, one step closer. kNotLoaded, and nothing changed,
+    /// when enough was read for now. REQUIRES: Outline gave the column; it is not exact.
+    virtual HistoryAnswer LookCloser(const LineRange& /*lines*/, ColumnOutline& /*column*/) {
+        return HistoryAnswer::kNotLoaded;
+    }
+    /// Changes when what was told of lines no longer holds.
+    [[nodiscard]] virtual std::uint64_t Version() const { return 0; }
 };
 
 }  // namespace wavo

@@ -14,8 +14,16 @@ enum class CommandId : int {
     kLookBlack = 216,
     kLookSilver = 217,
     kLookAqua = 218,
-    kMeasurements = 32740,
-    kHideMeasurements = 32741,
+    kMeasurements = 32720,
+    kHideMeasurements = 32721,
+    kOpenRecording = 32740,
+    kCloseRecording = 32741,
+    kRecordingGraphs = 32742,
+    kFollow = 32743,
+    kNextTrigger = 32744,
+    kPreviousTrigger = 32745,
+    kNextEvent = 32746,
+    kPreviousEvent = 32747,
     kRecord = 32760,
     kStopRecording = 32761,
     kConnect = 32773,
@@ -34,6 +42,9 @@ enum class CommandId : int {
     kPrintPreview = 57609,
     kRecentFile = 57616,  ///< the newest; the numbers up to kLastRecentFile are older ones
     kLastRecentFile = 57631,
+    kRecentRecording =
+        57632,  ///< the newest; the numbers up to kLastRecentRecording are older ones
+    kLastRecentRecording = 57647,
     kAbout = 57664,
     kExit = 57665,
     kNextPane = 57680,

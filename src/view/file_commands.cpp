@@ -19,6 +19,11 @@ FileQuestion GraphFileQuestion(const char* caption, const std::string& path) {
 
 }  // namespace
 
+void FileCommands::New() {
+    m_session.Files().New();
+    m_session.Recordings().AddGraphIfNone();
+}
+
 void FileCommands::Open() {
     GraphFiles& files = m_session.Files();
     const std::optional<QString> chosen =
@@ -33,6 +38,7 @@ void FileCommands::Open() {
     if (!files.Open(path, FileNameOf(path), true) && m_session.Settings().Current() != before) {
         m_session.RebuildGraphs();  // nobody else does without new graphs
     }
+    m_session.Recordings().AddGraphIfNone();
     m_session.CommandsChanged();
 }
 
@@ -44,11 +50,14 @@ void FileCommands::OpenRecent(const std::string& path) {
     if (m_session.Settings().Current() != before) {
         m_session.RebuildGraphs();
     }
+    m_session.Recordings().AddGraphIfNone();
     m_session.CommandsChanged();
 }
 
 void FileCommands::Save() {
-    if (Write()) {
+    if (m_session.Files().IsUnnamed()) {
+        SaveAs();
+    } else if (Write()) {
         WriteSettings();
         m_session.Files().ShowRunTitle();
     }

@@ -26,15 +26,18 @@ class FileCommands {
     FileCommands(Session& session, const Prompts& prompts, QWidget* parent)
         : m_session(session), m_prompts(prompts), m_parent(parent) {}
 
-    void New() { m_session.Files().New(); }
+    void New();
     void Open();
     void OpenRecent(const std::string& path);
+    /// Asks for a name where there is none yet.
     void Save();
     void SaveAs();
 
-    /// Opening and saving under a new name need a master.
+    /// Opening and saving under a new name need a master, or a recording.
     [[nodiscard]] bool CanOpen() const { return m_session.Source().IsPresent(); }
-    [[nodiscard]] bool CanSave() const { return !m_session.Files().CurrentPath().empty(); }
+    [[nodiscard]] bool CanSave() const {
+        return !m_session.Files().CurrentPath().empty() || m_session.Files().IsUnnamed();
+    }
     [[nodiscard]] bool CanSaveAs() const { return m_session.Source().IsPresent(); }
 
  private:

@@ -69,12 +69,25 @@ std::vector<std::string> GraphBoard::CreateAllGraphRects(const QRect& area, doub
     const std::vector<QRect> rectangles = SplitGraphArea(area, graphs.size());
     const GraphDisplaySettings display{settings.background, settings.font};
     for (std::size_t i = 0; i < graphs.size(); ++i) {
+        WavoGraph graph = graphs[i];
+        if (m_of_recording) {
+            graph.Triggers.clear();
+        }
         m_drawers.push_back(std::make_unique<GraphDraw>(
-            rectangles[i], graphs[i], host, display, cycle_time, settings.scale_lines_x,
-            settings.scale_lines_y, m_streams.StreamsOf(graphs[i], cycle_time)));
+            rectangles[i], graph, host, display, cycle_time, settings.scale_lines_x,
+            settings.scale_lines_y, StreamsOf(graph, cycle_time)));
     }
     m_streams.ListBuffers(axis_names);
     return m_streams.TakeFaults();
+}
+
+GraphStreams GraphBoard::StreamsOf(const WavoGraph& graph, double cycle_time) {
+    if (!m_of_recording) {
+        return m_streams.StreamsOf(graph, cycle_time);
+    }
+    GraphStreams none;
+    none.y.resize(graph.YCoorAxName.size());
+    return none;
 }
 
 void GraphBoard::Layout(const QRect& area) {
@@ -92,6 +105,10 @@ void GraphBoard::DrawAll(QImage& picture, bool restart, PixelWriting pixels) {
         drawer->DrawGraph(picture, restart, pixels);
     }
     m_streams.EmptyNewValues();
+}
+
+bool GraphBoard::IsExact() const {
+    return std::ranges::all_of(m_drawers, [](const auto& drawer) { return drawer->IsExact(); });
 }
 
 void GraphBoard::PaintAll(QImage& picture) {

@@ -38,6 +38,10 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     /// null when there is none.
     [[nodiscard]] const GraphDraw* FindDrawerWithValues(std::uint32_t graph_number) const;
 
+    /// From the next making on the graphs show a recording: they get no buffers, and wait for no
+    /// trigger.
+    void SetOfRecording(bool of_recording) { m_of_recording = of_recording; }
+
     /// Makes a drawer for every graph, one below the other in `area` (pixels), with the buffers of
     /// its streams, and lists the buffers for `axis_names`. While `cycle_time` (seconds) is 0 the
     /// drawers get no buffers. Returns faults that the user must see.
@@ -51,6 +55,8 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     /// One drawing step of all graphs; afterwards the new values of all buffers are emptied. With
     /// `restart` all buffers are reset first and the graphs begin anew.
     void DrawAll(QImage& picture, bool restart, PixelWriting pixels = PixelWriting::kNow);
+    /// What the last drawing showed of the past is exact.
+    [[nodiscard]] bool IsExact() const;
     /// Paints what steps have left unpainted.
     void PaintAll(QImage& picture);
 
@@ -65,11 +71,13 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     void RecordingEnded() override { m_recording_ended(); }
 
     void DetachValues();
+    [[nodiscard]] GraphStreams StreamsOf(const WavoGraph& graph, double cycle_time);
 
     const GraphList& m_graphs;
     ValueStreams& m_streams;
     const std::function<void()> m_recording_ended;
     std::vector<std::unique_ptr<GraphDraw>> m_drawers;
+    bool m_of_recording = false;
 };
 
 /// Splits `area` into `count` rectangles of equal height (at least 1), one below the other.

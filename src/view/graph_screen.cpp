@@ -23,10 +23,17 @@ bool GraphScreen::IsEditorShown() const {
     return m_editor.isVisibleTo(&m_widget);
 }
 
+bool GraphScreen::IsFooterShown() const {
+    return m_footer != nullptr && m_footer->isVisibleTo(&m_widget);
+}
+
 QRect GraphScreen::GraphArea() const {
     QRect area = m_widget.rect();
     if (IsEditorShown()) {
         area.setTop(std::min(m_editor.y() + m_editor.height() + 1, m_widget.height()));
+    }
+    if (IsFooterShown()) {
+        area.setBottom(std::max(area.top(), area.bottom() - m_footer->sizeHint().height()));
     }
     return area;
 }
@@ -55,6 +62,10 @@ void GraphScreen::LayOut() {
         const int width = m_widget.width();
         m_editor.setGeometry(0, 0, width, m_editor.heightForWidth(width));
     }
+    if (IsFooterShown()) {
+        const int height = m_footer->sizeHint().height();
+        m_footer->setGeometry(0, m_widget.height() - height, m_widget.width(), height);
+    }
     const std::lock_guard guard(m_graph_lock);
     m_laid_out = AreaAboveText();
     m_board.Layout(m_laid_out);
@@ -62,13 +73,20 @@ void GraphScreen::LayOut() {
 }
 
 void GraphScreen::Resize() {
-    m_picture.Resize(m_widget.size(), m_widget.devicePixelRatioF());
+    ResizePicture();
     LayOut();
+}
+
+void GraphScreen::ResizePicture() {
+    const int below = IsFooterShown() ? m_footer->sizeHint().height() : 0;
+    m_picture.Resize({m_widget.width(), std::max(0, m_widget.height() - below)},
+                     m_widget.devicePixelRatioF());
 }
 
 std::vector<std::string> GraphScreen::MakeGraphs() {
     const std::lock_guard guard(m_graph_lock);
     m_laid_out = AreaAboveText();
+    m_board.SetOfRecording(m_session.Recording() != nullptr);
     std::vector<std::string> faults =
         m_board.CreateAllGraphRects(m_laid_out, m_session.Values().CycleTime(),
                                     m_session.Values().AxisNames(), m_session.Settings().Current());
@@ -81,7 +99,7 @@ void GraphScreen::DrawAndShow(bool restart) {
     if (m_ready_for_painting && !m_picture.IsEmpty()) {
         if (m_picture.Image().devicePixelRatio() != m_widget.devicePixelRatioF()) {
             // Moved to another screen.
-            m_picture.Resize(m_widget.size(), m_widget.devicePixelRatioF());
+            ResizePicture();
         }
         if (AreaAboveText() != m_laid_out) {
             LayOut();  // there is another text, or none
@@ -94,6 +112,9 @@ void GraphScreen::DrawAndShow(bool restart) {
         m_drawing = false;
         if (m_board.IsAnyStopped() != was_stopped) {
             m_stopped();
+        }
+        if (m_past != nullptr) {
+            m_past->OnDrawn();
         }
         if (m_widget.isVisible()) {
             m_widget.repaint();
@@ -115,6 +136,10 @@ void GraphScreen::CatchUp() {
 
 const QImage& GraphScreen::Picture() {
     CatchUp();
+    if (m_past != nullptr && !m_drawing) {
+        m_past->Complete();
+        CatchUp();
+    }
     return m_picture.Image();
 }
 
@@ -126,6 +151,9 @@ void GraphScreen::Expose(QPainter& painter, const QRect& exposed) {
     } else {
         m_picture.CopyTo(painter, exposed);
         PaintBands(painter, m_board, background);
+        if (m_past != nullptr) {
+            m_past->PaintMarks(painter);
+        }
     }
 }
 

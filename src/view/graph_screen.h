@@ -20,6 +20,18 @@ class QWidget;
 
 namespace wavo {
 
+/// Brings closer what graphs show of the past and have not drawn exactly.
+class PastDrawing {
+ public:
+    virtual ~PastDrawing() = default;
+    /// The graphs were drawn.
+    virtual void OnDrawn() = 0;
+    /// Draws until all is exact.
+    virtual void Complete() = 0;
+    /// What stands over the picture.
+    virtual void PaintMarks(QPainter& painter) = 0;
+};
+
 class GraphScreen {
  public:
     /// None of the references is owned; all outlive the screen. `editor` lies over the top of
@@ -31,13 +43,19 @@ class GraphScreen {
     /// From now on there is something to draw.
     void Begin() { m_ready_for_painting = true; }
 
-    /// Where the graphs are: below the editor.
+    /// Who is asked from now on; not owned, outlives the screen.
+    void SetPast(PastDrawing* past) { m_past = past; }
+    /// A widget below the graphs, as high as it wants to be while it is shown; not owned.
+    void SetFooter(QWidget* footer) { m_footer = footer; }
+
+    /// Where the graphs are: below the editor, above the footer.
     [[nodiscard]] QRect GraphArea() const;
     [[nodiscard]] bool IsEditorShown() const;
+    [[nodiscard]] bool IsFooterShown() const;
     /// Shows or hides the editor; the graphs take what is left. Draws nothing.
     void ShowEditor(bool show);
 
-    /// The widget has another size.
+    /// The widget has another size, or the footer was shown or hidden.
     void Resize();
     /// Makes all graphs of the document anew; draws nothing. Returns faults for the user.
     [[nodiscard]] std::vector<std::string> MakeGraphs();
@@ -52,14 +70,15 @@ class GraphScreen {
     void Expose(QPainter& painter, const QRect& exposed);
 
     [[nodiscard]] QWidget& Widget() { return m_widget; }
-    /// The picture as the last step shows it.
+    /// Somebody may see the widget.
+    [[nodiscard]] bool IsSeen() const;
+    /// The picture as the last step shows it, exact.
     [[nodiscard]] const QImage& Picture();
 
  private:
-    /// Somebody may see the widget.
-    [[nodiscard]] bool IsSeen() const;
     void CatchUp();
     void LayOut();
+    void ResizePicture();
     [[nodiscard]] BandText AdditionalText() const;
     /// The graph area without the band of the additional text.
     [[nodiscard]] QRect AreaAboveText();
@@ -69,6 +88,8 @@ class GraphScreen {
     Session& m_session;
     GraphBoard& m_board;
     const std::function<void()> m_stopped;
+    PastDrawing* m_past = nullptr;
+    QWidget* m_footer = nullptr;
     GraphMutex m_graph_lock;
     GraphPicture m_picture;
     QRect m_laid_out;  ///< where the graphs were placed last

@@ -51,7 +51,7 @@ double RecordedValues::ValueOf(std::uint64_t place) const {
     const std::size_t axes = m_graph.Recorder().Axes();
     const LinesDrawAxis& line = *m_graph.Lines()[m_stream < axes ? m_stream : 0];
     if (line.OverTime() != nullptr) {
-        return line.OverTime()->Ring()[place];
+        return line.OverTime()->HeldSample(place);
     }
     const LinePoint point = line.Point(place);
     return m_stream < axes ? point.y_value : point.x_value;

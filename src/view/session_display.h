@@ -14,6 +14,7 @@ class CWavoView;
 class DataExport;
 class GraphScreen;
 class Measurements;
+class PastView;
 struct Prompts;
 class Session;
 class ViewKeys;
@@ -30,6 +31,7 @@ class SessionDisplay final : public SessionObserver {
         CAxSelect& editor;
         Session& session;
         GraphScreen& screen;
+        PastView& past;
         ZoomControl& zooms;
         ViewMouse& mouse;
         ViewKeys& keys;

@@ -34,13 +34,14 @@ ViewCommands::ViewCommands(Session& session, GraphScreen& screen, QObject& edito
       m_files(session, prompts, &parent) {}
 
 bool ViewCommands::IsEnabled(CommandId id) const {
+    const bool is_recorded = m_session.Recording() != nullptr;
     switch (id) {
         case CommandId::kStart:
-            return m_session.Run().CanStart();
+            return !is_recorded && m_session.Run().CanStart();
         case CommandId::kStop:
-            return m_session.Run().CanStop();
+            return !is_recorded && m_session.Run().CanStop();
         case CommandId::kStartAfterTrigger:
-            return m_session.Run().CanStartAfterTrigger();
+            return !is_recorded && m_session.Run().CanStartAfterTrigger();
         case CommandId::kConnect:
             return m_session.Source().CanStart();
         case CommandId::kOpen:

@@ -23,6 +23,8 @@ class ViewNews : public QObject {
     void CommandsChanged();
     /// A graph file was opened that belongs into the list of recent files.
     void RecentFileOpened(const QString& path);
+    /// The user has opened a recording.
+    void RecordingOpened(const QString& path);
     /// A batch was drawn and answered; `total` lines have been received.
     void BatchShown(quint64 total);
     /// Cursors, graphs or their selection are others than those that were measured.

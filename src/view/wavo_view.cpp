@@ -17,12 +17,13 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
       m_source(std::move(source)),
       m_editor(std::make_unique<CAxSelect>(this, prompts, this,
                                            [this] { Q_EMIT m_news.MeasureChanged(); })),
-      m_display({*this, m_news, *m_editor, m_session, m_screen, m_zooms, m_mouse, m_keys,
-                 m_data_export, m_measurements, prompts}),
+      m_display({*this, m_news, *m_editor, m_session, m_screen, m_past.Window(), m_zooms, m_mouse,
+                 m_keys, m_data_export, m_measurements, prompts}),
       m_session(*m_source, m_board, m_display),
       m_board(m_session.Graphs(), m_session.Streams(),
               [this] { SendAppMessage(window(), AppMessage::kRecordingEnded, 0, 0); }),
       m_screen(*this, *m_editor, m_session, m_board, [this] { m_session.CommandsChanged(); }),
+      m_past({*this, m_session, m_board, m_screen, *m_editor, m_zooms, m_news, prompts}),
       m_zooms(m_board, *m_editor, m_screen, m_session.Values(),
               [this] { m_session.CommandsChanged(); }),
       m_mouse(m_board, m_zooms),
@@ -55,7 +56,8 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
     setAccessibleDescription(QStringLiteral("The curves of the values that the master sends"));
     MakeGraphsAccessible();
     m_editor->hide();
-    m_editor->SetAxisLimits(&m_source->Limits());
+    m_zooms.SetPast(&m_past.Window());
+    m_editor->SetAxisLimits(&m_session.Source().Limits());
     m_editor->SetPlotSizes([this](std::uint32_t number) {
         const GraphDraw* const drawer = m_board.Find(number);
         return drawer == nullptr
@@ -79,6 +81,7 @@ void CWavoView::OnInitialUpdate(const std::string& graph_file) {
 }
 
 void CWavoView::OnClose() {
+    m_past.Search().Cancel();
     m_data_export.Cancel();
     m_session.End();
 }
@@ -103,7 +106,7 @@ bool CWavoView::event(QEvent* event) {
             return true;
         }
     }
-    return QWidget::event(event);
+    return (event->type() == QEvent::Wheel && m_past.TakeEvent(*event)) || QWidget::event(event);
 }
 
 std::int64_t CWavoView::OnAppMessage(const AppMessageEvent& message) {
@@ -165,7 +168,8 @@ void CWavoView::mousePressEvent(QMouseEvent* event) {
     }
     if (event->button() == Qt::LeftButton) {
         m_mouse.LeftButtonDown(point);
-    } else if (event->button() != Qt::RightButton || !m_mouse.RightButtonDown(point)) {
+    } else if (!m_past.TakeEvent(*event) &&
+               (event->button() != Qt::RightButton || !m_mouse.RightButtonDown(point))) {
         QWidget::mousePressEvent(event);
     }
 }
@@ -174,7 +178,7 @@ void CWavoView::mouseMoveEvent(QMouseEvent* event) {
     const QPoint point = event->position().toPoint();
     if (event->buttons() == Qt::NoButton) {
         setCursor(m_cursor_input.IsOverCursor(point) ? Qt::SplitHCursor : Qt::ArrowCursor);
-    } else if (!m_cursor_input.MouseMove(point)) {
+    } else if (!m_past.TakeEvent(*event) && !m_cursor_input.MouseMove(point)) {
         m_mouse.MouseMove(point);
     }
 }
@@ -185,7 +189,7 @@ void CWavoView::mouseReleaseEvent(QMouseEvent* event) {
     }
     if (event->button() == Qt::RightButton) {
         m_mouse.RightButtonUp(event->position().toPoint());
-    } else {
+    } else if (!m_past.TakeEvent(*event)) {
         QWidget::mouseReleaseEvent(event);
     }
 }
@@ -194,7 +198,7 @@ void CWavoView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && m_mouse.IsDragging()) {
         m_mouse.Cancel();
     } else if (!m_cursor_input.KeyPress(event->key(), event->modifiers()) &&
-               !m_keys.KeyPress(event->key(), event->modifiers())) {
+               !m_keys.KeyPress(event->key(), event->modifiers()) && !m_past.TakeEvent(*event)) {
         QWidget::keyPressEvent(event);
     }
 }

@@ -19,6 +19,7 @@
 #include "view/graph_printer.h"
 #include "view/graph_screen.h"
 #include "view/measurements.h"
+#include "view/past_control.h"
 #include "view/session_display.h"
 #include "view/value_sources.h"
 #include "view/view_commands.h"
@@ -50,6 +51,7 @@ class CWavoView : public QWidget {
     [[nodiscard]] GraphBoard& Board() { return m_board; }
     [[nodiscard]] CAxSelect& Editor() { return *m_editor; }
     [[nodiscard]] GraphScreen& Screen() { return m_screen; }
+    [[nodiscard]] PastControl& Past() { return m_past; }
     [[nodiscard]] ZoomControl& Zooms() { return m_zooms; }
     [[nodiscard]] ViewCommands& Commands() { return m_commands; }
     [[nodiscard]] GraphPrinter& Printer() { return m_printer; }
@@ -79,6 +81,7 @@ class CWavoView : public QWidget {
     Session m_session;
     GraphBoard m_board;
     GraphScreen m_screen;
+    PastControl m_past;
     ZoomControl m_zooms;
     ViewMouse m_mouse;
     ViewKeys m_keys;

@@ -1,6 +1,5 @@
 #include "view/zoom_band.h"
 
-#include <QColor>
 #include <QPainter>
 #include <algorithm>
 

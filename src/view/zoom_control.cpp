@@ -4,13 +4,28 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <utility>
 
 #include "session/acquisition.h"
 #include "ui/graph_editor/ax_select.h"
 #include "view/graph_screen.h"
+#include "view/past_view.h"
 
 namespace wavo {
+
+namespace {
+
+/// Seconds that a graph shows, if that is not its time range.
+std::optional<double> ZoomedLength(const GraphDraw& drawer) {
+    if (drawer.Past().has_value() && drawer.Graph().XCoorType != CoorType::kAxis) {
+        const TimeWindow window = drawer.DisplayedWindow();
+        return window.end - window.start;
+    }
+    return drawer.Zoom().active ? std::optional(drawer.Zoom().Length()) : std::nullopt;
+}
+
+}  // namespace
 
 ZoomControl::ZoomControl(GraphBoard& board, CAxSelect& editor, GraphScreen& screen,
                          const Acquisition& acquisition, std::function<void()> zoomed)
@@ -33,6 +48,10 @@ std::vector<GraphDraw*> ZoomControl::ZoomedTogether(const GraphDraw& drawer) con
 
 void ZoomControl::ZoomGraph(std::size_t index, double start, double end) {
     const GraphDraw& drawer = *m_board.Drawers()[index];
+    if (m_past != nullptr && drawer.Past().has_value()) {
+        m_past->ZoomTo({start, end});
+        return;
+    }
     const TimeWindow span = drawer.Places().ZoomSpanOf({start, end});
     m_zooms.Zoom(ZoomedTogether(drawer), span);
     TellEditor(drawer);
@@ -53,6 +72,10 @@ void ZoomControl::ZoomTo(std::uint32_t graph_number, const TimeWindow& span) {
 
 void ZoomControl::ZoomOut(std::uint32_t graph_number) {
     const GraphDraw* const drawer = m_board.Find(graph_number);
+    if (drawer != nullptr && m_past != nullptr && drawer->Past().has_value()) {
+        m_past->StepBack();
+        return;
+    }
     if (drawer == nullptr || m_zooms.IsEmpty()) {
         return;
     }
@@ -72,27 +95,45 @@ void ZoomControl::LeaveAll() {
 
 void ZoomControl::Forget() {
     Clear();
+    m_past_length = 0.0;
     m_editor.SetZooms({});
 }
 
 // The editor shows how long a span is seen; it is not to be edited while that is a zoom.
 void ZoomControl::TellEditor(const GraphDraw& drawer) {
-    const ZoomState& zoom = drawer.Zoom();
     const GraphAndTime shown{drawer.Graph().GraphNumber,
-                             zoom.active ? zoom.Length() : drawer.Graph().XScale.TimeRange};
+                             ZoomedLength(drawer).value_or(drawer.Graph().XScale.TimeRange)};
     SendAppMessage(&m_editor, AppMessage::kSelectGraphAndTime, 0,
                    reinterpret_cast<std::int64_t>(&shown));
     std::map<std::uint32_t, double> spans;
     for (const auto& other : m_board.Drawers()) {
-        if (other->Zoom().active) {
-            spans[other->Graph().GraphNumber] = other->Zoom().Length();
+        if (const std::optional<double> length = ZoomedLength(*other)) {
+            spans[other->Graph().GraphNumber] = *length;
         }
     }
     m_editor.SetZooms(std::move(spans));
 }
 
+void ZoomControl::OnPastChanged() {
+    const auto& drawers = m_board.Drawers();
+    const GraphDraw* drawer = m_board.Find(Selected());
+    if (drawer == nullptr && !drawers.empty()) {
+        drawer = drawers.front().get();
+    }
+    if (drawer == nullptr) {
+        return;
+    }
+    const double length = ZoomedLength(*drawer).value_or(0.0);
+    if (length != std::exchange(m_past_length, length)) {
+        TellEditor(*drawer);
+    }
+}
+
 void ZoomControl::Select(std::uint32_t graph_number) {
     SendAppMessage(&m_editor, AppMessage::kSelectGraph, 0, graph_number);
+    if (m_past != nullptr) {
+        m_past->OnSelected();
+    }
 }
 
 std::uint32_t ZoomControl::Selected() const {

@@ -18,6 +18,7 @@ namespace wavo {
 class Acquisition;
 class CAxSelect;
 class GraphScreen;
+class PastView;
 
 class ZoomControl final : public ZoomTarget {
  public:
@@ -25,6 +26,11 @@ class ZoomControl final : public ZoomTarget {
     /// the state that its trigger brought it to.
     ZoomControl(GraphBoard& board, CAxSelect& editor, GraphScreen& screen,
                 const Acquisition& acquisition, std::function<void()> zoomed);
+
+    /// Who zooms graphs that show the past; not owned, outlives this object.
+    void SetPast(PastView* past) { m_past = past; }
+    /// The window of the past has changed: the editor shows how long it is.
+    void OnPastChanged();
 
     /// Zooms the drawn graph of an index to a span of its displayed time axis, seconds; in a swept
     /// picture to the samples that stand there; shown at once. Nothing for a graph that is not over
@@ -58,6 +64,8 @@ class ZoomControl final : public ZoomTarget {
     GraphScreen& m_screen;
     const Acquisition& m_acquisition;
     const std::function<void()> m_zoomed;
+    PastView* m_past = nullptr;
+    double m_past_length = 0.0;  // seconds, that the editor was told last
     GraphZooms m_zooms;
 };
 

@@ -98,6 +98,52 @@ TEST_F(RecordingFromTheViewer, SurvivesTheViewerAndIsEndedByTheNext) {
     master.End();
 }
 
+TEST_F(RecordingFromTheViewer, IsLookedAtWhileItGrowsAndTheLinkIsTakenUpAgain) {
+    DemoMaster master({QStringLiteral("--recording"), RecordingPath("circle_xy_r50")});
+    Open({"X"});
+    m_frame->ShowRecorders();
+    ASSERT_TRUE(WaitForLines(50));
+    Record(Path());
+    ASSERT_TRUE(WaitFor([this] { return LinesRecorded() > 100; }));
+    ASSERT_TRUE(View().Past().Files().Open(Path())) << ::testing::PrintToString(m_boxes);
+    EXPECT_FALSE(m_frame->Action(CommandId::kStop)->isEnabled());
+    EXPECT_TRUE(m_frame->Action(CommandId::kOpen)->isEnabled());
+    EXPECT_THAT(m_frame->windowTitle().toStdString(), ::testing::StartsWith("night shift"));
+    const std::uint64_t received = Cycle().TotalLines();
+    m_frame->Action(CommandId::kFollow)->trigger();
+    EXPECT_TRUE(m_frame->Action(CommandId::kFollow)->isChecked());
+    const SeenLines& window = View().Past().Window().Window();
+    const std::int64_t before = window.Seen().end;
+    ASSERT_TRUE(WaitFor([&] { return window.Seen().end > before + 500; })) << "it grows by itself";
+    EXPECT_EQ(Cycle().TotalLines(), received) << "the link was left";
+    m_frame->Action(CommandId::kCloseRecording)->trigger();
+    EXPECT_TRUE(m_frame->Action(CommandId::kStop)->isEnabled());
+    ASSERT_TRUE(WaitForLines(received + 200)) << "and is taken up again";
+    EndAll();
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+    master.End();
+}
+
+TEST_F(RecordingFromTheViewer, AMasterThatQuitsAndComesBackMeanwhileIsJoinedAtTheEnd) {
+    std::optional<DemoMaster> master;
+    master.emplace(QStringList{QStringLiteral("--recording"), RecordingPath("circle_xy_r50")});
+    Open({"X"});
+    m_frame->ShowRecorders();
+    ASSERT_TRUE(WaitForLines(50));
+    Record(Path());
+    ASSERT_TRUE(WaitFor([this] { return LinesRecorded() > 100; }));
+    EndAll();
+    ASSERT_TRUE(View().Past().Files().Open(Path()));
+    const std::string said = Message();
+    master->End();
+    master.emplace(QStringList{QStringLiteral("--recording"), RecordingPath("circle_xy_r50")});
+    EXPECT_FALSE(WaitFor([&] { return Message() != said; }, 300)) << Message();
+    m_frame->Action(CommandId::kCloseRecording)->trigger();
+    ASSERT_TRUE(WaitForLines(50));
+    EXPECT_THAT(TakeBoxes(), IsEmpty());
+    master->End();
+}
+
 TEST_F(RecordingFromTheViewer, AFileThatIsThereIsKept) {
     QFile there(QString::fromStdString(Path()));
     ASSERT_TRUE(there.open(QIODevice::WriteOnly));

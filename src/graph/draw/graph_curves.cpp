@@ -1,6 +1,10 @@
 #include "graph/draw/graph_curves.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "graph/draw/display_settings.h"
+#include "graph/values/missing_value.h"
 
 namespace wavo {
 
@@ -119,6 +123,55 @@ void GraphCurves::ShowWindow(const GraphZoom& zoom, const GraphRecorder& recorde
             m_lines[i]->ShowWindow(value->Values(), rows.Parts(i, wanted.position, wanted.count));
         }
     }
+}
+
+void GraphCurves::ShowHistory(const ShownHistory& history) {
+    if (!m_is_over_time) {
+        ShowPoints(history);
+        return;
+    }
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        m_lines[i]->ShowHistory(history.y[i], history.lines);
+    }
+}
+
+void GraphCurves::ShowPoints(const ShownHistory& history) {
+    LineRange lines = history.lines;
+    lines.begin = std::max(lines.begin, lines.end - ShownHistory::kMostPoints);
+    std::vector<History*> streams = history.y;
+    streams.push_back(history.x);
+    PointsRead read;
+    read.lines = lines;
+    for (const History* const stream : streams) {
+        read.streams.push_back(stream);
+        read.versions.push_back(stream != nullptr ? stream->Version() : 0);
+    }
+    if (read == m_points_read) {
+        return;
+    }
+    m_points_read = std::move(read);
+    const auto values_of = [&lines](History* stream) {
+        std::vector<double> values(static_cast<std::size_t>(lines.Count()), NoSample());
+        if (stream != nullptr) {
+            stream->Values(lines.begin, values);
+        }
+        return values;
+    };
+    const std::vector<double> x = values_of(history.x);
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        m_lines[i]->ShowPoints(x, values_of(history.y[i]));
+    }
+}
+
+void GraphCurves::ShowLive() {
+    m_points_read = {};
+    for (const auto& line : m_lines) {
+        line->ShowLive();
+    }
+}
+
+bool GraphCurves::IsExact() const {
+    return std::ranges::all_of(m_lines, [](const auto& line) { return line->IsExact(); });
 }
 
 void GraphCurves::KeepWindows() {

@@ -11,6 +11,7 @@
 #include "graph/draw/graph_zoom.h"
 #include "graph/draw/lines_draw_axis.h"
 #include "graph/draw/raster/plot_canvas.h"
+#include "graph/draw/shown_history.h"
 #include "graph/model/wavo_graph.h"
 #include "graph/record/graph_recorder.h"
 #include "support/color_ref.h"
@@ -53,6 +54,12 @@ class GraphCurves {
 
     /// Shows the window of a zoom. `rows` are those of the recorder's streams.
     void ShowWindow(const GraphZoom& zoom, const GraphRecorder& recorder, const StreamRows& rows);
+    /// Shows lines of the past in place of the curves, and adapts automatic scales to them.
+    void ShowHistory(const ShownHistory& history);
+    /// Shows the curves again.
+    void ShowLive();
+    /// What is shown of the past is exact.
+    [[nodiscard]] bool IsExact() const;
     /// Makes what windows show the curves' own, before the buffers go.
     void KeepWindows();
     /// Seconds that a curve over time holds itself, whatever a window shows.
@@ -62,12 +69,24 @@ class GraphCurves {
     [[nodiscard]] std::vector<GraphFrame::Curve> OfFrame() const;
 
  private:
+    /// What the points of the past over an axis were read from.
+    struct PointsRead {
+        std::vector<const History*> streams;
+        std::vector<std::uint64_t> versions;
+        LineRange lines;
+
+        friend bool operator==(const PointsRead&, const PointsRead&) = default;
+    };
+
+    void ShowPoints(const ShownHistory& history);
+
     WavoGraph& m_graph;
     ColorRef m_background;
     double m_cycle_time;
     bool m_is_over_time;
     ScaleDefinition m_shown_x_scale;
     std::vector<std::unique_ptr<LinesDrawAxis>> m_lines;
+    PointsRead m_points_read;
 };
 
 }  // namespace wavo

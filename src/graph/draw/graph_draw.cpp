@@ -1,6 +1,7 @@
 #include "graph/draw/graph_draw.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "graph/draw/report_texts.h"
 #include "support/diagnostics.h"
@@ -110,19 +111,47 @@ void GraphDraw::SetRectangle(const QRect& rectangle) {
 void GraphDraw::RestoreZoom(const ZoomState& zoom) {
     m_zoom.Restore(zoom);
     // The next step shows the range or the window; here only scales that followed the values.
-    bool changed = m_graph.XScale != zoom.definition.XScale;
-    m_graph.XScale = zoom.definition.XScale;
-    const std::size_t scales = std::min(Lines().size(), zoom.definition.YScales.size());
+    RestoreScales(zoom.definition);
+}
+
+void GraphDraw::RestoreScales(const WavoGraph& graph) {
+    bool changed = m_graph.XScale != graph.XScale;
+    m_graph.XScale = graph.XScale;
+    const std::size_t scales = std::min(Lines().size(), graph.YScales.size());
     for (std::size_t i = 0; i < scales; ++i) {
-        changed |= m_graph.YScales[i] != zoom.definition.YScales[i];
-        m_graph.YScales[i] = zoom.definition.YScales[i];
+        changed |= m_graph.YScales[i] != graph.YScales[i];
+        m_graph.YScales[i] = graph.YScales[i];
     }
     if (changed) {
         FollowFrame();
     }
 }
 
+void GraphDraw::ShowHistory(std::optional<ShownHistory> history) {
+    const bool was_live = !m_history.has_value();
+    m_history = std::move(history);
+    if (m_history.has_value() && was_live) {
+        m_before_history = m_graph;
+    } else if (!m_history.has_value() && !was_live) {
+        m_curves.ShowLive();
+        RestoreScales(m_before_history);
+        if (IsTimeGraph()) {
+            ShowScale(m_zoom.IsShown() ? m_zoom.State().Length() : m_graph.XScale.TimeRange);
+        }
+    }
+}
+
+TimeWindow GraphDraw::DisplayedWindow() const {
+    if (!m_history.has_value()) {
+        return m_zoom.Window();
+    }
+    const double cycle_time = m_recorder.CycleTime();
+    return {static_cast<double>(m_history->lines.begin - m_history->origin) * cycle_time,
+            static_cast<double>(m_history->lines.end - 1 - m_history->origin) * cycle_time};
+}
+
 void GraphDraw::DetachValues() {
+    ShowHistory(std::nullopt);  // it may be that of the buffers
     m_curves.KeepWindows();
     m_recorder.Detach();
 }

@@ -20,6 +20,7 @@
 #include <QRect>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,7 @@
 #include "graph/draw/graph_zoom.h"
 #include "graph/draw/lines_draw_axis.h"
 #include "graph/draw/raster/plot_canvas.h"
+#include "graph/draw/shown_history.h"
 #include "graph/draw/shown_values.h"
 #include "graph/model/wavo_graph.h"
 #include "graph/record/graph_recorder.h"
@@ -108,6 +110,14 @@ class GraphDraw {
         ShownValues(*this).RowsOf(axis_names, columns);
     }
 
+    /// Shows the past from the next step on: no values are taken meanwhile, no trigger is tested,
+    /// the run state stays. Nothing: the curves as they were, and the scales of that time.
+    /// REQUIRES: an entry per y axis.
+    void ShowHistory(std::optional<ShownHistory> history);
+    [[nodiscard]] const std::optional<ShownHistory>& Past() const { return m_history; }
+    /// What the last drawing showed is exact; else drawing again brings it closer.
+    [[nodiscard]] bool IsExact() const { return m_curves.IsExact(); }
+
     /// Forgets the buffers, before they go. The curves keep what they show.
     void DetachValues();
 
@@ -133,7 +143,7 @@ class GraphDraw {
     [[nodiscard]] const GraphFrame& Frame() const { return m_frame; }
     [[nodiscard]] const GraphZoom& ZoomWindow() const { return m_zoom; }
     [[nodiscard]] const ZoomState& Zoom() const { return m_zoom.State(); }
-    [[nodiscard]] const TimeWindow& DisplayedWindow() const { return m_zoom.Window(); }
+    [[nodiscard]] TimeWindow DisplayedWindow() const;
 
     /// The rubber band of a zoom that is being dragged; null when there is none.
     [[nodiscard]] const QRect& Tracker() const { return m_tracker; }
@@ -154,6 +164,7 @@ class GraphDraw {
     void FillScaleLines();
     void ShowScale(double time_range);
     void ShowFullScale();
+    void RestoreScales(const WavoGraph& graph);
 
     // The step (graph_draw_steps.cpp).
     void Restart();
@@ -163,6 +174,8 @@ class GraphDraw {
     /// Paints the frame, and gives what the curves are drawn on; null where there is no plot area.
     PlotCanvas* BeginPicture(QImage& picture);
     void ReportDifferentSizes() const;
+
+    void ShowPast();
 
     [[nodiscard]] bool IsTimeGraph() const { return m_graph.XCoorType != CoorType::kAxis; }
 
@@ -174,6 +187,8 @@ class GraphDraw {
     GraphZoom m_zoom;
     GraphCurves m_curves;
     PlotCanvas m_canvas;
+    std::optional<ShownHistory> m_history;
+    WavoGraph m_before_history;  ///< for the scales of that time
 };
 
 }  // namespace wavo

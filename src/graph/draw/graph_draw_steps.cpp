@@ -16,7 +16,9 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
     TakeValues();
     MTRACE(4, draw_texts::kValuesTaken);
     MTRACE(4, draw_texts::kTestingTrigger);
-    TestTriggers();
+    if (!m_history.has_value()) {
+        TestTriggers();
+    }
     MTRACE(4, draw_texts::kTriggerTested);
     m_recorder.LeaveOutUnderived();
     CheckScales();
@@ -40,7 +42,7 @@ void GraphDraw::Paint(QImage& picture) {
 }
 
 PlotCanvas* GraphDraw::BeginPicture(QImage& picture) {
-    if (m_frame.Draw(picture, {m_zoom.Window(), m_recorder.State(), m_curves.ShownXScale(),
+    if (m_frame.Draw(picture, {DisplayedWindow(), m_recorder.State(), m_curves.ShownXScale(),
                                m_curves.OfFrame()})) {
         m_canvas.Forget();
     }
@@ -67,7 +69,9 @@ void GraphDraw::TakeValues() {
     if (IsTimeGraph() && !Lines().empty()) {
         (void)Lines().front()->GetXTimeRange();  // reports a scale that is no time range
     }
-    if (m_zoom.IsShown()) {
+    if (m_history.has_value()) {
+        ShowPast();
+    } else if (m_zoom.IsShown()) {
         const StreamRows rows = m_recorder.Rows();
         if (m_zoom.TakeWindow(m_recorder, rows, m_curves.HeldTime())) {
             m_curves.ShowWindow(m_zoom, m_recorder, rows);
@@ -79,6 +83,13 @@ void GraphDraw::TakeValues() {
         m_curves.EmptyAttached(m_recorder);
     }
     ReportDifferentSizes();
+}
+
+void GraphDraw::ShowPast() {
+    if (IsTimeGraph()) {
+        ShowScale(static_cast<double>(m_history->lines.Count() - 1) * m_recorder.CycleTime());
+    }
+    m_curves.ShowHistory(*m_history);
 }
 
 void GraphDraw::TestTriggers() {
@@ -98,7 +109,9 @@ void GraphDraw::TestTriggers() {
 }
 
 void GraphDraw::CheckScales() {
-    m_curves.CheckScales(m_recorder, m_zoom.IsTaken());
+    if (!m_history.has_value()) {
+        m_curves.CheckScales(m_recorder, m_zoom.IsTaken());
+    }
     if (!IsTimeGraph() && !Lines().empty()) {
         FillScaleLines();
         m_graph.UpdateGuidingCircles();

@@ -47,7 +47,7 @@ std::optional<int> GraphPlaces::PixelAt(double time) const {
 TimeWindow GraphPlaces::ZoomSpanOf(const TimeWindow& marked) const {
     const WavoGraph& graph = m_graph.Graph();
     if (graph.XCoorType == CoorType::kAxis || graph.Mode == GraphMode::kContinuity ||
-        m_graph.Zoom().active || m_graph.Lines().empty()) {
+        m_graph.Zoom().active || m_graph.Past().has_value() || m_graph.Lines().empty()) {
         return marked;
     }
     const LinesDrawAxis& line = *m_graph.Lines().front();  // all curves sweep together
@@ -96,6 +96,13 @@ std::vector<LineLog::Run> GraphPlaces::CurveLines(const TimeCurve& curve) const 
 }
 
 std::optional<std::int64_t> GraphPlaces::LineAt(double time) const {
+    if (m_graph.Past().has_value()) {
+        const LineRange& lines = m_graph.Past()->lines;
+        const double line = std::round(time / m_graph.Recorder().CycleTime());
+        return line >= 0.0 && line < static_cast<double>(lines.Count())
+                   ? std::optional(lines.begin + static_cast<std::int64_t>(line))
+                   : std::nullopt;
+    }
     if (m_graph.ZoomWindow().IsOfBuffers()) {
         constexpr std::uint64_t kMost = std::uint64_t{1} << 62U;
         const std::uint64_t row = ToCount(time / m_graph.Recorder().CycleTime() + 0.5, kMost);
@@ -109,6 +116,13 @@ std::optional<std::int64_t> GraphPlaces::LineAt(double time) const {
 }
 
 std::optional<double> GraphPlaces::TimeOf(std::int64_t line) const {
+    if (m_graph.Past().has_value()) {
+        const LineRange& lines = m_graph.Past()->lines;
+        return line >= lines.begin && line < lines.end
+                   ? std::optional(static_cast<double>(line - lines.begin) *
+                                   m_graph.Recorder().CycleTime())
+                   : std::nullopt;
+    }
     if (m_graph.ZoomWindow().IsOfBuffers()) {
         const std::optional<std::uint64_t> row = SequenceOf(WindowLines(), line);
         return row.has_value()
@@ -121,7 +135,21 @@ std::optional<double> GraphPlaces::TimeOf(std::int64_t line) const {
     return row.has_value() ? std::optional(curve->TimeAt(*row - FirstRow(*curve))) : std::nullopt;
 }
 
+std::optional<double> GraphPlaces::PastValueAt(std::size_t axis, double time) const {
+    History* const history = m_graph.Past()->y[axis];
+    const std::optional<std::int64_t> line = LineAt(time);
+    if (history == nullptr || !line.has_value()) {
+        return std::nullopt;
+    }
+    double value = 0.0;
+    history->Values(*line, {&value, 1});
+    return std::isnan(value) ? std::nullopt : std::optional(value);
+}
+
 std::optional<double> GraphPlaces::ValueAt(std::size_t axis, double time) const {
+    if (m_graph.Past().has_value()) {
+        return PastValueAt(axis, time);
+    }
     const TimeCurve* const curve = m_graph.Lines()[axis]->OverTime();
     const std::optional<std::uint64_t> position =
         curve != nullptr ? curve->PositionAt(time) : std::nullopt;

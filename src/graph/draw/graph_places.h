@@ -48,6 +48,7 @@ class GraphPlaces {
     [[nodiscard]] std::optional<double> ValueAt(std::size_t axis, double time) const;
 
  private:
+    [[nodiscard]] std::optional<double> PastValueAt(std::size_t axis, double time) const;
     /// The samples of a curve that shows some; null when there is none.
     [[nodiscard]] const TimeCurve* AnyCurve() const;
     /// The lines of the rows in the zoom window.

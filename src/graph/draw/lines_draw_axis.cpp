@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "graph/draw/curve/curve_kinds.h"
+#include "graph/draw/curve/curve_over_axis.h"
 #include "graph/draw/display_settings.h"
 #include "graph/draw/frame/colors.h"
 #include "graph/draw/report_texts.h"
@@ -68,14 +69,20 @@ void LinesDrawAxis::SetGeometry(const PlotGeometry& geometry, double device_rati
     m_plot.y.SetLines(geometry.horizontal);
     m_plot.y.Fill(RangeOf(m_y_scale));
     m_plot.y.ResetSegment();
-    m_curve->Remap(m_plot,
-                   {.x_changed = true, .y_changed = true, .force_x = true, .force_y = true});
+    Remap({.x_changed = true, .y_changed = true, .force_x = true, .force_y = true});
 }
 
 void LinesDrawAxis::XScaleChanged() {
     m_plot.x.Fill(RangeOf(m_x_scale));
     m_plot.x.ResetSegment();
-    m_curve->Remap(m_plot, {.x_changed = true, .force_x = true});
+    Remap({.x_changed = true, .force_x = true});
+}
+
+void LinesDrawAxis::Remap(const Remapping& what) {
+    m_curve->Remap(m_plot, what);
+    if (m_past != nullptr) {
+        m_past->Remap(m_plot, what);
+    }
 }
 
 double LinesDrawAxis::GetXTimeRange() const {
@@ -108,7 +115,7 @@ void LinesDrawAxis::DrawLinesXIsAx(const std::vector<double>& x_values,
 
 void LinesDrawAxis::ShowWindow(const SampleBuffer& buffer, std::vector<RowPart> parts) {
     m_over_time->ShowWindow(buffer, std::move(parts));
-    FitScaleToWindow();
+    FitScaleToWindow(m_curve->FiniteExtremes(Coordinate::kY));
 }
 
 void LinesDrawAxis::ShowOwnWindow(double from, double to) {
@@ -118,7 +125,52 @@ void LinesDrawAxis::ShowOwnWindow(double from, double to) {
     const std::uint64_t count = ToCount((to - from) / m_settings.cycle_time, end);
     const std::uint64_t first = std::min(end - count, held);
     m_over_time->ShowOwnWindow({first, std::min(end, held) - first});
-    FitScaleToWindow();
+    FitScaleToWindow(m_curve->FiniteExtremes(Coordinate::kY));
+}
+
+void LinesDrawAxis::ShowHistory(History* history, const LineRange& lines) {
+    m_shows_past = true;
+    if (history == nullptr) {
+        m_past.reset();
+        m_past_over_time = nullptr;
+        return;
+    }
+    const HistoryCurve::Place place{lines.begin, 0.0, m_settings.cycle_time, lines.end - 1};
+    if (m_past_over_time != nullptr && &m_past_over_time->Past() == history) {
+        m_past_over_time->SetPlace(place);
+    } else {
+        auto past = std::make_unique<HistoryCurve>(*history, place);
+        m_past_over_time = past.get();
+        m_past = std::move(past);
+    }
+    if (m_y_scale.ScaleType == ScaleTypeCode::kAxis &&
+        m_y_scale.ScaleAx == ScaleAxCode::kAutomatic) {
+        FitScaleToWindow(m_past_over_time->FiniteExtremes(m_plot));
+    }
+}
+
+void LinesDrawAxis::ShowPoints(const std::vector<double>& x_values,
+                               const std::vector<double>& y_values) {
+    m_shows_past = true;
+    m_plot.x.ForgetLast();
+    m_plot.y.ForgetLast();
+    // The x scale is that of all curves of the graph: another one may have adapted it.
+    m_x_auto.Reset();
+    const auto none = [] { return Extremes(); };
+    m_x_auto.Check(m_x_scale, ExtremesOf(x_values), MaxPoints(), none);
+    ApplyScaleChange(Coordinate::kX);
+    const Extremes of_y = ExtremesOf(y_values);
+    FitScaleToWindow(of_y.set ? MinMax{of_y.minimum, of_y.maximum} : MinMax());
+    m_past_points = static_cast<double>(x_values.size());
+    auto past = std::make_unique<CurveOverAxis>(std::max<std::uint64_t>(x_values.size(), 1));
+    past->Add({x_values, y_values}, m_plot);
+    m_past = std::move(past);
+}
+
+void LinesDrawAxis::ShowLive() {
+    m_shows_past = false;
+    m_past.reset();
+    m_past_over_time = nullptr;
 }
 
 void LinesDrawAxis::KeepWindow() {
@@ -127,14 +179,13 @@ void LinesDrawAxis::KeepWindow() {
     }
 }
 
-void LinesDrawAxis::FitScaleToWindow() {
+void LinesDrawAxis::FitScaleToWindow(const MinMax& extremes) {
     // The scale fits the window alone, whatever was drawn before.
     m_y_auto.Reset();
     MTRACE(4, draw_texts::kCheckingYScale);
     const ScaleDefinition before = m_y_scale;
     const bool checked =
-        m_y_auto.Check(m_y_scale, ToExtremes(m_curve->FiniteExtremes(Coordinate::kY)), MaxPoints(),
-                       [] { return Extremes(); });
+        m_y_auto.Check(m_y_scale, ToExtremes(extremes), MaxPoints(), [] { return Extremes(); });
     // A window that stands still has the same scale each time.
     if (checked && m_y_scale != before) {
         ApplyScaleChange(Coordinate::kY);
@@ -151,7 +202,7 @@ void LinesDrawAxis::ApplyScaleChange(Coordinate coordinate) {
     }
     m_plot.x.ResetSegment();
     m_plot.y.ResetSegment();
-    m_curve->Remap(m_plot, {.x_changed = is_x, .y_changed = !is_x, .force_y = true});
+    Remap({.x_changed = is_x, .y_changed = !is_x, .force_y = true});
 }
 
 void LinesDrawAxis::CheckScale(Coordinate coordinate, const std::vector<double>& new_values) {
@@ -181,23 +232,27 @@ CurveStyle LinesDrawAxis::StyleIn(ColorRef color) const {
     style.background = ToQColor(m_settings.background);
     style.points = m_settings.mode_ax == AxisDrawMode::kPoints;
     style.point_size = m_settings.point_size;
-    style.fade_out_age = m_settings.fade_out_time / m_settings.cycle_time;
+    style.fade_out_age =
+        m_shows_past ? m_past_points : m_settings.fade_out_time / m_settings.cycle_time;
     return style;
+}
+
+void LinesDrawAxis::DrawIn(ColorRef color, PlotCanvas* canvas) {
+    Curve* const drawn = m_shows_past ? m_past.get() : m_curve.get();
+    if (canvas != nullptr && drawn != nullptr) {
+        drawn->Draw(m_plot, StyleIn(color), *canvas);
+    }
 }
 
 void LinesDrawAxis::DrawAllLinesXIsTime(ColorRef color, PlotCanvas* canvas) {
     MTRACE(4, draw_texts::kDrawingOverTime);
-    if (canvas != nullptr) {
-        m_curve->Draw(m_plot, StyleIn(color), *canvas);
-    }
+    DrawIn(color, canvas);
     MTRACE(4, draw_texts::kDrawnOverTime);
 }
 
 void LinesDrawAxis::DrawAllLinesXIsAx(ColorRef color, PlotCanvas* canvas) {
     MTRACE(4, draw_texts::kDrawingOverAxis);
-    if (canvas != nullptr) {
-        m_curve->Draw(m_plot, StyleIn(color), *canvas);
-    }
+    DrawIn(color, canvas);
     MTRACE(4, draw_texts::kDrawnOverAxis);
 }
 

@@ -20,12 +20,14 @@
 #include <vector>
 
 #include "graph/draw/curve/curve.h"
+#include "graph/draw/curve/history_curve.h"
 #include "graph/draw/curve/line_point.h"
 #include "graph/draw/curve/time_curve.h"
 #include "graph/draw/frame/scale.h"
 #include "graph/draw/raster/mapping.h"
 #include "graph/draw/raster/plot_canvas.h"
 #include "graph/model/wavo_graph.h"
+#include "source/history.h"
 
 namespace wavo {
 
@@ -94,6 +96,20 @@ class LinesDrawAxis {
     /// Makes what a window shows the curve's own, before its ring goes.
     void KeepWindow();
 
+    /// Shows lines of the past over time in place of the curve, the first at the left border, the
+    /// last at the right one, and adapts an automatic scale to them. `history` is not owned and
+    /// stays until ShowLive; null: nothing is shown.
+    void ShowHistory(History* history, const LineRange& lines);
+    /// Shows points over an axis in place of the curve; they fade over all of them. REQUIRES: as
+    /// many x values as y values.
+    void ShowPoints(const std::vector<double>& x_values, const std::vector<double>& y_values);
+    /// Shows the curve again.
+    void ShowLive();
+    /// What is shown of the past is exact; else it comes closer with every drawing.
+    [[nodiscard]] bool IsExact() const {
+        return m_past_over_time == nullptr || m_past_over_time->IsComplete();
+    }
+
     /// Draws the whole curve; nothing for fewer than 2 points or without a canvas.
     void DrawAllLinesXIsTime(ColorRef color, PlotCanvas* canvas);
 
@@ -139,8 +155,10 @@ class LinesDrawAxis {
 
  private:
     void ApplyScaleChange(Coordinate coordinate);
+    void Remap(const Remapping& what);
+    void DrawIn(ColorRef color, PlotCanvas* canvas);
     [[nodiscard]] CurveStyle StyleIn(ColorRef color) const;
-    void FitScaleToWindow();
+    void FitScaleToWindow(const MinMax& extremes);
     void CheckScale(Coordinate coordinate, const std::vector<double>& new_values);
 
     // Constant after construction.
@@ -152,6 +170,10 @@ class LinesDrawAxis {
     CurvePlot m_plot;
     std::unique_ptr<LiveCurve> m_curve;
     TimeCurve* m_over_time;  ///< of the curve; null over an axis
+    bool m_shows_past = false;
+    std::unique_ptr<Curve> m_past;             ///< in place of the curve; null: nothing is shown
+    HistoryCurve* m_past_over_time = nullptr;  ///< the same; null over an axis
+    double m_past_points = 0.0;                ///< over an axis
     AutoScale m_x_auto;
     AutoScale m_y_auto;
 };

@@ -82,7 +82,8 @@ BarSetup DefaultBarSetup() {
         standard.items.push_back(static_cast<int>(id));
     }
     BarContent recording{QStringLiteral("Recording"), {}};
-    for (const CommandId id : {CommandId::kRecord, CommandId::kStopRecording}) {
+    for (const CommandId id :
+         {CommandId::kRecord, CommandId::kStopRecording, CommandId::kOpenRecording}) {
         recording.items.push_back(static_cast<int>(id));
     }
     BarSetup setup;

@@ -19,7 +19,7 @@ bool IsLook(CommandId id) {
 
 bool IsSwitch(CommandId id) {
     return IsLook(id) || id == CommandId::kStatusBar || id == CommandId::kMeasurements ||
-           id == CommandId::kHideMeasurements;
+           id == CommandId::kHideMeasurements || id == CommandId::kFollow;
 }
 
 }  // namespace

@@ -26,6 +26,11 @@ void Folder(IconSketch& sketch) {
     sketch.Polygon({{4, 7}, {15, 7}, {12, 13}, {1, 13}}, IconInk::kYellow, IconInk::kLine);
 }
 
+void FolderWithDisc(IconSketch& sketch) {
+    Folder(sketch);
+    sketch.Circle(11, 11, 4, IconInk::kRed, IconInk::kLine);
+}
+
 void Disk(IconSketch& sketch) {
     sketch.Polygon({{2, 2}, {12, 2}, {14, 4}, {14, 14}, {2, 14}}, IconInk::kBlue, IconInk::kLine);
     sketch.Box(5, 2, 11, 6, IconInk::kPaper, IconInk::kLine);
@@ -142,12 +147,13 @@ void Door(IconSketch& sketch) {
 
 using Draw = void (*)(IconSketch&);
 
-struct Drawing {
+struct IconRow {
     CommandId id;
     Draw draw;
 };
 
-constexpr Drawing kDrawings[] = {
+/// Commands that are not here have no icon, and stand in no tool bar.
+constexpr IconRow kIcons[] = {
     {CommandId::kNew, Page},
     {CommandId::kOpen, Folder},
     {CommandId::kSave, Disk},
@@ -164,6 +170,7 @@ constexpr Drawing kDrawings[] = {
     {CommandId::kRecord, Disc},
     {CommandId::kStopRecording, DiscAndSquare},
     {CommandId::kMeasurements, CurveWithCursors},
+    {CommandId::kOpenRecording, FolderWithDisc},
     {CommandId::kShowGraphEditor, Curves},
     {CommandId::kAbout, Mark},
     {CommandId::kCustomize, Brush},
@@ -171,12 +178,9 @@ constexpr Drawing kDrawings[] = {
     {CommandId::kExit, Door},
 };
 
-/// Null for a command without an icon.
 Draw DrawingOf(CommandId id) {
-    const auto* const found =
-        std::find_if(std::begin(kDrawings), std::end(kDrawings),
-                     [id](const Drawing& drawing) { return drawing.id == id; });
-    return found == std::end(kDrawings) ? nullptr : found->draw;
+    const auto* const row = std::ranges::find(kIcons, id, &IconRow::id);
+    return row == std::end(kIcons) ? nullptr : row->draw;
 }
 
 class CommandIconEngine : public QIconEngine {

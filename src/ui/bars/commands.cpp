@@ -10,6 +10,7 @@ namespace {
 constexpr CommandOwner kShell = CommandOwner::kShell;
 constexpr CommandOwner kRecording = CommandOwner::kRecording;
 constexpr CommandOwner kMeasure = CommandOwner::kMeasure;
+constexpr CommandOwner kRecorded = CommandOwner::kRecorded;
 
 constexpr Command kCommandTable[] = {
     {CommandId::kNew, "new", "&New\tCtrl+N", "Begins without any graph\nNew"},
@@ -58,6 +59,24 @@ constexpr Command kCommandTable[] = {
      "Records every line of the master to a file\nRecord", kRecording},
     {CommandId::kStopRecording, "stop_recording", "&Stop Recording\tCtrl+Shift+R",
      "Ends a recording; its file is complete then\nStop recording", kRecording},
+    {CommandId::kOpenRecording, "open_recording", "&Open Recording...\tCtrl+Shift+O",
+     "Shows a recording in place of the live values\nOpen recording", kRecorded},
+    {CommandId::kCloseRecording, "close_recording", "&Close Recording\tCtrl+Shift+W",
+     "Shows the live values again, with the graphs of before\nClose recording", kRecorded},
+    {CommandId::kRecordingGraphs, "recording_graphs", "&Graphs of the Recording",
+     "Shows the graphs that were in use when it was recorded\nGraphs of the recording", kRecorded},
+    {CommandId::kFollow, "follow", "&Follow", "Stays at the end of a recording that grows\nFollow",
+     kRecorded},
+    {CommandId::kNextTrigger, "next_trigger", "&Next Trigger\tF3",
+     "Goes to where a trigger of the selected graph fires next\nNext trigger", kRecorded},
+    {CommandId::kPreviousTrigger, "previous_trigger", "&Previous Trigger\tShift+F3",
+     "Goes to where a trigger of the selected graph fired before\nPrevious trigger", kRecorded},
+    {CommandId::kNextEvent, "next_event", "Next E&vent\tCtrl+F3",
+     "Goes to the next event or gap of the recording\nNext event", kRecorded},
+    {CommandId::kPreviousEvent, "previous_event", "Previous Even&t\tCtrl+Shift+F3",
+     "Goes to the event or gap before\nPrevious event", kRecorded},
+    {CommandId::kRecentRecording, "recent_recording", "Recent R&ecordings",
+     "Opens this recording\nRecent recordings", kRecorded},
     {CommandId::kMeasurements, "measurements", "&Measurements\tCtrl+M",
      "Shows two cursors, and the figures at and between them\nMeasurements", kMeasure},
     {CommandId::kHideMeasurements, "hide_measurements", "&Hide at the Edge",
@@ -82,10 +101,11 @@ constexpr CommandId kBasicCommands[] = {
 };
 
 constexpr CommandId kHarmlessCommands[] = {
-    CommandId::kOpen,      CommandId::kSaveAs,         CommandId::kPrint,
-    CommandId::kPageSetup, CommandId::kPrintPreview,   CommandId::kProperties,
-    CommandId::kCustomize, CommandId::kAdditionalText, CommandId::kShowGraphEditor,
-    CommandId::kAbout,     CommandId::kRecord,         CommandId::kMeasurements,
+    CommandId::kOpen,         CommandId::kSaveAs,         CommandId::kPrint,
+    CommandId::kPageSetup,    CommandId::kPrintPreview,   CommandId::kProperties,
+    CommandId::kCustomize,    CommandId::kAdditionalText, CommandId::kShowGraphEditor,
+    CommandId::kAbout,        CommandId::kRecord,         CommandId::kOpenRecording,
+    CommandId::kMeasurements,
 };
 
 QString Part(const char* text, QChar separator, int index) {

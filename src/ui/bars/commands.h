@@ -13,7 +13,13 @@
 namespace wavo {
 
 /// Who carries out a command.
-enum class CommandOwner { kView, kShell, kRecording, kMeasure };
+enum class CommandOwner {
+    kView,
+    kShell,
+    kRecording,  ///< what records
+    kRecorded,   ///< who looks at recordings
+    kMeasure,
+};
 
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the table's columns
 struct Command {

@@ -17,7 +17,8 @@ namespace wavo {
 FrameMenus::FrameMenus(QMainWindow& frame, MenuDock& dock, const CommandActions& actions,
                        const BarSetup& setup, const CommandActions::Handler& handler)
     : m_frame(frame), m_dock(dock), m_actions(actions), m_setup(setup) {
-    MakeRecentFileActions(handler);
+    MakeRecentFileActions(CommandId::kRecentFile, handler);
+    MakeRecentFileActions(CommandId::kRecentRecording, handler);
     m_show_all = new QAction(QStringLiteral("Show all commands"), &frame);
     m_show_all->setObjectName(QStringLiteral("show_all_commands"));
     m_show_all->setStatusTip(QStringLiteral("Shows the menu again with all of its commands"));
@@ -35,7 +36,8 @@ FrameMenus::FrameMenus(QMainWindow& frame, MenuDock& dock, const CommandActions&
     });
     BuildMenuBar();
     BuildLookMenu();
-    ShowRecentFiles({}, {});
+    ShowRecentFiles(CommandId::kRecentFile, {}, {});
+    ShowRecentFiles(CommandId::kRecentRecording, {}, {});
 }
 
 FrameMenus::~FrameMenus() {
@@ -45,15 +47,16 @@ FrameMenus::~FrameMenus() {
     }
 }
 
-void FrameMenus::MakeRecentFileActions(const CommandActions::Handler& handler) {
+void FrameMenus::MakeRecentFileActions(CommandId command, const CommandActions::Handler& handler) {
+    const Command& row = *FindCommand(command);
     for (int index = 0; index < RecentFiles::kMost; ++index) {
         auto* const action = new QAction(&m_frame);
-        const int number = static_cast<int>(CommandId::kRecentFile) + index;
-        action->setObjectName(QStringLiteral("recent_file_%1").arg(index + 1));
-        action->setStatusTip(StatusPrompt(*FindCommand(CommandId::kRecentFile)));
+        const int number = static_cast<int>(command) + index;
+        action->setObjectName(QStringLiteral("%1_%2").arg(row.object_name).arg(index + 1));
+        action->setStatusTip(StatusPrompt(row));
         QObject::connect(action, &QAction::triggered, &m_frame,
                          [handler, number] { handler(static_cast<CommandId>(number)); });
-        m_recent_files.push_back(action);
+        m_recent_files[command].push_back(action);
     }
 }
 
@@ -110,8 +113,8 @@ void FrameMenus::BuildMenuBar() {
 
 void FrameMenus::AddItem(Content& content, CommandId id) {
     content.all.push_back(m_actions.Find(id));
-    if (id == CommandId::kRecentFile) {
-        content.all.insert(content.all.end(), m_recent_files.begin(), m_recent_files.end());
+    if (const auto recent = m_recent_files.find(id); recent != m_recent_files.end()) {
+        content.all.insert(content.all.end(), recent->second.begin(), recent->second.end());
     }
 }
 
@@ -141,6 +144,7 @@ bool FrameMenus::IsInShortMenu(const QAction& action) const {
            std::any_of(commands.begin(), commands.end(),
                        [&](const Command& command) {
                            return (command.owner == CommandOwner::kRecording ||
+                                   command.owner == CommandOwner::kRecorded ||
                                    command.owner == CommandOwner::kMeasure) &&
                                   is_action(command.id);
                        }) ||
@@ -184,10 +188,11 @@ void FrameMenus::BuildLookMenu() {
     }
 }
 
-void FrameMenus::ShowRecentFiles(const QStringList& texts, const QStringList& paths) {
-    m_actions.Find(CommandId::kRecentFile)->setVisible(texts.isEmpty());
+void FrameMenus::ShowRecentFiles(CommandId command, const QStringList& texts,
+                                 const QStringList& paths) {
+    m_actions.Find(command)->setVisible(texts.isEmpty());
     for (int index = 0; index < RecentFiles::kMost; ++index) {
-        QAction* const action = m_recent_files[static_cast<std::size_t>(index)];
+        QAction* const action = m_recent_files.at(command)[static_cast<std::size_t>(index)];
         action->setVisible(index < texts.size());
         action->setText(texts.value(index));
         action->setToolTip(paths.value(index));

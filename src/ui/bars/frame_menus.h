@@ -6,6 +6,7 @@
 
 #include <QMainWindow>
 #include <QStringList>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -30,8 +31,9 @@ class FrameMenus {
     FrameMenus(const FrameMenus&) = delete;
     FrameMenus& operator=(const FrameMenus&) = delete;
 
-    /// Shows the texts (see RecentFiles::ItemText) in the place of the command of recent files.
-    void ShowRecentFiles(const QStringList& texts, const QStringList& paths);
+    /// Shows the texts (see RecentFiles::ItemText) in the place of a command of recent files:
+    /// kRecentFile or kRecentRecording.
+    void ShowRecentFiles(CommandId command, const QStringList& texts, const QStringList& paths);
 
     /// The menu of looks that pops up by itself.
     [[nodiscard]] QMenu& LookMenu() { return *m_look_menu; }
@@ -47,7 +49,7 @@ class FrameMenus {
 
     void BuildMenuBar();
     void BuildLookMenu();
-    void MakeRecentFileActions(const CommandActions::Handler& handler);
+    void MakeRecentFileActions(CommandId command, const CommandActions::Handler& handler);
     void AddItem(Content& content, CommandId id);
     void Fill(const Content& content, bool complete);
     [[nodiscard]] bool IsInShortMenu(const QAction& action) const;
@@ -58,8 +60,8 @@ class FrameMenus {
     const CommandActions& m_actions;
     const BarSetup& m_setup;
     std::vector<std::unique_ptr<Content>> m_contents;
-    std::vector<QAction*> m_recent_files;
-    QMenu* m_look_menu = nullptr;  // child of the frame
+    std::map<CommandId, std::vector<QAction*>> m_recent_files;  // by the first command of each list
+    QMenu* m_look_menu = nullptr;                               // child of the frame
     QAction* m_show_all = nullptr;
     const QMenu* m_shown_last = nullptr;
     bool m_show_all_once = false;

@@ -3,22 +3,20 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSettings>
+#include <utility>
 
 namespace wavo {
 
 namespace {
 
 constexpr int kLongestPath = 60;  // characters in the menu
-const QString& Key() {
-    static const QString key = QStringLiteral("RecentFiles");
-    return key;
-}
 
 }  // namespace
 
-RecentFiles::RecentFiles(QSettings* settings) : m_settings(settings) {
+RecentFiles::RecentFiles(QSettings* settings, QString key)
+    : m_settings(settings), m_key(std::move(key)) {
     if (m_settings != nullptr) {
-        m_paths = m_settings->value(Key()).toStringList();
+        m_paths = m_settings->value(m_key).toStringList();
         Normalize();
     }
 }
@@ -27,7 +25,7 @@ void RecentFiles::Add(const QString& path) {
     m_paths.prepend(path);
     Normalize();
     if (m_settings != nullptr) {
-        m_settings->setValue(Key(), m_paths);
+        m_settings->setValue(m_key, m_paths);
     }
 }
 

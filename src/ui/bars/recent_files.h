@@ -1,10 +1,11 @@
-// The graph files that were opened last, newest first.
+// The files of one kind that were opened last, newest first.
 //
 // Invariants:
 // 1. No more than kMost paths, none empty, none twice.
 // 2. What changes is stored at once.
 #pragma once
 
+#include <QString>
 #include <QStringList>
 
 class QSettings;
@@ -15,8 +16,9 @@ class RecentFiles {
  public:
     static constexpr int kMost = 4;
 
-    /// Reads the list. `settings` is not owned and outlives the object; null: nothing is stored.
-    explicit RecentFiles(QSettings* settings);
+    /// Reads the list that is stored under `key`. `settings` is not owned and outlives the object;
+    /// null: nothing is stored.
+    explicit RecentFiles(QSettings* settings, QString key = QStringLiteral("RecentFiles"));
 
     /// Puts a path (UTF-8) at the top.
     void Add(const QString& path);
@@ -31,6 +33,7 @@ class RecentFiles {
     void Normalize();
 
     QSettings* const m_settings;
+    const QString m_key;
     QStringList m_paths;
 };
 

@@ -21,9 +21,15 @@ constexpr int ProgressNumber(ExportProgressId id) {
 constexpr std::array<ControlRow, 3> kExportProgressRows{{
     {ProgressNumber(ExportProgressId::kBar), ControlKind::kProgress, "progress", ""},
     {ProgressNumber(ExportProgressId::kRows), ControlKind::kStatic, "", ""},
-    {ProgressNumber(ExportProgressId::kCancel), ControlKind::kCancel, "Cancel",
-     "Stop writing; the rows that are written stay in the file"},
+    {ProgressNumber(ExportProgressId::kCancel), ControlKind::kCancel, "Cancel", ""},
 }};
+
+constexpr ProgressTexts kExportTexts{"Save Values",
+                                     "The file that is written",
+                                     "How much of the file is written",
+                                     "How many rows are in the file",
+                                     "Stop writing; the rows that are written stay in the file",
+                                     "rows"};
 
 /// Steps of the bar.
 constexpr std::uint64_t kSteps = 1000;
@@ -33,17 +39,24 @@ constexpr int kCharacters = 56;
 }  // namespace
 
 ExportProgress::ExportProgress(const std::string& path, QWidget* parent)
-    : TableDialog(QStringLiteral("Save Values"), kExportProgressRows, parent) {
+    : ExportProgress(kExportTexts, path, parent) {}
+
+ExportProgress::ExportProgress(const ProgressTexts& texts, const std::string& subject,
+                               QWidget* parent)
+    : TableDialog(QString::fromUtf8(texts.caption), kExportProgressRows, parent), m_texts(texts) {
     setWindowModality(Qt::WindowModal);
     auto* const file = new ElidedLabel(this);
     file->setTextFormat(Qt::PlainText);
-    file->setText(QString::fromStdString(path));
+    file->setText(QString::fromStdString(subject));
     file->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    file->setAccessibleDescription(QStringLiteral("The file that is written"));
+    file->setAccessibleDescription(QString::fromUtf8(texts.subject_tip));
     auto& rows = Control<QLabel>(ProgressNumber(ExportProgressId::kRows));
-    rows.setAccessibleDescription(QStringLiteral("How many rows are in the file"));
+    rows.setAccessibleDescription(QString::fromUtf8(texts.count_tip));
     auto& bar = Control<QProgressBar>(ProgressNumber(ExportProgressId::kBar));
-    bar.setAccessibleDescription(QStringLiteral("How much of the file is written"));
+    bar.setAccessibleDescription(QString::fromUtf8(texts.bar_tip));
+    QWidget& cancel = Control(ProgressNumber(ExportProgressId::kCancel));
+    cancel.setToolTip(QString::fromUtf8(texts.cancel_tip));
+    cancel.setAccessibleDescription(cancel.toolTip());
     bar.setRange(0, static_cast<int>(kSteps));
     bar.setMinimumWidth(fontMetrics().averageCharWidth() * kCharacters);
 
@@ -62,7 +75,10 @@ void ExportProgress::SetRows(std::uint64_t written, std::uint64_t total) {
     Control<QProgressBar>(ProgressNumber(ExportProgressId::kBar))
         .setValue(static_cast<int>(part * static_cast<double>(kSteps)));
     Control<QLabel>(ProgressNumber(ExportProgressId::kRows))
-        .setText(QStringLiteral("%1 of %2 rows").arg(written).arg(total));
+        .setText(QStringLiteral("%1 of %2 %3")
+                     .arg(written)
+                     .arg(total)
+                     .arg(QString::fromUtf8(m_texts.unit)));
 }
 
 void ExportProgress::reject() {

@@ -11,6 +11,15 @@
 
 namespace wavo {
 
+namespace {
+
+std::int32_t DerivationOf(const EditorFields& fields) {
+    return std::clamp(ReadInteger(fields.Text(EditorControl::kDerivation)), 0,
+                      kHighestStoredDerivation);
+}
+
+}  // namespace
+
 GraphEditing::GraphEditing(EditorFields& fields, QObject* view, Shower shower)
     : m_fields(fields), m_view(view), m_shower(std::move(shower)) {}
 
@@ -40,12 +49,15 @@ std::uint32_t GraphEditing::SelectedNumber() const {
 }
 
 std::int32_t GraphEditing::Derivation() const {
-    return std::clamp(ReadInteger(m_fields.Text(EditorControl::kDerivation)), 0,
-                      kHighestStoredDerivation);
+    return DerivationOf(m_fields);
+}
+
+std::optional<std::size_t> ChosenAxis(const EditorFields& fields, const WavoGraph& graph) {
+    return FindYAxis(graph, fields.Text(EditorControl::kYAxis), DerivationOf(fields));
 }
 
 std::optional<std::size_t> GraphEditing::ChosenAxis(const WavoGraph& graph) const {
-    return FindYAxis(graph, m_fields.Text(EditorControl::kYAxis), Derivation());
+    return wavo::ChosenAxis(m_fields, graph);
 }
 
 bool GraphEditing::Change(const std::function<bool(WavoGraph&)>& change, bool announce) {

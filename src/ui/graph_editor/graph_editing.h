@@ -38,6 +38,9 @@ struct EditorSurroundings {
     std::map<std::uint32_t, double> zooms;
 };
 
+/// The y axis of a graph that the controls name; nothing when it has no such one.
+std::optional<std::size_t> ChosenAxis(const EditorFields& fields, const WavoGraph& graph);
+
 class GraphEditing {
  public:
     /// Shows a graph, with one of its y axes, in all controls.

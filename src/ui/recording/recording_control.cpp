@@ -146,6 +146,7 @@ void RecordingControl::Stop() {
 void RecordingControl::OnChanged() {
     const std::vector<SeenRecorder> running = m_watch.Running();
     m_pane.Show(running);
+    Q_EMIT RecorderNoticed();
     if (m_attached != nullptr && std::ranges::any_of(running, [this](const SeenRecorder& one) {
             return IsFileOf(m_started.empty() ? "" : m_started.back(), one.notice.file);
         })) {

@@ -50,6 +50,8 @@ class RecordingControl final : public QObject, public CommandTarget {
  Q_SIGNALS:
     /// What can be commanded may have changed.
     void CommandsChanged();
+    /// A recorder has told how far it is.
+    void RecorderNoticed();
 
  private:
     void Record();

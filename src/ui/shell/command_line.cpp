@@ -30,6 +30,8 @@ constexpr std::array kToolkitOptions{// the argument behind is their value
                                      "style",
                                      "stylesheet"};
 
+constexpr std::array kRecordingNames{".mcap", ".csv", ".csv.gz"};
+
 /// The option that an argument names, without what begins it and without "=value"; empty for none.
 QString OptionName(const QString& argument) {
     const int dashes = argument.startsWith(QLatin1String("--")) ? 2
@@ -57,6 +59,13 @@ QStringList WithoutToolkitOptions(const std::vector<std::string>& arguments) {
     return left;
 }
 
+/// A file of this name is a recording, or is made one; else it is a graph file.
+bool IsRecordingName(const QString& name) {
+    return std::ranges::any_of(kRecordingNames, [&name](const char* extension) {
+        return name.endsWith(QLatin1String(extension), Qt::CaseInsensitive);
+    });
+}
+
 LastWords Refusal(const QString& why) {
     return {QStringLiteral("wavo: ") + why + u'\n', kWrongArguments};
 }
@@ -64,7 +73,8 @@ LastWords Refusal(const QString& why) {
 /// The first line of the parser's text would name the program by its path.
 QString HelpText(const QCommandLineParser& parser) {
     const QString text = parser.helpText();
-    return QStringLiteral("Usage: wavo [options] [graphs.ini]") + text.mid(text.indexOf(u'\n'));
+    return QStringLiteral("Usage: wavo [options] [recording.mcap] [graphs.ini]") +
+           text.mid(text.indexOf(u'\n'));
 }
 
 }  // namespace
@@ -85,6 +95,10 @@ CommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
         QStringLiteral("With --screenshot: wait until <lines> lines were shown (default 1000)."),
         QStringLiteral("lines"), QStringLiteral("1000"));
     parser.addOptions({help, version, screenshot, after_lines});
+    parser.addPositionalArgument(
+        QStringLiteral("recording.mcap"),
+        QStringLiteral("Recording to look at in place of the live values."),
+        QStringLiteral("[recording.mcap]"));
     parser.addPositionalArgument(QStringLiteral("graphs.ini"),
                                  QStringLiteral("Graph file to open (default: the settings file)."),
                                  QStringLiteral("[graphs.ini]"));
@@ -99,9 +113,11 @@ CommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
         return line;
     }
     bool is_number = false;
-    const QStringList files = parser.positionalArguments();
+    QStringList files = parser.positionalArguments();
+    const bool has_recording = !files.isEmpty() && IsRecordingName(files[0]);
+    const QString recording = has_recording ? files.takeFirst() : QString();
     line.options = {parser.value(screenshot), parser.value(after_lines).toULongLong(&is_number),
-                    files.value(0)};
+                    recording, files.value(0)};
     if (!understood) {
         line.last_words = Refusal(parser.errorText());
     } else if (!is_number) {

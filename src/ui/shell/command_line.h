@@ -13,7 +13,8 @@ namespace wavo {
 struct AppOptions {
     QString screenshot;       ///< file for a picture of the window; empty for none
     quint64 after_lines = 0;  ///< lines to receive before the picture is taken
-    QString graph_file;       ///< as named on the command line; empty for none
+    QString recording;        ///< as named on the command line; empty for none
+    QString graph_file;       ///< the same
 };
 
 /// What the program has to say in place of its work, and then ends.

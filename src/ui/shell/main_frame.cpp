@@ -3,13 +3,17 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QSettings>
 #include <QStatusBar>
+#include <QUrl>
 
 #include "platform/system_dialogs.h"
 #include "ui/bars/command_icons.h"
@@ -42,6 +46,15 @@ CommandId StoredLook(QSettings* settings) {
     return FindLook(number).id;
 }
 
+/// The path of the recording that is dropped; empty when it is something else.
+std::string DroppedRecording(const QMimeData& dropped, const RecordingFiles& recordings) {
+    const QList<QUrl> urls = dropped.urls();
+    const std::string path = urls.size() == 1 && urls[0].isLocalFile()
+                                 ? urls[0].toLocalFile().toStdString()
+                                 : std::string();
+    return recordings.IsRecording(path) ? path : std::string();
+}
+
 }  // namespace
 
 CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings)
@@ -53,6 +66,7 @@ CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings)
       m_menu_dock(new MenuDock(*this)),
       m_menus(*this, *m_menu_dock, m_actions, m_bars, [this](CommandId id) { OnCommand(id); }),
       m_recent_files(settings),
+      m_recent_recordings(settings, QStringLiteral("RecentRecordings")),
       m_look(StoredLook(settings)) {
     setWindowTitle(QStringLiteral("Wavo"));
     setWindowIcon(ProgramIcon());
@@ -67,7 +81,9 @@ CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings)
     m_customize_item = MakeCustomizeItem(*this, *Action(CommandId::kCustomize));
     RebuildToolBars();
     ConnectView();
-    ShowRecentFiles();
+    ShowRecentFiles(CommandId::kRecentFile, m_recent_files);
+    ShowRecentFiles(CommandId::kRecentRecording, m_recent_recordings);
+    setAcceptDrops(true);
     resize(1366, 768);  // the graph editor in one row
     RestoreLayout();
     UpdateCommands();
@@ -86,7 +102,13 @@ void CMainFrame::ConnectView() {
     connect(&m_view->News(), &ViewNews::CommandsChanged, this, &CMainFrame::UpdateCommands);
     connect(&m_view->News(), &ViewNews::RecentFileOpened, this, [this](const QString& path) {
         m_recent_files.Add(QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath()));
-        ShowRecentFiles();
+        ShowRecentFiles(CommandId::kRecentFile, m_recent_files);
+    });
+    m_view->Past().Files().SetRecent(
+        [this](int index) { return m_recent_recordings.Paths().value(index).toStdString(); });
+    connect(&m_view->News(), &ViewNews::RecordingOpened, this, [this](const QString& path) {
+        m_recent_recordings.Add(path);
+        ShowRecentFiles(CommandId::kRecentRecording, m_recent_recordings);
     });
     connect(&m_view->News(), &ViewNews::QuitRequested, this, [this] {
         StoreLayout();
@@ -142,6 +164,9 @@ void CMainFrame::CreateRecording(const Prompts& prompts) {
         [this](const std::string& path) { return m_view->Work().Files().WriteCopy(path); });
     connect(m_recording.get(), &RecordingControl::CommandsChanged, this,
             &CMainFrame::UpdateCommands);
+    // A recording that is looked at may be the one that grows.
+    connect(m_recording.get(), &RecordingControl::RecorderNoticed, this,
+            [this] { m_view->Past().Files().Refresh(); });
 }
 
 void CMainFrame::CreateMeasure(const Prompts& prompts) {
@@ -200,6 +225,9 @@ void CMainFrame::UpdateCommands() {
         } else if (command.owner == CommandOwner::kMeasure) {
             action->setEnabled(m_measure->IsEnabled(command.id));
             action->setChecked(m_measure->IsChecked(command.id));
+        } else if (command.owner == CommandOwner::kRecorded) {
+            action->setEnabled(m_view->Past().IsEnabled(command.id));
+            action->setChecked(m_view->Past().IsOn(command.id));
         } else if (command.id == CommandId::kStatusBar) {
             action->setChecked(!statusBar()->isHidden());
         } else if (action->isCheckable()) {
@@ -208,21 +236,25 @@ void CMainFrame::UpdateCommands() {
     }
 }
 
-void CMainFrame::ShowRecentFiles() {
+void CMainFrame::ShowRecentFiles(CommandId command, const RecentFiles& files) {
     QStringList texts;
-    for (const QString& path : m_recent_files.Paths()) {
+    for (const QString& path : files.Paths()) {
         texts << RecentFiles::ItemText(static_cast<int>(texts.size()), path, QDir::currentPath());
     }
-    m_menus.ShowRecentFiles(texts, m_recent_files.Paths());
+    m_menus.ShowRecentFiles(command, texts, files.Paths());
     UpdateCommands();
 }
 
 void CMainFrame::OnCommand(CommandId id) {
     const Command* const command = FindCommand(id);
+    const bool is_recent_recording =
+        id >= CommandId::kRecentRecording && id <= CommandId::kLastRecentRecording;
     if (command != nullptr) {
         m_bars.used_commands.insert(static_cast<int>(id));
     }
-    if (command == nullptr || command->owner == CommandOwner::kView) {
+    if (is_recent_recording || (command != nullptr && command->owner == CommandOwner::kRecorded)) {
+        m_view->Past().Execute(id);
+    } else if (command == nullptr || command->owner == CommandOwner::kView) {
         m_view->Commands().Execute(id);
     } else if (command->owner == CommandOwner::kRecording) {
         m_recording->Execute(id);
@@ -296,6 +328,23 @@ void CMainFrame::closeEvent(QCloseEvent* event) {
     m_view->OnClose();
     StoreLayout();
     event->accept();
+}
+
+void CMainFrame::dragEnterEvent(QDragEnterEvent* event) {
+    if (!DroppedRecording(*event->mimeData(), m_view->Past().Files()).empty()) {
+        event->acceptProposedAction();
+    }
+}
+
+void CMainFrame::dropEvent(QDropEvent* event) {
+    const std::string path = DroppedRecording(*event->mimeData(), m_view->Past().Files());
+    if (path.empty()) {
+        return;
+    }
+    event->acceptProposedAction();
+    // Whoever drops waits for us: a box must not keep him.
+    QMetaObject::invokeMethod(
+        m_view, [this, path] { m_view->Past().Files().Open(path); }, Qt::QueuedConnection);
 }
 
 bool CMainFrame::eventFilter(QObject* watched, QEvent* event) {

@@ -72,6 +72,8 @@ class CMainFrame : public QMainWindow {
  protected:
     bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
@@ -84,7 +86,7 @@ class CMainFrame : public QMainWindow {
     void RestoreLayout();
     void StoreLayout();
     void UpdateCommands();
-    void ShowRecentFiles();
+    void ShowRecentFiles(CommandId command, const RecentFiles& files);
     void OnCommand(CommandId id);
     void ExecuteOwn(CommandId id);
     void SetLook(CommandId id);
@@ -99,6 +101,7 @@ class CMainFrame : public QMainWindow {
     MenuDock* const m_menu_dock;  // child
     FrameMenus m_menus;
     RecentFiles m_recent_files;
+    RecentFiles m_recent_recordings;
     CommandId m_look;
     QLabel* m_panes[3] = {};
     std::unique_ptr<RecordingControl> m_recording;

@@ -79,12 +79,20 @@ void CWavoApp::InitInstance(const AppOptions& options) {
     // In the event loop: a box that is shown meanwhile can then be left with the program's end.
     QMetaObject::invokeMethod(
         &m_frame->View(),
-        [this, name = options.graph_file] {
+        [this, name = options.graph_file, recording = options.recording,
+         screenshot = options.screenshot] {
             m_graph_file = FindGraphFile(name, m_prompts, m_frame.get());
             if (m_settings != nullptr) {
                 m_frame->ShowRecorders();
             }
             m_frame->View().OnInitialUpdate(m_graph_file);
+            if (!recording.isEmpty()) {
+                const bool is_open = m_frame->View().Past().Files().Open(
+                    platform::NativePath(recording.toStdString()));
+                if (is_open && !screenshot.isEmpty()) {
+                    TakeScreenshot(screenshot);
+                }
+            }
             MTRACE(4, shell_texts::kStarted);
         },
         Qt::QueuedConnection);
@@ -127,6 +135,8 @@ void CWavoApp::WatchTermination() {
 
 void CWavoApp::TakeScreenshot(const QString& file) {
     disconnect(&m_frame->View().News(), &ViewNews::BatchShown, this, nullptr);
+    (void)m_frame->grab();                     // everything gets its place
+    (void)m_frame->View().Screen().Picture();  // exact, whatever it takes
     const bool saved = m_frame->grab().save(file);
     if (!saved) {
         MERRLOG("CWavoApp::TakeScreenshot(): cannot write %s", file.toUtf8().constData());

@@ -3,16 +3,21 @@
 #include <gtest/gtest.h>
 
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFileInfo>
 #include <QImage>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMimeData>
 #include <QPushButton>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QToolBar>
+#include <QUrl>
 
 #include "real_prompts.h"
 #include "ui/bars/customize_dialog.h"
@@ -63,7 +68,8 @@ TEST_F(Arrangement, OfAFirstStartIsTwoBars) {
     EXPECT_EQ(LoadBarSetup(nullptr), DefaultBarSetup());
     ASSERT_EQ(DefaultBarSetup().bars.size(), 2U);
     EXPECT_EQ(DefaultBarSetup().bars[0].name, "Standard");
-    EXPECT_EQ(DefaultBarSetup().bars[1], (BarContent{QStringLiteral("Recording"), {32760, 32761}}));
+    EXPECT_EQ(DefaultBarSetup().bars[1],
+              (BarContent{QStringLiteral("Recording"), {32760, 32761, 32740}}));
 }
 
 TEST_F(Arrangement, ThatMakesNoSenseIsPutRight) {
@@ -174,6 +180,47 @@ TEST_F(Arrangement, AFileThatWasOpenedStandsInTheFileMenu) {
     EXPECT_EQ(first->text(), "&1 " + path);
     EXPECT_EQ(first->toolTip(), path);
     EXPECT_EQ(first->statusTip(), "Open this document");
+}
+
+TEST_F(Arrangement, RecordingsHaveAListOfTheirOwn) {
+    CMainFrame frame(testing::RealPrompts(), &m_settings);
+    auto* const first = frame.findChild<QAction*>(QStringLiteral("recent_recording_1"));
+    ASSERT_NE(first, nullptr);
+    EXPECT_TRUE(frame.Action(CommandId::kRecentRecording)->isVisible());
+    Q_EMIT frame.View().News().RecordingOpened(QStringLiteral("/data/night.mcap"));
+    EXPECT_FALSE(frame.Action(CommandId::kRecentRecording)->isVisible());
+    EXPECT_TRUE(first->isVisible());
+    EXPECT_EQ(first->toolTip(), "/data/night.mcap");
+    EXPECT_TRUE(frame.Action(CommandId::kRecentFile)->isVisible()) << "no graph file";
+    EXPECT_EQ(RecentFiles(&m_settings, QStringLiteral("RecentRecordings")).Paths(),
+              QStringList{"/data/night.mcap"});
+}
+
+TEST_F(Arrangement, ARecordingThatIsDroppedIsOpened) {
+    std::vector<std::string> boxes;
+    Prompts prompts = testing::RealPrompts();
+    prompts.box = [&boxes](QWidget*, const Box& box) {
+        boxes.push_back(box.text);
+        return BoxAnswer::kOk;
+    };
+    CMainFrame frame(prompts, &m_settings);
+    const auto drop = [&frame](const QString& path) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(path)});
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        enter.ignore();
+        QCoreApplication::sendEvent(&frame, &enter);
+        if (enter.isAccepted()) {
+            QDropEvent event({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(&frame, &event);
+            QCoreApplication::processEvents();
+        }
+        return enter.isAccepted();
+    };
+    EXPECT_FALSE(drop(QStringLiteral("/graphs/mine.ini")));
+    EXPECT_TRUE(drop(QStringLiteral("/missing/night.mcap")));
+    ASSERT_EQ(boxes.size(), 1U) << "it was to be opened";
+    EXPECT_NE(boxes[0].find("night.mcap"), std::string::npos) << boxes[0];
 }
 
 TEST_F(Arrangement, ImagesOfTheUserAreCutFromAStripAndTheirGreyIsTransparent) {

@@ -39,9 +39,23 @@ TEST(CommandLine, NamesAGraphFileAndAPicture) {
     EXPECT_EQ(line.options.after_lines, 20U);
 }
 
+TEST(CommandLine, NamesARecordingAndItsGraphs) {
+    for (const char* const name : {"night.mcap", "NIGHT.MCAP", "table.csv", "table.csv.gz"}) {
+        const CommandLine both = ReadCommandLine({name, "shapes.ini"});
+        EXPECT_FALSE(both.last_words.has_value());
+        EXPECT_EQ(both.options.recording, name);
+        EXPECT_EQ(both.options.graph_file, "shapes.ini");
+        EXPECT_EQ(ReadCommandLine({name}).options.graph_file, "");
+    }
+    EXPECT_EQ(Said({"a.mcap", "a.ini", "b.ini"}), "2 wavo: unexpected argument: b.ini\n");
+    EXPECT_EQ(Said({"a.ini", "a.mcap"}), "2 wavo: unexpected argument: a.mcap\n");
+}
+
 TEST(CommandLine, AsksForHelpOrTheVersion) {
     for (const char* const help : {"-h", "--help"}) {
-        EXPECT_THAT(Said({help}), StartsWith("0 Usage: wavo [options] [graphs.ini]\n")) << help;
+        EXPECT_THAT(Said({help}),
+                    StartsWith("0 Usage: wavo [options] [recording.mcap] [graphs.ini]\n"))
+            << help;
         EXPECT_THAT(Said({help}), HasSubstr("--after-lines <lines>")) << help;
     }
     for (const char* const version : {"-v", "--version"}) {

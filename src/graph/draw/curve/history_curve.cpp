@@ -15,7 +15,7 @@ void HistoryCurve::Remap(CurvePlot& /*plot*/, const Remapping& /*what*/) {
 }
 
 void HistoryCurve::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCanvas& canvas) {
-    m_is_complete = true;
+    m_is_complete = m_is_scale_complete;
     if (plot.area.isEmpty() ||
         std::max(plot.area.width(), plot.area.height()) > ColumnSpans::kMostRows) {
         return;
@@ -71,16 +71,51 @@ void HistoryCurve::FindBounds(const CurvePlot& plot) {
     m_lines = m_history.Lines();
     m_lines.begin = std::max(m_lines.begin, m_place.first_line);
     m_lines.end = std::max(m_lines.end, m_lines.begin);
+    m_lines.end = std::clamp(m_place.last_line + 1, m_lines.begin, m_lines.end);
     const double least = plot.x.Lines().front().value;
     const double most = plot.x.Lines().back().value;
-    const std::int64_t end =
-        FirstLineFrom(std::nextafter(most, std::numeric_limits<double>::infinity()));
+    std::int64_t end = FirstLineFrom(std::nextafter(most, std::numeric_limits<double>::infinity()));
+    if (end == m_place.last_line && end < m_lines.end && TimeOf(end) - most < 1e-9 * most) {
+        end = m_lines.end;  // the scale ends a rounding error before it
+    }
     m_bounds.clear();
     for (std::int32_t column = 0; column < m_columns.Size(); ++column) {
         // What lies before the scale would be mapped to its border.
         m_bounds.push_back(std::min(end, FirstLineFrom(std::max(m_columns.Edge(column), least))));
     }
     m_bounds.push_back(end);
+}
+
+MinMax HistoryCurve::FiniteExtremes(const CurvePlot& plot) {
+    FindPixels(plot);
+    FindBounds(plot);
+    const LineRange lines{m_bounds.front(), m_bounds.back()};
+    return lines.Count() == 0 ? MinMax() : ExtremesOf(lines);
+}
+
+MinMax HistoryCurve::ExtremesOf(const LineRange& lines) {
+    const std::int64_t bounds[] = {lines.begin, lines.end};
+    ColumnOutline whole;
+    m_is_scale_complete = true;
+    if (!IsDense() || !m_history.Outline(bounds, {&whole, 1})) {
+        return FiniteExtremesOf(m_history, lines);
+    }
+    if (whole.possible_minimum > whole.possible_maximum) {  // nothing is known from far
+        m_outlined.SetBounds(m_bounds);
+        m_is_scale_complete = m_outlined.AreAllExact();
+        return m_outlined.Extremes();
+    }
+    const auto is_known = [&whole] {
+        return whole.IsExact() || (whole.certain_minimum == whole.possible_minimum &&
+                                   whole.certain_maximum == whole.possible_maximum);
+    };
+    while (!is_known() && m_history.LookCloser(lines, whole) == HistoryAnswer::kAll) {
+    }
+    m_is_scale_complete = is_known();
+    if (std::isinf(whole.possible_minimum) || std::isinf(whole.possible_maximum)) {
+        return FiniteExtremesOf(m_history, lines);
+    }
+    return {whole.possible_minimum, whole.possible_maximum};
 }
 
 bool HistoryCurve::IsDense() const {
@@ -106,6 +141,10 @@ std::vector<double> HistoryCurve::ValuesOf(std::int64_t first, std::int64_t end)
 void HistoryCurve::BuildSpans() {
     const std::int32_t columns = m_columns.Size();
     m_spans.Clear(columns);
+    if (m_outlined.SetBounds(m_bounds)) {
+        m_is_complete = m_outlined.Build(m_rows, m_spans) && m_is_complete;
+        return;
+    }
     if (m_history.Columns(m_bounds, m_row) != HistoryAnswer::kAll) {
         m_is_complete = false;
     }

@@ -1,15 +1,18 @@
-// Another run, laid over the time axis of a graph: the past of a stream at an offset in time.
+// The past of a stream over the time axis of a graph: another run at an offset in time, or a window
+// of a recording.
 //
-// Asks its history for whole rows of columns, and for values only where there are gaps within a
-// column or fewer lines than columns. The picture is that of the segments between successive
-// values, each drawn by the painter.
+// Asks its history for outlines of columns where it has them, else for whole rows of columns; for
+// values only where there are gaps within a column or fewer lines than columns. The picture is that
+// of the segments between successive values, each drawn by the painter.
 #pragma once
 
 #include <QLine>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "graph/draw/curve/curve.h"
+#include "graph/draw/curve/history_columns.h"
 #include "graph/draw/raster/column_spans.h"
 #include "graph/draw/raster/pixel_edges.h"
 #include "source/history.h"
@@ -23,10 +26,21 @@ class HistoryCurve final : public Curve {
         std::int64_t first_line = 0;  ///< lines before it are not shown
         double offset = 0.0;          ///< time of the first line on the axis, seconds
         double step = 0.0;            ///< seconds from line to line; above 0
+        /// Lines behind it are not shown; it is, even if the scale ends a rounding error before it.
+        std::int64_t last_line = std::numeric_limits<std::int64_t>::max() - 1;
     };
 
     /// `history` is not owned and outlives the curve. It may grow between two drawings.
-    HistoryCurve(History& history, const Place& place) : m_history(history), m_place(place) {}
+    HistoryCurve(History& history, const Place& place)
+        : m_history(history), m_place(place), m_outlined(history) {}
+
+    /// Shows another part.
+    void SetPlace(const Place& place) { m_place = place; }
+    [[nodiscard]] const History& Past() const { return m_history; }
+
+    /// Smallest and largest finite value of what is shown; while that is not complete, of what is
+    /// possible.
+    [[nodiscard]] MinMax FiniteExtremes(const CurvePlot& plot);
 
     // Curve
     void Remap(CurvePlot& plot, const Remapping& what) override;
@@ -43,6 +57,7 @@ class HistoryCurve final : public Curve {
     [[nodiscard]] double TimeOf(std::int64_t line) const;
     [[nodiscard]] std::int64_t FirstLineFrom(double time) const;
     [[nodiscard]] bool IsDense() const;
+    [[nodiscard]] MinMax ExtremesOf(const LineRange& lines);
     void BuildSpans();
     void BuildSegments(const QRect& area);
     /// The values of lines; those that are not there are NaN.
@@ -56,11 +71,13 @@ class HistoryCurve final : public Curve {
     bool m_pixels_found = false;
     LineRange m_lines;  ///< of the history that may be shown
     std::vector<std::int64_t> m_bounds;
+    HistoryColumns m_outlined;
     ColumnRow m_row;
     ColumnSpans m_spans;
     std::vector<QLine> m_segments;
     std::uint64_t m_drawings = 0;
     bool m_is_complete = true;
+    bool m_is_scale_complete = true;  ///< the last FiniteExtremes had all
 };
 
 }  // namespace wavo

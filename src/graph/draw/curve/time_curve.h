@@ -65,6 +65,10 @@ class TimeCurve {
     [[nodiscard]] std::uint64_t Size() const;
     /// Samples of the curve itself, whatever a window shows.
     [[nodiscard]] std::uint64_t HeldSamples() const { return m_held.Size(); }
+    /// One of them, oldest first. REQUIRES: place < HeldSamples().
+    [[nodiscard]] double HeldSample(std::uint64_t place) const {
+        return m_held.Buffer().Sample(m_held.Begin() + place);
+    }
     /// Sample and time, seconds, at a place. REQUIRES: place < Size().
     [[nodiscard]] double Sample(std::uint64_t place) const;
     [[nodiscard]] double Time(std::uint64_t place) const;

@@ -47,7 +47,7 @@ QImage Picture(const QColor& color = Qt::black) {
     return picture;
 }
 
-AxisCurve Curve(const std::vector<LinePoint>& points) {
+AxisCurve CurveOf(const std::vector<LinePoint>& points) {
     AxisCurve curve(100000);
     for (const LinePoint& point : points) {
         curve.Add(point);
@@ -58,7 +58,7 @@ AxisCurve Curve(const std::vector<LinePoint>& points) {
 QImage Drawn(const std::vector<LinePoint>& points, const AxisCurve::Style& style,
              const QColor& background = Qt::black) {
     QImage picture = Picture(background);
-    Curve(points).Draw(picture, kPointsPlot, style);
+    CurveOf(points).Draw(picture, kPointsPlot, style);
     return picture;
 }
 
@@ -92,7 +92,7 @@ TEST(AxisCurve, TheOldestPointLeavesAFullCurve) {
 }
 
 TEST(AxisCurve, PointsCanBeMappedAgainInPlace) {
-    AxisCurve curve = Curve({At(1, 2), At(3, 4)});
+    AxisCurve curve = CurveOf({At(1, 2), At(3, 4)});
     for (LinePoint& point : curve) {
         point.x += 10;
     }
@@ -115,8 +115,8 @@ TEST(AxisCurve, AClearedCurveIsEmptyAndTakesPointsAgain) {
 
 TEST(AxisCurve, FewerThanTwoPointsDrawNothing) {
     QImage picture = Picture();
-    EXPECT_TRUE(Curve({}).Draw(picture, kPointsPlot, Plain()).isEmpty());
-    EXPECT_TRUE(Curve({At(50, 50)}).Draw(picture, kPointsPlot, Plain()).isEmpty());
+    EXPECT_TRUE(CurveOf({}).Draw(picture, kPointsPlot, Plain()).isEmpty());
+    EXPECT_TRUE(CurveOf({At(50, 50)}).Draw(picture, kPointsPlot, Plain()).isEmpty());
     EXPECT_EQ(picture, Picture());
 }
 
@@ -154,7 +154,7 @@ TEST(AxisCurve, AFadingPartLetsThroughWhatIsBehind) {
     }
     AxisCurve::Style style = Fading(100.0);
     style.color = QColor(255, 0, 0);
-    Curve(points).Draw(picture, kPointsPlot, style);
+    CurveOf(points).Draw(picture, kPointsPlot, style);
     // Half red at the age of 50, over the green line and beside it.
     EXPECT_NEAR(picture.pixelColor(80, 50).red(), 128, 1);
     EXPECT_NEAR(picture.pixelColor(80, 50).green(), 100, 1);
@@ -309,13 +309,13 @@ TEST(AxisCurve, NothingIsDrawnOutsideThePlotAreaOrThePicture) {
         EXPECT_TRUE(kPointsPlot.contains(Changed(Picture(), Drawn(points, style))));
         QImage picture = Picture();
         const QRect beyond(-1000, -1000, 5000, 5000);
-        EXPECT_EQ(Curve(points).Draw(picture, beyond, style), picture.rect());
+        EXPECT_EQ(CurveOf(points).Draw(picture, beyond, style), picture.rect());
     }
 }
 
 TEST(AxisCurve, APlotAreaWithoutPixelsDrawsNothing) {
     QImage picture = Picture();
-    AxisCurve curve = Curve({At(40, 50), At(60, 50)});
+    AxisCurve curve = CurveOf({At(40, 50), At(60, 50)});
     for (const QRect& plot : {QRect(), QRect(40, 50, 0, 0), QRect(40, 50, -5, 10),
                               QRect(40, 50, 10, 0), QRect(1000, 1000, 50, 50)}) {
         EXPECT_TRUE(curve.Draw(picture, plot, Plain()).isEmpty());
@@ -331,7 +331,7 @@ TEST(AxisCurve, TheRectangleReturnedHoldsAllPixelsChanged) {
         style.point_size = 7;
         QImage picture = Picture();
         const QRect touched =
-            Curve({At(40, 30), At(90, 80), At(60, 50)}).Draw(picture, kPointsPlot, style);
+            CurveOf({At(40, 30), At(90, 80), At(60, 50)}).Draw(picture, kPointsPlot, style);
         EXPECT_TRUE(touched.contains(Changed(Picture(), picture)));
         EXPECT_TRUE(QRect(30, 20, 70, 70).contains(touched));
     }
@@ -340,13 +340,13 @@ TEST(AxisCurve, TheRectangleReturnedHoldsAllPixelsChanged) {
 TEST(AxisCurve, TheRatioOfThePictureChangesNothing) {
     QImage picture = Picture();
     picture.setDevicePixelRatio(2.0);
-    Curve({At(40, 50), At(150, 90)}).Draw(picture, kPointsPlot, Plain());
+    CurveOf({At(40, 50), At(150, 90)}).Draw(picture, kPointsPlot, Plain());
     const QImage plain = Drawn({At(40, 50), At(150, 90)}, Plain());
     EXPECT_TRUE(Changed(plain, picture).isEmpty());
 }
 
 TEST(AxisCurve, ASecondPictureIsLikeTheFirst) {
-    AxisCurve curve = Curve({At(40, 50), At(150, 90), At(30, 100)});
+    AxisCurve curve = CurveOf({At(40, 50), At(150, 90), At(30, 100)});
     QImage first = Picture();
     QImage second = Picture();
     curve.Draw(first, kPointsPlot, Fading(3.0));

@@ -1,0 +1,231 @@
+#include "graph/draw/curve/history_columns.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace wavo {
+
+namespace {
+
+/// Parts that lines are cut into to find gaps or finite values, and lines that are looked at one by
+/// one.
+constexpr std::int64_t kParts = 16;
+constexpr std::int64_t kFewLines = 64;
+
+std::vector<std::int64_t> PartsOf(const LineRange& lines) {
+    std::vector<std::int64_t> bounds;
+    for (std::int64_t part = 0; part < kParts; ++part) {
+        bounds.push_back(lines.begin + lines.Count() / kParts * part);
+    }
+    bounds.push_back(lines.end);
+    return bounds;
+}
+
+void TakeFinite(MinMax& range, double value) {
+    if (std::isfinite(value)) {
+        range.minimum = std::min(range.minimum, value);
+        range.maximum = std::max(range.maximum, value);
+    }
+}
+
+}  // namespace
+
+bool HistoryColumns::SetBounds(const std::vector<std::int64_t>& bounds) {
+    if (bounds == m_bounds && m_version == m_history.Version()) {
+        return !m_columns.empty();
+    }
+    m_bounds = bounds;
+    m_split.clear();
+    m_columns.assign(bounds.size() - 1, {});
+    if (!m_history.Outline(m_bounds, m_columns)) {
+        m_columns.clear();
+    }
+    m_version = m_history.Version();
+    return !m_columns.empty();
+}
+
+bool HistoryColumns::Build(const PixelEdges& rows, ColumnSpans& spans) {
+    m_rows.assign(m_columns.size(), {});
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        FindRows(rows, i);
+    }
+    const bool is_exact = LookCloser(rows);
+    Emit(rows, spans);
+    return is_exact;
+}
+
+bool HistoryColumns::AreAllExact() const {
+    return std::ranges::all_of(m_columns, &ColumnOutline::IsExact);
+}
+
+MinMax HistoryColumns::Extremes() const {
+    MinMax range;
+    for (const ColumnOutline& column : m_columns) {
+        TakeFinite(range, column.possible_minimum);
+        TakeFinite(range, column.possible_maximum);
+    }
+    return range;
+}
+
+void HistoryColumns::FindRows(const PixelEdges& rows, std::size_t column) {
+    const ColumnOutline& outline = m_columns[column];
+    const std::int32_t lowest = rows.Size() - 1;
+    Rows& found = m_rows[column];
+    found = {};
+    if (outline.certain_minimum <= outline.certain_maximum) {
+        found.certain_top = lowest - rows.IndexOf(outline.certain_maximum);
+        found.certain_bottom = lowest - rows.IndexOf(outline.certain_minimum);
+    }
+    if (outline.possible_minimum <= outline.possible_maximum) {
+        const bool is_certain = outline.possible_minimum == outline.certain_minimum &&
+                                outline.possible_maximum == outline.certain_maximum;
+        found.possible_top =
+            is_certain ? found.certain_top : lowest - rows.IndexOf(outline.possible_maximum);
+        found.possible_bottom =
+            is_certain ? found.certain_bottom : lowest - rows.IndexOf(outline.possible_minimum);
+    }
+}
+
+bool HistoryColumns::MayLeave(std::size_t column) const {
+    const Rows& own = m_rows[column];
+    const Rows& next = m_rows[column + 1];
+    return own.certain_top > own.certain_bottom || m_columns[column].missing ||
+           next.possible_top < own.certain_top || next.possible_bottom > own.certain_bottom;
+}
+
+bool HistoryColumns::IsInDoubt(const PixelEdges& rows, std::size_t column) const {
+    const ColumnOutline& outline = m_columns[column];
+    const Rows& own = m_rows[column];
+    if (outline.IsExact() || LinesOf(column).Count() == 0) {
+        return false;
+    }
+    if (outline.missing || LinesOf(column).Count() == 1 || own.certain_top > own.certain_bottom ||
+        own.certain_top != own.possible_top || own.certain_bottom != own.possible_bottom) {
+        return true;
+    }
+    if (column > 0 && MayLeave(column - 1)) {
+        return true;  // the first value counts
+    }
+    if (column + 1 == m_columns.size() || !m_columns[column + 1].IsExact() ||
+        std::isnan(m_columns[column + 1].first)) {
+        return false;
+    }
+    // On a long way down the last value counts, too.
+    const std::int32_t row = rows.Size() - 1 - rows.IndexOf(m_columns[column + 1].first);
+    return row > own.certain_bottom && row - own.certain_top >= kLongWayDown;
+}
+
+bool HistoryColumns::LookCloser(const PixelEdges& rows) {
+    // Each round looks at every column in doubt once; a look may bring doubt to those beside it.
+    for (bool has_looked = true; has_looked;) {
+        has_looked = false;
+        for (std::size_t i = 0; i < m_columns.size(); ++i) {
+            if (!IsInDoubt(rows, i)) {
+                continue;
+            }
+            if (m_history.LookCloser(LinesOf(i), m_columns[i]) != HistoryAnswer::kAll) {
+                return false;
+            }
+            if (m_columns[i].IsExact() && m_columns[i].missing &&
+                m_columns[i].certain_minimum <= m_columns[i].certain_maximum) {
+                SplitAtGaps(LinesOf(i), m_split[i]);
+            }
+            FindRows(rows, i);
+            has_looked = true;
+        }
+    }
+    return true;
+}
+
+void HistoryColumns::SplitAtGaps(const LineRange& lines, std::vector<Piece>& pieces) {
+    if (lines.Count() <= kFewLines) {
+        AddLines(lines, pieces);
+        return;
+    }
+    const std::vector<std::int64_t> bounds = PartsOf(lines);
+    ColumnRow row;
+    m_history.Columns(bounds, row);
+    for (std::size_t i = 0; i + 1 < bounds.size(); ++i) {
+        const LineRange part{bounds[i], bounds[i + 1]};
+        const MinMax range{row.minimum[i], row.maximum[i]};
+        if (range.IsEmpty()) {
+            pieces.emplace_back();
+        } else if (row.missing[i] != 0) {
+            SplitAtGaps(part, pieces);
+        } else {
+            pieces.push_back({row.first[i], row.last[i], range, part.Count() > 1});
+        }
+    }
+}
+
+void HistoryColumns::AddLines(const LineRange& lines, std::vector<Piece>& pieces) {
+    std::vector<double> values(static_cast<std::size_t>(lines.Count()));
+    m_history.Values(lines.begin, values);
+    for (const double value : values) {
+        if (std::isnan(value)) {
+            pieces.emplace_back();
+        } else {
+            pieces.push_back({value, value, {value, value}, false});
+        }
+    }
+}
+
+void HistoryColumns::Emit(const PixelEdges& rows, ColumnSpans& spans) const {
+    SpanBuilder builder(spans, rows);
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        const ColumnOutline& outline = m_columns[i];
+        const auto column = static_cast<std::int32_t>(i);
+        if (LinesOf(i).Count() == 0) {
+            continue;
+        }
+        const MinMax range{outline.possible_minimum, outline.possible_maximum};
+        if (range.IsEmpty()) {
+            builder.Break();
+        } else if (const auto split = m_split.find(i); split != m_split.end()) {
+            for (const Piece& piece : split->second) {
+                if (piece.range.IsEmpty()) {
+                    builder.Break();
+                } else {
+                    builder.Column(column, piece.first, piece.range, piece.last, piece.several);
+                }
+            }
+        } else {
+            // Where first and last are not known, they do not matter.
+            const bool is_exact = outline.IsExact();
+            builder.Column(column, is_exact ? outline.first : range.minimum, range,
+                           is_exact ? outline.last : range.minimum, LinesOf(i).Count() > 1);
+        }
+    }
+}
+
+MinMax FiniteExtremesOf(History& history, const LineRange& lines) {
+    constexpr int kMostPieces = 4096;
+    MinMax range;
+    std::vector<LineRange> rest{lines};
+    ColumnRow row;
+    for (int pieces = 0; !rest.empty() && pieces < kMostPieces; ++pieces) {
+        const LineRange piece = rest.back();
+        rest.pop_back();
+        if (piece.Count() <= kFewLines) {
+            std::vector<double> values(static_cast<std::size_t>(piece.Count()));
+            history.Values(piece.begin, values);
+            for (const double value : values) {
+                TakeFinite(range, value);
+            }
+            continue;
+        }
+        const std::vector<std::int64_t> bounds = PartsOf(piece);
+        history.Columns(bounds, row);
+        for (std::size_t i = 0; i + 1 < bounds.size(); ++i) {
+            TakeFinite(range, row.minimum[i]);
+            TakeFinite(range, row.maximum[i]);
+            const bool is_infinite = std::isinf(row.minimum[i]) || std::isinf(row.maximum[i]);
+            if (is_infinite && row.minimum[i] <= row.maximum[i]) {
+                rest.push_back({bounds[i], bounds[i + 1]});
+            }
+        }
+    }
+    return range;
+}
+
+}  // namespace wavo

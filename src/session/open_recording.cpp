@@ -1,0 +1,97 @@
+#include "session/open_recording.h"
+
+#include <algorithm>
+
+#include "graph/values/missing_value.h"
+#include "recording/utc_text.h"
+
+namespace wavo {
+
+namespace {
+
+/// The place of a name among those of the axes; nothing when it is not there.
+std::optional<std::size_t> AxisOf(const recording::RecordingReader& reader,
+                                  const std::string& name) {
+    const std::vector<std::string>& names = reader.Head().axis_names;
+    const auto found = std::ranges::find(names, name);
+    return found == names.end() ? std::nullopt
+                                : std::optional(static_cast<std::size_t>(found - names.begin()));
+}
+
+}  // namespace
+
+RecordingSource::RecordingSource(recording::RecordingReader& reader)
+    : m_reader(reader), m_description{reader.Head().axis_names, reader.Head().cycle_time} {
+    Renew();
+}
+
+void RecordingSource::Renew() {
+    const std::uint64_t lines = m_reader.LineCount();
+    m_text = std::to_string(lines) + (lines == 1 ? " line" : " lines");
+    if (lines > 0) {
+        m_text +=
+            ", from " + recording::UtcText(m_reader.Clock().TimeOf(m_reader.FirstLine())) + " on";
+    }
+    if (!m_reader.IsComplete()) {
+        m_text += "; " + m_reader.CutOffText();
+    }
+    if (!m_reader.Notices().empty()) {
+        m_text += "; " + m_reader.Notices().back();
+    }
+}
+
+bool RecordingSource::GoOn() {
+    m_events->ValuesBegin(false);
+    return true;
+}
+
+BatchOutcome RecordingSource::Take(ValueBatch& batch) {
+    batch = {};
+    return BatchOutcome::kFailed;
+}
+
+std::optional<AxisCapabilities> RecordingSource::FindAxis(const std::string& name) {
+    const std::optional<std::size_t> axis = AxisOf(m_reader, name);
+    const auto& limits = m_reader.Head().limits;
+    if (!axis || *axis >= limits.size() || !limits[*axis]) {
+        return std::nullopt;
+    }
+    const recording::AxisLimits& known = *limits[*axis];
+    return AxisCapabilities{known.upper, known.lower, known.velocity, known.acceleration,
+                            known.resolution};
+}
+
+OpenRecording::OpenRecording(std::unique_ptr<recording::RecordingReader> reader)
+    : m_reader(std::move(reader)), m_source(*m_reader), m_graphs(m_reader->ReadGraphFile()) {}
+
+Expected<std::unique_ptr<OpenRecording>> OpenRecording::Open(const std::string& path) {
+    auto reader = recording::RecordingReader::Open(path);
+    if (!reader) {
+        return reader.Why();
+    }
+    return std::unique_ptr<OpenRecording>(new OpenRecording(std::move(*reader)));
+}
+
+LineRange OpenRecording::Lines() const {
+    return {static_cast<std::int64_t>(m_reader->FirstLine()),
+            static_cast<std::int64_t>(m_reader->EndLine())};
+}
+
+History* OpenRecording::StreamOf(const std::string& axis_name, std::int32_t order) {
+    const std::optional<std::size_t> axis = AxisOf(*m_reader, axis_name);
+    if (!axis) {
+        return nullptr;
+    }
+    return &m_streams.try_emplace({*axis, order}, *m_reader, *axis, order, NoSample(), &m_budget)
+                .first->second;
+}
+
+bool OpenRecording::Refresh() {
+    const bool has_more = m_reader->Refresh();
+    if (has_more) {
+        m_source.Renew();
+    }
+    return has_more;
+}
+
+}  // namespace wavo

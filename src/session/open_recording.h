@@ -1,0 +1,94 @@
+// A recording that is looked at in place of the live values: what it holds, by the names of axes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "link/axis_capabilities.h"
+#include "recording/recording_history.h"
+#include "recording/recording_reader.h"
+#include "source/history.h"
+#include "source/value_source.h"
+#include "support/fault.h"
+
+namespace wavo {
+
+/// A recording as a source of values that brings none: axes, limits and cycle time are known, the
+/// values are asked for.
+class RecordingSource final : public ValueSource, private AxisLimitsSource {
+ public:
+    /// `reader` is not owned and outlives the source.
+    explicit RecordingSource(recording::RecordingReader& reader);
+
+    /// Looks anew at what there is to tell of the recording.
+    void Renew();
+
+    // ValueSource
+    void SetEvents(ValueSourceEvents* events) override { m_events = events; }
+    MaybeFault Start() override { return std::nullopt; }
+    void Hold() override {}
+    bool GoOn() override;
+    void Stop() override {}
+    BatchOutcome Take(ValueBatch& batch) override;
+    bool Answer() override { return false; }
+    [[nodiscard]] const SourceDescription& Description() const override { return m_description; }
+    [[nodiscard]] AxisLimitsSource& Limits() override { return *this; }
+    [[nodiscard]] bool IsPresent() const override { return true; }
+    [[nodiscard]] bool CanStart() const override { return false; }
+    [[nodiscard]] const std::string& StateText() const override { return m_text; }
+    [[nodiscard]] SourceCounters Counters() const override { return {}; }
+
+ private:
+    // AxisLimitsSource
+    std::optional<AxisCapabilities> FindAxis(const std::string& name) override;
+
+    recording::RecordingReader& m_reader;
+    SourceDescription m_description;
+    std::string m_text;
+    ValueSourceEvents* m_events = nullptr;
+};
+
+class OpenRecording {
+ public:
+    /// `path` is UTF-8.
+    static Expected<std::unique_ptr<OpenRecording>> Open(const std::string& path);
+
+    [[nodiscard]] const std::string& Path() const { return m_reader->path(); }
+    [[nodiscard]] recording::RecordingReader& Reader() { return *m_reader; }
+    [[nodiscard]] RecordingSource& Source() { return m_source; }
+    /// What drawings may read until it is renewed.
+    [[nodiscard]] recording::ReadingBudget& Budget() { return m_budget; }
+
+    /// The lines that it reaches over; gaps in between count.
+    [[nodiscard]] LineRange Lines() const;
+    /// Seconds per line.
+    [[nodiscard]] double CycleTime() const { return m_reader->Head().cycle_time; }
+
+    /// The past of an axis with an order of derivation, which stays as long as the recording; null
+    /// for an axis that it does not have. REQUIRES: order >= 0.
+    [[nodiscard]] History* StreamOf(const std::string& axis_name, std::int32_t order);
+
+    /// The graph file that came with it; nothing when there is none that can be read.
+    [[nodiscard]] const std::optional<recording::GraphFile>& GraphsInside() const {
+        return m_graphs;
+    }
+
+    /// Takes in what was written since. True when there is more.
+    bool Refresh();
+
+ private:
+    explicit OpenRecording(std::unique_ptr<recording::RecordingReader> reader);
+
+    std::unique_ptr<recording::RecordingReader> m_reader;
+    RecordingSource m_source;
+    recording::ReadingBudget m_budget;
+    std::optional<recording::GraphFile> m_graphs;
+    std::map<std::pair<std::size_t, std::int32_t>, recording::RecordingHistory> m_streams;
+};
+
+}  // namespace wavo

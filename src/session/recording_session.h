@@ -1,0 +1,58 @@
+// The recording that is looked at in place of the live values: opening it and leaving it again.
+//
+// Invariants:
+// 1. While one is open the live source is left; it is taken up when it is closed.
+// 2. Closing brings back the graphs, the additional text and the names of before the first one was
+//    opened.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "session/graph_files.h"
+#include "session/open_recording.h"
+#include "session/session_observer.h"
+#include "session/source_switch.h"
+#include "support/fault.h"
+
+namespace wavo {
+
+class Acquisition;
+class SettingsStore;
+
+class RecordingSession {
+ public:
+    /// None of the references is owned; all outlive this object.
+    RecordingSession(SourceSwitch& source, Acquisition& acquisition, GraphFiles& files,
+                     const SettingsStore& settings, SessionObserver& observer)
+        : m_source(source),
+          m_acquisition(acquisition),
+          m_files(files),
+          m_settings(settings),
+          m_observer(observer) {}
+
+    /// Shows a recording, `path`, in place of the live values or of another recording. The graphs
+    /// stay; without any there is a default one. `name` stands in the title. A fault leaves all as
+    /// it was.
+    MaybeFault Open(const std::string& path, const std::string& name);
+    /// Shows the live values again. Nothing when no recording is open.
+    void Close();
+    /// The one that is open; null for none.
+    [[nodiscard]] OpenRecording* Current() const { return m_recording.get(); }
+    /// Without graphs makes a default one, as the next batch does while values come live. Nothing
+    /// when no recording is open.
+    void AddGraphIfNone();
+
+ private:
+    SourceSwitch& m_source;
+    Acquisition& m_acquisition;
+    GraphFiles& m_files;
+    const SettingsStore& m_settings;
+    SessionObserver& m_observer;
+
+    std::unique_ptr<OpenRecording> m_recording;
+    GraphFiles::Kept m_before;
+    bool m_was_linked = false;  // before the recording was opened
+};
+
+}  // namespace wavo

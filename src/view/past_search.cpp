@@ -1,0 +1,187 @@
+#include "view/past_search.h"
+
+#include <QCoreApplication>
+#include <algorithm>
+#include <utility>
+
+#include "ui/dialogs/export_progress.h"
+
+namespace wavo {
+
+namespace {
+
+/// A search that takes longer shows how far it has come.
+constexpr std::chrono::milliseconds kSearchPatience{500};
+constexpr std::chrono::milliseconds kSearchPause{20};
+
+/// Lines of one question: with levels, and of orders that have none.
+constexpr std::int64_t kSearchPiece = std::int64_t{1} << 22;
+constexpr std::int64_t kSearchPieceOfLines = std::int64_t{1} << 14;
+
+ProgressTexts TextsOfSearch() {
+    return {"Search",
+            "The condition that is looked for",
+            "How much of the recording was looked at",
+            "How many lines were looked at",
+            "Stop searching; nothing moves",
+            "lines"};
+}
+
+bool IsBackward(CommandId id) {
+    return id == CommandId::kPreviousTrigger || id == CommandId::kPreviousEvent;
+}
+
+}  // namespace
+
+PastSearch::PastSearch(Session& session, PastView& past, std::function<std::uint32_t()> selected,
+                       QWidget& parent, Clock clock)
+    : m_session(session),
+      m_past(past),
+      m_selected(std::move(selected)),
+      m_parent(parent),
+      m_clock(std::move(clock)) {}
+
+PastSearch::~PastSearch() = default;
+
+const WavoGraph* PastSearch::Graph() const {
+    const std::vector<WavoGraph>& graphs = m_session.Graphs().Graphs();
+    const auto found = std::ranges::find(graphs, m_selected(), &WavoGraph::GraphNumber);
+    return found != graphs.end() ? &*found : graphs.empty() ? nullptr : &graphs.front();
+}
+
+std::vector<ConditionTerm> PastSearch::Terms() const {
+    std::vector<ConditionTerm> terms;
+    const WavoGraph* const graph = Graph();
+    if (graph == nullptr) {
+        return terms;
+    }
+    const std::size_t axes = std::min(graph->YCoorAxName.size(), graph->Triggers.size());
+    for (std::size_t i = 0; i < axes; ++i) {
+        const TriggerEntry& trigger = graph->Triggers[i];
+        const bool is_above = trigger.TriggerType == TriggerTypeCode::kStartAbove ||
+                              trigger.TriggerType == TriggerTypeCode::kStopAbove;
+        const std::int32_t order =
+            i < graph->YCoorAxDerivation.size() ? std::max(0, graph->YCoorAxDerivation[i]) : 0;
+        History* const history =
+            TestOfTrigger(trigger.TriggerType) == nullptr
+                ? nullptr
+                : m_session.Recording()->StreamOf(graph->YCoorAxName[i], order);
+        if (history != nullptr) {
+            terms.push_back({history, is_above ? TriggerSide::kAbove : TriggerSide::kBelow,
+                             trigger.TriggerValue});
+        }
+    }
+    return terms;
+}
+
+bool PastSearch::IsEnabled(CommandId id) const {
+    if (m_session.Recording() == nullptr) {
+        return false;
+    }
+    if (id == CommandId::kNextTrigger || id == CommandId::kPreviousTrigger) {
+        return !Terms().empty();
+    }
+    return id == CommandId::kNextEvent || id == CommandId::kPreviousEvent;
+}
+
+void PastSearch::Execute(CommandId id) {
+    if (!IsEnabled(id) || m_is_under_way) {
+        return;
+    }
+    if (id == CommandId::kNextTrigger || id == CommandId::kPreviousTrigger) {
+        GoToTrigger(!IsBackward(id));
+    } else {
+        GoToEvent(!IsBackward(id));
+    }
+}
+
+std::int64_t PastSearch::Begin(bool forward) const {
+    const LineRange& seen = m_past.Window().Seen();
+    const std::optional<std::int64_t> mark = m_past.Mark();
+    if (mark && *mark >= seen.begin && *mark < seen.end) {
+        return forward ? *mark + 1 : *mark;
+    }
+    return forward ? seen.begin : seen.end;
+}
+
+void PastSearch::GoToTrigger(bool forward) {
+    m_is_under_way = true;
+    m_is_cancelled = false;
+    m_begin = m_events_handled = m_clock();
+    const OpenRecording* const recording = m_session.Recording();
+    const LineRange lines = recording->Lines();
+    const std::int64_t from = Begin(forward);
+    const std::int64_t last = forward ? lines.end : lines.begin;
+    const WavoGraph& graph = *Graph();
+    const bool has_levels =
+        std::ranges::all_of(graph.YCoorAxDerivation, [](std::int32_t order) { return order <= 2; });
+    ConditionSearch search(
+        Terms(), lines, has_levels ? kSearchPiece : kSearchPieceOfLines,
+        [this, from, last](std::int64_t line) { return GoOn(from, line, last); });
+    const std::optional<std::int64_t> found = forward ? search.Next(from) : search.Previous(from);
+    m_progress.reset();
+    m_is_under_way = false;
+    if (m_session.Recording() != recording || search.WasEnded()) {
+        return;
+    }
+    if (found) {
+        m_past.GoTo(*found);
+        m_past.TellOfRecording();
+    } else {
+        m_session.Values().ShowHint(forward ? "No trigger fires behind this place"
+                                            : "No trigger fires before this place");
+    }
+}
+
+bool PastSearch::GoOn(std::int64_t from, std::int64_t line, std::int64_t last) {
+    const std::chrono::milliseconds now = m_clock();
+    if (now - m_events_handled < kSearchPause) {
+        return true;
+    }
+    if (m_progress == nullptr && now - m_begin > kSearchPatience) {
+        m_progress = std::make_unique<ExportProgress>(
+            TextsOfSearch(), "Looking for where a trigger fires", m_parent.window());
+        m_progress->show();
+    }
+    if (m_progress != nullptr) {
+        m_progress->SetRows(static_cast<std::uint64_t>(std::abs(line - from)),
+                            static_cast<std::uint64_t>(std::abs(last - from)));
+    }
+    QCoreApplication::processEvents();
+    m_events_handled = m_clock();
+    return !m_is_cancelled && (m_progress == nullptr || !m_progress->WasCancelled());
+}
+
+void PastSearch::GoToEvent(bool forward) {
+    recording::RecordingReader& reader = m_session.Recording()->Reader();
+    std::vector<std::pair<std::int64_t, std::string>> places;
+    for (const recording::Event& event : reader.Events()) {
+        places.emplace_back(static_cast<std::int64_t>(event.line),
+                            event.text.empty() ? event.kind : event.text);
+    }
+    const std::size_t events = places.size();
+    for (const recording::LineSpan& gap : reader.Gaps()) {
+        const auto end = static_cast<std::int64_t>(gap.end);
+        const auto is_told =
+            std::any_of(places.begin(), places.begin() + static_cast<std::ptrdiff_t>(events),
+                        [end](const auto& place) { return place.first == end; });
+        if (!is_told) {
+            places.emplace_back(
+                end, std::to_string(gap.end - gap.first) + " lines are missing before this place");
+        }
+    }
+    std::ranges::stable_sort(places, {}, &std::pair<std::int64_t, std::string>::first);
+    const std::int64_t from = Begin(forward);
+    const auto next =
+        std::ranges::lower_bound(places, from, {}, &std::pair<std::int64_t, std::string>::first);
+    if (forward ? next == places.end() : next == places.begin()) {
+        m_session.Values().ShowHint(forward ? "No event behind this place"
+                                            : "No event before this place");
+        return;
+    }
+    const auto& [line, text] = forward ? *next : *std::prev(next);
+    m_past.GoTo(line);
+    m_session.Values().ShowHint(text);
+}
+
+}  // namespace wavo

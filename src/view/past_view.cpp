@@ -1,0 +1,403 @@
+#include "view/past_view.h"
+
+#include <QMetaObject>
+#include <QPainter>
+#include <QWidget>
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <set>
+#include <utility>
+
+#include "view/past_marks.h"
+
+namespace wavo {
+
+namespace {
+
+using recording::ReadingBudget;
+
+/// What a drawing may read: a few milliseconds.
+constexpr std::uint64_t kFrameBudget = 600;
+/// Drawings until all is exact; scales may follow what came with the one before.
+constexpr int kMostDrawings = 4;
+
+bool IsOverTime(const GraphDraw& drawer) {
+    return drawer.Graph().XCoorType != CoorType::kAxis;
+}
+
+LineRange Union(const LineRange& a, const LineRange& b) {
+    if (a.Count() == 0 || b.Count() == 0) {
+        return a.Count() == 0 ? b : a;
+    }
+    return {std::min(a.begin, b.begin), std::max(a.end, b.end)};
+}
+
+}  // namespace
+
+PastView::PastView(Session& session, GraphBoard& board, GraphScreen& screen,
+                   std::function<std::uint32_t()> selected, std::function<void()> changed)
+    : m_session(session),
+      m_board(board),
+      m_screen(screen),
+      m_selected(std::move(selected)),
+      m_changed(std::move(changed)) {
+    m_screen.SetPast(this);
+}
+
+// ---- which past ----
+
+void PastView::OnGraphsMade() {
+    m_drag.reset();
+    m_buffers.clear();
+    OpenRecording* const recording = m_session.Recording();
+    if (recording == nullptr) {
+        m_is_shown = false;
+        m_recording = nullptr;
+        m_steps.clear();
+        m_mark.reset();
+        m_changed();
+        return;
+    }
+    if (m_recording != recording) {
+        m_recording = recording;
+        m_steps.clear();
+        m_mark.reset();
+        m_window.ShowAll(recording->Lines());
+    }
+    m_is_shown = true;
+    m_origin = recording->Lines().begin;
+    TellOfRecording();
+    Apply();
+}
+
+void PastView::Leave() {
+    if (!m_is_shown || m_session.Recording() != nullptr) {
+        return;
+    }
+    for (const auto& drawer : m_board.Drawers()) {
+        drawer->ShowHistory(std::nullopt);
+    }
+    OnGraphsMade();
+}
+
+std::string PastView::UnknownAxes() const {
+    std::set<std::string> unknown;
+    for (const WavoGraph& graph : m_session.Graphs().Graphs()) {
+        std::vector<std::string> names = graph.YCoorAxName;
+        if (graph.XCoorType == CoorType::kAxis) {
+            names.push_back(graph.XCoorAxName);
+        }
+        const std::vector<std::string>& known = m_session.Values().AxisNames();
+        std::ranges::copy_if(names, std::inserter(unknown, unknown.end()), [&](const auto& name) {
+            return std::ranges::find(known, name) == known.end();
+        });
+    }
+    std::string text;
+    for (const std::string& name : unknown) {
+        text += (text.empty() ? "Not in the recording: " : ", ") + name;
+    }
+    return text;
+}
+
+void PastView::TellOfRecording() {
+    OpenRecording* const recording = m_session.Recording();
+    if (recording == nullptr) {
+        return;
+    }
+    m_notices = recording->Reader().Notices().size();
+    recording->Source().Renew();
+    std::string text = UnknownAxes();
+    if (!recording->Reader().IsStillThere()) {
+        text = "The file was removed or replaced: this is the one that was opened";
+    } else if (m_notices > 0) {
+        text = recording->Reader().Notices().back();
+    }
+    m_session.Values().ShowHint(text);
+}
+
+bool PastView::CanShow(const GraphDraw& drawer) const {
+    return m_recording != nullptr || drawer.Past().has_value() || !m_session.Values().IsRunning() ||
+           IsStopped(drawer.State());
+}
+
+const GraphDraw* PastView::GraphAt(const QPoint& point) const {
+    const auto& drawers = m_board.Drawers();
+    const auto found = std::ranges::find_if(
+        drawers, [&point](const auto& drawer) { return drawer->Rectangle().contains(point); });
+    return found == drawers.end() ? SelectedGraph() : found->get();
+}
+
+const GraphDraw* PastView::SelectedGraph() const {
+    const auto& drawers = m_board.Drawers();
+    const GraphDraw* const selected = m_board.Find(m_selected());
+    return selected != nullptr || drawers.empty() ? selected : drawers.front().get();
+}
+
+bool PastView::Begin(const GraphDraw* drawer) {
+    if (m_screen.IsDrawing() || drawer == nullptr || !CanShow(*drawer)) {
+        return false;
+    }
+    if (m_is_shown) {
+        return true;
+    }
+    const LineRange held = HeldLines();
+    if (held.Count() < 2) {
+        return false;
+    }
+    m_is_shown = true;
+    m_window.ShowAll(held);
+    const LineRange shown = ShownLines(*drawer);
+    if (shown.Count() > 1) {
+        m_window.Show(shown);
+    }
+    m_origin = m_window.Seen().begin;
+    return true;
+}
+
+LineRange PastView::ShownLines(const GraphDraw& drawer) const {
+    const GraphRecorder& recorder = drawer.Recorder();
+    if (drawer.Zoom().active) {
+        const auto first = drawer.Places().LineAt(0.0);
+        const auto last = drawer.Places().LineAt(drawer.Zoom().Length() - recorder.CycleTime() / 2);
+        return first && last ? LineRange{*first, *last + 1} : LineRange();
+    }
+    // A sweep shows what came last, like any other curve.
+    const std::uint64_t taken = recorder.TakenRows();
+    std::uint64_t held = 0;
+    for (const auto& line : drawer.Lines()) {
+        held = std::max<std::uint64_t>(held, line->Size());
+    }
+    const std::vector<LineLog::Run> runs =
+        recorder.TakenLines().Runs(taken - std::min(taken, held), taken);
+    if (runs.empty()) {
+        return {};
+    }
+    return {runs.front().line, runs.back().line + static_cast<std::int64_t>(runs.back().count)};
+}
+
+LineRange PastView::HeldLines() const {
+    LineRange held;
+    for (const auto& drawer : m_board.Drawers()) {
+        if (!CanShow(*drawer)) {
+            continue;
+        }
+        for (GraphValue* const value : drawer->Recorder().Values()) {
+            held = Union(held, RingHistory(*value).Lines());
+        }
+    }
+    return held;
+}
+
+History* PastView::HistoryOf(GraphValue* value) {
+    return value == nullptr ? nullptr : &m_buffers.try_emplace(value, *value).first->second;
+}
+
+ShownHistory PastView::HistoryOf(const GraphDraw& drawer) {
+    const WavoGraph& graph = drawer.Graph();
+    ShownHistory history{{}, nullptr, m_window.Seen(), m_origin};
+    OpenRecording* const recording = m_session.Recording();
+    for (std::size_t i = 0; i < graph.YCoorAxName.size(); ++i) {
+        history.y.push_back(
+            recording != nullptr
+                ? recording->StreamOf(graph.YCoorAxName[i], std::max(0, graph.YCoorAxDerivation[i]))
+                : HistoryOf(drawer.Recorder().Taken(i).value));
+    }
+    if (!IsOverTime(drawer)) {
+        history.x = recording != nullptr
+                        ? recording->StreamOf(graph.XCoorAxName, 0)
+                        : HistoryOf(drawer.Recorder().Taken(graph.YCoorAxName.size()).value);
+    }
+    return history;
+}
+
+// ---- moving ----
+
+void PastView::Apply() {
+    for (const auto& drawer : m_board.Drawers()) {
+        if (CanShow(*drawer)) {
+            drawer->ShowHistory(HistoryOf(*drawer));
+        }
+    }
+    m_changed();
+}
+
+void PastView::ApplyAndDraw() {
+    Apply();
+    m_screen.DrawAndShow();
+}
+
+template <typename Change>
+bool PastView::Do(Change change) {
+    if (!Begin(SelectedGraph())) {
+        return false;
+    }
+    change();
+    ApplyAndDraw();
+    return true;
+}
+
+bool PastView::ZoomAt(const QPoint& point, double factor) {
+    const GraphDraw* const drawer = GraphAt(point);
+    if (!Begin(drawer)) {
+        return false;
+    }
+    const QRect& plot = drawer->PlotArea();
+    double place = 0.5;
+    if (IsOverTime(*drawer) && plot.width() > 1) {
+        place = std::clamp((point.x() - plot.left()) / (plot.width() - 1.0), 0.0, 1.0);
+    }
+    m_window.Zoom(place, factor);
+    ApplyAndDraw();
+    return true;
+}
+
+bool PastView::ZoomInMiddle(double factor) {
+    return Do([&] { m_window.Zoom(0.5, factor); });
+}
+
+bool PastView::MoveBy(double windows) {
+    return Do([&] { m_window.Move(windows); });
+}
+
+bool PastView::MoveToBegin() {
+    return Do([&] { m_window.MoveToBegin(); });
+}
+
+bool PastView::MoveToEnd() {
+    return Do([&] { m_window.MoveToEnd(); });
+}
+
+bool PastView::Show(const LineRange& lines) {
+    return Do([&] { m_window.Show(lines); });
+}
+
+bool PastView::ZoomTo(const TimeWindow& span) {
+    if (!m_is_shown) {
+        return false;
+    }
+    const double step = m_session.Values().CycleTime();
+    const LineRange before = m_window.Seen();
+    const auto line_at = [&](double time) {
+        return before.begin + static_cast<std::int64_t>(std::llround(time / step));
+    };
+    m_window.Show({line_at(span.start), line_at(span.end) + 1});
+    if (m_window.Seen() != before) {
+        m_steps.push_back(before);
+    }
+    ApplyAndDraw();
+    return true;
+}
+
+bool PastView::StepBack() {
+    if (!m_is_shown) {
+        return false;
+    }
+    if (!m_steps.empty()) {
+        m_window.Show(m_steps.back());
+        m_steps.pop_back();
+    } else if (m_recording != nullptr) {
+        m_window.Show(m_window.Held());
+    } else {
+        Leave();
+        m_screen.DrawAndShow();
+        return true;
+    }
+    ApplyAndDraw();
+    return true;
+}
+
+void PastView::GoTo(std::int64_t line) {
+    m_mark = line;
+    m_window.BringIn(line);
+    ApplyAndDraw();
+}
+
+void PastView::OnLinesChanged(bool follow) {
+    if (m_recording == nullptr) {
+        return;
+    }
+    const bool was_all = m_window.IsAllSeen();
+    m_window.SetHeld(m_session.Recording()->Lines());
+    if (was_all) {
+        m_window.Show(m_window.Held());
+    } else if (follow) {
+        m_window.MoveToEnd();
+    }
+    ApplyAndDraw();
+}
+
+bool PastView::BeginDrag(const QPoint& point) {
+    const GraphDraw* const drawer = GraphAt(point);
+    if (!Begin(drawer) || !IsOverTime(*drawer)) {
+        return false;
+    }
+    m_drag = Drag{point, m_window.Seen(), std::max(1, drawer->PlotArea().width() - 1)};
+    return true;
+}
+
+bool PastView::DragTo(const QPoint& point) {
+    if (!m_drag || !m_is_shown) {
+        return false;
+    }
+    // What is under the pointer stays there.
+    const double lines = static_cast<double>(m_drag->seen.Count() - 1) *
+                         (m_drag->from.x() - point.x()) / m_drag->width;
+    const std::int64_t begin = m_drag->seen.begin + std::llround(lines);
+    m_window.Show({begin, begin + m_drag->seen.Count()});
+    ApplyAndDraw();
+    return true;
+}
+
+// ---- drawing ----
+
+void PastView::OnDrawn() {
+    if (m_session.Recording() != nullptr) {
+        m_session.Recording()->Budget().Renew(kFrameBudget);
+        if (m_session.Recording()->Reader().Notices().size() != m_notices) {
+            TellOfRecording();
+        }
+    }
+    if (m_is_going_on || m_board.IsExact() || !m_screen.IsSeen()) {
+        return;
+    }
+    m_is_going_on = true;
+    QMetaObject::invokeMethod(
+        &m_screen.Widget(),
+        [this] {
+            m_is_going_on = false;
+            if (!m_board.IsExact() && !m_screen.IsDrawing()) {
+                m_screen.DrawAndShow();
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+void PastView::Complete() {
+    if (m_session.Recording() == nullptr) {
+        return;
+    }
+    ReadingBudget& budget = m_session.Recording()->Budget();
+    for (int i = 0; i < kMostDrawings && !m_board.IsExact(); ++i) {
+        budget.Renew(ReadingBudget::kUnlimited);
+        m_screen.DrawAndShow();
+    }
+    budget.Renew(kFrameBudget);
+}
+
+void PastView::PaintMarks(QPainter& painter) {
+    const ColorRef background = m_session.Settings().Current().background;
+    for (const auto& drawer : m_board.Drawers()) {
+        if (!drawer->Past().has_value()) {
+            continue;
+        }
+        if (!drawer->IsExact()) {
+            PaintNotExact(painter, *drawer, background);
+        }
+        if (m_mark && IsOverTime(*drawer)) {
+            PaintPlace(painter, *drawer, *m_mark, background);
+        }
+    }
+}
+
+}  // namespace wavo

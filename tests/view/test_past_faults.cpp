@@ -1,0 +1,190 @@
+// Recordings that grow, change or are damaged while they are looked at, and what else goes on then.
+#include <gmock/gmock.h>
+
+#include <QFile>
+
+#include "past_fixture.h"
+
+namespace wavo {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+class PastFaults : public testing::PastFixture {
+ protected:
+    PastFaults() { Give(1.0, 5); }
+
+    /// Opens a recording that is still being written.
+    void OpenGrowing() {
+        const std::string path = PathOf("growing.mcap");
+        auto writer = recording::RecordingWriter::Create(path, testing::MakeHead(3), std::nullopt);
+        ASSERT_TRUE(writer.HasValue());
+        m_writer = std::move(*writer);
+        Grow();
+        ASSERT_TRUE(m_view->Past().Files().Open(path));
+    }
+    /// 1000 lines more.
+    void Grow() {
+        testing::Append(*m_writer, m_writer->NextLine(), testing::MakeLines(3, 1000, 5));
+        testing::RequireNoFault(m_writer->Keep());
+    }
+    void Execute(CommandId id) { m_view->Past().Execute(id); }
+
+    std::unique_ptr<recording::RecordingWriter> m_writer;
+};
+
+TEST_F(PastFaults, AFileThatGrowsIsShownAsFarAsItIs) {
+    OpenGrowing();
+    EXPECT_EQ(Seen(), (LineRange{0, 1000}));
+    EXPECT_TRUE(m_view->Past().IsEnabled(CommandId::kFollow));
+    Grow();
+    m_view->Past().Files().Refresh();
+    EXPECT_EQ(Seen(), (LineRange{0, 2000})) << "all of it was seen, and is";
+    m_view->Past().Window().Show({500, 701});
+    Grow();
+    m_view->Past().Files().Refresh();
+    EXPECT_EQ(Seen(), (LineRange{500, 701}));
+    Execute(CommandId::kFollow);
+    EXPECT_TRUE(m_view->Past().IsOn(CommandId::kFollow));
+    EXPECT_EQ(Seen(), (LineRange{2799, 3000}));
+    Grow();
+    m_view->Past().Files().Refresh();
+    EXPECT_EQ(Seen(), (LineRange{3799, 4000}));
+    testing::RequireNoFault(m_writer->Finish());
+    m_view->Past().Files().Refresh();
+    EXPECT_FALSE(m_view->Past().IsEnabled(CommandId::kFollow)) << "it has come to its end";
+    EXPECT_THAT(m_boxes, IsEmpty());
+}
+
+TEST_F(PastFaults, ARecordingThatWasCutOffSaysSo) {
+    OpenGrowing();
+    EXPECT_THAT(m_view->Work().Source().StateText(),
+                HasSubstr("recording was cut off at 2025-08-01"));
+}
+
+TEST_F(PastFaults, AFileThatIsRemovedIsToldAndShownAllTheSame) {
+    OpenSample();
+    const QImage before = m_view->Screen().Picture().copy();
+    if (!QFile::remove(QString::fromStdString(PathOf("night.mcap")))) {
+        GTEST_SKIP() << "this system keeps files that are open";
+    }
+    m_view->Past().Files().Refresh();
+    EXPECT_EQ(m_panes[0], "The file was removed or replaced: this is the one that was opened");
+    m_view->Past().Window().MoveToEnd();
+    EXPECT_EQ(m_view->Screen().Picture(), before);
+}
+
+TEST_F(PastFaults, AFileThatIsCutShowsWhatIsLeft) {
+    const std::string path = PathOf("long.mcap");  // more than the first picture reads
+    testing::WriteRecording(path, testing::MakeHead(3), testing::MakeLines(3, 100000, 5));
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    QFile file(QString::fromStdString(path));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.resize(file.size() / 2));
+    file.close();
+    m_view->Past().Window().Show({80000, 81001});
+    EXPECT_FALSE(m_view->Screen().Picture().isNull());
+    for (int i = 0; i < 30; ++i) {
+        Wheel(Graph().PlotArea().center(), -120);
+        EXPECT_FALSE(m_view->Screen().Picture().isNull());
+    }
+    EXPECT_THAT(m_panes[0], HasSubstr("damaged"));
+    EXPECT_THAT(m_boxes, IsEmpty());
+}
+
+TEST_F(PastFaults, ADamagedChunkIsAGapAndTold) {
+    OpenSample();
+    m_view->Past().Execute(CommandId::kCloseRecording);
+    QFile file(QString::fromStdString(PathOf("night.mcap")));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    const qint64 middle = file.size() / 2;
+    ASSERT_TRUE(file.seek(middle));
+    const QByteArray bytes = file.read(20000);
+    ASSERT_TRUE(file.seek(middle));
+    ASSERT_EQ(file.write(QByteArray(bytes.size(), 'x')), bytes.size());
+    file.close();
+    ASSERT_TRUE(m_view->Past().Files().Open(PathOf("night.mcap")));
+    for (std::int64_t line = 100; line < 5100; line += 200) {
+        m_view->Past().Window().Show({line, line + 201});
+        EXPECT_FALSE(m_view->Screen().Picture().isNull());
+    }
+    EXPECT_THAT(m_panes[0], HasSubstr("are damaged and left out"));
+    EXPECT_FALSE(m_view->Work().Recording()->Reader().Gaps().empty());
+    const auto gap = m_view->Work().Recording()->Reader().Gaps().front();
+    m_view->Past().Window().Show(
+        {static_cast<std::int64_t>(gap.first) + 5, static_cast<std::int64_t>(gap.first) + 50});
+    EXPECT_FALSE(m_view->Screen().Picture().isNull()) << "a gap longer than the window";
+}
+
+TEST_F(PastFaults, AZoomAndATriggerAreNoHindrance) {
+    WavoGraph graph = m_view->Work().Graphs().Graphs()[0];
+    graph.Triggers = {{TriggerTypeCode::kStopAbove, 2.0, "X"}};
+    m_view->Work().Graphs().Put(graph);
+    Give(1.0, 100);
+    EXPECT_EQ(Graph().State(), RunState::kStoppedAfterStop);
+    m_view->Zooms().ZoomGraph(0, 0.1, 0.3);
+    OpenSample();
+    EXPECT_FALSE(Graph().Zoom().active);
+    m_view->Past().Execute(CommandId::kCloseRecording);
+    EXPECT_EQ(Graph().State(), RunState::kWaitingForStop);
+    EXPECT_FALSE(m_view->Past().Window().IsShown());
+}
+
+TEST_F(PastFaults, ABoxThatStandsOpenIsNoHindrance) {
+    int boxes = 0;
+    m_prompts.box = [&](QWidget*, const Box&) {
+        ++boxes;
+        OpenSample();  // from a menu of another window, or a file that is dropped
+        return BoxAnswer::kOk;
+    };
+    m_source->events->ShowFault("overrun value fifo (main -> wavo.) from master proc. detected");
+    EXPECT_EQ(boxes, 1);
+    EXPECT_EQ(m_title, "night.mcap - wavo.ini");
+    m_view->Past().Execute(CommandId::kCloseRecording);
+    Give(4.0, 2);
+    EXPECT_EQ(m_title, "wavo.ini - running");
+}
+
+TEST_F(PastFaults, AMasterThatGoesMeanwhileIsMissedAfterwards) {
+    OpenSample();
+    m_source->is_present = false;
+    m_source->events->Ended();
+    m_source->events->StateChanged();
+    EXPECT_TRUE(IsEnabled(CommandId::kOpen));
+    m_view->Past().Execute(CommandId::kCloseRecording);
+    EXPECT_FALSE(IsEnabled(CommandId::kOpen));
+    EXPECT_TRUE(IsEnabled(CommandId::kConnect));
+    EXPECT_THAT(m_boxes, IsEmpty());
+}
+
+TEST_F(PastFaults, AnImporterOpensFilesOfItsKind) {
+    testing::WriteRecording(PathOf("made.mcap"), testing::MakeHead(1),
+                            testing::MakeLines(1, 50, 1));
+    std::string asked;
+    m_view->Past().Files().AddImporter(
+        {"Tables|*.csv|", [](const std::string& path) { return path.ends_with(".csv"); },
+         [&](const std::string& path) -> std::optional<std::string> {
+             asked = path;
+             return asked.ends_with("no.csv") ? std::nullopt : std::optional(PathOf("made.mcap"));
+         }});
+    EXPECT_TRUE(m_view->Past().Files().IsRecording("a.csv"));
+    EXPECT_TRUE(m_view->Past().Files().IsRecording("A.MCAP"));
+    EXPECT_FALSE(m_view->Past().Files().IsRecording("a.ini"));
+    EXPECT_FALSE(m_view->Past().Files().Open(PathOf("no.csv")));
+    EXPECT_TRUE(m_view->Past().Files().Open(PathOf("table.csv")));
+    EXPECT_EQ(asked, PathOf("table.csv"));
+    EXPECT_EQ(m_title, "table.csv - wavo.ini");
+    EXPECT_EQ(Seen(), (LineRange{0, 50}));
+    FileQuestion question;
+    m_prompts.open_file = [&](QWidget*, const FileQuestion& put) {
+        question = put;
+        return std::optional<QString>();
+    };
+    m_view->Past().Execute(CommandId::kOpenRecording);
+    EXPECT_EQ(question.caption, "Open Recording");
+    EXPECT_EQ(question.filters, "Recordings|*.mcap|Tables|*.csv|All Files|*.*|");
+}
+
+}  // namespace
+}  // namespace wavo
