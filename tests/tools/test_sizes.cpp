@@ -36,6 +36,8 @@ const std::map<std::string, std::string>& LargeClasses() {
         {"LinesDrawAxis", "the published calls of a curve, and what its graph asks of it"},
         {"GraphValue",
          "the published calls of a stream, what its curves ask of it, and the path of each value"},
+        {"SampleRing",
+         "samples by position, by sequence and as they lie in memory, and each way to add them"},
     };
     return classes;
 }

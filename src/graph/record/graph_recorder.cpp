@@ -280,6 +280,9 @@ TriggerEvent GraphRecorder::TestTriggers() {
             break;
     }
     KeepLines(dropped);
+    for (TakenValues& taken : m_taken) {
+        taken.origin.all_follow = m_state == RunState::kRunning;
+    }
     return event;
 }
 

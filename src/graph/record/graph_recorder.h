@@ -68,7 +68,8 @@ class GraphRecorder {
     /// came: row n is sequence n. Those that no curve holds any more are forgotten.
     [[nodiscard]] std::uint64_t TakenRows() const { return m_rows; }
     [[nodiscard]] const LineLog& TakenLines() const { return m_lines; }
-    /// What was taken of a stream; stream Axes() is that of the x axis. REQUIRES: stream <= Axes().
+    /// What was taken of a stream; stream Axes() is that of the x axis. After TestTriggers its
+    /// origin tells whether the curves take all that follows. REQUIRES: stream <= Axes().
     [[nodiscard]] const TakenValues& Taken(std::size_t stream) const { return m_taken[stream]; }
 
     /// Tests the values taken last; `index` is the position of the value that fired.

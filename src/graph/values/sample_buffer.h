@@ -47,6 +47,7 @@ class SampleBuffer final : public SampleRing {
 struct SampleOrigin {
     const SampleBuffer* buffer = nullptr;  ///< null: nowhere
     std::uint64_t sequence = 0;            ///< of the first of them
+    bool all_follow = false;               ///< who takes these takes all that come after them, too
 };
 
 }  // namespace wavo

@@ -41,12 +41,7 @@ class SampleHolder {
     virtual void BeforeEnd() = 0;
 
  protected:
-    SampleHolder() = default;
     ~SampleHolder() = default;
-    SampleHolder(const SampleHolder&) = default;
-    SampleHolder& operator=(const SampleHolder&) = default;
-    SampleHolder(SampleHolder&&) = default;
-    SampleHolder& operator=(SampleHolder&&) = default;
 };
 
 class SampleRing {

@@ -280,7 +280,8 @@ TEST(SharedSamples, ARunningCurveLooksAtItsBufferHoweverItIsShown) {
     Scope scope(graph, 0.25, QRect(0, 0, 400, 200), 300.0);
     const auto expect_shared = [&scope](const char* when) {
         for (std::size_t axis = 0; axis < 2; ++axis) {
-            EXPECT_EQ(&scope.Line(axis).OverTime()->Buffer(), &scope.values[axis].Values()) << when;
+            EXPECT_EQ(&scope.Line(axis).OverTime()->Shown().buffer, &scope.values[axis].Values())
+                << when;
         }
     };
     for (int i = 0; i < 50; ++i) {

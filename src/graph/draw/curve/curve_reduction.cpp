@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 
 namespace wavo {
 
@@ -72,28 +71,27 @@ std::int32_t ColumnOf(const std::vector<std::uint64_t>& first_steps, std::uint64
 /// Finds the pixel rows of all samples of a curve, or of those that came since the last time. False
 /// where that does not pay, and where there is NaN.
 bool FollowRows(const TimeCurve& curve, const CurvePixels& pixels, ReductionState& state) {
-    const std::optional<std::uint64_t> number = curve.FirstNumber();
-    const std::uint64_t count = curve.Stretch().count;
-    const bool few = count <= (pixels.first_steps.size() - 1) * kMostPerColumn;
-    if (!number.has_value() || !few || state.with_these_rows < kReductionsBefore) {
+    const ShownSamples shown = curve.Shown();
+    const bool few = shown.count <= (pixels.first_steps.size() - 1) * kMostPerColumn;
+    if (!shown.number.has_value() || !few || state.with_these_rows < kReductionsBefore) {
         state.rows.Forget();
         ++state.with_these_rows;
         return false;
     }
     const SampleRing::Parts samples =
-        curve.Buffer().RangeOf(curve.Begin(), static_cast<std::size_t>(count));
-    return state.rows.Follow(*number, samples, pixels.rows);
+        shown.buffer.RangeOf(shown.begin, static_cast<std::size_t>(shown.count));
+    return state.rows.Follow(*shown.number, samples, pixels.rows);
 }
 
 /// Reads one curve.
 class Reduction {
  public:
     /// `rows_are_known`: the state has those of all samples.
-    Reduction(TimeCurve& curve, const CurvePixels& pixels, ReductionState& state,
+    Reduction(const ShownSamples& shown, const CurvePixels& pixels, ReductionState& state,
               ColumnSpans& spans, bool rows_are_known)
-        : m_buffer(curve.Buffer()),
-          m_begin(curve.Begin()),
-          m_count(static_cast<std::size_t>(curve.Size() == 0 ? 0 : curve.Stretch().count)),
+        : m_buffer(shown.buffer),
+          m_begin(shown.begin),
+          m_count(static_cast<std::size_t>(shown.count)),
           m_samples(m_buffer.Slots().data()),
           m_slots(m_buffer.Slots().size()),
           m_first_slot(m_count == 0 ? 0 : m_buffer.SlotOfSequence(m_begin)),
@@ -430,7 +428,7 @@ bool ReduceCurve(TimeCurve& curve, const CurvePixels& pixels, ReductionState& st
     const bool joined =
         std::any_of(runs.begin(), runs.end(), [](const CurveRun& run) { return run.joined; });
     const bool known = !joined && FollowRows(curve, pixels, state);
-    Reduction reduction(curve, pixels, state, spans, known);
+    Reduction reduction(curve.Shown(), pixels, state, spans, known);
     const bool clean = known || (!joined && !reduction.MayHoldNaN());
     return std::all_of(runs.begin(), runs.end(), [&](const CurveRun& run) {
         return clean ? reduction.AddCleanRun(run) : reduction.AddRun(run);
@@ -440,8 +438,7 @@ bool ReduceCurve(TimeCurve& curve, const CurvePixels& pixels, ReductionState& st
 std::vector<QLine> CurveSegments(TimeCurve& curve, const CurvePixels& pixels,
                                  const QPoint& bottom_left) {
     std::vector<QLine> segments;
-    const SampleBuffer& buffer = curve.Buffer();
-    const std::uint64_t begin = curve.Begin();
+    const ShownSamples shown = curve.Shown();
     const auto columns = static_cast<std::int32_t>(pixels.first_steps.size()) - 1;
     bool open = false;
     QPoint last;
@@ -453,7 +450,7 @@ std::vector<QLine> CurveSegments(TimeCurve& curve, const CurvePixels& pixels,
                    pixels.first_steps[static_cast<std::size_t>(column) + 1] <= run.step + i) {
                 ++column;
             }
-            const double sample = buffer.Sample(begin + run.position + i);
+            const double sample = shown.buffer.Sample(shown.begin + run.position + i);
             if (std::isnan(sample)) {
                 open = false;
                 continue;

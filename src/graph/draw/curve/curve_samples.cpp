@@ -85,7 +85,7 @@ void CurveSamples::Push(std::span<const double> samples, const SampleOrigin& ori
             m_own.SetExpectedSize(m_max_points);
             m_shares = true;
         }
-        m_stream->Hold(*this, Begin());
+        m_stream->Hold(*this, origin.all_follow ? SampleRing::kNoSequence : Begin());
         return;
     }
     if (m_shares) {
@@ -108,9 +108,10 @@ void CurveSamples::PushOwn(std::span<const double> samples) {
 }
 
 void CurveSamples::TakeOver() {
-    const SampleRing::Parts parts = m_stream->RangeOf(Begin(), static_cast<std::size_t>(m_size));
+    const auto size = static_cast<std::size_t>(Size());
+    const SampleRing::Parts parts = m_stream->RangeOf(Begin(), size);
     m_shares = false;
-    if (!m_own.Reserve(static_cast<std::size_t>(m_size))) {
+    if (!m_own.Reserve(size)) {
         MERRLOG(kOutOfMemory);
         return;
     }

@@ -3,7 +3,8 @@
 // What the buffer of the stream still has is not stored twice: the curve looks at the samples
 // there and holds them, so that it is told before one of them is overwritten. Only then, and where
 // the curve differs from the stream (a gap, a derivative that is none), it has samples of its own,
-// until all that differs has been dropped.
+// until all that differs has been dropped. A curve that takes all samples holds none: what is
+// overwritten it would drop with the next ones.
 //
 // Invariants:
 // 1. At most MaxPoints() samples are held.
@@ -11,6 +12,7 @@
 //    from it for each sample.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 
@@ -38,7 +40,7 @@ class CurveSamples final : private SampleHolder {
     void Replace(std::span<const double> samples);
 
     [[nodiscard]] std::uint64_t MaxPoints() const { return m_max_points; }
-    [[nodiscard]] std::uint64_t Size() const { return m_shares ? m_size : m_own.Size(); }
+    [[nodiscard]] std::uint64_t Size() const { return m_shares ? End() - Begin() : m_own.Size(); }
     /// Samples pushed since Clear.
     [[nodiscard]] std::uint64_t Appended() const { return m_appended; }
     /// Sequence number of the oldest sample held.
@@ -50,7 +52,8 @@ class CurveSamples final : private SampleHolder {
     /// Where the samples stand, and the sequence number of the oldest of them there.
     [[nodiscard]] const SampleBuffer& Buffer() const { return m_shares ? *m_stream : m_own; }
     [[nodiscard]] std::uint64_t Begin() const {
-        return m_shares ? InStream(FirstSequence()) : m_own.FirstSequence();
+        return m_shares ? std::min(End(), std::max(End() - m_size, m_stream->FirstKept()))
+                        : m_own.FirstSequence();
     }
 
  private:
@@ -61,6 +64,8 @@ class CurveSamples final : private SampleHolder {
     [[nodiscard]] std::uint64_t InStream(std::uint64_t sequence) const {
         return sequence + m_stream_offset;
     }
+    /// Sequence number of the next sample in the stream's buffer.
+    [[nodiscard]] std::uint64_t End() const { return InStream(m_appended); }
     /// The next sample comes from there.
     void Follow(const SampleOrigin& origin);
     void LeaveStream();
@@ -80,7 +85,7 @@ class CurveSamples final : private SampleHolder {
     std::uint64_t m_stream_offset = 0;       ///< of sequences there; modulo 2^64
     std::uint64_t m_same_from = 0;           ///< from this sequence on samples are as there
     bool m_shares = false;
-    std::uint64_t m_size = 0;  ///< while it shares
+    std::uint64_t m_size = 0;  ///< while it shares, those that were overwritten since included
 };
 
 }  // namespace wavo

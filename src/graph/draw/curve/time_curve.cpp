@@ -94,6 +94,15 @@ SampleStretch TimeCurve::Stretch() const {
     return {begin, last.position + last.count - begin};
 }
 
+ShownSamples TimeCurve::Shown() const {
+    const SampleStretch stretch = Stretch();
+    ShownSamples shown{Buffer(), FirstOfBuffer() + stretch.position, stretch.count, std::nullopt};
+    if (m_window == nullptr) {
+        shown.number = m_held.FirstNumber() + stretch.position;
+    }
+    return shown;
+}
+
 std::uint64_t TimeCurve::EndOfSteps() const {
     if (!ShowsWindow()) {
         return MaxPoints();

@@ -33,6 +33,16 @@ struct CurveRun {
     bool joined = false;     ///< a line leads to it from the run before
 };
 
+/// Where the samples that a curve shows stand. Positions of runs count from the first of them.
+struct ShownSamples {
+    const SampleBuffer& buffer;
+    std::uint64_t begin = 0;  ///< sequence number of the first in the buffer
+    std::uint64_t count = 0;  ///< to the last one, gaps included
+    /// Number of the first: numbers rise by one and are never used twice. Nothing where a window
+    /// shows another buffer.
+    std::optional<std::uint64_t> number;
+};
+
 class TimeCurve {
  public:
     /// `step`: seconds from sample to sample. REQUIRES: max_points >= 1.
@@ -80,7 +90,7 @@ class TimeCurve {
 
     /// Sample and time, seconds, at a position as in Runs. REQUIRES: a run has it.
     [[nodiscard]] double SampleAt(std::uint64_t position) const {
-        return Buffer().Sample(Begin() + position);
+        return Buffer().Sample(FirstOfBuffer() + Stretch().position + position);
     }
     [[nodiscard]] double TimeAt(std::uint64_t position) const;
 
@@ -91,20 +101,9 @@ class TimeCurve {
     /// All samples stand at steps below this.
     [[nodiscard]] std::uint64_t EndOfSteps() const;
 
-    /// The buffer whose samples are shown, and the sequence number there of the first of them.
-    /// Positions of runs count from that one.
-    [[nodiscard]] const SampleBuffer& Buffer() const {
-        return m_window != nullptr ? *m_window : m_held.Buffer();
-    }
-    [[nodiscard]] std::uint64_t Begin() const { return FirstOfBuffer() + Stretch().position; }
-    /// Which samples these are of those of the window's buffer, else of those that the curve holds.
+    [[nodiscard]] ShownSamples Shown() const;
+    /// Which samples are shown of those of the window's buffer, else of those that the curve holds.
     [[nodiscard]] SampleStretch Stretch() const;
-    /// Number of the first sample; numbers rise by one and are never used twice. Nothing where a
-    /// window shows another buffer.
-    [[nodiscard]] std::optional<std::uint64_t> FirstNumber() const {
-        return m_window != nullptr ? std::nullopt
-                                   : std::optional(m_held.FirstNumber() + Stretch().position);
-    }
     [[nodiscard]] std::vector<CurveRun> Runs() const;
     /// Times are sums of steps, not places x step.
     [[nodiscard]] bool TimesAreSums() const { return !ShowsWindow() && OwnTimesAreSums(); }
@@ -128,6 +127,9 @@ class TimeCurve {
     [[nodiscard]] virtual bool OwnTimesAreSums() const { return false; }
 
     [[nodiscard]] bool ShowsWindow() const { return m_window != nullptr || m_own_window; }
+    [[nodiscard]] const SampleBuffer& Buffer() const {
+        return m_window != nullptr ? *m_window : m_held.Buffer();
+    }
     /// Sequence number of the sample that the positions of stretches count from.
     [[nodiscard]] std::uint64_t FirstOfBuffer() const {
         return m_window != nullptr ? m_window->FirstSequence() : m_held.Begin();

@@ -81,6 +81,24 @@ TEST(CurveSamples, WhatIsOverwrittenIsCopiedBeforeAndSharedAgainAfterwards) {
     EXPECT_EQ(SamplesOf(curve), Counting(999, 1001));
 }
 
+TEST(CurveSamples, OneThatTakesAllCopiesNothingHoweverManyComeAtOnce) {
+    GraphValue value("X", 1.0, 1000.0, 0);
+    CurveSamples curve(1001);
+    for (int step = 0; step < 20; ++step) {
+        Set(value, Counting(1000.0 * step, 1000));
+        EXPECT_TRUE(step == 0 || Shares(curve, value));
+        // In between it has what is left.
+        const std::uint64_t left = step == 0 ? 0 : 512;
+        ASSERT_EQ(curve.Size(), left) << step;
+        ASSERT_EQ(SamplesOf(curve), Counting(1000.0 * step - static_cast<double>(left), left));
+        curve.Push(Counting(1000.0 * step, 1000),
+                   {&value.Values(), value.FirstNewSequence(), true});
+        value.EmptyNewValues();
+        ASSERT_EQ(SamplesOf(curve),
+                  step == 0 ? Counting(0, 1000) : Counting(1000.0 * step - 1, 1001));
+    }
+}
+
 TEST(CurveSamples, WhatItHoldsStaysHoweverFarTheStreamRunsOn) {
     GraphValue value("X", 1.0, 1000.0, 0);
     CurveSamples curve(101);
@@ -163,7 +181,10 @@ TEST(CurveSamples, WithoutMemoryForACopyNothingIsShown) {
 class Life {
  public:
     explicit Life(unsigned seed)
-        : m_random(seed), m_capacity(600 + m_random() % 900), m_curve(MaxPoints()) {
+        : m_random(seed),
+          m_takes_all(seed % 3 == 0),
+          m_capacity(600 + m_random() % 900),
+          m_curve(MaxPoints()) {
         MakeStream();
     }
 
@@ -184,6 +205,9 @@ class Life {
                 m_value->GrowTimeRange(static_cast<double>(m_capacity));
                 break;
             case 4:  // The curve misses what comes.
+                if (m_takes_all) {
+                    break;
+                }
                 Feed(m_random() % m_capacity);
                 ExpectRight();
                 m_value->EmptyNewValues();
@@ -217,18 +241,20 @@ class Life {
 
     void Step() {
         Feed(1 + m_random() % (m_random() % 8 == 0 ? m_capacity : 100));
-        ExpectRight();
+        if (!m_takes_all) {
+            ExpectRight();
+        }
         std::vector<double> samples;
         double start = 0.0;
         m_value->GetNewValues(samples, start);
         std::uint64_t first = m_value->FirstNewSequence();
-        if (m_random() % 10 == 0) {  // a trigger leaves some out
+        if (!m_takes_all && m_random() % 10 == 0) {  // a trigger leaves some out
             const std::size_t dropped = m_random() % samples.size();
             samples.erase(samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(dropped));
             first += dropped;
             samples.resize(samples.size() - m_random() % samples.size());
         }
-        Push(samples, {&m_value->Values(), first});
+        Push(samples, {&m_value->Values(), first, m_takes_all});
         m_value->EmptyNewValues();
     }
 
@@ -241,6 +267,7 @@ class Life {
     }
 
     std::mt19937 m_random;
+    bool m_takes_all;
     std::uint64_t m_capacity;
     std::unique_ptr<GraphValue> m_value;
     CurveSamples m_curve;
