@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <numbers>
 #include <utility>
 #include <vector>
 
@@ -83,7 +84,7 @@ class Cursors : public ::testing::Test {
         for (; count > 0; count -= batch) {
             m_source->values.clear();
             for (int i = 0; i < std::min(count, batch); ++i) {
-                const double angle = M_PI * kLineTime * static_cast<double>(m_given++);
+                const double angle = std::numbers::pi * kLineTime * static_cast<double>(m_given++);
                 m_source->values.insert(m_source->values.end(), {std::cos(angle), std::sin(angle)});
             }
             EXPECT_TRUE(m_source->events->BatchReady());

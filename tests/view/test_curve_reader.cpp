@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
+#include <numbers>
 #include <random>
 #include <vector>
 
@@ -161,7 +163,7 @@ TEST(CurveReading, FindsPeaksValleysAndCrossingsOneAfterAnother) {
     Stream stream(100000);
     std::vector<double> samples(60000);
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        samples[i] = std::sin(static_cast<double>(i) * 2.0 * M_PI / 20000.0) +
+        samples[i] = std::sin(static_cast<double>(i) * 2.0 * std::numbers::pi / 20000.0) +
                      0.001 * std::sin(static_cast<double>(i) * 0.9);
     }
     stream.line = 500;

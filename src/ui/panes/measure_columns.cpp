@@ -167,7 +167,7 @@ QString CellText(const MeasuredTable& table, const MeasuredCurve& curve, Measure
         return ToText(content.figure.reason);
     }
     const double value = *content.figure;
-    const QString text =
+    QString text =
         NumberText(value, content.is_computed ? DecimalsOfComputed(value, content.decimals)
                                               : content.decimals);
     const Figure* const x = XOfCell(curve, column);

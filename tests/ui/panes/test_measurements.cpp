@@ -17,6 +17,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <random>
 
 #include "lines_from_memory.h"
 #include "real_prompts.h"
@@ -313,6 +314,94 @@ TEST_F(Measured, IsRenewedByBatchesAtMostTwentyTimesASecond) {
     Give(10);
     m_view->Commands().Execute(CommandId::kStop);
     EXPECT_EQ(std::stod(at_a()), std::stod(first) + 30.0) << "once more";
+}
+
+/// The values say which line they are of: so does what is read, whatever the user does.
+TEST_F(Measured, ReadsTheSamplesThatItStandsOnWhateverHappens) {
+    std::mt19937 random(7);
+    const auto below = [&random](int end) { return static_cast<int>(random() % end); };
+    WavoGraph short_one = GraphOf(2, "Y");
+    short_one.Mode = GraphMode::kClassic;
+    short_one.XScale.TimeRange = 1.0;
+    WavoGraph over_axis = GraphOf(3, "Y");
+    over_axis.XCoorType = CoorType::kAxis;
+    over_axis.XCoorAxName = "X";
+    over_axis.XScale.ScaleType = ScaleTypeCode::kAxis;
+    over_axis.XScale.ScaleAx = ScaleAxCode::kAutomatic;
+    over_axis.FadeOutTime = 2.0;
+    const std::vector<WavoGraph> graphs{GraphOf(1, "X"), short_one, over_axis};
+    Show(graphs);
+    Child<QCheckBox>("measure_all_graphs").setChecked(true);
+    m_control->Execute(CommandId::kMeasurements);
+    const auto point = [&] { return QPoint(below(m_view->width()), below(m_view->height())); };
+    const Qt::Key keys[] = {Qt::Key_Left, Qt::Key_Right, Qt::Key_Tab, Qt::Key_P,      Qt::Key_V,
+                            Qt::Key_0,    Qt::Key_T,     Qt::Key_B,   Qt::Key_Escape, Qt::Key_A};
+    const Qt::KeyboardModifiers modifiers[] = {Qt::NoModifier, Qt::ControlModifier,
+                                               Qt::ShiftModifier};
+    m_view->setFocus();
+    int read = 0;
+    for (int action = 0; action < 1500; ++action) {
+        switch (below(12)) {
+            case 0:
+                m_view->Commands().Execute(below(4) == 0 ? CommandId::kStop : CommandId::kStart);
+                break;
+            case 1:
+                if (!m_view->Board().Drawers().empty()) {
+                    m_view->Zooms().ZoomGraph(static_cast<std::size_t>(below(static_cast<int>(
+                                                  m_view->Board().Drawers().size()))),
+                                              0.2 + below(5) * 0.05, 0.5 + below(5) * 0.1);
+                }
+                break;
+            case 2:
+                m_view->Zooms().ZoomOut(static_cast<std::uint32_t>(1 + below(3)));
+                break;
+            case 3:
+                m_frame->resize(500 + below(700), 400 + below(400));
+                break;
+            case 4:
+                m_view->Work().RebuildGraphs();
+                break;
+            case 5:
+                QTest::mouseClick(
+                    m_view, Qt::LeftButton,
+                    below(2) == 0 ? Qt::ControlModifier : Qt::ControlModifier | Qt::ShiftModifier,
+                    point());
+                break;
+            case 6:
+                QTest::mousePress(m_view, Qt::LeftButton, Qt::NoModifier, point());
+                QTest::mouseMove(m_view, point());
+                QTest::mouseRelease(m_view, Qt::LeftButton, Qt::NoModifier, point());
+                break;
+            case 7:
+            case 8:
+                QTest::keyClick(m_view, keys[below(10)], modifiers[below(3)]);
+                break;
+            case 9:
+                Show(below(10) == 0 ? std::vector<WavoGraph>() : graphs);
+                break;
+            default:
+                if (m_view->Work().Values().IsRunning()) {
+                    Give(1 + below(200));
+                }
+        }
+        SCOPED_TRACE(action);
+        const MeasuredTable& table = m_view->Measured().Renew();
+        const auto a = m_view->Cursors().LineOf(CursorName::kA);
+        const auto b = m_view->Cursors().LineOf(CursorName::kB);
+        for (const MeasuredCurve& curve : table.curves) {
+            const double per_line = curve.id.graph == 1 ? 1.0 : -2.0;
+            if (a && curve.figures.a) {
+                ASSERT_EQ(*curve.figures.a, per_line * static_cast<double>(*a));
+                ++read;
+            }
+            if (a && b && curve.figures.a && curve.figures.b) {
+                ASSERT_EQ(curve.figures.between.count, std::abs(*b - *a) + 1);
+                ASSERT_NEAR(*curve.figures.between.mean,
+                            per_line * static_cast<double>(*a + *b) / 2.0, 1e-6);
+            }
+        }
+    }
+    EXPECT_GT(read, 1000) << "most of the time there is something to read";
 }
 
 TEST(MeasuredNumbers, HaveTheDigitsThatThereAre) {
