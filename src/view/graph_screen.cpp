@@ -136,8 +136,13 @@ void GraphScreen::CatchUp() {
 
 const QImage& GraphScreen::Picture() {
     CatchUp();
-    if (m_past != nullptr && !m_drawing) {
-        m_past->Complete();
+    // Scales may follow what came with the drawing before.
+    constexpr int kMostDrawings = 4;
+    for (int i = 0; i < kMostDrawings && m_past != nullptr && !m_drawing && !m_board.IsExact();
+         ++i) {
+        m_past->AllowAll();
+        DrawAndShow();
+        m_past->AllowAll();  // where nobody sees the widget the pixels come now
         CatchUp();
     }
     return m_picture.Image();

@@ -26,8 +26,8 @@ class PastDrawing {
     virtual ~PastDrawing() = default;
     /// The graphs were drawn.
     virtual void OnDrawn() = 0;
-    /// Draws until all is exact.
-    virtual void Complete() = 0;
+    /// The next drawing may take as long as it needs to be exact.
+    virtual void AllowAll() = 0;
     /// What stands over the picture.
     virtual void PaintMarks(QPainter& painter) = 0;
 };

@@ -19,8 +19,6 @@ using recording::ReadingBudget;
 
 /// What a drawing may read: a few milliseconds.
 constexpr std::uint64_t kFrameBudget = 600;
-/// Drawings until all is exact; scales may follow what came with the one before.
-constexpr int kMostDrawings = 4;
 
 bool IsOverTime(const GraphDraw& drawer) {
     return drawer.Graph().XCoorType != CoorType::kAxis;
@@ -373,16 +371,10 @@ void PastView::OnDrawn() {
         Qt::QueuedConnection);
 }
 
-void PastView::Complete() {
-    if (m_session.Recording() == nullptr) {
-        return;
+void PastView::AllowAll() {
+    if (m_session.Recording() != nullptr) {
+        m_session.Recording()->Budget().Renew(ReadingBudget::kUnlimited);
     }
-    ReadingBudget& budget = m_session.Recording()->Budget();
-    for (int i = 0; i < kMostDrawings && !m_board.IsExact(); ++i) {
-        budget.Renew(ReadingBudget::kUnlimited);
-        m_screen.DrawAndShow();
-    }
-    budget.Renew(kFrameBudget);
 }
 
 void PastView::PaintMarks(QPainter& painter) {

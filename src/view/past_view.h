@@ -80,7 +80,7 @@ class PastView final : public PastDrawing {
 
     // PastDrawing
     void OnDrawn() override;
-    void Complete() override;
+    void AllowAll() override;
     void PaintMarks(QPainter& painter) override;
 
  private:

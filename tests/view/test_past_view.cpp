@@ -310,6 +310,18 @@ TEST_F(Past, GraphsOfTheRecordingComeOnRequestAndSaveAsksForAName) {
     EXPECT_EQ(asked, 1) << "it has a name again";
 }
 
+TEST_F(Past, ThePictureIsExactEvenWhereNobodySeesTheWindow) {
+    const std::string path = PathOf("long.mcap");  // more than a drawing reads
+    testing::WriteRecording(path, testing::MakeHead(3), testing::MakeLines(3, 60000, 5));
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    const QImage seen = m_view->Screen().Picture().copy();
+    m_view->Past().Files().Execute(CommandId::kCloseRecording);
+    m_view->hide();
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    EXPECT_EQ(m_view->Screen().Picture(), seen);
+    EXPECT_TRUE(m_view->Board().IsExact());
+}
+
 TEST_F(Past, AlmostEmptyRecordingsAreShown) {
     for (const std::size_t axes : {0U, 1U}) {
         for (const std::size_t lines : {0U, 1U, 2U}) {

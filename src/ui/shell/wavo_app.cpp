@@ -137,6 +137,10 @@ void CWavoApp::TakeScreenshot(const QString& file) {
     disconnect(&m_frame->View().News(), &ViewNews::BatchShown, this, nullptr);
     (void)m_frame->grab();                     // everything gets its place
     (void)m_frame->View().Screen().Picture();  // exact, whatever it takes
+    Navigator& overview = m_frame->View().Past().Overview();
+    do {
+        (void)overview.DrawEnvelope();
+    } while (!overview.IsExact());
     const bool saved = m_frame->grab().save(file);
     if (!saved) {
         MERRLOG("CWavoApp::TakeScreenshot(): cannot write %s", file.toUtf8().constData());
