@@ -40,7 +40,7 @@ using bench::LongRecording;
 
 constexpr std::size_t kCurves = 8;
 constexpr QSize kSize(1600, 900);
-constexpr std::uint64_t kFrame = 600;  // as the view gives a drawing
+constexpr std::uint64_t kFrame = 350;  // as the view gives a drawing
 
 class NoHost : public GraphDrawHost {
  public:

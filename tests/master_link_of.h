@@ -7,7 +7,7 @@
 namespace wavo::testing {
 
 inline const MasterLink& MasterLinkOf(CWavoView& view) {
-    return dynamic_cast<const MasterLink&>(view.Work().Source());
+    return dynamic_cast<const MasterLink&>(view.Work().LiveSource());
 }
 
 }  // namespace wavo::testing

@@ -45,6 +45,8 @@ class Session {
     [[nodiscard]] const SettingsStore& Settings() const { return m_settings; }
     [[nodiscard]] ValueSource& Source() { return m_source; }
     [[nodiscard]] const ValueSource& Source() const { return m_source; }
+    /// Where live values come from, whatever is shown.
+    [[nodiscard]] ValueSource& LiveSource() { return m_source.Live(); }
     [[nodiscard]] Acquisition& Values() { return m_acquisition; }
     [[nodiscard]] const Acquisition& Values() const { return m_acquisition; }
     [[nodiscard]] GraphFiles& Files() { return m_files; }
@@ -60,8 +62,6 @@ class Session {
     void SetTraceLevel() const;
     /// Saves the settings; a fault is shown in the status bar.
     void SaveSettings();
-    /// The frame's title, as given.
-    void ShowTitle(const std::string& title) { m_files.ShowTitle(title); }
     void CommandsChanged() { m_observer.CommandsChanged(); }
     /// Tells in the status bar that a file was written without some axes.
     void ShowAxesLeftOut(const std::string& path);

@@ -25,6 +25,7 @@ class SourceSwitch final : public ValueSource, private ValueSourceEvents {
     /// Shows the live source again, and with `take_up` looks for its values.
     void ShowLive(bool take_up);
     [[nodiscard]] bool IsLive() const { return m_shown == &m_live; }
+    [[nodiscard]] ValueSource& Live() { return m_live; }
 
     // ValueSource
     void SetEvents(ValueSourceEvents* events) override;

@@ -75,7 +75,7 @@ void FileCommands::SaveAs() {
     }
     m_session.Files().SetCurrentPath(path);
     Write();
-    m_session.ShowTitle(FileNameOf(path));
+    m_session.Files().ShowTitle(FileNameOf(path));
     WriteSettings();
     m_session.CommandsChanged();
 }
