@@ -1,9 +1,8 @@
 #include "tables/table_import.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <limits>
 #include <span>
 #include <utility>
 
@@ -15,13 +14,14 @@ using recording::RecordingWriter;
 
 /// Pieces of text of one step: some milliseconds.
 constexpr std::size_t kPiecesPerStep = 4;
-/// Times from here on count from 1970: seconds.
+/// Latest first time of a table, seconds: the times of its lines fit into nanoseconds.
 constexpr double kLatestStart = 8e9;
 
+/// A number with nine digits at most, whatever the locale.
 std::string Plain(double number) {
     char text[32];
-    std::snprintf(text, sizeof text, "%.9g", number);
-    return text;
+    const auto end = std::to_chars(text, text + sizeof text, number, std::chars_format::general, 9);
+    return {text, end.ptr};
 }
 
 /// "1 line", "3 lines".
@@ -243,7 +243,9 @@ StepState TableImport::Finish() {
                                                : m_reader->Bytes().EndText()));
     }
     if (m_rows == 0) {
-        return Fail(m_preview.path + ": there are no lines of values");
+        return Fail(m_preview.path + ": " +
+                    (end == BytesEnd::kCutOff ? m_reader->Bytes().EndText()
+                                              : "there are no lines of values"));
     }
     if (MaybeFault fault = m_writer->Finish()) {
         return Fail(fault->text);

@@ -4,9 +4,11 @@
 #include <array>
 #include <cctype>
 #include <cmath>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "recording/recording_head.h"
@@ -97,13 +99,14 @@ std::optional<TimeChoice> GuessTime(const TablePreview& preview) {
     return std::nullopt;
 }
 
-/// Names for all columns, each but once and not empty.
+/// Names for all columns, each but once, not empty, and without the comma that lists of axes are
+/// kept with.
 std::vector<std::string> DistinctNames(const std::vector<std::string>& names) {
     std::vector<std::string> distinct;
     std::map<std::string, std::size_t> seen;
     for (const std::string& given : names) {
-        const std::string name =
-            given.empty() ? "column " + std::to_string(distinct.size() + 1) : given;
+        std::string name = given.empty() ? "column " + std::to_string(distinct.size() + 1) : given;
+        std::ranges::replace(name, ',', '_');
         std::string candidate = name;
         while (seen.contains(candidate)) {
             candidate = name + " (" + std::to_string(++seen[name]) + ")";
@@ -165,6 +168,13 @@ bool IsCycleTime(double seconds) {
 }
 
 Expected<TablePreview> PreviewTable(const std::string& path) {
+    // It is read more than once, from its beginning.
+    std::error_code failure;
+    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+    if (std::filesystem::exists(file, failure) &&
+        !std::filesystem::is_regular_file(file, failure)) {
+        return Fault{path + ": cannot be read"};
+    }
     auto bytes = TableBytes::Open(path);
     if (!bytes) {
         return bytes.Why();

@@ -36,7 +36,7 @@ struct TablePreview {
 
     std::string path;
     TableLayout layout;
-    std::vector<std::string> names;  ///< of all columns, each but once and not empty
+    std::vector<std::string> names;  ///< of all columns, each but once, not empty, without commas
     /// Per column: the rows hold texts there, no numbers. Such columns are not imported.
     std::vector<bool> is_text;
     std::vector<std::vector<std::string>> rows;  ///< as they stand in the text

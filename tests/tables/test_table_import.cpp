@@ -115,6 +115,8 @@ TEST_F(TableImports, PreviewShowsTheBeginning) {
     EXPECT_THAT(preview.rows,
                 ElementsAre(ElementsAre("1,5", "on", "2"), ElementsAre("2,5", "off", "3")));
     EXPECT_FALSE(preview.guess);
+    EXPECT_THAT(Preview("\"a,b\",,\"column 2\",a_b\n1,2,3,4\n").names,
+                ElementsAre("a_b", "column 2", "column 2 (2)", "a_b (2)"));
     std::string text = "a,b\n";
     for (int i = 0; i < 100; ++i) {
         text += "1,2\n";
@@ -152,6 +154,7 @@ TEST_F(TableImports, FilesThatAreNoTablesAreTold) {
     EXPECT_EQ(WhyNoPreview(std::string(1'000'000, ',')), "the table has more than 10000 columns");
     EXPECT_EQ(WhyNoPreview(std::string("a\0b\n", 4)),
               "line 1: there is a zero byte: this is no text");
+    EXPECT_EQ(PreviewTable(m_folder.path()).Why().text, m_folder.path() + ": cannot be read");
     const std::string missing = m_folder.File("none");
     EXPECT_EQ(PreviewTable(missing).Why().text, missing + ": no such file");
 }
@@ -194,6 +197,20 @@ TEST_F(TableImports, ATimeColumnTellsTheCycleTime) {
     EXPECT_THAT(reader->Gaps(), IsEmpty());
     EXPECT_THAT(m_notices, IsEmpty());
     EXPECT_THAT(Line(*reader, 4999), ElementsAre(4999.0));
+}
+
+TEST_F(TableImports, WhatHalscopeSavedTellsItsCycleTime) {
+    const std::string text =
+        "Sampling period is 250000 ns \n\nX +1.5 on +0.0 \nX +1.6 on +1.0 \nX +1.7 on +1.0 ";
+    RecordingReader* const reader = Import(text, Preview(text).guess);
+    ASSERT_NE(reader, nullptr);
+    EXPECT_EQ(reader->Head().cycle_time, 0.00025);
+    EXPECT_THAT(reader->Head().axis_names, ElementsAre("X", "on"));
+    EXPECT_EQ(reader->LineCount(), 3U);
+    EXPECT_THAT(Line(*reader, 2), ElementsAre(1.7, 1.0));
+    ASSERT_NE(Import("joint.0.pos;on;\n1.5;0;\n1.6;1;\n"), nullptr);
+    EXPECT_THAT(m_reader->Head().axis_names, ElementsAre("joint.0.pos", "on"));
+    EXPECT_THAT(m_notices, IsEmpty());
 }
 
 TEST_F(TableImports, WhereTheTimeJumpsLinesAreMissing) {
@@ -272,6 +289,7 @@ TEST_F(TableImports, GzipDataThatIsCutOffIsShownAsFarAsItIs) {
     EXPECT_THAT(Line(*m_reader, lines - 1)[0], static_cast<double>(lines - 1));
     ASSERT_EQ(m_notices.size(), 1U);
     EXPECT_THAT(m_notices[0], StartsWith("the file was cut off behind line "));
+    EXPECT_EQ(WhyNot(Gzipped("X,Y\n1,2").substr(0, 16)), "the gzip data is damaged or cut off");
     std::string damaged = packed;
     damaged[damaged.size() - 6] ^= 1;
     EXPECT_THAT(WhyNot(damaged), StartsWith("the gzip data is damaged behind line "));
