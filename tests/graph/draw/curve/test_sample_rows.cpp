@@ -102,7 +102,7 @@ TEST(SampleRows, AreThoseOfTheSamplesHoweverTheseMove) {
                     break;
                 default:
                     samples.Add(random() % 300);
-                    samples.Drop(std::min(samples.held.size() - 1, random() % 290));
+                    samples.Drop(std::min<std::size_t>(samples.held.size() - 1, random() % 290));
             }
             ASSERT_TRUE(samples.FollowedBy(rows, edges));
             samples.ExpectRows(rows, edges);
