@@ -95,7 +95,7 @@ class PlainLines {
 /// Lines as a machine makes them, with what no machine should make among them when `is_hostile`.
 inline std::vector<std::vector<double>> MakeLines(std::size_t axes, std::size_t count,
                                                   unsigned seed, bool is_hostile = false) {
-    std::mt19937 random(seed);
+    std::mt19937_64 random(seed);
     std::normal_distribution<double> noise(0.0, 0.01);
     std::vector<std::vector<double>> lines(count);
     for (std::size_t i = 0; i < count; ++i) {

@@ -306,7 +306,8 @@ TEST(TableBytes, FilesThatCannotBeReadAreNamed) {
     EXPECT_EQ(TableBytes::Open(missing).Why().text, missing + ": no such file");
     EXPECT_EQ(TableBytes::Open(folder.path()).Why().text, folder.path() + ": cannot be read");
     const std::string path = folder.File("m\xC3\xA4schine.csv");
-    std::ofstream(std::filesystem::path(std::u8string(path.begin(), path.end()))) << "a\n1\n";
+    std::ofstream(std::filesystem::path(std::u8string(path.begin(), path.end())), std::ios::binary)
+        << "a\n1\n";
     auto bytes = TableBytes::Open(path);
     ASSERT_TRUE(bytes);
     EXPECT_EQ((*bytes)->Size(), 4U);

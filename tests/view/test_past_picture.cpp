@@ -114,14 +114,14 @@ class PictureOfRecording {
 
 struct PictureShape {
     const char* name;
-    std::function<double(std::size_t, std::mt19937&)> value;
+    std::function<double(std::size_t, std::mt19937_64&)> value;
 };
 
 double At(std::size_t i) {
     return static_cast<double>(i);
 }
 
-double UnitNoise(std::mt19937& random) {
+double UnitNoise(std::mt19937_64& random) {
     return static_cast<double>(random() % 2001) / 1000.0 - 1.0;
 }
 
@@ -144,7 +144,7 @@ TEST(PastPicture, IsThatOfTheSegments) {
     constexpr std::size_t kLines = 40000;
     for (const PictureShape& shape : PictureShapes()) {
         for (const std::uint64_t lost : {0, 3000}) {
-            std::mt19937 random(11);
+            std::mt19937_64 random(11);
             std::vector<double> values;
             for (std::size_t i = 0; i < kLines; ++i) {
                 values.push_back(shape.value(i, random));
@@ -167,7 +167,7 @@ TEST(PastPicture, IsThatOfTheSegments) {
 }
 
 TEST(PastPicture, OfDerivativesToo) {
-    std::mt19937 random(12);
+    std::mt19937_64 random(12);
     std::vector<double> values;
     for (std::size_t i = 0; i < 20000; ++i) {
         values.push_back(0.004 * std::sin(0.002 * At(i)) + 1e-9 * UnitNoise(random));
@@ -185,7 +185,7 @@ TEST(PastPicture, OfDerivativesToo) {
 }
 
 TEST(PastPicture, ReadsOnlyWhatCanChangeAPixel) {
-    std::mt19937 random(13);
+    std::mt19937_64 random(13);
     std::vector<double> fast;
     std::vector<double> slow;
     for (std::size_t i = 0; i < 400000; ++i) {

@@ -59,7 +59,7 @@ class ListedHistory final : public History {
 };
 
 TEST(ConditionSearch, FindsWhatALookAtEveryLineFinds) {
-    std::mt19937 random(21);
+    std::mt19937_64 random(21);
     for (const unsigned rarity : {2U, 40U, 3000U}) {
         for (const std::int64_t piece : {300, 5000, 1 << 22}) {
             std::vector<double> above(20000);

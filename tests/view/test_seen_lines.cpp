@@ -98,7 +98,7 @@ TEST(SeenLines, WhatGrowsLeavesThemWhatShrinksTakesThemAlong) {
 }
 
 TEST(SeenLines, NeverLeaveWhatThereIs) {
-    std::mt19937 random(5);
+    std::mt19937_64 random(5);
     SeenLines lines = All();
     for (int i = 0; i < 20000; ++i) {
         const double part = static_cast<double>(random() % 1001) / 1000.0;

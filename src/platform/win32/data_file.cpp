@@ -131,7 +131,13 @@ class WindowsDataFiles final : public DataFileOperations {
         const Handle named = OpenToRead(path);
         BY_HANDLE_FILE_INFORMATION own{};
         BY_HANDLE_FILE_INFORMATION other{};
-        return named && ::GetFileInformationByHandle(ToHandle(file), &own) != 0 &&
+        FILE_STANDARD_INFO standard{};
+        // A file that was removed may keep its name until it is closed everywhere.
+        return named &&
+               ::GetFileInformationByHandleEx(ToHandle(file), FileStandardInfo, &standard,
+                                              sizeof standard) != 0 &&
+               standard.DeletePending == 0 &&
+               ::GetFileInformationByHandle(ToHandle(file), &own) != 0 &&
                ::GetFileInformationByHandle(named.get(), &other) != 0 &&
                own.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
                own.nFileIndexHigh == other.nFileIndexHigh &&

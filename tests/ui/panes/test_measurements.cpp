@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
+#include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QMainWindow>
@@ -290,8 +291,9 @@ TEST_F(Measured, IsSavedAsCommaSeparatedValues) {
     EXPECT_THAT(m_boxes, IsEmpty());
     QFile(path).resize(3);
     EXPECT_EQ(save(), "Cur") << "may not be replaced";
-    EXPECT_THAT(m_boxes, ElementsAre("file exist: file " + path.toStdString() +
-                                     " already exist, override ?"));
+    EXPECT_THAT(m_boxes,
+                ElementsAre("file exist: file " + QDir::toNativeSeparators(path).toStdString() +
+                            " already exist, override ?"));
     m_answer = BoxAnswer::kOk;
     EXPECT_EQ(save(), expected);
 }
@@ -318,7 +320,7 @@ TEST_F(Measured, IsRenewedByBatchesAtMostTwentyTimesASecond) {
 
 /// The values say which line they are of: so does what is read, whatever the user does.
 TEST_F(Measured, ReadsTheSamplesThatItStandsOnWhateverHappens) {
-    std::mt19937 random(7);
+    std::mt19937_64 random(7);
     const auto below = [&random](int end) { return static_cast<int>(random() % end); };
     WavoGraph short_one = GraphOf(2, "Y");
     short_one.Mode = GraphMode::kClassic;
