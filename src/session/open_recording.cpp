@@ -9,6 +9,11 @@ namespace wavo {
 
 namespace {
 
+std::uint64_t NextNumber() {
+    static std::uint64_t number = 0;
+    return ++number;
+}
+
 /// The place of a name among those of the axes; nothing when it is not there.
 std::optional<std::size_t> AxisOf(const recording::RecordingReader& reader,
                                   const std::string& name) {
@@ -62,7 +67,10 @@ std::optional<AxisCapabilities> RecordingSource::FindAxis(const std::string& nam
 }
 
 OpenRecording::OpenRecording(std::unique_ptr<recording::RecordingReader> reader)
-    : m_reader(std::move(reader)), m_source(*m_reader), m_graphs(m_reader->ReadGraphFile()) {}
+    : m_number(NextNumber()),
+      m_reader(std::move(reader)),
+      m_source(*m_reader),
+      m_graphs(m_reader->ReadGraphFile()) {}
 
 Expected<std::unique_ptr<OpenRecording>> OpenRecording::Open(const std::string& path) {
     auto reader = recording::RecordingReader::Open(path);

@@ -59,6 +59,8 @@ class OpenRecording {
     static Expected<std::unique_ptr<OpenRecording>> Open(const std::string& path);
 
     [[nodiscard]] const std::string& Path() const { return m_reader->path(); }
+    /// Tells it from every other one that was opened, also from one that has its address.
+    [[nodiscard]] std::uint64_t Number() const { return m_number; }
     [[nodiscard]] recording::RecordingReader& Reader() { return *m_reader; }
     [[nodiscard]] RecordingSource& Source() { return m_source; }
     /// What drawings may read until it is renewed.
@@ -84,6 +86,7 @@ class OpenRecording {
  private:
     explicit OpenRecording(std::unique_ptr<recording::RecordingReader> reader);
 
+    const std::uint64_t m_number;
     std::unique_ptr<recording::RecordingReader> m_reader;
     RecordingSource m_source;
     recording::ReadingBudget m_budget;

@@ -109,6 +109,14 @@ bool CursorInput::KeyPress(int key, Qt::KeyboardModifiers modifiers) {
             return MoveActive(-1, modifiers);
         case Qt::Key_Right:
             return MoveActive(1, modifiers);
+        default:
+            // With Ctrl letters belong to commands, also to those that cannot be used now.
+            return (modifiers & Qt::ControlModifier) == 0 && JumpActive(key, modifiers);
+    }
+}
+
+bool CursorInput::JumpActive(int key, Qt::KeyboardModifiers modifiers) {
+    switch (key) {
         case Qt::Key_P:
             return Jump(Measurements::Target::kPeak, modifiers);
         case Qt::Key_V:

@@ -49,6 +49,7 @@ class CursorInput {
 
     [[nodiscard]] std::optional<Grip> Meets(const QPoint& point) const;
     bool MoveActive(int direction, Qt::KeyboardModifiers modifiers);
+    bool JumpActive(int key, Qt::KeyboardModifiers modifiers);
     bool Jump(Measurements::Target target, Qt::KeyboardModifiers modifiers);
     bool JumpToTrigger();
 

@@ -40,15 +40,16 @@ void GraphPicture::Draw(GraphBoard& board, ColorRef background, bool restart, co
     m_band.PutOn(m_image, text);
 }
 
-void GraphPicture::CatchUp(GraphBoard& board) {
+bool GraphPicture::CatchUp(GraphBoard& board) {
     if (!m_is_behind) {
-        return;
+        return false;
     }
     m_is_behind = false;
     m_band.TakeOff(m_image);
     FillBlank(board);
     board.PaintAll(m_image);
     m_band.PutOn(m_image, m_text);
+    return true;
 }
 
 void GraphPicture::FillBlank(const GraphBoard& board) {

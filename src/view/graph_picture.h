@@ -38,9 +38,9 @@ class GraphPicture {
     void Draw(GraphBoard& board, ColorRef background, bool restart, const BandText& text = {},
               PixelWriting pixels = PixelWriting::kNow);
 
-    /// Brings the picture to what the last step shows. REQUIRES: the graphs are those of the last
-    /// step.
-    void CatchUp(GraphBoard& board);
+    /// Brings the picture to what the last step shows. True when that took drawing. REQUIRES: the
+    /// graphs are those of the last step.
+    bool CatchUp(GraphBoard& board);
 
     /// Copies the part `exposed` to the widget that `painter` paints.
     void CopyTo(QPainter& painter, const QRect& exposed) const;

@@ -129,8 +129,8 @@ bool GraphScreen::IsSeen() const {
 }
 
 void GraphScreen::CatchUp() {
-    if (!m_drawing && !m_picture.IsEmpty()) {
-        m_picture.CatchUp(m_board);
+    if (!m_drawing && !m_picture.IsEmpty() && m_picture.CatchUp(m_board) && m_past != nullptr) {
+        m_past->OnDrawn();  // these pixels may be coarse
     }
 }
 

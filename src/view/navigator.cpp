@@ -67,11 +67,14 @@ QColor Navigator::Background() const {
 }
 
 void Navigator::Renew() {
-    if (OpenRecording* const recording = m_session.Recording()) {
+    OpenRecording* const recording = m_session.Recording();
+    const std::uint64_t number = recording == nullptr ? 0 : recording->Number();
+    if (std::exchange(m_recording, number) != number) {
+        m_envelope.Clear();  // its stream goes
+    }
+    if (recording != nullptr) {
         setAccessibleName(QStringLiteral("Recording: ") +
                           WindowText(m_past.Window().Seen(), *recording));
-    } else {
-        m_envelope.Clear();  // its stream goes
     }
     update();
 }

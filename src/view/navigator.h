@@ -78,6 +78,7 @@ class Navigator : public QWidget {
     const std::function<SelectedCurve()> m_selected;
 
     Envelope m_envelope;
+    std::uint64_t m_recording = 0;  // that the envelope is of; 0: none
     Part m_dragged = Part::kNone;
     std::int64_t m_drag_from = 0;  // the line under the pointer
     LineRange m_drag_window;       // as it was then

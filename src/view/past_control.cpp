@@ -46,6 +46,9 @@ void PastControl::OnWindowChanged() {
         m_parts.screen.Resize();
     }
     m_overview->Renew();
+    if (is_recording) {
+        Q_EMIT m_parts.news.CommandsChanged();  // another graph has other triggers
+    }
 }
 
 Navigator::SelectedCurve PastControl::SelectedCurve() const {

@@ -97,19 +97,22 @@ void PastSearch::Execute(CommandId id) {
 
 std::int64_t PastSearch::Begin(bool forward) const {
     const LineRange& seen = m_past.Window().Seen();
+    // What ended the recording stands behind its last line.
+    const bool is_end_seen = seen.end == m_past.Window().Held().end;
+    const std::int64_t end = is_end_seen ? seen.end + 1 : seen.end;
     const std::optional<std::int64_t> mark = m_past.Mark();
-    if (mark && *mark >= seen.begin && *mark < seen.end) {
+    if (mark && *mark >= seen.begin && *mark < end) {
         return forward ? *mark + 1 : *mark;
     }
-    return forward ? seen.begin : seen.end;
+    return forward ? seen.begin : end;
 }
 
 void PastSearch::GoToTrigger(bool forward) {
     m_is_under_way = true;
     m_is_cancelled = false;
     m_begin = m_events_handled = m_clock();
-    const OpenRecording* const recording = m_session.Recording();
-    const LineRange lines = recording->Lines();
+    m_recording = m_session.Recording()->Number();
+    const LineRange lines = m_session.Recording()->Lines();
     const std::int64_t from = Begin(forward);
     const std::int64_t last = forward ? lines.end : lines.begin;
     const WavoGraph& graph = *Graph();
@@ -121,7 +124,7 @@ void PastSearch::GoToTrigger(bool forward) {
     const std::optional<std::int64_t> found = forward ? search.Next(from) : search.Previous(from);
     m_progress.reset();
     m_is_under_way = false;
-    if (m_session.Recording() != recording || search.WasEnded()) {
+    if (search.WasEnded()) {
         return;
     }
     if (found) {
@@ -149,7 +152,10 @@ bool PastSearch::GoOn(std::int64_t from, std::int64_t line, std::int64_t last) {
     }
     QCoreApplication::processEvents();
     m_events_handled = m_clock();
-    return !m_is_cancelled && (m_progress == nullptr || !m_progress->WasCancelled());
+    // An event may have closed the recording, and its streams with it.
+    const OpenRecording* const recording = m_session.Recording();
+    const bool is_there = recording != nullptr && recording->Number() == m_recording;
+    return is_there && !m_is_cancelled && (m_progress == nullptr || !m_progress->WasCancelled());
 }
 
 void PastSearch::GoToEvent(bool forward) {
@@ -179,7 +185,13 @@ void PastSearch::GoToEvent(bool forward) {
                                             : "No event before this place");
         return;
     }
-    const auto& [line, text] = forward ? *next : *std::prev(next);
+    const std::int64_t line = (forward ? next : std::prev(next))->first;
+    std::string text;
+    for (const auto& place : places) {
+        if (place.first == line) {
+            text += (text.empty() ? "" : "; ") + place.second;
+        }
+    }
     m_past.GoTo(line);
     m_session.Values().ShowHint(text);
 }

@@ -59,6 +59,7 @@ class PastSearch final : public CommandTarget {
 
     bool m_is_under_way = false;
     bool m_is_cancelled = false;
+    std::uint64_t m_recording = 0;               // that is searched
     std::unique_ptr<ExportProgress> m_progress;  // while it shows
     std::chrono::milliseconds m_begin{};
     std::chrono::milliseconds m_events_handled{};

@@ -15,8 +15,7 @@ namespace wavo {
 CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<ValueSource> source)
     : QWidget(parent),
       m_source(std::move(source)),
-      m_editor(std::make_unique<CAxSelect>(this, prompts, this,
-                                           [this] { Q_EMIT m_news.MeasureChanged(); })),
+      m_editor(std::make_unique<CAxSelect>(this, prompts, this, [this] { OnGraphShown(); })),
       m_display({*this, m_news, *m_editor, m_session, m_screen, m_past.Window(), m_zooms, m_mouse,
                  m_keys, m_data_export, m_measurements, prompts}),
       m_session(*m_source, m_board, m_display),
@@ -107,6 +106,13 @@ bool CWavoView::event(QEvent* event) {
         }
     }
     return (event->type() == QEvent::Wheel && m_past.TakeEvent(*event)) || QWidget::event(event);
+}
+
+void CWavoView::OnGraphShown() {
+    Q_EMIT m_news.MeasureChanged();
+    if (m_session.Recording() != nullptr) {
+        Q_EMIT m_news.CommandsChanged();  // another graph has other triggers
+    }
 }
 
 std::int64_t CWavoView::OnAppMessage(const AppMessageEvent& message) {

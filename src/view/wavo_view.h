@@ -73,6 +73,7 @@ class CWavoView : public QWidget {
     /// Messages of the graph editor.
     std::int64_t OnAppMessage(const AppMessageEvent& message);
     void ShowEditor(bool show);
+    void OnGraphShown();
 
     ViewNews m_news;
     std::unique_ptr<ValueSource> m_source;

@@ -174,6 +174,50 @@ TEST_F(Search, NeedsATriggerOfTheSelectedGraphAndARecording) {
     EXPECT_TRUE(m_view->Past().IsEnabled(CommandId::kNextEvent));
 }
 
+TEST_F(Search, EndsWithTheRecordingThatAnEventCloses) {
+    for (const bool opens_another : {false, true}) {
+        OpenPulses();
+        std::chrono::milliseconds now{};
+        PastSearch search(
+            m_view->Work(), m_view->Past().Window(),
+            [this] { return m_view->Editor().SelectedNumber(); }, *m_view,
+            [&now] { return now += std::chrono::milliseconds(30); });
+        QMetaObject::invokeMethod(
+            m_view.get(),
+            [&] {
+                Go(CommandId::kCloseRecording);
+                if (opens_another) {
+                    OpenSample();
+                }
+            },
+            Qt::QueuedConnection);
+        search.Execute(CommandId::kNextTrigger);
+        EXPECT_EQ(m_view->Work().Recording() != nullptr, opens_another);
+        EXPECT_EQ(Mark(), std::nullopt);
+    }
+}
+
+TEST_F(Search, ReachesWhatStandsBehindTheLastLine) {
+    const std::string path = PathOf("ended.mcap");
+    {
+        auto writer = recording::RecordingWriter::Create(path, testing::MakeHead(2), std::nullopt);
+        ASSERT_TRUE(writer.HasValue());
+        testing::Append(**writer, 0, testing::MakeLines(2, 1000, 3));
+        (*writer)->AddEvent({recording::kEventOverrun, 1000, 0, "the FIFO ran over"});
+        (*writer)->AddEvent({recording::kEventOverrun, 1000, 0, "the master has gone"});
+        testing::RequireNoFault((*writer)->Finish());
+    }
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    Go(CommandId::kPreviousEvent);
+    EXPECT_EQ(Mark(), 1000) << "from the end";
+    EXPECT_EQ(m_panes[0], "the FIFO ran over; the master has gone");
+    Go(CommandId::kNextEvent);
+    EXPECT_EQ(m_panes[0], "No event behind this place");
+    Go(CommandId::kPreviousEvent);
+    EXPECT_EQ(m_panes[0], "No event before this place");
+    EXPECT_EQ(Mark(), 1000);
+}
+
 TEST_F(Search, StepsThroughEventsAndGaps) {
     OpenPulses();
     Go(CommandId::kNextEvent);
