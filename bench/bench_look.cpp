@@ -69,7 +69,7 @@ WavoGraph MakeLookedAt() {
 class Looked {
  public:
     explicit Looked(const std::string& path) {
-        auto opened = OpenRecording::Open(path);
+        auto opened = OpenRecording::Open({path});
         if (!opened) {
             return;
         }
@@ -190,7 +190,7 @@ void OpenOnly(benchmark::State& state) {
         return;
     }
     for (auto _ : state) {
-        benchmark::DoNotOptimize(OpenRecording::Open(recording.path()).HasValue());
+        benchmark::DoNotOptimize(OpenRecording::Open({recording.path()}).HasValue());
     }
     bench::SetTimePerItem(state, 1);
     state.SetLabel("opening it");

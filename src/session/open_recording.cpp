@@ -66,18 +66,20 @@ std::optional<AxisCapabilities> RecordingSource::FindAxis(const std::string& nam
                             known.resolution};
 }
 
-OpenRecording::OpenRecording(std::unique_ptr<recording::RecordingReader> reader)
+OpenRecording::OpenRecording(RecordingToOpen opened,
+                             std::unique_ptr<recording::RecordingReader> reader)
     : m_number(NextNumber()),
+      m_opened(std::move(opened)),
       m_reader(std::move(reader)),
       m_source(*m_reader),
       m_graphs(m_reader->ReadGraphFile()) {}
 
-Expected<std::unique_ptr<OpenRecording>> OpenRecording::Open(const std::string& path) {
-    auto reader = recording::RecordingReader::Open(path);
+Expected<std::unique_ptr<OpenRecording>> OpenRecording::Open(RecordingToOpen opened) {
+    auto reader = recording::RecordingReader::Open(opened.path);
     if (!reader) {
         return reader.Why();
     }
-    return std::unique_ptr<OpenRecording>(new OpenRecording(std::move(*reader)));
+    return std::unique_ptr<OpenRecording>(new OpenRecording(std::move(opened), std::move(*reader)));
 }
 
 LineRange OpenRecording::Lines() const {

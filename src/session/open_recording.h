@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "link/axis_capabilities.h"
 #include "recording/recording_history.h"
@@ -53,12 +54,24 @@ class RecordingSource final : public ValueSource, private AxisLimitsSource {
     ValueSourceEvents* m_events = nullptr;
 };
 
+/// Which recording is opened, and what it is to the user.
+struct RecordingToOpen {
+    std::string path;                              ///< UTF-8
+    std::string source = {};                       ///< the file that it was made of; empty: none
+    std::vector<std::string> notices = {};         ///< what the user should know of that file
+    std::shared_ptr<const void> keeper = nullptr;  ///< goes when the recording is read no more
+};
+
 class OpenRecording {
  public:
-    /// `path` is UTF-8.
-    static Expected<std::unique_ptr<OpenRecording>> Open(const std::string& path);
+    static Expected<std::unique_ptr<OpenRecording>> Open(RecordingToOpen opened);
 
-    [[nodiscard]] const std::string& Path() const { return m_reader->path(); }
+    /// The file that the user has opened.
+    [[nodiscard]] const std::string& Path() const {
+        return m_opened.source.empty() ? m_opened.path : m_opened.source;
+    }
+    /// What the user should know of that file, beside the notices of the reader.
+    [[nodiscard]] const std::vector<std::string>& Notices() const { return m_opened.notices; }
     /// Tells it from every other one that was opened, also from one that has its address.
     [[nodiscard]] std::uint64_t Number() const { return m_number; }
     [[nodiscard]] recording::RecordingReader& Reader() { return *m_reader; }
@@ -84,9 +97,10 @@ class OpenRecording {
     bool Refresh();
 
  private:
-    explicit OpenRecording(std::unique_ptr<recording::RecordingReader> reader);
+    OpenRecording(RecordingToOpen opened, std::unique_ptr<recording::RecordingReader> reader);
 
     const std::uint64_t m_number;
+    const RecordingToOpen m_opened;  // goes behind the reader
     std::unique_ptr<recording::RecordingReader> m_reader;
     RecordingSource m_source;
     recording::ReadingBudget m_budget;

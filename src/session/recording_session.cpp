@@ -7,8 +7,8 @@
 
 namespace wavo {
 
-MaybeFault RecordingSession::Open(const std::string& path, const std::string& name) {
-    auto opened = OpenRecording::Open(path);
+MaybeFault RecordingSession::Open(RecordingToOpen recording, const std::string& name) {
+    auto opened = OpenRecording::Open(std::move(recording));
     if (!opened) {
         return opened.Why();
     }
@@ -17,7 +17,7 @@ MaybeFault RecordingSession::Open(const std::string& path, const std::string& na
         m_was_linked = m_source.IsPresent();
     }
     // The graphs refer to the former one until they are made anew.
-    const std::unique_ptr<OpenRecording> former = std::exchange(m_recording, std::move(*opened));
+    const std::shared_ptr<OpenRecording> former = std::exchange(m_recording, std::move(*opened));
     m_files.SetRecordingName(name);
     m_observer.RunStateChanged(false);
     m_source.Show(m_recording->Source());
@@ -31,7 +31,7 @@ void RecordingSession::Close() {
     if (m_recording == nullptr) {
         return;
     }
-    const std::unique_ptr<OpenRecording> former = std::exchange(m_recording, nullptr);
+    const std::shared_ptr<OpenRecording> former = std::exchange(m_recording, nullptr);
     m_files.SetRecordingName({});
     m_files.BringBack(std::exchange(m_before, {}));
     m_source.ShowLive(m_was_linked || m_settings.AutoConnect());

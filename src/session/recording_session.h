@@ -31,14 +31,16 @@ class RecordingSession {
           m_settings(settings),
           m_observer(observer) {}
 
-    /// Shows a recording, `path`, in place of the live values or of another recording. The graphs
-    /// stay; without any there is a default one. `name` stands in the title. A fault leaves all as
-    /// it was.
-    MaybeFault Open(const std::string& path, const std::string& name);
+    /// Shows a recording in place of the live values or of another recording. The graphs stay;
+    /// without any there is a default one. `name` stands in the title. A fault leaves all as it
+    /// was.
+    MaybeFault Open(RecordingToOpen recording, const std::string& name);
     /// Shows the live values again. Nothing when no recording is open.
     void Close();
     /// The one that is open; null for none.
     [[nodiscard]] OpenRecording* Current() const { return m_recording.get(); }
+    /// The same for work that goes on with it when it is closed meanwhile.
+    [[nodiscard]] std::shared_ptr<OpenRecording> Share() const { return m_recording; }
     /// Without graphs makes a default one, as the next batch does while values come live. Nothing
     /// when no recording is open.
     void AddGraphIfNone();
@@ -50,7 +52,7 @@ class RecordingSession {
     const SettingsStore& m_settings;
     SessionObserver& m_observer;
 
-    std::unique_ptr<OpenRecording> m_recording;
+    std::shared_ptr<OpenRecording> m_recording;
     GraphFiles::Kept m_before;
     bool m_was_linked = false;  // before the recording was opened
 };

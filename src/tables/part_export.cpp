@@ -44,7 +44,7 @@ PartExport::~PartExport() {
 Expected<std::unique_ptr<PartExport>> PartExport::Begin(recording::RecordingReader& reader,
                                                         LineSpan part, const PartFile& file) {
     if (reader.IsFile(file.path)) {
-        return Fault{"a recording cannot be exported onto itself"};
+        return Fault{kOntoItself};
     }
     std::unique_ptr<PartExport> made(new PartExport(reader, part, file));
     made->SkipGap();

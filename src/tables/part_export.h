@@ -30,6 +30,9 @@ namespace wavo::tables {
 
 enum class PartFormat { kRecording, kTable, kPackedTable };
 
+/// Why no recording is written onto itself.
+inline constexpr char kOntoItself[] = "a recording cannot be exported onto itself";
+
 /// Where a part is written to, and how.
 struct PartFile {
     std::string path;  ///< UTF-8

@@ -24,6 +24,7 @@ enum class CommandId : int {
     kPreviousTrigger = 32745,
     kNextEvent = 32746,
     kPreviousEvent = 32747,
+    kExportPart = 32748,
     kRecord = 32760,
     kStopRecording = 32761,
     kConnect = 32773,

@@ -106,6 +106,9 @@ void PastView::TellOfRecording() {
     m_notices = recording->Reader().Notices().size();
     recording->Source().Renew();
     std::string text = UnknownAxes();
+    for (const std::string& notice : recording->Notices()) {
+        text += (text.empty() ? "" : "; ") + notice;
+    }
     if (!recording->Reader().IsStillThere()) {
         text = "The file was removed or replaced: this is the one that was opened";
     } else if (m_notices > 0) {

@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QString>
 #include <algorithm>
+#include <utility>
 
 #include "platform/folders.h"
 #include "ui/prompts.h"
@@ -87,7 +88,7 @@ void RecordingFiles::Ask() {
         {QStringLiteral("Open Recording"), QString::fromStdString(initial), QStringLiteral("mcap"),
          QString::fromStdString(kRecordingFilter + all + kAllFilter)});
     if (chosen) {
-        Open(chosen->toStdString());
+        Open(chosen->toStdString(), OpenedFrom::kDialog);
     }
 }
 
@@ -98,21 +99,21 @@ bool RecordingFiles::IsRecording(const std::string& path) const {
            });
 }
 
-bool RecordingFiles::Open(const std::string& path) {
+bool RecordingFiles::Open(const std::string& path, OpenedFrom from) {
     const std::string absolute =
         platform::NativePath(InfoOf(path).absoluteFilePath().toStdString());
-    std::optional<std::string> recording = absolute;
+    std::optional<RecordingToOpen> recording(RecordingToOpen{absolute});
     const auto importer = std::ranges::find_if(
         m_importers, [&](const RecordingImporter& each) { return each.is_for(absolute); });
     if (importer != m_importers.end()) {
-        recording = importer->import(absolute);
+        recording = importer->import(absolute, from);
     }
     if (!recording) {
         return false;
     }
     m_follows = false;
     const std::string name = InfoOf(absolute).fileName().toStdString();
-    if (const MaybeFault fault = m_session.Recordings().Open(*recording, name)) {
+    if (const MaybeFault fault = m_session.Recordings().Open(std::move(*recording), name)) {
         m_prompts.ShowError(&m_parent, fault->text);
         return false;
     }

@@ -17,13 +17,19 @@ namespace wavo {
 
 struct Prompts;
 
+/// How the user came to open a file.
+enum class OpenedFrom {
+    kDialog,     ///< chosen among others
+    kElsewhere,  ///< on the command line, dropped, opened before
+};
+
 /// Makes recordings of files of another kind.
 struct RecordingImporter {
     std::string filter;                                   ///< of file dialogs: "Tables|*.csv|"
     std::function<bool(const std::string& path)> is_for;  ///< by the name of the file
-    /// The path of a recording that holds what the file does. Nothing when the user does not want
+    /// A recording that holds what the file does. Nothing when the user does not want
     /// it after all, or was told what is wrong. May show dialogs and take steps.
-    std::function<std::optional<std::string>(const std::string& path)> import;
+    std::function<std::optional<RecordingToOpen>(const std::string& path, OpenedFrom from)> import;
 };
 
 class RecordingFiles final : public CommandTarget {
@@ -47,7 +53,7 @@ class RecordingFiles final : public CommandTarget {
     [[nodiscard]] bool IsRecording(const std::string& path) const;
     /// Opens a recording, or a file that an importer is for. False, and the user was told why, when
     /// that failed.
-    bool Open(const std::string& path);
+    bool Open(const std::string& path, OpenedFrom from = OpenedFrom::kElsewhere);
 
     /// Where the recent recordings are found: the path of the newest for 0; empty for none.
     void SetRecent(std::function<std::string(int index)> recent) { m_recent = std::move(recent); }

@@ -91,7 +91,8 @@ void SessionDisplay::RunBegins(bool anew) {
 }
 
 void SessionDisplay::RunStateChanged(bool values_flow) {
-    m_parts.editor.SetAcquisitionRuns(values_flow);
+    // What is seen of a recording may be larger than any memory: its parts are exported.
+    m_parts.editor.SetAcquisitionRuns(values_flow || m_parts.session.Recording() != nullptr);
     CommandsChanged();
     Q_EMIT m_parts.news.MeasureChanged();
 }

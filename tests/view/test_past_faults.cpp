@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include "past_fixture.h"
+#include "platform/folders.h"
 
 namespace wavo {
 namespace {
@@ -164,11 +165,24 @@ TEST_F(PastFaults, AnImporterOpensFilesOfItsKind) {
     testing::WriteRecording(PathOf("made.mcap"), testing::MakeHead(1),
                             testing::MakeLines(1, 50, 1));
     std::string asked;
+    OpenedFrom asked_from = OpenedFrom::kDialog;
+    // Goes when the recording is closed, and can then remove its file on any system.
+    bool could_remove = false;
+    std::shared_ptr<const void> keeper(this, [&](const void*) {
+        could_remove = QFile::remove(QString::fromStdString(PathOf("made.mcap")));
+    });
     m_view->Past().Files().AddImporter(
         {"Tables|*.csv|", [](const std::string& path) { return path.ends_with(".csv"); },
-         [&](const std::string& path) -> std::optional<std::string> {
+         [&](const std::string& path, OpenedFrom from) -> std::optional<RecordingToOpen> {
              asked = path;
-             return asked.ends_with("no.csv") ? std::nullopt : std::optional(PathOf("made.mcap"));
+             asked_from = from;
+             if (asked.ends_with("no.csv")) {
+                 return std::nullopt;
+             }
+             return RecordingToOpen{PathOf("made.mcap"),
+                                    path,
+                                    {"line 3 is odd", "line 4 is, too"},
+                                    std::exchange(keeper, nullptr)};
          }});
     EXPECT_TRUE(m_view->Past().Files().IsRecording("a.csv"));
     EXPECT_TRUE(m_view->Past().Files().IsRecording("A.MCAP"));
@@ -177,16 +191,23 @@ TEST_F(PastFaults, AnImporterOpensFilesOfItsKind) {
     EXPECT_TRUE(m_view->Past().Files().Open(PathOf("table.csv")));
     EXPECT_EQ(asked,
               QDir::toNativeSeparators(QString::fromStdString(PathOf("table.csv"))).toStdString());
+    EXPECT_EQ(asked_from, OpenedFrom::kElsewhere);
+    EXPECT_THAT(m_panes[0], ::testing::EndsWith("line 3 is odd; line 4 is, too"));
     EXPECT_EQ(m_title, "table.csv - wavo.ini");
     EXPECT_EQ(Seen(), (LineRange{0, 50}));
     FileQuestion question;
     m_prompts.open_file = [&](QWidget*, const FileQuestion& put) {
         question = put;
-        return std::optional<QString>();
+        return std::optional(QString::fromStdString(PathOf("no.csv")));
     };
     m_view->Past().Execute(CommandId::kOpenRecording);
+    EXPECT_EQ(asked_from, OpenedFrom::kDialog);
+    EXPECT_EQ(question.initial_path.toStdString(), platform::NativePath(PathOf("table.csv")));
     EXPECT_EQ(question.caption, "Open Recording");
     EXPECT_EQ(question.filters, "Recordings|*.mcap|Tables|*.csv|All Files|*.*|");
+    EXPECT_FALSE(could_remove);
+    m_view->Past().Execute(CommandId::kCloseRecording);
+    EXPECT_TRUE(could_remove);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Going to where triggers fire, and from event to event.
 #include <gmock/gmock.h>
 
+#include <QFile>
 #include <map>
 #include <random>
 
@@ -121,6 +122,7 @@ class Search : public testing::PastFixture {
             lines.push_back({is_pulse ? 5.0 : 0.0, 1.0});
         }
         const std::string path = PathOf("pulses.mcap");
+        QFile::remove(QString::fromStdString(path));  // of the time before
         testing::WriteRecording(path, testing::MakeHead(2), lines, 0, 1000);
         ASSERT_TRUE(m_view->Past().Files().Open(path));
         WavoGraph graph = m_view->Work().Graphs().Graphs()[0];
@@ -187,6 +189,7 @@ TEST_F(Search, EndsWithTheRecordingThatAnEventCloses) {
             [&] {
                 Go(CommandId::kCloseRecording);
                 if (opens_another) {
+                    QFile::remove(QString::fromStdString(PathOf("night.mcap")));
                     OpenSample();
                 }
             },

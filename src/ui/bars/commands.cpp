@@ -11,6 +11,7 @@ constexpr CommandOwner kShell = CommandOwner::kShell;
 constexpr CommandOwner kRecording = CommandOwner::kRecording;
 constexpr CommandOwner kMeasure = CommandOwner::kMeasure;
 constexpr CommandOwner kRecorded = CommandOwner::kRecorded;
+constexpr CommandOwner kParts = CommandOwner::kParts;
 
 constexpr Command kCommandTable[] = {
     {CommandId::kNew, "new", "&New\tCtrl+N", "Begins without any graph\nNew"},
@@ -75,6 +76,8 @@ constexpr Command kCommandTable[] = {
      "Goes to the next event or gap of the recording\nNext event", kRecorded},
     {CommandId::kPreviousEvent, "previous_event", "Previous Even&t\tCtrl+Shift+F3",
      "Goes to the event or gap before\nPrevious event", kRecorded},
+    {CommandId::kExportPart, "export_part", "E&xport Part...\tCtrl+Shift+E",
+     "Writes a part of the recording to a file, as a recording or as a table\nExport part", kParts},
     {CommandId::kRecentRecording, "recent_recording", "Recent R&ecordings",
      "Opens this recording\nRecent recordings", kRecorded},
     {CommandId::kMeasurements, "measurements", "&Measurements\tCtrl+M",
@@ -101,11 +104,11 @@ constexpr CommandId kBasicCommands[] = {
 };
 
 constexpr CommandId kHarmlessCommands[] = {
-    CommandId::kOpen,         CommandId::kSaveAs,         CommandId::kPrint,
-    CommandId::kPageSetup,    CommandId::kPrintPreview,   CommandId::kProperties,
-    CommandId::kCustomize,    CommandId::kAdditionalText, CommandId::kShowGraphEditor,
-    CommandId::kAbout,        CommandId::kRecord,         CommandId::kOpenRecording,
-    CommandId::kMeasurements,
+    CommandId::kOpen,       CommandId::kSaveAs,         CommandId::kPrint,
+    CommandId::kPageSetup,  CommandId::kPrintPreview,   CommandId::kProperties,
+    CommandId::kCustomize,  CommandId::kAdditionalText, CommandId::kShowGraphEditor,
+    CommandId::kAbout,      CommandId::kRecord,         CommandId::kOpenRecording,
+    CommandId::kExportPart, CommandId::kMeasurements,
 };
 
 QString Part(const char* text, QChar separator, int index) {

@@ -18,6 +18,7 @@ enum class CommandOwner {
     kShell,
     kRecording,  ///< what records
     kRecorded,   ///< who looks at recordings
+    kParts,      ///< what writes parts of recordings
     kMeasure,
 };
 

@@ -145,6 +145,7 @@ bool FrameMenus::IsInShortMenu(const QAction& action) const {
                        [&](const Command& command) {
                            return (command.owner == CommandOwner::kRecording ||
                                    command.owner == CommandOwner::kRecorded ||
+                                   command.owner == CommandOwner::kParts ||
                                    command.owner == CommandOwner::kMeasure) &&
                                   is_action(command.id);
                        }) ||

@@ -66,6 +66,8 @@ constexpr MenuRow kMenuBar[] = {
     Item(1, CommandId::kNextEvent),
     Item(1, CommandId::kPreviousEvent),
     Separator(1),
+    Item(1, CommandId::kExportPart),
+    Separator(1),
     Item(1, CommandId::kRecentRecording),
     Menu(0, "Meas&ure"),
     Item(1, CommandId::kMeasurements),

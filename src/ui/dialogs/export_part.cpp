@@ -29,7 +29,7 @@ constexpr std::array<ControlRow, 8> kExportPartRows{{
     {PartNumber(ExportPartId::kVisible), ControlKind::kRadio, "the &visible part",
      "What the graphs show of the recording"},
     {PartNumber(ExportPartId::kMarked), ControlKind::kRadio, "the &marked part",
-     "What is marked in a graph"},
+     "From cursor A to cursor B, both included"},
     {PartNumber(ExportPartId::kEverything), ControlKind::kRadio, "&everything",
      "The whole recording"},
     {PartNumber(ExportPartId::kFormat), ControlKind::kCombo, "as:",

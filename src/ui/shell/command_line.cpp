@@ -97,7 +97,8 @@ CommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
     parser.addOptions({help, version, screenshot, after_lines});
     parser.addPositionalArgument(
         QStringLiteral("recording.mcap"),
-        QStringLiteral("Recording to look at in place of the live values."),
+        QStringLiteral(
+            "Recording or table (.csv, .csv.gz) to look at in place of the live values."),
         QStringLiteral("[recording.mcap]"));
     parser.addPositionalArgument(QStringLiteral("graphs.ini"),
                                  QStringLiteral("Graph file to open (default: the settings file)."),

@@ -67,7 +67,8 @@ CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings)
       m_menus(*this, *m_menu_dock, m_actions, m_bars, [this](CommandId id) { OnCommand(id); }),
       m_recent_files(settings),
       m_recent_recordings(settings, QStringLiteral("RecentRecordings")),
-      m_look(StoredLook(settings)) {
+      m_look(StoredLook(settings)),
+      m_tables(*this, *m_view, prompts, settings) {
     setWindowTitle(QStringLiteral("Wavo"));
     setWindowIcon(ProgramIcon());
     setCentralWidget(m_view);
@@ -111,6 +112,7 @@ void CMainFrame::ConnectView() {
         ShowRecentFiles(CommandId::kRecentRecording, m_recent_recordings);
     });
     connect(&m_view->News(), &ViewNews::QuitRequested, this, [this] {
+        m_tables.Cancel();
         StoreLayout();
         platform::CancelSystemDialogs();  // the toolkit ends its own ones only
         QCoreApplication::exit(0);
@@ -228,6 +230,8 @@ void CMainFrame::UpdateCommands() {
         } else if (command.owner == CommandOwner::kRecorded) {
             action->setEnabled(m_view->Past().IsEnabled(command.id));
             action->setChecked(m_view->Past().IsOn(command.id));
+        } else if (command.owner == CommandOwner::kParts) {
+            action->setEnabled(m_tables.IsEnabled(command.id));
         } else if (command.id == CommandId::kStatusBar) {
             action->setChecked(!statusBar()->isHidden());
         } else if (action->isCheckable()) {
@@ -260,6 +264,8 @@ void CMainFrame::OnCommand(CommandId id) {
         m_recording->Execute(id);
     } else if (command->owner == CommandOwner::kMeasure) {
         m_measure->Execute(id);
+    } else if (command->owner == CommandOwner::kParts) {
+        m_tables.Execute(id);
     } else {
         ExecuteOwn(id);
     }
@@ -325,6 +331,7 @@ bool CMainFrame::event(QEvent* event) {
 }
 
 void CMainFrame::closeEvent(QCloseEvent* event) {
+    m_tables.Cancel();
     m_view->OnClose();
     StoreLayout();
     event->accept();

@@ -18,6 +18,7 @@
 #include "ui/bars/recent_files.h"
 #include "ui/panes/measure_control.h"
 #include "ui/recording/recording_control.h"
+#include "ui/shell/table_control.h"
 #include "view/command_ids.h"
 
 class QLabel;
@@ -106,6 +107,7 @@ class CMainFrame : public QMainWindow {
     QLabel* m_panes[3] = {};
     std::unique_ptr<RecordingControl> m_recording;
     std::unique_ptr<MeasureControl> m_measure;
+    TableControl m_tables;
     bool m_has_stored_place = false;
     QAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
 };

@@ -61,6 +61,7 @@ void CWavoApp::InitInstance(const AppOptions& options) {
     if (options.screenshot.isEmpty()) {
         m_settings = std::make_unique<QSettings>();
     }
+    TableControl::RemoveLeftBehind();
     m_frame = std::make_unique<CMainFrame>(m_prompts, m_settings.get());
     WatchTermination();
     if (options.screenshot.isEmpty()) {

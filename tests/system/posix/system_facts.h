@@ -14,6 +14,10 @@ inline constexpr char kDataHome[] = "XDG_DATA_HOME";
 inline constexpr char kStateHome[] = "XDG_STATE_HOME";
 inline constexpr char kLogFolder[] = "Velk/";
 
+/// The same of the folder of large files that only a running program needs.
+inline constexpr char kCacheHome[] = "XDG_CACHE_HOME";
+inline constexpr char kCacheFolder[] = "Velk/";
+
 /// The toolkit's platform for end-to-end tests: the windows need no display.
 inline constexpr char kEndToEndPlatform[] = "offscreen";
 

@@ -13,6 +13,10 @@ inline constexpr char kDataHome[] = "WAVO_DATA_HOME";
 inline constexpr char kStateHome[] = "WAVO_DATA_HOME";
 inline constexpr char kLogFolder[] = "Velk/logs/";
 
+/// The same of the folder of large files that only a running program needs.
+inline constexpr char kCacheHome[] = "WAVO_DATA_HOME";
+inline constexpr char kCacheFolder[] = "Velk/cache/";
+
 /// The toolkit's platform for end-to-end tests: a program without real windows could not be asked
 /// to end.
 inline constexpr char kEndToEndPlatform[] = "windows";

@@ -91,6 +91,8 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "Next E&vent\tCtrl+F3", 32746},
         {1, "Previous Even&t\tCtrl+Shift+F3", 32747},
         {1, "-", 0},
+        {1, "E&xport Part...\tCtrl+Shift+E", 32748},
+        {1, "-", 0},
         {1, "Recent R&ecordings", 57632},
         {0, "Meas&ure", 0},
         {1, "&Measurements\tCtrl+M", 32720},
@@ -258,7 +260,8 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
                                                  {"Ctrl+Shift+R", 32761},  {"Ctrl+Shift+O", 32740},
                                                  {"Ctrl+Shift+W", 32741},  {"F3", 32744},
                                                  {"Shift+F3", 32745},      {"Ctrl+F3", 32746},
-                                                 {"Ctrl+Shift+F3", 32747}, {"Ctrl+M", 32720}};
+                                                 {"Ctrl+Shift+F3", 32747}, {"Ctrl+Shift+E", 32748},
+                                                 {"Ctrl+M", 32720}};
     EXPECT_EQ(shortcuts, expected);
 }
 
