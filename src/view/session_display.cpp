@@ -51,6 +51,13 @@ bool SessionDisplay::HasEditedGraphs() const {
     return m_parts.editor.IsInitialised();
 }
 
+void SessionDisplay::OnGraphShown() {
+    Q_EMIT m_parts.news.MeasureChanged();
+    if (m_parts.session.Recording() != nullptr) {
+        CommandsChanged();  // another graph has other triggers
+    }
+}
+
 void SessionDisplay::GraphsChanged() {
     // Changes that were announced before are in the graphs that are made now. Made once more after
     // its trigger has stopped it, a graph would get no values.

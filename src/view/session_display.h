@@ -41,6 +41,9 @@ class SessionDisplay final : public SessionObserver {
     };
     explicit SessionDisplay(const Parts& parts) : m_parts(parts) {}
 
+    /// To be told when the graph editor shows another graph.
+    void OnGraphShown();
+
     // SessionObserver
     void PaneTextChanged(StatusPane pane, const std::string& text) override;
     void TitleChanged(const std::string& title) override;

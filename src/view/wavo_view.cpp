@@ -15,7 +15,12 @@ namespace wavo {
 CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<ValueSource> source)
     : QWidget(parent),
       m_source(std::move(source)),
-      m_editor(std::make_unique<CAxSelect>(this, prompts, this, [this] { OnGraphShown(); })),
+      m_editor(std::make_unique<CAxSelect>(this, prompts, this,
+                                           [this] {
+                                               if (m_is_made) {
+                                                   m_display.OnGraphShown();
+                                               }
+                                           })),
       m_display({*this, m_news, *m_editor, m_session, m_screen, m_past.Window(), m_zooms, m_mouse,
                  m_keys, m_data_export, m_measurements, prompts}),
       m_session(*m_source, m_board, m_display),
@@ -47,6 +52,7 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
                  }},
                 prompts),
       m_commands(m_session, m_screen, *m_editor, m_printer, prompts, *this) {
+    m_is_made = true;
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(200, 80);
@@ -106,13 +112,6 @@ bool CWavoView::event(QEvent* event) {
         }
     }
     return (event->type() == QEvent::Wheel && m_past.TakeEvent(*event)) || QWidget::event(event);
-}
-
-void CWavoView::OnGraphShown() {
-    Q_EMIT m_news.MeasureChanged();
-    if (m_session.Recording() != nullptr) {
-        Q_EMIT m_news.CommandsChanged();  // another graph has other triggers
-    }
 }
 
 std::int64_t CWavoView::OnAppMessage(const AppMessageEvent& message) {

@@ -73,10 +73,10 @@ class CWavoView : public QWidget {
     /// Messages of the graph editor.
     std::int64_t OnAppMessage(const AppMessageEvent& message);
     void ShowEditor(bool show);
-    void OnGraphShown();
 
     ViewNews m_news;
     std::unique_ptr<ValueSource> m_source;
+    bool m_is_made = false;  // what the editor tells while it is made is told to nobody
     std::unique_ptr<CAxSelect> m_editor;  // a child; goes behind the session that it refers to
     SessionDisplay m_display;
     Session m_session;
