@@ -10,7 +10,7 @@
 #include "view/data_export.h"
 #include "view/graph_screen.h"
 #include "view/measurements.h"
-#include "view/past_view.h"
+#include "view/past_control.h"
 #include "view/view_keys.h"
 #include "view/view_mouse.h"
 #include "view/view_news.h"
@@ -72,7 +72,7 @@ void SessionDisplay::GraphsChanged() {
         ShowError(fault);
     }
     m_parts.session.Run().OnGraphsRebuilt();
-    m_parts.past.OnGraphsMade();
+    m_parts.past.Window().OnGraphsMade();
     m_parts.screen.DrawAndShow();
     CommandsChanged();
     Q_EMIT m_parts.news.MeasureChanged();
@@ -88,7 +88,7 @@ bool SessionDisplay::IsDrawing() const {
 }
 
 void SessionDisplay::RunBegins(bool anew) {
-    m_parts.past.Leave();
+    m_parts.past.Window().Leave();
     if (anew) {
         m_parts.zooms.Forget();  // the graphs begin anew, and so leave their zooms
     } else {

@@ -14,7 +14,7 @@ class CWavoView;
 class DataExport;
 class GraphScreen;
 class Measurements;
-class PastView;
+class PastControl;
 struct Prompts;
 class Session;
 class ViewKeys;
@@ -31,7 +31,7 @@ class SessionDisplay final : public SessionObserver {
         CAxSelect& editor;
         Session& session;
         GraphScreen& screen;
-        PastView& past;
+        PastControl& past;
         ZoomControl& zooms;
         ViewMouse& mouse;
         ViewKeys& keys;
