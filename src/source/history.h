@@ -106,7 +106,7 @@ class History {
         return false;
     }
     /// Looks at a column, the one of these lines, one step closer. kNotLoaded, and nothing changed,
-    /// when enough was read for now. REQUIRES: Outline gave the column; it is not exact.
+    /// when what a drawing may read is spent. REQUIRES: Outline gave the column; it is not exact.
     virtual HistoryAnswer LookCloser(const LineRange& /*lines*/, ColumnOutline& /*column*/) {
         return HistoryAnswer::kNotLoaded;
     }

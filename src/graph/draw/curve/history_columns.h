@@ -62,7 +62,7 @@ class HistoryColumns {
     [[nodiscard]] bool IsInDoubt(const PixelEdges& rows, std::size_t column) const;
     /// The way from a column to the next one may leave the rows that it covers.
     [[nodiscard]] bool MayLeave(std::size_t column) const;
-    /// False when the history has no more for now.
+    /// False when the history has spent what a drawing may read.
     bool LookCloser(const PixelEdges& rows);
     void SplitAtGaps(const LineRange& lines, std::vector<Piece>& pieces);
     void AddLines(const LineRange& lines, std::vector<Piece>& pieces);
