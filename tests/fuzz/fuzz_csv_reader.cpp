@@ -14,6 +14,7 @@
 #include <tuple>
 #include <vector>
 
+#include "check.h"
 #include "memory_data_files.h"
 #include "platform/process.h"
 #include "recording/recording_reader.h"
@@ -22,14 +23,6 @@
 
 namespace wavo::tables {
 namespace {
-
-#define CHECK(condition)                                                                 \
-    do {                                                                                 \
-        if (!(condition)) {                                                              \
-            std::fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition); \
-            std::abort();                                                                \
-        }                                                                                \
-    } while (false)
 
 /// Bytes that gzip makes of one, at most.
 constexpr std::size_t kMostUnpacked = 1100;

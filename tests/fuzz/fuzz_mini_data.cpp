@@ -2,12 +2,11 @@
 // size of reads; the rest is the file.
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "check.h"
 #include "memory_files.h"
 #include "support/diagnostics.h"
 #include "support/mini_data.h"
@@ -17,14 +16,6 @@ namespace {
 using wavo::MIniData;
 
 constexpr char kPath[] = "folder/fuzzed.ini";
-
-#define CHECK(condition)                                                                 \
-    do {                                                                                 \
-        if (!(condition)) {                                                              \
-            std::fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition); \
-            std::abort();                                                                \
-        }                                                                                \
-    } while (false)
 
 std::string Value(const MIniData& store, const std::string& section, const std::string& name) {
     std::string value;

@@ -5,26 +5,17 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "check.h"
 #include "master/pipe/line_cutter.h"
 #include "master/pipe/number_stream.h"
 
 namespace wavo::master {
 namespace {
-
-#define CHECK(condition)                                                                 \
-    do {                                                                                 \
-        if (!(condition)) {                                                              \
-            std::fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition); \
-            std::abort();                                                                \
-        }                                                                                \
-    } while (false)
 
 constexpr std::uint64_t kMostMissing = 50;
 
