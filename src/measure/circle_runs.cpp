@@ -53,7 +53,7 @@ class Motion {
     [[nodiscard]] double Fastest() const { return m_fastest; }
 
     /// The next run behind place `from`, where a seed of it is found.
-    std::optional<Stretch> NextRun(std::size_t from, double fastest) {
+    Steps<std::optional<Stretch>> NextRun(std::size_t from, double fastest) {
         const std::size_t stride = std::max<std::size_t>(m_window / 4, 1);
         const std::size_t low = std::max(from, m_first);
         for (std::size_t at = low; at + m_window <= m_end; at += stride) {
@@ -62,7 +62,11 @@ class Motion {
                 continue;
             }
             Grow(low, &run);
-            TakeMedians(run);
+            co_await Pause{};
+            m_run_speed = Median(m_speed, run);
+            co_await Pause{};
+            m_run_curvature = Median(m_curvature, run);
+            co_await Pause{};
             Grow(low, &run);
             while (run.first < run.end && !Holds(run.first)) {
                 ++run.first;
@@ -71,10 +75,10 @@ class Motion {
                 --run.end;
             }
             if (run.end > at + m_window / 2) {
-                return run;
+                co_return run;
             }
         }
-        return std::nullopt;
+        co_return std::nullopt;
     }
 
     /// Sign of the last run's curvature.
@@ -90,14 +94,10 @@ class Motion {
                    m_setup.curvature_tolerance * std::abs(m_run_curvature);
     }
 
-    void TakeMedians(const Stretch& run) {
-        const auto median = [&](const std::vector<double>& values) {
-            m_sorted.assign(values.begin() + static_cast<std::ptrdiff_t>(run.first - m_first),
-                            values.begin() + static_cast<std::ptrdiff_t>(run.end - m_first));
-            return MedianOf(m_sorted);
-        };
-        m_run_speed = median(m_speed);
-        m_run_curvature = median(m_curvature);
+    double Median(const std::vector<double>& values, const Stretch& run) {
+        m_sorted.assign(values.begin() + static_cast<std::ptrdiff_t>(run.first - m_first),
+                        values.begin() + static_cast<std::ptrdiff_t>(run.end - m_first));
+        return MedianOf(m_sorted);
     }
 
     bool IsSeed(const Stretch& window, double fastest) {
@@ -109,7 +109,8 @@ class Motion {
             *least <= 0.0) {
             return false;
         }
-        TakeMedians(window);
+        m_run_speed = Median(m_speed, window);
+        m_run_curvature = Median(m_curvature, window);
         if (m_run_speed <= kLeastShareOfFastest * fastest ||
             std::abs(m_run_curvature) <= kLeastCurvature) {
             return false;
@@ -248,8 +249,7 @@ Steps<std::vector<CircleRun>> RunsOf(PlanePath path, RunSetup setup) {
     std::vector<CircleRun> runs;
     for (Motion& motion : motions) {
         std::size_t from = 0;
-        while (const auto found = motion.NextRun(from, fastest)) {
-            co_await Pause{};
+        while (const auto found = co_await motion.NextRun(from, fastest)) {
             from = found->end;
             const Arc arc = ArcOf(x, y, *found);
             const auto circle = co_await FitCircleQuicklyInSteps({&arc, 1});

@@ -56,7 +56,7 @@ class CircleWatch final : public QObject {
 
  public:
     using Clock = std::chrono::steady_clock;
-    static constexpr std::chrono::microseconds kSlice{1500};
+    static constexpr std::chrono::microseconds kSlice{300};
     /// Of what stands still no more lines are evaluated at once.
     static constexpr std::int64_t kMostLines = 4'000'000;
 

@@ -131,7 +131,6 @@ void CirclePane::MakeControls() {
     figures.verticalHeader()->hide();
     figures.verticalHeader()->setDefaultSectionSize(figures.fontMetrics().height() + kPaneMargin);
     figures.horizontalHeader()->setHighlightSections(false);
-    figures.horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     figures.horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     for (const CirclePaneId id : {CirclePaneId::kRadius, CirclePaneId::kFeed}) {
         connect(&Control<QLineEdit>(id), &QLineEdit::textChanged, this, [this] { TakeQuestion(); });
@@ -359,33 +358,57 @@ void CirclePane::Refresh() {
 
 void CirclePane::ShowFigures(const report::CircleVerdict& verdict) {
     auto& table = Control<QTableWidget>(CirclePaneId::kFigures);
-    table.setRowCount(static_cast<int>(verdict.figures.size()));
-    for (int row = 0; row < table.rowCount(); ++row) {
+    const int rows = static_cast<int>(verdict.figures.size());
+    const bool is_new = table.rowCount() != rows;
+    if (is_new) {
+        table.setRowCount(rows);
+        for (int row = 0; row < rows; ++row) {
+            for (int column = 0; column < table.columnCount(); ++column) {
+                table.setItem(row, column, new QTableWidgetItem);
+            }
+            table.item(row, 1)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        }
+    }
+    QFont bold = table.font();
+    bold.setBold(true);
+    for (int row = 0; row < rows; ++row) {
         const auto place = static_cast<std::size_t>(row);
         const measure::NamedFigure& figure = verdict.figures[place];
         const auto judged =
             std::ranges::find(verdict.judgement.judged, place, &measure::Judged::figure);
         const bool has_limit = judged != verdict.judgement.judged.end();
+        const bool is_wrong = has_limit && judged->verdict != measure::Verdict::kPass;
         const QString texts[] = {
             QString::fromStdString(figure.name), report::DisplayValue(figure),
             has_limit ? QString::fromStdString(measure::TextOf(judged->limit, figure.decimals))
                       : QString(),
             has_limit ? QString::fromStdString(measure::TextOf(judged->verdict)) : QString()};
+        const QString tool_tip =
+            QString::fromStdString(figure.name + ", " + figure.symbol +
+                                   (figure.figure ? "" : ": " + figure.figure.reason));
         for (int column = 0; column < table.columnCount(); ++column) {
-            auto* const item = new QTableWidgetItem(texts[column]);
-            item->setToolTip(
-                QString::fromStdString(figure.name + ", " + figure.symbol +
-                                       (figure.figure ? "" : ": " + figure.figure.reason)));
-            if (column == 1) {
-                item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+            QTableWidgetItem& item = *table.item(row, column);
+            // What is set lays the table out anew, which takes longer than all the figures.
+            if (item.text() != texts[column]) {
+                item.setText(texts[column]);
             }
-            if (has_limit && judged->verdict != measure::Verdict::kPass) {
-                QFont font = table.font();
-                font.setBold(true);
-                item->setFont(font);
+            if (item.toolTip() != tool_tip) {
+                item.setToolTip(tool_tip);
             }
-            table.setItem(row, column, item);
+            if (item.font().bold() != is_wrong) {
+                item.setFont(is_wrong ? bold : table.font());
+            }
         }
+    }
+    if (is_new) {
+        FitColumns();
+    }
+}
+
+void CirclePane::FitColumns() {
+    auto& table = Control<QTableWidget>(CirclePaneId::kFigures);
+    for (int column = 1; column < table.columnCount(); ++column) {
+        table.resizeColumnToContents(column);
     }
 }
 
@@ -428,6 +451,7 @@ void CirclePane::EditLimits() {
         m_limits = dialog.Limits();
         Store();
         Refresh();
+        FitColumns();
     }
 }
 

@@ -63,6 +63,8 @@ class CirclePane : public QWidget {
     void TakeQuestion();
     void ShowStep(std::optional<double> step);
     void ShowFigures(const report::CircleVerdict& verdict);
+    /// Not with every turn: columns that change their widths cannot be read.
+    void FitColumns();
     void ShowNotes(const report::CircleVerdict& verdict);
     [[nodiscard]] report::CircleReport Report() const;
     [[nodiscard]] QString StateText() const;
@@ -73,7 +75,7 @@ class CirclePane : public QWidget {
     const QString m_made_by;
     PolarView* m_polar = nullptr;    // child
     QBoxLayout* m_layout = nullptr;  // owned by the pane
-    bool m_is_loading = false;     ///< what changes is not the user's doing
+    bool m_is_loading = false;       ///< what changes is not the user's doing
     measure::Limits m_limits;
     std::optional<double> m_step;  ///< um per grid circle; else chosen
     double m_shown_step = 1.0;     ///< that the picture has
