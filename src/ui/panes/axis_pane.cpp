@@ -134,6 +134,7 @@ void AxisPane::MakeControls() {
     moves.setSelectionMode(QAbstractItemView::SingleSelection);
     moves.setTabKeyNavigation(false);
     moves.verticalHeader()->hide();
+    moves.verticalHeader()->setDefaultSectionSize(moves.fontMetrics().height() + kAxisMargin);
     connect(&moves, &QTableWidget::cellClicked, this, [this](int row) { OnMoveClicked(row); });
     connect(&moves, &QTableWidget::itemActivated, this,
             [this](const QTableWidgetItem* item) { OnMoveClicked(item->row()); });
