@@ -80,15 +80,21 @@ void Acquisition::Described(bool by_itself) {
         return;  // all is known
     }
     m_is_new = true;
-    // Buffers count in cycles: those of another cycle time hold other times.
-    if (description.cycle_time != m_cycle_time) {
-        m_streams.Drop();
-        m_cycle_time = description.cycle_time;
-    }
-    char text[64];
-    std::snprintf(text, sizeof text, "cycl. time=%.5fs", description.cycle_time);
-    m_observer.PaneTextChanged(StatusPane::kCycleTime, text);
+    m_streams.SetCycleTime(description.cycle_time);
+    ShowCycleTime();
     InitialiseEditor();
+}
+
+void Acquisition::ShowCycleTime() {
+    char text[64];
+    std::snprintf(text, sizeof text, "cycl. time=%.5fs", CycleTime());
+    m_observer.PaneTextChanged(StatusPane::kCycleTime, text);
+}
+
+void Acquisition::TakeUp() {
+    ShowCycleTime();
+    StateChanged();
+    RebuildGraphs();
 }
 
 void Acquisition::StateChanged() {

@@ -4,6 +4,7 @@
 
 #include "session/acquisition.h"
 #include "session/settings_store.h"
+#include "session/value_streams.h"
 
 namespace wavo {
 
@@ -13,8 +14,7 @@ MaybeFault RecordingSession::Open(RecordingToOpen recording, const std::string& 
         return opened.Why();
     }
     if (m_recording == nullptr) {
-        m_before = m_files.Keep();
-        m_was_linked = m_source.IsPresent();
+        SetLiveAside();
     }
     // The graphs refer to the former one until they are made anew.
     const std::shared_ptr<OpenRecording> former = std::exchange(m_recording, std::move(*opened));
@@ -27,14 +27,29 @@ MaybeFault RecordingSession::Open(RecordingToOpen recording, const std::string& 
     return std::nullopt;
 }
 
+void RecordingSession::SetLiveAside() {
+    m_was_linked = m_source.IsPresent();
+    m_before = m_files.Keep();
+    m_settings.Keep();
+    m_observer.LiveGraphsLeave();
+    m_streams.SetAside();
+}
+
 void RecordingSession::Close() {
     if (m_recording == nullptr) {
         return;
     }
     const std::shared_ptr<OpenRecording> former = std::exchange(m_recording, nullptr);
     m_files.SetRecordingName({});
+    m_source.ShowLive();
+    m_settings.BringBack();
+    m_streams.BringBack();
+    m_observer.LiveGraphsComeBack();
     m_files.BringBack(std::exchange(m_before, {}));
-    m_source.ShowLive(m_was_linked || m_settings.AutoConnect());
+    m_acquisition.TakeUp();
+    if (m_was_linked || m_settings.AutoConnect()) {
+        m_source.TakeUp();
+    }
     m_files.ShowRunTitle();
     m_observer.RunStateChanged(m_acquisition.IsRunning());
 }

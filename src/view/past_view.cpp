@@ -50,6 +50,7 @@ void PastView::OnGraphsMade() {
     m_buffers.clear();
     OpenRecording* const recording = m_session.Recording();
     if (recording == nullptr) {
+        m_live.reset();
         m_is_shown = false;
         m_recording = nullptr;
         m_steps.clear();
@@ -67,6 +68,26 @@ void PastView::OnGraphsMade() {
     m_origin = recording->Lines().begin;
     TellOfRecording();
     Apply();
+}
+
+void PastView::SetLiveAside() {
+    if (m_is_shown) {
+        m_live =
+            OfLive{m_window, m_origin, std::exchange(m_steps, {}), std::exchange(m_buffers, {})};
+    }
+}
+
+void PastView::OnLiveBack() {
+    std::optional<OfLive> kept = std::exchange(m_live, std::nullopt);
+    OnGraphsMade();
+    if (kept) {
+        m_is_shown = true;
+        m_window = kept->window;
+        m_origin = kept->origin;
+        m_steps = std::move(kept->steps);
+        m_buffers = std::move(kept->buffers);
+        m_changed();
+    }
 }
 
 void PastView::Leave() {

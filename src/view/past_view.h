@@ -38,6 +38,10 @@ class PastView final : public PastDrawing {
 
     /// The graphs were made anew; not drawn yet. Those of a recording show what they showed.
     void OnGraphsMade();
+    /// The live graphs are set aside for those of a recording: keeps what of their past is shown.
+    void SetLiveAside();
+    /// They are back as they were.
+    void OnLiveBack();
     /// Values flow again: graphs that showed their buffers' past are live; not drawn yet.
     void Leave();
 
@@ -84,6 +88,13 @@ class PastView final : public PastDrawing {
     void PaintMarks(QPainter& painter) override;
 
  private:
+    /// Where the live graphs that stand still were moved to.
+    struct OfLive {
+        SeenLines window;
+        std::int64_t origin;
+        std::vector<LineRange> steps;
+        std::map<GraphValue*, RingHistory> buffers;
+    };
     struct Drag {
         QPoint from;
         LineRange seen;
@@ -121,8 +132,9 @@ class PastView final : public PastDrawing {
     std::optional<std::int64_t> m_mark;
     std::optional<Drag> m_drag;
     std::map<GraphValue*, RingHistory> m_buffers;
-    std::size_t m_notices = 0;   // of the recording, that were told
-    bool m_is_going_on = false;  // another drawing is on its way
+    std::optional<OfLive> m_live;  // while a recording is open
+    std::size_t m_notices = 0;     // of the recording, that were told
+    bool m_is_going_on = false;    // another drawing is on its way
 };
 
 }  // namespace wavo

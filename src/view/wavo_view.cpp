@@ -21,8 +21,8 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
                                                    m_display.OnGraphShown();
                                                }
                                            })),
-      m_display({*this, m_news, *m_editor, m_session, m_screen, m_past, m_zooms, m_mouse, m_keys,
-                 m_data_export, m_measurements, prompts}),
+      m_display({*this, m_news, *m_editor, m_session, m_board, m_screen, m_past, m_zooms, m_mouse,
+                 m_keys, m_data_export, m_measurements, prompts}),
       m_session(*m_source, m_board, m_display),
       m_board(m_session.Graphs(), m_session.Streams(),
               [this] { SendAppMessage(window(), AppMessage::kRecordingEnded, 0, 0); }),

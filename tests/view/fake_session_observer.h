@@ -76,6 +76,8 @@ class FakeHost : public SessionObserver {
             ShowError(fault);
         }
     }
+    void LiveGraphsLeave() override { board->SetAside(); }
+    void LiveGraphsComeBack() override {}
     void ValuesArrived() override {
         happened.emplace_back("draw");
         if (on_draw) {

@@ -120,20 +120,6 @@ TEST_F(PastFaults, ADamagedChunkIsAGapAndTold) {
     EXPECT_FALSE(m_view->Screen().Picture().isNull()) << "a gap longer than the window";
 }
 
-TEST_F(PastFaults, AZoomAndATriggerAreNoHindrance) {
-    WavoGraph graph = m_view->Work().Graphs().Graphs()[0];
-    graph.Triggers = {{TriggerTypeCode::kStopAbove, 2.0, "X"}};
-    m_view->Work().Graphs().Put(graph);
-    Give(1.0, 100);
-    EXPECT_EQ(Graph().State(), RunState::kStoppedAfterStop);
-    m_view->Zooms().ZoomGraph(0, 0.1, 0.3);
-    OpenSample();
-    EXPECT_FALSE(Graph().Zoom().active);
-    m_view->Past().Execute(CommandId::kCloseRecording);
-    EXPECT_EQ(Graph().State(), RunState::kWaitingForStop);
-    EXPECT_FALSE(m_view->Past().Window().IsShown());
-}
-
 TEST_F(PastFaults, ABoxThatStandsOpenIsNoHindrance) {
     int boxes = 0;
     m_prompts.box = [&](QWidget*, const Box&) {
