@@ -119,22 +119,48 @@ std::string PastView::UnknownAxes() const {
     return text;
 }
 
+std::string PastView::WhatIsWrong() const {
+    OpenRecording& recording = *m_session.Recording();
+    const std::vector<std::string>& noticed = recording.Reader().Notices();
+    if (!recording.Reader().IsStillThere()) {
+        return "The file was removed or replaced: this is the one that was opened";
+    }
+    if (!noticed.empty()) {
+        return noticed.back();
+    }
+    std::string text = UnknownAxes();
+    for (const std::string& notice : recording.Notices()) {
+        text += (text.empty() ? "" : "; ") + notice;
+    }
+    return text;
+}
+
 void PastView::TellOfRecording() {
     OpenRecording* const recording = m_session.Recording();
     if (recording == nullptr) {
         return;
     }
     m_notices = recording->Reader().Notices().size();
-    recording->Source().Renew();
-    std::string text = UnknownAxes();
-    for (const std::string& notice : recording->Notices()) {
-        text += (text.empty() ? "" : "; ") + notice;
+    recording->RenewText();
+    m_told_wrong = WhatIsWrong();
+    m_told_state = recording->Source().StateText();
+    m_tells_place = false;
+    m_session.Values().ShowHint(m_told_wrong);
+}
+
+void PastView::TellNews() {
+    OpenRecording& recording = *m_session.Recording();
+    recording.RenewText();
+    const std::string wrong = WhatIsWrong();
+    const bool is_state_new =
+        wrong.empty() && !m_tells_place && recording.Source().StateText() != m_told_state;
+    if (wrong != m_told_wrong || is_state_new) {
+        TellOfRecording();
     }
-    if (!recording->Reader().IsStillThere()) {
-        text = "The file was removed or replaced: this is the one that was opened";
-    } else if (m_notices > 0) {
-        text = recording->Reader().Notices().back();
-    }
+}
+
+void PastView::TellOfPlace(const std::string& text) {
+    m_tells_place = true;
     m_session.Values().ShowHint(text);
 }
 
@@ -245,6 +271,7 @@ void PastView::Apply() {
 }
 
 void PastView::ApplyAndDraw() {
+    m_tells_place = false;
     Apply();
     m_screen.DrawAndShow();
 }
@@ -283,11 +310,17 @@ bool PastView::MoveBy(double windows) {
 }
 
 bool PastView::MoveToBegin() {
-    return Do([&] { m_window.MoveToBegin(); });
+    return Do([&] {
+        TakeInNews();
+        m_window.MoveToBegin();
+    });
 }
 
 bool PastView::MoveToEnd() {
-    return Do([&] { m_window.MoveToEnd(); });
+    return Do([&] {
+        TakeInNews();
+        m_window.MoveToEnd();
+    });
 }
 
 bool PastView::Show(const LineRange& lines) {
@@ -335,23 +368,37 @@ void PastView::GoTo(std::int64_t line) {
     ApplyAndDraw();
 }
 
-void PastView::OnLinesChanged(bool follow) {
-    if (m_recording == nullptr) {
-        return;
+bool PastView::TakeInNews() {
+    OpenRecording* const recording = m_session.Recording();
+    if (recording == nullptr || recording != m_recording || !recording->Refresh()) {
+        return false;
     }
     const bool was_all = m_window.IsAllSeen();
-    m_window.SetHeld(m_session.Recording()->Lines());
+    m_window.SetHeld(recording->Lines());
     if (was_all) {
         m_window.Show(m_window.Held());
-    } else if (follow) {
-        m_window.MoveToEnd();
     }
-    ApplyAndDraw();
+    m_session.CommandsChanged();  // it may have come to its end
+    return true;
+}
+
+void PastView::Refresh(bool follow) {
+    if (m_session.Recording() == nullptr) {
+        return;
+    }
+    if (TakeInNews()) {
+        if (follow) {
+            m_window.MoveToEnd();
+        }
+        Apply();
+        m_screen.DrawAndShow();
+    }
+    TellNews();
 }
 
 bool PastView::BeginDrag(const QPoint& point) {
     const GraphDraw* const drawer = GraphAt(point);
-    if (!Begin(drawer) || !IsOverTime(*drawer)) {
+    if (drawer == nullptr || !IsOverTime(*drawer) || !Begin(drawer)) {
         return false;
     }
     m_drag = Drag{point, m_window.Seen(), std::max(1, drawer->PlotArea().width() - 1)};
@@ -377,7 +424,7 @@ void PastView::OnDrawn() {
     if (m_session.Recording() != nullptr) {
         m_session.Recording()->Budget().Renew(kFrameBudget);
         if (m_session.Recording()->Reader().Notices().size() != m_notices) {
-            TellOfRecording();
+            TellNews();
         }
     }
     if (m_is_going_on || m_board.IsExact() || !m_screen.IsSeen()) {

@@ -70,8 +70,9 @@ class PastView final : public PastDrawing {
     void GoTo(std::int64_t line);
     [[nodiscard]] std::optional<std::int64_t> Mark() const { return m_mark; }
 
-    /// There are other lines than before: the window stays, or with `follow` goes to their end.
-    void OnLinesChanged(bool follow);
+    /// Takes in what was written to the recording since: the window stays, or with `follow` goes to
+    /// the end. Shown, and told, if there is any news.
+    void Refresh(bool follow);
 
     /// Lets a drag begin at a point; the window follows it until EndDrag. False, all three: there
     /// is nothing to drag.
@@ -81,6 +82,8 @@ class PastView final : public PastDrawing {
 
     /// Says in the status bar what is wrong with the recording, if it is.
     void TellOfRecording();
+    /// Says what was found there instead, until the window is moved or there is other news.
+    void TellOfPlace(const std::string& text);
 
     // PastDrawing
     void OnDrawn() override;
@@ -112,6 +115,10 @@ class PastView final : public PastDrawing {
     [[nodiscard]] ShownHistory HistoryOf(const GraphDraw& drawer);
     /// Axes that graphs have and the recording has not, in words; empty when there are none.
     [[nodiscard]] std::string UnknownAxes() const;
+    [[nodiscard]] std::string WhatIsWrong() const;
+    void TellNews();
+    /// Takes in what was written since. False when that is nothing.
+    bool TakeInNews();
     /// Gives the window to the graphs.
     void Apply();
     void ApplyAndDraw();
@@ -133,6 +140,9 @@ class PastView final : public PastDrawing {
     std::optional<Drag> m_drag;
     std::map<GraphValue*, RingHistory> m_buffers;
     std::optional<OfLive> m_live;  // while a recording is open
+    std::string m_told_wrong;      // of the recording
+    std::string m_told_state;      // of its source
+    bool m_tells_place = false;    // in place of these
     std::size_t m_notices = 0;     // of the recording, that were told
     bool m_is_going_on = false;    // another drawing is on its way
 };

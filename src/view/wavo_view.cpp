@@ -111,7 +111,9 @@ bool CWavoView::event(QEvent* event) {
             return true;
         }
     }
-    return (event->type() == QEvent::Wheel && m_past.TakeEvent(*event)) || QWidget::event(event);
+    const bool is_of_past =
+        event->type() == QEvent::Wheel || event->type() == QEvent::WindowActivate;
+    return (is_of_past && m_past.TakeEvent(*event)) || QWidget::event(event);
 }
 
 std::int64_t CWavoView::OnAppMessage(const AppMessageEvent& message) {

@@ -2,17 +2,21 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "file_surgery.h"
 #include "memory_data_files.h"
+#include "platform/folders.h"
 #include "recording/checksum.h"
 #include "recording/json_text.h"
 #include "recording/layout.h"
+#include "recording/recording_names.h"
 #include "recording/utc_text.h"
 #include "sample_recording.h"
+#include "temporary_folder.h"
 
 namespace wavo::recording {
 namespace {
@@ -29,6 +33,31 @@ TEST(Checksum, IsTheUsualOneAndCombines) {
     const std::uint64_t far = std::uint64_t{5} << 30U;
     const std::uint32_t first = CombineCrc32(0x12345678, 0, far / 2);
     EXPECT_EQ(CombineCrc32(0x12345678, 0, far), CombineCrc32(first, 0, far / 2));
+}
+
+TEST(Names, NeighboursAreFoundByTheirNumbers) {
+    const testing::TemporaryFolder folder;
+    for (const char* name : {"night.mcap", "night-2.mcap", "night-5.mcap", "night-05.mcap",
+                             "nightly.mcap", "night-6.csv", "2025-08.mcap", "2025-9.mcap"}) {
+        std::ofstream(folder.File(name)) << "x";
+    }
+    const auto around = [&folder](const char* name) {
+        return NeighboursOf(platform::NativePath(folder.File(name)));
+    };
+    const auto path = [&folder](const char* name) {
+        return platform::NativePath(folder.File(name));
+    };
+    EXPECT_EQ(around("night.mcap"), (Neighbours{{}, path("night-2.mcap")}));
+    EXPECT_EQ(around("night-2.mcap"), (Neighbours{path("night.mcap"), path("night-5.mcap")}));
+    EXPECT_EQ(around("night-5.mcap"), (Neighbours{path("night-2.mcap"), {}}));
+    EXPECT_EQ(around("night-3.mcap"), (Neighbours{path("night-2.mcap"), path("night-5.mcap")}))
+        << "one that was removed";
+    EXPECT_EQ(around("night-05.mcap"), Neighbours{}) << "a name of its own";
+    EXPECT_EQ(around("nightly.mcap"), Neighbours{});
+    EXPECT_EQ(around("2025-08.mcap"), Neighbours{});
+    EXPECT_EQ(around("night-6.csv"), Neighbours{});
+    EXPECT_EQ(NeighboursOf(".mcap"), Neighbours{});
+    EXPECT_EQ(NeighboursOf(""), Neighbours{});
 }
 
 TEST(Json, TextsKeepTheirCharacters) {

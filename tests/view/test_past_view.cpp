@@ -265,6 +265,21 @@ TEST_F(Past, AStoppedGraphMovesWithinWhatItHolds) {
     EXPECT_EQ(m_view->Screen().Picture(), stopped);
 }
 
+TEST_F(Past, TheMiddleButtonOverAnXyGraphMovesNothing) {
+    Give(0.0, 300);
+    WavoGraph graph = m_view->Work().Graphs().Graphs()[0];
+    graph.XCoorType = CoorType::kAxis;
+    graph.XCoorAxName = "Y";
+    m_view->Work().Graphs().Put(graph);
+    m_view->Commands().Execute(CommandId::kStop);
+    const QPoint from = Graph().PlotArea().center();
+    QTest::mousePress(m_view.get(), Qt::MiddleButton, {}, from);
+    EXPECT_FALSE(m_view->Past().Window().IsShown());
+    EXPECT_FALSE(m_view->Past().Window().DragTo(from - QPoint(50, 0)));
+    QTest::mouseRelease(m_view.get(), Qt::MiddleButton, {}, from);
+    EXPECT_FALSE(Graph().Past().has_value());
+}
+
 TEST_F(Past, StartLeavesThePast) {
     Give(0.0, 300);
     m_view->Commands().Execute(CommandId::kStop);

@@ -103,6 +103,7 @@ std::optional<RecordingToOpen> TableControl::Import(const std::string& path, Ope
 
 void TableControl::Export() {
     const FlagScope busy(m_is_busy);
+    m_view.Past().Files().Refresh();
     const std::shared_ptr<OpenRecording> recording = m_view.Work().Recordings().Share();
     ExportPart dialog(Stretches(*recording), Suggestion(*recording), m_prompts, &m_frame);
     if (dialog.exec() != QDialog::Accepted) {
