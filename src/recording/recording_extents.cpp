@@ -94,6 +94,24 @@ bool RecordingReader::MakeLevels(std::size_t index) {
     return true;
 }
 
+std::size_t RecordingReader::LevelsDue() const {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(m_index.table.Entries(), &ChunkEntry::levels_are_due));
+}
+
+bool RecordingReader::MakeNextLevels() {
+    const auto& entries = m_index.table.Entries();
+    while (m_levels_made < entries.size() && !entries[m_levels_made].levels_are_due) {
+        ++m_levels_made;
+    }
+    if (m_levels_made < entries.size()) {
+        MakeLevels(m_levels_made);  // or a chunk leaves the table
+        return true;
+    }
+    m_levels_made = 0;
+    return false;
+}
+
 void RecordingReader::SettleLevels() {
     while (m_settled_version != m_index.table.Version()) {
         const auto& entries = m_index.table.Entries();

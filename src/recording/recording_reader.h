@@ -117,6 +117,12 @@ class RecordingReader {
     void Columns(std::size_t axis, std::int32_t order, std::span<const std::uint64_t> bounds,
                  Detail detail, std::span<ColumnExtent> out);
 
+    /// Chunks whose extremes stand in no level of the file. The first look at any extent finds
+    /// those of all, which takes as long as reading the lines.
+    [[nodiscard]] std::size_t LevelsDue() const;
+    /// Finds those of one chunk. False when none is left.
+    bool MakeNextLevels();
+
     /// All events, in the order of their lines. Reads them all.
     const std::vector<Event>& Events();
 
@@ -182,6 +188,7 @@ class RecordingReader {
     std::vector<std::byte> m_bytes;  // of what is being read
     std::uint64_t m_bytes_read = 0;
     std::uint64_t m_settled_version = 0;  // of the table, when no levels were due
+    std::size_t m_levels_made = 0;        // of the entries, by MakeNextLevels
     std::size_t m_events_read = 0;        // of the index' rests
     std::vector<Event> m_events;
     bool m_events_sorted = false;

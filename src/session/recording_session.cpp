@@ -8,23 +8,18 @@
 
 namespace wavo {
 
-MaybeFault RecordingSession::Open(RecordingToOpen recording, const std::string& name) {
-    auto opened = OpenRecording::Open(std::move(recording));
-    if (!opened) {
-        return opened.Why();
-    }
+void RecordingSession::Show(std::unique_ptr<OpenRecording> recording, const std::string& name) {
     if (m_recording == nullptr) {
         SetLiveAside();
     }
     // The graphs refer to the former one until they are made anew.
-    const std::shared_ptr<OpenRecording> former = std::exchange(m_recording, std::move(*opened));
+    const std::shared_ptr<OpenRecording> former = std::exchange(m_recording, std::move(recording));
     m_files.SetRecordingName(name);
     m_observer.RunStateChanged(false);
     m_source.Show(m_recording->Source());
     AddGraphIfNone();
     m_files.ShowRunTitle();
     m_observer.CommandsChanged();
-    return std::nullopt;
 }
 
 void RecordingSession::SetLiveAside() {

@@ -14,7 +14,6 @@
 #include "session/open_recording.h"
 #include "session/session_observer.h"
 #include "session/source_switch.h"
-#include "support/fault.h"
 
 namespace wavo {
 
@@ -35,9 +34,8 @@ class RecordingSession {
           m_observer(observer) {}
 
     /// Shows a recording in place of the live values or of another recording. The graphs stay;
-    /// without any there is a default one. `name` stands in the title. A fault leaves all as it
-    /// was.
-    MaybeFault Open(RecordingToOpen recording, const std::string& name);
+    /// without any there is a default one. `name` stands in the title.
+    void Show(std::unique_ptr<OpenRecording> recording, const std::string& name);
     /// Shows the live values again. Nothing when no recording is open.
     void Close();
     /// The one that is open; null for none.

@@ -121,12 +121,16 @@ bool RecordingFiles::Open(const std::string& path, OpenedFrom from) {
     if (!recording) {
         return false;
     }
-    m_follows = false;
-    const std::string name = InfoOf(absolute).fileName().toStdString();
-    if (const MaybeFault fault = m_session.Recordings().Open(std::move(*recording), name)) {
-        m_prompts.ShowError(&m_parent, fault->text);
+    auto opened = OpenRecording::Open(std::move(*recording));
+    if (!opened) {
+        m_prompts.ShowError(&m_parent, opened.Why().text);
         return false;
     }
+    if (m_prepare && !m_prepare(**opened)) {
+        return false;
+    }
+    m_follows = false;
+    m_session.Recordings().Show(std::move(*opened), InfoOf(absolute).fileName().toStdString());
     m_opened(absolute);
     return true;
 }

@@ -134,6 +134,7 @@ void SessionDisplay::ShowError(const std::string& text) {
 
 void SessionDisplay::EndProcess() {
     m_parts.data_export.Cancel();
+    m_parts.past.Search().Cancel();
     Q_EMIT m_parts.news.QuitRequested();
 }
 

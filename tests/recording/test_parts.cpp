@@ -276,6 +276,31 @@ TEST_F(OthersFile, GapsMayStandWithinAChunk) {
     EXPECT_THAT(reader->Notices(), IsEmpty());
 }
 
+TEST_F(OthersFile, ExtremesAreFoundChunkByChunk) {
+    PutSchemas();
+    for (std::uint64_t chunk = 0; chunk < 5; ++chunk) {
+        for (std::uint64_t line = 0; line < 100; ++line) {
+            PutLine(chunk * 100 + line, static_cast<double>(chunk * 1000 + line));
+        }
+        EndChunk();
+    }
+    const auto reader = Open();
+    ASSERT_TRUE(reader);
+    EXPECT_EQ(reader->LevelsDue(), 5U);
+    for (std::size_t left = 4;; --left) {
+        EXPECT_TRUE(reader->MakeNextLevels());
+        EXPECT_EQ(reader->LevelsDue(), left);
+        if (left == 0) {
+            break;
+        }
+    }
+    EXPECT_FALSE(reader->MakeNextLevels());
+    const std::uint64_t read = reader->BytesRead();
+    const ColumnExtent extent = reader->Extent(0, 1, 0, 500, Detail::kChunks);
+    EXPECT_EQ(extent.certain.extremes, (Extremes{1000.0, 901000.0}));
+    EXPECT_EQ(reader->BytesRead(), read);
+}
+
 TEST_F(OthersFile, LinesWithoutNumbersHaveThatOfTheirTime) {
     PutSchemas();
     for (const std::uint64_t number : {5U, 6U, 7U, 9U}) {

@@ -140,13 +140,13 @@ TEST_F(Overview, ShowsEventsAndGaps) {
 
 TEST_F(Overview, AsManyMarksArePaintedAsThereAreColumns) {
     const std::string path = PathOf("eventful.mcap");
-    constexpr std::uint64_t kPieces = 3000;
+    constexpr std::uint64_t kPieces = 400;
     constexpr std::uint64_t kStep = 20;  // of which 10 lines are missing
     {
         auto writer = recording::RecordingWriter::Create(path, testing::MakeHead(1), std::nullopt);
         ASSERT_TRUE(writer.HasValue());
         for (std::uint64_t piece = 0; piece < kPieces; ++piece) {
-            for (const char* text : {"first", "second"}) {
+            for (const char* text : {"first", "second", "third"}) {
                 (*writer)->AddEvent({recording::kEventOverrun, piece * kStep, 10, text});
             }
             testing::Append(**writer, piece * kStep, testing::MakeLines(1, 10, 1));
@@ -157,10 +157,10 @@ TEST_F(Overview, AsManyMarksArePaintedAsThereAreColumns) {
     OpenRecording& recording = *m_view->Work().Recording();
     ASSERT_EQ(recording.Reader().Gaps().size(), kPieces - 1);
     RecordingMarks marks;
-    marks.Renew(recording, recording.Lines(), 500);
-    EXPECT_EQ(marks.Events().size(), 500U);
+    marks.Renew(recording, recording.Lines(), 100);
+    EXPECT_EQ(marks.Events().size(), 100U);
     ASSERT_EQ(marks.Gaps().size(), 1U) << "they touch";
-    EXPECT_EQ(marks.Gaps()[0], (RecordingMarks::Columns{0, 499}));
+    EXPECT_EQ(marks.Gaps()[0], (RecordingMarks::Columns{0, 99}));
     marks.Renew(recording, {0, 60}, 601);
     EXPECT_EQ(marks.Events().front(), 0);
     EXPECT_EQ(marks.Events()[1], ColumnOfLine({0, 60}, 601, 20));
@@ -171,7 +171,7 @@ TEST_F(Overview, AsManyMarksArePaintedAsThereAreColumns) {
     QCoreApplication::sendEvent(&Bar(), &help);
     const QStringList lines = QToolTip::text().split('\n');
     ASSERT_EQ(lines.size(), 11);
-    EXPECT_TRUE(lines[0].endsWith("  first") || lines[0].endsWith("  second"));
+    EXPECT_TRUE(lines[0].startsWith("2025-08-01")) << lines[0].toStdString();
     EXPECT_EQ(lines[10], "and others: look more closely, or step through them");
     QToolTip::hideText();
 }
