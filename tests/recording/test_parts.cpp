@@ -9,6 +9,7 @@
 
 #include "file_surgery.h"
 #include "memory_data_files.h"
+#include "others_file.h"
 #include "platform/folders.h"
 #include "recording/checksum.h"
 #include "recording/json_text.h"
@@ -209,50 +210,16 @@ TEST(LevelRecords, AreReadBackAndEveryChangedByteIsFound) {
     }
 }
 
-/// A file as another program may write it: chunks with other records among the lines, no levels.
-class OthersFile : public ::testing::Test {
+class OthersFile : public ::testing::Test, protected testing::OthersRecording {
  protected:
-    void SetUp() override {
-        m_out.PutBytes(mcap::kMagic.data(), mcap::kMagic.size());
-        RecordingHead head = testing::MakeHead(1);
-        head.axis_names = {"X"};
-        layout::PutMetadata(m_out, layout::kMetadataName, ToMetadata(head));
-    }
-    void PutLine(std::uint64_t number, double value, bool is_numbered = true) {
-        const LineClock clock(0.001, testing::MakeHead(1).start_time);
-        const mcap::RecordScope message(m_records, mcap::Opcode::kMessage);
-        m_records.Put(layout::kLinesChannel);
-        m_records.Put(static_cast<std::uint32_t>(is_numbered ? number : 0));
-        m_records.Put(clock.TimeOf(number) + (is_numbered ? 0 : 200'000));
-        m_records.Put(clock.TimeOf(number));
-        m_records.PutBytes(mcap::kCdrHead.data(), mcap::kCdrHead.size());
-        m_records.Put(value);
-    }
-    void PutSchemas() {
-        layout::PutSchemas(m_records, {"X"});
-        layout::PutChannels(m_records);
-    }
-    void EndChunk(std::string_view compression = "") {
-        const mcap::RecordScope chunk(m_out, mcap::Opcode::kChunk);
-        m_out.Put(std::uint64_t{0});
-        m_out.Put(std::uint64_t{0});
-        m_out.Put(static_cast<std::uint64_t>(m_records.size()));
-        m_out.Put(Crc32(m_records.View()));
-        m_out.PutText(compression);
-        m_out.Put(static_cast<std::uint64_t>(m_records.size()));
-        m_out.PutBytes(m_records.View());
-        m_records.Clear();
-    }
     std::unique_ptr<RecordingReader> Open() {
-        m_files.Put("a.mcap", {reinterpret_cast<const char*>(m_out.data()), m_out.size()});
+        m_files.Put("a.mcap", {reinterpret_cast<const char*>(Out().data()), Out().size()});
         auto reader = RecordingReader::Open("a.mcap");
         EXPECT_TRUE(reader) << reader.Why().text;
         return reader ? std::move(*reader) : nullptr;
     }
 
     testing::MemoryDataFiles m_files;
-    ByteWriter m_out;
-    ByteWriter m_records;
 };
 
 TEST_F(OthersFile, GapsMayStandWithinAChunk) {
@@ -319,7 +286,7 @@ TEST_F(OthersFile, ChunksThatAreCompressedAreRefused) {
     PutSchemas();
     PutLine(1, 1.0);
     EndChunk("lz4");
-    m_files.Put("a.mcap", {reinterpret_cast<const char*>(m_out.data()), m_out.size()});
+    m_files.Put("a.mcap", {reinterpret_cast<const char*>(Out().data()), Out().size()});
     const auto reader = RecordingReader::Open("a.mcap");
     ASSERT_FALSE(reader);
     EXPECT_EQ(reader.Why().text, "\"a.mcap\" is compressed (lz4), which cannot be read");

@@ -247,6 +247,34 @@ TEST_F(PastClosed, AMasterThatComesBackByItselfGoesOnBehindAGap) {
     EXPECT_EQ(shown.back(), 9.0);
 }
 
+TEST_F(PastClosed, ValuesThatAreBeingSavedAreThoseOfTheRequest) {
+    Give(6.0, 3);
+    m_view->Commands().Execute(CommandId::kStop);
+    const QImage before = Picture();
+    const QString path = QString::fromStdString(PathOf("values.txt"));
+    QMetaObject::invokeMethod(
+        qApp,
+        [this, path] {
+            auto* const dialog = dynamic_cast<PathSaveData*>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            OpenSample();
+            FindControl<QLineEdit>(*dialog, static_cast<int>(PathSaveDataId::kPath))->setText(path);
+            dialog->accept();
+        },
+        Qt::QueuedConnection);
+    SendAppMessage(m_view.get(), AppMessage::kSaveValues, 0,
+                   reinterpret_cast<std::int64_t>(&m_view->Work().Graphs().Graphs()[0]));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll().toStdString(),
+              "X\r\n1.000000\r\n2.000000\r\n3.000000\r\n4.000000\r\n5.000000\r\n6.000000\r\n"
+              "7.000000\r\n8.000000\r\n");
+    EXPECT_EQ(m_title, "night.mcap - wavo.ini");
+    Close();
+    EXPECT_EQ(Picture(), before);
+    EXPECT_EQ(m_view->Work().Settings().Current().export_settings.data_file, path.toStdString());
+}
+
 TEST_F(PastClosed, SaveValuesOfAMovedGraphSavesWhatIsSeen) {
     for (int i = 6; i < 3006; i += 100) {
         Give(i, 100);
