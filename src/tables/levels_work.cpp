@@ -1,15 +1,17 @@
 #include "tables/levels_work.h"
 
-#include <algorithm>
-
 namespace wavo::tables {
 
+namespace {
+
+/// Of a step, some milliseconds.
+constexpr std::size_t kChunksPerStep = 2;
+
+}  // namespace
+
 StepState LevelsWork::Step() {
-    if (!m_reader.MakeNextLevels()) {
-        return StepState::kDone;
-    }
-    m_done = std::min(m_done + 1, m_all);
-    return StepState::kWorking;
+    m_due = m_reader.SettleLevels(kChunksPerStep);
+    return m_due == 0 ? StepState::kDone : StepState::kWorking;
 }
 
 }  // namespace wavo::tables

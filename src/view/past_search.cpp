@@ -145,10 +145,10 @@ void PastSearch::GoToTrigger(bool forward) {
     }
     if (found) {
         m_past.GoTo(*found);
-        m_past.TellOfRecording();
+        m_past.Status().Tell();
     } else {
-        m_past.TellOfPlace(forward ? "No trigger fires behind this place"
-                                   : "No trigger fires before this place");
+        m_past.Status().TellOfPlace(forward ? "No trigger fires behind this place"
+                                            : "No trigger fires before this place");
     }
 }
 
@@ -198,12 +198,13 @@ void PastSearch::GoToEvent(bool forward) {
         }
     }
     if (!line) {
-        m_past.TellOfPlace(forward ? "No event behind this place" : "No event before this place");
+        m_past.Status().TellOfPlace(forward ? "No event behind this place"
+                                            : "No event before this place");
         return;
     }
     const std::string text = TextOfPlace(events, gaps, *line);
     m_past.GoTo(static_cast<std::int64_t>(*line));
-    m_past.TellOfPlace(text);
+    m_past.Status().TellOfPlace(text);
 }
 
 }  // namespace wavo

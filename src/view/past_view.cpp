@@ -5,8 +5,6 @@
 #include <QWidget>
 #include <algorithm>
 #include <cmath>
-#include <iterator>
-#include <set>
 #include <utility>
 
 #include "view/past_marks.h"
@@ -39,7 +37,8 @@ PastView::PastView(Session& session, GraphBoard& board, GraphScreen& screen,
       m_board(board),
       m_screen(screen),
       m_selected(std::move(selected)),
-      m_changed(std::move(changed)) {
+      m_changed(std::move(changed)),
+      m_status(session) {
     m_screen.SetPast(this);
 }
 
@@ -66,7 +65,7 @@ void PastView::OnGraphsMade() {
     }
     m_is_shown = true;
     m_origin = recording->Lines().begin;
-    TellOfRecording();
+    m_status.Tell();
     Apply();
 }
 
@@ -98,70 +97,6 @@ void PastView::Leave() {
         drawer->ShowHistory(std::nullopt);
     }
     OnGraphsMade();
-}
-
-std::string PastView::UnknownAxes() const {
-    std::set<std::string> unknown;
-    for (const WavoGraph& graph : m_session.Graphs().Graphs()) {
-        std::vector<std::string> names = graph.YCoorAxName;
-        if (graph.XCoorType == CoorType::kAxis) {
-            names.push_back(graph.XCoorAxName);
-        }
-        const std::vector<std::string>& known = m_session.Values().AxisNames();
-        std::ranges::copy_if(names, std::inserter(unknown, unknown.end()), [&](const auto& name) {
-            return std::ranges::find(known, name) == known.end();
-        });
-    }
-    std::string text;
-    for (const std::string& name : unknown) {
-        text += (text.empty() ? "Not in the recording: " : ", ") + name;
-    }
-    return text;
-}
-
-std::string PastView::WhatIsWrong() const {
-    OpenRecording& recording = *m_session.Recording();
-    const std::vector<std::string>& noticed = recording.Reader().Notices();
-    if (!recording.Reader().IsStillThere()) {
-        return "The file was removed or replaced: this is the one that was opened";
-    }
-    if (!noticed.empty()) {
-        return noticed.back();
-    }
-    std::string text = UnknownAxes();
-    for (const std::string& notice : recording.Notices()) {
-        text += (text.empty() ? "" : "; ") + notice;
-    }
-    return text;
-}
-
-void PastView::TellOfRecording() {
-    OpenRecording* const recording = m_session.Recording();
-    if (recording == nullptr) {
-        return;
-    }
-    m_notices = recording->Reader().Notices().size();
-    recording->RenewText();
-    m_told_wrong = WhatIsWrong();
-    m_told_state = recording->Source().StateText();
-    m_tells_place = false;
-    m_session.Values().ShowHint(m_told_wrong);
-}
-
-void PastView::TellNews() {
-    OpenRecording& recording = *m_session.Recording();
-    recording.RenewText();
-    const std::string wrong = WhatIsWrong();
-    const bool is_state_new =
-        wrong.empty() && !m_tells_place && recording.Source().StateText() != m_told_state;
-    if (wrong != m_told_wrong || is_state_new) {
-        TellOfRecording();
-    }
-}
-
-void PastView::TellOfPlace(const std::string& text) {
-    m_tells_place = true;
-    m_session.Values().ShowHint(text);
 }
 
 bool PastView::CanShow(const GraphDraw& drawer) const {
@@ -271,7 +206,7 @@ void PastView::Apply() {
 }
 
 void PastView::ApplyAndDraw() {
-    m_tells_place = false;
+    m_status.LeavePlace();
     Apply();
     m_screen.DrawAndShow();
 }
@@ -393,7 +328,7 @@ void PastView::Refresh(bool follow) {
         Apply();
         m_screen.DrawAndShow();
     }
-    TellNews();
+    m_status.TellNews();
 }
 
 bool PastView::BeginDrag(const QPoint& point) {
@@ -424,7 +359,8 @@ void PastView::OnDrawn() {
     if (m_session.Recording() != nullptr) {
         m_session.Recording()->Budget().Renew(kFrameBudget);
         if (m_session.Recording()->Reader().Notices().size() != m_notices) {
-            TellNews();
+            m_notices = m_session.Recording()->Reader().Notices().size();
+            m_status.TellNews();
         }
     }
     if (m_is_going_on || m_board.IsExact() || !m_screen.IsSeen()) {

@@ -26,10 +26,11 @@
 #include "session/session.h"
 #include "view/graph_board.h"
 #include "view/graph_screen.h"
+#include "view/recording_status.h"
 
 namespace wavo {
 
-class PastView final : public PastDrawing {
+class PastView final : private PastDrawing {
  public:
     /// None of the references is owned; all outlive this object. `selected`: the number of the
     /// graph that the user has selected. `changed`: another window is shown, or none.
@@ -80,17 +81,15 @@ class PastView final : public PastDrawing {
     bool DragTo(const QPoint& point);
     bool EndDrag() { return std::exchange(m_drag, std::nullopt).has_value(); }
 
-    /// Says in the status bar what is wrong with the recording, if it is.
-    void TellOfRecording();
-    /// Says what was found there instead, until the window is moved or there is other news.
-    void TellOfPlace(const std::string& text);
+    /// What the status bar says of the recording.
+    [[nodiscard]] RecordingStatus& Status() { return m_status; }
 
+ private:
     // PastDrawing
     void OnDrawn() override;
     void AllowAll() override;
     void PaintMarks(QPainter& painter) override;
 
- private:
     /// Where the live graphs that stand still were moved to.
     struct OfLive {
         SeenLines window;
@@ -113,10 +112,6 @@ class PastView final : public PastDrawing {
     [[nodiscard]] LineRange HeldLines() const;
     History* HistoryOf(GraphValue* value);
     [[nodiscard]] ShownHistory HistoryOf(const GraphDraw& drawer);
-    /// Axes that graphs have and the recording has not, in words; empty when there are none.
-    [[nodiscard]] std::string UnknownAxes() const;
-    [[nodiscard]] std::string WhatIsWrong() const;
-    void TellNews();
     /// Takes in what was written since. False when that is nothing.
     bool TakeInNews();
     /// Gives the window to the graphs.
@@ -131,6 +126,7 @@ class PastView final : public PastDrawing {
     const std::function<std::uint32_t()> m_selected;
     const std::function<void()> m_changed;
 
+    RecordingStatus m_status;
     bool m_is_shown = false;
     const OpenRecording* m_recording = nullptr;  // that is shown
     SeenLines m_window;
@@ -140,9 +136,6 @@ class PastView final : public PastDrawing {
     std::optional<Drag> m_drag;
     std::map<GraphValue*, RingHistory> m_buffers;
     std::optional<OfLive> m_live;  // while a recording is open
-    std::string m_told_wrong;      // of the recording
-    std::string m_told_state;      // of its source
-    bool m_tells_place = false;    // in place of these
     std::size_t m_notices = 0;     // of the recording, that were told
     bool m_is_going_on = false;    // another drawing is on its way
 };

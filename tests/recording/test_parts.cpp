@@ -253,15 +253,12 @@ TEST_F(OthersFile, ExtremesAreFoundChunkByChunk) {
     }
     const auto reader = Open();
     ASSERT_TRUE(reader);
-    EXPECT_EQ(reader->LevelsDue(), 5U);
-    for (std::size_t left = 4;; --left) {
-        EXPECT_TRUE(reader->MakeNextLevels());
-        EXPECT_EQ(reader->LevelsDue(), left);
-        if (left == 0) {
-            break;
-        }
-    }
-    EXPECT_FALSE(reader->MakeNextLevels());
+    EXPECT_EQ(reader->SettleLevels(0), 5U);
+    EXPECT_EQ(reader->SettleLevels(1), 4U);
+    EXPECT_EQ(reader->SettleLevels(3), 1U);
+    EXPECT_EQ(reader->SettleLevels(0), 1U);
+    EXPECT_EQ(reader->SettleLevels(2), 0U);
+    EXPECT_EQ(reader->SettleLevels(0), 0U);
     const std::uint64_t read = reader->BytesRead();
     const ColumnExtent extent = reader->Extent(0, 1, 0, 500, Detail::kChunks);
     EXPECT_EQ(extent.certain.extremes, (Extremes{1000.0, 901000.0}));

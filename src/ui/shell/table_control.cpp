@@ -113,7 +113,7 @@ bool TableControl::MayWorkOn(const std::string& path) const {
 }
 
 bool TableControl::Prepare(OpenRecording& recording) {
-    if (recording.Reader().LevelsDue() == 0) {
+    if (recording.Reader().SettleLevels(0) == 0) {
         return true;
     }
     if (!MayWorkOn(recording.Path())) {

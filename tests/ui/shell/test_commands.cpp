@@ -91,6 +91,9 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "Next E&vent\tCtrl+F3", 32746},
         {1, "Previous Even&t\tCtrl+Shift+F3", 32747},
         {1, "-", 0},
+        {1, "Next F&ile\tCtrl+PgDown", 32749},
+        {1, "Previous Fi&le\tCtrl+PgUp", 32750},
+        {1, "-", 0},
         {1, "E&xport Part...\tCtrl+Shift+E", 32748},
         {1, "-", 0},
         {1, "Recent R&ecordings", 57632},
@@ -261,7 +264,8 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
                                                  {"Ctrl+Shift+W", 32741},  {"F3", 32744},
                                                  {"Shift+F3", 32745},      {"Ctrl+F3", 32746},
                                                  {"Ctrl+Shift+F3", 32747}, {"Ctrl+Shift+E", 32748},
-                                                 {"Ctrl+M", 32720}};
+                                                 {"Ctrl+M", 32720},        {"Ctrl+PgDown", 32749},
+                                                 {"Ctrl+PgUp", 32750}};
     EXPECT_EQ(shortcuts, expected);
 }
 

@@ -481,7 +481,7 @@ TEST_F(TableCommands, ExtremesThatAreNotInTheFileAreFoundBeforeItIsShown) {
     when_shown(false);
     EXPECT_TRUE(m_view->Past().Files().Open(path));
     EXPECT_EQ(shown, 2);
-    EXPECT_EQ(m_view->Work().Recording()->Reader().LevelsDue(), 0U);
+    EXPECT_EQ(m_view->Work().Recording()->Reader().SettleLevels(0), 0U);
     EXPECT_EQ(m_title, "others.mcap - wavo.ini");
     EXPECT_THAT(m_boxes, IsEmpty());
 }
