@@ -326,8 +326,8 @@ void Navigator::paintEvent(QPaintEvent* /*event*/) {
         painter.drawImage(QRectF(0, kMarkHeight, width(), kHeight - kMarkHeight - kGapHeight),
                           envelope);
     }
-    PaintMarks(painter);
     PaintWindow(painter);
+    PaintMarks(painter);  // as bright beside the window as in it
     if (!IsExact()) {
         // Closer with the next painting, when what waits was done.
         QMetaObject::invokeMethod(

@@ -7,7 +7,7 @@
 #include <memory>
 #include <numbers>
 
-#include "golden/scenes.h"
+#include "golden/scenes_guide.h"
 #include "lines_from_memory.h"
 #include "real_prompts.h"
 #include "system_facts.h"
@@ -132,9 +132,13 @@ QImage MeasurementsAtTheEdge() {
 }  // namespace
 
 std::vector<Scene> AllScenes() {
-    return {{"measurements", Measurements},
-            {"measurements_dark", MeasurementsInTheDark},
-            {"measurements_at_the_edge", MeasurementsAtTheEdge}};
+    std::vector<Scene> scenes{{"measurements", Measurements},
+                              {"measurements_dark", MeasurementsInTheDark},
+                              {"measurements_at_the_edge", MeasurementsAtTheEdge}};
+    for (const Scene& scene : RecordingScenes()) {
+        scenes.push_back(scene);
+    }
+    return scenes;
 }
 
 }  // namespace wavo::testing

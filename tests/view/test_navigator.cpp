@@ -136,6 +136,9 @@ TEST_F(Overview, ShowsEventsAndGaps) {
     EXPECT_FALSE(HasColor(Bar().ColumnOf(1000), QColor(220, 40, 40)));
     EXPECT_TRUE(HasColor(Bar().ColumnOf(3000), QColor(230, 160, 0)));
     EXPECT_FALSE(HasColor(Bar().ColumnOf(1000), QColor(230, 160, 0)));
+    m_view->Past().Window().Show({100, 200});
+    EXPECT_TRUE(HasColor(Bar().ColumnOf(2500), QColor(220, 40, 40))) << "beside the window, too";
+    EXPECT_TRUE(HasColor(Bar().ColumnOf(3000), QColor(230, 160, 0)));
 }
 
 TEST_F(Overview, AsManyMarksArePaintedAsThereAreColumns) {
