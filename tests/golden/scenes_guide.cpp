@@ -7,7 +7,9 @@
 #include <memory>
 #include <numbers>
 
-#include "golden/scenes_guide.h"
+#include "golden/scenes.h"
+#include "golden/scenes_circle.h"
+#include "golden/scenes_recording.h"
 #include "lines_from_memory.h"
 #include "real_prompts.h"
 #include "system_facts.h"
@@ -135,9 +137,10 @@ std::vector<Scene> AllScenes() {
     std::vector<Scene> scenes{{"measurements", Measurements},
                               {"measurements_dark", MeasurementsInTheDark},
                               {"measurements_at_the_edge", MeasurementsAtTheEdge}};
-    for (const Scene& scene : RecordingScenes()) {
-        scenes.push_back(scene);
-    }
+    const std::vector<Scene> circles = CircleScenes();
+    scenes.insert(scenes.end(), circles.begin(), circles.end());
+    const std::vector<Scene> recordings = RecordingScenes();
+    scenes.insert(scenes.end(), recordings.begin(), recordings.end());
     return scenes;
 }
 

@@ -7,7 +7,7 @@
 #include <numbers>
 
 #include "fake_shared_memory.h"
-#include "golden/scenes_guide.h"
+#include "golden/scenes_recording.h"
 #include "real_prompts.h"
 #include "sample_recording.h"
 #include "system_facts.h"

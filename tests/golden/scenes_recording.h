@@ -1,4 +1,4 @@
-// The pictures of the user guide, by what they show.
+// The pictures of the user guide that show recordings.
 #pragma once
 
 #include <vector>
