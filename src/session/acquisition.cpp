@@ -6,6 +6,7 @@
 #include <mutex>
 #include <utility>
 
+#include "link/axis_capabilities.h"
 #include "session/report_texts.h"
 #include "support/diagnostics.h"
 #include "support/flag_scope.h"
@@ -221,21 +222,21 @@ bool Acquisition::Receive(ValueBatch& batch) {
     return true;
 }
 
-void Acquisition::AddGraphIfNone() {
+void Acquisition::AddGraphIfNone(DefaultScale scale) {
     if (!m_observer.HasEditedGraphs()) {
-        TakeGraphs();
+        TakeGraphs(scale);
     }
 }
 
-void Acquisition::TakeGraphs() {
-    AddDefaultGraph();
+void Acquisition::TakeGraphs(DefaultScale scale) {
+    AddDefaultGraph(scale);
     if (!m_observer.EditDocument(false)) {
         MERRLOG(kGraphsNotShown);
         ShowBatchFault(kGraphsNotShownBox);
     }
 }
 
-void Acquisition::AddDefaultGraph() {
+void Acquisition::AddDefaultGraph(DefaultScale scale) {
     if (!m_source.IsPresent()) {
         ShowBatchFault(kNoMasterDataBox);
         return;
@@ -246,6 +247,10 @@ void Acquisition::AddDefaultGraph() {
     WavoGraph graph;
     graph.InitGraph(m_graphs.FreeNumber(), ChooseDefaultAxis(AxisNames()).c_str(), m_background,
                     &m_source.Limits());
+    if (scale == DefaultScale::kAutomatic &&
+        !m_source.Limits().FindAxis(graph.YCoorAxName.front())) {
+        graph.YScales.front().ScaleAx = ScaleAxCode::kAutomatic;
+    }
     m_graphs.Add(graph);  // it gets its buffers before the values of this batch are handed out
 }
 

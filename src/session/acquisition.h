@@ -60,8 +60,10 @@ class Acquisition final : private ValueSourceEvents {
     /// it, and shows the graphs. Its values may go on as if they had come back by themselves.
     void TakeUp();
 
+    /// How a default graph is scaled whose axis has no limits.
+    enum class DefaultScale { kFixed, kAutomatic };
     /// Makes a default graph where there is none, of the axes that are known.
-    void AddGraphIfNone();
+    void AddGraphIfNone(DefaultScale scale = DefaultScale::kFixed);
 
     /// Answers the batch that was drawn, if any: the end of each drawing step.
     void AnswerDrawn();
@@ -112,8 +114,8 @@ class Acquisition final : private ValueSourceEvents {
     bool RefuseBatch();
     bool TakeBatch(Clock::time_point announced);
     bool Receive(ValueBatch& batch);
-    void TakeGraphs();
-    void AddDefaultGraph();
+    void TakeGraphs(DefaultScale scale);
+    void AddDefaultGraph(DefaultScale scale);
     /// Puts missing values where a link that came back by itself had none.
     void FillGap(const ValueBatch& batch);
     void Answer();

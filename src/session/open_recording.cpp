@@ -36,8 +36,8 @@ void RecordingSource::Renew(const std::string& next) {
     const std::uint64_t lines = m_reader.LineCount();
     m_text = std::to_string(lines) + (lines == 1 ? " line" : " lines");
     if (lines > 0) {
-        m_text +=
-            ", from " + recording::UtcText(m_reader.Clock().TimeOf(m_reader.FirstLine())) + " on";
+        m_text += ", from " + recording::MomentText(m_reader.Clock().TimeOf(m_reader.FirstLine())) +
+                  " on";
     }
     if (!m_reader.IsComplete()) {
         m_text += "; " + m_reader.CutOffText();

@@ -51,7 +51,7 @@ void RecordingSession::Close() {
 
 void RecordingSession::AddGraphIfNone() {
     if (m_recording != nullptr) {
-        m_acquisition.AddGraphIfNone();
+        m_acquisition.AddGraphIfNone(Acquisition::DefaultScale::kAutomatic);
     }
 }
 

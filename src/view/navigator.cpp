@@ -40,7 +40,7 @@ QString WindowText(const LineRange& seen, OpenRecording& recording) {
     const recording::LineClock& clock = recording.Reader().Clock();
     const auto text = [&clock](std::int64_t line) {
         return QString::fromStdString(
-            recording::UtcText(clock.TimeOf(static_cast<std::uint64_t>(line))));
+            recording::MomentText(clock.TimeOf(static_cast<std::uint64_t>(line))));
     };
     return text(seen.begin) + QStringLiteral(" to ") + text(std::max(seen.begin, seen.end - 1));
 }
@@ -247,7 +247,7 @@ QString Navigator::TextAt(int x) const {
          ++event, ++told) {
         text += (text.isEmpty() ? QString() : QStringLiteral("\n")) +
                 QString::fromStdString(
-                    recording::UtcText(recording->Reader().Clock().TimeOf(event->line)) + "  " +
+                    recording::MomentText(recording->Reader().Clock().TimeOf(event->line)) + "  " +
                     (event->text.empty() ? event->kind : event->text));
     }
     if (event != events.end() && ColumnOf(static_cast<std::int64_t>(event->line)) <= x + kGrip) {

@@ -171,6 +171,9 @@ TEST(Events, AreReadBackWhateverStandsInThem) {
 TEST(Times, AreToldInUtc) {
     EXPECT_EQ(UtcText(0), "1970-01-01 00:00:00.000 UTC");
     EXPECT_EQ(UtcText(1709251199999999999U), "2024-02-29 23:59:59.999 UTC");
+    EXPECT_EQ(MomentText(1709251199999999999U), "2024-02-29 23:59:59.999 UTC");
+    EXPECT_EQ(MomentText(0), "0.000 s");
+    EXPECT_EQ(MomentText(61'004'999'999U), "61.004 s");
 }
 
 TEST(LevelRecords, AreReadBackAndEveryChangedByteIsFound) {

@@ -84,6 +84,27 @@ TEST_F(Past, ClosingBringsGraphsPathAndLinkBack) {
     EXPECT_THAT(std::vector(shown.end() - 3, shown.end()), ElementsAre(7.0, 8.0, 9.0));
 }
 
+TEST_F(Past, ADefaultGraphFitsTheValuesWhereNoLimitsAreKnown) {
+    ASSERT_TRUE(m_view->Work().Graphs().IsEmpty());
+    const std::string path = PathOf("plain.mcap");
+    recording::RecordingHead head = testing::MakeHead(2);
+    head.limits.clear();
+    std::vector<std::vector<double>> lines;
+    for (int i = 0; i < 100; ++i) {
+        lines.push_back({1000.0 + i, 0.0});
+    }
+    testing::WriteRecording(path, head, lines);
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    ASSERT_THAT(m_view->Board().Drawers(), SizeIs(1));
+    const ScaleDefinition& scale = Graph().Graph().YScales[0];
+    EXPECT_EQ(scale.ScaleAx, ScaleAxCode::kAutomatic);
+    (void)m_view->Screen().Picture();
+    EXPECT_LE(Graph().Graph().YScales[0].Minimum, 1000.0);
+    EXPECT_GE(Graph().Graph().YScales[0].Maximum, 1099.0);
+    m_view->Past().Files().Execute(CommandId::kCloseRecording);
+    EXPECT_TRUE(m_view->Work().Graphs().IsEmpty());
+}
+
 TEST_F(Past, AStoppedViewerIsStoppedAgain) {
     m_view->Commands().Execute(CommandId::kStop);
     OpenSample();
