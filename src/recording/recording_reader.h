@@ -18,6 +18,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
@@ -117,6 +118,11 @@ class RecordingReader {
     void Columns(std::size_t axis, std::int32_t order, std::span<const std::uint64_t> bounds,
                  Detail detail, std::span<ColumnExtent> out);
 
+    /// Finds the extremes of chunks that another program has written without any, of at most so
+    /// many; that takes as long as reading their lines. Returns of how many they are still due. The
+    /// first look at an extent finds all of them.
+    std::size_t SettleLevels(std::size_t most = std::numeric_limits<std::size_t>::max());
+
     /// All events, in the order of their lines. Reads them all.
     const std::vector<Event>& Events();
 
@@ -148,7 +154,6 @@ class RecordingReader {
     const AxisLevels* LoadLevels(std::size_t index, std::size_t axis);
     /// Makes levels that are not in the file from the lines.
     bool MakeLevels(std::size_t index);
-    void SettleLevels();
     void LoseChunk(std::size_t index);
 
     /// Raw values of an axis: as ReadValues with order 0, and whether each is there.

@@ -27,6 +27,8 @@ enum class CommandId : int {
     kExportPart = 32748,
     kCircleTest = 32750,
     kAxisTest = 32751,
+    kNextFile = 32752,
+    kPreviousFile = 32753,
     kRecord = 32760,
     kStopRecording = 32761,
     kConnect = 32773,

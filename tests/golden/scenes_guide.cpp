@@ -9,6 +9,7 @@
 
 #include "golden/scenes.h"
 #include "golden/scenes_circle.h"
+#include "golden/scenes_recording.h"
 #include "lines_from_memory.h"
 #include "real_prompts.h"
 #include "system_facts.h"
@@ -138,6 +139,8 @@ std::vector<Scene> AllScenes() {
                               {"measurements_at_the_edge", MeasurementsAtTheEdge}};
     const std::vector<Scene> circles = CircleScenes();
     scenes.insert(scenes.end(), circles.begin(), circles.end());
+    const std::vector<Scene> recordings = RecordingScenes();
+    scenes.insert(scenes.end(), recordings.begin(), recordings.end());
     return scenes;
 }
 

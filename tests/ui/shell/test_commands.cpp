@@ -91,6 +91,9 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "Next E&vent\tCtrl+F3", 32746},
         {1, "Previous Even&t\tCtrl+Shift+F3", 32747},
         {1, "-", 0},
+        {1, "Next F&ile\tCtrl+PgDown", 32752},
+        {1, "Previous Fi&le\tCtrl+PgUp", 32753},
+        {1, "-", 0},
         {1, "E&xport Part...\tCtrl+Shift+E", 32748},
         {1, "-", 0},
         {1, "Recent R&ecordings", 57632},
@@ -265,7 +268,8 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
                                                  {"Shift+F3", 32745},      {"Ctrl+F3", 32746},
                                                  {"Ctrl+Shift+F3", 32747}, {"Ctrl+Shift+E", 32748},
                                                  {"Ctrl+M", 32720},        {"Ctrl+Shift+C", 32750},
-                                                 {"Ctrl+Shift+A", 32751}};
+                                                 {"Ctrl+Shift+A", 32751},  {"Ctrl+PgDown", 32752},
+                                                 {"Ctrl+PgUp", 32753}};
     EXPECT_EQ(shortcuts, expected);
 }
 
