@@ -28,6 +28,7 @@
 
 #include "bench/bench_common.h"
 #include "bench/long_recording.h"
+#include "bench/looking.h"
 #include "bench/rival_plot.h"
 #include "graph/draw/graph_draw.h"
 #include "session/open_recording.h"
@@ -38,32 +39,14 @@ namespace {
 using namespace wavo;
 using bench::LongRecording;
 
-constexpr std::size_t kCurves = 8;
-constexpr QSize kSize(1600, 900);
+using bench::kLookedCurves;
+using bench::kLookedSize;
 constexpr std::uint64_t kFrame = 350;  // as the view gives a drawing
 
 class NoHost : public GraphDrawHost {
  public:
     void RecordingEnded() override {}
 };
-
-WavoGraph MakeLookedAt() {
-    WavoGraph graph;
-    graph.GraphNumber = 1;
-    graph.Mode = GraphMode::kContinuity;
-    graph.ModeAx = AxisDrawMode::kLines;
-    graph.XCoorType = CoorType::kTime;
-    graph.XScale = {ScaleTypeCode::kTime, 10.0, ScaleAxCode{}, 0.0, 0.0};
-    graph.FadeOutTime = 1.0;
-    for (std::size_t i = 0; i < kCurves; ++i) {
-        graph.YCoorAxName.push_back("A" + std::to_string(8 * i));
-        graph.YCoorAxColor.push_back(0x00FFFF - 0x1000 * static_cast<ColorRef>(i));
-        graph.YCoorAxDerivation.push_back(0);
-        graph.YScales.push_back({ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual,
-                                 -100.0 - 9.0 * static_cast<double>(i), 100.0});
-    }
-    return graph;
-}
 
 /// A recording with the graph that shows it.
 class Looked {
@@ -75,9 +58,10 @@ class Looked {
         }
         m_recording = std::move(*opened);
         GraphStreams none;
-        none.y.resize(kCurves);
-        m_graph = std::make_unique<GraphDraw>(QRect(QPoint(0, 0), kSize), MakeLookedAt(), m_host,
-                                              m_settings, m_recording->CycleTime(), 5, 3, none);
+        none.y.resize(kLookedCurves);
+        m_graph =
+            std::make_unique<GraphDraw>(QRect(QPoint(0, 0), kLookedSize), bench::MakeLookedAt(),
+                                        m_host, m_settings, m_recording->CycleTime(), 5, 3, none);
         m_window.ShowAll(m_recording->Lines());
     }
 
@@ -106,28 +90,8 @@ class Looked {
     GraphDisplaySettings m_settings;
     std::unique_ptr<GraphDraw> m_graph;
     SeenLines m_window;
-    QImage m_image{kSize, QImage::Format_RGB32};
+    QImage m_image{kLookedSize, QImage::Format_RGB32};
 };
-
-const LongRecording& RecordingOf(std::int64_t samples) {
-    static std::map<std::int64_t, std::unique_ptr<LongRecording>> recordings;
-    if (samples == 1'000'000'000) {
-        return bench::LargestRecording();
-    }
-    auto& recording = recordings[samples];
-    if (recording == nullptr) {
-        recording = std::make_unique<LongRecording>(samples / 64);
-    }
-    return *recording;
-}
-
-double ResidentBytes() {
-    std::ifstream file("/proc/self/statm");
-    std::uint64_t total = 0;
-    std::uint64_t resident = 0;
-    file >> total >> resident;
-    return static_cast<double>(resident) * 4096.0;
-}
 
 /// The next window of a walk through a recording: zooms in at a place in some steps, moves, zooms
 /// out again.
@@ -165,16 +129,9 @@ class Walk {
     int m_left = 0;
 };
 
-bool IsMissing(benchmark::State& state, const LongRecording& recording) {
-    if (!recording.IsThere()) {
-        state.SkipWithError("no room for the recording");
-    }
-    return !recording.IsThere();
-}
-
 void FirstPicture(benchmark::State& state) {
-    const LongRecording& recording = RecordingOf(state.range(0));
-    if (IsMissing(state, recording)) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
         return;
     }
     for (auto _ : state) {
@@ -185,8 +142,8 @@ void FirstPicture(benchmark::State& state) {
 }
 
 void OpenOnly(benchmark::State& state) {
-    const LongRecording& recording = RecordingOf(state.range(0));
-    if (IsMissing(state, recording)) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
         return;
     }
     for (auto _ : state) {
@@ -196,31 +153,19 @@ void OpenOnly(benchmark::State& state) {
     state.SetLabel("opening it");
 }
 
-/// The 99th percentile of what frames took, ns.
-double Percentile(std::vector<double>& times) {
-    const auto place = times.begin() + static_cast<std::ptrdiff_t>(times.size() * 99 / 100);
-    std::nth_element(times.begin(), place, times.end());
-    return *place;
-}
-
 void Frames(benchmark::State& state, const std::function<void()>& prepare,
             const std::function<void()>& frame) {
-    std::vector<double> times;
+    bench::FrameTimes times;
     for (auto _ : state) {
         prepare();
-        const std::clock_t begin = std::clock();
-        frame();
-        const double taken = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
-        state.SetIterationTime(taken);
-        times.push_back(taken * 1e9);
+        state.SetIterationTime(times.Measure(frame));
     }
-    bench::SetTimePerItem(state, 1);
-    state.counters["percentile_99"] = Percentile(times);
+    times.Report(state);
 }
 
 void ZoomAndMove(benchmark::State& state) {
-    const LongRecording& recording = RecordingOf(state.range(0));
-    if (IsMissing(state, recording)) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
         return;
     }
     Looked looked(recording.path());
@@ -230,16 +175,15 @@ void ZoomAndMove(benchmark::State& state) {
     Frames(
         state, [&] { walk.Step(looked.Window()); }, [&] { exact += looked.Draw() ? 1.0 : 0.0; });
     state.counters["exact_share"] = exact / static_cast<double>(state.iterations());
-    state.counters["resident"] = ResidentBytes();
 }
 
 void CopyOnly(benchmark::State& state) {
-    const LongRecording& recording = RecordingOf(state.range(0));
-    if (IsMissing(state, recording)) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
         return;
     }
-    QImage from(kSize, QImage::Format_RGB32);
-    QImage to(kSize, QImage::Format_RGB32);
+    QImage from(kLookedSize, QImage::Format_RGB32);
+    QImage to(kLookedSize, QImage::Format_RGB32);
     from.fill(Qt::black);
     Frames(
         state, [] {},
@@ -251,8 +195,8 @@ void CopyOnly(benchmark::State& state) {
 }
 
 void UntilExact(benchmark::State& state) {
-    const LongRecording& recording = RecordingOf(state.range(0));
-    if (IsMissing(state, recording)) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
         return;
     }
     Looked looked(recording.path());
@@ -273,10 +217,10 @@ void UntilExact(benchmark::State& state) {
 /// The rival with as many samples per curve as the recording has lines.
 struct HeldByRival {
     explicit HeldByRival(std::int64_t samples) {
-        scene.size = kSize;
+        scene.size = kLookedSize;
         scene.held =
             static_cast<std::size_t>(samples / 64) / bench::kFrameSamples * bench::kFrameSamples;
-        scene.curves = kCurves;
+        scene.curves = kLookedCurves;
         scene.cycle_time = bench::kRecordedCycle;
         plot = std::make_unique<bench::RivalPlot>(scene);
         bench::SceneSamples made(scene);
@@ -307,20 +251,17 @@ void RivalZoomAndMove(benchmark::State& state) {
                              static_cast<double>(window.Seen().end) / held);
             rival.plot->Draw();
         });
-    state.counters["resident"] = ResidentBytes();
     state.SetLabel(bench::kRivalName);
 }
 
-constexpr std::int64_t kSizes[] = {1'000'000, 10'000'000, 100'000'000, 1'000'000'000};
 constexpr std::int64_t kMostOfRival = 100'000'000;
 
 std::string NameOf(const char* what, std::int64_t samples, const char* role) {
-    const int digits = static_cast<int>(std::lround(std::log10(static_cast<double>(samples))));
-    return std::string("looking/") + what + "/1e" + std::to_string(digits) + "/" + role;
+    return std::string("looking/") + what + "/" + bench::DigitsOf(samples) + "/" + role;
 }
 
 [[maybe_unused]] const bool g_are_registered = [] {
-    for (const std::int64_t samples : kSizes) {
+    for (const std::int64_t samples : bench::kLookedSizes) {
         const auto add = [samples](const char* what, const char* role, auto run) {
             return benchmark::RegisterBenchmark(NameOf(what, samples, role).c_str(), run)
                 ->Arg(samples)

@@ -3,23 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
+#include "graph/draw/curve/line_parts.h"
+
 namespace wavo {
 
 namespace {
 
-/// Parts that lines are cut into to find gaps or finite values, and lines that are looked at one by
-/// one.
-constexpr std::int64_t kParts = 16;
+/// Lines that are looked at one by one.
 constexpr std::int64_t kFewLines = 64;
-
-std::vector<std::int64_t> PartsOf(const LineRange& lines) {
-    std::vector<std::int64_t> bounds;
-    for (std::int64_t part = 0; part < kParts; ++part) {
-        bounds.push_back(lines.begin + lines.Count() / kParts * part);
-    }
-    bounds.push_back(lines.end);
-    return bounds;
-}
 
 void TakeFinite(MinMax& range, double value) {
     if (std::isfinite(value)) {
@@ -196,36 +187,6 @@ void HistoryColumns::Emit(const PixelEdges& rows, ColumnSpans& spans) const {
                            is_exact ? outline.last : range.minimum, LinesOf(i).Count() > 1);
         }
     }
-}
-
-MinMax FiniteExtremesOf(History& history, const LineRange& lines) {
-    constexpr int kMostPieces = 4096;
-    MinMax range;
-    std::vector<LineRange> rest{lines};
-    ColumnRow row;
-    for (int pieces = 0; !rest.empty() && pieces < kMostPieces; ++pieces) {
-        const LineRange piece = rest.back();
-        rest.pop_back();
-        if (piece.Count() <= kFewLines) {
-            std::vector<double> values(static_cast<std::size_t>(piece.Count()));
-            history.Values(piece.begin, values);
-            for (const double value : values) {
-                TakeFinite(range, value);
-            }
-            continue;
-        }
-        const std::vector<std::int64_t> bounds = PartsOf(piece);
-        history.Columns(bounds, row);
-        for (std::size_t i = 0; i + 1 < bounds.size(); ++i) {
-            TakeFinite(range, row.minimum[i]);
-            TakeFinite(range, row.maximum[i]);
-            const bool is_infinite = std::isinf(row.minimum[i]) || std::isinf(row.maximum[i]);
-            if (is_infinite && row.minimum[i] <= row.maximum[i]) {
-                rest.push_back({bounds[i], bounds[i + 1]});
-            }
-        }
-    }
-    return range;
 }
 
 }  // namespace wavo
