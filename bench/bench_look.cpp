@@ -11,17 +11,20 @@
 //
 // looking/exact/N: a window to which the program was never before until its picture is exact.
 //
+// looking/cold/N: the same by the clock, when nothing of the file is in memory but its index. The
+// limit reads 8 MiB in one piece; bytes_read is what a picture has read here and there.
+//
 // The counter resident is the memory of the whole program, bytes, with the recording open.
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <QImage>
 #include <algorithm>
-#include <cmath>
+#include <chrono>
 #include <cstdint>
-#include <ctime>
 #include <fstream>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -65,7 +68,7 @@ class Looked {
         m_window.ShowAll(m_recording->Lines());
     }
 
-    [[nodiscard]] bool IsOpen() const { return m_recording != nullptr; }
+    [[nodiscard]] std::uint64_t BytesRead() const { return m_recording->Reader().BytesRead(); }
     [[nodiscard]] SeenLines& Window() { return m_window; }
 
     /// One picture; true when it is exact.
@@ -194,24 +197,88 @@ void CopyOnly(benchmark::State& state) {
     state.SetLabel("copying a picture");
 }
 
+/// Drops what the system keeps of a file in memory.
+bool DropFromMemory(const std::string& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool is_dropped =
+        file >= 0 && fdatasync(file) == 0 && posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED) == 0;
+    if (file >= 0) {
+        close(file);
+    }
+    return is_dropped;
+}
+
+/// The windows that a program comes to that was nowhere near before.
+class NewWindows {
+ public:
+    LineRange Next(const LineRange& held) {
+        m_random = m_random * 6364136223846793005U + 1442695040888963407U;
+        const std::int64_t count = held.Count() / (2 + static_cast<int>((m_random >> 33U) % 200));
+        const auto begin = static_cast<std::int64_t>(
+            (m_random >> 12U) % static_cast<std::uint64_t>(held.Count() - count));
+        return {begin, begin + count};
+    }
+
+ private:
+    std::uint64_t m_random = 3;
+};
+
 void UntilExact(benchmark::State& state) {
     const LongRecording& recording = bench::RecordingOf(state.range(0));
     if (bench::IsMissing(state, recording)) {
         return;
     }
     Looked looked(recording.path());
-    std::uint64_t random = 3;
+    NewWindows windows;
     Frames(
-        state,
-        [&] {
-            random = random * 6364136223846793005U + 1442695040888963407U;
-            const LineRange held = looked.Window().Held();
-            const std::int64_t count = held.Count() / (2 + static_cast<int>((random >> 33U) % 200));
-            const auto begin = static_cast<std::int64_t>(
-                (random >> 12U) % static_cast<std::uint64_t>(held.Count() - count));
-            looked.Window().Show({begin, begin + count});
-        },
+        state, [&] { looked.Window().Show(windows.Next(looked.Window().Held())); },
         [&] { looked.DrawExactly(); });
+}
+
+void UntilExactCold(benchmark::State& state) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
+        return;
+    }
+    Looked looked(recording.path());
+    NewWindows windows;
+    bench::FrameTimes times;
+    const std::uint64_t read_before = looked.BytesRead();
+    for (auto _ : state) {
+        looked.Window().Show(windows.Next(looked.Window().Held()));
+        if (!DropFromMemory(recording.path())) {
+            state.SkipWithError("the file stays in memory");
+            return;
+        }
+        times.Measure([&] { looked.DrawExactly(); });
+        state.SetIterationTime(times.LastByClock());
+    }
+    times.Report(state);
+    state.counters["ns_per_item"] = static_cast<double>(state.counters["clock"]);
+    state.counters["bytes_read"] = static_cast<double>(looked.BytesRead() - read_before) /
+                                   static_cast<double>(state.iterations());
+}
+
+void ReadCold(benchmark::State& state) {
+    constexpr std::size_t kRead = std::size_t{8} << 20U;
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
+        return;
+    }
+    std::vector<char> bytes(kRead);
+    std::uint64_t at = 0;
+    for (auto _ : state) {
+        DropFromMemory(recording.path());
+        const auto before = std::chrono::steady_clock::now();
+        std::ifstream file(recording.path(), std::ios::binary);
+        file.seekg(static_cast<std::streamoff>(at));
+        file.read(bytes.data(), kRead);
+        state.SetIterationTime(
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - before).count());
+        at = (at + 100 * kRead) % (recording.DataEnd() - kRead);
+    }
+    bench::SetTimePerItem(state, 1);
+    state.SetLabel("reading 8 MiB");
 }
 
 /// The rival with as many samples per curve as the recording has lines.
@@ -277,6 +344,8 @@ std::string NameOf(const char* what, std::int64_t samples, const char* role) {
         add("frame", "ours", ZoomAndMove)->Iterations(3000);
         add("frame", "limit", CopyOnly);
         add("exact", "ours", UntilExact);
+        add("cold", "ours", UntilExactCold)->Iterations(20);
+        add("cold", "limit", ReadCold)->Iterations(20);
         if (samples <= kMostOfRival) {
             add_timed("first_picture", "rival", RivalFirstPicture);
             add("frame", "rival", RivalZoomAndMove)->Iterations(300);

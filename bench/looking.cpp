@@ -95,9 +95,12 @@ double FrameTimes::Measure(const std::function<void()>& frame) {
 }
 
 void FrameTimes::Report(benchmark::State& state) {
-    state.counters["ns_per_item"] =
-        std::accumulate(m_processor.begin(), m_processor.end(), 0.0) /
-        static_cast<double>(std::max<std::size_t>(m_processor.size(), 1));
+    const auto mean = [](const std::vector<double>& values) {
+        return std::accumulate(values.begin(), values.end(), 0.0) /
+               static_cast<double>(std::max<std::size_t>(values.size(), 1));
+    };
+    state.counters["ns_per_item"] = mean(m_processor);
+    state.counters["clock"] = mean(m_clock);
     state.counters["percentile_99"] = Percentile(m_processor);
     state.counters["percentile_99_clock"] = Percentile(m_clock);
     state.counters["resident"] = ResidentBytes();

@@ -38,7 +38,9 @@ class FrameTimes {
     /// A frame has ended. Returns its processor time, seconds.
     double End();
     double Measure(const std::function<void()>& frame);
-    /// Time per frame, 99th percentiles, memory.
+    /// Time of the last one by the clock, seconds.
+    [[nodiscard]] double LastByClock() const { return m_clock.back() * 1e-9; }
+    /// Time per frame, 99th percentiles (in time of a processor, and by the clock), memory.
     void Report(benchmark::State& state);
 
  private:

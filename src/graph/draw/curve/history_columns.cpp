@@ -12,6 +12,9 @@ namespace {
 /// Lines that are looked at one by one.
 constexpr std::int64_t kFewLines = 64;
 
+/// Columns that a history is told of before they are looked at.
+constexpr int kAnnouncedAhead = 32;
+
 void TakeFinite(MinMax& range, double value) {
     if (std::isfinite(value)) {
         range.minimum = std::min(range.minimum, value);
@@ -110,10 +113,19 @@ bool HistoryColumns::LookCloser(const PixelEdges& rows) {
     // Each round looks at every column in doubt once; a look may bring doubt to those beside it.
     for (bool has_looked = true; has_looked;) {
         has_looked = false;
+        std::size_t announced = 0;  // columns before it are announced
+        int ahead = 0;              // so many of them that were not looked at
         for (std::size_t i = 0; i < m_columns.size(); ++i) {
             if (!IsInDoubt(rows, i)) {
                 continue;
             }
+            for (; announced < m_columns.size() && ahead < kAnnouncedAhead; ++announced) {
+                if (announced > i && IsInDoubt(rows, announced)) {
+                    m_history.Announce(LinesOf(announced), m_columns[announced]);
+                    ++ahead;
+                }
+            }
+            ahead = std::max(0, ahead - 1);
             if (m_history.LookCloser(LinesOf(i), m_columns[i]) != HistoryAnswer::kAll) {
                 return false;
             }
