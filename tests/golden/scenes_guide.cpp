@@ -8,6 +8,7 @@
 #include <numbers>
 
 #include "golden/scenes.h"
+#include "golden/scenes_circle.h"
 #include "lines_from_memory.h"
 #include "real_prompts.h"
 #include "system_facts.h"
@@ -132,9 +133,12 @@ QImage MeasurementsAtTheEdge() {
 }  // namespace
 
 std::vector<Scene> AllScenes() {
-    return {{"measurements", Measurements},
-            {"measurements_dark", MeasurementsInTheDark},
-            {"measurements_at_the_edge", MeasurementsAtTheEdge}};
+    std::vector<Scene> scenes{{"measurements", Measurements},
+                              {"measurements_dark", MeasurementsInTheDark},
+                              {"measurements_at_the_edge", MeasurementsAtTheEdge}};
+    const std::vector<Scene> circles = CircleScenes();
+    scenes.insert(scenes.end(), circles.begin(), circles.end());
+    return scenes;
 }
 
 }  // namespace wavo::testing

@@ -10,6 +10,7 @@ namespace {
 constexpr CommandOwner kShell = CommandOwner::kShell;
 constexpr CommandOwner kRecording = CommandOwner::kRecording;
 constexpr CommandOwner kMeasure = CommandOwner::kMeasure;
+constexpr CommandOwner kCircle = CommandOwner::kCircle;
 constexpr CommandOwner kRecorded = CommandOwner::kRecorded;
 constexpr CommandOwner kParts = CommandOwner::kParts;
 
@@ -86,6 +87,8 @@ constexpr Command kCommandTable[] = {
      "Lets the measurements hide at the edge of the window while they are not used\nHide at the "
      "edge",
      kMeasure},
+    {CommandId::kCircleTest, "circle_test", "&Circle Test...\tCtrl+Shift+C",
+     "Shows how round the machine moves, in the figures of ISO 230-4\nCircle test", kCircle},
     {CommandId::kAbout, "about", "&About Wavo...", "Version and copyright of the program\nAbout",
      kShell},
     {CommandId::kNextPane, "next_pane", "Next Pane\tF6", "Goes to the next pane\nNext pane",
@@ -108,7 +111,7 @@ constexpr CommandId kHarmlessCommands[] = {
     CommandId::kPageSetup,  CommandId::kPrintPreview,   CommandId::kProperties,
     CommandId::kCustomize,  CommandId::kAdditionalText, CommandId::kShowGraphEditor,
     CommandId::kAbout,      CommandId::kRecord,         CommandId::kOpenRecording,
-    CommandId::kExportPart, CommandId::kMeasurements,
+    CommandId::kExportPart, CommandId::kMeasurements,   CommandId::kCircleTest,
 };
 
 QString Part(const char* text, QChar separator, int index) {

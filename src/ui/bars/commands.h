@@ -20,6 +20,7 @@ enum class CommandOwner {
     kRecorded,   ///< who looks at recordings
     kParts,      ///< what writes parts of recordings
     kMeasure,
+    kCircle,
 };
 
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the table's columns

@@ -174,6 +174,10 @@ void CMainFrame::CreateRecording(const Prompts& prompts) {
 void CMainFrame::CreateMeasure(const Prompts& prompts) {
     m_measure = std::make_unique<MeasureControl>(*this, *m_view, prompts, m_settings);
     connect(m_measure.get(), &MeasureControl::CommandsChanged, this, &CMainFrame::UpdateCommands);
+    m_circle = std::make_unique<CircleControl>(
+        *this, *m_view, prompts, m_settings,
+        QString::fromStdString("Wavo " + OwnVersion().product_version));
+    connect(m_circle.get(), &CircleControl::CommandsChanged, this, &CMainFrame::UpdateCommands);
 }
 
 void CMainFrame::ShowInPane(StatusPane pane, const QString& text) {
@@ -204,6 +208,7 @@ void CMainFrame::RestoreLayout() {
         statusBar()->setVisible(m_settings->value(QStringLiteral("StatusBar"), true).toBool());
     }
     m_measure->Restore();
+    m_circle->Restore();
 }
 
 void CMainFrame::StoreLayout() {
@@ -227,6 +232,9 @@ void CMainFrame::UpdateCommands() {
         } else if (command.owner == CommandOwner::kMeasure) {
             action->setEnabled(m_measure->IsEnabled(command.id));
             action->setChecked(m_measure->IsChecked(command.id));
+        } else if (command.owner == CommandOwner::kCircle) {
+            action->setEnabled(m_circle->IsEnabled(command.id));
+            action->setChecked(m_circle->IsChecked(command.id));
         } else if (command.owner == CommandOwner::kRecorded) {
             action->setEnabled(m_view->Past().IsEnabled(command.id));
             action->setChecked(m_view->Past().IsOn(command.id));
@@ -264,6 +272,8 @@ void CMainFrame::OnCommand(CommandId id) {
         m_recording->Execute(id);
     } else if (command->owner == CommandOwner::kMeasure) {
         m_measure->Execute(id);
+    } else if (command->owner == CommandOwner::kCircle) {
+        m_circle->Execute(id);
     } else if (command->owner == CommandOwner::kParts) {
         m_tables.Execute(id);
     } else {

@@ -1,0 +1,119 @@
+// The pictures of the circle test in the user guide: a good machine, and one that wants work.
+#include <QCoreApplication>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QTemporaryDir>
+#include <cmath>
+#include <memory>
+
+#include "golden/scenes.h"
+#include "golden/scenes_circle.h"
+#include "lines_from_memory.h"
+#include "measure/synthetic_machine.h"
+#include "real_prompts.h"
+#include "system_facts.h"
+#include "ui/controls/controls.h"
+#include "ui/panes/circle_control.h"
+#include "ui/panes/circle_pane.h"
+#include "ui/panes/pane_dock.h"
+#include "ui/shell/looks.h"
+#include "view/wavo_view.h"
+
+namespace wavo::testing {
+
+namespace {
+
+constexpr double kScale = 60.0;
+
+WavoGraph Plane() {
+    WavoGraph graph;
+    graph.InitGraph(1, "Y", 0, nullptr);
+    graph.YCoorAxColor = {kGreen};
+    graph.XCoorType = CoorType::kAxis;
+    graph.XCoorAxName = "X";
+    graph.XScale.ScaleType = ScaleTypeCode::kAxis;
+    graph.XScale.ScaleAx = ScaleAxCode::kManual;
+    graph.XScale.Minimum = -kScale;
+    graph.XScale.Maximum = kScale;
+    graph.YScales[0] = graph.XScale;
+    graph.FadeOutTime = 30.0;
+    return graph;
+}
+
+QImage Tested(const measure::MachineErrors& errors, CommandId look, const QSize& size) {
+    ApplyLook(FindLook(static_cast<int>(look)));
+    QTemporaryDir folder;
+    qputenv(kDataHome, folder.path().toLocal8Bit());
+    measure::CircleProgram program;
+    program.radius = 50.0;
+    program.turns = {1.5, -1.5};
+    program.cycle_time = 0.004;
+    const measure::RunData data = measure::RunCircles(program, errors);
+    const Prompts prompts = RealPrompts();
+    auto source = std::make_unique<LinesFromMemory>();
+    LinesFromMemory& lines = *source;
+    QMainWindow frame;
+    auto* const view = new CWavoView(prompts, &frame, std::move(source));
+    frame.setCentralWidget(view);
+    CircleControl control(frame, *view, prompts, nullptr, QStringLiteral("Wavo"));
+    frame.resize(size);
+    frame.show();
+    view->OnInitialUpdate();
+    view->Screen().ShowEditor(false);
+    view->Work().Graphs().Replace({Plane()});
+    view->Work().RebuildGraphs();
+    for (std::size_t i = 0; i < data.x.size(); ++i) {
+        // As a control gives them: with so many decimals.
+        lines.values.insert(lines.values.end(),
+                            {std::round(data.x[i] * 1e5) / 1e5, std::round(data.y[i] * 1e5) / 1e5});
+    }
+    (void)lines.events->BatchReady();
+    view->Commands().Execute(CommandId::kStop);
+    control.Execute(CommandId::kCircleTest);
+    FindControl<QLineEdit>(control.Pane(), static_cast<int>(CirclePaneId::kRadius))
+        ->setText(QStringLiteral("50"));
+    FindControl<QLineEdit>(control.Pane(), static_cast<int>(CirclePaneId::kFeed))
+        ->setText(QStringLiteral("6000"));
+    frame.resizeDocks({&control.Dock()}, {size.width() / 2}, Qt::Horizontal);
+    QCoreApplication::processEvents();
+    control.Watch().Finish();
+    QCoreApplication::processEvents();
+    QImage picture = frame.grab().toImage();
+    qunsetenv(kDataHome);
+    return picture;
+}
+
+measure::MachineErrors Bad() {
+    measure::MachineErrors errors;
+    errors.lag_x = 0.0200;
+    errors.lag_y = 0.0202;
+    errors.play_x = 0.008;
+    errors.spike_y = 0.006;
+    errors.noise = 0.0002;
+    return errors;
+}
+
+QImage GoodMachine() {
+    measure::MachineErrors errors;
+    errors.lag_x = errors.lag_y = 0.02;
+    errors.noise = 0.0002;
+    return Tested(errors, kDefaultLook, QSize(1100, 640));
+}
+
+QImage BadMachine() {
+    return Tested(Bad(), kDefaultLook, QSize(1100, 640));
+}
+
+QImage BadMachineInTheDark() {
+    return Tested(Bad(), CommandId::kLookBlack, QSize(760, 640));
+}
+
+}  // namespace
+
+std::vector<Scene> CircleScenes() {
+    return {{"circle_good", GoodMachine},
+            {"circle_bad", BadMachine},
+            {"circle_bad_dark", BadMachineInTheDark}};
+}
+
+}  // namespace wavo::testing
