@@ -86,6 +86,8 @@ constexpr Command kCommandTable[] = {
      "Lets the measurements hide at the edge of the window while they are not used\nHide at the "
      "edge",
      kMeasure},
+    {CommandId::kComputedAxes, "computed_axes", "&Computed Axes...",
+     "Axes whose values are computed of those of the machine\nComputed axes"},
     {CommandId::kAbout, "about", "&About Wavo...", "Version and copyright of the program\nAbout",
      kShell},
     {CommandId::kNextPane, "next_pane", "Next Pane\tF6", "Goes to the next pane\nNext pane",
@@ -108,7 +110,7 @@ constexpr CommandId kHarmlessCommands[] = {
     CommandId::kPageSetup,  CommandId::kPrintPreview,   CommandId::kProperties,
     CommandId::kCustomize,  CommandId::kAdditionalText, CommandId::kShowGraphEditor,
     CommandId::kAbout,      CommandId::kRecord,         CommandId::kOpenRecording,
-    CommandId::kExportPart, CommandId::kMeasurements,
+    CommandId::kExportPart, CommandId::kMeasurements,   CommandId::kComputedAxes,
 };
 
 QString Part(const char* text, QChar separator, int index) {

@@ -97,6 +97,8 @@ const std::vector<Line>& ExpectedMenuBar() {
         {0, "Meas&ure", 0},
         {1, "&Measurements\tCtrl+M", 32720},
         {1, "&Hide at the Edge", 32721},
+        kSeparatorLine1,
+        {1, "&Computed Axes...", 32730},
         {0, "&Help", 0},
         {1, "&About Wavo...", 57664},
     };
