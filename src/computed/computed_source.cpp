@@ -9,6 +9,7 @@ namespace wavo::computed {
 
 std::vector<std::string> ComputedSource::Define(std::vector<ComputedAxis> definitions) {
     m_definitions = std::move(definitions);
+    ++m_generation;
     const ComputedProgram former = std::exchange(m_program, {});
     const std::vector<double> last = std::exchange(m_last, {});
     MakeProgram();

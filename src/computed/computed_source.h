@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -31,6 +32,8 @@ class ComputedSource final : public ValueSource, private ValueSourceEvents {
     /// the caller. Returns the names of axes whose values do not go on: new and changed ones.
     std::vector<std::string> Define(std::vector<ComputedAxis> definitions);
     [[nodiscard]] const std::vector<ComputedAxis>& Definitions() const { return m_definitions; }
+    /// Another number whenever there are other definitions.
+    [[nodiscard]] std::uint64_t Generation() const { return m_generation; }
     /// What they are for the axes that are there.
     [[nodiscard]] const ComputedProgram& Program() const { return m_program; }
     /// The unit of a computed axis that is there; empty for another one.
@@ -92,10 +95,11 @@ class ComputedSource final : public ValueSource, private ValueSourceEvents {
     SourceLimits m_limits;
     ValueSourceEvents* m_events = nullptr;
     std::vector<ComputedAxis> m_definitions;
+    std::uint64_t m_generation = 0;
     ComputedProgram m_program;
-    SourceDescription m_described;  ///< the other source's, that the program is for
+    SourceDescription m_described;    ///< the other source's, that the program is for
     SourceDescription m_description;  ///< with the computed axes
-    bool m_is_new = true;  ///< it has changed since values began
+    bool m_is_new = true;             ///< it has changed since values began
     Before m_before = Before::kNothing;
     std::vector<double> m_last;  ///< the line before; NoSample(): what comes is the first value
     std::vector<double> m_lines;

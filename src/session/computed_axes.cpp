@@ -9,10 +9,10 @@ namespace wavo {
 
 void ComputedAxes::Define(std::vector<computed::ComputedAxis> axes) {
     m_streams.BeginAnew(m_source.Define(std::move(axes)));
+    m_acquisition.StateChanged();
     // At once: the next batch has other columns.
     m_acquisition.InitialiseEditor();
     m_acquisition.RebuildGraphs();
-    m_acquisition.StateChanged();
 }
 
 }  // namespace wavo

@@ -18,6 +18,7 @@ MaybeFault RecordingSession::Open(RecordingToOpen recording, const std::string& 
     }
     // The graphs refer to the former one until they are made anew.
     const std::shared_ptr<OpenRecording> former = std::exchange(m_recording, std::move(*opened));
+    m_recording->SetComputed(m_computed);
     m_files.SetRecordingName(name);
     m_observer.RunStateChanged(false);
     m_source.Show(m_recording->Source());

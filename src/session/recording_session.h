@@ -23,9 +23,11 @@ class SettingsStore;
 class RecordingSession {
  public:
     /// None of the references is owned; all outlive this object.
-    RecordingSession(SourceSwitch& source, Acquisition& acquisition, GraphFiles& files,
-                     const SettingsStore& settings, SessionObserver& observer)
+    RecordingSession(SourceSwitch& source, const computed::ComputedSource& computed,
+                     Acquisition& acquisition, GraphFiles& files, const SettingsStore& settings,
+                     SessionObserver& observer)
         : m_source(source),
+          m_computed(computed),
           m_acquisition(acquisition),
           m_files(files),
           m_settings(settings),
@@ -47,6 +49,7 @@ class RecordingSession {
 
  private:
     SourceSwitch& m_source;
+    const computed::ComputedSource& m_computed;
     Acquisition& m_acquisition;
     GraphFiles& m_files;
     const SettingsStore& m_settings;
