@@ -30,9 +30,14 @@ std::vector<std::string> ComputedSource::Define(std::vector<ComputedAxis> defini
     return anew;
 }
 
-std::string ComputedSource::UnitOf(const std::string& name) const {
-    const std::optional<std::size_t> axis = m_program.Find(name);
-    return axis ? m_program.UnitOf(*axis) : std::string();
+std::map<std::string, std::string> ComputedSource::Units() const {
+    std::map<std::string, std::string> units;
+    for (std::size_t i = 0; i < m_program.Names().size(); ++i) {
+        if (!m_program.UnitOf(i).empty()) {
+            units[m_program.Names()[i]] = m_program.UnitOf(i);
+        }
+    }
+    return units;
 }
 
 void ComputedSource::SetEvents(ValueSourceEvents* events) {

@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -36,8 +37,8 @@ class ComputedSource final : public ValueSource, private ValueSourceEvents {
     [[nodiscard]] std::uint64_t Generation() const { return m_generation; }
     /// What they are for the axes that are there.
     [[nodiscard]] const ComputedProgram& Program() const { return m_program; }
-    /// The unit of a computed axis that is there; empty for another one.
-    [[nodiscard]] std::string UnitOf(const std::string& name) const;
+    /// Units of the computed axes that are there and have one, by their names.
+    [[nodiscard]] std::map<std::string, std::string> Units() const;
     /// The axes that are there without the computed ones.
     [[nodiscard]] const std::vector<std::string>& SourceNames() const {
         return m_source.Description().axis_names;

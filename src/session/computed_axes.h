@@ -1,6 +1,7 @@
 // The computed axes of what is shown: changing them while values flow or a recording is open.
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -24,10 +25,8 @@ class ComputedAxes {
     [[nodiscard]] const std::vector<std::string>& OtherNames() const {
         return m_source.SourceNames();
     }
-    /// The unit of a computed axis that is there; empty for another one.
-    [[nodiscard]] std::string UnitOf(const std::string& name) const {
-        return m_source.UnitOf(name);
-    }
+    /// Those of the computed axes that are there and have one, by their names.
+    [[nodiscard]] std::map<std::string, std::string> Units() const { return m_source.Units(); }
 
     /// Computes other axes from now on, and shows that. Axes that stay the same go on, changed ones
     /// begin anew.

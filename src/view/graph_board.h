@@ -7,8 +7,10 @@
 #include <QRect>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "graph/draw/graph_draw.h"
@@ -41,6 +43,9 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     /// From the next making on the graphs show a recording: they get no buffers, and wait for no
     /// trigger.
     void SetOfRecording(bool of_recording) { m_of_recording = of_recording; }
+
+    /// Units of the values of some axes, shown from the next making on.
+    void SetUnits(std::map<std::string, std::string> units) { m_units = std::move(units); }
 
     /// Makes a drawer for every graph, one below the other in `area` (pixels), with the buffers of
     /// its streams, and lists the buffers for `axis_names`. While `cycle_time` (seconds) is 0 the
@@ -77,6 +82,7 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     ValueStreams& m_streams;
     const std::function<void()> m_recording_ended;
     std::vector<std::unique_ptr<GraphDraw>> m_drawers;
+    std::map<std::string, std::string> m_units;
     bool m_of_recording = false;
 };
 

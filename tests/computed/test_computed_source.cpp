@@ -104,8 +104,8 @@ TEST_F(ComputedLines, HaveTheComputedAxesBehind) {
     EXPECT_THAT(Take({1, 2, 3, 4}, 1), ElementsAre(2, 4));
     EXPECT_THAT(Take({1, 2, 3, 4}, 2), ElementsAre(3, 7));
     EXPECT_THAT(Take({1, 2, 3, 4}, 3), ElementsAre(1.5, 3.5));
-    EXPECT_EQ(m_source.UnitOf("sum"), "mm");
-    EXPECT_EQ(m_source.UnitOf("X"), "");
+    EXPECT_THAT(m_source.Units(),
+                ElementsAre(std::pair<const std::string, std::string>("sum", "mm")));
     EXPECT_FALSE(m_source.Limits().FindAxis("sum"));
     EXPECT_TRUE(m_source.Limits().FindAxis("X"));
 }

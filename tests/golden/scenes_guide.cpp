@@ -132,9 +132,11 @@ QImage MeasurementsAtTheEdge() {
 }  // namespace
 
 std::vector<Scene> AllScenes() {
-    return {{"measurements", Measurements},
-            {"measurements_dark", MeasurementsInTheDark},
-            {"measurements_at_the_edge", MeasurementsAtTheEdge}};
+    std::vector<Scene> scenes = ComputedScenes();
+    scenes.insert(scenes.end(), {{"measurements", Measurements},
+                                 {"measurements_dark", MeasurementsInTheDark},
+                                 {"measurements_at_the_edge", MeasurementsAtTheEdge}});
+    return scenes;
 }
 
 }  // namespace wavo::testing

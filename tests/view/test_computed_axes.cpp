@@ -158,6 +158,16 @@ TEST_F(ComputedView, AreMadeInTheDialogAndShownAsCurves) {
     EXPECT_THAT(shown, ElementsAre(11, 22, 44));
 }
 
+TEST_F(ComputedView, ShowTheirUnits) {
+    Define({{"sum", "X + Y", "mm"}});
+    AddGraph({"sum"}, 1);
+    const QImage with = m_view->Screen().Picture();
+    Define({{"sum", "X + Y", ""}});
+    EXPECT_NE(m_view->Screen().Picture(), with);
+    Define({{"sum", "X + Y", "mm"}});
+    EXPECT_EQ(m_view->Screen().Picture(), with);
+}
+
 TEST_F(ComputedView, CancelChangesNothing) {
     Define({{"sum", "X + Y", ""}});
     AddGraph({"sum"});
