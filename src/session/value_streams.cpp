@@ -4,10 +4,16 @@
 #include <set>
 
 #include "graph/values/missing_value.h"
+#include "session/line_tap.h"
 #include "session/report_texts.h"
 #include "support/diagnostics.h"
 
 namespace wavo {
+
+void ValueStreams::AddTap(LineTap& tap) {
+    m_taps.push_back(&tap);
+    tap.TakeAxes(m_axis_names);
+}
 
 GraphStreams ValueStreams::StreamsOf(const WavoGraph& graph, double cycle_time) {
     const double time_range = GraphTimeRange(graph);
@@ -41,6 +47,10 @@ void ValueStreams::ListBuffers(const std::vector<std::string>& axis_names) {
     m_columns_share_buffers =
         std::set<std::string>(axis_names.begin(), axis_names.end()).size() != axis_names.size();
     m_distribution.assign(axis_names.size(), {});
+    m_axis_names = axis_names;
+    for (LineTap* const tap : m_taps) {
+        tap->TakeAxes(axis_names);
+    }
     for (std::size_t a = 0; a < axis_names.size(); ++a) {
         for (GraphValue& value : m_registry.Values()) {
             if (value.Name() == axis_names[a]) {
@@ -56,10 +66,16 @@ void ValueStreams::Drop() {
     }
     m_distribution.clear();
     m_registry.Clear();
+    for (LineTap* const tap : m_taps) {
+        tap->BeginAnew();
+    }
 }
 
 void ValueStreams::Distribute(const ValueBatch& batch) {
     ExpectLines();
+    for (LineTap* const tap : m_taps) {
+        tap->TakeLines(m_lines, batch);
+    }
     m_lines += static_cast<std::int64_t>(batch.count);
     const std::size_t columns = std::min(m_distribution.size(), batch.axes);
     if (m_columns_share_buffers) {
@@ -119,6 +135,9 @@ void ValueStreams::EmptyNewValues() {
 }
 
 void ValueStreams::Reset() {
+    for (LineTap* const tap : m_taps) {
+        tap->BeginAnew();
+    }
     for (GraphValue& value : m_registry.Values()) {
         value.Reset();
     }

@@ -20,12 +20,19 @@
 
 namespace wavo {
 
+class LineTap;
+
 class ValueStreams {
  public:
     /// Called before all buffers go: nobody may refer to them afterwards.
     void SetBeforeDrop(std::function<void()> before_drop) {
         m_before_drop = std::move(before_drop);
     }
+
+    /// Hands the lines that buffers get to `tap` too, from now on. Not owned.
+    void AddTap(LineTap& tap);
+    /// Nothing when it is none.
+    void RemoveTap(LineTap& tap) { std::erase(m_taps, &tap); }
 
     /// The buffers of a graph, made or grown where needed; null ones while `cycle_time` (seconds)
     /// is 0, and where there is a fault, which is reported and kept for TakeFaults.
@@ -69,6 +76,8 @@ class ValueStreams {
     void DistributeLineByLine(const ValueBatch& batch, std::size_t columns);
 
     std::function<void()> m_before_drop;
+    std::vector<LineTap*> m_taps;
+    std::vector<std::string> m_axis_names;  ///< of the columns
     GraphValueRegistry m_registry;
     std::vector<std::vector<GraphValue*>> m_distribution;
     std::vector<std::string> m_faults;

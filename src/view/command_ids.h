@@ -26,6 +26,8 @@ enum class CommandId : int {
     kNextEvent = 32746,
     kPreviousEvent = 32747,
     kExportPart = 32748,
+    kCircleTest = 32750,
+    kAxisTest = 32751,
     kRecord = 32760,
     kStopRecording = 32761,
     kConnect = 32773,

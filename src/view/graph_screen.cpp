@@ -160,6 +160,9 @@ void GraphScreen::Expose(QPainter& painter, const QRect& exposed) {
         if (m_past != nullptr) {
             m_past->PaintMarks(painter);
         }
+        if (m_over) {
+            m_over(painter);
+        }
     }
 }
 

@@ -8,6 +8,7 @@
 #include <numbers>
 
 #include "golden/scenes.h"
+#include "golden/scenes_circle.h"
 #include "lines_from_memory.h"
 #include "real_prompts.h"
 #include "system_facts.h"
@@ -132,10 +133,13 @@ QImage MeasurementsAtTheEdge() {
 }  // namespace
 
 std::vector<Scene> AllScenes() {
-    std::vector<Scene> scenes = ComputedScenes();
-    scenes.insert(scenes.end(), {{"measurements", Measurements},
-                                 {"measurements_dark", MeasurementsInTheDark},
-                                 {"measurements_at_the_edge", MeasurementsAtTheEdge}});
+    std::vector<Scene> scenes{{"measurements", Measurements},
+                              {"measurements_dark", MeasurementsInTheDark},
+                              {"measurements_at_the_edge", MeasurementsAtTheEdge}};
+    const std::vector<Scene> computed = ComputedScenes();
+    scenes.insert(scenes.end(), computed.begin(), computed.end());
+    const std::vector<Scene> circles = CircleScenes();
+    scenes.insert(scenes.end(), circles.begin(), circles.end());
     return scenes;
 }
 

@@ -99,6 +99,9 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "&Hide at the Edge", 32721},
         kSeparatorLine1,
         {1, "&Computed Axes...", 32730},
+        {1, "-", 0},
+        {1, "&Circle Test...\tCtrl+Shift+C", 32750},
+        {1, "&Axis Test...\tCtrl+Shift+A", 32751},
         {0, "&Help", 0},
         {1, "&About Wavo...", 57664},
     };
@@ -263,7 +266,8 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
                                                  {"Ctrl+Shift+W", 32741},  {"F3", 32744},
                                                  {"Shift+F3", 32745},      {"Ctrl+F3", 32746},
                                                  {"Ctrl+Shift+F3", 32747}, {"Ctrl+Shift+E", 32748},
-                                                 {"Ctrl+M", 32720}};
+                                                 {"Ctrl+M", 32720},        {"Ctrl+Shift+C", 32750},
+                                                 {"Ctrl+Shift+A", 32751}};
     EXPECT_EQ(shortcuts, expected);
 }
 
@@ -273,6 +277,7 @@ TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
                   command.owner == CommandOwner::kShell || command.id == CommandId::kRecord ||
                       command.id == CommandId::kOpenRecording ||
                       command.id == CommandId::kMeasurements ||
+                      command.id == CommandId::kCircleTest || command.id == CommandId::kAxisTest ||
                       m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
     }
@@ -371,7 +376,8 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
     for (const QAction* const action : menu->actions()) {
         texts.push_back(action->text().toStdString());
     }
-    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "", "Customize..."));
+    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "Circle Test",
+                                   "Axis Test", "", "Customize..."));
     m_frame.show();
     const QToolBar* const bar = m_frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
     EXPECT_TRUE(bar->isVisible());
