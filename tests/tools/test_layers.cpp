@@ -39,7 +39,7 @@ const std::map<std::string, Layer>& Layers() {
         {"source", {{"support"}}},
         {"link", {{"source", "support", "platform"}}},
         {"recording", {{"source", "support", "platform"}}},
-        {"tables", {{"recording", "settings", "support", "platform"}}},
+        {"tables", {{"recording", "source", "settings", "support", "platform"}}},
         {"graph/model", {{"link/axis_capabilities.h", "support"}}},
         {"graph/values", {{"source", "support"}}},
         {"graph/record", {{"graph/model", "graph/values", "source", "support"}}},
