@@ -11,6 +11,9 @@ namespace wavo {
 
 namespace {
 
+/// What computing a block costs, as if so much were read.
+constexpr std::uint64_t kBytesPerComputedBlock = 32 * recording::ReadingBudget::kBytesPerUnit;
+
 std::uint64_t NextNumber() {
     static std::uint64_t number = 0;
     return ++number;
@@ -97,10 +100,44 @@ LineRange OpenRecording::Lines() const {
 History* OpenRecording::StreamOf(const std::string& axis_name, std::int32_t order) {
     const std::optional<std::size_t> axis = AxisOf(*m_reader, axis_name);
     if (!axis) {
-        return nullptr;
+        computed::ComputedStreams* const computed = Computed();
+        const std::optional<std::size_t> computed_axis =
+            computed == nullptr ? std::nullopt : computed->Program().Find(axis_name);
+        return computed_axis ? &computed->StreamOf(*computed_axis, order) : nullptr;
     }
     return &m_streams.try_emplace({*axis, order}, *m_reader, *axis, order, NoSample(), &m_budget)
                 .first->second;
+}
+
+bool OpenRecording::HasLevels(const std::string& axis_name, std::int32_t order) const {
+    return order < static_cast<std::int32_t>(recording::kLevelOrders) &&
+           AxisOf(*m_reader, axis_name).has_value();
+}
+
+computed::ComputedStreams* OpenRecording::Computed() {
+    const std::vector<std::string>& names = m_reader->Head().axis_names;
+    if (m_computed == nullptr || names.empty()) {
+        return nullptr;
+    }
+    if (m_computed_streams.empty() || m_generation != m_computed->Generation()) {
+        m_generation = m_computed->Generation();
+        // Somebody may still ask them, but not for long.
+        for (const auto& former : m_computed_streams) {
+            former->ForgetValues();
+        }
+        computed::ComputedStreams::Origin origin;
+        origin.axis = [this](std::size_t i) { return StreamOf(m_reader->Head().axis_names[i], 0); };
+        origin.cycle_time = CycleTime();
+        origin.losses = [this] { return std::uint64_t{m_reader->Notices().size()}; };
+        origin.may_compute = [this] {
+            const bool may = !m_budget.IsSpent();
+            m_budget.Spend(kBytesPerComputedBlock);
+            return may;
+        };
+        m_computed_streams.push_back(std::make_unique<computed::ComputedStreams>(
+            computed::ComputedProgram(m_computed->Definitions(), names), std::move(origin)));
+    }
+    return m_computed_streams.back().get();
 }
 
 bool OpenRecording::Refresh() {

@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "computed/computed_source.h"
+#include "computed/computed_streams.h"
 #include "link/axis_capabilities.h"
 #include "recording/recording_history.h"
 #include "recording/recording_names.h"
@@ -87,8 +89,14 @@ class OpenRecording {
     [[nodiscard]] double CycleTime() const { return m_reader->Head().cycle_time; }
 
     /// The past of an axis with an order of derivation, which stays as long as the recording; null
-    /// for an axis that it does not have. REQUIRES: order >= 0.
+    /// for an axis that it has not. REQUIRES: order >= 0.
     [[nodiscard]] History* StreamOf(const std::string& axis_name, std::int32_t order);
+    /// Whether the extremes of a stream are known from far, without its lines.
+    [[nodiscard]] bool HasLevels(const std::string& axis_name, std::int32_t order) const;
+
+    /// Lets StreamOf also have the axes that `definitions` computes, from now on and as they
+    /// change. Not owned, outlives the recording. Streams of former definitions stay, too.
+    void SetComputed(const computed::ComputedSource& definitions) { m_computed = &definitions; }
 
     /// The graph file that came with it; nothing when there is none that can be read.
     [[nodiscard]] const std::optional<recording::GraphFile>& GraphsInside() const {
@@ -106,6 +114,8 @@ class OpenRecording {
     void RenewText();
 
  private:
+    /// The streams of the computed axes; null when there are none.
+    computed::ComputedStreams* Computed();
     OpenRecording(RecordingToOpen opened, std::unique_ptr<recording::RecordingReader> reader);
 
     const std::uint64_t m_number;
@@ -116,6 +126,9 @@ class OpenRecording {
     std::optional<recording::GraphFile> m_graphs;
     recording::Neighbours m_around;
     std::map<std::pair<std::size_t, std::int32_t>, recording::RecordingHistory> m_streams;
+    const computed::ComputedSource* m_computed = nullptr;
+    std::uint64_t m_generation = 0;  // of the definitions that the last of these is for
+    std::vector<std::unique_ptr<computed::ComputedStreams>> m_computed_streams;
 };
 
 }  // namespace wavo

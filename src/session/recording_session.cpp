@@ -14,6 +14,7 @@ void RecordingSession::Show(std::unique_ptr<OpenRecording> recording, const std:
     }
     // The graphs refer to the former one until they are made anew.
     const std::shared_ptr<OpenRecording> former = std::exchange(m_recording, std::move(recording));
+    m_recording->SetComputed(m_computed);
     m_files.SetRecordingName(name);
     m_observer.RunStateChanged(false);
     m_source.Show(m_recording->Source());

@@ -24,9 +24,11 @@ class ValueStreams;
 class RecordingSession {
  public:
     /// None of the references is owned; all outlive this object.
-    RecordingSession(SourceSwitch& source, Acquisition& acquisition, ValueStreams& streams,
-                     GraphFiles& files, SettingsStore& settings, SessionObserver& observer)
+    RecordingSession(SourceSwitch& source, const computed::ComputedSource& computed,
+                     Acquisition& acquisition, ValueStreams& streams, GraphFiles& files,
+                     SettingsStore& settings, SessionObserver& observer)
         : m_source(source),
+          m_computed(computed),
           m_acquisition(acquisition),
           m_streams(streams),
           m_files(files),
@@ -50,6 +52,7 @@ class RecordingSession {
     void SetLiveAside();
 
     SourceSwitch& m_source;
+    const computed::ComputedSource& m_computed;
     Acquisition& m_acquisition;
     ValueStreams& m_streams;
     GraphFiles& m_files;

@@ -140,6 +140,14 @@ void ValueStreams::DistributeLineByLine(const ValueBatch& batch, std::size_t col
     }
 }
 
+void ValueStreams::BeginAnew(const std::vector<std::string>& axis_names) {
+    for (GraphValue& value : m_registry.Values()) {
+        if (std::ranges::find(axis_names, value.Name()) != axis_names.end()) {
+            value.Reset();
+        }
+    }
+}
+
 void ValueStreams::EmptyNewValues() {
     for (GraphValue& value : m_registry.Values()) {
         value.EmptyNewValues();

@@ -65,6 +65,9 @@ class ValueStreams {
     /// most as many as it holds. `lines` may be beyond every number.
     void Skip(double lines);
 
+    /// Empties the buffers of some axes: what they get next does not follow what they hold.
+    void BeginAnew(const std::vector<std::string>& axis_names);
+
     /// The new values of all buffers were shown.
     void EmptyNewValues();
     void Reset();

@@ -16,6 +16,7 @@ enum class CommandId : int {
     kLookAqua = 218,
     kMeasurements = 32720,
     kHideMeasurements = 32721,
+    kComputedAxes = 32730,
     kOpenRecording = 32740,
     kCloseRecording = 32741,
     kRecordingGraphs = 32742,

@@ -71,7 +71,7 @@ std::vector<std::string> GraphBoard::CreateAllGraphRects(const QRect& area, doub
     GraphDrawHost& host = *this;
     const std::vector<WavoGraph>& graphs = m_graphs.Graphs();
     const std::vector<QRect> rectangles = SplitGraphArea(area, graphs.size());
-    const GraphDisplaySettings display{settings.background, settings.font};
+    const GraphDisplaySettings display{settings.background, settings.font, m_units};
     for (std::size_t i = 0; i < graphs.size(); ++i) {
         WavoGraph graph = graphs[i];
         if (m_of_recording) {

@@ -7,6 +7,7 @@
 #include <QRect>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -41,6 +42,9 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     /// From the next making on the graphs show a recording: they get no buffers, and wait for no
     /// trigger.
     void SetOfRecording(bool of_recording) { m_of_recording = of_recording; }
+
+    /// Units of the values of some axes, shown from the next making on.
+    void SetUnits(std::map<std::string, std::string> units) { m_units = std::move(units); }
 
     /// Makes a drawer for every graph, one below the other in `area` (pixels), with the buffers of
     /// its streams, and lists the buffers for `axis_names`. While `cycle_time` (seconds) is 0 the
@@ -87,6 +91,7 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     std::vector<std::unique_ptr<GraphDraw>> m_aside;
     ViewSettings m_looks_aside;  // that those were made with
     ViewSettings m_looks;        // that the others were
+    std::map<std::string, std::string> m_units;
     bool m_of_recording = false;
 };
 

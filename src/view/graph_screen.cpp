@@ -86,6 +86,7 @@ void GraphScreen::ResizePicture() {
 std::vector<std::string> GraphScreen::MakeGraphs() {
     const std::lock_guard guard(m_graph_lock);
     m_laid_out = AreaAboveText();
+    m_board.SetUnits(m_session.Computed().Units());
     m_board.SetOfRecording(m_session.Recording() != nullptr);
     std::vector<std::string> faults =
         m_board.CreateAllGraphRects(m_laid_out, m_session.Values().CycleTime(),

@@ -132,8 +132,11 @@ void PastSearch::GoToTrigger(bool forward) {
     const std::int64_t from = Begin(forward);
     const std::int64_t last = forward ? lines.end : lines.begin;
     const WavoGraph& graph = *Graph();
-    const bool has_levels =
-        std::ranges::all_of(graph.YCoorAxDerivation, [](std::int32_t order) { return order <= 2; });
+    bool has_levels = true;
+    for (std::size_t i = 0; i < graph.YCoorAxDerivation.size(); ++i) {
+        has_levels &=
+            m_session.Recording()->HasLevels(graph.YCoorAxName[i], graph.YCoorAxDerivation[i]);
+    }
     ConditionSearch search(
         Terms(), lines, has_levels ? kSearchPiece : kSearchPieceOfLines,
         [this, from, last](std::int64_t line) { return GoOn(from, line, last); });

@@ -137,6 +137,8 @@ std::vector<Scene> AllScenes() {
     std::vector<Scene> scenes{{"measurements", Measurements},
                               {"measurements_dark", MeasurementsInTheDark},
                               {"measurements_at_the_edge", MeasurementsAtTheEdge}};
+    const std::vector<Scene> computed = ComputedScenes();
+    scenes.insert(scenes.end(), computed.begin(), computed.end());
     const std::vector<Scene> circles = CircleScenes();
     scenes.insert(scenes.end(), circles.begin(), circles.end());
     const std::vector<Scene> recordings = RecordingScenes();

@@ -92,6 +92,8 @@ constexpr Command kCommandTable[] = {
      "Lets the measurements hide at the edge of the window while they are not used\nHide at the "
      "edge",
      kMeasure},
+    {CommandId::kComputedAxes, "computed_axes", "&Computed Axes...",
+     "Axes whose values are computed of those of the machine\nComputed axes"},
     {CommandId::kCircleTest, "circle_test", "&Circle Test...\tCtrl+Shift+C",
      "Shows how round the machine moves, in the figures of ISO 230-4\nCircle test", kCircle},
     {CommandId::kAxisTest, "axis_test", "&Axis Test...\tCtrl+Shift+A",
@@ -118,8 +120,8 @@ constexpr CommandId kHarmlessCommands[] = {
     CommandId::kPageSetup,  CommandId::kPrintPreview,   CommandId::kProperties,
     CommandId::kCustomize,  CommandId::kAdditionalText, CommandId::kShowGraphEditor,
     CommandId::kAbout,      CommandId::kRecord,         CommandId::kOpenRecording,
-    CommandId::kExportPart, CommandId::kMeasurements,   CommandId::kCircleTest,
-    CommandId::kAxisTest,
+    CommandId::kExportPart, CommandId::kMeasurements,   CommandId::kComputedAxes,
+    CommandId::kCircleTest, CommandId::kAxisTest,
 };
 
 QString Part(const char* text, QChar separator, int index) {

@@ -76,6 +76,8 @@ constexpr MenuRow kMenuBar[] = {
     Item(1, CommandId::kMeasurements),
     Item(1, CommandId::kHideMeasurements),
     Separator(1),
+    Item(1, CommandId::kComputedAxes),
+    Separator(1),
     Item(1, CommandId::kCircleTest),
     Item(1, CommandId::kAxisTest),
     Menu(0, "&Help"),

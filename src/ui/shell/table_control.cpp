@@ -141,7 +141,20 @@ void TableControl::Export() {
         m_prompts.ShowError(&m_frame, tables::kOntoItself);
         return;
     }
-    WritePart(m_surroundings, recording->Reader(), dialog.Part(), *m_last);
+    tables::PartFile file = *m_last;
+    file.columns = ComputedColumns(*recording);
+    WritePart(m_surroundings, recording->Reader(), dialog.Part(), file);
+}
+
+std::vector<tables::PartColumn> TableControl::ComputedColumns(OpenRecording& recording) const {
+    std::vector<tables::PartColumn> columns;
+    const std::vector<std::string>& names = m_view.Work().Values().AxisNames();
+    for (std::size_t i = m_view.Work().Computed().OtherNames().size(); i < names.size(); ++i) {
+        if (History* const values = recording.StreamOf(names[i], 0)) {
+            columns.push_back({names[i], values});
+        }
+    }
+    return columns;
 }
 
 PartStretches TableControl::Stretches(OpenRecording& recording) const {

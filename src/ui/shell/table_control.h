@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tables/part_export.h"
 #include "ui/dialogs/export_part.h"
@@ -47,6 +48,8 @@ class TableControl final : public CommandTarget {
     /// False, and the user is told, while other work is under way.
     bool MayWorkOn(const std::string& path) const;
     void Export();
+    /// The computed axes, which a table has behind those of the recording.
+    [[nodiscard]] std::vector<tables::PartColumn> ComputedColumns(OpenRecording& recording) const;
     [[nodiscard]] PartStretches Stretches(OpenRecording& recording) const;
     /// What the dialog begins with.
     [[nodiscard]] tables::PartFile Suggestion(const OpenRecording& recording) const;

@@ -100,6 +100,8 @@ const std::vector<Line>& ExpectedMenuBar() {
         {0, "Meas&ure", 0},
         {1, "&Measurements\tCtrl+M", 32720},
         {1, "&Hide at the Edge", 32721},
+        kSeparatorLine1,
+        {1, "&Computed Axes...", 32730},
         {1, "-", 0},
         {1, "&Circle Test...\tCtrl+Shift+C", 32750},
         {1, "&Axis Test...\tCtrl+Shift+A", 32751},

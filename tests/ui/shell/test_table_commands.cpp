@@ -322,6 +322,29 @@ TEST_F(TableCommands, HalvesThatAreExportedHoldTheSameBits) {
     ExpectRows(reader, {reader.FirstLine(), reader.EndLine()}, columns, half);
 }
 
+TEST_F(TableCommands, ComputedAxesStandInTables) {
+    ASSERT_TRUE(OpenHelix());
+    m_view->Work().Computed().Define({{"double", "X * 2", ""}, {"none", "Q", ""}});
+    Export(PathOf("part.csv"), [](ExportPart& dialog) {
+        Choose(dialog, ExportPartId::kEverything, tables::PartFormat::kTable);
+    });
+    ASSERT_THAT(m_boxes, IsEmpty());
+    QFile table(QString::fromStdString(PathOf("part.csv")));
+    ASSERT_TRUE(table.open(QIODevice::ReadOnly));
+    const QList<QByteArray> names = table.readLine().trimmed().split(',');
+    const qsizetype x = names.indexOf("X");
+    ASSERT_GE(x, 1);
+    ASSERT_EQ(names.mid(names.size() - 2), (QList<QByteArray>{"double", "none"}));
+    int lines = 0;
+    for (; !table.atEnd(); ++lines) {
+        const QList<QByteArray> fields = table.readLine().trimmed().split(',');
+        ASSERT_EQ(fields.size(), names.size());
+        ASSERT_NEAR(fields[names.size() - 2].toDouble(), 2.0 * fields[x].toDouble(), 2e-6);
+        ASSERT_EQ(fields.back(), "");
+    }
+    EXPECT_GT(lines, 1000);
+}
+
 TEST_F(TableCommands, TheDialogBeginsWithFolderAndFormatOfTheLastExport) {
     OpenSample();
     ASSERT_TRUE(QDir(m_folder.path()).mkdir(QStringLiteral("parts")));
