@@ -11,11 +11,9 @@
 
 namespace wavo {
 
-void ValueStreams::SetTap(LineTap* tap) {
-    m_tap = tap;
-    if (m_tap != nullptr) {
-        m_tap->TakeAxes(m_axis_names);
-    }
+void ValueStreams::AddTap(LineTap& tap) {
+    m_taps.push_back(&tap);
+    tap.TakeAxes(m_axis_names);
 }
 
 GraphStreams ValueStreams::StreamsOf(const WavoGraph& graph, double cycle_time) {
@@ -58,8 +56,8 @@ void ValueStreams::ListBuffers(const std::vector<std::string>& axis_names) {
         std::set<std::string>(axis_names.begin(), axis_names.end()).size() != axis_names.size();
     m_distribution.assign(axis_names.size(), {});
     m_axis_names = axis_names;
-    if (m_tap != nullptr) {
-        m_tap->TakeAxes(axis_names);
+    for (LineTap* const tap : m_taps) {
+        tap->TakeAxes(axis_names);
     }
     for (std::size_t a = 0; a < axis_names.size(); ++a) {
         for (GraphValue& value : m_registry.Values()) {
@@ -76,8 +74,8 @@ void ValueStreams::Drop() {
     }
     m_distribution.clear();
     m_registry.Clear();
-    if (m_tap != nullptr) {
-        m_tap->BeginAnew();
+    for (LineTap* const tap : m_taps) {
+        tap->BeginAnew();
     }
 }
 
@@ -95,8 +93,8 @@ void ValueStreams::BringBack() {
 
 void ValueStreams::Distribute(const ValueBatch& batch) {
     ExpectLines();
-    if (m_tap != nullptr) {
-        m_tap->TakeLines(m_lines, batch);
+    for (LineTap* const tap : m_taps) {
+        tap->TakeLines(m_lines, batch);
     }
     m_lines += static_cast<std::int64_t>(batch.count);
     const std::size_t columns = std::min(m_distribution.size(), batch.axes);
@@ -149,8 +147,8 @@ void ValueStreams::EmptyNewValues() {
 }
 
 void ValueStreams::Reset() {
-    if (m_tap != nullptr) {
-        m_tap->BeginAnew();
+    for (LineTap* const tap : m_taps) {
+        tap->BeginAnew();
     }
     for (GraphValue& value : m_registry.Values()) {
         value.Reset();

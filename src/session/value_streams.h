@@ -30,8 +30,10 @@ class ValueStreams {
         m_before_drop = std::move(before_drop);
     }
 
-    /// Hands the lines that buffers get to `tap` too, from now on; null: to nobody else. Not owned.
-    void SetTap(LineTap* tap);
+    /// Hands the lines that buffers get to `tap` too, from now on. Not owned.
+    void AddTap(LineTap& tap);
+    /// Nothing when it is none.
+    void RemoveTap(LineTap& tap) { std::erase(m_taps, &tap); }
 
     /// The buffers of a graph, made or grown where needed; null ones while `cycle_time` (seconds)
     /// is 0, and where there is a fault, which is reported and kept for TakeFaults.
@@ -87,7 +89,7 @@ class ValueStreams {
     };
 
     std::function<void()> m_before_drop;
-    LineTap* m_tap = nullptr;
+    std::vector<LineTap*> m_taps;
     std::vector<std::string> m_axis_names;  ///< of the columns
     GraphValueRegistry m_registry;
     double m_cycle_time = 0.0;  ///< that the buffers count in

@@ -20,7 +20,7 @@ bool IsLook(CommandId id) {
 bool IsSwitch(CommandId id) {
     return IsLook(id) || id == CommandId::kStatusBar || id == CommandId::kMeasurements ||
            id == CommandId::kHideMeasurements || id == CommandId::kCircleTest ||
-           id == CommandId::kFollow;
+           id == CommandId::kAxisTest || id == CommandId::kFollow;
 }
 
 }  // namespace

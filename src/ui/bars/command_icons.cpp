@@ -126,6 +126,11 @@ void CircleOffCentre(IconSketch& sketch) {
     sketch.Line({{13, 5}, {9, 2}, {4, 4}, {2, 9}, {5, 14}, {11, 13}, {13, 9}}, IconInk::kBlue);
 }
 
+void StepAndAnswer(IconSketch& sketch) {
+    sketch.Line({{1, 13}, {5, 13}, {5, 4}, {15, 4}}, IconInk::kLine);
+    sketch.Line({{5, 13}, {7, 6}, {9, 3}, {11, 5}, {13, 4}, {15, 4}}, IconInk::kRed, 1.5);
+}
+
 void Mark(IconSketch& sketch) {
     sketch.Circle(8, 8, 6.5, IconInk::kBlue, IconInk::kLine);
     sketch.Line({{8, 7}, {8, 12}}, IconInk::kPaper, 2);
@@ -178,6 +183,7 @@ constexpr IconRow kIcons[] = {
     {CommandId::kStopRecording, DiscAndSquare},
     {CommandId::kMeasurements, CurveWithCursors},
     {CommandId::kCircleTest, CircleOffCentre},
+    {CommandId::kAxisTest, StepAndAnswer},
     {CommandId::kOpenRecording, FolderWithDisc},
     {CommandId::kShowGraphEditor, Curves},
     {CommandId::kAbout, Mark},

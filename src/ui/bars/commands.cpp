@@ -11,6 +11,7 @@ constexpr CommandOwner kShell = CommandOwner::kShell;
 constexpr CommandOwner kRecording = CommandOwner::kRecording;
 constexpr CommandOwner kMeasure = CommandOwner::kMeasure;
 constexpr CommandOwner kCircle = CommandOwner::kCircle;
+constexpr CommandOwner kAxis = CommandOwner::kAxis;
 constexpr CommandOwner kRecorded = CommandOwner::kRecorded;
 constexpr CommandOwner kParts = CommandOwner::kParts;
 
@@ -93,6 +94,8 @@ constexpr Command kCommandTable[] = {
      kMeasure},
     {CommandId::kCircleTest, "circle_test", "&Circle Test...\tCtrl+Shift+C",
      "Shows how round the machine moves, in the figures of ISO 230-4\nCircle test", kCircle},
+    {CommandId::kAxisTest, "axis_test", "&Axis Test...\tCtrl+Shift+A",
+     "Shows how well the axes follow what they are told\nAxis test", kAxis},
     {CommandId::kAbout, "about", "&About Wavo...", "Version and copyright of the program\nAbout",
      kShell},
     {CommandId::kNextPane, "next_pane", "Next Pane\tF6", "Goes to the next pane\nNext pane",
@@ -116,6 +119,7 @@ constexpr CommandId kHarmlessCommands[] = {
     CommandId::kCustomize,  CommandId::kAdditionalText, CommandId::kShowGraphEditor,
     CommandId::kAbout,      CommandId::kRecord,         CommandId::kOpenRecording,
     CommandId::kExportPart, CommandId::kMeasurements,   CommandId::kCircleTest,
+    CommandId::kAxisTest,
 };
 
 QString Part(const char* text, QChar separator, int index) {

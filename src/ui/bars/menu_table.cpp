@@ -77,6 +77,7 @@ constexpr MenuRow kMenuBar[] = {
     Item(1, CommandId::kHideMeasurements),
     Separator(1),
     Item(1, CommandId::kCircleTest),
+    Item(1, CommandId::kAxisTest),
     Menu(0, "&Help"),
     Item(1, CommandId::kAbout),
 };

@@ -91,8 +91,8 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "Next E&vent\tCtrl+F3", 32746},
         {1, "Previous Even&t\tCtrl+Shift+F3", 32747},
         {1, "-", 0},
-        {1, "Next F&ile\tCtrl+PgDown", 32730},
-        {1, "Previous Fi&le\tCtrl+PgUp", 32731},
+        {1, "Next F&ile\tCtrl+PgDown", 32752},
+        {1, "Previous Fi&le\tCtrl+PgUp", 32753},
         {1, "-", 0},
         {1, "E&xport Part...\tCtrl+Shift+E", 32748},
         {1, "-", 0},
@@ -102,6 +102,7 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "&Hide at the Edge", 32721},
         {1, "-", 0},
         {1, "&Circle Test...\tCtrl+Shift+C", 32750},
+        {1, "&Axis Test...\tCtrl+Shift+A", 32751},
         {0, "&Help", 0},
         {1, "&About Wavo...", 57664},
     };
@@ -267,7 +268,8 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
                                                  {"Shift+F3", 32745},      {"Ctrl+F3", 32746},
                                                  {"Ctrl+Shift+F3", 32747}, {"Ctrl+Shift+E", 32748},
                                                  {"Ctrl+M", 32720},        {"Ctrl+Shift+C", 32750},
-                                                 {"Ctrl+PgDown", 32730},   {"Ctrl+PgUp", 32731}};
+                                                 {"Ctrl+Shift+A", 32751},  {"Ctrl+PgDown", 32752},
+                                                 {"Ctrl+PgUp", 32753}};
     EXPECT_EQ(shortcuts, expected);
 }
 
@@ -277,7 +279,7 @@ TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
                   command.owner == CommandOwner::kShell || command.id == CommandId::kRecord ||
                       command.id == CommandId::kOpenRecording ||
                       command.id == CommandId::kMeasurements ||
-                      command.id == CommandId::kCircleTest ||
+                      command.id == CommandId::kCircleTest || command.id == CommandId::kAxisTest ||
                       m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
     }
@@ -376,8 +378,8 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
     for (const QAction* const action : menu->actions()) {
         texts.push_back(action->text().toStdString());
     }
-    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "Circle Test", "",
-                                   "Customize..."));
+    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "Circle Test",
+                                   "Axis Test", "", "Customize..."));
     m_frame.show();
     const QToolBar* const bar = m_frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
     EXPECT_TRUE(bar->isVisible());
