@@ -113,6 +113,11 @@ TEST_F(Program, ATableThatLetsItsTimeExpectIsAskedForNothing) {
     const Ended ended = WaitForEnd();
     EXPECT_EQ(ended.code, 0) << qPrintable(ended.output);
     EXPECT_FALSE(QImage(shot).isNull());
+    QFile::remove(shot);
+    Start({"--screenshot", shot, "--cycle", "0.001",
+           QStringLiteral(WAVO_RECORDINGS "/helix_4axis.csv.gz")});
+    EXPECT_EQ(WaitForEnd().code, 0) << "as it was told";
+    EXPECT_FALSE(QImage(shot).isNull());
 }
 
 TEST_F(Program, EndsInOrderWhenItIsTold) {

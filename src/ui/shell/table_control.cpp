@@ -96,8 +96,8 @@ std::optional<RecordingToOpen> TableControl::Import(const std::string& path, Ope
     const AskTime ask = !m_prompts.is_somebody_there  ? AskTime::kNever
                         : from == OpenedFrom::kDialog ? AskTime::kAlways
                                                       : AskTime::kUnlessRemembered;
-    std::optional<OpenedTable> table =
-        OpenTable(m_surroundings, path, {m_settings, ask, folder, "wavo " WAVO_VERSION});
+    std::optional<OpenedTable> table = OpenTable(
+        m_surroundings, path, {m_settings, ask, m_cycle_time, folder, "wavo " WAVO_VERSION});
     if (!table) {
         return std::nullopt;
     }

@@ -35,6 +35,10 @@ class TableControl final : public CommandTarget {
     [[nodiscard]] bool IsEnabled(CommandId id) const override;
     void Execute(CommandId id) override;
 
+    /// The lines of tables that are opened from now on are so many seconds apart, which is then not
+    /// asked for; nothing: as ever.
+    void SetCycleTime(std::optional<double> seconds) { m_cycle_time = seconds; }
+
     /// Gives up the work that is under way. For the end of the window.
     void Cancel() { m_steps.Cancel(); }
 
@@ -61,6 +65,7 @@ class TableControl final : public CommandTarget {
     WorkInSteps m_steps;
     const TableSurroundings m_surroundings{&m_frame, m_prompts, m_steps};
     bool m_is_busy = false;
+    std::optional<double> m_cycle_time;
     std::optional<tables::PartFile> m_last;  // that was exported
 };
 

@@ -94,9 +94,11 @@ void CWavoApp::OpenFiles(const AppOptions& options) {
         m_frame->ShowRecorders();
     }
     m_frame->View().OnInitialUpdate(m_graph_file);
+    m_frame->Tables().SetCycleTime(options.cycle_time);
     const bool is_open =
         options.recording.isEmpty() ||
         m_frame->View().Past().Files().Open(platform::NativePath(options.recording.toStdString()));
+    m_frame->Tables().SetCycleTime(std::nullopt);
     if (!options.screenshot.isEmpty()) {
         if (m_has_failed || !is_open) {
             End(1);
