@@ -121,6 +121,9 @@ void GraphBoard::Layout(const QRect& area) {
 
 void GraphBoard::DrawAll(QImage& picture, bool restart, PixelWriting pixels) {
     if (restart) {
+        for (const auto& drawer : m_drawers) {
+            drawer->EmptyCurves();
+        }
         m_streams.Reset();
     }
     for (const auto& drawer : m_drawers) {
