@@ -52,6 +52,7 @@ class RecordingHistory final : public History {
     bool Outline(std::span<const std::int64_t> bounds, std::span<ColumnOutline> columns) override;
     HistoryAnswer LookCloser(const LineRange& lines, ColumnOutline& column) override;
     [[nodiscard]] std::uint64_t Version() const override { return m_reader.Version(); }
+    [[nodiscard]] std::uint64_t Losses() const override { return m_reader.Losses(); }
 
  private:
     /// There are levels of this order in the file.

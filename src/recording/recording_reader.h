@@ -127,6 +127,8 @@ class RecordingReader {
 
     /// Another number whenever lines came or were lost.
     [[nodiscard]] std::uint64_t Version() const { return m_index.table.Version(); }
+    /// Another number whenever lines were lost.
+    [[nodiscard]] std::uint64_t Losses() const { return m_losses; }
     /// Bytes of lines and levels that were read so far.
     [[nodiscard]] std::uint64_t BytesRead() const { return m_bytes_read; }
 
@@ -181,6 +183,7 @@ class RecordingReader {
     BlockCache<AxisLevels> m_levels{kCacheSize / 2};
     std::vector<std::byte> m_bytes;  // of what is being read
     std::uint64_t m_bytes_read = 0;
+    std::uint64_t m_losses = 0;
     std::uint64_t m_settled_version = 0;  // of the table, when no levels were due
     std::size_t m_events_read = 0;        // of the index' rests
     std::vector<Event> m_events;

@@ -63,6 +63,7 @@ const GraphDraw* GraphBoard::FindDrawerWithValues(std::uint32_t graph_number) co
 std::vector<std::string> GraphBoard::CreateAllGraphRects(const QRect& area, double cycle_time,
                                                          const std::vector<std::string>& axis_names,
                                                          const ViewSettings& settings) {
+    ++m_steps;
     m_drawers.clear();
     GraphDrawHost& host = *this;
     const std::vector<WavoGraph>& graphs = m_graphs.Graphs();
@@ -91,6 +92,7 @@ GraphStreams GraphBoard::StreamsOf(const WavoGraph& graph, double cycle_time) {
 }
 
 void GraphBoard::Layout(const QRect& area) {
+    ++m_steps;
     const std::vector<QRect> rectangles = SplitGraphArea(area, m_drawers.size());
     for (std::size_t i = 0; i < m_drawers.size(); ++i) {
         m_drawers[i]->SetRectangle(rectangles[i]);
@@ -98,6 +100,7 @@ void GraphBoard::Layout(const QRect& area) {
 }
 
 void GraphBoard::DrawAll(QImage& picture, bool restart, PixelWriting pixels) {
+    ++m_steps;
     if (restart) {
         m_streams.Reset();
     }

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "view/past_marks.h"
+#include "view/recorded_values.h"
 
 namespace wavo {
 
@@ -156,27 +157,6 @@ bool PastView::Begin(const GraphDraw* drawer) {
     return true;
 }
 
-LineRange PastView::ShownLines(const GraphDraw& drawer) const {
-    const GraphRecorder& recorder = drawer.Recorder();
-    if (drawer.Zoom().active) {
-        const auto first = drawer.Places().LineAt(0.0);
-        const auto last = drawer.Places().LineAt(drawer.Zoom().Length() - recorder.CycleTime() / 2);
-        return first && last ? LineRange{*first, *last + 1} : LineRange();
-    }
-    // A sweep shows what came last, like any other curve.
-    const std::uint64_t taken = recorder.TakenRows();
-    std::uint64_t held = 0;
-    for (const auto& line : drawer.Lines()) {
-        held = std::max<std::uint64_t>(held, line->Size());
-    }
-    const std::vector<LineLog::Run> runs =
-        recorder.TakenLines().Runs(taken - std::min(taken, held), taken);
-    if (runs.empty()) {
-        return {};
-    }
-    return {runs.front().line, runs.back().line + static_cast<std::int64_t>(runs.back().count)};
-}
-
 LineRange PastView::HeldLines() const {
     LineRange held;
     for (const auto& drawer : m_board.Drawers()) {
@@ -312,6 +292,15 @@ void PastView::GoTo(std::int64_t line) {
     m_mark = line;
     m_window.BringIn(line);
     ApplyAndDraw();
+}
+
+bool PastView::BringIn(const GraphDraw& drawer, std::int64_t line) {
+    if (!Begin(&drawer)) {
+        return false;
+    }
+    m_window.BringIn(line);
+    ApplyAndDraw();
+    return true;
 }
 
 void PastView::OnLinesChanged(bool follow) {

@@ -64,6 +64,8 @@ class PastView final : public PastDrawing {
     bool StepBack();
     /// Brings a line into sight and marks it.
     void GoTo(std::int64_t line);
+    /// Brings a line into sight of a graph. False when the graph has no past to move in.
+    bool BringIn(const GraphDraw& drawer, std::int64_t line);
     [[nodiscard]] std::optional<std::int64_t> Mark() const { return m_mark; }
 
     /// There are other lines than before: the window stays, or with `follow` goes to their end.
@@ -95,7 +97,6 @@ class PastView final : public PastDrawing {
     [[nodiscard]] const GraphDraw* SelectedGraph() const;
     /// Shows the past if that is not shown yet. False when `drawer` has none.
     bool Begin(const GraphDraw* drawer);
-    [[nodiscard]] LineRange ShownLines(const GraphDraw& drawer) const;
     [[nodiscard]] LineRange HeldLines() const;
     History* HistoryOf(GraphValue* value);
     [[nodiscard]] ShownHistory HistoryOf(const GraphDraw& drawer);

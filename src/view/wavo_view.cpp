@@ -34,12 +34,23 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
       m_keys(m_board, m_zooms),
       m_cursors(
           m_board, m_zooms, [this] { return m_session.Values().IsRunning(); },
+          [this](const GraphDraw& graph, std::int64_t line) {
+              m_past.Window().BringIn(graph, line);
+          },
           [this] {
               update();
               Q_EMIT m_news.MeasureChanged();
           }),
-      m_measurements(m_board, m_cursors, m_zooms),
-      m_cursor_input(m_board, m_cursors, m_measurements, m_zooms),
+      m_measurements(m_board, m_cursors, m_zooms,
+                     [this] {
+                         OpenRecording* const recording = m_session.Recording();
+                         return recording == nullptr ? 0 : recording->Reader().BytesRead();
+                     }),
+      m_cursor_input({m_board, m_cursors, m_measurements, m_zooms,
+                      [this](const std::function<void()>& work) {
+                          QMetaObject::invokeMethod(this, work, Qt::QueuedConnection);
+                      },
+                      [this](bool forward) { return m_past.GoToTrigger(forward); }}),
       m_data_export(m_board, {m_session.Settings().Current().export_settings,
                               [this] { m_session.SaveSettings(); },
                               [this](const std::string& path) { m_session.ShowWriteFault(path); },

@@ -510,7 +510,7 @@ TEST(CursorsOnFineScreens, StandInLogicalPixelsAndAreAsWideAsOne) {
         board.DrawAll(picture, false);
         NoZooms zooms;
         GraphCursors cursors(
-            board, zooms, [] { return false; }, [] {});
+            board, zooms, [] { return false; }, [](const GraphDraw&, std::int64_t) {}, [] {});
         cursors.Show(true);
         const GraphDraw& drawer = *board.Drawers().front();
         cursors.PutAt(CursorName::kB, drawer, {100, 50});
