@@ -51,6 +51,17 @@ double LeakageAt(Window window, double lines) {
     return 1.0;
 }
 
+/// The median of the lines, or of some thousands of them.
+double UsualLineOf(std::span<const double> lines) {
+    constexpr std::size_t kSamples = 4096;
+    const std::size_t step = lines.size() / kSamples + 1;
+    std::vector<double> some;
+    for (std::size_t k = 0; k < lines.size(); k += step) {
+        some.push_back(lines[k]);
+    }
+    return some.empty() ? 0.0 : MedianOf(some);
+}
+
 /// The window at a phase, from its cosine: cosines of multiples by Chebyshev's recurrence.
 double FlatTopAt(double cosine) {
     double before = 1.0;
@@ -200,15 +211,21 @@ std::vector<SpectrumPeak> PeaksOf(const Spectrum& spectrum, std::size_t most) {
 std::vector<SpectrumPeak> ClearPeaksOf(const Spectrum& spectrum, std::size_t most) {
     constexpr std::size_t kLookedAt = 256;
     /// What leaks comes from the negative frequencies too, and noise adds to it.
-    constexpr double kMargin = 1.5;
+    constexpr double kLeakMargin = 1.5;
+    /// Of noise one in thirty million lines is as high.
+    constexpr double kNoiseMargin = 5.0;
+    const double noise = kNoiseMargin * UsualLineOf(spectrum.values);
     std::vector<SpectrumPeak> clear;
     for (const SpectrumPeak& peak : PeaksOf(spectrum, kLookedAt)) {
         double leaked = 0.0;
         for (const SpectrumPeak& higher : clear) {
-            const double apart = std::abs(peak.frequency - higher.frequency) / spectrum.spacing;
+            const double apart =
+                std::abs(spectrum.FrequencyOf(peak.line) - higher.frequency) / spectrum.spacing;
             leaked += higher.amplitude * LeakageAt(spectrum.window, apart);
         }
-        if (clear.size() < most && peak.amplitude > kMargin * leaked) {
+        const bool is_of_trend = LeakageAt(spectrum.window, static_cast<double>(peak.line)) == 1.0;
+        const double shown = spectrum.values[peak.line];
+        if (clear.size() < most && !is_of_trend && shown > noise && shown > kLeakMargin * leaked) {
             clear.push_back(peak);
         }
     }

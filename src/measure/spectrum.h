@@ -105,7 +105,8 @@ struct SpectrumPeak {
 /// line.
 std::vector<SpectrumPeak> PeaksOf(const Spectrum& spectrum, std::size_t most);
 
-/// The same without those that the window makes beside higher ones.
+/// The same without those that are noise, what the window makes beside higher ones, or what is left
+/// of a trend: they stand out by five from the median line.
 std::vector<SpectrumPeak> ClearPeaksOf(const Spectrum& spectrum, std::size_t most);
 
 /// Spectra that come one after another: mean of their powers, and the largest of each line.

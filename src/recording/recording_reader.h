@@ -61,6 +61,12 @@ struct LineSpan {
     friend bool operator==(const LineSpan&, const LineSpan&) = default;
 };
 
+/// Numbers that change with what there is to read.
+struct LineVersions {
+    std::uint64_t lines = 0;   ///< lines came or were lost
+    std::uint64_t losses = 0;  ///< lines were lost
+};
+
 class RecordingReader {
  public:
     /// Memory for what was read last, bytes.
@@ -125,10 +131,7 @@ class RecordingReader {
 
     [[nodiscard]] const std::string& path() const { return m_path; }
 
-    /// Another number whenever lines came or were lost.
-    [[nodiscard]] std::uint64_t Version() const { return m_index.table.Version(); }
-    /// Another number whenever lines were lost.
-    [[nodiscard]] std::uint64_t Losses() const { return m_losses; }
+    [[nodiscard]] LineVersions Versions() const { return {m_index.table.Version(), m_losses}; }
     /// Bytes of lines and levels that were read so far.
     [[nodiscard]] std::uint64_t BytesRead() const { return m_bytes_read; }
 

@@ -1,9 +1,12 @@
 #include "view/cursor_input.h"
 
+#include <QMetaObject>
+#include <QObject>
 #include <algorithm>
 #include <cstdlib>
 
 #include "view/cursor_overlay.h"
+#include "view/past_control.h"
 #include "view/recorded_values.h"
 
 namespace wavo {
@@ -162,7 +165,10 @@ void CursorInput::GoOn(Landmark landmark, measure::Search search, std::int64_t l
     }
     const LineFound found = m_parts.measurements.Next(landmark, line, search);
     if (!found.has_ended) {
-        m_parts.later([this, landmark, search, line, turn] { GoOn(landmark, search, line, turn); });
+        QMetaObject::invokeMethod(
+            &m_parts.view,
+            [this, landmark, search, line, turn] { GoOn(landmark, search, line, turn); },
+            Qt::QueuedConnection);
     } else if (found.line) {
         m_parts.cursors.JumpTo(*active, *found.line);
     }
@@ -173,7 +179,7 @@ bool CursorInput::JumpToTrigger(bool forward) {
     const GraphDraw* const graph = m_parts.cursors.GraphOf(active);
     std::optional<std::int64_t> line;
     if (graph != nullptr) {
-        line = ShowsOpenRecording(*graph) ? m_parts.go_to_trigger(forward)
+        line = ShowsOpenRecording(*graph) ? m_parts.past.GoToTrigger(forward)
                                           : Measurements::TriggerLine(*graph);
     }
     if (line) {

@@ -17,7 +17,6 @@
 #include <QPoint>
 #include <Qt>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <utility>
 
@@ -26,7 +25,11 @@
 #include "view/measurements.h"
 #include "view/zoom_target.h"
 
+class QObject;
+
 namespace wavo {
+
+class PastControl;
 
 class CursorInput {
  public:
@@ -36,11 +39,8 @@ class CursorInput {
         GraphCursors& cursors;
         Measurements& measurements;
         ZoomTarget& zooms;
-        /// Has something done when events were handled.
-        std::function<void(std::function<void()>)> later;
-        /// Goes to the next place of the open recording where a trigger fires, or to the one
-        /// before. The line; nothing when there is no recording, or no such place.
-        std::function<std::optional<std::int64_t>(bool forward)> go_to_trigger;
+        PastControl& past;
+        QObject& view;  ///< receives what is done when events were handled
     };
     explicit CursorInput(Parts parts) : m_parts(std::move(parts)) {}
 

@@ -65,7 +65,10 @@ CurveReader* Measurements::ReaderOf(const GraphDraw& graph, std::size_t stream) 
     if (is_own) {
         values = std::make_unique<RecordedValues>(graph, stream);
     } else if (history != nullptr) {
-        values = std::make_unique<HistoryValues>(*history, m_bytes_read);
+        values = std::make_unique<HistoryValues>(*history, [this] {
+            OpenRecording* const recording = m_session.Recording();
+            return recording == nullptr ? 0 : recording->Reader().BytesRead();
+        });
     } else {
         values = std::make_unique<BufferValues>(*value);
     }

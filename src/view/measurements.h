@@ -4,7 +4,6 @@
 
 #include <QColor>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -14,6 +13,7 @@
 
 #include "measure/cursors.h"
 #include "session/curve_reader.h"
+#include "session/session.h"
 #include "view/graph_board.h"
 #include "view/graph_cursors.h"
 #include "view/zoom_target.h"
@@ -59,11 +59,9 @@ struct MeasuredTable {
 
 class Measurements {
  public:
-    /// None of the references is owned; all outlive this object. `bytes_read`: of the recording
-    /// that is open, so far.
-    Measurements(GraphBoard& board, GraphCursors& cursors, ZoomTarget& zooms,
-                 std::function<std::uint64_t()> bytes_read)
-        : m_board(board), m_cursors(cursors), m_zooms(zooms), m_bytes_read(std::move(bytes_read)) {}
+    /// None of the references is owned; all outlive this object.
+    Measurements(Session& session, GraphBoard& board, GraphCursors& cursors, ZoomTarget& zooms)
+        : m_session(session), m_board(board), m_cursors(cursors), m_zooms(zooms) {}
 
     /// Of the curves of all graphs, or of the one that is selected.
     void SetAllGraphs(bool all) { m_all_graphs = all; }
@@ -110,10 +108,10 @@ class Measurements {
     void MeasureTimes();
     void MeasureCurve(const GraphDraw& graph, std::size_t axis);
 
+    Session& m_session;
     GraphBoard& m_board;
     GraphCursors& m_cursors;
     ZoomTarget& m_zooms;
-    const std::function<std::uint64_t()> m_bytes_read;
     CurveReader::Budget m_budget;
     bool m_all_graphs = false;
     std::optional<CurveId> m_selected;

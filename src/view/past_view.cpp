@@ -288,19 +288,14 @@ bool PastView::StepBack() {
     return true;
 }
 
-void PastView::GoTo(std::int64_t line) {
-    m_mark = line;
-    m_window.BringIn(line);
-    ApplyAndDraw();
-}
-
-bool PastView::BringIn(const GraphDraw& drawer, std::int64_t line) {
-    if (!Begin(&drawer)) {
-        return false;
+void PastView::GoTo(std::int64_t line, const GraphDraw* unmarked_in) {
+    if (unmarked_in == nullptr) {
+        m_mark = line;
+    } else if (!Begin(unmarked_in)) {
+        return;
     }
     m_window.BringIn(line);
     ApplyAndDraw();
-    return true;
 }
 
 void PastView::OnLinesChanged(bool follow) {

@@ -62,10 +62,9 @@ class PastView final : public PastDrawing {
     bool ZoomTo(const TimeWindow& span);
     /// Takes the last ZoomTo back; without one shows all of a recording, or the live graphs.
     bool StepBack();
-    /// Brings a line into sight and marks it.
-    void GoTo(std::int64_t line);
-    /// Brings a line into sight of a graph. False when the graph has no past to move in.
-    bool BringIn(const GraphDraw& drawer, std::int64_t line);
+    /// Brings a line into sight and marks it; with a graph only brings it into sight there, if that
+    /// has a past to move in.
+    void GoTo(std::int64_t line, const GraphDraw* unmarked_in = nullptr);
     [[nodiscard]] std::optional<std::int64_t> Mark() const { return m_mark; }
 
     /// There are other lines than before: the window stays, or with `follow` goes to their end.

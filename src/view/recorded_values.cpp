@@ -104,9 +104,17 @@ LineRange ShownLines(const GraphDraw& graph) {
         return graph.Past()->lines;
     }
     const GraphRecorder& recorder = graph.Recorder();
-    if (graph.Zoom().active) {
+    const GraphZoom& zoom = graph.ZoomWindow();
+    if (zoom.IsOfBuffers()) {
+        return zoom.IsTaken()
+                   ? RangeOf(recorder.Rows().LinesOf(zoom.Rows().position, zoom.Rows().count))
+                   : LineRange();
+    }
+    if (zoom.IsOfRecording()) {
+        const double step = recorder.CycleTime();
         const auto first = graph.Places().LineAt(0.0);
-        const auto last = graph.Places().LineAt(graph.Zoom().Length() - recorder.CycleTime() / 2);
+        auto last = graph.Places().LineAt(graph.Zoom().Length() - step / 2);
+        last = last ? last : graph.Places().LineAt(graph.Zoom().Length() - step);
         return first && last ? LineRange{*first, *last + 1} : LineRange();
     }
     // A sweep shows what came last, like any other curve.

@@ -119,6 +119,12 @@ void CurveWithCursors(IconSketch& sketch) {
     sketch.Line({{11, 1}, {11, 15}}, IconInk::kLine);
 }
 
+void CurveWithPeaks(IconSketch& sketch) {
+    sketch.Line({{1, 14}, {15, 14}}, IconInk::kLine);
+    sketch.Line({{1, 12}, {3, 12}, {4, 3}, {5, 12}, {8, 12}, {9, 7}, {10, 12}, {15, 12}},
+                IconInk::kRed, 1.5);
+}
+
 void Mark(IconSketch& sketch) {
     sketch.Circle(8, 8, 6.5, IconInk::kBlue, IconInk::kLine);
     sketch.Line({{8, 7}, {8, 12}}, IconInk::kPaper, 2);
@@ -170,6 +176,7 @@ constexpr IconRow kIcons[] = {
     {CommandId::kRecord, Disc},
     {CommandId::kStopRecording, DiscAndSquare},
     {CommandId::kMeasurements, CurveWithCursors},
+    {CommandId::kSpectrum, CurveWithPeaks},
     {CommandId::kOpenRecording, FolderWithDisc},
     {CommandId::kShowGraphEditor, Curves},
     {CommandId::kAbout, Mark},

@@ -86,6 +86,12 @@ constexpr Command kCommandTable[] = {
      "Lets the measurements hide at the edge of the window while they are not used\nHide at the "
      "edge",
      kMeasure},
+    {CommandId::kSpectrum, "spectrum", "&Spectrum\tCtrl+Shift+M",
+     "Shows which frequencies the selected curve holds\nSpectrum", kMeasure},
+    {CommandId::kHideSpectrum, "hide_spectrum", "Hide Spectrum at the &Edge",
+     "Lets the spectrum hide at the edge of the window while it is not used\nHide spectrum at the "
+     "edge",
+     kMeasure},
     {CommandId::kAbout, "about", "&About Wavo...", "Version and copyright of the program\nAbout",
      kShell},
     {CommandId::kNextPane, "next_pane", "Next Pane\tF6", "Goes to the next pane\nNext pane",
@@ -108,7 +114,7 @@ constexpr CommandId kHarmlessCommands[] = {
     CommandId::kPageSetup,  CommandId::kPrintPreview,   CommandId::kProperties,
     CommandId::kCustomize,  CommandId::kAdditionalText, CommandId::kShowGraphEditor,
     CommandId::kAbout,      CommandId::kRecord,         CommandId::kOpenRecording,
-    CommandId::kExportPart, CommandId::kMeasurements,
+    CommandId::kExportPart, CommandId::kMeasurements,   CommandId::kSpectrum,
 };
 
 QString Part(const char* text, QChar separator, int index) {

@@ -72,6 +72,8 @@ constexpr MenuRow kMenuBar[] = {
     Menu(0, "Meas&ure"),
     Item(1, CommandId::kMeasurements),
     Item(1, CommandId::kHideMeasurements),
+    Item(1, CommandId::kSpectrum),
+    Item(1, CommandId::kHideSpectrum),
     Menu(0, "&Help"),
     Item(1, CommandId::kAbout),
 };

@@ -97,6 +97,8 @@ const std::vector<Line>& ExpectedMenuBar() {
         {0, "Meas&ure", 0},
         {1, "&Measurements\tCtrl+M", 32720},
         {1, "&Hide at the Edge", 32721},
+        {1, "&Spectrum\tCtrl+Shift+M", 32722},
+        {1, "Hide Spectrum at the &Edge", 32723},
         {0, "&Help", 0},
         {1, "&About Wavo...", 57664},
     };
@@ -261,7 +263,7 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
                                                  {"Ctrl+Shift+W", 32741},  {"F3", 32744},
                                                  {"Shift+F3", 32745},      {"Ctrl+F3", 32746},
                                                  {"Ctrl+Shift+F3", 32747}, {"Ctrl+Shift+E", 32748},
-                                                 {"Ctrl+M", 32720}};
+                                                 {"Ctrl+M", 32720},        {"Ctrl+Shift+M", 32722}};
     EXPECT_EQ(shortcuts, expected);
 }
 
@@ -271,6 +273,7 @@ TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
                   command.owner == CommandOwner::kShell || command.id == CommandId::kRecord ||
                       command.id == CommandId::kOpenRecording ||
                       command.id == CommandId::kMeasurements ||
+                      command.id == CommandId::kSpectrum ||
                       m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
     }
@@ -369,7 +372,8 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
     for (const QAction* const action : menu->actions()) {
         texts.push_back(action->text().toStdString());
     }
-    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "", "Customize..."));
+    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "Spectrum", "",
+                                   "Customize..."));
     m_frame.show();
     const QToolBar* const bar = m_frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
     EXPECT_TRUE(bar->isVisible());
