@@ -4,8 +4,9 @@
 // window of 1e5 samples. measure/band1e7: all figures of a band of 1e7 samples, read for the first
 // time. spectrum/2^17: an
 // amplitude spectrum of 131072 values. circle/1e6: the whole circle test of 1e6 lines in both
-// senses. contour/1e6: the contour error of 1e6 lines of two axes. match/1e6: the best match of 1e6
-// samples among 1e6.
+// senses. circle/parts: the longest part of a live one, beside which a batch may have to wait; its
+// limit is 2 ms. contour/1e6: the contour error of 1e6 lines of two axes. match/1e6: the best match
+// of 1e6 samples among 1e6.
 //
 // The rivals are numpy and scipy, measured by bench/rival_measure.py with the same data, except for
 // the spectrum, where FFTW is linked in. The limit is one read of the samples, for the spectrum
@@ -14,6 +15,7 @@
 #include <fftw3.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <fstream>
@@ -196,6 +198,27 @@ void CircleOurs(benchmark::State& state) {
     }
 }
 
+/// The longest of the parts that a live test does between two batches, us: of a slow circle at 4
+/// kHz. The least of the rounds counts: others may have had the processor.
+void CircleParts(benchmark::State& state) {
+    const CircleLines lines(262144);
+    const PlanePath path{0.00025, lines.x, lines.y, lines.x_cmd, lines.y_cmd};
+    double least = 1e9;
+    for (auto _ : state) {
+        double longest = 0.0;
+        auto steps = wavo::measure::TestCircleInSteps(path, {});
+        for (bool is_more = true; is_more;) {
+            const auto begin = std::chrono::steady_clock::now();
+            is_more = steps.Step();
+            longest = std::max(longest, std::chrono::duration<double, std::micro>(
+                                            std::chrono::steady_clock::now() - begin)
+                                            .count());
+        }
+        least = std::min(least, longest);
+    }
+    state.counters["longest_part_us"] = least;
+}
+
 void ContourOurs(benchmark::State& state) {
     const CircleLines lines(1000000);
     const std::vector<wavo::measure::ContourAxis> axes{{lines.x_cmd, lines.x},
@@ -224,6 +247,7 @@ BENCHMARK_CAPTURE(SpectrumFftw, rival, true)->Name("spectrum/2^17/rival");
 BENCHMARK_CAPTURE(SpectrumFftw, limit, false)->Name("spectrum/2^17/limit");
 BENCHMARK(CircleOurs)->Name("circle/1e6/ours");
 BENCHMARK_CAPTURE(ReadOf, circle, 1000000, 4)->Name("circle/1e6/limit");
+BENCHMARK(CircleParts)->Name("circle/parts/ours");
 BENCHMARK(ContourOurs)->Name("contour/1e6/ours");
 BENCHMARK_CAPTURE(ReadOf, contour, 1000000, 4)->Name("contour/1e6/limit");
 BENCHMARK(MatchOurs)->Name("match/1e6/ours");

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "measure/figure.h"
+#include "measure/steps.h"
 
 namespace wavo::measure {
 
@@ -24,9 +25,11 @@ struct Arc {
 /// and Newton. Not told for less than three points, points on a line or in one place, and where the
 /// steps do not end.
 Told<Circle> FitCircle(std::span<const Arc> arcs);
+Steps<Told<Circle>> FitCircleInSteps(std::span<const Arc> arcs);
 
 /// The algebraic start alone: within 1 nm on a full turn, biased towards smaller radii on arcs.
 Told<Circle> FitCircleQuickly(std::span<const Arc> arcs);
+Steps<Told<Circle>> FitCircleQuicklyInSteps(std::span<const Arc> arcs);
 
 /// Smallest and largest distance of the points from a place.
 struct RadialRange {

@@ -13,6 +13,7 @@
 
 #include "measure/circle_fit.h"
 #include "measure/series.h"
+#include "measure/steps.h"
 
 namespace wavo::measure {
 
@@ -58,7 +59,7 @@ struct CircleRun {
 };
 
 /// All runs in the order of time, in the whole stretches of the columns.
-std::vector<CircleRun> FindCircleRuns(const PlanePath& path, const RunSetup& setup = {});
+Steps<std::vector<CircleRun>> FindCircleRuns(PlanePath path, RunSetup setup);
 
 /// Speed of the path at place `i`, mm/s: the length of the central difference with half width `k`.
 /// REQUIRES: k <= i < size - k.

@@ -34,11 +34,11 @@ class ShapeFit {
     }
 
     /// Empty when it went well, else why not.
-    std::string Run() {
+    Steps<std::string> Run() {
         for (m_rounds = 1; m_rounds <= kMostShapeRounds; ++m_rounds) {
-            m_solution = SolveRound();
+            m_solution = co_await SolveRound();
             if (m_solution.rank < Unknowns()) {
-                return "the points leave the shape undetermined: is it a full turn?";
+                co_return "the points leave the shape undetermined: is it a full turn?";
             }
             double shift = 0.0;
             for (std::size_t k = 0; k < m_turns.size(); ++k) {
@@ -48,10 +48,10 @@ class ShapeFit {
                                   std::abs(m_solution.unknowns[2 * k + 1])});
             }
             if (shift < kLastShift) {
-                return {};
+                co_return std::string();
             }
         }
-        return "no convergence";
+        co_return "no convergence";
     }
 
     [[nodiscard]] bool BothSenses() const { return m_both_senses; }
@@ -94,7 +94,7 @@ class ShapeFit {
         const RadialModel model = Model(turn);
         double sum = 0.0;
         std::size_t count = 0;
-        ForRows(turn, [&](const PolarPoint& p) {
+        ForRows(turn, {0, PointsOf(turn)}, [&](const PolarPoint& p) {
             const double residual = p.distance - m_radius - model.Value(p);
             sum += residual * residual;
             ++count;
@@ -113,12 +113,13 @@ class ShapeFit {
     }
 
  private:
+    /// Those among the points of `stretch`.
     template <typename Take>
-    void ForRows(std::size_t turn, const Take& take) const {
+    void ForRows(std::size_t turn, const Stretch& stretch, const Take& take) const {
         const Arc& points = m_turns[turn].points;
         const Circle& centre = m_centres[turn];
         const double sense = SignOf(m_turns[turn].sense);
-        for (std::size_t i = 0; i < points.x.size(); ++i) {
+        for (std::size_t i = stretch.first; i < stretch.end; ++i) {
             const PolarPoint p(points.x[i] - centre.x, points.y[i] - centre.y);
             const double since = p.SinceReversal(sense);
             if (since < -m_sine_before || since > m_sine_behind) {
@@ -127,23 +128,32 @@ class ShapeFit {
         }
     }
 
-    LeastSquares::Solution SolveRound() {
+    [[nodiscard]] std::size_t PointsOf(std::size_t turn) const {
+        return m_turns[turn].points.x.size();
+    }
+
+    Steps<LeastSquares::Solution> SolveRound() {
         LeastSquares fit(Unknowns());
         m_rows.clear();
         for (std::size_t turn = 0; turn < m_turns.size(); ++turn) {
             std::size_t count = 0;
-            ForRows(turn, [&](const PolarPoint&) { ++count; });
+            ForRows(turn, {0, PointsOf(turn)}, [&](const PolarPoint&) { ++count; });
             m_rows.push_back(std::max<std::size_t>(count, 1));
-            AddRows(turn, 1.0 / std::sqrt(static_cast<double>(m_rows.back())), &fit);
+            const double weight = 1.0 / std::sqrt(static_cast<double>(m_rows.back()));
+            for (std::size_t first = 0; first < PointsOf(turn); first += kRowsPerStep) {
+                co_await Pause{};
+                AddRows(turn, {first, std::min(first + kRowsPerStep, PointsOf(turn))}, weight,
+                        &fit);
+            }
         }
-        return fit.Solve();
+        co_return fit.Solve();
     }
 
-    void AddRows(std::size_t turn, double weight, LeastSquares* fit) const {
+    void AddRows(std::size_t turn, const Stretch& stretch, double weight, LeastSquares* fit) const {
         const double sense = SignOf(m_turns[turn].sense);
         const double feed = m_turns[turn].feed;
         const std::size_t stride = fit->Stride();
-        ForRows(turn, [&](const PolarPoint& p) {
+        ForRows(turn, stretch, [&](const PolarPoint& p) {
             double* row = fit->NextRow();
             for (std::size_t i = 0; i < m_shared; ++i) {
                 row[i * stride] = 0.0;
@@ -203,10 +213,11 @@ void TakeFigures(const ShapeFit& fit, CircleShape* shape) {
 }
 
 /// Spikes and deviations; returns how wide the zones behind the reversals ought to be, degrees.
-double TakeSpikes(std::span<const ShapeTurn> turns, const ShapeFit& fit, const ShapeSetup& setup,
-                  CircleShape* shape) {
+Steps<double> TakeSpikes(std::span<const ShapeTurn> turns, const ShapeFit& fit,
+                         const ShapeSetup& setup, CircleShape* shape) {
     double needed = 0.0;
     for (std::size_t turn = 0; turn < turns.size(); ++turn) {
+        co_await Pause{};
         const RadialModel model = fit.Model(turn);
         const double deviation = fit.Deviation(turn);
         shape->deviations.push_back(deviation * kMicrometres);
@@ -219,27 +230,25 @@ double TakeSpikes(std::span<const ShapeTurn> turns, const ShapeFit& fit, const S
             needed = std::max(needed, std::sqrt(2.0 * std::abs(play) / model.radius) * kDegrees);
         }
     }
-    return needed;
+    co_return needed;
 }
 
-}  // namespace
-
-Told<CircleShape> FitShape(std::span<const ShapeTurn> turns, double radius,
-                           const ShapeSetup& setup) {
+Steps<Told<CircleShape>> ShapeOf(std::span<const ShapeTurn> turns, double radius,
+                                 ShapeSetup setup) {
     const double before = setup.zone;
     double behind = setup.zone;
     while (true) {
         ShapeFit fit(turns, radius, before, behind);
-        const std::string failure = fit.Run();
+        const std::string failure = co_await fit.Run();
         if (!failure.empty()) {
-            return Told<CircleShape>::Not(failure);
+            co_return Told<CircleShape>::Not(failure);
         }
         CircleShape shape;
         shape.radius = radius;
         shape.zone_before = before;
         shape.zone_behind = behind;
         TakeFigures(fit, &shape);
-        const double needed = TakeSpikes(turns, fit, setup, &shape);
+        const double needed = co_await TakeSpikes(turns, fit, setup, &shape);
         const double widest = std::max(setup.zone, setup.widest_zone);
         if (needed > behind && behind < widest) {
             behind = std::min(std::max(behind + kZoneStep, needed), widest);
@@ -254,8 +263,15 @@ Told<CircleShape> FitShape(std::span<const ShapeTurn> turns, double radius,
         if (setup.noise && shape.residual > 3.0 * *setup.noise) {
             shape.notes.emplace_back("model does not explain the shape");
         }
-        return shape;
+        co_return shape;
     }
+}
+
+}  // namespace
+
+Steps<Told<CircleShape>> FitShape(std::span<const ShapeTurn> turns, double radius,
+                                  ShapeSetup setup) {
+    return ShapeOf(turns, radius, setup);
 }
 
 }  // namespace wavo::measure

@@ -16,6 +16,7 @@
 #include "measure/circle_fit.h"
 #include "measure/circle_runs.h"
 #include "measure/figure.h"
+#include "measure/steps.h"
 
 namespace wavo::measure {
 
@@ -70,7 +71,7 @@ struct CircleShape {
 
 /// Fits the model about the radius `radius`, mm. REQUIRES: one turn or more.
 /// Not told where points are too few or leave the model undetermined.
-Told<CircleShape> FitShape(std::span<const ShapeTurn> turns, double radius,
-                           const ShapeSetup& setup = {});
+Steps<Told<CircleShape>> FitShape(std::span<const ShapeTurn> turns, double radius,
+                                  ShapeSetup setup);
 
 }  // namespace wavo::measure

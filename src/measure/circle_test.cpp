@@ -79,17 +79,19 @@ double ClosureOf(const Arc& arc, const Circle& circle, Sense sense) {
     return fit.Solve().unknowns[7] * kMicrometres;
 }
 
-Figure NominalRadius(const PlanePath& path, const Stretch& stretch, const CircleSetup& setup) {
+Steps<Figure> NominalRadius(const PlanePath& path, const Stretch& stretch,
+                            const CircleSetup& setup) {
     if (setup.radius) {
-        return *setup.radius;
+        co_return *setup.radius;
     }
     if (!path.HasCommanded()) {
-        return Figure::Not("no nominal radius: none was given and there are no commanded values");
+        co_return Figure::Not(
+            "no nominal radius: none was given and there are no commanded values");
     }
     const Arc arc{path.x_cmd.subspan(stretch.first, stretch.Size()),
                   path.y_cmd.subspan(stretch.first, stretch.Size())};
-    const auto circle = FitCircle({&arc, 1});
-    return circle ? Figure(circle->radius) : Figure::Not("commanded values: " + circle.reason);
+    const auto circle = co_await FitCircleInSteps({&arc, 1});
+    co_return circle ? Figure(circle->radius) : Figure::Not("commanded values: " + circle.reason);
 }
 
 Figure ZoneWidth(std::span<const Arc> arcs, const Circle& start, bool wanted) {
@@ -131,9 +133,8 @@ std::vector<std::vector<std::size_t>> Grouped(const std::vector<CircleTurn>& tur
     return groups;
 }
 
-void TakePairFigures(std::span<const Arc> arcs, const Figure& nominal, bool zone,
-                     CircleEvaluation* evaluation) {
-    const auto common = FitCircle(arcs);
+void TakePairFigures(std::span<const Arc> arcs, const Told<Circle>& common, const Figure& nominal,
+                     bool zone, CircleEvaluation* evaluation) {
     if (!common) {
         evaluation->bidirectional_error = evaluation->mean_radial_error =
             evaluation->bidirectional_error_zone = Figure::Not(common.reason);
@@ -147,21 +148,20 @@ void TakePairFigures(std::span<const Arc> arcs, const Figure& nominal, bool zone
         nominal ? Figure((common->radius - *nominal) * kMicrometres) : nominal;
 }
 
-}  // namespace
-
-Told<CircleTurn> EvaluateTurn(const PlanePath& path, const Stretch& stretch, Sense sense,
-                              const CircleSetup& setup) {
+Steps<Told<CircleTurn>> TurnInSteps(const PlanePath& path, Stretch stretch, Sense sense,
+                                    const CircleSetup& setup) {
     const Arc arc = PointsOf(path, stretch);
-    const auto circle = FitCircle({&arc, 1});
+    const auto circle = co_await FitCircleInSteps({&arc, 1});
     if (!circle) {
-        return Told<CircleTurn>::Not(circle.reason);
+        co_return Told<CircleTurn>::Not(circle.reason);
     }
     CircleTurn turn;
     turn.sense = sense;
     turn.stretch = stretch;
     turn.circle = *circle;
     TakeFeed(path, setup.run.speed_width, &turn);
-    turn.nominal_radius = NominalRadius(path, stretch, setup);
+    co_await Pause{};
+    turn.nominal_radius = co_await NominalRadius(path, stretch, setup);
     turn.circular_error = RadialRangeAbout({&arc, 1}, circle->x, circle->y).Width() * kMicrometres;
     turn.circular_error_zone = ZoneWidth({&arc, 1}, *circle, setup.minimum_zone);
     turn.radial_error_max = turn.radial_error_min = turn.nominal_radius;
@@ -171,12 +171,13 @@ Told<CircleTurn> EvaluateTurn(const PlanePath& path, const Stretch& stretch, Sen
         turn.radial_error_max = (range.largest - *turn.nominal_radius) * kMicrometres;
         turn.radial_error_min = (range.smallest - *turn.nominal_radius) * kMicrometres;
     }
+    co_await Pause{};
     turn.closure = ClosureOf(arc, *circle, sense);
-    return turn;
+    co_return turn;
 }
 
-CircleEvaluation EvaluateTurns(const PlanePath& path, std::span<const CircleTurn> turns,
-                               const CircleSetup& setup) {
+Steps<CircleEvaluation> EvaluationInSteps(const PlanePath& path, std::span<const CircleTurn> turns,
+                                          const CircleSetup& setup) {
     CircleEvaluation evaluation;
     std::vector<Arc> arcs;
     std::vector<ShapeTurn> shape_turns;
@@ -186,18 +187,21 @@ CircleEvaluation EvaluateTurns(const PlanePath& path, std::span<const CircleTurn
     }
     const Figure& nominal = turns.front().nominal_radius;
     if (turns.size() > 1) {
-        TakePairFigures(arcs, nominal, setup.minimum_zone, &evaluation);
+        const auto common = co_await FitCircleInSteps(arcs);
+        TakePairFigures(arcs, common, nominal, setup.minimum_zone, &evaluation);
     } else {
         evaluation.bidirectional_error = evaluation.bidirectional_error_zone =
             evaluation.mean_radial_error = Figure::Not("one sense only");
     }
     const double radius = nominal ? *nominal : turns.front().circle.radius;
-    evaluation.shape = FitShape(shape_turns, radius, setup.shape);
+    evaluation.shape = co_await FitShape(shape_turns, radius, setup.shape);
     if (evaluation.shape && !nominal) {
         evaluation.shape.value->radius_change.value = nominal;
     }
-    return evaluation;
+    co_return evaluation;
 }
+
+}  // namespace
 
 std::optional<std::size_t> ChosenEvaluation(const CircleResult& result,
                                             const std::optional<double>& feed) {
@@ -215,77 +219,53 @@ std::optional<std::size_t> ChosenEvaluation(const CircleResult& result,
     return chosen;
 }
 
-CircleTestSteps::CircleTestSteps(const PlanePath& path, CircleSetup setup)
-    : m_path(path), m_setup(std::move(setup)) {
-    m_result.cycle_time = path.cycle_time;
-    m_result.lines = path.x.size();
-    m_result.from_commanded = path.HasCommanded();
+Told<CircleTurn> EvaluateTurn(const PlanePath& path, const Stretch& stretch, Sense sense,
+                              const CircleSetup& setup) {
+    return TurnInSteps(path, stretch, sense, setup).Compute();
 }
 
-bool CircleTestSteps::Step() {
-    switch (m_stage) {
-        case Stage::kRuns:
-            m_result.runs = FindCircleRuns(m_path, m_setup.run);
-            m_stage = Stage::kTurns;
-            return true;
-        case Stage::kTurns:
-            EvaluateNextRun();
-            if (m_run == m_result.runs.size()) {
-                m_groups = Grouped(m_result.turns);
-                m_stage = Stage::kEvaluations;
-            }
-            return true;
-        case Stage::kEvaluations:
-            if (m_result.evaluations.size() < m_groups.size()) {
-                EvaluateNextGroup();
-                return true;
-            }
-            m_result.notes = CircleNotes(m_path, m_setup, m_result);
-            m_stage = Stage::kDone;
-            return false;
-        case Stage::kDone:
-            return false;
-    }
-    return false;
+CircleEvaluation EvaluateTurns(const PlanePath& path, std::span<const CircleTurn> turns,
+                               const CircleSetup& setup) {
+    return EvaluationInSteps(path, turns, setup).Compute();
 }
 
-/// Runs without a turn cost nothing and are passed over.
-void CircleTestSteps::EvaluateNextRun() {
-    while (m_run < m_result.runs.size() && !m_result.runs[m_run].turn) {
-        ++m_run;
+Steps<CircleResult> TestCircleInSteps(PlanePath path, CircleSetup setup) {
+    CircleResult result;
+    result.cycle_time = path.cycle_time;
+    result.lines = path.x.size();
+    result.from_commanded = path.HasCommanded();
+    result.runs = co_await FindCircleRuns(path, setup.run);
+    for (std::size_t i = 0; i < result.runs.size(); ++i) {
+        CircleRun& run = result.runs[i];
+        if (!run.turn) {
+            continue;
+        }
+        auto turn = co_await TurnInSteps(path, *run.turn, run.sense, setup);
+        if (turn) {
+            turn.value->run = i;
+            result.turns.push_back(std::move(*turn.value));
+        } else {
+            run.turn.reset();
+            run.reason = turn.reason;
+        }
     }
-    if (m_run == m_result.runs.size()) {
-        return;
+    for (const std::vector<std::size_t>& group : Grouped(result.turns)) {
+        std::vector<CircleTurn> turns;
+        turns.reserve(group.size());
+        for (const std::size_t place : group) {
+            turns.push_back(result.turns[place]);
+        }
+        auto evaluation = co_await EvaluationInSteps(path, turns, setup);
+        evaluation.turns = group;
+        result.evaluations.push_back(std::move(evaluation));
     }
-    CircleRun& found = m_result.runs[m_run];
-    auto turn = EvaluateTurn(m_path, *found.turn, found.sense, m_setup);
-    if (turn) {
-        turn.value->run = m_run;
-        m_result.turns.push_back(std::move(*turn.value));
-    } else {
-        found.turn.reset();
-        found.reason = turn.reason;
-    }
-    ++m_run;
-}
-
-void CircleTestSteps::EvaluateNextGroup() {
-    const auto& group = m_groups[m_result.evaluations.size()];
-    std::vector<CircleTurn> turns;
-    turns.reserve(group.size());
-    for (const std::size_t place : group) {
-        turns.push_back(m_result.turns[place]);
-    }
-    auto evaluation = EvaluateTurns(m_path, turns, m_setup);
-    evaluation.turns = group;
-    m_result.evaluations.push_back(std::move(evaluation));
+    co_await Pause{};
+    result.notes = CircleNotes(path, setup, result);
+    co_return result;
 }
 
 CircleResult TestCircle(const PlanePath& path, const CircleSetup& setup) {
-    CircleTestSteps steps(path, setup);
-    while (steps.Step()) {
-    }
-    return steps.Result();
+    return TestCircleInSteps(path, setup).Compute();
 }
 
 }  // namespace wavo::measure

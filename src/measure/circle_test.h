@@ -72,32 +72,9 @@ struct CircleResult {
 /// REQUIRES: columns of one size.
 CircleResult TestCircle(const PlanePath& path, const CircleSetup& setup = {});
 
-/// The same in steps, for programs with one thread: first the runs are found, then each turn is
-/// evaluated, then each pair. A step costs what its lines cost, some 0.1 us each.
-class CircleTestSteps {
- public:
-    /// REQUIRES: columns of one size that stay as they are until the last step, those of other axes
-    /// too.
-    CircleTestSteps(const PlanePath& path, CircleSetup setup);
-
-    /// Does the next step; false when all is done.
-    bool Step();
-    /// REQUIRES: Step() gave false.
-    [[nodiscard]] const CircleResult& Result() const { return m_result; }
-
- private:
-    enum class Stage { kRuns, kTurns, kEvaluations, kDone };
-
-    void EvaluateNextRun();
-    void EvaluateNextGroup();
-
-    PlanePath m_path;
-    CircleSetup m_setup;
-    Stage m_stage = Stage::kRuns;
-    std::size_t m_run = 0;
-    std::vector<std::vector<std::size_t>> m_groups;  ///< turns that belong together
-    CircleResult m_result;
-};
+/// The same in steps, for programs with one thread. REQUIRES: the columns stay as they are until
+/// the end, those of other axes too.
+Steps<CircleResult> TestCircleInSteps(PlanePath path, CircleSetup setup);
 
 /// The evaluation that a report is about: the first pair, or else the first turn, of those whose
 /// feed is within 5 % of the one given in mm/s. Nothing where there is none.

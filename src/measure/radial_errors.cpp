@@ -17,6 +17,13 @@ RadialError ErrorAt(const PlanePath& path, std::size_t place, const Circle& circ
             (std::hypot(u, w) - circle.radius) * kMicrometres};
 }
 
+/// Of the distance from the centre: larger where that is, and quicker to have.
+double SquareAt(const PlanePath& path, std::size_t place, const Circle& circle) {
+    const double u = path.x[place] - circle.x;
+    const double w = path.y[place] - circle.y;
+    return u * u + w * w;
+}
+
 }  // namespace
 
 std::vector<RadialError> RadialErrorsOf(const PlanePath& path, const Stretch& turn,
@@ -32,22 +39,19 @@ std::vector<RadialError> RadialErrorsOf(const PlanePath& path, const Stretch& tu
     for (std::size_t piece = 0; piece < pieces; ++piece) {
         const std::size_t first = turn.first + piece * turn.Size() / pieces;
         const std::size_t end = turn.first + (piece + 1) * turn.Size() / pieces;
-        RadialError low = ErrorAt(path, first, circle);
-        RadialError high = low;
-        bool low_comes_first = true;
+        std::size_t low = first;
+        std::size_t high = first;
+        double smallest = SquareAt(path, first, circle);
+        double largest = smallest;
         for (std::size_t i = first + 1; i < end; ++i) {
-            const RadialError error = ErrorAt(path, i, circle);
-            if (error.error < low.error) {
-                low = error;
-                low_comes_first = false;
-            }
-            if (error.error > high.error) {
-                high = error;
-                low_comes_first = true;
-            }
+            const double square = SquareAt(path, i, circle);
+            low = square < smallest ? i : low;
+            smallest = std::min(square, smallest);
+            high = square > largest ? i : high;
+            largest = std::max(square, largest);
         }
-        errors.push_back(low_comes_first ? low : high);
-        errors.push_back(low_comes_first ? high : low);
+        errors.push_back(ErrorAt(path, std::min(low, high), circle));
+        errors.push_back(ErrorAt(path, std::max(low, high), circle));
     }
     return errors;
 }

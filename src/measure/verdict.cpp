@@ -1,6 +1,8 @@
 #include "measure/verdict.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 
 #include "measure/words.h"
@@ -240,6 +242,27 @@ Told<Limits> ParseLimits(std::string_view text) {
         limits[std::string(Stripped(line.substr(0, equals)))] = *limit;
     }
     return limits;
+}
+
+std::string LimitText(const Limit& limit) {
+    const auto number = [](double value) {
+        std::array<char, 32> text{};
+        const auto end = std::to_chars(text.data(), text.data() + text.size(), value);
+        return std::string(text.data(), end.ptr);
+    };
+    if (limit.least && limit.most && *limit.least == -*limit.most) {
+        return number(*limit.most);
+    }
+    return (limit.least ? number(*limit.least) : std::string()) + ".." +
+           (limit.most ? number(*limit.most) : std::string());
+}
+
+std::string LimitsText(const Limits& limits) {
+    std::string text = "[Limits]\n";
+    for (const auto& [key, limit] : limits) {
+        text += key + " = " + LimitText(limit) + "\n";
+    }
+    return text;
 }
 
 Judgement Judge(std::span<const NamedFigure> figures, const Limits& limits) {

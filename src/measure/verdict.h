@@ -54,6 +54,10 @@ Told<Limits> ParseLimits(std::string_view text);
 /// A limit in such words; told why they are none.
 Told<Limit> ParseLimit(std::string_view text);
 
+/// The words that ParseLimit takes, and the section that ParseLimits takes.
+std::string LimitText(const Limit& limit);
+std::string LimitsText(const Limits& limits);
+
 enum class Verdict {
     kPass,
     kFail,

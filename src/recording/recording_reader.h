@@ -18,6 +18,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
@@ -123,6 +124,15 @@ class RecordingReader {
     void Columns(std::size_t axis, std::int32_t order, std::span<const std::uint64_t> bounds,
                  Detail detail, std::span<ColumnExtent> out);
 
+    /// Finds the extremes of chunks that another program has written without any, of at most so
+    /// many; that takes as long as reading their lines. Returns of how many they are still due. The
+    /// first look at an extent finds all of them.
+    std::size_t SettleLevels(std::size_t most = std::numeric_limits<std::size_t>::max());
+
+    /// Has the system read what Extent will read for these lines, as far as it is not here yet;
+    /// returns at once.
+    void Announce(std::size_t axis, LineSpan lines, Detail detail);
+
     /// All events, in the order of their lines. Reads them all.
     const std::vector<Event>& Events();
 
@@ -153,7 +163,6 @@ class RecordingReader {
     const AxisLevels* LoadLevels(std::size_t index, std::size_t axis);
     /// Makes levels that are not in the file from the lines.
     bool MakeLevels(std::size_t index);
-    void SettleLevels();
     void LoseChunk(std::size_t index);
 
     /// Raw values of an axis: as ReadValues with order 0, and whether each is there.
@@ -171,6 +180,8 @@ class RecordingReader {
     /// `first` and `end` are what the table finds for the bounds of `lines`.
     ColumnExtent ExtentOnce(const Wanted& wanted, LineSpan lines, std::size_t first,
                             std::size_t end);
+    void AnnounceLevels(const ChunkEntry& entry, std::size_t axis);
+    void AnnounceBlock(const ChunkEntry& entry, std::uint64_t line);
     void TakePart(std::size_t index, const Wanted& wanted, LineSpan lines, ColumnExtent& extent);
     void TakeLines(std::size_t axis, std::int32_t order, LineSpan lines, ColumnExtent& extent);
     ColumnExtent ExtentFromLines(std::size_t axis, std::int32_t order, LineSpan lines);

@@ -317,12 +317,12 @@ CircleVerdict JudgeCircle(const CircleReport& report) {
     return verdict;
 }
 
-PolarPicture PolarOf(const CircleReport& report, const CircleVerdict& verdict) {
+PolarPicture PolarOf(const CircleReport& report, const CircleVerdict& verdict, std::size_t most) {
     PolarPicture picture;
     for (const CircleTurn* turn : TurnsOf(report, verdict)) {
         picture.traces.push_back(
             {turn->sense, measure::RadialErrorsOf(report.path, turn->stretch,
-                                                  DrawnAbout(report, verdict, *turn))});
+                                                  DrawnAbout(report, verdict, *turn), most)});
     }
     picture.band = BandOf(report);
     picture.step = report.polar_step;

@@ -48,8 +48,10 @@ struct CircleVerdict {
 
 CircleVerdict JudgeCircle(const CircleReport& report);
 
-/// The polar picture of the evaluation that the page is about.
-PolarPicture PolarOf(const CircleReport& report, const CircleVerdict& verdict);
+/// The polar picture of the evaluation that the page is about, with at most so many points of a
+/// turn.
+PolarPicture PolarOf(const CircleReport& report, const CircleVerdict& verdict,
+                     std::size_t most = 4000);
 
 /// Paints the page onto a device of A4's size.
 void PaintCirclePage(QPainter& painter, const CircleReport& report);

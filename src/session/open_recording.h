@@ -12,6 +12,7 @@
 
 #include "link/axis_capabilities.h"
 #include "recording/recording_history.h"
+#include "recording/recording_names.h"
 #include "recording/recording_reader.h"
 #include "source/history.h"
 #include "source/value_source.h"
@@ -26,8 +27,9 @@ class RecordingSource final : public ValueSource, private AxisLimitsSource {
     /// `reader` is not owned and outlives the source.
     explicit RecordingSource(recording::RecordingReader& reader);
 
-    /// Looks anew at what there is to tell of the recording.
-    void Renew();
+    /// Looks anew at what there is to tell of the recording. `next`: the file name of the one
+    /// behind it; empty for none.
+    void Renew(const std::string& next = {});
 
     // ValueSource
     void SetEvents(ValueSourceEvents* events) override { m_events = events; }
@@ -96,6 +98,13 @@ class OpenRecording {
     /// Takes in what was written since. True when there is more.
     bool Refresh();
 
+    /// The recordings before and behind it in a series of files, as LookAround has found them.
+    [[nodiscard]] const recording::Neighbours& Around() const { return m_around; }
+    /// Looks for them anew. True when they are others.
+    bool LookAround();
+    /// Looks anew at what its source tells of it.
+    void RenewText();
+
  private:
     OpenRecording(RecordingToOpen opened, std::unique_ptr<recording::RecordingReader> reader);
 
@@ -105,6 +114,7 @@ class OpenRecording {
     RecordingSource m_source;
     recording::ReadingBudget m_budget;
     std::optional<recording::GraphFile> m_graphs;
+    recording::Neighbours m_around;
     std::map<std::pair<std::size_t, std::int32_t>, recording::RecordingHistory> m_streams;
 };
 

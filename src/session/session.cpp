@@ -15,7 +15,7 @@ Session::Session(ValueSource& source, ShownGraphs& shown, SessionObserver& obser
                     m_settings.Current().background),
       m_files(m_acquisition, m_graphs, shown, observer),
       m_run(m_acquisition, m_streams, shown, m_files, observer),
-      m_recordings(m_source, m_acquisition, m_files, m_settings, observer) {
+      m_recordings(m_source, m_acquisition, m_streams, m_files, m_settings, observer) {
     m_graphs.SetObserver([this](const GraphChange& change) { OnGraphChange(change); });
 }
 

@@ -9,18 +9,18 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "graph/draw/graph_draw.h"
 #include "graph/model/graph_list.h"
 #include "session/shown_graphs.h"
 #include "session/value_streams.h"
+#include "settings/view_settings.h"
 
 class QImage;
 
 namespace wavo {
-
-struct ViewSettings;
 
 class GraphBoard final : public ShownGraphs, private GraphDrawHost {
  public:
@@ -48,6 +48,13 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     std::vector<std::string> CreateAllGraphRects(const QRect& area, double cycle_time,
                                                  const std::vector<std::string>& axis_names,
                                                  const ViewSettings& settings);
+
+    /// Keeps all drawers with what they show, and has none until the next making or BringBack.
+    void SetAside();
+    /// Goes on with the drawers that were set aside, in `area`; lists their buffers as above. False
+    /// when graphs are to look differently now: they have to be made.
+    bool BringBack(const QRect& area, const std::vector<std::string>& axis_names,
+                   const ViewSettings& settings);
 
     /// Moves every drawer to its place in `area`.
     void Layout(const QRect& area);
@@ -79,6 +86,9 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     ValueStreams& m_streams;
     const std::function<void()> m_recording_ended;
     std::vector<std::unique_ptr<GraphDraw>> m_drawers;
+    std::vector<std::unique_ptr<GraphDraw>> m_aside;
+    ViewSettings m_looks_aside;  // that those were made with
+    ViewSettings m_looks;        // that the others were
     bool m_of_recording = false;
     std::uint64_t m_steps = 0;
 };

@@ -45,6 +45,8 @@ class GraphScreen {
 
     /// Who is asked from now on; not owned, outlives the screen.
     void SetPast(PastDrawing* past) { m_past = past; }
+    /// Paints over what is exposed, from now on; it is not on the picture.
+    void SetOver(std::function<void(QPainter&)> over) { m_over = std::move(over); }
     /// A widget below the graphs, as high as it wants to be while it is shown; not owned.
     void SetFooter(QWidget* footer) { m_footer = footer; }
 
@@ -59,6 +61,8 @@ class GraphScreen {
     void Resize();
     /// Makes all graphs of the document anew; draws nothing. Returns faults for the user.
     [[nodiscard]] std::vector<std::string> MakeGraphs();
+    /// Shows the graphs again that were set aside; draws nothing. False when they have to be made.
+    [[nodiscard]] bool BringGraphsBack();
     /// One drawing step, shown at once where the widget is visible. With `restart` the graphs begin
     /// anew. While nobody sees the widget a step writes no pixels; they come when somebody does, or
     /// asks for the picture.
@@ -90,6 +94,7 @@ class GraphScreen {
     const std::function<void()> m_stopped;
     PastDrawing* m_past = nullptr;
     QWidget* m_footer = nullptr;
+    std::function<void(QPainter&)> m_over;
     GraphMutex m_graph_lock;
     GraphPicture m_picture;
     QRect m_laid_out;  ///< where the graphs were placed last

@@ -95,6 +95,9 @@ bool PastControl::TakeEvent(QEvent& event) {
     switch (event.type()) {
         case QEvent::Wheel:
             return TakeWheel(m_window, static_cast<const QWheelEvent&>(event));
+        case QEvent::WindowActivate:
+            m_files.Refresh();  // nobody tells of what others write
+            return false;
         case QEvent::MouseButtonPress:
             m_overview->update();  // another curve may be selected with it
             return TakeMousePress(m_window, static_cast<const QMouseEvent&>(event));

@@ -39,8 +39,8 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
                                                    m_display.OnGraphShown();
                                                }
                                            })),
-      m_display({*this, m_news, *m_editor, m_session, m_screen, m_past, m_zooms, m_mouse, m_keys,
-                 m_data_export, m_measurements, prompts}),
+      m_display({*this, m_news, *m_editor, m_session, m_board, m_screen, m_past, m_zooms, m_mouse,
+                 m_keys, m_data_export, m_measurements, prompts}),
       m_session(*m_source, m_board, m_display),
       m_board(m_session.Graphs(), m_session.Streams(),
               [this] { SendAppMessage(window(), AppMessage::kRecordingEnded, 0, 0); }),
@@ -125,7 +125,9 @@ bool CWavoView::event(QEvent* event) {
             return true;
         }
     }
-    return (event->type() == QEvent::Wheel && m_past.TakeEvent(*event)) || QWidget::event(event);
+    const bool is_of_past =
+        event->type() == QEvent::Wheel || event->type() == QEvent::WindowActivate;
+    return (is_of_past && m_past.TakeEvent(*event)) || QWidget::event(event);
 }
 
 std::int64_t CWavoView::OnAppMessage(const AppMessageEvent& message) {

@@ -10,6 +10,8 @@
 #include <random>
 
 #include "golden/scenes.h"
+#include "golden/scenes_circle.h"
+#include "golden/scenes_recording.h"
 #include "lines_from_memory.h"
 #include "real_prompts.h"
 #include "system_facts.h"
@@ -218,12 +220,17 @@ QImage SpectrumAsItIsPrinted() {
 }  // namespace
 
 std::vector<Scene> AllScenes() {
-    return {{"spectrum", SpectrumOfAnAxis},
-            {"spectrum_dark", SpectrumInTheDark},
-            {"spectrum_printed", SpectrumAsItIsPrinted},
-            {"measurements", Measurements},
-            {"measurements_dark", MeasurementsInTheDark},
-            {"measurements_at_the_edge", MeasurementsAtTheEdge}};
+    std::vector<Scene> scenes{{"spectrum", SpectrumOfAnAxis},
+                              {"spectrum_dark", SpectrumInTheDark},
+                              {"spectrum_printed", SpectrumAsItIsPrinted},
+                              {"measurements", Measurements},
+                              {"measurements_dark", MeasurementsInTheDark},
+                              {"measurements_at_the_edge", MeasurementsAtTheEdge}};
+    const std::vector<Scene> circles = CircleScenes();
+    scenes.insert(scenes.end(), circles.begin(), circles.end());
+    const std::vector<Scene> recordings = RecordingScenes();
+    scenes.insert(scenes.end(), recordings.begin(), recordings.end());
+    return scenes;
 }
 
 }  // namespace wavo::testing

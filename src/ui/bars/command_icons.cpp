@@ -125,6 +125,18 @@ void CurveWithPeaks(IconSketch& sketch) {
                 IconInk::kRed, 1.5);
 }
 
+void CircleOffCentre(IconSketch& sketch) {
+    sketch.Circle(8, 8, 5.5, IconInk::kPaper, IconInk::kRed);
+    sketch.Line({{1, 8}, {15, 8}}, IconInk::kLine);
+    sketch.Line({{8, 1}, {8, 15}}, IconInk::kLine);
+    sketch.Line({{13, 5}, {9, 2}, {4, 4}, {2, 9}, {5, 14}, {11, 13}, {13, 9}}, IconInk::kBlue);
+}
+
+void StepAndAnswer(IconSketch& sketch) {
+    sketch.Line({{1, 13}, {5, 13}, {5, 4}, {15, 4}}, IconInk::kLine);
+    sketch.Line({{5, 13}, {7, 6}, {9, 3}, {11, 5}, {13, 4}, {15, 4}}, IconInk::kRed, 1.5);
+}
+
 void Mark(IconSketch& sketch) {
     sketch.Circle(8, 8, 6.5, IconInk::kBlue, IconInk::kLine);
     sketch.Line({{8, 7}, {8, 12}}, IconInk::kPaper, 2);
@@ -177,6 +189,8 @@ constexpr IconRow kIcons[] = {
     {CommandId::kStopRecording, DiscAndSquare},
     {CommandId::kMeasurements, CurveWithCursors},
     {CommandId::kSpectrum, CurveWithPeaks},
+    {CommandId::kCircleTest, CircleOffCentre},
+    {CommandId::kAxisTest, StepAndAnswer},
     {CommandId::kOpenRecording, FolderWithDisc},
     {CommandId::kShowGraphEditor, Curves},
     {CommandId::kAbout, Mark},

@@ -20,6 +20,8 @@ enum class CommandOwner {
     kRecorded,   ///< who looks at recordings
     kParts,      ///< what writes parts of recordings
     kMeasure,
+    kCircle,
+    kAxis,
 };
 
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the table's columns

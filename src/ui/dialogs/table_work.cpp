@@ -32,6 +32,11 @@ std::optional<OpenedTable> OpenTable(const TableSurroundings& surroundings, cons
     const std::optional<tables::TimeChoice> choice =
         TimeOfTable(surroundings.window, opening.settings, *preview, opening.ask);
     if (!choice) {
+        if (opening.ask == AskTime::kNever) {
+            surroundings.prompts.ShowError(
+                surroundings.window,
+                path + ": it does not tell when its lines are, and nobody is there to be asked");
+        }
         return std::nullopt;
     }
     const auto import =

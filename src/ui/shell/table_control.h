@@ -42,6 +42,10 @@ class TableControl final : public CommandTarget {
 
  private:
     std::optional<RecordingToOpen> Import(const std::string& path, OpenedFrom from);
+    /// Finds the extremes of a recording that has none.
+    bool Prepare(OpenRecording& recording);
+    /// False, and the user is told, while other work is under way.
+    bool MayWorkOn(const std::string& path) const;
     void Export();
     [[nodiscard]] PartStretches Stretches(OpenRecording& recording) const;
     /// What the dialog begins with.
