@@ -62,6 +62,12 @@ struct LineSpan {
     friend bool operator==(const LineSpan&, const LineSpan&) = default;
 };
 
+/// Numbers that change with what there is to read.
+struct LineVersions {
+    std::uint64_t lines = 0;   ///< lines came or were lost
+    std::uint64_t losses = 0;  ///< lines were lost
+};
+
 class RecordingReader {
  public:
     /// Memory for what was read last, bytes.
@@ -135,8 +141,7 @@ class RecordingReader {
 
     [[nodiscard]] const std::string& path() const { return m_path; }
 
-    /// Another number whenever lines came or were lost.
-    [[nodiscard]] std::uint64_t Version() const { return m_index.table.Version(); }
+    [[nodiscard]] LineVersions Versions() const { return {m_index.table.Version(), m_losses}; }
     /// Bytes of lines and levels that were read so far.
     [[nodiscard]] std::uint64_t BytesRead() const { return m_bytes_read; }
 
@@ -192,6 +197,7 @@ class RecordingReader {
     BlockCache<AxisLevels> m_levels{kCacheSize / 2};
     std::vector<std::byte> m_bytes;  // of what is being read
     std::uint64_t m_bytes_read = 0;
+    std::uint64_t m_losses = 0;
     std::uint64_t m_settled_version = 0;  // of the table, when no levels were due
     std::size_t m_events_read = 0;        // of the index' rests
     std::vector<Event> m_events;

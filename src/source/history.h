@@ -148,6 +148,8 @@ class History {
     virtual void Announce(const LineRange& /*lines*/, const ColumnOutline& /*column*/) {}
     /// Changes when what was told of lines no longer holds.
     [[nodiscard]] virtual std::uint64_t Version() const { return 0; }
+    /// Changes when a value that was told is there no more; not when lines come.
+    [[nodiscard]] virtual std::uint64_t Losses() const { return 0; }
 };
 
 }  // namespace wavo

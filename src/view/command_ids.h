@@ -16,6 +16,8 @@ enum class CommandId : int {
     kLookAqua = 218,
     kMeasurements = 32720,
     kHideMeasurements = 32721,
+    kSpectrum = 32722,
+    kHideSpectrum = 32723,
     kComputedAxes = 32730,
     kOpenRecording = 32740,
     kCloseRecording = 32741,

@@ -66,6 +66,7 @@ const GraphDraw* GraphBoard::FindDrawerWithValues(std::uint32_t graph_number) co
 std::vector<std::string> GraphBoard::CreateAllGraphRects(const QRect& area, double cycle_time,
                                                          const std::vector<std::string>& axis_names,
                                                          const ViewSettings& settings) {
+    ++m_steps;
     m_drawers.clear();
     m_looks = settings;
     GraphDrawHost& host = *this;
@@ -113,6 +114,7 @@ bool GraphBoard::BringBack(const QRect& area, const std::vector<std::string>& ax
 }
 
 void GraphBoard::Layout(const QRect& area) {
+    ++m_steps;
     const std::vector<QRect> rectangles = SplitGraphArea(area, m_drawers.size());
     for (std::size_t i = 0; i < m_drawers.size(); ++i) {
         m_drawers[i]->SetRectangle(rectangles[i]);
@@ -120,6 +122,7 @@ void GraphBoard::Layout(const QRect& area) {
 }
 
 void GraphBoard::DrawAll(QImage& picture, bool restart, PixelWriting pixels) {
+    ++m_steps;
     if (restart) {
         for (const auto& drawer : m_drawers) {
             drawer->EmptyCurves();

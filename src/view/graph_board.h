@@ -66,6 +66,8 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     /// One drawing step of all graphs; afterwards the new values of all buffers are emptied. With
     /// `restart` all buffers are reset first and the graphs begin anew.
     void DrawAll(QImage& picture, bool restart, PixelWriting pixels = PixelWriting::kNow);
+    /// Another number whenever graphs were made, placed or drawn.
+    [[nodiscard]] std::uint64_t Steps() const { return m_steps; }
     /// What the last drawing showed of the past is exact.
     [[nodiscard]] bool IsExact() const;
     /// Paints what steps have left unpainted.
@@ -93,6 +95,7 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     ViewSettings m_looks;        // that the others were
     std::map<std::string, std::string> m_units;
     bool m_of_recording = false;
+    std::uint64_t m_steps = 0;
 };
 
 /// Splits `area` into `count` rectangles of equal height (at least 1), one below the other.

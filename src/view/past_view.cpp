@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "view/past_marks.h"
+#include "view/recorded_values.h"
 
 namespace wavo {
 
@@ -136,27 +137,6 @@ bool PastView::Begin(const GraphDraw* drawer) {
     }
     m_origin = m_window.Seen().begin;
     return true;
-}
-
-LineRange PastView::ShownLines(const GraphDraw& drawer) const {
-    const GraphRecorder& recorder = drawer.Recorder();
-    if (drawer.Zoom().active) {
-        const auto first = drawer.Places().LineAt(0.0);
-        const auto last = drawer.Places().LineAt(drawer.Zoom().Length() - recorder.CycleTime() / 2);
-        return first && last ? LineRange{*first, *last + 1} : LineRange();
-    }
-    // A sweep shows what came last, like any other curve.
-    const std::uint64_t taken = recorder.TakenRows();
-    std::uint64_t held = 0;
-    for (const auto& line : drawer.Lines()) {
-        held = std::max<std::uint64_t>(held, line->Size());
-    }
-    const std::vector<LineLog::Run> runs =
-        recorder.TakenLines().Runs(taken - std::min(taken, held), taken);
-    if (runs.empty()) {
-        return {};
-    }
-    return {runs.front().line, runs.back().line + static_cast<std::int64_t>(runs.back().count)};
 }
 
 LineRange PastView::HeldLines() const {
@@ -297,8 +277,12 @@ bool PastView::StepBack() {
     return true;
 }
 
-void PastView::GoTo(std::int64_t line) {
-    m_mark = line;
+void PastView::GoTo(std::int64_t line, const GraphDraw* unmarked_in) {
+    if (unmarked_in == nullptr) {
+        m_mark = line;
+    } else if (!Begin(unmarked_in)) {
+        return;
+    }
     m_window.BringIn(line);
     ApplyAndDraw();
 }

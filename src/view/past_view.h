@@ -67,8 +67,9 @@ class PastView final : private PastDrawing {
     bool ZoomTo(const TimeWindow& span);
     /// Takes the last ZoomTo back; without one shows all of a recording, or the live graphs.
     bool StepBack();
-    /// Brings a line into sight and marks it.
-    void GoTo(std::int64_t line);
+    /// Brings a line into sight and marks it; with a graph only brings it into sight there, if that
+    /// has a past to move in.
+    void GoTo(std::int64_t line, const GraphDraw* unmarked_in = nullptr);
     [[nodiscard]] std::optional<std::int64_t> Mark() const { return m_mark; }
 
     /// Takes in what was written to the recording since: the window stays, or with `follow` goes to
@@ -108,7 +109,6 @@ class PastView final : private PastDrawing {
     [[nodiscard]] const GraphDraw* SelectedGraph() const;
     /// Shows the past if that is not shown yet. False when `drawer` has none.
     bool Begin(const GraphDraw* drawer);
-    [[nodiscard]] LineRange ShownLines(const GraphDraw& drawer) const;
     [[nodiscard]] LineRange HeldLines() const;
     History* HistoryOf(GraphValue* value);
     [[nodiscard]] ShownHistory HistoryOf(const GraphDraw& drawer);

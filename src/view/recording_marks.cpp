@@ -16,8 +16,9 @@ int ColumnOfLine(const LineRange& lines, int columns, std::int64_t line) {
 void RecordingMarks::Renew(OpenRecording& recording, const LineRange& lines, int columns) {
     recording::RecordingReader& reader = recording.Reader();
     const std::vector<recording::Event>& events = reader.Events();
-    const Of of{recording.Number(), reader.Version(), events.size(),
-                lines.begin,        lines.end,        columns};
+    const Of of{recording.Number(), reader.Versions().lines,
+                events.size(),      lines.begin,
+                lines.end,          columns};
     if (std::exchange(m_of, of) == of) {
         return;
     }

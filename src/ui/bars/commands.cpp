@@ -92,7 +92,13 @@ constexpr Command kCommandTable[] = {
      "Lets the measurements hide at the edge of the window while they are not used\nHide at the "
      "edge",
      kMeasure},
-    {CommandId::kComputedAxes, "computed_axes", "&Computed Axes...",
+    {CommandId::kSpectrum, "spectrum", "&Spectrum\tCtrl+Shift+M",
+     "Shows which frequencies the selected curve holds\nSpectrum", kMeasure},
+    {CommandId::kHideSpectrum, "hide_spectrum", "Hide Spectrum at the &Edge",
+     "Lets the spectrum hide at the edge of the window while it is not used\nHide spectrum at the "
+     "edge",
+     kMeasure},
+    {CommandId::kComputedAxes, "computed_axes", "C&omputed Axes...",
      "Axes whose values are computed of those of the machine\nComputed axes"},
     {CommandId::kCircleTest, "circle_test", "&Circle Test...\tCtrl+Shift+C",
      "Shows how round the machine moves, in the figures of ISO 230-4\nCircle test", kCircle},
@@ -116,12 +122,12 @@ constexpr CommandId kBasicCommands[] = {
 };
 
 constexpr CommandId kHarmlessCommands[] = {
-    CommandId::kOpen,       CommandId::kSaveAs,         CommandId::kPrint,
-    CommandId::kPageSetup,  CommandId::kPrintPreview,   CommandId::kProperties,
-    CommandId::kCustomize,  CommandId::kAdditionalText, CommandId::kShowGraphEditor,
-    CommandId::kAbout,      CommandId::kRecord,         CommandId::kOpenRecording,
-    CommandId::kExportPart, CommandId::kMeasurements,   CommandId::kComputedAxes,
-    CommandId::kCircleTest, CommandId::kAxisTest,
+    CommandId::kOpen,         CommandId::kSaveAs,         CommandId::kPrint,
+    CommandId::kPageSetup,    CommandId::kPrintPreview,   CommandId::kProperties,
+    CommandId::kCustomize,    CommandId::kAdditionalText, CommandId::kShowGraphEditor,
+    CommandId::kAbout,        CommandId::kRecord,         CommandId::kOpenRecording,
+    CommandId::kExportPart,   CommandId::kMeasurements,   CommandId::kSpectrum,
+    CommandId::kComputedAxes, CommandId::kCircleTest,     CommandId::kAxisTest,
 };
 
 QString Part(const char* text, QChar separator, int index) {

@@ -75,6 +75,8 @@ constexpr MenuRow kMenuBar[] = {
     Menu(0, "Meas&ure"),
     Item(1, CommandId::kMeasurements),
     Item(1, CommandId::kHideMeasurements),
+    Item(1, CommandId::kSpectrum),
+    Item(1, CommandId::kHideSpectrum),
     Separator(1),
     Item(1, CommandId::kComputedAxes),
     Separator(1),
