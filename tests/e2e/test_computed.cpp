@@ -53,7 +53,7 @@ class Computed : public Viewer {
             type(ComputedAxesId::kUnit, unit);
             QTest::keyClick(dialog, Qt::Key_Return);
         }});
-        ClickItem(*m_frame->menuBar(), "Meas&ure", "&Computed Axes...");
+        ClickItem(*m_frame->menuBar(), "Meas&ure", "C&omputed Axes...");
         EXPECT_EQ(user.LastSeen(), "QDialog");
     }
 };
