@@ -80,8 +80,8 @@ std::vector<AxisPair> FindAxisPairs(std::span<const std::string> names) {
     return pairs;
 }
 
-AxisResult TestAxis(std::span<const double> commanded, std::span<const double> actual,
-                    double cycle_time, const AxisSetup& setup) {
+Steps<AxisResult> TestAxisInSteps(std::span<const double> commanded, std::span<const double> actual,
+                                  double cycle_time, AxisSetup setup) {
     AxisResult result;
     result.cycle_time = cycle_time;
     result.lines = commanded.size();
@@ -89,14 +89,23 @@ AxisResult TestAxis(std::span<const double> commanded, std::span<const double> a
     if (setup.rotary) {
         result.following.linear_gain = Figure::Not("a rotary axis");
     }
+    co_await Pause{};
     result.motion = FindStepsAndMoves(commanded, actual, cycle_time, setup.step);
+    co_await Pause{};
     result.reversals = FindReversalDwells(commanded, actual, cycle_time, setup.reversal_window);
     TakeDwells(&result);
+    co_await Pause{};
     result.response = setup.response
                           ? FrequencyResponseOf(commanded, actual, cycle_time, setup.response_setup)
                           : Told<FrequencyResponse>::Not("not asked for");
+    co_await Pause{};
     result.notes = AxisNotes(commanded, actual, result);
-    return result;
+    co_return result;
+}
+
+AxisResult TestAxis(std::span<const double> commanded, std::span<const double> actual,
+                    double cycle_time, const AxisSetup& setup) {
+    return TestAxisInSteps(commanded, actual, cycle_time, setup).Compute();
 }
 
 }  // namespace wavo::measure

@@ -8,6 +8,7 @@
 #include "measure/following_error.h"
 #include "measure/frequency_response.h"
 #include "measure/step_response.h"
+#include "measure/steps.h"
 
 namespace wavo::measure {
 
@@ -44,5 +45,8 @@ struct AxisResult {
 /// REQUIRES: columns of one size.
 AxisResult TestAxis(std::span<const double> commanded, std::span<const double> actual,
                     double cycle_time, const AxisSetup& setup = {});
+/// In steps, figure by figure. REQUIRES: the columns stay as they are until the end.
+Steps<AxisResult> TestAxisInSteps(std::span<const double> commanded, std::span<const double> actual,
+                                  double cycle_time, AxisSetup setup);
 
 }  // namespace wavo::measure

@@ -170,9 +170,11 @@ std::vector<double> SignedContourErrors(std::span<const ContourAxis> axes, const
     return ErrorsOf<2>(axes, stretch, setup, true);
 }
 
-ContourFigures ContourFiguresOf(std::span<const ContourAxis> axes, const Stretch& stretch,
-                                const ContourSetup& setup) {
-    const auto errors = ContourErrors(axes, stretch, setup);
+namespace {
+
+/// `first`: the cycle of the first error.
+ContourFigures FiguresFrom(std::span<const ContourAxis> axes, std::span<const double> errors,
+                           std::size_t first) {
     double largest = -1.0;
     double squares = 0.0;
     double largest_following = 0.0;
@@ -186,11 +188,11 @@ ContourFigures ContourFiguresOf(std::span<const ContourAxis> axes, const Stretch
         squares += errors[i] * errors[i];
         if (errors[i] > largest) {
             largest = errors[i];
-            figures.largest_at = stretch.first + i;
+            figures.largest_at = first + i;
         }
         double following = 0.0;
         for (const ContourAxis& axis : axes) {
-            const double error = axis.commanded[stretch.first + i] - axis.actual[stretch.first + i];
+            const double error = axis.commanded[first + i] - axis.actual[first + i];
             following += error * error;
         }
         largest_following = following > largest_following ? following : largest_following;
@@ -203,6 +205,17 @@ ContourFigures ContourFiguresOf(std::span<const ContourAxis> axes, const Stretch
     figures.rms = std::sqrt(squares / static_cast<double>(count)) * kMicrometres;
     figures.largest_following = std::sqrt(largest_following) * kMicrometres;
     return figures;
+}
+
+}  // namespace
+
+ContourFigures ContourFiguresOf(std::span<const ContourAxis> axes, const Stretch& stretch,
+                                const ContourSetup& setup) {
+    return FiguresFrom(axes, ContourErrors(axes, stretch, setup), stretch.first);
+}
+
+ContourFigures ContourFiguresOf(std::span<const ContourAxis> axes, std::span<const double> errors) {
+    return FiguresFrom(axes, errors, 0);
 }
 
 }  // namespace wavo::measure

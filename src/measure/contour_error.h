@@ -45,4 +45,7 @@ struct ContourFigures {
 ContourFigures ContourFiguresOf(std::span<const ContourAxis> axes, const Stretch& stretch,
                                 const ContourSetup& setup = {});
 
+/// The same of errors that are known, of the cycles from the first one on.
+ContourFigures ContourFiguresOf(std::span<const ContourAxis> axes, std::span<const double> errors);
+
 }  // namespace wavo::measure

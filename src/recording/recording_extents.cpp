@@ -94,20 +94,30 @@ bool RecordingReader::MakeLevels(std::size_t index) {
     return true;
 }
 
-void RecordingReader::SettleLevels() {
+std::size_t RecordingReader::SettleLevels(std::size_t most) {
+    const auto& entries = m_index.table.Entries();
     while (m_settled_version != m_index.table.Version()) {
-        const auto& entries = m_index.table.Entries();
-        const auto due = std::find_if(entries.begin(), entries.end(),
-                                      [](const ChunkEntry& entry) { return entry.levels_are_due; });
+        const auto due = std::ranges::find_if(entries, &ChunkEntry::levels_are_due);
         if (due == entries.end()) {
             m_settled_version = m_index.table.Version();
-            return;
+            break;
         }
-        // Either the levels are made, or a chunk leaves the table: this ends.
-        for (std::size_t i = static_cast<std::size_t>(due - entries.begin());
-             i < entries.size() && (!entries[i].levels_are_due || MakeLevels(i)); ++i) {
+        for (std::size_t i = static_cast<std::size_t>(due - entries.begin()); i < entries.size();
+             ++i) {
+            if (!entries[i].levels_are_due) {
+                continue;
+            }
+            if (most == 0) {
+                return static_cast<std::size_t>(
+                    std::ranges::count_if(entries, &ChunkEntry::levels_are_due));
+            }
+            --most;
+            if (!MakeLevels(i)) {
+                break;  // a chunk has left the table: this ends
+            }
         }
     }
+    return 0;
 }
 
 ColumnExtent RecordingReader::Extent(std::size_t axis, std::int32_t order, std::uint64_t from,

@@ -1,7 +1,6 @@
 #include "recording/recording_history.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace wavo::recording {
 
@@ -9,38 +8,6 @@ namespace {
 
 /// Lines that sums are made of at a time.
 constexpr std::int64_t kSumPiece = 65536;
-
-HistorySums SumsOf(std::span<const double> values) {
-    HistorySums sums;
-    for (const double value : values) {
-        if (std::isfinite(value)) {
-            ++sums.count;
-            sums.sum += value;
-        }
-    }
-    // In two passes: far from zero the squares of the values would lose the differences.
-    const double mean = sums.Mean();
-    for (const double value : values) {
-        if (std::isfinite(value)) {
-            sums.sum_of_squares += (value - mean) * (value - mean);
-        }
-    }
-    return sums;
-}
-
-void Add(const HistorySums& more, HistorySums& sums) {
-    if (more.count == 0) {
-        return;
-    }
-    const double both = static_cast<double>(sums.count) + static_cast<double>(more.count);
-    const double apart = more.Mean() - sums.Mean();
-    sums.sum_of_squares +=
-        more.sum_of_squares + (sums.count == 0 ? 0.0
-                                               : apart * apart * static_cast<double>(sums.count) *
-                                                     (static_cast<double>(more.count) / both));
-    sums.count += more.count;
-    sums.sum += more.sum;
-}
 
 /// What is known of a column after a look at it. `before_line_0`: there are no lines there.
 void Take(const ColumnExtent& extent, Closeness closeness, bool before_line_0,
@@ -120,7 +87,7 @@ HistoryAnswer RecordingHistory::Sums(const LineRange& lines, HistorySums& sums) 
         // What is not there is no finite value.
         m_reader.ReadValues(m_axis, m_order, static_cast<std::uint64_t>(line),
                             std::numeric_limits<double>::quiet_NaN(), values);
-        Add(SumsOf(values), sums);
+        sums.Add(HistorySums::Of(values));
     }
     return HistoryAnswer::kAll;
 }

@@ -52,7 +52,8 @@ class RecordingHistory final : public History {
     bool Outline(std::span<const std::int64_t> bounds, std::span<ColumnOutline> columns) override;
     HistoryAnswer LookCloser(const LineRange& lines, ColumnOutline& column) override;
     void Announce(const LineRange& lines, const ColumnOutline& column) override;
-    [[nodiscard]] std::uint64_t Version() const override { return m_reader.Version(); }
+    [[nodiscard]] std::uint64_t Version() const override { return m_reader.Versions().lines; }
+    [[nodiscard]] std::uint64_t Losses() const override { return m_reader.Versions().losses; }
 
  private:
     /// There are levels of this order in the file.

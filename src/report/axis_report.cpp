@@ -250,11 +250,11 @@ void PaintPart(const Page& page, const AxisReport& report, const AxisPart& part,
     page.Painter().setPen(kText);
     PaintChart(page.Painter(),
                page.Area(Page::kLeft, tables_end + 3.0, Page::kRight - Page::kLeft, charts / 2.0),
-               PositionChart(part), page.Millimetre());
+               AxisChart(part, report.setup, AxisPicture::kPosition), page.Millimetre());
     PaintChart(page.Painter(),
                page.Area(Page::kLeft, tables_end + 3.0 + charts / 2.0, Page::kRight - Page::kLeft,
                          charts / 2.0),
-               FollowingChart(part), page.Millimetre());
+               AxisChart(part, report.setup, AxisPicture::kFollowing), page.Millimetre());
     page.Sentences(Page::kBottom - 12.0 - kNotesHeight, Page::kBottom - 12.0,
                    AxisSentences(report, part, figures));
 }
@@ -269,22 +269,12 @@ void PaintResponse(const Page& page, const AxisReport& report, const AxisPart& p
     const auto area = [&](int place) {
         return page.Area(Page::kLeft, top + place * height, Page::kRight - Page::kLeft, height);
     };
-    PaintChart(
-        page.Painter(), area(0),
-        ResponseChart(part, least, QStringLiteral("magnitude in dB"),
-                      [&](std::size_t k) { return 20.0 * std::log10(response.Magnitude(k)); }),
-        page.Millimetre());
-    Chart phase = ResponseChart(part, least, QStringLiteral("phase in °"),
-                                [&](std::size_t k) { return response.Phase(k); });
-    phase.y_first = -180.0;
-    phase.y_last = 180.0;
-    PaintChart(page.Painter(), area(1), phase, page.Millimetre());
-    Chart coherence = ResponseChart(part, least, QStringLiteral("coherence"),
-                                    [&](std::size_t k) { return response.coherence[k]; });
-    coherence.y_first = 0.0;
-    coherence.y_last = 1.0;
-    coherence.levels = {least};
-    PaintChart(page.Painter(), area(2), coherence, page.Millimetre());
+    int place = 0;
+    for (const AxisPicture picture :
+         {AxisPicture::kMagnitude, AxisPicture::kPhase, AxisPicture::kCoherence}) {
+        PaintChart(page.Painter(), area(place++), AxisChart(part, report.setup, picture),
+                   page.Millimetre());
+    }
     page.Sentences(
         Page::kBottom - 26.0, Page::kBottom - 12.0,
         {Words(measure::Words(
@@ -339,6 +329,47 @@ void WriteResponse(JsonWriter& json, const measure::Told<measure::FrequencyRespo
 }
 
 }  // namespace
+
+Chart AxisChart(const AxisPart& part, const measure::AxisSetup& setup, AxisPicture picture) {
+    const double least = setup.response_setup.least_coherence;
+    const auto& response = part.result.response;
+    Chart chart;
+    switch (picture) {
+        case AxisPicture::kPosition:
+            return PositionChart(part);
+        case AxisPicture::kFollowing:
+            return FollowingChart(part);
+        case AxisPicture::kMagnitude:
+            return ResponseChart(
+                part, least, QStringLiteral("magnitude in dB"),
+                [&](std::size_t k) { return 20.0 * std::log10(response->Magnitude(k)); });
+        case AxisPicture::kPhase:
+            chart = ResponseChart(part, least, QStringLiteral("phase in °"),
+                                  [&](std::size_t k) { return response->Phase(k); });
+            chart.y_first = -180.0;
+            chart.y_last = 180.0;
+            return chart;
+        case AxisPicture::kCoherence:
+            chart = ResponseChart(part, least, QStringLiteral("coherence"),
+                                  [&](std::size_t k) { return response->coherence[k]; });
+            chart.y_first = 0.0;
+            chart.y_last = 1.0;
+            chart.levels = {least};
+            return chart;
+    }
+    return chart;
+}
+
+Chart ContourChart(std::span<const double> errors, double cycle_time) {
+    Chart chart;
+    chart.x_title = QStringLiteral("time in s");
+    chart.y_title = QStringLiteral("contour error in µm");
+    chart.x_last = static_cast<double>(std::max<std::size_t>(errors.size(), 1)) * cycle_time;
+    chart.curves = {{Reduced({0, errors.size()}, cycle_time,
+                             [&](std::size_t i) { return errors[i] * measure::kMicrometres; }),
+                     kCounterClockwiseInk, false, QStringLiteral("distance from the path")}};
+    return chart;
+}
 
 AxisVerdict JudgeAxes(const AxisReport& report) {
     AxisVerdict verdict;

@@ -10,6 +10,7 @@
 #include "measure/axis_test.h"
 #include "measure/contour_error.h"
 #include "measure/verdict.h"
+#include "report/chart.h"
 #include "report/circle_report.h"
 
 namespace wavo::report {
@@ -39,6 +40,15 @@ struct AxisVerdict {
 };
 
 AxisVerdict JudgeAxes(const AxisReport& report);
+
+/// What the pages show of an axis.
+enum class AxisPicture { kPosition, kFollowing, kMagnitude, kPhase, kCoherence };
+
+/// One of them. REQUIRES: the part has what it shows; kMagnitude and the others behind it: the
+/// response.
+Chart AxisChart(const AxisPart& part, const measure::AxisSetup& setup, AxisPicture picture);
+/// Contour errors of successive lines over time, mm; `first`: the line of the first one.
+Chart ContourChart(std::span<const double> errors, double cycle_time);
 
 int PagesOf(const AxisReport& report);
 

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "computed/computed_ini_data.h"
 #include "graph/model/graph_ini_data.h"
 #include "platform/file.h"
 #include "platform/folders.h"
 #include "session/report_texts.h"
 #include "support/diagnostics.h"
 #include "support/kept_file.h"
-#include "support/mini_data.h"
 
 namespace wavo {
 
@@ -75,6 +75,7 @@ bool GraphFiles::Open(const std::string& path, const std::string& display_name,
                                                           m_acquisition.CycleTime());
     if (read) {
         m_additional_text = std::move(additional_text);
+        m_computed.Define(computed::TakeComputedAxes(store));
         m_graphs.Replace(std::move(graphs));
         m_document_name = display_name;
         ShowRunTitle();
@@ -104,14 +105,20 @@ bool GraphFiles::OpenText(const std::string& text, const std::string& display_na
         m_observer.ShowError(session_texts::NotReadBox(display_name, error));
         return false;
     }
-    BringBack({std::move(graphs), std::move(additional_text), {}, display_name, true});
+    BringBack({std::move(graphs),
+               computed::TakeComputedAxes(store),
+               std::move(additional_text),
+               {},
+               display_name,
+               true});
     ShowRunTitle();
     m_acquisition.Source().GoOn();
     return true;
 }
 
 GraphFiles::Kept GraphFiles::Keep() const {
-    return {m_graphs.Graphs(), m_additional_text, m_current_path, m_document_name, m_is_unnamed};
+    return {m_graphs.Graphs(), m_computed.Definitions(), m_additional_text,
+            m_current_path,    m_document_name,          m_is_unnamed};
 }
 
 void GraphFiles::BringBack(const Kept& kept) {
@@ -119,15 +126,14 @@ void GraphFiles::BringBack(const Kept& kept) {
     m_current_path = kept.current_path;
     m_document_name = kept.document_name;
     m_is_unnamed = kept.is_unnamed;
+    m_computed.Define(kept.computed);
     m_graphs.Replace(kept.graphs);
 }
 
 Expected<std::size_t> GraphFiles::Save() {
     MIniData store(MIniData::kSaveFlush | MIniData::kSaveSafe);
     std::size_t axes_left_out = 0;
-    if (store.Open(m_current_path) &&
-        GetGraphAsIniData(store, GraphsToStore(), m_additional_text, &axes_left_out) &&
-        KeepUnread() && store.Save()) {
+    if (store.Open(m_current_path) && Put(store, &axes_left_out) && KeepUnread() && store.Save()) {
         return axes_left_out;
     }
     MErrTrace_Dump();
@@ -136,8 +142,12 @@ Expected<std::size_t> GraphFiles::Save() {
 
 bool GraphFiles::WriteCopy(const std::string& path) const {
     MIniData store;
-    return store.Open(path) && GetGraphAsIniData(store, GraphsToStore(), m_additional_text) &&
-           store.Save();
+    return store.Open(path) && Put(store) && store.Save();
+}
+
+bool GraphFiles::Put(MIniData& store, std::size_t* axes_left_out) const {
+    return GetGraphAsIniData(store, GraphsToStore(), m_additional_text, axes_left_out) &&
+           computed::PutComputedAxes(store, m_computed.Definitions());
 }
 
 bool GraphFiles::KeepUnread() {
@@ -165,6 +175,7 @@ std::vector<WavoGraph> GraphFiles::GraphsToStore() const {
 void GraphFiles::New() {
     ShowTitle("new");
     m_additional_text.clear();
+    m_computed.Define({});
     m_graphs.Replace({});
     m_acquisition.RebuildGraphs();
 }

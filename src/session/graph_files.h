@@ -14,36 +14,44 @@
 #include <string>
 #include <vector>
 
+#include "computed/computed_source.h"
 #include "graph/model/graph_list.h"
 #include "session/acquisition.h"
 #include "session/session_observer.h"
 #include "session/shown_graphs.h"
 #include "support/fault.h"
+#include "support/mini_data.h"
 
 namespace wavo {
 
 class GraphFiles {
  public:
     /// None of the references is owned; all outlive this object.
-    GraphFiles(Acquisition& acquisition, GraphList& graphs, const ShownGraphs& shown,
-               SessionObserver& observer)
-        : m_acquisition(acquisition), m_graphs(graphs), m_shown(shown), m_observer(observer) {}
+    GraphFiles(Acquisition& acquisition, GraphList& graphs, computed::ComputedSource& computed,
+               const ShownGraphs& shown, SessionObserver& observer)
+        : m_acquisition(acquisition),
+          m_graphs(graphs),
+          m_computed(computed),
+          m_shown(shown),
+          m_observer(observer) {}
 
-    /// Without graphs and text. The current file and the document name stay: saving writes the old
-    /// file.
+    /// Without graphs, computed axes and text. The current file and the document name stay: saving
+    /// writes the old file.
     void New();
 
     /// Opens a graph file and shows its graphs. The master, when there is one, is left and joined
     /// again, so that the next batch finds the new graphs. A fault is shown to the user; false.
     bool Open(const std::string& path, const std::string& display_name, bool add_to_recent);
 
-    /// Shows graphs and additional text of the text of a graph file that is on no disk; the current
-    /// file is then none, until a name is given to it. A fault is shown to the user; false.
+    /// Shows graphs, computed axes and additional text of the text of a graph file that is on no
+    /// disk; the current file is then none, until a name is given to it. A fault is shown to the
+    /// user; false.
     bool OpenText(const std::string& text, const std::string& display_name);
 
-    /// Graphs, additional text and names, to come back to.
+    /// Graphs, computed axes, additional text and names, to come back to.
     struct Kept {
         std::vector<WavoGraph> graphs;
+        std::vector<computed::ComputedAxis> computed;
         std::string additional_text;
         std::string current_path;
         std::string document_name;
@@ -52,13 +60,13 @@ class GraphFiles {
     [[nodiscard]] Kept Keep() const;
     void BringBack(const Kept& kept);
 
-    /// Writes graphs and additional text to the current file. Any step of that may fail; a file
-    /// that has to be kept and cannot is not replaced. Returns the number of axes with names that
-    /// cannot stand in a file, each an error-log entry.
+    /// Writes graphs, computed axes and additional text to the current file. Any step of that may
+    /// fail; a file that has to be kept and cannot is not replaced. Returns the number of axes with
+    /// names that cannot stand in a file, each an error-log entry.
     Expected<std::size_t> Save();
 
-    /// Writes graphs and additional text to another file, made anew; the current one stays. False
-    /// when it could not be written.
+    /// Writes graphs, computed axes and additional text to another file, made anew; the current one
+    /// stays. False when it could not be written.
     bool WriteCopy(const std::string& path) const;
 
     /// What the current file held is kept already: a save need not do that any more.
@@ -86,6 +94,8 @@ class GraphFiles {
     void SetAdditionalText(const std::string& text) { m_additional_text = text; }
 
  private:
+    /// Puts into a store what a graph file holds.
+    bool Put(MIniData& store, std::size_t* axes_left_out = nullptr) const;
     /// Keeps the current file if its last reading failed. False when it has to be kept and cannot.
     bool KeepUnread();
     /// The graphs with bounds that can be read back.
@@ -93,6 +103,7 @@ class GraphFiles {
 
     Acquisition& m_acquisition;
     GraphList& m_graphs;
+    computed::ComputedSource& m_computed;
     const ShownGraphs& m_shown;
     SessionObserver& m_observer;
     std::string m_current_path;

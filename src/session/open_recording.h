@@ -10,8 +10,11 @@
 #include <utility>
 #include <vector>
 
+#include "computed/computed_source.h"
+#include "computed/computed_streams.h"
 #include "link/axis_capabilities.h"
 #include "recording/recording_history.h"
+#include "recording/recording_names.h"
 #include "recording/recording_reader.h"
 #include "source/history.h"
 #include "source/value_source.h"
@@ -26,8 +29,9 @@ class RecordingSource final : public ValueSource, private AxisLimitsSource {
     /// `reader` is not owned and outlives the source.
     explicit RecordingSource(recording::RecordingReader& reader);
 
-    /// Looks anew at what there is to tell of the recording.
-    void Renew();
+    /// Looks anew at what there is to tell of the recording. `next`: the file name of the one
+    /// behind it; empty for none.
+    void Renew(const std::string& next = {});
 
     // ValueSource
     void SetEvents(ValueSourceEvents* events) override { m_events = events; }
@@ -85,8 +89,14 @@ class OpenRecording {
     [[nodiscard]] double CycleTime() const { return m_reader->Head().cycle_time; }
 
     /// The past of an axis with an order of derivation, which stays as long as the recording; null
-    /// for an axis that it does not have. REQUIRES: order >= 0.
+    /// for an axis that it has not. REQUIRES: order >= 0.
     [[nodiscard]] History* StreamOf(const std::string& axis_name, std::int32_t order);
+    /// Whether the extremes of a stream are known from far, without its lines.
+    [[nodiscard]] bool HasLevels(const std::string& axis_name, std::int32_t order) const;
+
+    /// Lets StreamOf also have the axes that `definitions` computes, from now on and as they
+    /// change. Not owned, outlives the recording. Streams of former definitions stay, too.
+    void SetComputed(const computed::ComputedSource& definitions) { m_computed = &definitions; }
 
     /// The graph file that came with it; nothing when there is none that can be read.
     [[nodiscard]] const std::optional<recording::GraphFile>& GraphsInside() const {
@@ -96,7 +106,16 @@ class OpenRecording {
     /// Takes in what was written since. True when there is more.
     bool Refresh();
 
+    /// The recordings before and behind it in a series of files, as LookAround has found them.
+    [[nodiscard]] const recording::Neighbours& Around() const { return m_around; }
+    /// Looks for them anew. True when they are others.
+    bool LookAround();
+    /// Looks anew at what its source tells of it.
+    void RenewText();
+
  private:
+    /// The streams of the computed axes; null when there are none.
+    computed::ComputedStreams* Computed();
     OpenRecording(RecordingToOpen opened, std::unique_ptr<recording::RecordingReader> reader);
 
     const std::uint64_t m_number;
@@ -105,7 +124,11 @@ class OpenRecording {
     RecordingSource m_source;
     recording::ReadingBudget m_budget;
     std::optional<recording::GraphFile> m_graphs;
+    recording::Neighbours m_around;
     std::map<std::pair<std::size_t, std::int32_t>, recording::RecordingHistory> m_streams;
+    const computed::ComputedSource* m_computed = nullptr;
+    std::uint64_t m_generation = 0;  // of the definitions that the last of these is for
+    std::vector<std::unique_ptr<computed::ComputedStreams>> m_computed_streams;
 };
 
 }  // namespace wavo

@@ -10,12 +10,14 @@ namespace wavo {
 
 Session::Session(ValueSource& source, ShownGraphs& shown, SessionObserver& observer)
     : m_source(source),
+      m_computed(m_source),
       m_observer(observer),
-      m_acquisition(m_source, m_graphs, m_streams, observer, m_value_lock,
+      m_acquisition(m_computed, m_graphs, m_streams, observer, m_value_lock,
                     m_settings.Current().background),
-      m_files(m_acquisition, m_graphs, shown, observer),
+      m_computed_axes(m_computed, m_streams, m_acquisition),
+      m_files(m_acquisition, m_graphs, m_computed, shown, observer),
       m_run(m_acquisition, m_streams, shown, m_files, observer),
-      m_recordings(m_source, m_acquisition, m_files, m_settings, observer) {
+      m_recordings(m_source, m_computed, m_acquisition, m_streams, m_files, m_settings, observer) {
     m_graphs.SetObserver([this](const GraphChange& change) { OnGraphChange(change); });
 }
 

@@ -7,8 +7,10 @@
 
 #include <string>
 
+#include "computed/computed_source.h"
 #include "graph/model/graph_list.h"
 #include "session/acquisition.h"
+#include "session/computed_axes.h"
 #include "session/graph_files.h"
 #include "session/locks.h"
 #include "session/recording_session.h"
@@ -43,12 +45,11 @@ class Session {
     [[nodiscard]] ValueStreams& Streams() { return m_streams; }
     [[nodiscard]] SettingsStore& Settings() { return m_settings; }
     [[nodiscard]] const SettingsStore& Settings() const { return m_settings; }
-    [[nodiscard]] ValueSource& Source() { return m_source; }
-    [[nodiscard]] const ValueSource& Source() const { return m_source; }
+    [[nodiscard]] ValueSource& Source() { return m_computed; }
     /// Where live values come from, whatever is shown.
     [[nodiscard]] ValueSource& LiveSource() { return m_source.Live(); }
+    [[nodiscard]] ComputedAxes& Computed() { return m_computed_axes; }
     [[nodiscard]] Acquisition& Values() { return m_acquisition; }
-    [[nodiscard]] const Acquisition& Values() const { return m_acquisition; }
     [[nodiscard]] GraphFiles& Files() { return m_files; }
     [[nodiscard]] RunControl& Run() { return m_run; }
     [[nodiscard]] RecordingSession& Recordings() { return m_recordings; }
@@ -73,12 +74,14 @@ class Session {
     void ShowLogFault(const std::string& path);
 
     SourceSwitch m_source;
+    computed::ComputedSource m_computed;
     SessionObserver& m_observer;
     ValueMutex m_value_lock;
     SettingsStore m_settings;
     GraphList m_graphs;
     ValueStreams m_streams;
     Acquisition m_acquisition;
+    ComputedAxes m_computed_axes;
     GraphFiles m_files;
     RunControl m_run;
     RecordingSession m_recordings;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "graph/values/missing_value.h"
 #include "session/line_tap.h"
@@ -10,11 +11,9 @@
 
 namespace wavo {
 
-void ValueStreams::SetTap(LineTap* tap) {
-    m_tap = tap;
-    if (m_tap != nullptr) {
-        m_tap->TakeAxes(m_axis_names);
-    }
+void ValueStreams::AddTap(LineTap& tap) {
+    m_taps.push_back(&tap);
+    tap.TakeAxes(m_axis_names);
 }
 
 GraphStreams ValueStreams::StreamsOf(const WavoGraph& graph, double cycle_time) {
@@ -45,13 +44,20 @@ GraphValue* ValueStreams::FindBuffer(const std::string& axis_name, double cycle_
     return value;
 }
 
+void ValueStreams::SetCycleTime(double cycle_time) {
+    if (cycle_time != m_cycle_time) {
+        Drop();
+        m_cycle_time = cycle_time;
+    }
+}
+
 void ValueStreams::ListBuffers(const std::vector<std::string>& axis_names) {
     m_columns_share_buffers =
         std::set<std::string>(axis_names.begin(), axis_names.end()).size() != axis_names.size();
     m_distribution.assign(axis_names.size(), {});
     m_axis_names = axis_names;
-    if (m_tap != nullptr) {
-        m_tap->TakeAxes(axis_names);
+    for (LineTap* const tap : m_taps) {
+        tap->TakeAxes(axis_names);
     }
     for (std::size_t a = 0; a < axis_names.size(); ++a) {
         for (GraphValue& value : m_registry.Values()) {
@@ -68,15 +74,27 @@ void ValueStreams::Drop() {
     }
     m_distribution.clear();
     m_registry.Clear();
-    if (m_tap != nullptr) {
-        m_tap->BeginAnew();
+    for (LineTap* const tap : m_taps) {
+        tap->BeginAnew();
     }
+}
+
+void ValueStreams::SetAside() {
+    m_distribution.clear();
+    m_aside = Buffers{std::exchange(m_registry, {}), m_cycle_time};
+}
+
+void ValueStreams::BringBack() {
+    Drop();
+    Buffers kept = *std::exchange(m_aside, std::nullopt);
+    m_registry = std::move(kept.registry);
+    m_cycle_time = kept.cycle_time;
 }
 
 void ValueStreams::Distribute(const ValueBatch& batch) {
     ExpectLines();
-    if (m_tap != nullptr) {
-        m_tap->TakeLines(m_lines, batch);
+    for (LineTap* const tap : m_taps) {
+        tap->TakeLines(m_lines, batch);
     }
     m_lines += static_cast<std::int64_t>(batch.count);
     const std::size_t columns = std::min(m_distribution.size(), batch.axes);
@@ -122,6 +140,14 @@ void ValueStreams::DistributeLineByLine(const ValueBatch& batch, std::size_t col
     }
 }
 
+void ValueStreams::BeginAnew(const std::vector<std::string>& axis_names) {
+    for (GraphValue& value : m_registry.Values()) {
+        if (std::ranges::find(axis_names, value.Name()) != axis_names.end()) {
+            value.Reset();
+        }
+    }
+}
+
 void ValueStreams::EmptyNewValues() {
     for (GraphValue& value : m_registry.Values()) {
         value.EmptyNewValues();
@@ -129,8 +155,8 @@ void ValueStreams::EmptyNewValues() {
 }
 
 void ValueStreams::Reset() {
-    if (m_tap != nullptr) {
-        m_tap->BeginAnew();
+    for (LineTap* const tap : m_taps) {
+        tap->BeginAnew();
     }
     for (GraphValue& value : m_registry.Values()) {
         value.Reset();

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -29,12 +30,18 @@ class ValueStreams {
         m_before_drop = std::move(before_drop);
     }
 
-    /// Hands the lines that buffers get to `tap` too, from now on; null: to nobody else. Not owned.
-    void SetTap(LineTap* tap);
+    /// Hands the lines that buffers get to `tap` too, from now on. Not owned.
+    void AddTap(LineTap& tap);
+    /// Nothing when it is none.
+    void RemoveTap(LineTap& tap) { std::erase(m_taps, &tap); }
 
     /// The buffers of a graph, made or grown where needed; null ones while `cycle_time` (seconds)
     /// is 0, and where there is a fault, which is reported and kept for TakeFaults.
     GraphStreams StreamsOf(const WavoGraph& graph, double cycle_time);
+
+    /// The seconds per line of the values to come. Buffers count in lines: those of another cycle
+    /// time hold other times and go.
+    void SetCycleTime(double cycle_time);
 
     /// Makes the distribution lists for these axes, in the order of their columns.
     void ListBuffers(const std::vector<std::string>& axis_names);
@@ -45,12 +52,21 @@ class ValueStreams {
     /// Destroys all buffers and empties the distribution lists.
     void Drop();
 
+    /// Keeps all buffers as they are, and goes on without any. Nobody may refer to them but who
+    /// keeps them as well. REQUIRES: none are set aside.
+    void SetAside();
+    /// Drops the buffers of now and goes on with those that were set aside, and their cycle time.
+    void BringBack();
+
     /// Hands the lines of a batch to the buffers, in order.
     void Distribute(const ValueBatch& batch);
 
     /// Lines that nobody has: each buffer that takes values gets missing ones in their place, at
     /// most as many as it holds. `lines` may be beyond every number.
     void Skip(double lines);
+
+    /// Empties the buffers of some axes: what they get next does not follow what they hold.
+    void BeginAnew(const std::vector<std::string>& axis_names);
 
     /// The new values of all buffers were shown.
     void EmptyNewValues();
@@ -70,10 +86,17 @@ class ValueStreams {
     void ExpectLines();
     void DistributeLineByLine(const ValueBatch& batch, std::size_t columns);
 
+    struct Buffers {
+        GraphValueRegistry registry;
+        double cycle_time = 0.0;
+    };
+
     std::function<void()> m_before_drop;
-    LineTap* m_tap = nullptr;
+    std::vector<LineTap*> m_taps;
     std::vector<std::string> m_axis_names;  ///< of the columns
     GraphValueRegistry m_registry;
+    double m_cycle_time = 0.0;  ///< that the buffers count in
+    std::optional<Buffers> m_aside;
     std::vector<std::vector<GraphValue*>> m_distribution;
     std::vector<std::string> m_faults;
     std::int64_t m_lines = 0;              ///< handed out so far

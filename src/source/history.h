@@ -7,6 +7,7 @@
 // a disk is read once.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -50,6 +51,39 @@ struct HistorySums {
     double sum_of_squares = 0.0;  ///< of the differences to the mean
     [[nodiscard]] double Mean() const {
         return count == 0 ? 0.0 : sum / static_cast<double>(count);
+    }
+
+    [[nodiscard]] static HistorySums Of(std::span<const double> values) {
+        HistorySums sums;
+        for (const double value : values) {
+            if (std::isfinite(value)) {
+                ++sums.count;
+                sums.sum += value;
+            }
+        }
+        // In two passes: far from zero the squares of the values would lose the differences.
+        const double mean = sums.Mean();
+        for (const double value : values) {
+            if (std::isfinite(value)) {
+                sums.sum_of_squares += (value - mean) * (value - mean);
+            }
+        }
+        return sums;
+    }
+
+    /// As if the values of both had come together.
+    void Add(const HistorySums& more) {
+        if (more.count == 0) {
+            return;
+        }
+        const double both = static_cast<double>(count) + static_cast<double>(more.count);
+        const double apart = more.Mean() - Mean();
+        sum_of_squares +=
+            more.sum_of_squares + (count == 0 ? 0.0
+                                              : apart * apart * static_cast<double>(count) *
+                                                    (static_cast<double>(more.count) / both));
+        count += more.count;
+        sum += more.sum;
     }
 };
 
@@ -114,6 +148,8 @@ class History {
     virtual void Announce(const LineRange& /*lines*/, const ColumnOutline& /*column*/) {}
     /// Changes when what was told of lines no longer holds.
     [[nodiscard]] virtual std::uint64_t Version() const { return 0; }
+    /// Changes when a value that was told is there no more; not when lines come.
+    [[nodiscard]] virtual std::uint64_t Losses() const { return 0; }
 };
 
 }  // namespace wavo

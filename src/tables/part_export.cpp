@@ -1,6 +1,7 @@
 #include "tables/part_export.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "platform/data_file.h"
@@ -31,7 +32,8 @@ PartExport::PartExport(recording::RecordingReader& reader, LineSpan part, PartFi
       m_part{std::max(part.first, reader.FirstLine()), std::min(part.end, reader.EndLine())},
       m_file(std::move(file)),
       m_gaps(reader.Gaps()),
-      m_line(reader.Head().axis_names.size()),
+      m_line(reader.Head().axis_names.size() +
+             (m_file.format == PartFormat::kRecording ? 0 : m_file.columns.size())),
       m_next(m_part.first) {}
 
 PartExport::~PartExport() {
@@ -99,15 +101,24 @@ void PartExport::PutEvents(std::uint64_t line) {
     }
 }
 
+void PartExport::ReadColumns(std::uint64_t line) {
+    const std::size_t axes = m_reader.Head().axis_names.size();
+    for (std::size_t i = axes; i < m_line.size(); ++i) {
+        m_file.columns[i - axes].values->Values(static_cast<std::int64_t>(line), {&m_line[i], 1});
+    }
+}
+
 StepState PartExport::Step() {
     if (m_fault || m_is_done) {
         return m_fault ? StepState::kFailed : StepState::kDone;
     }
     const std::size_t lines = std::max<std::size_t>(kValuesPerStep / (m_line.size() + 1), 1);
+    const std::span axes = std::span(m_line).first(m_reader.Head().axis_names.size());
     for (std::size_t i = 0; i < lines && m_next < m_part.end; ++i) {
         SkipGap();
         // A chunk that is found damaged meanwhile is a gap, too.
-        if (m_next < m_part.end && m_reader.ReadLine(m_next, m_line)) {
+        if (m_next < m_part.end && m_reader.ReadLine(m_next, axes)) {
+            ReadColumns(m_next);
             PutEvents(m_next);
             if (MaybeFault fault = m_writer->PutLine(m_next, m_line)) {
                 return Fail(*fault);

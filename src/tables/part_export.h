@@ -23,6 +23,7 @@
 
 #include "recording/recording_reader.h"
 #include "settings/export_settings.h"
+#include "source/history.h"
 #include "support/fault.h"
 #include "tables/stepped_work.h"
 
@@ -33,12 +34,20 @@ enum class PartFormat { kRecording, kTable, kPackedTable };
 /// Why no recording is written onto itself.
 inline constexpr char kOntoItself[] = "a recording cannot be exported onto itself";
 
+/// A column of a table that is no axis of the recording.
+struct PartColumn {
+    std::string name;
+    History* values = nullptr;  ///< by the lines of the recording; not owned, outlives the export
+};
+
 /// Where a part is written to, and how.
 struct PartFile {
     std::string path;  ///< UTF-8
     PartFormat format = PartFormat::kRecording;
     /// Of tables: separator, decimal point and end of line.
     ExportSettings settings;
+    /// Of tables: behind the axes.
+    std::vector<PartColumn> columns = {};
 };
 
 /// What the file is written by.
@@ -67,6 +76,8 @@ class PartExport final : public SteppedWork {
     MaybeFault Open();
     StepState Fail(const Fault& fault);
     StepState Finish();
+    /// Puts the values of a line, without those of the axes, behind these.
+    void ReadColumns(std::uint64_t line);
     /// Goes over the gap that m_next lies in, if any.
     void SkipGap();
     /// Puts the events up to a line that are due.
@@ -82,7 +93,7 @@ class PartExport final : public SteppedWork {
     std::unique_ptr<PartWriter> m_writer;
     MaybeFault m_fault;
     bool m_is_done = false;
-    std::vector<double> m_line;
+    std::vector<double> m_line;  // the axes, and the columns of a table
     std::uint64_t m_next = 0;
     std::size_t m_gap = 0;  // the first that does not end before m_next
     std::size_t m_event = 0;

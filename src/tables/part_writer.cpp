@@ -150,6 +150,10 @@ class TablePart final : public PartWriter {
             m_text += m_settings.separator;
             PutName(name);
         }
+        for (const PartColumn& column : how.columns) {
+            m_text += m_settings.separator;
+            PutName(column.name);
+        }
         m_text += m_settings.end_of_line;
     }
 

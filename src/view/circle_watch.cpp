@@ -1,6 +1,7 @@
 #include "view/circle_watch.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -10,7 +11,6 @@ namespace wavo {
 
 namespace {
 
-constexpr std::int64_t kLinesPerCopy = 8192;
 /// Lines from one attempt to the next while no turn was found yet, seconds.
 constexpr double kFirstAttempts = 1.0;
 
@@ -41,15 +41,29 @@ const measure::CircleEvaluation& LastOf(const measure::CircleResult& result) {
     return pair != result.evaluations.rend() ? *pair : result.evaluations.back();
 }
 
+bool HasValues(const std::vector<double>& column) {
+    return std::ranges::any_of(column, [](double value) { return std::isfinite(value); });
+}
+
+/// Columns of which nothing is known: graphs that were stopped before hold what they show.
+void LeaveOutUnknown(CircleOutcome* outcome) {
+    PlaneAxes& axes = outcome->axes;
+    if (axes.has_commanded && !(HasValues(outcome->columns[2]) && HasValues(outcome->columns[3]))) {
+        outcome->columns.erase(outcome->columns.begin() + 2, outcome->columns.begin() + 4);
+        axes.columns.erase(axes.columns.begin() + 2, axes.columns.begin() + 4);
+        axes.has_commanded = false;
+    }
+}
+
 }  // namespace
 
 CircleWatch::CircleWatch(Session& session, GraphBoard& board, PastView& past,
                          std::function<std::uint32_t()> selected)
-    : m_session(session), m_board(board), m_past(past), m_selected(std::move(selected)) {}
-
-CircleWatch::~CircleWatch() {
-    m_session.Streams().SetTap(nullptr);
-}
+    : m_session(session),
+      m_board(board),
+      m_selected(std::move(selected)),
+      m_gatherer(session, past),
+      m_work([this] { return Work(); }) {}
 
 bool CircleWatch::IsPlane(const WavoGraph& graph) {
     return graph.XCoorType == CoorType::kAxis && ValueAxis(graph).has_value();
@@ -63,10 +77,6 @@ const GraphDraw* CircleWatch::Graph() const {
     const auto plane = std::ranges::find_if(
         m_board.Drawers(), [](const auto& drawer) { return IsPlane(drawer->Graph()); });
     return plane == m_board.Drawers().end() ? nullptr : plane->get();
-}
-
-bool CircleWatch::IsLive() const {
-    return m_session.Recording() == nullptr && m_session.Values().IsRunning();
 }
 
 void CircleWatch::SetActive(bool active) {
@@ -93,8 +103,8 @@ void CircleWatch::SetQuestion(const CircleQuestion& question) {
 }
 
 void CircleWatch::Forget() {
-    m_session.Streams().SetTap(nullptr);
-    m_lines.reset();
+    m_gatherer.Forget();
+    m_plane.reset();
     m_outcome.reset();
     m_subject.reset();
     m_turn_lines = 0;
@@ -109,67 +119,32 @@ bool CircleWatch::TakePlane() {
     const PlaneAxes plane = PlaneOf(shown.XCoorAxName, shown.YCoorAxName[*ValueAxis(shown)],
                                     m_session.Values().AxisNames());
     m_graph = shown.GraphNumber;
-    if (m_lines == nullptr || m_lines->Axes() != plane) {
+    if (m_plane != plane) {
         GiveUp();
         Forget();
-        m_lines = std::make_unique<PlaneLines>(plane);
-        m_session.Streams().SetTap(m_lines.get());
+        m_plane = plane;
+        m_gatherer.Take(plane.columns);
     }
     return true;
 }
 
 CircleWatch::Subject CircleWatch::SubjectNow() const {
-    Subject subject;
-    subject.graph = m_graph;
+    Subject subject{m_graph, false, m_gatherer.Now()};
     const GraphDraw* const graph = m_board.Find(m_graph);
-    if (const OpenRecording* const recording = m_session.Recording()) {
-        subject.recording = recording->Number();
-        const LineRange held = recording->Lines();
-        subject.lines = m_past.IsShown() ? m_past.Window().Seen() : held;
-        subject.lines.begin = std::clamp(subject.lines.begin, held.begin, held.end);
-        subject.lines.end = std::clamp(subject.lines.end, subject.lines.begin, held.end);
-    } else if (graph != nullptr && !HoldsRecording(*graph) && m_lines->Lines().Count() > 0) {
-        subject.is_tapped = true;
-        subject.lines = m_lines->Lines();
-    } else if (graph != nullptr && (!IsLive() || HoldsRecording(*graph))) {
+    if (graph != nullptr && m_session.Recording() == nullptr && HoldsRecording(*graph)) {
         const std::vector<LineLog::Run> runs = LinesOfGraph(*graph);
+        subject.is_of_trigger = true;
+        subject.gathered = {};
         if (!runs.empty()) {
-            subject.lines = {runs.front().line,
-                             runs.back().line + static_cast<std::int64_t>(runs.back().count)};
+            subject.gathered.lines = {
+                runs.front().line, runs.back().line + static_cast<std::int64_t>(runs.back().count)};
         }
     }
     return subject;
 }
 
-std::vector<std::unique_ptr<LineValues>> CircleWatch::ColumnsOf(const Subject& subject) const {
-    const PlaneAxes& axes = m_lines->Axes();
-    std::vector<std::unique_ptr<LineValues>> columns(axes.columns.size());
-    if (OpenRecording* const recording = m_session.Recording()) {
-        for (std::size_t i = 0; i < columns.size(); ++i) {
-            if (History* const history = recording->StreamOf(axes.columns[i], 0)) {
-                columns[i] = std::make_unique<HistoryValues>(*history);
-            }
-        }
-        return columns;
-    }
-    const GraphDraw* const graph = m_board.Find(subject.graph);
-    if (graph == nullptr || graph->Lines().empty()) {
-        return columns;
-    }
-    const std::size_t streams[] = {graph->Recorder().Axes(), *ValueAxis(graph->Graph())};
-    for (std::size_t i = 0; i < std::size(streams); ++i) {
-        const GraphValue* const value = graph->Recorder().Taken(streams[i]).value;
-        if (HoldsRecording(*graph)) {
-            columns[i] = std::make_unique<RecordedValues>(*graph, streams[i]);
-        } else if (value != nullptr) {
-            columns[i] = std::make_unique<BufferValues>(*value);
-        }
-    }
-    return columns;
-}
-
 void CircleWatch::OnBatch() {
-    if (m_is_active && m_lines != nullptr && m_next == nullptr && IsDue()) {
+    if (m_is_active && m_plane && m_next == nullptr && IsDue()) {
         Begin(SubjectNow());
     }
 }
@@ -177,17 +152,17 @@ void CircleWatch::OnBatch() {
 /// Values flow, and there are enough new ones for another turn.
 bool CircleWatch::IsDue() const {
     const Subject subject = SubjectNow();
-    if (!IsLive() || !subject.is_tapped) {
+    const LineRange& lines = subject.Lines();
+    if (!m_gatherer.IsLive() || !subject.gathered.is_tapped) {
         return false;
     }
-    const bool goes_on = m_subject && m_subject->is_tapped && m_subject->graph == subject.graph &&
-                         m_subject->lines.end <= subject.lines.end;
-    const std::int64_t since =
-        subject.lines.end - (goes_on ? m_subject->lines.end : subject.lines.begin);
+    const bool goes_on = m_subject && m_subject->gathered.is_tapped &&
+                         m_subject->graph == subject.graph && m_subject->Lines().end <= lines.end;
+    const std::int64_t since = lines.end - (goes_on ? m_subject->Lines().end : lines.begin);
     const auto first =
         static_cast<std::int64_t>(kFirstAttempts / std::max(m_session.Values().CycleTime(), 1e-9));
     // A stretch without turns becomes longer and longer: it is not looked at again and again.
-    return since >= std::max(m_turn_lines > 0 ? m_turn_lines : first, subject.lines.Count() / 4);
+    return since >= std::max(m_turn_lines > 0 ? m_turn_lines : first, lines.Count() / 4);
 }
 
 void CircleWatch::OnChanged() {
@@ -202,24 +177,24 @@ void CircleWatch::OnChanged() {
     }
     const Subject subject = SubjectNow();
     const auto same_source = [&](const Subject& before) {
-        return before.graph == subject.graph && before.recording == subject.recording;
+        return before.graph == subject.graph &&
+               before.gathered.recording == subject.gathered.recording;
     };
     if (m_subject && !same_source(*m_subject)) {
         GiveUp();
         m_outcome.reset();
         m_subject.reset();
     }
-    const GraphDraw* const graph = m_board.Find(m_graph);
-    if (IsLive() && (graph == nullptr || !HoldsRecording(*graph))) {
+    if (m_gatherer.IsLive() && !subject.is_of_trigger) {
         if (m_next == nullptr) {
             SetState(m_outcome != nullptr ? State::kDone : State::kNoValues);
         }
         return;
     }
-    if (subject.lines.Count() == 0) {
+    if (subject.Lines().Count() == 0) {
         GiveUp();
         SetState(State::kNoValues);
-    } else if (subject.lines.Count() > kMostLines) {
+    } else if (subject.Lines().Count() > kMostLines) {
         GiveUp();
         m_outcome.reset();
         m_subject = subject;
@@ -234,21 +209,21 @@ void CircleWatch::Begin(const Subject& subject) {
     m_subject = subject;
     m_next = std::make_unique<CircleOutcome>();
     m_next->graph = subject.graph;
-    m_next->axes = m_lines->Axes();
-    if (subject.recording == 0 && !subject.is_tapped) {
-        // The buffers of the graph are those of its two axes.
+    m_next->axes = *m_plane;
+    if (subject.is_of_trigger) {
+        // The curves of the graph are those of its two axes.
         m_next->axes.columns.resize(2);
         m_next->axes.has_commanded = false;
     }
-    m_next->data = subject.recording != 0 ? m_session.Recording()->Path() : "live";
-    m_next->first_line = subject.lines.begin;
+    m_next->data = m_gatherer.Name();
+    m_next->first_line = subject.Lines().begin;
     m_next->columns.resize(m_next->axes.columns.size());
     for (std::vector<double>& column : m_next->columns) {
-        column.reserve(static_cast<std::size_t>(subject.lines.Count()));
+        column.reserve(static_cast<std::size_t>(subject.Lines().Count()));
     }
     m_copied = 0;
     SetState(State::kWorking);
-    Post();
+    m_work.Begin();
 }
 
 void CircleWatch::GiveUp() {
@@ -259,31 +234,6 @@ void CircleWatch::GiveUp() {
 void CircleWatch::SetState(State state) {
     if (std::exchange(m_state, state) != state) {
         Q_EMIT Changed();
-    }
-}
-
-void CircleWatch::Post() {
-    if (std::exchange(m_is_posted, true)) {
-        return;
-    }
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            m_is_posted = false;
-            const Clock::time_point end = Clock::now() + kSlice;
-            bool is_more = Work();
-            while (is_more && Clock::now() < end) {
-                is_more = Work();
-            }
-            if (is_more) {
-                Post();
-            }
-        },
-        Qt::QueuedConnection);
-}
-
-void CircleWatch::Finish() {
-    while (Work()) {
     }
 }
 
@@ -309,35 +259,37 @@ bool CircleWatch::Work() {
 
 /// True when there is more to copy. Gives up when what was to be copied has gone.
 bool CircleWatch::CopySome() {
-    const std::int64_t left = m_subject->lines.Count() - m_copied;
-    if (left == 0) {
-        return false;
+    const std::int64_t left = m_subject->Lines().Count() - m_copied;
+    const auto count = static_cast<std::size_t>(std::min(left, LineGatherer::kLinesPerCopy));
+    std::vector<std::span<double>> columns;
+    for (std::vector<double>& column : m_next->columns) {
+        column.resize(column.size() + count, std::numeric_limits<double>::quiet_NaN());
+        columns.push_back(std::span(column).last(count));
     }
-    const OpenRecording* const recording = m_session.Recording();
-    if ((recording != nullptr ? recording->Number() : 0) != m_subject->recording) {
+    if (!Copy(m_subject->Lines().begin + m_copied, columns)) {
         GiveUp();
         return false;
     }
-    const std::int64_t first = m_subject->lines.begin + m_copied;
-    const auto count = static_cast<std::size_t>(std::min(left, kLinesPerCopy));
-    const auto columns =
-        m_subject->is_tapped ? std::vector<std::unique_ptr<LineValues>>() : ColumnsOf(*m_subject);
-    for (std::size_t i = 0; i < m_next->columns.size(); ++i) {
-        std::vector<double>& column = m_next->columns[i];
-        column.resize(column.size() + count, std::numeric_limits<double>::quiet_NaN());
-        const std::span<double> values = std::span(column).last(count);
-        if (m_subject->is_tapped) {
-            m_lines->Read(i, first, values);
-        } else if (columns[i] != nullptr) {
-            columns[i]->Read(first, values);
-        }
-    }
     m_copied += static_cast<std::int64_t>(count);
-    return m_copied < m_subject->lines.Count();
+    return m_copied < m_subject->Lines().Count();
+}
+
+bool CircleWatch::Copy(std::int64_t first, std::span<const std::span<double>> columns) const {
+    if (!m_subject->is_of_trigger) {
+        return m_gatherer.Copy(m_subject->gathered, first, columns);
+    }
+    const GraphDraw* const graph = m_board.Find(m_subject->graph);
+    if (graph == nullptr || graph->Lines().empty() || !HoldsRecording(*graph)) {
+        return false;
+    }
+    RecordedValues(*graph, graph->Recorder().Axes()).Read(first, columns[0]);
+    RecordedValues(*graph, *ValueAxis(graph->Graph())).Read(first, columns[1]);
+    return true;
 }
 
 void CircleWatch::Evaluate() {
     CircleOutcome& next = *m_next;
+    LeaveOutUnknown(&next);
     next.path.cycle_time = m_session.Values().CycleTime();
     next.path.x = next.columns[0];
     next.path.y = next.columns[1];
@@ -359,9 +311,9 @@ void CircleWatch::TakeResult() {
     m_steps.reset();
     std::unique_ptr<CircleOutcome> next = std::move(m_next);
     const measure::CircleResult& result = next->result;
-    if (m_subject->is_tapped && !result.evaluations.empty()) {
+    if (m_subject->gathered.is_tapped && !result.evaluations.empty()) {
         m_turn_lines = static_cast<std::int64_t>(result.turns.back().stretch.Size());
-        std::int64_t from = m_subject->lines.end;
+        std::int64_t from = m_subject->Lines().end;
         for (const std::size_t turn : LastOf(result).turns) {
             const measure::CircleRun& run = result.runs[result.turns[turn].run];
             // Of an endless run the half behind its turn is enough for the next one.
@@ -371,15 +323,15 @@ void CircleWatch::TakeResult() {
                     std::min(result.turns[turn].stretch.first, result.turns[turn].stretch.Size())));
             from = std::min(from, next->first_line + first);
         }
-        m_lines->KeepFrom(from - static_cast<std::int64_t>(m_turn_lines / 4));
+        m_gatherer.KeepFrom(from - static_cast<std::int64_t>(m_turn_lines / 4));
         if (result.evaluations.size() > 1 && &LastOf(result) != &result.evaluations.front() &&
-            m_lines->Lines().begin > m_subject->lines.begin) {
+            m_gatherer.Now().lines.begin > m_subject->Lines().begin) {
             Begin(SubjectNow());  // the last one alone
             return;
         }
     }
-    const bool is_newer =
-        m_outcome == nullptr || !m_subject->is_tapped || EndOfTurns(*next) > EndOfTurns(*m_outcome);
+    const bool is_newer = m_outcome == nullptr || !m_subject->gathered.is_tapped ||
+                          EndOfTurns(*next) > EndOfTurns(*m_outcome);
     if (is_newer) {
         m_outcome = std::move(next);
     }

@@ -6,14 +6,13 @@
 // recording.
 //
 // Invariants:
-// 1. A part of the work takes some kSlice, then the event loop goes on.
-// 2. Between two parts nothing refers to graphs, buffers or recordings.
-// 3. An outcome stays until another one with newer turns is there, or the plane or what is looked at
+// 1. Between two parts of the work nothing refers to graphs, buffers or recordings.
+// 2. An outcome stays until another one with newer turns is there, or the plane or what is looked
+// at
 //    changes.
 #pragma once
 
 #include <QObject>
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -22,10 +21,11 @@
 #include <vector>
 
 #include "measure/circle_test.h"
-#include "session/line_values.h"
-#include "session/plane_lines.h"
+#include "session/plane_axes.h"
 #include "session/session.h"
 #include "view/graph_board.h"
+#include "view/idle_work.h"
+#include "view/line_gatherer.h"
 #include "view/past_view.h"
 
 namespace wavo {
@@ -55,8 +55,6 @@ class CircleWatch final : public QObject {
     Q_OBJECT
 
  public:
-    using Clock = std::chrono::steady_clock;
-    static constexpr std::chrono::microseconds kSlice{300};
     /// Of what stands still no more lines are evaluated at once.
     static constexpr std::int64_t kMostLines = 4'000'000;
 
@@ -72,8 +70,6 @@ class CircleWatch final : public QObject {
     /// graph that the user has selected.
     CircleWatch(Session& session, GraphBoard& board, PastView& past,
                 std::function<std::uint32_t()> selected);
-    ~CircleWatch() override;
-
     /// Nothing is gathered and evaluated while it is not active.
     void SetActive(bool active);
     void SetQuestion(const CircleQuestion& question);
@@ -88,13 +84,13 @@ class CircleWatch final : public QObject {
     [[nodiscard]] const CircleOutcome* Outcome() const { return m_outcome.get(); }
     [[nodiscard]] State Now() const { return m_state; }
     /// The axes that are tested; null without a plane.
-    [[nodiscard]] const PlaneAxes* Plane() const { return m_lines ? &m_lines->Axes() : nullptr; }
+    [[nodiscard]] const PlaneAxes* Plane() const { return m_plane ? &*m_plane : nullptr; }
 
     /// Whether a graph shows a plane that can be tested.
     [[nodiscard]] static bool IsPlane(const WavoGraph& graph);
 
     /// Does all of the work at once, for tests and pictures.
-    void Finish();
+    void Finish() const { m_work.Finish(); }
 
  Q_SIGNALS:
     /// Another state or another outcome.
@@ -104,27 +100,25 @@ class CircleWatch final : public QObject {
     /// What is evaluated, as long as nothing of it changes.
     struct Subject {
         std::uint32_t graph = 0;
-        std::uint64_t recording = 0;  ///< its number; 0: live values
-        bool is_tapped = false;       ///< the lines are those that were taken as they came
-        LineRange lines;
+        bool is_of_trigger = false;  ///< what a trigger made the graph hold
+        GatheredLines gathered;
+
+        [[nodiscard]] const LineRange& Lines() const { return gathered.lines; }
 
         friend bool operator==(const Subject&, const Subject&) = default;
     };
 
     [[nodiscard]] const GraphDraw* Graph() const;
-    [[nodiscard]] bool IsLive() const;
     /// Takes the plane of the graph; false when there is none.
     bool TakePlane();
     [[nodiscard]] Subject SubjectNow() const;
-    /// The columns of what is evaluated now; null ones where nothing is known.
-    [[nodiscard]] std::vector<std::unique_ptr<LineValues>> ColumnsOf(const Subject& subject) const;
     void Begin(const Subject& subject);
     void GiveUp();
     void SetState(State state);
-    void Post();
     /// A part of the work; false when all is done.
     bool Work();
     bool CopySome();
+    bool Copy(std::int64_t first, std::span<const std::span<double>> columns) const;
     void Evaluate();
     void TakeResult();
     [[nodiscard]] bool IsDue() const;
@@ -132,14 +126,14 @@ class CircleWatch final : public QObject {
 
     Session& m_session;
     GraphBoard& m_board;
-    PastView& m_past;
     const std::function<std::uint32_t()> m_selected;
 
     bool m_is_active = false;
-    bool m_is_posted = false;
     State m_state = State::kNoPlane;
     CircleQuestion m_question;
-    std::unique_ptr<PlaneLines> m_lines;  ///< of the plane; taken as they come
+    LineGatherer m_gatherer;
+    IdleWork m_work;
+    std::optional<PlaneAxes> m_plane;
     std::uint32_t m_graph = 0;
 
     std::optional<Subject> m_subject;  ///< that is evaluated, or was last

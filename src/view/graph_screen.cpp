@@ -86,12 +86,25 @@ void GraphScreen::ResizePicture() {
 std::vector<std::string> GraphScreen::MakeGraphs() {
     const std::lock_guard guard(m_graph_lock);
     m_laid_out = AreaAboveText();
+    m_board.SetUnits(m_session.Computed().Units());
     m_board.SetOfRecording(m_session.Recording() != nullptr);
     std::vector<std::string> faults =
         m_board.CreateAllGraphRects(m_laid_out, m_session.Values().CycleTime(),
                                     m_session.Values().AxisNames(), m_session.Settings().Current());
     m_picture.Invalidate();
     return faults;
+}
+
+bool GraphScreen::BringGraphsBack() {
+    const std::lock_guard guard(m_graph_lock);
+    m_board.SetOfRecording(false);
+    const QRect area = AreaAboveText();
+    if (!m_board.BringBack(area, m_session.Values().AxisNames(), m_session.Settings().Current())) {
+        return false;
+    }
+    m_laid_out = area;
+    m_picture.Invalidate();
+    return true;
 }
 
 void GraphScreen::DrawAndShow(bool restart) {

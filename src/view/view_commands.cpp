@@ -3,7 +3,9 @@
 #include <QDialog>
 
 #include "ui/dialogs/add_text.h"
+#include "ui/dialogs/computed_axes_dialog.h"
 #include "ui/dialogs/wavo_properties.h"
+#include "ui/graph_editor/ax_select.h"
 #include "ui/messages.h"
 #include "view/graph_printer.h"
 #include "view/graph_screen.h"
@@ -23,7 +25,7 @@ int RecentFileIndex(CommandId id) {
 
 }  // namespace
 
-ViewCommands::ViewCommands(Session& session, GraphScreen& screen, QObject& editor,
+ViewCommands::ViewCommands(Session& session, GraphScreen& screen, CAxSelect& editor,
                            GraphPrinter& printer, const Prompts& prompts, QWidget& parent)
     : m_session(session),
       m_screen(screen),
@@ -58,6 +60,7 @@ bool ViewCommands::IsEnabled(CommandId id) const {
         case CommandId::kPrintPreview:
         case CommandId::kProperties:
         case CommandId::kAdditionalText:
+        case CommandId::kComputedAxes:
             return true;
         default:
             return !RecentFile(id).empty();
@@ -95,6 +98,8 @@ void ViewCommands::Execute(CommandId id) {
             return EditProperties();
         case CommandId::kAdditionalText:
             return EditAdditionalText();
+        case CommandId::kComputedAxes:
+            return EditComputedAxes();
         case CommandId::kShowGraphEditor:
             return ShowGraphEditor();
         default:
@@ -131,6 +136,17 @@ void ViewCommands::EditAdditionalText() {
         m_session.Files().SetAdditionalText(text);
         m_screen.DrawAndShow();
     }
+}
+
+void ViewCommands::EditComputedAxes() {
+    ComputedAxes& computed = m_session.Computed();
+    ComputedAxesDialog dialog(computed.Definitions(), computed.OtherNames(), &m_parent);
+    if (dialog.exec() != QDialog::Accepted || dialog.Axes() == computed.Definitions()) {
+        return;
+    }
+    const std::uint32_t edited = m_editor.SelectedNumber();
+    computed.Define(dialog.Axes());
+    SendAppMessage(&m_editor, AppMessage::kSelectGraph, 0, edited);
 }
 
 void ViewCommands::ShowGraphEditor() {

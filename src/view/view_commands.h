@@ -8,18 +8,18 @@
 #include "view/command_target.h"
 #include "view/file_commands.h"
 
-class QObject;
 class QWidget;
 
 namespace wavo {
 
+class CAxSelect;
 class GraphPrinter;
 class GraphScreen;
 
 class ViewCommands final : public CommandTarget {
  public:
     /// None of the references is owned; all outlive this object. Dialogs stand over `parent`.
-    ViewCommands(Session& session, GraphScreen& screen, QObject& editor, GraphPrinter& printer,
+    ViewCommands(Session& session, GraphScreen& screen, CAxSelect& editor, GraphPrinter& printer,
                  const Prompts& prompts, QWidget& parent);
 
     // CommandTarget
@@ -37,6 +37,9 @@ class ViewCommands final : public CommandTarget {
     /// Lets the user edit the text below the graphs. With OK it is shown at once; it goes into the
     /// file with the graphs.
     void EditAdditionalText();
+    /// Lets the user edit the computed axes. With OK they are computed at once; they go into the
+    /// file with the graphs.
+    void EditComputedAxes();
     /// Shows the graph editor above the graphs.
     void ShowGraphEditor();
 
@@ -46,7 +49,7 @@ class ViewCommands final : public CommandTarget {
 
     Session& m_session;
     GraphScreen& m_screen;
-    QObject& m_editor;  // gets messages
+    CAxSelect& m_editor;
     GraphPrinter& m_printer;
     const Prompts& m_prompts;
     QWidget& m_parent;

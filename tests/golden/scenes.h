@@ -22,6 +22,7 @@ std::vector<Scene> TimeScenes();
 std::vector<Scene> AxisScenes();
 std::vector<Scene> LabelScenes();
 std::vector<Scene> LooksScenes();
+std::vector<Scene> ComputedScenes();
 
 /// All of them.
 std::vector<Scene> AllScenes();

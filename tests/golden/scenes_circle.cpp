@@ -1,7 +1,9 @@
-// The pictures of the circle test in the user guide: a good machine, and one that wants work.
+// The pictures of the circle test and the axis test in the user guide: a good machine, and one that
+// wants work.
 #include <QCoreApplication>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QTabWidget>
 #include <QTemporaryDir>
 #include <cmath>
 #include <memory>
@@ -13,6 +15,8 @@
 #include "real_prompts.h"
 #include "system_facts.h"
 #include "ui/controls/controls.h"
+#include "ui/panes/axis_control.h"
+#include "ui/panes/axis_pane.h"
 #include "ui/panes/circle_control.h"
 #include "ui/panes/circle_pane.h"
 #include "ui/panes/pane_dock.h"
@@ -108,12 +112,95 @@ QImage BadMachineInTheDark() {
     return Tested(Bad(), CommandId::kLookBlack, QSize(760, 640));
 }
 
+/// Lines of any axes.
+class MovesFromMemory : public LinesFromMemory {
+ public:
+    BatchOutcome Take(ValueBatch& b) override {
+        const std::size_t axes = description.axis_names.size();
+        return b = {values.data(), values.size() / axes, axes}, BatchOutcome::kTaken;
+    }
+};
+
+/// Moves to and fro of an axis whose loop swings a little.
+void AddMoves(LinesFromMemory* lines) {
+    double commanded = 0.0;
+    double place = 0.0;
+    double speed = 0.0;
+    constexpr double kCycleOfMoves = 0.002;
+    constexpr double kGain = 900.0;  // 1/s^2
+    constexpr double kDamping = 32.0;
+    for (int i = 0; i < 4000; ++i) {
+        const int phase = i % 2000;
+        const double move = phase >= 300 && phase < 800     ? 0.08
+                            : phase >= 1300 && phase < 1800 ? -0.08
+                                                            : 0.0;
+        commanded += move;
+        speed += (kGain * (commanded - place) - kDamping * speed) * kCycleOfMoves;
+        place += speed * kCycleOfMoves;
+        lines->values.insert(lines->values.end(),
+                             {std::round(commanded * 1e4) / 1e4, std::round(place * 1e4) / 1e4});
+    }
+}
+
+QImage AxisTest(int page) {
+    ApplyLook(FindLook(static_cast<int>(kDefaultLook)));
+    QTemporaryDir folder;
+    qputenv(kDataHome, folder.path().toLocal8Bit());
+    const Prompts prompts = RealPrompts();
+    auto source = std::make_unique<MovesFromMemory>();
+    source->description = {{"X_cmd", "X"}, 0.002};
+    LinesFromMemory& lines = *source;
+    QMainWindow frame;
+    auto* const view = new CWavoView(prompts, &frame, std::move(source));
+    frame.setCentralWidget(view);
+    AxisControl control(frame, *view, prompts, nullptr, QStringLiteral("Wavo"));
+    frame.resize(QSize(1000, 640));
+    frame.show();
+    view->OnInitialUpdate();
+    view->Screen().ShowEditor(false);
+    WavoGraph graph;
+    graph.InitGraph(1, "X", 0, nullptr);
+    graph.Mode = GraphMode::kContinuity;
+    graph.XScale.TimeRange = 8.0;
+    graph.YScales.front().ScaleAx = ScaleAxCode::kAutomatic;
+    graph.YCoorAxColor = {kGreen};
+    view->Work().Graphs().Replace({graph});
+    view->Work().RebuildGraphs();
+    control.Execute(CommandId::kAxisTest);
+    AddMoves(&lines);
+    (void)lines.events->BatchReady();
+    view->Commands().Execute(CommandId::kStop);
+    control.Pane().Pages().setCurrentIndex(page);
+    frame.resizeDocks({&control.Dock()}, {380}, Qt::Vertical);
+    QCoreApplication::processEvents();
+    control.Watch().Finish();
+    QCoreApplication::processEvents();
+    QImage picture = frame.grab().toImage();
+    qunsetenv(kDataHome);
+    return picture;
+}
+
+QImage AxisFigures() {
+    return AxisTest(0);
+}
+
+QImage AxisMoves() {
+    return AxisTest(1);
+}
+
+QImage AxisFollowing() {
+    return AxisTest(2);
+}
+
 }  // namespace
 
 std::vector<Scene> CircleScenes() {
     return {{"circle_good", GoodMachine},
             {"circle_bad", BadMachine},
-            {"circle_bad_dark", BadMachineInTheDark}};
+            {"circle_bad_dark", BadMachineInTheDark},
+            {"axis_figures", AxisFigures},
+            {"axis_moves", AxisMoves},
+            {"axis_following", AxisFollowing}};
 }
 
 }  // namespace wavo::testing

@@ -105,6 +105,42 @@ class PartExports : public ::testing::Test {
     std::unique_ptr<RecordingReader> m_reader;
 };
 
+/// Twice the number of a line; nothing in line 101.
+struct Doubled : History {
+    [[nodiscard]] LineRange Lines() const override { return {100, 5000}; }
+    HistoryAnswer Columns(std::span<const std::int64_t>, ColumnRow&) override {
+        return HistoryAnswer::kAll;
+    }
+    HistoryAnswer Values(std::int64_t first, std::span<double> values) override {
+        for (double& value : values) {
+            value = first == 101 ? kNoValue : 2.0 * static_cast<double>(first);
+            ++first;
+        }
+        return HistoryAnswer::kAll;
+    }
+    HistoryAnswer Sums(const LineRange&, HistorySums&) override { return HistoryAnswer::kAll; }
+};
+
+TEST_F(PartExports, ATableHasColumnsBesideTheAxes) {
+    Doubled doubled;
+    PartFile file{m_folder.File("part.csv"), PartFormat::kTable, {}, {{"two;fold", &doubled}}};
+    file.settings.separator = ';';
+    ASSERT_EQ(Export(Recording(), {100, 103}, file), "");
+    std::ifstream table(file.path);
+    Texts lines;
+    for (std::string line; std::getline(table, line);) {
+        lines.push_back(line.substr(0, line.find('\r')));
+    }
+    EXPECT_THAT(lines,
+                ElementsAre("time [s];X;\"a;b\"\"c\";\"two;fold\"",
+                            "0.100000;10.000000;-100.000000;200.000000", "0.101000;10.100000;;",
+                            "0.102000;10.200000;-102.000000;204.000000"));
+    file.format = PartFormat::kRecording;
+    file.path = m_folder.File("part.mcap");
+    ASSERT_EQ(Export(*m_reader, {100, 103}, file), "");
+    EXPECT_EQ((*RecordingReader::Open(file.path))->Head(), m_head) << "lines are the machine's";
+}
+
 TEST_F(PartExports, ARecordingOfAPartKeepsAllThatTheWholeOneTells) {
     RecordingReader& whole = Recording();
     const std::string path = m_folder.File("part.mcap");

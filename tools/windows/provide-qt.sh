@@ -8,6 +8,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 tools=$PWD/tools/windows
+. "$tools/debian-source.sh"
 place=$PWD/build/qt-windows
 mkdir -p build
 
@@ -60,21 +61,7 @@ if ! complete "$kept"; then
     work=$(mktemp -d "$(dirname "$kept")/building.XXXXXX")
     trap 'rm -rf "$work"' EXIT
 
-    # Debian's sources, through package lists of our own: the system's stay as they are.
-    mkdir -p "$work/apt/lists/partial" "$work/apt/archives/partial" "$work/apt/sources"
-    for list in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
-        [ -f "$list" ] || continue
-        sed -n 's/^deb /deb-src /p' "$list" >"$work/apt/sources/$(basename "$list" .list).list"
-    done
-    for list in /etc/apt/sources.list.d/*.sources; do
-        [ -f "$list" ] || continue
-        sed 's/^Types:.*/Types: deb-src/' "$list" >"$work/apt/sources/$(basename "$list")"
-    done
-    apt=(apt-get -q -o Dir::Etc::SourceList=/dev/null -o "Dir::Etc::SourceParts=$work/apt/sources"
-         -o "Dir::State::Lists=$work/apt/lists" -o "Dir::Cache=$work/apt" -o APT::Sandbox::User=root)
-    "${apt[@]}" update
-    (cd "$work" && "${apt[@]}" source --download-only "qt6-base=$version")
-    dpkg-source -x "$work"/qt6-base_*.dsc "$work/source"
+    debian_source qt6-base "$version" "$work"
 
     # Nothing from outside, nothing that the viewer does not use. direct2d itself stays: without
     # it this version leaves DirectWrite's half out and nothing links. The tablet's header is

@@ -1,8 +1,10 @@
-// How graphs look as far as the user decides it: background and font.
+// How graphs look as far as the user decides it: background, font, units.
 #pragma once
 
 #include <QColor>
 #include <QFont>
+#include <map>
+#include <string>
 
 #include "settings/font_description.h"
 #include "support/color_ref.h"
@@ -12,6 +14,7 @@ namespace wavo {
 struct GraphDisplaySettings {
     ColorRef background = 0;
     FontDescription font;
+    std::map<std::string, std::string> units;  ///< of values, by the names of axes; of some
 
     friend bool operator==(const GraphDisplaySettings&, const GraphDisplaySettings&) = default;
 };

@@ -42,7 +42,7 @@ WavoGraph Completed(WavoGraph graph, const GraphDisplaySettings& settings) {
 GraphFrame::Looks LooksOf(const GraphDisplaySettings& settings, std::int32_t x_scale_lines,
                           std::int32_t y_scale_lines) {
     return {ToQColor(settings.background), MakeFont(settings.font), CheckedXLines(x_scale_lines),
-            CheckedYLines(y_scale_lines)};
+            CheckedYLines(y_scale_lines), settings.units};
 }
 
 }  // namespace

@@ -96,8 +96,9 @@ class GraphDraw {
     void RestoreZoom(const ZoomState& zoom);
 
     /// The values that the graph shows of an axis (the first y axis of that name, else the x
-    /// axis), oldest first: the zoom window, else the finished recording, else the most recent
-    /// span. False, an error-log entry and no values for a name that the graph does not know.
+    /// axis), oldest first: the lines of the past that are seen, else the zoom window, else the
+    /// finished recording, else the most recent span. False, an error-log entry and no values for a
+    /// name that the graph does not know.
     bool GetAxValues(const std::string& axis_name, std::vector<double>& values) const {
         return ShownValues(*this).Of(axis_name, values);
     }

@@ -119,11 +119,22 @@ void CurveWithCursors(IconSketch& sketch) {
     sketch.Line({{11, 1}, {11, 15}}, IconInk::kLine);
 }
 
+void CurveWithPeaks(IconSketch& sketch) {
+    sketch.Line({{1, 14}, {15, 14}}, IconInk::kLine);
+    sketch.Line({{1, 12}, {3, 12}, {4, 3}, {5, 12}, {8, 12}, {9, 7}, {10, 12}, {15, 12}},
+                IconInk::kRed, 1.5);
+}
+
 void CircleOffCentre(IconSketch& sketch) {
     sketch.Circle(8, 8, 5.5, IconInk::kPaper, IconInk::kRed);
     sketch.Line({{1, 8}, {15, 8}}, IconInk::kLine);
     sketch.Line({{8, 1}, {8, 15}}, IconInk::kLine);
     sketch.Line({{13, 5}, {9, 2}, {4, 4}, {2, 9}, {5, 14}, {11, 13}, {13, 9}}, IconInk::kBlue);
+}
+
+void StepAndAnswer(IconSketch& sketch) {
+    sketch.Line({{1, 13}, {5, 13}, {5, 4}, {15, 4}}, IconInk::kLine);
+    sketch.Line({{5, 13}, {7, 6}, {9, 3}, {11, 5}, {13, 4}, {15, 4}}, IconInk::kRed, 1.5);
 }
 
 void Mark(IconSketch& sketch) {
@@ -177,7 +188,9 @@ constexpr IconRow kIcons[] = {
     {CommandId::kRecord, Disc},
     {CommandId::kStopRecording, DiscAndSquare},
     {CommandId::kMeasurements, CurveWithCursors},
+    {CommandId::kSpectrum, CurveWithPeaks},
     {CommandId::kCircleTest, CircleOffCentre},
+    {CommandId::kAxisTest, StepAndAnswer},
     {CommandId::kOpenRecording, FolderWithDisc},
     {CommandId::kShowGraphEditor, Curves},
     {CommandId::kAbout, Mark},

@@ -21,6 +21,7 @@ enum class CommandOwner {
     kParts,      ///< what writes parts of recordings
     kMeasure,
     kCircle,
+    kAxis,
 };
 
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the table's columns

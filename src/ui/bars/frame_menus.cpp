@@ -147,7 +147,8 @@ bool FrameMenus::IsInShortMenu(const QAction& action) const {
                                    command.owner == CommandOwner::kRecorded ||
                                    command.owner == CommandOwner::kParts ||
                                    command.owner == CommandOwner::kMeasure ||
-                                   command.owner == CommandOwner::kCircle) &&
+                                   command.owner == CommandOwner::kCircle ||
+                                   command.owner == CommandOwner::kAxis) &&
                                   is_action(command.id);
                        }) ||
            std::any_of(m_setup.used_commands.begin(), m_setup.used_commands.end(),

@@ -1,11 +1,7 @@
 #include "ui/panes/circle_pane.h"
 
 #include <QCheckBox>
-#include <QDateTime>
-#include <QDir>
-#include <QFileInfo>
 #include <QGridLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -19,14 +15,12 @@
 
 #include "measure/polar_scale.h"
 #include "measure/words.h"
-#include "report/page.h"
-#include "support/fast_file.h"
-#include "support/number_text.h"
 #include "ui/controls/control_table.h"
 #include "ui/controls/controls.h"
-#include "ui/dialogs/report_texts.h"
-#include "ui/panes/circle_limits.h"
+#include "ui/panes/figure_table.h"
+#include "ui/panes/limits_dialog.h"
 #include "ui/panes/polar_view.h"
+#include "ui/panes/report_file.h"
 
 namespace wavo {
 
@@ -64,24 +58,11 @@ constexpr std::array<ControlRow, 13> kCirclePaneRows{{
 }};
 
 constexpr char kSettings[] = "CircleTest/";
-constexpr char kReportFilters[] = "PDF Files|*.pdf|JSON Files|*.json|";
 constexpr double kSecondsPerMinute = 60.0;
 constexpr std::size_t kPointsOnScreen = 1440;
 constexpr int kPaneMargin = 4;
 /// From this ratio of its sides on the picture stands beside the figures, else above them.
 constexpr double kIsWide = 1.2;
-
-std::optional<double> PositiveNumber(const QLineEdit& edit) {
-    const auto number = FindWholeDouble(edit.text().toStdString());
-    return number && *number > 0.0 && std::isfinite(*number) ? number : std::nullopt;
-}
-
-QString WithFile(QString folder, const QString& name) {
-    if (folder.isEmpty() || !QFileInfo(folder).isDir()) {
-        folder = QDir::homePath();
-    }
-    return QDir::toNativeSeparators(QDir(folder).filePath(name));
-}
 
 }  // namespace
 
@@ -114,24 +95,8 @@ void CirclePane::MakeControls() {
     }
     Control(CirclePaneId::kState)
         .setAccessibleDescription(QStringLiteral("The lines that were taken"));
-    auto& notes = Control<QLabel>(CirclePaneId::kNotes);
-    notes.setAccessibleDescription(QStringLiteral("What to know of the figures"));
-    notes.setWordWrap(true);
-    notes.setTextFormat(Qt::PlainText);
-    notes.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    notes.setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    auto& figures = Control<QTableWidget>(CirclePaneId::kFigures);
-    figures.setColumnCount(4);
-    figures.setHorizontalHeaderLabels({QStringLiteral("Figure"), QStringLiteral("Value"),
-                                       QStringLiteral("Limit"), QStringLiteral("Verdict")});
-    figures.setEditTriggers(QAbstractItemView::NoEditTriggers);
-    figures.setSelectionBehavior(QAbstractItemView::SelectRows);
-    figures.setTabKeyNavigation(false);
-    figures.setWordWrap(false);
-    figures.verticalHeader()->hide();
-    figures.verticalHeader()->setDefaultSectionSize(figures.fontMetrics().height() + kPaneMargin);
-    figures.horizontalHeader()->setHighlightSections(false);
-    figures.horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    InitNotes(Control<QLabel>(CirclePaneId::kNotes));
+    MakeFigureTable(Control<QTableWidget>(CirclePaneId::kFigures));
     for (const CirclePaneId id : {CirclePaneId::kRadius, CirclePaneId::kFeed}) {
         connect(&Control<QLineEdit>(id), &QLineEdit::textChanged, this, [this] { TakeQuestion(); });
     }
@@ -245,13 +210,7 @@ void CirclePane::TakeQuestion() {
     }
     CircleQuestion question;
     for (const CirclePaneId id : {CirclePaneId::kRadius, CirclePaneId::kFeed}) {
-        auto& edit = Control<QLineEdit>(id);
-        const auto number = PositiveNumber(edit);
-        const bool is_wrong = !number && !edit.text().trimmed().isEmpty();
-        edit.setStyleSheet(is_wrong ? QStringLiteral("color: #b00000; background: #ffe8e8")
-                                    : QString());
-        edit.setAccessibleDescription(is_wrong ? QStringLiteral("No number above 0; it is ignored")
-                                               : edit.toolTip());
+        const auto number = PositiveNumberIn(Control<QLineEdit>(id));
         (id == CirclePaneId::kRadius ? question.radius : question.feed) = number;
     }
     if (question.feed) {
@@ -270,15 +229,8 @@ void CirclePane::ShowStep(std::optional<double> step) {
 report::CircleReport CirclePane::Report() const {
     const CircleOutcome& outcome = *m_watch.Outcome();
     report::CircleReport report;
-    report.header.machine = Control<QLineEdit>(CirclePaneId::kMachine).text();
-    report.header.program = Control<QLineEdit>(CirclePaneId::kProgram).text();
-    const QString data = QString::fromStdString(outcome.data);
-    const QFileInfo file(data);
-    const bool is_file = file.exists();
-    report.header.file = is_file ? file.fileName() : data;
-    report.header.date = (is_file ? file.lastModified() : QDateTime::currentDateTime())
-                             .toString(QStringLiteral("yyyy-MM-dd HH:mm"));
-    report.header.made_by = m_made_by;
+    report.header = ReportHeaderOf(outcome.data, Control<QLineEdit>(CirclePaneId::kMachine).text(),
+                                   Control<QLineEdit>(CirclePaneId::kProgram).text(), m_made_by);
     report.first_axis = outcome.axes.first;
     report.second_axis = outcome.axes.second;
     report.path = outcome.path;
@@ -352,64 +304,8 @@ void CirclePane::Refresh() {
         picture ? QStringLiteral("Radial errors of both senses, magnified") : StateText();
     m_polar->Show(std::move(picture), StateText());
     SetAccessibleTexts(*m_polar, QStringLiteral("Polar picture"), told);
-    ShowFigures(verdict);
+    ShowFigures(Control<QTableWidget>(CirclePaneId::kFigures), verdict.figures, verdict.judgement);
     ShowNotes(verdict);
-}
-
-void CirclePane::ShowFigures(const report::CircleVerdict& verdict) {
-    auto& table = Control<QTableWidget>(CirclePaneId::kFigures);
-    const int rows = static_cast<int>(verdict.figures.size());
-    const bool is_new = table.rowCount() != rows;
-    if (is_new) {
-        table.setRowCount(rows);
-        for (int row = 0; row < rows; ++row) {
-            for (int column = 0; column < table.columnCount(); ++column) {
-                table.setItem(row, column, new QTableWidgetItem);
-            }
-            table.item(row, 1)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        }
-    }
-    QFont bold = table.font();
-    bold.setBold(true);
-    for (int row = 0; row < rows; ++row) {
-        const auto place = static_cast<std::size_t>(row);
-        const measure::NamedFigure& figure = verdict.figures[place];
-        const auto judged =
-            std::ranges::find(verdict.judgement.judged, place, &measure::Judged::figure);
-        const bool has_limit = judged != verdict.judgement.judged.end();
-        const bool is_wrong = has_limit && judged->verdict != measure::Verdict::kPass;
-        const QString texts[] = {
-            QString::fromStdString(figure.name), report::DisplayValue(figure),
-            has_limit ? QString::fromStdString(measure::TextOf(judged->limit, figure.decimals))
-                      : QString(),
-            has_limit ? QString::fromStdString(measure::TextOf(judged->verdict)) : QString()};
-        const QString tool_tip =
-            QString::fromStdString(figure.name + ", " + figure.symbol +
-                                   (figure.figure ? "" : ": " + figure.figure.reason));
-        for (int column = 0; column < table.columnCount(); ++column) {
-            QTableWidgetItem& item = *table.item(row, column);
-            // What is set lays the table out anew, which takes longer than all the figures.
-            if (item.text() != texts[column]) {
-                item.setText(texts[column]);
-            }
-            if (item.toolTip() != tool_tip) {
-                item.setToolTip(tool_tip);
-            }
-            if (item.font().bold() != is_wrong) {
-                item.setFont(is_wrong ? bold : table.font());
-            }
-        }
-    }
-    if (is_new) {
-        FitColumns();
-    }
-}
-
-void CirclePane::FitColumns() {
-    auto& table = Control<QTableWidget>(CirclePaneId::kFigures);
-    for (int column = 1; column < table.columnCount(); ++column) {
-        table.resizeColumnToContents(column);
-    }
 }
 
 void CirclePane::ShowNotes(const report::CircleVerdict& verdict) {
@@ -427,10 +323,7 @@ void CirclePane::ShowNotes(const report::CircleVerdict& verdict) {
             notes << QLatin1String(report::kFeedbackCaveat);
         }
     }
-    auto& shown = Control<QLabel>(CirclePaneId::kNotes);
-    shown.setText(notes.join(u'\n'));
-    shown.setVisible(!notes.isEmpty());
-    shown.setAccessibleName(notes.isEmpty() ? QStringLiteral("no notes") : shown.text());
+    ShowNoteTexts(Control<QLabel>(CirclePaneId::kNotes), notes);
 }
 
 void CirclePane::EditLimits() {
@@ -438,20 +331,10 @@ void CirclePane::EditLimits() {
     if (m_watch.Outcome() != nullptr) {
         figures = report::JudgeCircle(Report()).figures;
     }
-    const QString setting = QLatin1String(kSettings) + QStringLiteral("Folder");
-    const QString folder = m_settings == nullptr
-                               ? QDir::homePath()
-                               : m_settings->value(setting, QDir::homePath()).toString();
-    CircleLimits dialog(figures, m_limits, m_prompts, folder, window());
-    const bool is_accepted = dialog.exec() == QDialog::Accepted;
-    if (m_settings != nullptr) {
-        m_settings->setValue(setting, dialog.Folder());
-    }
-    if (is_accepted) {
-        m_limits = dialog.Limits();
+    if (LimitsDialog::Edit(figures, &m_limits, m_prompts, m_settings, window())) {
         Store();
         Refresh();
-        FitColumns();
+        FitFigureColumns(Control<QTableWidget>(CirclePaneId::kFigures));
     }
 }
 
@@ -465,29 +348,10 @@ void CirclePane::SaveReport() {
     const std::vector<double> y(report.path.y.begin(), report.path.y.end());
     report.path = {report.path.cycle_time, x, y, {}, {}};
     report.setup.others.clear();
-    const QString setting = QLatin1String(kSettings) + QStringLiteral("ReportFolder");
-    const QString folder =
-        m_settings == nullptr ? QString() : m_settings->value(setting).toString();
-    const auto chosen =
-        m_prompts.save_file(this, {QString(), WithFile(folder, QStringLiteral("circle.pdf")),
-                                   QStringLiteral("pdf"), QLatin1String(kReportFilters)});
-    if (!chosen) {
-        return;
-    }
-    const std::string path = QDir::toNativeSeparators(*chosen).toStdString();
-    if (QFileInfo::exists(*chosen) && !MayReplaceFile(m_prompts, this, path)) {
-        return;
-    }
-    if (m_settings != nullptr) {
-        m_settings->setValue(setting, QFileInfo(*chosen).absolutePath());
-    }
-    const bool is_json = chosen->endsWith(QStringLiteral(".json"), Qt::CaseInsensitive);
-    const bool is_written = is_json ? MFastFile_WriteLinesAtOnce(path, report::CircleJson(report),
-                                                                 kSaveSafe) != kWriteFailed
-                                    : report::WriteCirclePdf(*chosen, report);
-    if (!is_written) {
-        m_prompts.ShowError(this, "Can not write " + path);
-    }
+    SaveReportFile(
+        this, m_prompts, m_settings, QStringLiteral("circle.pdf"),
+        [&](const QString& path) { return report::WriteCirclePdf(path, report); },
+        [&] { return report::CircleJson(report); });
 }
 
 }  // namespace wavo

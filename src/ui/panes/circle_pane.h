@@ -62,9 +62,6 @@ class CirclePane : public QWidget {
     /// Takes radius and feed from their edits; one that is none is marked.
     void TakeQuestion();
     void ShowStep(std::optional<double> step);
-    void ShowFigures(const report::CircleVerdict& verdict);
-    /// Not with every turn: columns that change their widths cannot be read.
-    void FitColumns();
     void ShowNotes(const report::CircleVerdict& verdict);
     [[nodiscard]] report::CircleReport Report() const;
     [[nodiscard]] QString StateText() const;

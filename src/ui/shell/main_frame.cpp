@@ -174,9 +174,10 @@ void CMainFrame::CreateRecording(const Prompts& prompts) {
 void CMainFrame::CreateMeasure(const Prompts& prompts) {
     m_measure = std::make_unique<MeasureControl>(*this, *m_view, prompts, m_settings);
     connect(m_measure.get(), &MeasureControl::CommandsChanged, this, &CMainFrame::UpdateCommands);
-    m_circle = std::make_unique<CircleControl>(
-        *this, *m_view, prompts, m_settings,
-        QString::fromStdString("Wavo " + OwnVersion().product_version));
+    const QString made_by = QString::fromStdString("Wavo " + OwnVersion().product_version);
+    m_circle = std::make_unique<CircleControl>(*this, *m_view, prompts, m_settings, made_by);
+    m_axis = std::make_unique<AxisControl>(*this, *m_view, prompts, m_settings, made_by);
+    connect(m_axis.get(), &AxisControl::CommandsChanged, this, &CMainFrame::UpdateCommands);
     connect(m_circle.get(), &CircleControl::CommandsChanged, this, &CMainFrame::UpdateCommands);
 }
 
@@ -209,6 +210,7 @@ void CMainFrame::RestoreLayout() {
     }
     m_measure->Restore();
     m_circle->Restore();
+    m_axis->Restore();
 }
 
 void CMainFrame::StoreLayout() {
@@ -235,6 +237,9 @@ void CMainFrame::UpdateCommands() {
         } else if (command.owner == CommandOwner::kCircle) {
             action->setEnabled(m_circle->IsEnabled(command.id));
             action->setChecked(m_circle->IsChecked(command.id));
+        } else if (command.owner == CommandOwner::kAxis) {
+            action->setEnabled(m_axis->IsEnabled(command.id));
+            action->setChecked(m_axis->IsChecked(command.id));
         } else if (command.owner == CommandOwner::kRecorded) {
             action->setEnabled(m_view->Past().IsEnabled(command.id));
             action->setChecked(m_view->Past().IsOn(command.id));
@@ -274,6 +279,8 @@ void CMainFrame::OnCommand(CommandId id) {
         m_measure->Execute(id);
     } else if (command->owner == CommandOwner::kCircle) {
         m_circle->Execute(id);
+    } else if (command->owner == CommandOwner::kAxis) {
+        m_axis->Execute(id);
     } else if (command->owner == CommandOwner::kParts) {
         m_tables.Execute(id);
     } else {

@@ -16,6 +16,7 @@
 #include "ui/bars/frame_menus.h"
 #include "ui/bars/menu_dock.h"
 #include "ui/bars/recent_files.h"
+#include "ui/panes/axis_control.h"
 #include "ui/panes/circle_control.h"
 #include "ui/panes/measure_control.h"
 #include "ui/recording/recording_control.h"
@@ -48,9 +49,11 @@ class CMainFrame : public QMainWindow {
 
     /// Looks for recorders that run, and shows them from now on.
     void ShowRecorders() { m_recording->Open(); }
+    [[nodiscard]] TableControl& Tables() { return m_tables; }
     [[nodiscard]] RecordingControl& Recording() { return *m_recording; }
     [[nodiscard]] MeasureControl& Measure() { return *m_measure; }
     [[nodiscard]] CircleControl& Circle() { return *m_circle; }
+    [[nodiscard]] AxisControl& Axis() { return *m_axis; }
 
     /// Text of a status bar pane.
     [[nodiscard]] QString PaneText(StatusPane pane) const;
@@ -110,6 +113,7 @@ class CMainFrame : public QMainWindow {
     std::unique_ptr<RecordingControl> m_recording;
     std::unique_ptr<MeasureControl> m_measure;
     std::unique_ptr<CircleControl> m_circle;
+    std::unique_ptr<AxisControl> m_axis;
     TableControl m_tables;
     bool m_has_stored_place = false;
     QAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"

@@ -10,26 +10,21 @@
 #include <QJsonObject>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMainWindow>
 #include <QPushButton>
-#include <QSettings>
 #include <QTableWidget>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <memory>
 
 #include "accessible_walk.h"
-#include "lines_from_memory.h"
+#include "machine_fixture.h"
 #include "measure/words.h"
-#include "real_prompts.h"
 #include "sample_recording.h"
 #include "synthetic_machine.h"
-#include "system_facts.h"
 #include "ui/controls/controls.h"
 #include "ui/panes/circle_control.h"
-#include "ui/panes/circle_limits.h"
 #include "ui/panes/circle_pane.h"
+#include "ui/panes/limits_dialog.h"
 #include "ui/panes/pane_dock.h"
 #include "view/wavo_view.h"
 
@@ -40,15 +35,6 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using testing::LinesFromMemory;
-
-class Machine : public LinesFromMemory {
- public:
-    BatchOutcome Take(ValueBatch& b) override {
-        const std::size_t axes = description.axis_names.size();
-        return b = {values.data(), values.size() / axes, axes}, BatchOutcome::kTaken;
-    }
-};
 
 WavoGraph OverAxis(std::uint32_t number, const char* x, const char* y) {
     WavoGraph graph;
@@ -64,12 +50,6 @@ WavoGraph OverAxis(std::uint32_t number, const char* x, const char* y) {
     return graph;
 }
 
-WavoGraph OverTime(std::uint32_t number, const char* axis) {
-    WavoGraph graph;
-    graph.InitGraph(number, axis, 0, nullptr);
-    return graph;
-}
-
 /// A machine of 20 mm circles with play and an oval; 1 kHz, 1.2 s a turn.
 measure::RunData Circles(const std::vector<double>& turns = {2.0, -2.0}) {
     measure::CircleProgram program;
@@ -80,67 +60,27 @@ measure::RunData Circles(const std::vector<double>& turns = {2.0, -2.0}) {
     return measure::RunCircles(program, errors);
 }
 
-class CirclePaneTest : public ::testing::Test {
+class CirclePaneTest : public testing::MachineFixture {
  protected:
-    CirclePaneTest() {
-        qputenv(testing::kDataHome, m_folder.path().toLocal8Bit());
-        m_prompts.save_file =
-            m_prompts.open_file = [this](QWidget*, const FileQuestion&) { return m_chosen; };
-        m_prompts.box = [this](QWidget*, const Box& box) {
-            m_boxes.push_back(box.text);
-            return BoxAnswer::kOk;
-        };
-        auto source = std::make_unique<Machine>();
-        m_source = source.get();
-        m_source->description = {{"X_cmd", "Y_cmd", "X", "Y"}, 0.001};
-        m_frame = std::make_unique<QMainWindow>();
-        m_view = new CWavoView(m_prompts, m_frame.get(), std::move(source));
-        m_frame->setCentralWidget(m_view);
-        m_frame->resize(1100, 700);
+    CirclePaneTest() : MachineFixture({"X_cmd", "Y_cmd", "X", "Y"}) {
         Make();
-        m_frame->show();
-        m_view->OnInitialUpdate();
-        m_view->Screen().ShowEditor(false);
-        QCoreApplication::processEvents();
+        ShowFrame();
         Show({OverTime(1, "X"), OverAxis(2, "X", "Y")});
     }
-    ~CirclePaneTest() override {
-        m_control.reset();
-        m_frame.reset();
-        qunsetenv(testing::kDataHome);
-    }
+    ~CirclePaneTest() override { m_control.reset(); }
 
     void Make() {
         m_control = std::make_unique<CircleControl>(*m_frame, *m_view, m_prompts, &m_settings,
                                                     QStringLiteral("Wavo 9.9"));
         m_control->Restore();
     }
-    void Show(const std::vector<WavoGraph>& graphs) {
-        m_view->Work().Graphs().Replace(graphs);
-        m_view->Work().RebuildGraphs();
-        QCoreApplication::processEvents();
-    }
     void Open() {
         m_control->Execute(CommandId::kCircleTest);
         QCoreApplication::processEvents();
     }
-    void GiveLine(const measure::RunData& data, std::size_t i) {
-        for (const double value : {data.x_cmd[i], data.y_cmd[i], data.x[i], data.y[i]}) {
-            m_source->values.push_back(value);
-        }
+    void Give(const measure::RunData& data) {
+        MachineFixture::Give({&data.x_cmd, &data.y_cmd, &data.x, &data.y});
     }
-    /// All lines in batches, as a master sends them; the event loop runs behind each.
-    void Give(const measure::RunData& data, std::size_t from = 0) {
-        for (std::size_t first = from; first < data.x.size(); first += kBatch) {
-            m_source->values.clear();
-            for (std::size_t i = first; i < std::min(first + kBatch, data.x.size()); ++i) {
-                GiveLine(data, i);
-            }
-            EXPECT_TRUE(m_source->events->BatchReady());
-            QCoreApplication::processEvents();
-        }
-    }
-    void Stop() { m_view->Commands().Execute(CommandId::kStop); }
     void Finish() {
         m_control->Watch().Finish();
         QCoreApplication::processEvents();
@@ -172,10 +112,10 @@ class CirclePaneTest : public ::testing::Test {
         return {};
     }
     /// Does `act` in the dialog that `open` shows.
-    void InLimits(const std::function<void(CircleLimits&)>& act) {
+    void InLimits(const std::function<void(LimitsDialog&)>& act) {
         bool was_there = false;
         QTimer::singleShot(0, &Pane(), [&] {
-            auto* const dialog = dynamic_cast<CircleLimits*>(QApplication::activeModalWidget());
+            auto* const dialog = dynamic_cast<LimitsDialog*>(QApplication::activeModalWidget());
             ASSERT_NE(dialog, nullptr);
             was_there = true;
             act(*dialog);
@@ -183,10 +123,10 @@ class CirclePaneTest : public ::testing::Test {
         QTest::mouseClick(&Control<QPushButton>(CirclePaneId::kLimits), Qt::LeftButton);
         EXPECT_TRUE(was_there);
     }
-    static QTableWidget& LimitTable(CircleLimits& dialog) {
-        return *FindControl<QTableWidget>(dialog, static_cast<int>(CircleLimitsId::kTable));
+    static QTableWidget& LimitTable(LimitsDialog& dialog) {
+        return *FindControl<QTableWidget>(dialog, static_cast<int>(LimitsId::kTable));
     }
-    static void SetLimit(CircleLimits& dialog, const char* symbol, const char* text) {
+    static void SetLimit(LimitsDialog& dialog, const char* symbol, const char* text) {
         QTableWidget& table = LimitTable(dialog);
         for (int row = 0; row < table.rowCount(); ++row) {
             if (table.item(row, 0)->text() == QLatin1String(symbol)) {
@@ -196,20 +136,10 @@ class CirclePaneTest : public ::testing::Test {
         }
         ADD_FAILURE() << symbol;
     }
-    static QPushButton& Ok(CircleLimits& dialog) {
+    static QPushButton& Ok(LimitsDialog& dialog) {
         return *dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
     }
 
-    static constexpr std::size_t kBatch = 40;
-
-    Prompts m_prompts = testing::RealPrompts();
-    QTemporaryDir m_folder;
-    QSettings m_settings{m_folder.filePath(QStringLiteral("app.ini")), QSettings::IniFormat};
-    std::optional<QString> m_chosen;
-    std::vector<std::string> m_boxes;
-    Machine* m_source = nullptr;
-    std::unique_ptr<QMainWindow> m_frame;
-    CWavoView* m_view = nullptr;  // a child of the frame
     std::unique_ptr<CircleControl> m_control;
 };
 
@@ -392,19 +322,18 @@ TEST_F(CirclePaneTest, LimitsAreEditedJudgedKeptAndFiled) {
     Stop();
     Finish();
     m_chosen = m_folder.filePath(QStringLiteral("limits.ini"));
-    InLimits([&](CircleLimits& dialog) {
+    InLimits([&](LimitsDialog& dialog) {
         EXPECT_THAT(testing::WithoutAccessibleTexts(dialog), IsEmpty());
         SetLimit(dialog, "G_XY ccw", "0.001");
         SetLimit(dialog, "G_XY cw", "1000");
         EXPECT_TRUE(Ok(dialog).isEnabled());
         SetLimit(dialog, "D_XY", "much");
         EXPECT_FALSE(Ok(dialog).isEnabled());
-        EXPECT_EQ(FindControl<QLabel>(dialog, static_cast<int>(CircleLimitsId::kFault))
-                      ->text()
-                      .toStdString(),
-                  "D_XY: a limit is a number from 0 on, or a range like -5..20");
+        EXPECT_EQ(
+            FindControl<QLabel>(dialog, static_cast<int>(LimitsId::kFault))->text().toStdString(),
+            "D_XY: a limit is a number from 0 on, or a range like -5..20");
         SetLimit(dialog, "D_XY", "");
-        QTest::mouseClick(FindControl<QPushButton>(dialog, static_cast<int>(CircleLimitsId::kSave)),
+        QTest::mouseClick(FindControl<QPushButton>(dialog, static_cast<int>(LimitsId::kSave)),
                           Qt::LeftButton);
         dialog.accept();
     });
@@ -414,12 +343,11 @@ TEST_F(CirclePaneTest, LimitsAreEditedJudgedKeptAndFiled) {
     QFile file(*m_chosen);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
     EXPECT_EQ(file.readAll().toStdString(), "[Limits]\nG_ccw = 0.001\nG_cw = 1000\n");
-    InLimits([&](CircleLimits& dialog) {
-        QTest::mouseClick(
-            FindControl<QPushButton>(dialog, static_cast<int>(CircleLimitsId::kClear)),
-            Qt::LeftButton);
-        EXPECT_FALSE(FindControl(dialog, static_cast<int>(CircleLimitsId::kSave))->isEnabled());
-        QTest::mouseClick(FindControl<QPushButton>(dialog, static_cast<int>(CircleLimitsId::kOpen)),
+    InLimits([&](LimitsDialog& dialog) {
+        QTest::mouseClick(FindControl<QPushButton>(dialog, static_cast<int>(LimitsId::kClear)),
+                          Qt::LeftButton);
+        EXPECT_FALSE(FindControl(dialog, static_cast<int>(LimitsId::kSave))->isEnabled());
+        QTest::mouseClick(FindControl<QPushButton>(dialog, static_cast<int>(LimitsId::kOpen)),
                           Qt::LeftButton);
         dialog.reject();
     });
@@ -437,8 +365,8 @@ TEST_F(CirclePaneTest, ABadFileOfLimitsIsTold) {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write("[Limits]\nG_ccw = wide\n");
     file.close();
-    const auto open = [](CircleLimits& dialog) {
-        QTest::mouseClick(FindControl<QPushButton>(dialog, static_cast<int>(CircleLimitsId::kOpen)),
+    const auto open = [](LimitsDialog& dialog) {
+        QTest::mouseClick(FindControl<QPushButton>(dialog, static_cast<int>(LimitsId::kOpen)),
                           Qt::LeftButton);
         dialog.reject();
     };

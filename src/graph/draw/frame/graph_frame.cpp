@@ -210,7 +210,15 @@ void GraphFrame::PaintLines(const Content& content) {
 
 void GraphFrame::PaintTexts(const Content& content, const TextLines& lines) {
     FrameTexts texts;
+    const auto unit_of = [this](const std::string& name, std::int32_t derivation) {
+        const auto found = m_looks.units.find(name);
+        return found == m_looks.units.end() ? std::string()
+                                            : DerivedUnit(found->second, derivation);
+    };
     texts.x_text = XAxisText(m_graph, content.window);
+    if (m_graph.XCoorType == CoorType::kAxis) {
+        texts.x_text.unit = unit_of(m_graph.XCoorAxName, 0);
+    }
     texts.x_spacing =
         QString::fromStdString(XSpacingText(m_graph, content.x_scale, m_looks.x_scale_lines));
     texts.state = content.state;
@@ -220,6 +228,8 @@ void GraphFrame::PaintTexts(const Content& content, const TextLines& lines) {
         texts.y.push_back({YAxisText(m_graph, i, name),
                            QString::fromStdString(YSpacingText(m_graph, i, m_looks.y_scale_lines)),
                            YAxisText(m_graph, i, marked_name), content.curves[i].chosen});
+        texts.y.back().text.unit = texts.y.back().alone.unit =
+            unit_of(name, m_graph.YCoorAxDerivation[i]);
     }
     if (m_layout.plot.isEmpty() || m_image.isNull()) {
         return;

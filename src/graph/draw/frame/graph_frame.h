@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "graph/draw/frame/colors.h"
@@ -38,8 +39,9 @@ class GraphFrame {
     struct Looks {
         QColor background;
         QFont font;
-        std::int32_t x_scale_lines = 5;  ///< at least 1
-        std::int32_t y_scale_lines = 3;  ///< at least 1
+        std::int32_t x_scale_lines = 5;                 ///< at least 1
+        std::int32_t y_scale_lines = 3;                 ///< at least 1
+        std::map<std::string, std::string> units = {};  ///< as in GraphDisplaySettings
     };
 
     /// A curve as far as the frame has to know of it.

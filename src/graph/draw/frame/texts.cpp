@@ -1,5 +1,6 @@
 #include "graph/draw/frame/texts.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -77,6 +78,23 @@ AxisText YAxisText(const WavoGraph& graph, std::size_t axis, const std::string& 
         return {"?", std::nullopt, "", ""};
     }
     return {"Y: ", name, RangeText(GraphDefineGetMinMaxValue(scale)), ""};
+}
+
+std::string DerivedUnit(const std::string& unit, std::int32_t derivation) {
+    constexpr std::array<std::string_view, 10> kPerSecond{"",    "/s",  "/s²", "/s³", "/s⁴",
+                                                          "/s⁵", "/s⁶", "/s⁷", "/s⁸", "/s⁹"};
+    if (unit.empty()) {
+        return {};
+    }
+    for (std::size_t power = kPerSecond.size() - 1;; --power) {
+        if (unit.ends_with(kPerSecond[power])) {
+            const std::size_t all = power + static_cast<std::size_t>(std::max(derivation, 0));
+            return all < kPerSecond.size() ? Join({std::string_view(unit).substr(
+                                                       0, unit.size() - kPerSecond[power].size()),
+                                                   kPerSecond[all]})
+                                           : std::string();
+        }
+    }
 }
 
 std::string XText(const WavoGraph& graph, const TimeWindow& window) {

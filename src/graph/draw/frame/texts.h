@@ -21,7 +21,7 @@ struct AxisText {
     std::string coordinate;           ///< "T: ", "X: " or "Y: "; "?" where nothing else is known
     std::optional<std::string> name;  ///< of an axis; none over time
     std::string range;                ///< "(minimum ... maximum)"
-    std::string unit;                 ///< "s" over time
+    std::string unit;                 ///< "s" over time, that of the axis where one is known
 
     friend bool operator==(const AxisText&, const AxisText&) = default;
 };
@@ -38,6 +38,10 @@ AxisText XAxisText(const WavoGraph& graph, const TimeWindow& window);
 /// A y axis, called `name`; "?" when its scale is no axis scale.
 /// REQUIRES: axis < graph.YCoorAxName.size() and graph.YScales.size().
 AxisText YAxisText(const WavoGraph& graph, std::size_t axis, const std::string& name);
+
+/// The unit of a derivative of values with a unit: "mm/s" of "mm" and 1, "mm/s²" of "mm/s" and
+/// 1. Empty without a unit.
+std::string DerivedUnit(const std::string& unit, std::int32_t derivation);
 
 /// XAxisText in one text.
 std::string XText(const WavoGraph& graph, const TimeWindow& window);

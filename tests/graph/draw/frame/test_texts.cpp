@@ -63,5 +63,27 @@ TEST(Texts, YTellsRangeAndSpacing) {
     EXPECT_EQ(YText(graph, 3), "?");
 }
 
+TEST(Texts, AUnitStandsBehindTheRange) {
+    WavoGraph graph = TimeGraph(10.0);
+    AddAxis(graph, "v", ManualScale(0.0, 4.0));
+    AxisText text = YAxisText(graph, 0, "v");
+    text.unit = "mm/s";
+    EXPECT_EQ(Joined(text), "Y: v=(0.0 ... 4.0)mm/s");
+}
+
+TEST(Texts, UnitsOfDerivatives) {
+    EXPECT_EQ(DerivedUnit("mm", 0), "mm");
+    EXPECT_EQ(DerivedUnit("mm", 1), "mm/s");
+    EXPECT_EQ(DerivedUnit("mm", 2), "mm/s²");
+    EXPECT_EQ(DerivedUnit("mm/s", 1), "mm/s²");
+    EXPECT_EQ(DerivedUnit("mm/s²", 1), "mm/s³");
+    EXPECT_EQ(DerivedUnit("1/min", 1), "1/min/s");
+    EXPECT_EQ(DerivedUnit("mm/s", -1), "mm/s");
+    EXPECT_EQ(DerivedUnit("m", 9), "m/s⁹");
+    EXPECT_EQ(DerivedUnit("m/s", 9), "") << "there is no sign for it";
+    EXPECT_EQ(DerivedUnit("", 1), "");
+    EXPECT_EQ(DerivedUnit("s", 1), "s/s");
+}
+
 }  // namespace
 }  // namespace wavo

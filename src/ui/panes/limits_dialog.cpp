@@ -1,4 +1,4 @@
-#include "ui/panes/circle_limits.h"
+#include "ui/panes/limits_dialog.h"
 
 #include <QDialogButtonBox>
 #include <QDir>
@@ -9,6 +9,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
+#include <QSettings>
 #include <QTableWidget>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -22,22 +23,21 @@ namespace wavo {
 
 namespace {
 
-constexpr int LimitsNumber(CircleLimitsId id) {
+constexpr int LimitsNumber(LimitsId id) {
     return static_cast<int>(id);
 }
 
-constexpr std::array<ControlRow, 7> kCircleLimitsRows{{
-    {LimitsNumber(CircleLimitsId::kTable), ControlKind::kTable, "limits",
+constexpr std::array<ControlRow, 7> kLimitsRows{{
+    {LimitsNumber(LimitsId::kTable), ControlKind::kTable, "limits",
      "A limit is a number (largest magnitude), a range like -5..20, or one side of it: 16.. or "
      "..16"},
-    {LimitsNumber(CircleLimitsId::kFault), ControlKind::kElidedStatic, "fault", ""},
-    {LimitsNumber(CircleLimitsId::kOpen), ControlKind::kButton, "&Open...",
-     "Takes the limits of a file"},
-    {LimitsNumber(CircleLimitsId::kSave), ControlKind::kButton, "&Save...",
+    {LimitsNumber(LimitsId::kFault), ControlKind::kElidedStatic, "fault", ""},
+    {LimitsNumber(LimitsId::kOpen), ControlKind::kButton, "&Open...", "Takes the limits of a file"},
+    {LimitsNumber(LimitsId::kSave), ControlKind::kButton, "&Save...",
      "Saves the limits to a file, which wavo_report takes too"},
-    {LimitsNumber(CircleLimitsId::kClear), ControlKind::kButton, "&Clear", "No limits any more"},
-    {LimitsNumber(CircleLimitsId::kOk), ControlKind::kOk, "OK", "Judge by these limits"},
-    {LimitsNumber(CircleLimitsId::kCancel), ControlKind::kCancel, "Cancel",
+    {LimitsNumber(LimitsId::kClear), ControlKind::kButton, "&Clear", "No limits any more"},
+    {LimitsNumber(LimitsId::kOk), ControlKind::kOk, "OK", "Judge by these limits"},
+    {LimitsNumber(LimitsId::kCancel), ControlKind::kCancel, "Cancel",
      "Leave the limits as they were"},
 }};
 
@@ -49,34 +49,50 @@ constexpr char kLimitFilters[] = "Limits|*.ini|All Files|*.*|";
 
 }  // namespace
 
-CircleLimits::CircleLimits(std::span<const measure::NamedFigure> figures,
+LimitsDialog::LimitsDialog(std::span<const measure::NamedFigure> figures,
                            const measure::Limits& limits, const Prompts& prompts,
                            const QString& folder, QWidget* parent)
-    : TableDialog(QStringLiteral("Limits"), kCircleLimitsRows, parent),
+    : TableDialog(QStringLiteral("Limits"), kLimitsRows, parent),
       m_prompts(prompts),
       m_figures(figures.begin(), figures.end()),
       m_limits(limits),
       m_folder(folder) {
     MakeTable();
     auto* const files = new QHBoxLayout;
-    for (const CircleLimitsId id :
-         {CircleLimitsId::kOpen, CircleLimitsId::kSave, CircleLimitsId::kClear}) {
+    for (const LimitsId id : {LimitsId::kOpen, LimitsId::kSave, LimitsId::kClear}) {
         files->addWidget(&Control(LimitsNumber(id)));
     }
     files->addStretch();
     auto* const column = new QVBoxLayout(this);
-    column->addWidget(&Control(LimitsNumber(CircleLimitsId::kTable)));
-    column->addWidget(&Control(LimitsNumber(CircleLimitsId::kFault)));
+    column->addWidget(&Control(LimitsNumber(LimitsId::kTable)));
+    column->addWidget(&Control(LimitsNumber(LimitsId::kFault)));
     column->addLayout(files);
     column->addWidget(Buttons());
-    OnClick(LimitsNumber(CircleLimitsId::kOpen), &CircleLimits::Open);
-    OnClick(LimitsNumber(CircleLimitsId::kSave), &CircleLimits::Save);
-    OnClick(LimitsNumber(CircleLimitsId::kClear), &CircleLimits::Clear);
+    OnClick(LimitsNumber(LimitsId::kOpen), &LimitsDialog::Open);
+    OnClick(LimitsNumber(LimitsId::kSave), &LimitsDialog::Save);
+    OnClick(LimitsNumber(LimitsId::kClear), &LimitsDialog::Clear);
     Show();
 }
 
-void CircleLimits::MakeTable() {
-    auto& table = Control<QTableWidget>(LimitsNumber(CircleLimitsId::kTable));
+bool LimitsDialog::Edit(std::span<const measure::NamedFigure> figures, measure::Limits* limits,
+                        const Prompts& prompts, QSettings* settings, QWidget* parent) {
+    const QString setting = QStringLiteral("LimitsFolder");
+    const QString home = QDir::homePath();
+    LimitsDialog dialog(figures, *limits, prompts,
+                        settings == nullptr ? home : settings->value(setting, home).toString(),
+                        parent);
+    const bool is_accepted = dialog.exec() == QDialog::Accepted;
+    if (settings != nullptr) {
+        settings->setValue(setting, dialog.Folder());
+    }
+    if (is_accepted) {
+        *limits = dialog.Limits();
+    }
+    return is_accepted;
+}
+
+void LimitsDialog::MakeTable() {
+    auto& table = Control<QTableWidget>(LimitsNumber(LimitsId::kTable));
     table.setColumnCount(3);
     table.setHorizontalHeaderLabels(
         {QStringLiteral("Figure"), QStringLiteral("Name"), QStringLiteral("Limit")});
@@ -97,8 +113,8 @@ void CircleLimits::MakeTable() {
     });
 }
 
-void CircleLimits::Show() {
-    auto& table = Control<QTableWidget>(LimitsNumber(CircleLimitsId::kTable));
+void LimitsDialog::Show() {
+    auto& table = Control<QTableWidget>(LimitsNumber(LimitsId::kTable));
     m_is_showing = true;
     m_keys.clear();
     std::vector<std::pair<QString, QString>> texts;
@@ -141,8 +157,8 @@ void CircleLimits::Show() {
     Take();
 }
 
-void CircleLimits::Take() {
-    const auto& table = Control<QTableWidget>(LimitsNumber(CircleLimitsId::kTable));
+void LimitsDialog::Take() {
+    const auto& table = Control<QTableWidget>(LimitsNumber(LimitsId::kTable));
     measure::Limits limits;
     QString fault;
     for (int row = 0; row < table.rowCount(); ++row) {
@@ -158,18 +174,18 @@ void CircleLimits::Take() {
                     QString::fromStdString(limit.reason);
         }
     }
-    auto& shown = Control<QLabel>(LimitsNumber(CircleLimitsId::kFault));
+    auto& shown = Control<QLabel>(LimitsNumber(LimitsId::kFault));
     shown.setText(fault);
     shown.setAccessibleDescription(QStringLiteral("What is wrong with a limit"));
     shown.setAccessibleName(fault.isEmpty() ? QStringLiteral("no fault") : fault);
     Buttons()->button(QDialogButtonBox::Ok)->setEnabled(fault.isEmpty());
-    Control(LimitsNumber(CircleLimitsId::kSave)).setEnabled(fault.isEmpty() && !limits.empty());
+    Control(LimitsNumber(LimitsId::kSave)).setEnabled(fault.isEmpty() && !limits.empty());
     if (fault.isEmpty()) {
         m_limits = std::move(limits);
     }
 }
 
-void CircleLimits::Open() {
+void LimitsDialog::Open() {
     const auto chosen =
         m_prompts.open_file(this, {QString(), m_folder + QStringLiteral("/"), QStringLiteral("ini"),
                                    QLatin1String(kLimitFilters)});
@@ -192,7 +208,7 @@ void CircleLimits::Open() {
     Show();
 }
 
-void CircleLimits::Save() {
+void LimitsDialog::Save() {
     const auto chosen = m_prompts.save_file(
         this,
         {QString(), QDir::toNativeSeparators(QDir(m_folder).filePath(QStringLiteral("limits.ini"))),
@@ -211,7 +227,7 @@ void CircleLimits::Save() {
     }
 }
 
-void CircleLimits::Clear() {
+void LimitsDialog::Clear() {
     m_limits.clear();
     Show();
 }

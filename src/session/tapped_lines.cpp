@@ -1,10 +1,7 @@
-#include "session/plane_lines.h"
+#include "session/tapped_lines.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
-
-#include "measure/axis_test.h"
 
 namespace wavo {
 
@@ -13,55 +10,24 @@ namespace {
 constexpr std::size_t kNoColumn = std::numeric_limits<std::size_t>::max();
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 /// What is dropped at the front goes when so much is in use.
-constexpr auto kRoom = static_cast<std::size_t>(2 * PlaneLines::kMost);
-
-measure::AxisPair PairOf(const std::string& axis, const std::vector<std::string>& names) {
-    for (const measure::AxisPair& pair : measure::FindAxisPairs(names)) {
-        if (pair.axis == axis || pair.actual == axis || pair.commanded == axis) {
-            return pair;
-        }
-    }
-    return {axis, "", axis};
-}
+constexpr auto kRoom = static_cast<std::size_t>(2 * TappedLines::kMost);
 
 }  // namespace
 
-PlaneAxes PlaneOf(const std::string& first, const std::string& second,
-                  const std::vector<std::string>& names) {
-    const measure::AxisPair x = PairOf(first, names);
-    const measure::AxisPair y = PairOf(second, names);
-    PlaneAxes plane;
-    plane.first = x.axis;
-    plane.second = y.axis;
-    plane.columns = {x.actual, y.actual};
-    plane.has_commanded = !x.commanded.empty() && !y.commanded.empty();
-    if (plane.has_commanded) {
-        plane.columns.insert(plane.columns.end(), {x.commanded, y.commanded});
-    }
-    for (const char* letter : {"X", "Y", "Z"}) {
-        const measure::AxisPair other = PairOf(letter, names);
-        if (other.axis != x.axis && other.axis != y.axis &&
-            std::ranges::count(names, other.actual)) {
-            plane.columns.push_back(other.actual);
-        }
-    }
-    return plane;
-}
-
-PlaneLines::PlaneLines(PlaneAxes axes)
-    : m_axes(std::move(axes)),
-      m_places(m_axes.columns.size(), kNoColumn),
-      m_values(m_axes.columns.size()) {
+TappedLines::TappedLines(std::vector<std::string> columns)
+    : m_columns(std::move(columns)),
+      m_places(m_columns.size(), kNoColumn),
+      m_values(m_columns.size()) {
     for (std::vector<double>& column : m_values) {
         column.reserve(kRoom);
     }
 }
 
-LineRange PlaneLines::Lines() const {
+LineRange TappedLines::Lines() const {
     return {m_first, m_first + static_cast<std::int64_t>(Count())};
 }
 
-void PlaneLines::Read(std::size_t column, std::int64_t first, std::span<double> values) const {
+void TappedLines::Read(std::size_t column, std::int64_t first, std::span<double> values) const {
     const LineRange lines = Lines();
     for (std::size_t i = 0; i < values.size(); ++i) {
         const std::int64_t line = first + static_cast<std::int64_t>(i);
@@ -71,23 +37,23 @@ void PlaneLines::Read(std::size_t column, std::int64_t first, std::span<double> 
     }
 }
 
-void PlaneLines::KeepFrom(std::int64_t line) {
+void TappedLines::KeepFrom(std::int64_t line) {
     const LineRange lines = Lines();
     const std::int64_t from = std::clamp(line, lines.begin, lines.end);
     m_dropped += static_cast<std::size_t>(from - m_first);
     m_first = from;
 }
 
-void PlaneLines::TakeAxes(const std::vector<std::string>& names) {
+void TappedLines::TakeAxes(const std::vector<std::string>& names) {
     for (std::size_t i = 0; i < m_places.size(); ++i) {
-        const auto found = std::ranges::find(names, m_axes.columns[i]);
+        const auto found = std::ranges::find(names, m_columns[i]);
         m_places[i] =
             found == names.end() ? kNoColumn : static_cast<std::size_t>(found - names.begin());
     }
 }
 
 /// For `count` more lines, at most kMost.
-void PlaneLines::MakeRoom(std::size_t count) {
+void TappedLines::MakeRoom(std::size_t count) {
     const LineRange lines = Lines();
     KeepFrom(lines.end + static_cast<std::int64_t>(count) - kMost);
     if (m_values.front().size() + count <= kRoom) {
@@ -99,7 +65,7 @@ void PlaneLines::MakeRoom(std::size_t count) {
     m_dropped = 0;
 }
 
-void PlaneLines::TakeLines(std::int64_t first, const ValueBatch& batch) {
+void TappedLines::TakeLines(std::int64_t first, const ValueBatch& batch) {
     const auto count = static_cast<std::int64_t>(batch.count);
     const std::int64_t missing = first - Lines().end;
     if (Count() == 0 || missing < 0 || missing + count > kMost) {
@@ -122,7 +88,7 @@ void PlaneLines::TakeLines(std::int64_t first, const ValueBatch& batch) {
     }
 }
 
-void PlaneLines::BeginAnew() {
+void TappedLines::BeginAnew() {
     for (std::vector<double>& column : m_values) {
         column.clear();
     }

@@ -1,4 +1,4 @@
-// The dialog "Limits": what each figure of the circle test may be at most.
+// The dialog "Limits": what each figure of a test may be.
 #pragma once
 
 #include <span>
@@ -8,9 +8,11 @@
 #include "ui/dialogs/table_dialog.h"
 #include "ui/prompts.h"
 
+class QSettings;
+
 namespace wavo {
 
-enum class CircleLimitsId {
+enum class LimitsId {
     kOk = 1,
     kCancel = 2,
     kTable = 1401,
@@ -20,12 +22,17 @@ enum class CircleLimitsId {
     kClear = 1405,
 };
 
-class CircleLimits : public TableDialog {
+class LimitsDialog : public TableDialog {
  public:
     /// A row for each of `figures`, and for each limit on a figure that is not among them.
     /// `prompts` is not owned and outlives the dialog. `folder`: where files are looked for first.
-    CircleLimits(std::span<const measure::NamedFigure> figures, const measure::Limits& limits,
+    LimitsDialog(std::span<const measure::NamedFigure> figures, const measure::Limits& limits,
                  const Prompts& prompts, const QString& folder, QWidget* parent);
+
+    /// Lets the user edit `limits`; true when they were changed. The folder of their files is kept
+    /// in `settings`, which may be null.
+    static bool Edit(std::span<const measure::NamedFigure> figures, measure::Limits* limits,
+                     const Prompts& prompts, QSettings* settings, QWidget* parent);
 
     /// As the table says it. REQUIRES: the dialog was accepted.
     [[nodiscard]] const measure::Limits& Limits() const { return m_limits; }

@@ -1,10 +1,11 @@
-// The lines of a plane as they come: which columns, gaps, how many are kept.
+// Columns of the lines as they come: which ones, gaps, how many are kept.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "session/plane_lines.h"
+#include "session/plane_axes.h"
+#include "session/tapped_lines.h"
 
 namespace wavo {
 namespace {
@@ -29,9 +30,9 @@ TEST(PlaneOf, TakesActualAndCommandedColumnsOfAnAxisByAnyOfItsNames) {
     EXPECT_THAT(PlaneOf("A", "B", {}).columns, ElementsAre("A", "B"));
 }
 
-class Plane : public ::testing::Test {
+class Tapped : public ::testing::Test {
  protected:
-    Plane() { m_lines.TakeAxes({"Y", "N", "X"}); }
+    Tapped() { m_lines.TakeAxes({"Y", "N", "X"}); }
 
     /// Lines from `first` on: X is the number of the line, Y minus that.
     void Take(std::int64_t first, std::int64_t count) {
@@ -49,10 +50,10 @@ class Plane : public ::testing::Test {
     }
     LineRange Lines() { return m_lines.Lines(); }
 
-    PlaneLines m_lines{PlaneOf("X", "Y", {"Y", "N", "X"})};
+    TappedLines m_lines{{"X", "Y"}};
 };
 
-TEST_F(Plane, KeepsItsColumnsByTheNumbersOfTheLines) {
+TEST_F(Tapped, KeepsItsColumnsByTheNumbersOfTheLines) {
     Take(10, 3);
     Take(13, 2);
     EXPECT_EQ(Lines(), (LineRange{10, 15}));
@@ -64,7 +65,7 @@ TEST_F(Plane, KeepsItsColumnsByTheNumbersOfTheLines) {
     EXPECT_EQ(beyond[1], 10.0);
 }
 
-TEST_F(Plane, PutsMissingValuesWhereLinesAreMissing) {
+TEST_F(Tapped, PutsMissingValuesWhereLinesAreMissing) {
     Take(0, 2);
     Take(4, 1);
     EXPECT_EQ(Lines(), (LineRange{0, 5}));
@@ -73,7 +74,7 @@ TEST_F(Plane, PutsMissingValuesWhereLinesAreMissing) {
     EXPECT_EQ(values[4], 4.0);
 }
 
-TEST_F(Plane, BeginsAnewWhereLinesDoNotFollow) {
+TEST_F(Tapped, BeginsAnewWhereLinesDoNotFollow) {
     Take(100, 5);
     m_lines.BeginAnew();
     EXPECT_EQ(Lines().Count(), 0);
@@ -81,11 +82,11 @@ TEST_F(Plane, BeginsAnewWhereLinesDoNotFollow) {
     EXPECT_EQ(Lines(), (LineRange{105, 107}));
     Take(50, 2);  // numbers that were there already
     EXPECT_EQ(Lines(), (LineRange{50, 52}));
-    Take(52 + PlaneLines::kMost, 1);  // a gap that leaves nothing
-    EXPECT_EQ(Lines(), (LineRange{52 + PlaneLines::kMost, 53 + PlaneLines::kMost}));
+    Take(52 + TappedLines::kMost, 1);  // a gap that leaves nothing
+    EXPECT_EQ(Lines(), (LineRange{52 + TappedLines::kMost, 53 + TappedLines::kMost}));
 }
 
-TEST_F(Plane, AColumnThatIsNotThereHasNoValues) {
+TEST_F(Tapped, AColumnThatIsNotThereHasNoValues) {
     Take(0, 2);
     m_lines.TakeAxes({"Y"});
     const std::vector<double> line{7.0};
@@ -94,24 +95,24 @@ TEST_F(Plane, AColumnThatIsNotThereHasNoValues) {
     EXPECT_EQ(Read(1, 2, 1)[0], 7.0);
 }
 
-TEST_F(Plane, KeepsTheNewestLinesAndWhatIsNeeded) {
+TEST_F(Tapped, KeepsTheNewestLinesAndWhatIsNeeded) {
     Take(0, 100);
     m_lines.KeepFrom(40);
     EXPECT_EQ(Lines(), (LineRange{40, 100}));
     EXPECT_EQ(Read(0, 40, 1)[0], 40.0);
     m_lines.KeepFrom(10);
     EXPECT_EQ(Lines(), (LineRange{40, 100}));
-    for (std::int64_t first = 100; first < 5 * PlaneLines::kMost / 2; first += 65536) {
+    for (std::int64_t first = 100; first < 5 * TappedLines::kMost / 2; first += 65536) {
         Take(first, 65536);
     }
-    EXPECT_EQ(Lines().Count(), PlaneLines::kMost);
+    EXPECT_EQ(Lines().Count(), TappedLines::kMost);
     const std::int64_t end = Lines().end;
     EXPECT_EQ(Read(0, end - 1, 1)[0], static_cast<double>(end - 1));
     EXPECT_EQ(Read(1, Lines().begin, 1)[0], -static_cast<double>(Lines().begin));
     m_lines.KeepFrom(end + 5);
     EXPECT_EQ(Lines().Count(), 0);
-    Take(end, PlaneLines::kMost + 3);  // more than there is room for
-    EXPECT_EQ(Lines(), (LineRange{end + 3, end + 3 + PlaneLines::kMost}));
+    Take(end, TappedLines::kMost + 3);  // more than there is room for
+    EXPECT_EQ(Lines(), (LineRange{end + 3, end + 3 + TappedLines::kMost}));
     EXPECT_EQ(Read(0, end + 3, 1)[0], static_cast<double>(end + 3));
 }
 
