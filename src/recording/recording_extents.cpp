@@ -196,47 +196,6 @@ ColumnExtent RecordingReader::ExtentOnce(const Wanted& wanted, LineSpan lines, s
     return extent;
 }
 
-void RecordingReader::Announce(std::size_t axis, LineSpan lines, Detail detail) {
-    const auto& entries = m_index.table.Entries();
-    if (detail == Detail::kChunks || lines.first >= lines.end) {
-        return;
-    }
-    for (const std::uint64_t line : {lines.first, lines.end - 1}) {
-        const std::size_t index = m_index.table.Find(line);
-        if (index == entries.size() || entries[index].first_line > line) {
-            continue;
-        }
-        const ChunkEntry& entry = entries[index];
-        const bool lies_within = entry.first_line >= lines.first && entry.EndLine() <= lines.end;
-        if (detail == Detail::kLines) {
-            AnnounceBlock(entry, line);
-        } else if (!lies_within) {
-            AnnounceLevels(entry, axis);
-        }
-    }
-}
-
-void RecordingReader::AnnounceLevels(const ChunkEntry& entry, std::size_t axis) {
-    if (!entry.has_levels || m_levels.Find(entry.offset + entry.skipped, axis) != nullptr) {
-        return;
-    }
-    const std::size_t blocks = BlocksOf(entry.lines);
-    const std::size_t size = AxisLevelsSize(blocks);
-    const std::size_t head = LevelsHeadSize(Head().axis_names.size(), blocks);
-    m_file.WillRead(entry.levels_offset + head + axis * size, size);
-}
-
-void RecordingReader::AnnounceBlock(const ChunkEntry& entry, std::uint64_t line) {
-    const std::uint64_t block = (line - entry.first_line) / kLinesPerBlock;
-    if (!entry.is_regular || m_blocks.Find(entry.offset + entry.skipped, block) != nullptr) {
-        return;
-    }
-    const std::size_t line_size = mcap::LineSize(Head().axis_names.size());
-    const std::uint64_t begin = block * kLinesPerBlock;
-    m_file.WillRead(entry.offset + mcap::kFraming + mcap::kChunkHead + begin * line_size,
-                    std::min<std::uint64_t>(kLinesPerBlock, entry.lines - begin) * line_size);
-}
-
 void RecordingReader::TakePart(std::size_t index, const Wanted& wanted, LineSpan lines,
                                ColumnExtent& extent) {
     const ChunkEntry entry = m_index.table.Entries()[index];

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "recording/reading_ahead.h"
+
 namespace wavo::recording {
 
 namespace {
@@ -128,7 +130,7 @@ HistoryAnswer RecordingHistory::LookCloser(const LineRange& lines, ColumnOutline
 
 void RecordingHistory::Announce(const LineRange& lines, const ColumnOutline& column) {
     if (HasLevels() && (m_budget == nullptr || !m_budget->IsSpent())) {
-        m_reader.Announce(m_axis, NumbersOf(lines), NextDetail(column));
+        ReadingAhead(m_reader).Announce(m_axis, NumbersOf(lines), NextDetail(column));
     }
 }
 

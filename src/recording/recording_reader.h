@@ -129,10 +129,6 @@ class RecordingReader {
     /// first look at an extent finds all of them.
     std::size_t SettleLevels(std::size_t most = std::numeric_limits<std::size_t>::max());
 
-    /// Has the system read what Extent will read for these lines, as far as it is not here yet;
-    /// returns at once.
-    void Announce(std::size_t axis, LineSpan lines, Detail detail);
-
     /// All events, in the order of their lines. Reads them all.
     const std::vector<Event>& Events();
 
@@ -146,6 +142,8 @@ class RecordingReader {
     [[nodiscard]] std::uint64_t BytesRead() const { return m_bytes_read; }
 
  private:
+    friend class ReadingAhead;
+
     /// The values of a block, line by line.
     using Block = std::vector<double>;
 
@@ -180,8 +178,6 @@ class RecordingReader {
     /// `first` and `end` are what the table finds for the bounds of `lines`.
     ColumnExtent ExtentOnce(const Wanted& wanted, LineSpan lines, std::size_t first,
                             std::size_t end);
-    void AnnounceLevels(const ChunkEntry& entry, std::size_t axis);
-    void AnnounceBlock(const ChunkEntry& entry, std::uint64_t line);
     void TakePart(std::size_t index, const Wanted& wanted, LineSpan lines, ColumnExtent& extent);
     void TakeLines(std::size_t axis, std::int32_t order, LineSpan lines, ColumnExtent& extent);
     ColumnExtent ExtentFromLines(std::size_t axis, std::int32_t order, LineSpan lines);

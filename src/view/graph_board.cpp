@@ -124,8 +124,11 @@ void GraphBoard::Layout(const QRect& area) {
 void GraphBoard::DrawAll(QImage& picture, bool restart, PixelWriting pixels) {
     ++m_steps;
     if (restart) {
+        // What curves look at in a buffer they would have to copy.
         for (const auto& drawer : m_drawers) {
-            drawer->EmptyCurves();
+            for (const auto& line : drawer->Lines()) {
+                line->Empty();
+            }
         }
         m_streams.Reset();
     }

@@ -119,10 +119,6 @@ class GraphDraw {
     /// What the last drawing showed is exact; else drawing again brings it closer.
     [[nodiscard]] bool IsExact() const { return m_curves.IsExact(); }
 
-    /// Empties the curves, before all buffers are reset: what curves look at in a buffer they would
-    /// have to copy.
-    void EmptyCurves() { m_curves.Empty(); }
-
     /// Forgets the buffers, before they go. The curves keep what they show.
     void DetachValues();
 
