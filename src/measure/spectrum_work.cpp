@@ -131,7 +131,15 @@ void SpectrumWork::Look() {
         End(Told<Spectrum>::Not("the values have gone"));
         return;
     }
-    for (std::size_t i = 0; i < m_room.size(); ++i) {
+    // A finite value less itself is 0; any other is no number.
+    double differences = 0.0;
+    for (const double value : m_room) {
+        differences += value - value;
+    }
+    if (differences == 0.0 && !m_room.empty()) {
+        NoteWhole(m_at, part.end);
+    }
+    for (std::size_t i = 0; differences != 0.0 && i < m_room.size(); ++i) {
         if (std::isfinite(m_room[i])) {
             NoteWhole(m_at + i, m_at + i + 1);
         } else {

@@ -40,7 +40,7 @@ class TableWorkTest : public ::testing::Test {
             RememberedTables(&m_settings).Remember(*preview, choice);
         }
         return OpenTable(m_surroundings, path,
-                         {&m_settings, AskTime::kUnlessRemembered, m_cache.path(), "test 1"});
+                         {&m_settings, AskTime::kUnlessRemembered, {}, m_cache.path(), "test 1"});
     }
     [[nodiscard]] bool CacheIsEmpty() const { return std::filesystem::is_empty(m_cache.path()); }
 
