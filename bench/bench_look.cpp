@@ -11,23 +11,27 @@
 //
 // looking/exact/N: a window to which the program was never before until its picture is exact.
 //
+// looking/cold/N: the same by the clock, when nothing of the file is in memory but its index. The
+// limit reads 8 MiB in one piece; bytes_read is what a picture has read here and there.
+//
 // The counter resident is the memory of the whole program, bytes, with the recording open.
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <QImage>
 #include <algorithm>
-#include <cmath>
+#include <chrono>
 #include <cstdint>
-#include <ctime>
 #include <fstream>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "bench/bench_common.h"
 #include "bench/long_recording.h"
+#include "bench/looking.h"
 #include "bench/rival_plot.h"
 #include "graph/draw/graph_draw.h"
 #include "session/open_recording.h"
@@ -38,32 +42,14 @@ namespace {
 using namespace wavo;
 using bench::LongRecording;
 
-constexpr std::size_t kCurves = 8;
-constexpr QSize kSize(1600, 900);
+using bench::kLookedCurves;
+using bench::kLookedSize;
 constexpr std::uint64_t kFrame = 350;  // as the view gives a drawing
 
 class NoHost : public GraphDrawHost {
  public:
     void RecordingEnded() override {}
 };
-
-WavoGraph MakeLookedAt() {
-    WavoGraph graph;
-    graph.GraphNumber = 1;
-    graph.Mode = GraphMode::kContinuity;
-    graph.ModeAx = AxisDrawMode::kLines;
-    graph.XCoorType = CoorType::kTime;
-    graph.XScale = {ScaleTypeCode::kTime, 10.0, ScaleAxCode{}, 0.0, 0.0};
-    graph.FadeOutTime = 1.0;
-    for (std::size_t i = 0; i < kCurves; ++i) {
-        graph.YCoorAxName.push_back("A" + std::to_string(8 * i));
-        graph.YCoorAxColor.push_back(0x00FFFF - 0x1000 * static_cast<ColorRef>(i));
-        graph.YCoorAxDerivation.push_back(0);
-        graph.YScales.push_back({ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual,
-                                 -100.0 - 9.0 * static_cast<double>(i), 100.0});
-    }
-    return graph;
-}
 
 /// A recording with the graph that shows it.
 class Looked {
@@ -75,13 +61,14 @@ class Looked {
         }
         m_recording = std::move(*opened);
         GraphStreams none;
-        none.y.resize(kCurves);
-        m_graph = std::make_unique<GraphDraw>(QRect(QPoint(0, 0), kSize), MakeLookedAt(), m_host,
-                                              m_settings, m_recording->CycleTime(), 5, 3, none);
+        none.y.resize(kLookedCurves);
+        m_graph =
+            std::make_unique<GraphDraw>(QRect(QPoint(0, 0), kLookedSize), bench::MakeLookedAt(),
+                                        m_host, m_settings, m_recording->CycleTime(), 5, 3, none);
         m_window.ShowAll(m_recording->Lines());
     }
 
-    [[nodiscard]] bool IsOpen() const { return m_recording != nullptr; }
+    [[nodiscard]] std::uint64_t BytesRead() const { return m_recording->Reader().BytesRead(); }
     [[nodiscard]] SeenLines& Window() { return m_window; }
 
     /// One picture; true when it is exact.
@@ -106,28 +93,8 @@ class Looked {
     GraphDisplaySettings m_settings;
     std::unique_ptr<GraphDraw> m_graph;
     SeenLines m_window;
-    QImage m_image{kSize, QImage::Format_RGB32};
+    QImage m_image{kLookedSize, QImage::Format_RGB32};
 };
-
-const LongRecording& RecordingOf(std::int64_t samples) {
-    static std::map<std::int64_t, std::unique_ptr<LongRecording>> recordings;
-    if (samples == 1'000'000'000) {
-        return bench::LargestRecording();
-    }
-    auto& recording = recordings[samples];
-    if (recording == nullptr) {
-        recording = std::make_unique<LongRecording>(samples / 64);
-    }
-    return *recording;
-}
-
-double ResidentBytes() {
-    std::ifstream file("/proc/self/statm");
-    std::uint64_t total = 0;
-    std::uint64_t resident = 0;
-    file >> total >> resident;
-    return static_cast<double>(resident) * 4096.0;
-}
 
 /// The next window of a walk through a recording: zooms in at a place in some steps, moves, zooms
 /// out again.
@@ -165,16 +132,9 @@ class Walk {
     int m_left = 0;
 };
 
-bool IsMissing(benchmark::State& state, const LongRecording& recording) {
-    if (!recording.IsThere()) {
-        state.SkipWithError("no room for the recording");
-    }
-    return !recording.IsThere();
-}
-
 void FirstPicture(benchmark::State& state) {
-    const LongRecording& recording = RecordingOf(state.range(0));
-    if (IsMissing(state, recording)) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
         return;
     }
     for (auto _ : state) {
@@ -185,8 +145,8 @@ void FirstPicture(benchmark::State& state) {
 }
 
 void OpenOnly(benchmark::State& state) {
-    const LongRecording& recording = RecordingOf(state.range(0));
-    if (IsMissing(state, recording)) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
         return;
     }
     for (auto _ : state) {
@@ -196,31 +156,19 @@ void OpenOnly(benchmark::State& state) {
     state.SetLabel("opening it");
 }
 
-/// The 99th percentile of what frames took, ns.
-double Percentile(std::vector<double>& times) {
-    const auto place = times.begin() + static_cast<std::ptrdiff_t>(times.size() * 99 / 100);
-    std::nth_element(times.begin(), place, times.end());
-    return *place;
-}
-
 void Frames(benchmark::State& state, const std::function<void()>& prepare,
             const std::function<void()>& frame) {
-    std::vector<double> times;
+    bench::FrameTimes times;
     for (auto _ : state) {
         prepare();
-        const std::clock_t begin = std::clock();
-        frame();
-        const double taken = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
-        state.SetIterationTime(taken);
-        times.push_back(taken * 1e9);
+        state.SetIterationTime(times.Measure(frame));
     }
-    bench::SetTimePerItem(state, 1);
-    state.counters["percentile_99"] = Percentile(times);
+    times.Report(state);
 }
 
 void ZoomAndMove(benchmark::State& state) {
-    const LongRecording& recording = RecordingOf(state.range(0));
-    if (IsMissing(state, recording)) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
         return;
     }
     Looked looked(recording.path());
@@ -230,16 +178,15 @@ void ZoomAndMove(benchmark::State& state) {
     Frames(
         state, [&] { walk.Step(looked.Window()); }, [&] { exact += looked.Draw() ? 1.0 : 0.0; });
     state.counters["exact_share"] = exact / static_cast<double>(state.iterations());
-    state.counters["resident"] = ResidentBytes();
 }
 
 void CopyOnly(benchmark::State& state) {
-    const LongRecording& recording = RecordingOf(state.range(0));
-    if (IsMissing(state, recording)) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
         return;
     }
-    QImage from(kSize, QImage::Format_RGB32);
-    QImage to(kSize, QImage::Format_RGB32);
+    QImage from(kLookedSize, QImage::Format_RGB32);
+    QImage to(kLookedSize, QImage::Format_RGB32);
     from.fill(Qt::black);
     Frames(
         state, [] {},
@@ -250,33 +197,97 @@ void CopyOnly(benchmark::State& state) {
     state.SetLabel("copying a picture");
 }
 
+/// Drops what the system keeps of a file in memory.
+bool DropFromMemory(const std::string& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool is_dropped =
+        file >= 0 && fdatasync(file) == 0 && posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED) == 0;
+    if (file >= 0) {
+        close(file);
+    }
+    return is_dropped;
+}
+
+/// The windows that a program comes to that was nowhere near before.
+class NewWindows {
+ public:
+    LineRange Next(const LineRange& held) {
+        m_random = m_random * 6364136223846793005U + 1442695040888963407U;
+        const std::int64_t count = held.Count() / (2 + static_cast<int>((m_random >> 33U) % 200));
+        const auto begin = static_cast<std::int64_t>(
+            (m_random >> 12U) % static_cast<std::uint64_t>(held.Count() - count));
+        return {begin, begin + count};
+    }
+
+ private:
+    std::uint64_t m_random = 3;
+};
+
 void UntilExact(benchmark::State& state) {
-    const LongRecording& recording = RecordingOf(state.range(0));
-    if (IsMissing(state, recording)) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
         return;
     }
     Looked looked(recording.path());
-    std::uint64_t random = 3;
+    NewWindows windows;
     Frames(
-        state,
-        [&] {
-            random = random * 6364136223846793005U + 1442695040888963407U;
-            const LineRange held = looked.Window().Held();
-            const std::int64_t count = held.Count() / (2 + static_cast<int>((random >> 33U) % 200));
-            const auto begin = static_cast<std::int64_t>(
-                (random >> 12U) % static_cast<std::uint64_t>(held.Count() - count));
-            looked.Window().Show({begin, begin + count});
-        },
+        state, [&] { looked.Window().Show(windows.Next(looked.Window().Held())); },
         [&] { looked.DrawExactly(); });
+}
+
+void UntilExactCold(benchmark::State& state) {
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
+        return;
+    }
+    Looked looked(recording.path());
+    NewWindows windows;
+    bench::FrameTimes times;
+    const std::uint64_t read_before = looked.BytesRead();
+    for (auto _ : state) {
+        looked.Window().Show(windows.Next(looked.Window().Held()));
+        if (!DropFromMemory(recording.path())) {
+            state.SkipWithError("the file stays in memory");
+            return;
+        }
+        times.Measure([&] { looked.DrawExactly(); });
+        state.SetIterationTime(times.LastByClock());
+    }
+    times.Report(state);
+    state.counters["ns_per_item"] = static_cast<double>(state.counters["clock"]);
+    state.counters["bytes_read"] = static_cast<double>(looked.BytesRead() - read_before) /
+                                   static_cast<double>(state.iterations());
+}
+
+void ReadCold(benchmark::State& state) {
+    constexpr std::size_t kRead = std::size_t{8} << 20U;
+    const LongRecording& recording = bench::RecordingOf(state.range(0));
+    if (bench::IsMissing(state, recording)) {
+        return;
+    }
+    std::vector<char> bytes(kRead);
+    std::uint64_t at = 0;
+    for (auto _ : state) {
+        DropFromMemory(recording.path());
+        const auto before = std::chrono::steady_clock::now();
+        std::ifstream file(recording.path(), std::ios::binary);
+        file.seekg(static_cast<std::streamoff>(at));
+        file.read(bytes.data(), kRead);
+        state.SetIterationTime(
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - before).count());
+        at = (at + 100 * kRead) % (recording.DataEnd() - kRead);
+    }
+    bench::SetTimePerItem(state, 1);
+    state.SetLabel("reading 8 MiB");
 }
 
 /// The rival with as many samples per curve as the recording has lines.
 struct HeldByRival {
     explicit HeldByRival(std::int64_t samples) {
-        scene.size = kSize;
+        scene.size = kLookedSize;
         scene.held =
             static_cast<std::size_t>(samples / 64) / bench::kFrameSamples * bench::kFrameSamples;
-        scene.curves = kCurves;
+        scene.curves = kLookedCurves;
         scene.cycle_time = bench::kRecordedCycle;
         plot = std::make_unique<bench::RivalPlot>(scene);
         bench::SceneSamples made(scene);
@@ -307,20 +318,17 @@ void RivalZoomAndMove(benchmark::State& state) {
                              static_cast<double>(window.Seen().end) / held);
             rival.plot->Draw();
         });
-    state.counters["resident"] = ResidentBytes();
     state.SetLabel(bench::kRivalName);
 }
 
-constexpr std::int64_t kSizes[] = {1'000'000, 10'000'000, 100'000'000, 1'000'000'000};
 constexpr std::int64_t kMostOfRival = 100'000'000;
 
 std::string NameOf(const char* what, std::int64_t samples, const char* role) {
-    const int digits = static_cast<int>(std::lround(std::log10(static_cast<double>(samples))));
-    return std::string("looking/") + what + "/1e" + std::to_string(digits) + "/" + role;
+    return std::string("looking/") + what + "/" + bench::DigitsOf(samples) + "/" + role;
 }
 
 [[maybe_unused]] const bool g_are_registered = [] {
-    for (const std::int64_t samples : kSizes) {
+    for (const std::int64_t samples : bench::kLookedSizes) {
         const auto add = [samples](const char* what, const char* role, auto run) {
             return benchmark::RegisterBenchmark(NameOf(what, samples, role).c_str(), run)
                 ->Arg(samples)
@@ -336,6 +344,8 @@ std::string NameOf(const char* what, std::int64_t samples, const char* role) {
         add("frame", "ours", ZoomAndMove)->Iterations(3000);
         add("frame", "limit", CopyOnly);
         add("exact", "ours", UntilExact);
+        add("cold", "ours", UntilExactCold)->Iterations(20);
+        add("cold", "limit", ReadCold)->Iterations(20);
         if (samples <= kMostOfRival) {
             add_timed("first_picture", "rival", RivalFirstPicture);
             add("frame", "rival", RivalZoomAndMove)->Iterations(300);

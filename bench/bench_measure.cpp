@@ -14,12 +14,14 @@
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <fstream>
 #include <memory>
 #include <numbers>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -28,6 +30,7 @@
 #include "measure/comparison.h"
 #include "measure/contour_error.h"
 #include "measure/spectrum.h"
+#include "measure/spectrum_work.h"
 #include "session/curve_reader.h"
 #include "session/line_values.h"
 
@@ -116,9 +119,17 @@ void BandOurs(benchmark::State& state) {
 
 void SpectrumOurs(benchmark::State& state) {
     const auto values = Moving(1U << 17U);
-    wavo::measure::SpectrumAnalyser analyser;
+    wavo::measure::SpectrumWork work;
     for (auto _ : state) {
-        auto spectrum = analyser.Of(values, kCycleTime);
+        work.Begin(0, static_cast<wavo::measure::Cycle>(values.size()), kCycleTime, {},
+                   {[&values](wavo::measure::Cycle first, std::span<double> room) {
+                        std::copy_n(values.begin() + first, room.size(), room.begin());
+                        return true;
+                    },
+                    {}});
+        while (work.Step()) {
+        }
+        const auto spectrum = work.Take();
         benchmark::DoNotOptimize(wavo::measure::PeaksOf(*spectrum, 10));
     }
 }

@@ -2,17 +2,27 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <optional>
 #include <span>
 #include <system_error>
 
+#include "recording/recording_reader.h"
 #include "recording/recording_writer.h"
 
 namespace wavo::bench {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+/// Of the file beside a recording that is kept: where its data end.
+constexpr char kEndSuffix[] = ".end";
+
+}  // namespace
 
 TemporaryFile::TemporaryFile(const std::string& name)
     : m_path((fs::temp_directory_path() / ("wavo-bench-" + name)).string()) {
@@ -96,27 +106,53 @@ bool CutFiles::Size(platform::FileHandle file, std::uint64_t& size) {
     return is_told;
 }
 
-LongRecording::LongRecording(std::uint64_t lines)
-    : m_lines(lines), m_file(std::to_string(lines) + ".mcap") {
+LongRecording::LongRecording(std::uint64_t lines) : m_lines(lines) {
+    const std::string name = std::to_string(lines) + ".mcap";
+    const char* const folder = std::getenv("WAVO_BENCH_FOLDER");
+    if (folder == nullptr) {
+        m_file.emplace(name);
+        m_path = m_file->path();
+    } else {
+        m_path = (fs::path(folder) / ("wavo-bench-" + name)).string();
+    }
+    if (!IsKept()) {
+        Make();
+    }
+}
+
+bool LongRecording::IsKept() {
+    std::ifstream(m_path + kEndSuffix) >> m_data_end;
+    const auto reader = recording::RecordingReader::Open(m_path);
+    m_is_there = m_data_end != 0 && reader.HasValue() && (*reader)->IsComplete() &&
+                 (*reader)->LineCount() == m_lines;
+    return m_is_there;
+}
+
+void LongRecording::Make() {
     constexpr std::uint64_t kBytesPerLine = 620;
-    const std::uint64_t needed = lines * kBytesPerLine * 5 / 4;
+    const std::uint64_t needed = m_lines * kBytesPerLine * 5 / 4;
     std::uint64_t free = 0;
-    platform::SystemDataFiles().FreeSpace(fs::temp_directory_path().string(), free);
+    platform::SystemDataFiles().FreeSpace(fs::path(m_path).parent_path().string(), free);
     if (free < needed) {
         return;
     }
-    std::cerr << "making " << m_file.path() << ", " << needed / 1'250'000 << " MB\n";
+    std::error_code error;
+    fs::remove(m_path, error);
+    std::cerr << "making " << m_path << ", " << needed / 1'250'000 << " MB\n";
     const CutFiles quick(~std::uint64_t{0});
-    auto writer = recording::RecordingWriter::Create(m_file.path(), RecordedHead(), std::nullopt);
+    auto writer = recording::RecordingWriter::Create(m_path, RecordedHead(), std::nullopt);
     bool is_written = writer.HasValue();
-    for (std::uint64_t line = 0; line < lines && is_written; line += kRecordedLines) {
-        const std::uint64_t count = std::min<std::uint64_t>(kRecordedLines, lines - line);
+    for (std::uint64_t line = 0; line < m_lines && is_written; line += kRecordedLines) {
+        const std::uint64_t count = std::min<std::uint64_t>(kRecordedLines, m_lines - line);
         is_written = !(*writer)->Append(
             line, std::span<const double>(RecordedLines()).first(count * kRecordedAxes), count);
     }
     is_written = is_written && !(*writer)->Keep();
     m_data_end = is_written ? (*writer)->FileSize() : 0;
     m_is_there = is_written && !(*writer)->Finish();
+    if (m_is_there && !m_file.has_value()) {
+        std::ofstream(m_path + kEndSuffix) << m_data_end;
+    }
 }
 
 const LongRecording& LargestRecording() {

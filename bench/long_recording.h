@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -59,20 +60,26 @@ class CutFiles final : public platform::DataFileOperations {
     const platform::DataFileOperationsOverride m_override;
 };
 
-/// A recording of so many lines; not there where there is no room for it.
+/// A recording of so many lines; not there where there is no room for it. It is removed with this
+/// object, but where the environment names a folder (WAVO_BENCH_FOLDER): there it stays, and is
+/// taken as it is the next time.
 class LongRecording {
  public:
     explicit LongRecording(std::uint64_t lines);
 
     [[nodiscard]] bool IsThere() const { return m_is_there; }
-    [[nodiscard]] const std::string& path() const { return m_file.path(); }
+    [[nodiscard]] const std::string& path() const { return m_path; }
     [[nodiscard]] std::uint64_t Lines() const { return m_lines; }
     /// Where the data end and the index begins.
     [[nodiscard]] std::uint64_t DataEnd() const { return m_data_end; }
 
  private:
+    bool IsKept();
+    void Make();
+
     const std::uint64_t m_lines;
-    const TemporaryFile m_file;
+    std::optional<TemporaryFile> m_file;
+    std::string m_path;
     std::uint64_t m_data_end = 0;
     bool m_is_there = false;
 };

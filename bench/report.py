@@ -24,8 +24,9 @@ def read(folder):
             if run.get("aggregate_name") != "median" or run.get("error_occurred"):
                 continue
             parts = run["run_name"].split("/")
+            # How it was run stands behind the role: arguments, iterations, the kind of time.
             while parts[-1] in ("real_time", "process_time", "manual_time") or \
-                    parts[-1].startswith("iterations:"):
+                    parts[-1].startswith("iterations:") or parts[-1].isdigit():
                 parts.pop()
             name, role = "/".join(parts[:-1]), parts[-1]
             if role not in ("ours", "rival", "limit"):
@@ -37,8 +38,9 @@ def read(folder):
             else:
                 # Without the counter an iteration is one item.
                 row[role] = run.get("ns_per_item", run["real_time"])
-            if "percent_of_core" in run:
-                row[role + "_percent_of_core"] = run["percent_of_core"]
+            for counter in ("percent_of_core", "percentile_99", "percentile_99_clock", "resident"):
+                if counter in run:
+                    row[f"{role}_{counter}"] = run[counter]
             if role != "ours":
                 row[role + "_name"] = run.get("label", role)
     return rows
@@ -57,7 +59,7 @@ def figure(value):
 
 def readable(row):
     """Unit for a row whose times are long, and what to divide its figures by."""
-    largest = max(row["ours"], row["rival"])
+    largest = max(row["ours"], row.get("rival", 0))
     if row["unit"] != "ns" or largest < 1e5:
         return row["unit"], 1
     return ("us", 1e3) if largest < 1e8 else ("ms", 1e6)
@@ -65,7 +67,24 @@ def readable(row):
 
 def ratio(dividend, divisor):
     """Empty where there is nothing to compare with: something may cost nothing."""
-    return f"{dividend / divisor:.2f}x" if divisor else ""
+    return f"{dividend / divisor:.2f}x" if dividend is not None and divisor else ""
+
+
+def of_unit(row, role, divisor):
+    return figure(row[role] / divisor) if role in row else ""
+
+
+def remarks(row, unit, divisor):
+    """What a row tells besides its figures."""
+    said = [row[role + "_name"] for role in ("rival", "limit") if role in row]
+    if "ours_percent_of_core" in row:
+        said.append(f"ours busy {row['ours_percent_of_core']:.1f}% of a core")
+    if "ours_percentile_99" in row:
+        said.append(f"99% of ours within {figure(row['ours_percentile_99'] / divisor)} {unit}, "
+                    f"by the clock {figure(row['ours_percentile_99_clock'] / divisor)} {unit}")
+    if "ours_resident" in row:
+        said.append(f"{row['ours_resident'] / 1e6:.0f} MB")
+    return "; ".join(said)
 
 
 print()
@@ -75,19 +94,18 @@ before_titles = f" {arguments.against[:10]:>10} {'now/before':>11}" if arguments
 print(f"{'benchmark':<24} {'unit':<5} {'ours':>10} {'rival':>10} {'limit':>10} "
       f"{'rival/ours':>11} {'ours/limit':>11}{before_titles}  rival; limit")
 for row in sorted(rows.values(), key=lambda row: row["name"]):
+    if "ours" not in row:
+        continue
     unit, divisor = readable(row)
-    busy = ""
-    if "ours_percent_of_core" in row:
-        busy = f"; ours busy {row['ours_percent_of_core']:.1f}% of a core"
     before = ""
     if "before" in row:
         before = f" {figure(row['before'] / divisor):>10} {ratio(row['ours'], row['before']):>11}"
     elif arguments.against:
         before = " " * 23
-    print(f"{row['name']:<24} {unit:<5} {figure(row['ours'] / divisor):>10} "
-          f"{figure(row['rival'] / divisor):>10} {figure(row['limit'] / divisor):>10} "
-          f"{ratio(row['rival'], row['ours']):>11} {ratio(row['ours'], row['limit']):>11}{before}  "
-          f"{row['rival_name']}; {row['limit_name']}{busy}")
+    print(f"{row['name']:<24} {unit:<5} {of_unit(row, 'ours', divisor):>10} "
+          f"{of_unit(row, 'rival', divisor):>10} {of_unit(row, 'limit', divisor):>10} "
+          f"{ratio(row.get('rival'), row['ours']):>11} {ratio(row['ours'], row.get('limit')):>11}"
+          f"{before}  {remarks(row, unit, divisor)}")
 if arguments.json:
     arguments.json.write_text(json.dumps(list(rows.values()), indent=1) + "\n")
     print(f"\nFigures written to {arguments.json}")

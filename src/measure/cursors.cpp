@@ -11,49 +11,38 @@ namespace {
 constexpr const char* kBeyond = "beyond the data";
 constexpr const char* kMissing = "no value there";
 
-/// Reads values in the direction of a search, and upside down for valleys.
-class SearchedValues {
+int SignOf(double value) {
+    return (value > 0.0) - (value < 0.0);
+}
+
+/// Values at the places that lie in the direction of a search.
+class SearchedPlaces {
  public:
-    SearchedValues(std::span<const double> values, std::size_t from, Search search, double sign)
-        : m_values(values), m_from(from), m_search(search), m_sign(sign) {}
+    SearchedPlaces(std::size_t size, std::size_t from, Search search)
+        : m_size(size), m_from(from), m_search(search) {}
 
     [[nodiscard]] std::size_t Size() const {
-        return m_search == Search::kForward ? m_values.size() - m_from : m_from + 1;
-    }
-    [[nodiscard]] double operator[](std::size_t step) const {
-        return m_sign * m_values[Place(step)];
+        return m_search == Search::kForward ? m_size - m_from : m_from + 1;
     }
     [[nodiscard]] std::size_t Place(std::size_t step) const {
         return m_search == Search::kForward ? m_from + step : m_from - step;
     }
 
  private:
-    std::span<const double> m_values;
+    std::size_t m_size;
     std::size_t m_from;
     Search m_search;
-    double m_sign;
 };
 
-std::optional<std::size_t> NextExtreme(const SearchedValues& values, double prominence) {
-    double lowest = std::numeric_limits<double>::infinity();
-    bool risen = false;
-    std::size_t top = 0;
-    std::size_t top_end = 0;  // last of the equal samples
-    for (std::size_t step = 0; step < values.Size(); ++step) {
-        const double value = values[step];
-        if (std::isnan(value)) {
-            lowest = std::numeric_limits<double>::infinity();
-            risen = false;
-        } else if (!risen) {
-            lowest = std::min(lowest, value);
-            risen = value - lowest > prominence;
-            top = top_end = step;
-        } else if (value > values[top]) {
-            top = top_end = step;
-        } else if (value == values[top] && top_end + 1 == step) {
-            top_end = step;
-        } else if (values[top] - value > prominence) {
-            return values.Place((top + top_end) / 2);
+std::optional<std::size_t> NextExtreme(std::span<const double> values, std::size_t from,
+                                       Search search, PeakSearch&& extremes) {
+    if (from >= values.size()) {
+        return std::nullopt;
+    }
+    const SearchedPlaces places(values.size(), from, search);
+    for (std::size_t step = 0; step < places.Size(); ++step) {
+        if (extremes.Take(values[places.Place(step)])) {
+            return places.Place(static_cast<std::size_t>(extremes.FoundStep()));
         }
     }
     return std::nullopt;
@@ -85,11 +74,85 @@ bool IsInteger(double value, double tolerance) {
     return std::abs(value - std::round(value)) <= tolerance;
 }
 
-int SignOf(double value) {
-    return (value > 0.0) - (value < 0.0);
+}  // namespace
+
+bool PeakSearch::Take(double value) {
+    const double signed_value = m_sign * value;
+    const std::int64_t step = m_step++;
+    if (std::isnan(value)) {
+        m_lowest = std::numeric_limits<double>::infinity();
+        m_has_risen = false;
+    } else if (!m_has_risen) {
+        m_lowest = std::min(m_lowest, signed_value);
+        m_has_risen = signed_value - m_lowest > m_prominence;
+        m_top_value = signed_value;
+        m_top = m_top_end = step;
+    } else if (signed_value > m_top_value) {
+        m_top_value = signed_value;
+        m_top = m_top_end = step;
+    } else if (signed_value == m_top_value && m_top_end + 1 == step) {
+        m_top_end = step;
+    } else if (m_top_value - signed_value > m_prominence) {
+        return true;
+    }
+    return false;
 }
 
-}  // namespace
+bool PeakSearch::CanSkip(const Summary& values) const {
+    const double lowest = m_sign > 0.0 ? values.minimum : -values.maximum;
+    const double highest = m_sign > 0.0 ? values.maximum : -values.minimum;
+    return m_has_risen ? highest < m_top_value && m_top_value - lowest <= m_prominence
+                       : highest - std::min(m_lowest, lowest) <= m_prominence;
+}
+
+void PeakSearch::Skip(std::int64_t count, const Summary& values) {
+    m_step += count;
+    if (!m_has_risen) {
+        m_lowest = std::min(m_lowest, m_sign > 0.0 ? values.minimum : -values.maximum);
+    }
+}
+
+bool CrossingSearch::Take(double value) {
+    const std::int64_t step = m_step++;
+    const int here = SignOf(value);
+    const int before = SignOf(m_value_before);
+    if (std::isnan(value)) {
+        m_value_before = 0.0;
+        return false;
+    }
+    if (here == 0) {
+        return false;
+    }
+    const bool found = before != 0 && here != before;
+    if (found) {
+        m_share = m_value_before / (m_value_before - value);
+        m_found_before = m_before;
+        m_found_behind = step;
+    }
+    m_value_before = value;
+    m_before = step;
+    return found;
+}
+
+bool CrossingSearch::CanSkip(const Summary& values) const {
+    return m_value_before > 0.0 ? values.minimum > 0.0
+                                : m_value_before < 0.0 && values.maximum < 0.0;
+}
+
+void CrossingSearch::Skip(std::int64_t count, const Summary& values) {
+    m_step += count;
+    m_before = m_step - 1;
+    m_value_before = values.last;
+}
+
+std::int64_t CrossingSearch::FoundStep() const {
+    return m_found_before + (m_found_behind - m_found_before + 1) / 2;
+}
+
+double CrossingSearch::PlaceBetween(double before, double behind) const {
+    return m_found_behind == m_found_before + 1 ? before + m_share * (behind - before)
+                                                : (before + behind) / 2.0;
+}
 
 CursorTimes TimesOf(double a, double b) {
     CursorTimes times{a, b, b - a, Figure::Not("both cursors stand at one time")};
@@ -143,18 +206,12 @@ CurveReading ReadCurve(const Series& series, double a, double b) {
 
 std::optional<std::size_t> NextPeak(std::span<const double> values, std::size_t from, Search search,
                                     double prominence) {
-    if (from >= values.size()) {
-        return std::nullopt;
-    }
-    return NextExtreme({values, from, search, 1.0}, prominence);
+    return NextExtreme(values, from, search, PeakSearch(prominence));
 }
 
 std::optional<std::size_t> NextValley(std::span<const double> values, std::size_t from,
                                       Search search, double prominence) {
-    if (from >= values.size()) {
-        return std::nullopt;
-    }
-    return NextExtreme({values, from, search, -1.0}, prominence);
+    return NextExtreme(values, from, search, PeakSearch(prominence, -1.0));
 }
 
 std::optional<double> NextZeroCrossing(std::span<const double> values, double from, Search search) {
@@ -164,27 +221,19 @@ std::optional<double> NextZeroCrossing(std::span<const double> values, double fr
     }
     const bool forward = search == Search::kForward;
     const auto start = static_cast<std::size_t>(forward ? std::floor(from) : std::ceil(from));
-    const SearchedValues searched(values, start, search, 1.0);
-    std::size_t before = 0;  // the last sample that was not zero
-    int sign = 0;            // its sign
-    for (std::size_t step = 0; step < searched.Size(); ++step) {
-        const double value = searched[step];
-        const int here = SignOf(value);
-        if (std::isnan(value)) {
-            sign = 0;
-        } else if (here != 0) {
-            if (sign != 0 && here != sign) {
-                const auto low = static_cast<double>(searched.Place(before));
-                const auto high = static_cast<double>(searched.Place(step));
-                const double share = searched[before] / (searched[before] - value);
-                const double place =
-                    step == before + 1 ? low + share * (high - low) : (low + high) / 2.0;
-                if (forward ? place > from : place < from) {
-                    return place;
-                }
-            }
-            sign = here;
-            before = step;
+    const SearchedPlaces places(values.size(), start, search);
+    CrossingSearch crossings;
+    for (std::size_t step = 0; step < places.Size(); ++step) {
+        if (!crossings.Take(values[places.Place(step)])) {
+            continue;
+        }
+        const auto place_of = [&places](std::int64_t at) {
+            return static_cast<double>(places.Place(static_cast<std::size_t>(at)));
+        };
+        const double place = crossings.PlaceBetween(place_of(crossings.StepBefore()),
+                                                    place_of(crossings.StepBehind()));
+        if (forward ? place > from : place < from) {
+            return place;
         }
     }
     return std::nullopt;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 
@@ -36,11 +37,85 @@ struct CurveReading {
     Figure difference;  ///< b - a
     Figure per_second;  ///< difference over the time from A to B
     Statistics between;
+    bool is_whole = true;  ///< false: not all between is known yet
 };
 
 CurveReading ReadCurve(const Series& series, double a, double b);
 
 enum class Search { kForward, kBackward };
+
+/// Looks for something in values that it is given one after another, in the direction of the
+/// search. Steps count from the first of them, which is 0.
+class ValueSearch {
+ public:
+    /// What is known of successive values, none of them missing, without reading them.
+    struct Summary {
+        double minimum = 0.0;
+        double maximum = 0.0;
+        double last = 0.0;  ///< in the direction of the search
+    };
+
+    ValueSearch() = default;
+    ValueSearch(const ValueSearch&) = delete;
+    ValueSearch& operator=(const ValueSearch&) = delete;
+    ValueSearch(ValueSearch&&) = delete;
+    ValueSearch& operator=(ValueSearch&&) = delete;
+    virtual ~ValueSearch() = default;
+
+    /// Takes the next value. True: with it, something is found; the search may go on.
+    virtual bool Take(double value) = 0;
+    /// Whether nothing is found in such values, whatever their order.
+    [[nodiscard]] virtual bool CanSkip(const Summary& values) const = 0;
+    /// Goes on behind so many of them. REQUIRES: CanSkip.
+    virtual void Skip(std::int64_t count, const Summary& values) = 0;
+    /// The step to which what was found leads: see the functions below.
+    [[nodiscard]] virtual std::int64_t FoundStep() const = 0;
+};
+
+/// Peaks as NextPeak finds them, with `sign` -1 valleys.
+class PeakSearch final : public ValueSearch {
+ public:
+    explicit PeakSearch(double prominence, double sign = 1.0)
+        : m_prominence(prominence), m_sign(sign) {}
+
+    bool Take(double value) override;
+    [[nodiscard]] bool CanSkip(const Summary& values) const override;
+    void Skip(std::int64_t count, const Summary& values) override;
+    [[nodiscard]] std::int64_t FoundStep() const override { return (m_top + m_top_end) / 2; }
+
+ private:
+    const double m_prominence;
+    const double m_sign;
+    std::int64_t m_step = 0;  ///< of the next value
+    double m_lowest = std::numeric_limits<double>::infinity();
+    bool m_has_risen = false;
+    double m_top_value = 0.0;
+    std::int64_t m_top = 0;
+    std::int64_t m_top_end = 0;  ///< last of the equal values
+};
+
+/// Passages through zero as NextZeroCrossing finds them.
+class CrossingSearch final : public ValueSearch {
+ public:
+    bool Take(double value) override;
+    [[nodiscard]] bool CanSkip(const Summary& values) const override;
+    void Skip(std::int64_t count, const Summary& values) override;
+    /// The first step behind the passage.
+    [[nodiscard]] std::int64_t FoundStep() const override;
+    /// The values on both sides of the passage.
+    [[nodiscard]] std::int64_t StepBefore() const { return m_found_before; }
+    [[nodiscard]] std::int64_t StepBehind() const { return m_found_behind; }
+    /// The passage itself, where these stand at the places `before` and `behind`.
+    [[nodiscard]] double PlaceBetween(double before, double behind) const;
+
+ private:
+    std::int64_t m_step = 0;    ///< of the next value
+    std::int64_t m_before = 0;  ///< the last value that was not zero
+    double m_value_before = 0.0;
+    double m_share = 0.0;  ///< of the way from before to behind
+    std::int64_t m_found_before = 0;
+    std::int64_t m_found_behind = 0;
+};
 
 /// The next peak from a place on, the place itself not included: a sample behind which the values
 /// fall by more than `prominence` after they rose by more than it. Of equal samples the one in the

@@ -34,6 +34,14 @@ void Fft::Forward(std::span<const double> values, std::vector<Complex>* lines) {
     m_plans->transform.fwd(lines->data(), values.data(), static_cast<Eigen::Index>(values.size()));
 }
 
+void Fft::Forward(std::span<const Complex> values, std::vector<Complex>* lines) {
+    lines->assign(values.begin(), values.end());
+    if (values.size() > 1) {
+        m_plans->transform.fwd(lines->data(), values.data(),
+                               static_cast<Eigen::Index>(values.size()));
+    }
+}
+
 void Fft::Inverse(std::span<const Complex> lines, std::size_t n, std::vector<double>* values) {
     values->resize(n);
     if (n < 2) {

@@ -22,6 +22,9 @@ class Fft {
     /// The lines 0 to n/2 of n values, not scaled. Quick for lengths without prime factors above 5.
     void Forward(std::span<const double> values, std::vector<Complex>* lines);
 
+    /// The same of complex values: n lines of n values.
+    void Forward(std::span<const Complex> values, std::vector<Complex>* lines);
+
     /// The n values of which `lines` (n/2 + 1 of them) are the transform.
     void Inverse(std::span<const Complex> lines, std::size_t n, std::vector<double>* values);
 

@@ -3,15 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 #include <numbers>
 
+#include "measure/spectrum_work.h"
+#include "measure/stepped_fft.h"
 #include "measure/units.h"
 
 namespace wavo::measure {
 
 namespace {
 
-constexpr std::size_t kFewestValues = 8;
 constexpr std::array<double, 5> kFlatTop{0.21557895, 0.41663158, 0.277263158, 0.083578947,
                                          0.006947368};
 
@@ -36,20 +38,28 @@ PeakShift ShiftOf(Window window, double line, double neighbour) {
     return {d, window == Window::kHann ? factor * (1.0 - d * d) : factor};
 }
 
-/// cos(2 pi j / n): each by a turn of the one before, with new exact ones now and then.
-std::vector<double> CosinesOf(std::size_t n) {
-    constexpr std::size_t kTurns = 32;
-    std::vector<double> cosines(n);
-    const double step = kFullTurn / static_cast<double>(n);
-    const Complex turn(std::cos(step), std::sin(step));
-    Complex at;
-    for (std::size_t j = 0; j < n; ++j) {
-        at = j % kTurns == 0 ? std::polar(1.0, step * static_cast<double>(j))
-                             : Complex(at.real() * turn.real() - at.imag() * turn.imag(),
-                                       at.real() * turn.imag() + at.imag() * turn.real());
-        cosines[j] = at.real();
+/// The most that a window shows of a tone so many lines beside it, as part of its amplitude.
+double LeakageAt(Window window, double lines) {
+    switch (window) {
+        case Window::kRectangular:
+            return lines <= 1.0 ? 1.0 : 1.0 / (std::numbers::pi * lines);
+        case Window::kHann:
+            return lines <= 2.0 ? 1.0 : 1.0 / (std::numbers::pi * lines * (lines * lines - 1.0));
+        case Window::kFlatTop:
+            return lines <= 5.0 ? 1.0 : 1e-4;
     }
-    return cosines;
+    return 1.0;
+}
+
+/// The median of the lines, or of some thousands of them.
+double UsualLineOf(std::span<const double> lines) {
+    constexpr std::size_t kSamples = 4096;
+    const std::size_t step = lines.size() / kSamples + 1;
+    std::vector<double> some;
+    for (std::size_t k = 0; k < lines.size(); k += step) {
+        some.push_back(lines[k]);
+    }
+    return some.empty() ? 0.0 : MedianOf(some);
 }
 
 /// The window at a phase, from its cosine: cosines of multiples by Chebyshev's recurrence.
@@ -68,15 +78,22 @@ double FlatTopAt(double cosine) {
 
 }  // namespace
 
-std::vector<double> WindowOf(Window window, std::size_t n) {
-    std::vector<double> weights = CosinesOf(n);
+void WindowPart(Window window, std::size_t n, std::size_t first, std::span<double> weights) {
     if (window == Window::kRectangular) {
         std::ranges::fill(weights, 1.0);
-        return weights;
+        return;
     }
-    for (double& weight : weights) {
-        weight = window == Window::kHann ? 0.5 - 0.5 * weight : FlatTopAt(weight);
+    std::vector<Complex> turns(weights.size());
+    Turns(kFullTurn / static_cast<double>(n), first, turns);
+    for (std::size_t j = 0; j < weights.size(); ++j) {
+        const double cosine = turns[j].real();
+        weights[j] = window == Window::kHann ? 0.5 - 0.5 * cosine : FlatTopAt(cosine);
     }
+}
+
+std::vector<double> WindowOf(Window window, std::size_t n) {
+    std::vector<double> weights(n);
+    WindowPart(window, n, 0, weights);
     return weights;
 }
 
@@ -91,26 +108,46 @@ WindowFigures FiguresOf(Window window, std::size_t n) {
     return {sum / count, count * squares / (sum * sum)};
 }
 
-void TakeOffTrend(Detrend detrend, std::span<double> values) {
-    if (detrend == Detrend::kNone || values.empty()) {
+void Trend::Begin(Detrend detrend, std::size_t count) {
+    *this = Trend();
+    m_detrend = detrend;
+    m_count = static_cast<double>(count);
+}
+
+void Trend::Take(std::span<const double> values) {
+    if (m_detrend == Detrend::kNone || values.empty()) {
         return;
     }
-    // About the first value, so that a large offset leaves the sums exact.
-    const double shift = values.front();
-    const auto count = static_cast<double>(values.size());
-    const double centre = (count - 1.0) / 2.0;
-    double sum = 0.0;
-    double products = 0.0;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        sum += values[i] - shift;
-        products += (values[i] - shift) * (static_cast<double>(i) - centre);
+    if (m_taken == 0) {
+        m_shift = values.front();
     }
-    const double mean = sum / count;
-    const double squares = count * (count * count - 1.0) / 12.0;
-    const double slope = detrend == Detrend::kLinear && squares > 0.0 ? products / squares : 0.0;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        values[i] = (values[i] - shift) - mean - slope * (static_cast<double>(i) - centre);
+    const double centre = (m_count - 1.0) / 2.0;
+    for (const double value : values) {
+        m_sum += value - m_shift;
+        m_products += (value - m_shift) * (static_cast<double>(m_taken++) - centre);
     }
+}
+
+void Trend::TakeOff(std::size_t first, std::span<double> values) const {
+    if (m_detrend == Detrend::kNone) {
+        return;
+    }
+    const double centre = (m_count - 1.0) / 2.0;
+    const double mean = m_sum / m_count;
+    const double squares = m_count * (m_count * m_count - 1.0) / 12.0;
+    const double slope =
+        m_detrend == Detrend::kLinear && squares > 0.0 ? m_products / squares : 0.0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        values[i] =
+            (values[i] - m_shift) - mean - slope * (static_cast<double>(first + i) - centre);
+    }
+}
+
+void TakeOffTrend(Detrend detrend, std::span<double> values) {
+    Trend trend;
+    trend.Begin(detrend, values.size());
+    trend.Take(values);
+    trend.TakeOff(0, values);
 }
 
 std::vector<Stretch> SegmentsOf(std::size_t size, std::size_t length) {
@@ -122,96 +159,19 @@ std::vector<Stretch> SegmentsOf(std::size_t size, std::size_t length) {
     return segments;
 }
 
-void SpectrumAnalyser::TakeWindow(Window window, std::size_t n) {
-    if (window == m_window && n == m_weights.size()) {
-        return;
-    }
-    m_window = window;
-    m_weights = WindowOf(window, n);
-    m_sum = 0.0;
-    m_squares = 0.0;
-    for (const double weight : m_weights) {
-        m_sum += weight;
-        m_squares += weight * weight;
-    }
-}
-
-/// Power of each line, |X|^2, averaged over the segments.
-std::vector<double> SpectrumAnalyser::MeanPowers(std::span<const double> values,
-                                                 const std::vector<Stretch>& segments,
-                                                 Detrend detrend) {
-    std::vector<double> powers(m_weights.size() / 2 + 1, 0.0);
-    for (const Stretch& segment : segments) {
-        m_part.assign(values.begin() + static_cast<std::ptrdiff_t>(segment.first),
-                      values.begin() + static_cast<std::ptrdiff_t>(segment.end));
-        TakeOffTrend(detrend, m_part);
-        for (std::size_t i = 0; i < m_part.size(); ++i) {
-            m_part[i] *= m_weights[i];
-        }
-        m_fft.Forward(m_part, &m_lines);
-        for (std::size_t k = 0; k < powers.size(); ++k) {
-            powers[k] += std::norm(m_lines[k]) / static_cast<double>(segments.size());
-        }
-    }
-    return powers;
-}
-
-/// Powers to what the scale asks for.
-void SpectrumAnalyser::TakeScale(double cycle_time, Spectrum* spectrum) const {
-    const std::size_t n = m_weights.size();
-    for (std::size_t k = 0; k < spectrum->values.size(); ++k) {
-        double& value = spectrum->values[k];
-        // Lines without one of the negative frequency beside them count once.
-        const double sides = k == 0 || 2 * k == n ? 1.0 : 2.0;
-        if (spectrum->scale == SpectrumScale::kDensity) {
-            value = sides * cycle_time * value / m_squares;
-        } else {
-            value = sides * std::sqrt(value) / m_sum;
-            if (spectrum->scale == SpectrumScale::kRms && k > 0) {
-                value /= std::numbers::sqrt2;
-            }
-        }
-    }
-}
-
-Told<Spectrum> SpectrumAnalyser::Of(std::span<const double> values, double cycle_time,
-                                    const SpectrumSetup& setup) {
-    const auto stretches = WholeStretches({&values, 1});
-    const auto longest = std::ranges::max_element(stretches, {}, &Stretch::Size);
-    if (longest == stretches.end() || longest->Size() < kFewestValues) {
-        return Told<Spectrum>::Not("too few values without a gap");
-    }
-    const bool in_one = setup.segment == 0 && longest->Size() <= kLongestTransform;
-    Spectrum spectrum;
-    spectrum.used = *longest;
-    spectrum.length = in_one               ? GoodLengthUpTo(longest->Size())
-                      : setup.segment == 0 ? kLongestTransform / 2
-                                           : setup.segment;
-    if (spectrum.length < kFewestValues || spectrum.length > longest->Size()) {
-        return Told<Spectrum>::Not("too few values without a gap for a segment");
-    }
-    if (in_one) {
-        spectrum.used.first = longest->end - spectrum.length;
-    }
-    const auto used = values.subspan(spectrum.used.first, spectrum.used.Size());
-    const auto segments = SegmentsOf(used.size(), spectrum.length);
-    const bool averaged = segments.size() > 1 && setup.detrend == Detrend::kLinear;
-    TakeWindow(setup.window, spectrum.length);
-    spectrum.values = MeanPowers(used, segments, averaged ? Detrend::kMean : setup.detrend);
-    spectrum.used.end = spectrum.used.first + segments.back().end;
-    spectrum.averages = segments.size();
-    spectrum.window = setup.window;
-    spectrum.scale = setup.scale;
-    spectrum.spacing = 1.0 / (static_cast<double>(spectrum.length) * cycle_time);
-    spectrum.nyquist = 0.5 / cycle_time;
-    spectrum.noise_bandwidth = m_squares / (m_sum * m_sum) / cycle_time;
-    TakeScale(cycle_time, &spectrum);
-    return spectrum;
-}
-
 Told<Spectrum> SpectrumOf(std::span<const double> values, double cycle_time,
                           const SpectrumSetup& setup) {
-    return SpectrumAnalyser().Of(values, cycle_time, setup);
+    SpectrumWork work;
+    work.Begin(0, static_cast<Cycle>(values.size()), cycle_time, setup,
+               {[values](Cycle first, std::span<double> room) {
+                    const auto from = values.subspan(static_cast<std::size_t>(first), room.size());
+                    std::copy(from.begin(), from.end(), room.begin());
+                    return true;
+                },
+                {}});
+    while (work.Step()) {
+    }
+    return work.Take();
 }
 
 double ToDecibel(double value, double reference, SpectrumScale scale) {
@@ -220,16 +180,19 @@ double ToDecibel(double value, double reference, SpectrumScale scale) {
 
 std::vector<SpectrumPeak> PeaksOf(const Spectrum& spectrum, std::size_t most) {
     const auto& values = spectrum.values;
+    // The highest so far, highest first: few, so that all lines are looked at quickly.
     std::vector<std::size_t> lines;
-    for (std::size_t k = 1; k + 1 < values.size(); ++k) {
-        if (values[k] > values[k - 1] && values[k] >= values[k + 1]) {
-            lines.push_back(k);
+    for (std::size_t k = 1; most > 0 && k + 1 < values.size(); ++k) {
+        const bool is_peak = values[k] > values[k - 1] && values[k] >= values[k + 1];
+        if (!is_peak || (lines.size() == most && values[k] <= values[lines.back()])) {
+            continue;
         }
+        lines.resize(std::min(most - 1, lines.size()));
+        const auto place =
+            std::ranges::upper_bound(lines, values[k], std::greater<>(),
+                                     [&values](std::size_t line) { return values[line]; });
+        lines.insert(place, k);
     }
-    const std::size_t kept = std::min(most, lines.size());
-    std::ranges::partial_sort(lines, lines.begin() + static_cast<std::ptrdiff_t>(kept),
-                              [&](std::size_t a, std::size_t b) { return values[a] > values[b]; });
-    lines.resize(kept);
     std::vector<SpectrumPeak> peaks;
     for (const std::size_t k : lines) {
         SpectrumPeak peak{spectrum.FrequencyOf(k), values[k], k};
@@ -243,6 +206,30 @@ std::vector<SpectrumPeak> PeaksOf(const Spectrum& spectrum, std::size_t most) {
         peaks.push_back(peak);
     }
     return peaks;
+}
+
+std::vector<SpectrumPeak> ClearPeaksOf(const Spectrum& spectrum, std::size_t most) {
+    constexpr std::size_t kLookedAt = 256;
+    /// What leaks comes from the negative frequencies too, and noise adds to it.
+    constexpr double kLeakMargin = 1.5;
+    /// Of noise one in thirty million lines is as high.
+    constexpr double kNoiseMargin = 5.0;
+    const double noise = kNoiseMargin * UsualLineOf(spectrum.values);
+    std::vector<SpectrumPeak> clear;
+    for (const SpectrumPeak& peak : PeaksOf(spectrum, kLookedAt)) {
+        double leaked = 0.0;
+        for (const SpectrumPeak& higher : clear) {
+            const double apart =
+                std::abs(spectrum.FrequencyOf(peak.line) - higher.frequency) / spectrum.spacing;
+            leaked += higher.amplitude * LeakageAt(spectrum.window, apart);
+        }
+        const bool is_of_trend = LeakageAt(spectrum.window, static_cast<double>(peak.line)) == 1.0;
+        const double shown = spectrum.values[peak.line];
+        if (clear.size() < most && !is_of_trend && shown > noise && shown > kLeakMargin * leaked) {
+            clear.push_back(peak);
+        }
+    }
+    return clear;
 }
 
 void SpectrumHistory::Add(const Spectrum& spectrum) {

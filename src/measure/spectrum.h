@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "measure/fft.h"
 #include "measure/figure.h"
 #include "measure/series.h"
 
@@ -31,6 +30,29 @@ struct WindowFigures {
 /// Periodic window of n values.
 std::vector<double> WindowOf(Window window, std::size_t n);
 WindowFigures FiguresOf(Window window, std::size_t n);
+
+/// The same of its values from place `first` on.
+void WindowPart(Window window, std::size_t n, std::size_t first, std::span<double> weights);
+
+/// The mean, or the least-squares line, of values that are given part by part; to be taken off
+/// them.
+class Trend {
+ public:
+    /// Of so many values.
+    void Begin(Detrend detrend, std::size_t count);
+    /// Takes the next of them.
+    void Take(std::span<const double> values);
+    /// Takes the trend off those from place `first` on. REQUIRES: all were taken.
+    void TakeOff(std::size_t first, std::span<double> values) const;
+
+ private:
+    Detrend m_detrend = Detrend::kNone;
+    double m_count = 0.0;
+    std::size_t m_taken = 0;
+    double m_shift = 0.0;  ///< the first value, so that a large offset leaves the sums exact
+    double m_sum = 0.0;
+    double m_products = 0.0;
+};
 
 /// Takes the mean, or the least-squares line, off the values.
 void TakeOffTrend(Detrend detrend, std::span<double> values);
@@ -55,6 +77,7 @@ struct Spectrum {
     std::size_t length = 0;        ///< values of a segment
     std::size_t averages = 0;      ///< segments
     Stretch used;                  ///< places that took part
+    std::size_t stretches = 0;     ///< without a gap, of which the longest was taken
     Window window = Window::kHann;
     SpectrumScale scale = SpectrumScale::kPeak;
 
@@ -63,29 +86,8 @@ struct Spectrum {
     }
 };
 
-/// Spectra one after another: keeps what a length needs.
-class SpectrumAnalyser {
- public:
-    /// The spectrum of the longest stretch without a gap. Not told for fewer than 8 values.
-    Told<Spectrum> Of(std::span<const double> values, double cycle_time,
-                      const SpectrumSetup& setup = {});
-
- private:
-    void TakeWindow(Window window, std::size_t n);
-    std::vector<double> MeanPowers(std::span<const double> values,
-                                   const std::vector<Stretch>& segments, Detrend detrend);
-    void TakeScale(double cycle_time, Spectrum* spectrum) const;
-
-    Fft m_fft;
-    Window m_window = Window::kRectangular;
-    std::vector<double> m_weights;  ///< of m_window
-    double m_sum = 0.0;             ///< of the weights
-    double m_squares = 0.0;
-    std::vector<double> m_part;
-    std::vector<Complex> m_lines;
-};
-
-/// The same once.
+/// The spectrum of the longest stretch without a gap. Not told for fewer than 8 values. Whoever
+/// must not wait for it has it made by a SpectrumWork.
 Told<Spectrum> SpectrumOf(std::span<const double> values, double cycle_time,
                           const SpectrumSetup& setup = {});
 
@@ -102,6 +104,10 @@ struct SpectrumPeak {
 /// are interpolated for Hann and no window; a flat top's amplitude needs none. Of densities the
 /// line.
 std::vector<SpectrumPeak> PeaksOf(const Spectrum& spectrum, std::size_t most);
+
+/// The same without those that are noise, what the window makes beside higher ones, or what is left
+/// of a trend: they stand out by five from the median line.
+std::vector<SpectrumPeak> ClearPeaksOf(const Spectrum& spectrum, std::size_t most);
 
 /// Spectra that come one after another: mean of their powers, and the largest of each line.
 class SpectrumHistory {

@@ -56,6 +56,10 @@ class DataFileOperations {
     virtual bool ReadAt(FileHandle file, std::uint64_t offset, void* data, std::size_t size,
                         std::size_t& count) = 0;
 
+    /// Says that these bytes will be read soon, so that the device can begin. Returns at once, and
+    /// tells of no failure; a system may do nothing.
+    virtual void WillRead(FileHandle /*file*/, std::uint64_t /*offset*/, std::size_t /*size*/) {}
+
     /// Writes `size` bytes at the end. On failure some of them may stand there.
     virtual bool Append(FileHandle file, const void* data, std::size_t size) = 0;
 

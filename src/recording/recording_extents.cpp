@@ -94,20 +94,30 @@ bool RecordingReader::MakeLevels(std::size_t index) {
     return true;
 }
 
-void RecordingReader::SettleLevels() {
+std::size_t RecordingReader::SettleLevels(std::size_t most) {
+    const auto& entries = m_index.table.Entries();
     while (m_settled_version != m_index.table.Version()) {
-        const auto& entries = m_index.table.Entries();
-        const auto due = std::find_if(entries.begin(), entries.end(),
-                                      [](const ChunkEntry& entry) { return entry.levels_are_due; });
+        const auto due = std::ranges::find_if(entries, &ChunkEntry::levels_are_due);
         if (due == entries.end()) {
             m_settled_version = m_index.table.Version();
-            return;
+            break;
         }
-        // Either the levels are made, or a chunk leaves the table: this ends.
-        for (std::size_t i = static_cast<std::size_t>(due - entries.begin());
-             i < entries.size() && (!entries[i].levels_are_due || MakeLevels(i)); ++i) {
+        for (std::size_t i = static_cast<std::size_t>(due - entries.begin()); i < entries.size();
+             ++i) {
+            if (!entries[i].levels_are_due) {
+                continue;
+            }
+            if (most == 0) {
+                return static_cast<std::size_t>(
+                    std::ranges::count_if(entries, &ChunkEntry::levels_are_due));
+            }
+            --most;
+            if (!MakeLevels(i)) {
+                break;  // a chunk has left the table: this ends
+            }
         }
     }
+    return 0;
 }
 
 ColumnExtent RecordingReader::Extent(std::size_t axis, std::int32_t order, std::uint64_t from,
@@ -184,6 +194,47 @@ ColumnExtent RecordingReader::ExtentOnce(const Wanted& wanted, LineSpan lines, s
         extent.last = EdgeValue(wanted.axis, order, lines, false);
     }
     return extent;
+}
+
+void RecordingReader::Announce(std::size_t axis, LineSpan lines, Detail detail) {
+    const auto& entries = m_index.table.Entries();
+    if (detail == Detail::kChunks || lines.first >= lines.end) {
+        return;
+    }
+    for (const std::uint64_t line : {lines.first, lines.end - 1}) {
+        const std::size_t index = m_index.table.Find(line);
+        if (index == entries.size() || entries[index].first_line > line) {
+            continue;
+        }
+        const ChunkEntry& entry = entries[index];
+        const bool lies_within = entry.first_line >= lines.first && entry.EndLine() <= lines.end;
+        if (detail == Detail::kLines) {
+            AnnounceBlock(entry, line);
+        } else if (!lies_within) {
+            AnnounceLevels(entry, axis);
+        }
+    }
+}
+
+void RecordingReader::AnnounceLevels(const ChunkEntry& entry, std::size_t axis) {
+    if (!entry.has_levels || m_levels.Find(entry.offset + entry.skipped, axis) != nullptr) {
+        return;
+    }
+    const std::size_t blocks = BlocksOf(entry.lines);
+    const std::size_t size = AxisLevelsSize(blocks);
+    const std::size_t head = LevelsHeadSize(Head().axis_names.size(), blocks);
+    m_file.WillRead(entry.levels_offset + head + axis * size, size);
+}
+
+void RecordingReader::AnnounceBlock(const ChunkEntry& entry, std::uint64_t line) {
+    const std::uint64_t block = (line - entry.first_line) / kLinesPerBlock;
+    if (!entry.is_regular || m_blocks.Find(entry.offset + entry.skipped, block) != nullptr) {
+        return;
+    }
+    const std::size_t line_size = mcap::LineSize(Head().axis_names.size());
+    const std::uint64_t begin = block * kLinesPerBlock;
+    m_file.WillRead(entry.offset + mcap::kFraming + mcap::kChunkHead + begin * line_size,
+                    std::min<std::uint64_t>(kLinesPerBlock, entry.lines - begin) * line_size);
 }
 
 void RecordingReader::TakePart(std::size_t index, const Wanted& wanted, LineSpan lines,

@@ -46,6 +46,11 @@ class RecordingFile {
                count == bytes.size();
     }
 
+    /// These bytes will be read soon.
+    void WillRead(std::uint64_t offset, std::size_t size) const {
+        platform::DataFiles().WillRead(m_file, offset, size);
+    }
+
  private:
     platform::FileHandle m_file = platform::kInvalidFile;
 };

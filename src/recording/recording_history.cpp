@@ -26,6 +26,13 @@ bool ReachBeforeLine0(std::int64_t begin, std::int64_t end) {
     return begin < std::min<std::int64_t>(end, 0);
 }
 
+LineSpan NumbersOf(const LineRange& lines) {
+    const auto number = [](std::int64_t line) {
+        return static_cast<std::uint64_t>(std::max<std::int64_t>(line, 0));
+    };
+    return {number(lines.begin), number(lines.end)};
+}
+
 }  // namespace
 
 LineRange RecordingHistory::Lines() const {
@@ -107,18 +114,22 @@ HistoryAnswer RecordingHistory::LookCloser(const LineRange& lines, ColumnOutline
         return HistoryAnswer::kNotLoaded;
     }
     const std::uint64_t read_before = m_reader.BytesRead();
-    const bool exactly = column.closeness == Closeness::kNear || !HasLevels();
-    const auto line = [](std::int64_t number) {
-        return static_cast<std::uint64_t>(std::max<std::int64_t>(number, 0));
-    };
-    const ColumnExtent extent = m_reader.Extent(m_axis, m_order, line(lines.begin), line(lines.end),
-                                                exactly ? Detail::kLines : Detail::kBlocks);
-    Take(extent, exactly ? Closeness::kExact : Closeness::kNear,
+    const Detail detail = NextDetail(column);
+    const LineSpan numbers = NumbersOf(lines);
+    const ColumnExtent extent =
+        m_reader.Extent(m_axis, m_order, numbers.first, numbers.end, detail);
+    Take(extent, detail == Detail::kLines ? Closeness::kExact : Closeness::kNear,
          ReachBeforeLine0(lines.begin, lines.end), column);
     if (m_budget != nullptr) {
         m_budget->Spend(m_reader.BytesRead() - read_before);
     }
     return HistoryAnswer::kAll;
+}
+
+void RecordingHistory::Announce(const LineRange& lines, const ColumnOutline& column) {
+    if (HasLevels() && (m_budget == nullptr || !m_budget->IsSpent())) {
+        m_reader.Announce(m_axis, NumbersOf(lines), NextDetail(column));
+    }
 }
 
 }  // namespace wavo::recording

@@ -51,12 +51,19 @@ class RecordingHistory final : public History {
     HistoryAnswer Sums(const LineRange& lines, HistorySums& sums) override;
     bool Outline(std::span<const std::int64_t> bounds, std::span<ColumnOutline> columns) override;
     HistoryAnswer LookCloser(const LineRange& lines, ColumnOutline& column) override;
-    [[nodiscard]] std::uint64_t Version() const override { return m_reader.Version(); }
+    void Announce(const LineRange& lines, const ColumnOutline& column) override;
+    [[nodiscard]] std::uint64_t Version() const override { return m_reader.Versions().lines; }
+    [[nodiscard]] std::uint64_t Losses() const override { return m_reader.Versions().losses; }
 
  private:
     /// There are levels of this order in the file.
     [[nodiscard]] bool HasLevels() const {
         return m_order < static_cast<std::int32_t>(kLevelOrders);
+    }
+    /// How closely the next look at a column is.
+    [[nodiscard]] Detail NextDetail(const ColumnOutline& column) const {
+        return column.closeness == Closeness::kNear || !HasLevels() ? Detail::kLines
+                                                                    : Detail::kBlocks;
     }
     void SetBounds(std::span<const std::int64_t> bounds);
 

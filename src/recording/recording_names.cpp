@@ -14,6 +14,17 @@ namespace {
 /// Others that make files of the same names at the same time are given way so many times.
 constexpr int kMostTries = 1000;
 
+/// The name of the first recording of those that one belongs to.
+std::string FirstOf(const std::string& path) {
+    const std::size_t end = path.size() - kExtension.size();
+    const std::size_t digits = path.find_last_not_of("0123456789", end - 1) + 1;
+    const bool is_numbered = digits > 1 && digits < end && path[digits - 1] == '-';
+    const std::string first =
+        is_numbered ? path.substr(0, digits - 1) + std::string(kExtension) : path;
+    const std::size_t name = path.rfind(platform::PathSeparator()) + 1;
+    return RecordingNames(first).NumberOf(std::string_view(path).substr(name)) ? first : path;
+}
+
 }  // namespace
 
 RecordingNames::RecordingNames(const std::string& path) {
@@ -78,6 +89,24 @@ Expected<std::unique_ptr<RecordingWriter>> RecordingNames::CreateNext(
             return writer;
         }
     }
+}
+
+Neighbours NeighboursOf(const std::string& path) {
+    Neighbours neighbours;
+    if (path.size() <= kExtension.size() || !path.ends_with(kExtension)) {
+        return neighbours;
+    }
+    const RecordingNames names(FirstOf(path));
+    const std::uint64_t own =
+        names.NumberOf(std::string_view(path).substr(names.Folder().size())).value_or(1);
+    for (const RecordingNames::File& file : names.Files()) {
+        if (file.number < own) {
+            neighbours.previous = names.PathOf(file.number);
+        } else if (file.number > own && neighbours.next.empty()) {
+            neighbours.next = names.PathOf(file.number);
+        }
+    }
+    return neighbours;
 }
 
 }  // namespace wavo::recording

@@ -44,4 +44,14 @@ class RecordingNames {
     std::string m_base;
 };
 
+/// The recordings that stand before and behind one in the numbers of their names: those beside
+/// NAME-2.mcap are NAME.mcap and NAME-3.mcap, or what comes next where numbers are missing.
+struct Neighbours {
+    std::string previous;  ///< path; empty: none
+    std::string next;
+
+    friend bool operator==(const Neighbours&, const Neighbours&) = default;
+};
+[[nodiscard]] Neighbours NeighboursOf(const std::string& path);
+
 }  // namespace wavo::recording

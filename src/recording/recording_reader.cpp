@@ -104,6 +104,7 @@ void RecordingReader::LoseChunk(std::size_t index) {
     const ChunkEntry& entry = m_index.table.Entries()[index];
     m_index.NoticeLines(entry.first_line, entry.EndLine(), kDamagedLines);
     m_index.table.Remove(index);
+    ++m_losses;
     m_levels.Clear();  // those of the next entry begin anew
 }
 

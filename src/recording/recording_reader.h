@@ -18,6 +18,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
@@ -59,6 +60,12 @@ struct LineSpan {
     std::uint64_t end = 0;  ///< behind the last
 
     friend bool operator==(const LineSpan&, const LineSpan&) = default;
+};
+
+/// Numbers that change with what there is to read.
+struct LineVersions {
+    std::uint64_t lines = 0;   ///< lines came or were lost
+    std::uint64_t losses = 0;  ///< lines were lost
 };
 
 class RecordingReader {
@@ -117,6 +124,15 @@ class RecordingReader {
     void Columns(std::size_t axis, std::int32_t order, std::span<const std::uint64_t> bounds,
                  Detail detail, std::span<ColumnExtent> out);
 
+    /// Finds the extremes of chunks that another program has written without any, of at most so
+    /// many; that takes as long as reading their lines. Returns of how many they are still due. The
+    /// first look at an extent finds all of them.
+    std::size_t SettleLevels(std::size_t most = std::numeric_limits<std::size_t>::max());
+
+    /// Has the system read what Extent will read for these lines, as far as it is not here yet;
+    /// returns at once.
+    void Announce(std::size_t axis, LineSpan lines, Detail detail);
+
     /// All events, in the order of their lines. Reads them all.
     const std::vector<Event>& Events();
 
@@ -125,8 +141,7 @@ class RecordingReader {
 
     [[nodiscard]] const std::string& path() const { return m_path; }
 
-    /// Another number whenever lines came or were lost.
-    [[nodiscard]] std::uint64_t Version() const { return m_index.table.Version(); }
+    [[nodiscard]] LineVersions Versions() const { return {m_index.table.Version(), m_losses}; }
     /// Bytes of lines and levels that were read so far.
     [[nodiscard]] std::uint64_t BytesRead() const { return m_bytes_read; }
 
@@ -148,7 +163,6 @@ class RecordingReader {
     const AxisLevels* LoadLevels(std::size_t index, std::size_t axis);
     /// Makes levels that are not in the file from the lines.
     bool MakeLevels(std::size_t index);
-    void SettleLevels();
     void LoseChunk(std::size_t index);
 
     /// Raw values of an axis: as ReadValues with order 0, and whether each is there.
@@ -166,6 +180,8 @@ class RecordingReader {
     /// `first` and `end` are what the table finds for the bounds of `lines`.
     ColumnExtent ExtentOnce(const Wanted& wanted, LineSpan lines, std::size_t first,
                             std::size_t end);
+    void AnnounceLevels(const ChunkEntry& entry, std::size_t axis);
+    void AnnounceBlock(const ChunkEntry& entry, std::uint64_t line);
     void TakePart(std::size_t index, const Wanted& wanted, LineSpan lines, ColumnExtent& extent);
     void TakeLines(std::size_t axis, std::int32_t order, LineSpan lines, ColumnExtent& extent);
     ColumnExtent ExtentFromLines(std::size_t axis, std::int32_t order, LineSpan lines);
@@ -181,6 +197,7 @@ class RecordingReader {
     BlockCache<AxisLevels> m_levels{kCacheSize / 2};
     std::vector<std::byte> m_bytes;  // of what is being read
     std::uint64_t m_bytes_read = 0;
+    std::uint64_t m_losses = 0;
     std::uint64_t m_settled_version = 0;  // of the table, when no levels were due
     std::size_t m_events_read = 0;        // of the index' rests
     std::vector<Event> m_events;

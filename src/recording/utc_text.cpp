@@ -22,4 +22,16 @@ std::string UtcText(std::uint64_t time) {
     return text.data();
 }
 
+std::string MomentText(std::uint64_t time) {
+    constexpr std::uint64_t kYear = std::uint64_t{365} * 24 * 3600 * 1'000'000'000;
+    if (time >= kYear) {
+        return UtcText(time);
+    }
+    char text[32];
+    std::snprintf(text, sizeof text, "%llu.%03llu s",
+                  static_cast<unsigned long long>(time / 1'000'000'000),
+                  static_cast<unsigned long long>(time / 1'000'000 % 1000));
+    return text;
+}
+
 }  // namespace wavo::recording

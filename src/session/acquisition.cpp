@@ -6,6 +6,7 @@
 #include <mutex>
 #include <utility>
 
+#include "link/axis_capabilities.h"
 #include "session/report_texts.h"
 #include "support/diagnostics.h"
 #include "support/flag_scope.h"
@@ -80,15 +81,21 @@ void Acquisition::Described(bool by_itself) {
         return;  // all is known
     }
     m_is_new = true;
-    // Buffers count in cycles: those of another cycle time hold other times.
-    if (description.cycle_time != m_cycle_time) {
-        m_streams.Drop();
-        m_cycle_time = description.cycle_time;
-    }
-    char text[64];
-    std::snprintf(text, sizeof text, "cycl. time=%.5fs", description.cycle_time);
-    m_observer.PaneTextChanged(StatusPane::kCycleTime, text);
+    m_streams.SetCycleTime(description.cycle_time);
+    ShowCycleTime();
     InitialiseEditor();
+}
+
+void Acquisition::ShowCycleTime() {
+    char text[64];
+    std::snprintf(text, sizeof text, "cycl. time=%.5fs", CycleTime());
+    m_observer.PaneTextChanged(StatusPane::kCycleTime, text);
+}
+
+void Acquisition::TakeUp() {
+    ShowCycleTime();
+    StateChanged();
+    RebuildGraphs();
 }
 
 void Acquisition::StateChanged() {
@@ -215,21 +222,21 @@ bool Acquisition::Receive(ValueBatch& batch) {
     return true;
 }
 
-void Acquisition::AddGraphIfNone() {
+void Acquisition::AddGraphIfNone(DefaultScale scale) {
     if (!m_observer.HasEditedGraphs()) {
-        TakeGraphs();
+        TakeGraphs(scale);
     }
 }
 
-void Acquisition::TakeGraphs() {
-    AddDefaultGraph();
+void Acquisition::TakeGraphs(DefaultScale scale) {
+    AddDefaultGraph(scale);
     if (!m_observer.EditDocument(false)) {
         MERRLOG(kGraphsNotShown);
         ShowBatchFault(kGraphsNotShownBox);
     }
 }
 
-void Acquisition::AddDefaultGraph() {
+void Acquisition::AddDefaultGraph(DefaultScale scale) {
     if (!m_source.IsPresent()) {
         ShowBatchFault(kNoMasterDataBox);
         return;
@@ -240,6 +247,10 @@ void Acquisition::AddDefaultGraph() {
     WavoGraph graph;
     graph.InitGraph(m_graphs.FreeNumber(), ChooseDefaultAxis(AxisNames()).c_str(), m_background,
                     &m_source.Limits());
+    if (scale == DefaultScale::kAutomatic &&
+        !m_source.Limits().FindAxis(graph.YCoorAxName.front())) {
+        graph.YScales.front().ScaleAx = ScaleAxCode::kAutomatic;
+    }
     m_graphs.Add(graph);  // it gets its buffers before the values of this batch are handed out
 }
 

@@ -38,7 +38,7 @@ struct BatchTimes {
     std::chrono::nanoseconds to_ready{0};  ///< from the announcement until the answer was taken
 };
 
-class Acquisition final : public ValueSourceEvents {
+class Acquisition final : private ValueSourceEvents {
  public:
     using Clock = std::chrono::steady_clock;
 
@@ -56,8 +56,14 @@ class Acquisition final : public ValueSourceEvents {
     /// Makes all graphs anew and shows them.
     void RebuildGraphs();
 
+    /// The source of before is shown again, and document and buffers are those of then: tells of
+    /// it, and shows the graphs. Its values may go on as if they had come back by themselves.
+    void TakeUp();
+
+    /// How a default graph is scaled whose axis has no limits.
+    enum class DefaultScale { kFixed, kAutomatic };
     /// Makes a default graph where there is none, of the axes that are known.
-    void AddGraphIfNone();
+    void AddGraphIfNone(DefaultScale scale = DefaultScale::kFixed);
 
     /// Answers the batch that was drawn, if any: the end of each drawing step.
     void AnswerDrawn();
@@ -80,6 +86,10 @@ class Acquisition final : public ValueSourceEvents {
     /// Shows a hint in the status bar in place of what is said of the source; empty: no more.
     void ShowHint(const std::string& text);
 
+    /// Takes the time from `now`, for tests.
+    void SetClock(std::function<Clock::time_point()> now) { m_now = std::move(now); }
+
+ private:
     // ValueSourceEvents
     bool BatchReady() override;
     void Described(bool by_itself) override;
@@ -91,10 +101,6 @@ class Acquisition final : public ValueSourceEvents {
     void ShowFault(const std::string& text) override { m_observer.ShowError(text); }
     void ShowBatchFault(const std::string& text) override;
 
-    /// Takes the time from `now`, for tests.
-    void SetClock(std::function<Clock::time_point()> now) { m_now = std::move(now); }
-
- private:
     /// What is under way with the batch of now.
     enum class BatchState {
         kNone,
@@ -103,12 +109,13 @@ class Acquisition final : public ValueSourceEvents {
         kAnswering,  ///< the answer is on its way. Handlers run meanwhile: a new batch may be drawn
     };
 
+    void ShowCycleTime();
     /// All graphs are being drawn.
     bool RefuseBatch();
     bool TakeBatch(Clock::time_point announced);
     bool Receive(ValueBatch& batch);
-    void TakeGraphs();
-    void AddDefaultGraph();
+    void TakeGraphs(DefaultScale scale);
+    void AddDefaultGraph(DefaultScale scale);
     /// Puts missing values where a link that came back by itself had none.
     void FillGap(const ValueBatch& batch);
     void Answer();
@@ -122,7 +129,6 @@ class Acquisition final : public ValueSourceEvents {
 
     std::uint64_t m_total_lines = 0;  // since the link was ended last
     LinkCounters m_counters;          // without those of the source
-    double m_cycle_time = 0.0;        // that the buffers count in
     SourceDescription m_edited;       // what the graph editor knows of the source
     BatchState m_batch = BatchState::kNone;
     std::optional<Clock::time_point> m_next_announced;  // while another one was being taken

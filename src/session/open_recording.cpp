@@ -1,9 +1,11 @@
 #include "session/open_recording.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "graph/values/missing_value.h"
 #include "recording/utc_text.h"
+#include "session/graph_files.h"
 
 namespace wavo {
 
@@ -33,18 +35,21 @@ RecordingSource::RecordingSource(recording::RecordingReader& reader)
     Renew();
 }
 
-void RecordingSource::Renew() {
+void RecordingSource::Renew(const std::string& next) {
     const std::uint64_t lines = m_reader.LineCount();
     m_text = std::to_string(lines) + (lines == 1 ? " line" : " lines");
     if (lines > 0) {
-        m_text +=
-            ", from " + recording::UtcText(m_reader.Clock().TimeOf(m_reader.FirstLine())) + " on";
+        m_text += ", from " + recording::MomentText(m_reader.Clock().TimeOf(m_reader.FirstLine())) +
+                  " on";
     }
     if (!m_reader.IsComplete()) {
         m_text += "; " + m_reader.CutOffText();
     }
     if (!m_reader.Notices().empty()) {
         m_text += "; " + m_reader.Notices().back();
+    }
+    if (!next.empty()) {
+        m_text += "; the next file is " + next;
     }
 }
 
@@ -75,7 +80,9 @@ OpenRecording::OpenRecording(RecordingToOpen opened,
       m_opened(std::move(opened)),
       m_reader(std::move(reader)),
       m_source(*m_reader),
-      m_graphs(m_reader->ReadGraphFile()) {}
+      m_graphs(m_reader->ReadGraphFile()) {
+    LookAround();
+}
 
 Expected<std::unique_ptr<OpenRecording>> OpenRecording::Open(RecordingToOpen opened) {
     auto reader = recording::RecordingReader::Open(opened.path);
@@ -136,9 +143,21 @@ computed::ComputedStreams* OpenRecording::Computed() {
 bool OpenRecording::Refresh() {
     const bool has_more = m_reader->Refresh();
     if (has_more) {
-        m_source.Renew();
+        RenewText();
     }
     return has_more;
+}
+
+bool OpenRecording::LookAround() {
+    const recording::Neighbours around =
+        m_opened.source.empty() ? recording::NeighboursOf(m_opened.path) : recording::Neighbours();
+    const bool are_others = std::exchange(m_around, around) != around;
+    RenewText();
+    return are_others;
+}
+
+void OpenRecording::RenewText() {
+    m_source.Renew(FileNameOf(m_around.next));
 }
 
 }  // namespace wavo

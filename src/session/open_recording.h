@@ -14,6 +14,7 @@
 #include "computed/computed_streams.h"
 #include "link/axis_capabilities.h"
 #include "recording/recording_history.h"
+#include "recording/recording_names.h"
 #include "recording/recording_reader.h"
 #include "source/history.h"
 #include "source/value_source.h"
@@ -28,8 +29,9 @@ class RecordingSource final : public ValueSource, private AxisLimitsSource {
     /// `reader` is not owned and outlives the source.
     explicit RecordingSource(recording::RecordingReader& reader);
 
-    /// Looks anew at what there is to tell of the recording.
-    void Renew();
+    /// Looks anew at what there is to tell of the recording. `next`: the file name of the one
+    /// behind it; empty for none.
+    void Renew(const std::string& next = {});
 
     // ValueSource
     void SetEvents(ValueSourceEvents* events) override { m_events = events; }
@@ -104,6 +106,13 @@ class OpenRecording {
     /// Takes in what was written since. True when there is more.
     bool Refresh();
 
+    /// The recordings before and behind it in a series of files, as LookAround has found them.
+    [[nodiscard]] const recording::Neighbours& Around() const { return m_around; }
+    /// Looks for them anew. True when they are others.
+    bool LookAround();
+    /// Looks anew at what its source tells of it.
+    void RenewText();
+
  private:
     /// The streams of the computed axes; null when there are none.
     computed::ComputedStreams* Computed();
@@ -115,6 +124,7 @@ class OpenRecording {
     RecordingSource m_source;
     recording::ReadingBudget m_budget;
     std::optional<recording::GraphFile> m_graphs;
+    recording::Neighbours m_around;
     std::map<std::pair<std::size_t, std::int32_t>, recording::RecordingHistory> m_streams;
     const computed::ComputedSource* m_computed = nullptr;
     std::uint64_t m_generation = 0;  // of the definitions that the last of these is for

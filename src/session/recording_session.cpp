@@ -4,20 +4,16 @@
 
 #include "session/acquisition.h"
 #include "session/settings_store.h"
+#include "session/value_streams.h"
 
 namespace wavo {
 
-MaybeFault RecordingSession::Open(RecordingToOpen recording, const std::string& name) {
-    auto opened = OpenRecording::Open(std::move(recording));
-    if (!opened) {
-        return opened.Why();
-    }
+void RecordingSession::Show(std::unique_ptr<OpenRecording> recording, const std::string& name) {
     if (m_recording == nullptr) {
-        m_before = m_files.Keep();
-        m_was_linked = m_source.IsPresent();
+        SetLiveAside();
     }
     // The graphs refer to the former one until they are made anew.
-    const std::shared_ptr<OpenRecording> former = std::exchange(m_recording, std::move(*opened));
+    const std::shared_ptr<OpenRecording> former = std::exchange(m_recording, std::move(recording));
     m_recording->SetComputed(m_computed);
     m_files.SetRecordingName(name);
     m_observer.RunStateChanged(false);
@@ -25,7 +21,14 @@ MaybeFault RecordingSession::Open(RecordingToOpen recording, const std::string& 
     AddGraphIfNone();
     m_files.ShowRunTitle();
     m_observer.CommandsChanged();
-    return std::nullopt;
+}
+
+void RecordingSession::SetLiveAside() {
+    m_was_linked = m_source.IsPresent();
+    m_before = m_files.Keep();
+    m_settings.Keep();
+    m_observer.LiveGraphsLeave();
+    m_streams.SetAside();
 }
 
 void RecordingSession::Close() {
@@ -34,15 +37,22 @@ void RecordingSession::Close() {
     }
     const std::shared_ptr<OpenRecording> former = std::exchange(m_recording, nullptr);
     m_files.SetRecordingName({});
+    m_source.ShowLive();
+    m_settings.BringBack();
+    m_streams.BringBack();
+    m_observer.LiveGraphsComeBack();
     m_files.BringBack(std::exchange(m_before, {}));
-    m_source.ShowLive(m_was_linked || m_settings.AutoConnect());
+    m_acquisition.TakeUp();
+    if (m_was_linked || m_settings.AutoConnect()) {
+        m_source.TakeUp();
+    }
     m_files.ShowRunTitle();
     m_observer.RunStateChanged(m_acquisition.IsRunning());
 }
 
 void RecordingSession::AddGraphIfNone() {
     if (m_recording != nullptr) {
-        m_acquisition.AddGraphIfNone();
+        m_acquisition.AddGraphIfNone(Acquisition::DefaultScale::kAutomatic);
     }
 }
 

@@ -27,6 +27,11 @@ class SessionObserver {
     [[nodiscard]] virtual bool HasEditedGraphs() const = 0;
     /// The graphs are others or look differently: makes all anew, draws and shows them.
     virtual void GraphsChanged() = 0;
+    /// Other graphs take the place of those of the live values for a while: what is seen of these
+    /// is kept. Their buffers are still there, and will be when they come back.
+    virtual void LiveGraphsLeave() = 0;
+    /// The next GraphsChanged shows them as they were.
+    virtual void LiveGraphsComeBack() = 0;
     /// Draws the new values into all graphs and shows them; ends with Acquisition::AnswerDrawn.
     virtual void ValuesArrived() = 0;
     /// True while all graphs are being drawn.

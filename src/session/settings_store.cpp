@@ -1,5 +1,7 @@
 #include "session/settings_store.h"
 
+#include <utility>
+
 #include "platform/file.h"
 #include "platform/folders.h"
 #include "platform/last_error.h"
@@ -48,10 +50,19 @@ bool SettingsStore::Read() {
 }
 
 bool SettingsStore::Save() {
+    if (m_kept) {
+        m_kept = m_current;
+    }
     if (m_file.empty()) {
         m_file = DefaultSettingsFile();
     }
     return !m_file.empty() && WriteProperties(m_file, m_current);
+}
+
+void SettingsStore::BringBack() {
+    if (m_kept) {
+        m_current = *std::exchange(m_kept, std::nullopt);
+    }
 }
 
 std::string SettingsStore::ShownPath() const {

@@ -2,6 +2,7 @@
 // folder. Graph files hold settings too and are read and written here on request.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "settings/view_settings.h"
@@ -30,8 +31,14 @@ class SettingsStore {
     /// Takes the settings of a graph file; those of a first start from one that is not there.
     void ReadFrom(const std::string& graph_file);
 
+    /// Remembers the settings: what is read from graph files from now on is taken back by
+    /// BringBack; what is saved meanwhile stays.
+    void Keep() { m_kept = m_current; }
+    void BringBack();
+
  private:
     ViewSettings m_current;
+    std::optional<ViewSettings> m_kept;
     std::string m_file;
     bool m_auto_connect = true;
 };

@@ -1,9 +1,12 @@
 #include "session/source_switch.h"
 
+#include <utility>
+
 namespace wavo {
 
 void SourceSwitch::Show(ValueSource& other) {
     if (IsLive()) {
+        m_is_taken_up = false;
         m_live.SetComesBack(false);
         m_live.Hold();
     }
@@ -14,15 +17,26 @@ void SourceSwitch::Show(ValueSource& other) {
     m_events->ValuesBegin(false);
 }
 
-void SourceSwitch::ShowLive(bool take_up) {
+void SourceSwitch::ShowLive() {
     m_shown = &m_live;
     m_live.SetComesBack(m_comes_back);
-    m_events->Described(false);
-    m_events->StateChanged();
-    m_events->ValuesBegin(false);
-    if (take_up) {
-        m_live.Start();
+}
+
+void SourceSwitch::TakeUp() {
+    m_is_taken_up = true;
+    if (m_live.Start()) {
+        m_is_taken_up = false;
     }
+}
+
+MaybeFault SourceSwitch::Start() {
+    m_is_taken_up = false;
+    return m_shown->Start();
+}
+
+void SourceSwitch::Hold() {
+    m_is_taken_up = false;
+    m_shown->Hold();
 }
 
 void SourceSwitch::SetEvents(ValueSourceEvents* events) {
@@ -53,7 +67,7 @@ BatchOutcome SourceSwitch::Take(ValueBatch& batch) {
 
 void SourceSwitch::Described(bool by_itself) {
     if (IsLive()) {
-        m_events->Described(by_itself);
+        m_events->Described(by_itself || m_is_taken_up);
     }
 }
 
@@ -65,7 +79,7 @@ void SourceSwitch::StateChanged() {
 
 void SourceSwitch::ValuesBegin(bool by_itself) {
     if (IsLive()) {
-        m_events->ValuesBegin(by_itself);
+        m_events->ValuesBegin(std::exchange(m_is_taken_up, false) || by_itself);
     }
 }
 

@@ -4,7 +4,9 @@
 // Invariants:
 // 1. The live source is left while the other one is shown; what it tells of itself meanwhile is not
 //    passed on. That the program is to end is.
-// 2. Counters are always those of the live source: the other one counts nothing.
+// 2. The live source that is taken up again goes on as one that has come back by itself: nobody has
+//    asked for a new begin.
+// 3. Counters are always those of the live source: the other one counts nothing.
 #pragma once
 
 #include <optional>
@@ -22,16 +24,18 @@ class SourceSwitch final : public ValueSource, private ValueSourceEvents {
 
     /// Leaves the live source, if it is shown, and shows another one, not owned, in its place.
     void Show(ValueSource& other);
-    /// Shows the live source again, and with `take_up` looks for its values.
-    void ShowLive(bool take_up);
+    /// Shows the live source again. Nobody is told, and no values come before TakeUp or Start.
+    void ShowLive();
+    /// Looks for the values of the live source; what is shown goes on with them as far as it can.
+    void TakeUp();
     [[nodiscard]] bool IsLive() const { return m_shown == &m_live; }
     [[nodiscard]] ValueSource& Live() { return m_live; }
 
     // ValueSource
     void SetEvents(ValueSourceEvents* events) override;
-    MaybeFault Start() override { return m_shown->Start(); }
+    MaybeFault Start() override;
     void SetComesBack(bool comes_back) override;
-    void Hold() override { m_shown->Hold(); }
+    void Hold() override;
     bool GoOn() override { return m_shown->GoOn(); }
     void Stop() override;
     BatchOutcome Take(ValueBatch& batch) override;
@@ -74,6 +78,7 @@ class SourceSwitch final : public ValueSource, private ValueSourceEvents {
     ShownLimits m_limits;
     ValueSourceEvents* m_events = nullptr;
     bool m_comes_back = false;
+    bool m_is_taken_up = false;  // and its values have not begun yet
 };
 
 }  // namespace wavo

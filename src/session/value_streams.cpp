@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "graph/values/missing_value.h"
 #include "session/line_tap.h"
@@ -43,6 +44,13 @@ GraphValue* ValueStreams::FindBuffer(const std::string& axis_name, double cycle_
     return value;
 }
 
+void ValueStreams::SetCycleTime(double cycle_time) {
+    if (cycle_time != m_cycle_time) {
+        Drop();
+        m_cycle_time = cycle_time;
+    }
+}
+
 void ValueStreams::ListBuffers(const std::vector<std::string>& axis_names) {
     m_columns_share_buffers =
         std::set<std::string>(axis_names.begin(), axis_names.end()).size() != axis_names.size();
@@ -69,6 +77,18 @@ void ValueStreams::Drop() {
     for (LineTap* const tap : m_taps) {
         tap->BeginAnew();
     }
+}
+
+void ValueStreams::SetAside() {
+    m_distribution.clear();
+    m_aside = Buffers{std::exchange(m_registry, {}), m_cycle_time};
+}
+
+void ValueStreams::BringBack() {
+    Drop();
+    Buffers kept = *std::exchange(m_aside, std::nullopt);
+    m_registry = std::move(kept.registry);
+    m_cycle_time = kept.cycle_time;
 }
 
 void ValueStreams::Distribute(const ValueBatch& batch) {

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -38,6 +39,10 @@ class ValueStreams {
     /// is 0, and where there is a fault, which is reported and kept for TakeFaults.
     GraphStreams StreamsOf(const WavoGraph& graph, double cycle_time);
 
+    /// The seconds per line of the values to come. Buffers count in lines: those of another cycle
+    /// time hold other times and go.
+    void SetCycleTime(double cycle_time);
+
     /// Makes the distribution lists for these axes, in the order of their columns.
     void ListBuffers(const std::vector<std::string>& axis_names);
 
@@ -46,6 +51,12 @@ class ValueStreams {
 
     /// Destroys all buffers and empties the distribution lists.
     void Drop();
+
+    /// Keeps all buffers as they are, and goes on without any. Nobody may refer to them but who
+    /// keeps them as well. REQUIRES: none are set aside.
+    void SetAside();
+    /// Drops the buffers of now and goes on with those that were set aside, and their cycle time.
+    void BringBack();
 
     /// Hands the lines of a batch to the buffers, in order.
     void Distribute(const ValueBatch& batch);
@@ -75,10 +86,17 @@ class ValueStreams {
     void ExpectLines();
     void DistributeLineByLine(const ValueBatch& batch, std::size_t columns);
 
+    struct Buffers {
+        GraphValueRegistry registry;
+        double cycle_time = 0.0;
+    };
+
     std::function<void()> m_before_drop;
     std::vector<LineTap*> m_taps;
     std::vector<std::string> m_axis_names;  ///< of the columns
     GraphValueRegistry m_registry;
+    double m_cycle_time = 0.0;  ///< that the buffers count in
+    std::optional<Buffers> m_aside;
     std::vector<std::vector<GraphValue*>> m_distribution;
     std::vector<std::string> m_faults;
     std::int64_t m_lines = 0;              ///< handed out so far

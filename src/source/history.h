@@ -144,8 +144,12 @@ class History {
     virtual HistoryAnswer LookCloser(const LineRange& /*lines*/, ColumnOutline& /*column*/) {
         return HistoryAnswer::kNotLoaded;
     }
+    /// A closer look at this column will be asked for soon; changes no answer.
+    virtual void Announce(const LineRange& /*lines*/, const ColumnOutline& /*column*/) {}
     /// Changes when what was told of lines no longer holds.
     [[nodiscard]] virtual std::uint64_t Version() const { return 0; }
+    /// Changes when a value that was told is there no more; not when lines come.
+    [[nodiscard]] virtual std::uint64_t Losses() const { return 0; }
 };
 
 }  // namespace wavo

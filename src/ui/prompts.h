@@ -80,6 +80,9 @@ struct Prompts {
                        const std::function<void(QPrinter&)>& paint)>
         print_preview;
 
+    /// False: nobody can answer, dialogs of other kinds included.
+    bool is_somebody_there = true;
+
     /// Tells of a fault that the user must see: caption "ERROR", exclamation icon, OK.
     void ShowError(QWidget* parent, const std::string& text) const {
         box(parent, {text, "ERROR", BoxIcon::kExclamation, BoxButtons::kOk});

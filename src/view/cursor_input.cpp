@@ -1,9 +1,13 @@
 #include "view/cursor_input.h"
 
+#include <QMetaObject>
+#include <QObject>
 #include <algorithm>
 #include <cstdlib>
 
 #include "view/cursor_overlay.h"
+#include "view/past_control.h"
+#include "view/recorded_values.h"
 
 namespace wavo {
 
@@ -28,12 +32,13 @@ std::optional<int> DistanceTo(const CursorMark& mark, const QPoint& point) {
 std::optional<CursorInput::Grip> CursorInput::Meets(const QPoint& point) const {
     std::optional<Grip> met;
     int least = 0;
-    for (const auto& drawer : m_board.Drawers()) {
+    for (const auto& drawer : m_parts.board.Drawers()) {
         for (const CursorName name : kCursorNames) {
-            const auto mark = MarkOf(*drawer, m_cursors, name);
+            const auto mark = MarkOf(*drawer, m_parts.cursors, name);
             const auto distance = mark ? DistanceTo(*mark, point) : std::nullopt;
-            const bool is_nearer = distance && (!met || *distance < least ||
-                                                (*distance == least && m_cursors.Active() == name));
+            const bool is_nearer =
+                distance && (!met || *distance < least ||
+                             (*distance == least && m_parts.cursors.Active() == name));
             if (is_nearer) {
                 met = Grip{name, drawer->Graph().GraphNumber};
                 least = *distance;
@@ -44,17 +49,18 @@ std::optional<CursorInput::Grip> CursorInput::Meets(const QPoint& point) const {
 }
 
 bool CursorInput::LeftButtonDown(const QPoint& point, Qt::KeyboardModifiers modifiers) {
-    if (!m_cursors.IsShown()) {
+    if (!m_parts.cursors.IsShown()) {
         return false;
     }
+    ++m_turn;
     if ((modifiers & Qt::ControlModifier) == 0) {
         m_dragged = Meets(point);
         if (m_dragged) {
-            m_cursors.Activate(m_dragged->name);
+            m_parts.cursors.Activate(m_dragged->name);
         }
         return m_dragged.has_value();
     }
-    const auto& drawers = m_board.Drawers();
+    const auto& drawers = m_parts.board.Drawers();
     const auto found = std::find_if(drawers.begin(), drawers.end(), [&](const auto& drawer) {
         return drawer->Rectangle().contains(point);
     });
@@ -64,8 +70,8 @@ bool CursorInput::LeftButtonDown(const QPoint& point, Qt::KeyboardModifiers modi
     const auto name = (modifiers & Qt::ShiftModifier) != 0 ? CursorName::kB : CursorName::kA;
     const std::uint32_t number = (*found)->Graph().GraphNumber;
     m_dragged = Grip{name, number};
-    m_cursors.Activate(name);
-    m_zooms.Select(number);
+    m_parts.cursors.Activate(name);
+    m_parts.zooms.Select(number);
     return MouseMove(point);
 }
 
@@ -73,8 +79,8 @@ bool CursorInput::MouseMove(const QPoint& point) {
     if (!m_dragged) {
         return false;
     }
-    if (const GraphDraw* const graph = m_board.Find(m_dragged->graph)) {
-        m_cursors.PutAt(m_dragged->name, *graph, point);
+    if (const GraphDraw* const graph = m_parts.board.Find(m_dragged->graph)) {
+        m_parts.cursors.PutAt(m_dragged->name, *graph, point);
     }
     return true;
 }
@@ -86,24 +92,25 @@ bool CursorInput::LeftButtonUp() {
 }
 
 bool CursorInput::KeyPress(int key, Qt::KeyboardModifiers modifiers) {
-    if (!m_cursors.IsShown() || (modifiers & (Qt::AltModifier | Qt::MetaModifier)) != 0) {
+    if (!m_parts.cursors.IsShown() || (modifiers & (Qt::AltModifier | Qt::MetaModifier)) != 0) {
         return false;
     }
+    ++m_turn;
     if ((key == Qt::Key_A || key == Qt::Key_B) && (modifiers & Qt::ControlModifier) == 0) {
-        m_cursors.Activate(key == Qt::Key_A ? CursorName::kA : CursorName::kB);
+        m_parts.cursors.Activate(key == Qt::Key_A ? CursorName::kA : CursorName::kB);
         return true;
     }
-    const auto active = m_cursors.Active();
+    const auto active = m_parts.cursors.Active();
     if (!active) {
         return false;
     }
     switch (key) {
         case Qt::Key_Tab:
         case Qt::Key_Backtab:
-            m_cursors.Activate(*active == CursorName::kA ? CursorName::kB : CursorName::kA);
+            m_parts.cursors.Activate(*active == CursorName::kA ? CursorName::kB : CursorName::kA);
             return true;
         case Qt::Key_Escape:
-            m_cursors.Activate(std::nullopt);
+            m_parts.cursors.Activate(std::nullopt);
             return true;
         case Qt::Key_Left:
             return MoveActive(-1, modifiers);
@@ -116,15 +123,20 @@ bool CursorInput::KeyPress(int key, Qt::KeyboardModifiers modifiers) {
 }
 
 bool CursorInput::JumpActive(int key, Qt::KeyboardModifiers modifiers) {
+    const bool forward = (modifiers & Qt::ShiftModifier) == 0;
+    const auto search = forward ? measure::Search::kForward : measure::Search::kBackward;
     switch (key) {
         case Qt::Key_P:
-            return Jump(Measurements::Target::kPeak, modifiers);
+            return Jump(Landmark::kPeak, search);
         case Qt::Key_V:
-            return Jump(Measurements::Target::kValley, modifiers);
+            return Jump(Landmark::kValley, search);
+        case Qt::Key_Z:
+            return Jump(Landmark::kZeroCrossing, search);
         case Qt::Key_0:
-            return Jump(Measurements::Target::kZeroCrossing, modifiers);
+            // Where 0 itself is typed with Shift, that says nothing.
+            return Jump(Landmark::kZeroCrossing, measure::Search::kForward);
         case Qt::Key_T:
-            return JumpToTrigger();
+            return JumpToTrigger(forward);
         default:
             return false;
     }
@@ -134,28 +146,44 @@ bool CursorInput::MoveActive(int direction, Qt::KeyboardModifiers modifiers) {
     const CursorStep step = (modifiers & Qt::ControlModifier) != 0 ? CursorStep::kSample
                             : (modifiers & Qt::ShiftModifier) != 0 ? CursorStep::kTenth
                                                                    : CursorStep::kPixel;
-    m_cursors.Move(*m_cursors.Active(), step, direction);
+    m_parts.cursors.Move(*m_parts.cursors.Active(), step, direction);
     return true;
 }
 
-bool CursorInput::Jump(Measurements::Target target, Qt::KeyboardModifiers modifiers) {
-    const auto search = (modifiers & Qt::ShiftModifier) != 0 ? measure::Search::kBackward
-                                                             : measure::Search::kForward;
-    const CursorName active = *m_cursors.Active();
-    const auto line = m_cursors.LineOf(active);
-    const auto next = line ? m_measurements.Next(target, *line, search) : std::nullopt;
-    if (next) {
-        m_cursors.PutOn(active, *next);
+bool CursorInput::Jump(Landmark landmark, measure::Search search) {
+    if (const auto line = m_parts.cursors.LineOf(*m_parts.cursors.Active())) {
+        GoOn(landmark, search, *line, m_turn);
     }
     return true;
 }
 
-bool CursorInput::JumpToTrigger() {
-    const CursorName active = *m_cursors.Active();
-    const GraphDraw* const graph = m_cursors.GraphOf(active);
-    const auto line = graph != nullptr ? Measurements::TriggerLine(*graph) : std::nullopt;
+void CursorInput::GoOn(Landmark landmark, measure::Search search, std::int64_t line,
+                       std::uint64_t turn) {
+    const auto active = m_parts.cursors.Active();
+    if (turn != m_turn || !active || m_parts.cursors.LineOf(*active) != line) {
+        return;
+    }
+    const LineFound found = m_parts.measurements.Next(landmark, line, search);
+    if (!found.has_ended) {
+        QMetaObject::invokeMethod(
+            &m_parts.view,
+            [this, landmark, search, line, turn] { GoOn(landmark, search, line, turn); },
+            Qt::QueuedConnection);
+    } else if (found.line) {
+        m_parts.cursors.JumpTo(*active, *found.line);
+    }
+}
+
+bool CursorInput::JumpToTrigger(bool forward) {
+    const CursorName active = *m_parts.cursors.Active();
+    const GraphDraw* const graph = m_parts.cursors.GraphOf(active);
+    std::optional<std::int64_t> line;
+    if (graph != nullptr) {
+        line = ShowsOpenRecording(*graph) ? m_parts.past.GoToTrigger(forward)
+                                          : Measurements::TriggerLine(*graph);
+    }
     if (line) {
-        m_cursors.PutOn(active, *line);
+        m_parts.cursors.JumpTo(active, *line);
     }
     return true;
 }

@@ -6,9 +6,11 @@
 //   Tab                          makes the other one active
 //   Left, Right                  move the active one by a pixel; with Ctrl by a line of the source,
 //                                with Shift by a tenth of what is shown
-//   P, V, 0                      jump to the next peak, valley, zero crossing of the selected
+//   P, V, Z                      jump to the next peak, valley, zero crossing of the selected
 //                                curve; with Shift to the one before
-//   T                            jumps to the trigger
+//   0                            as Z; Shift makes other keys of it on most keyboards
+//   T                            jumps to the trigger; in an open recording to the next place where
+//                                one fires, with Shift to the one before
 //   Escape                       makes no cursor active: keys are the view's again
 #pragma once
 
@@ -16,20 +18,31 @@
 #include <Qt>
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 #include "view/graph_board.h"
 #include "view/graph_cursors.h"
 #include "view/measurements.h"
 #include "view/zoom_target.h"
 
+class QObject;
+
 namespace wavo {
+
+class PastControl;
 
 class CursorInput {
  public:
-    /// None of the references is owned; all outlive this object.
-    CursorInput(GraphBoard& board, GraphCursors& cursors, Measurements& measurements,
-                ZoomTarget& zooms)
-        : m_board(board), m_cursors(cursors), m_measurements(measurements), m_zooms(zooms) {}
+    /// What it needs of others. None of the references is owned; all outlive this object.
+    struct Parts {
+        GraphBoard& board;
+        GraphCursors& cursors;
+        Measurements& measurements;
+        ZoomTarget& zooms;
+        PastControl& past;
+        QObject& view;  ///< receives what is done when events were handled
+    };
+    explicit CursorInput(Parts parts) : m_parts(std::move(parts)) {}
 
     // Points are logical pixels of the view. False for what means nothing here.
     bool LeftButtonDown(const QPoint& point, Qt::KeyboardModifiers modifiers);
@@ -50,14 +63,14 @@ class CursorInput {
     [[nodiscard]] std::optional<Grip> Meets(const QPoint& point) const;
     bool MoveActive(int direction, Qt::KeyboardModifiers modifiers);
     bool JumpActive(int key, Qt::KeyboardModifiers modifiers);
-    bool Jump(Measurements::Target target, Qt::KeyboardModifiers modifiers);
-    bool JumpToTrigger();
+    bool Jump(Landmark landmark, measure::Search search);
+    /// Searches on from a line, until the next key or press.
+    void GoOn(Landmark landmark, measure::Search search, std::int64_t line, std::uint64_t turn);
+    bool JumpToTrigger(bool forward);
 
-    GraphBoard& m_board;
-    GraphCursors& m_cursors;
-    Measurements& m_measurements;
-    ZoomTarget& m_zooms;
+    const Parts m_parts;
     std::optional<Grip> m_dragged;
+    std::uint64_t m_turn = 0;  ///< of keys and presses
 };
 
 }  // namespace wavo

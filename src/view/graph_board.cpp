@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <utility>
 
-#include "settings/view_settings.h"
-
 namespace wavo {
 
 namespace {
 
 bool HasStopped(const GraphDraw& drawer) {
     return IsStopped(drawer.State());
+}
+
+bool LookAlike(const ViewSettings& a, const ViewSettings& b) {
+    return a.background == b.background && a.font == b.font && a.scale_lines_x == b.scale_lines_x &&
+           a.scale_lines_y == b.scale_lines_y;
 }
 
 }  // namespace
@@ -63,7 +66,9 @@ const GraphDraw* GraphBoard::FindDrawerWithValues(std::uint32_t graph_number) co
 std::vector<std::string> GraphBoard::CreateAllGraphRects(const QRect& area, double cycle_time,
                                                          const std::vector<std::string>& axis_names,
                                                          const ViewSettings& settings) {
+    ++m_steps;
     m_drawers.clear();
+    m_looks = settings;
     GraphDrawHost& host = *this;
     const std::vector<WavoGraph>& graphs = m_graphs.Graphs();
     const std::vector<QRect> rectangles = SplitGraphArea(area, graphs.size());
@@ -90,7 +95,26 @@ GraphStreams GraphBoard::StreamsOf(const WavoGraph& graph, double cycle_time) {
     return none;
 }
 
+void GraphBoard::SetAside() {
+    m_aside = std::exchange(m_drawers, {});
+    m_looks_aside = m_looks;
+}
+
+bool GraphBoard::BringBack(const QRect& area, const std::vector<std::string>& axis_names,
+                           const ViewSettings& settings) {
+    std::vector<std::unique_ptr<GraphDraw>> kept = std::exchange(m_aside, {});
+    if (!LookAlike(settings, m_looks_aside)) {
+        return false;
+    }
+    m_drawers = std::move(kept);
+    m_looks = m_looks_aside;
+    Layout(area);
+    m_streams.ListBuffers(axis_names);
+    return true;
+}
+
 void GraphBoard::Layout(const QRect& area) {
+    ++m_steps;
     const std::vector<QRect> rectangles = SplitGraphArea(area, m_drawers.size());
     for (std::size_t i = 0; i < m_drawers.size(); ++i) {
         m_drawers[i]->SetRectangle(rectangles[i]);
@@ -98,7 +122,11 @@ void GraphBoard::Layout(const QRect& area) {
 }
 
 void GraphBoard::DrawAll(QImage& picture, bool restart, PixelWriting pixels) {
+    ++m_steps;
     if (restart) {
+        for (const auto& drawer : m_drawers) {
+            drawer->EmptyCurves();
+        }
         m_streams.Reset();
     }
     for (const auto& drawer : m_drawers) {

@@ -17,12 +17,11 @@
 #include "graph/model/graph_list.h"
 #include "session/shown_graphs.h"
 #include "session/value_streams.h"
+#include "settings/view_settings.h"
 
 class QImage;
 
 namespace wavo {
-
-struct ViewSettings;
 
 class GraphBoard final : public ShownGraphs, private GraphDrawHost {
  public:
@@ -54,12 +53,21 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
                                                  const std::vector<std::string>& axis_names,
                                                  const ViewSettings& settings);
 
+    /// Keeps all drawers with what they show, and has none until the next making or BringBack.
+    void SetAside();
+    /// Goes on with the drawers that were set aside, in `area`; lists their buffers as above. False
+    /// when graphs are to look differently now: they have to be made.
+    bool BringBack(const QRect& area, const std::vector<std::string>& axis_names,
+                   const ViewSettings& settings);
+
     /// Moves every drawer to its place in `area`.
     void Layout(const QRect& area);
 
     /// One drawing step of all graphs; afterwards the new values of all buffers are emptied. With
     /// `restart` all buffers are reset first and the graphs begin anew.
     void DrawAll(QImage& picture, bool restart, PixelWriting pixels = PixelWriting::kNow);
+    /// Another number whenever graphs were made, placed or drawn.
+    [[nodiscard]] std::uint64_t Steps() const { return m_steps; }
     /// What the last drawing showed of the past is exact.
     [[nodiscard]] bool IsExact() const;
     /// Paints what steps have left unpainted.
@@ -82,8 +90,12 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     ValueStreams& m_streams;
     const std::function<void()> m_recording_ended;
     std::vector<std::unique_ptr<GraphDraw>> m_drawers;
+    std::vector<std::unique_ptr<GraphDraw>> m_aside;
+    ViewSettings m_looks_aside;  // that those were made with
+    ViewSettings m_looks;        // that the others were
     std::map<std::string, std::string> m_units;
     bool m_of_recording = false;
+    std::uint64_t m_steps = 0;
 };
 
 /// Splits `area` into `count` rectangles of equal height (at least 1), one below the other.

@@ -85,8 +85,8 @@ std::optional<std::int64_t> LineNearPoint(const GraphDraw& graph, const QPoint& 
     const LinesDrawAxis& curve = *graph.Lines().front();
     double least = std::numeric_limits<double>::infinity();
     std::size_t nearest = 0;
-    for (std::size_t i = 0; i < curve.Size(); ++i) {
-        const LinePoint point = curve.Point(i);
+    for (std::size_t i = 0; i < curve.ShownSize(); ++i) {
+        const LinePoint point = curve.ShownPoint(i);
         if (!IsPoint(point)) {
             continue;
         }
@@ -97,7 +97,7 @@ std::optional<std::int64_t> LineNearPoint(const GraphDraw& graph, const QPoint& 
             nearest = i;
         }
     }
-    const LineRuns runs = LinesOfCurves(graph);
+    const LineRuns runs = LinesOfPoints(graph);
     if (!std::isfinite(least) || runs.empty()) {
         return std::nullopt;
     }
@@ -107,15 +107,15 @@ std::optional<std::int64_t> LineNearPoint(const GraphDraw& graph, const QPoint& 
 /// Where a curve over an axis shows a line.
 std::optional<QPoint> PointOfLine(const GraphDraw& graph, std::int64_t line) {
     const LinesDrawAxis& curve = *graph.Lines().front();
-    const LineRuns runs = LinesOfCurves(graph);
+    const LineRuns runs = LinesOfPoints(graph);
     for (const LineLog::Run& run : runs) {
         if (run.line <= line && line - run.line < static_cast<std::int64_t>(run.count)) {
             const std::uint64_t row = run.sequence + static_cast<std::uint64_t>(line - run.line);
             const std::uint64_t place = row - runs.front().sequence;
-            if (place >= curve.Size() || !IsPoint(curve.Point(place))) {
+            if (place >= curve.ShownSize() || !IsPoint(curve.ShownPoint(place))) {
                 return std::nullopt;
             }
-            const QPoint point = ToLogical(graph, curve.Point(place)).toPoint();
+            const QPoint point = ToLogical(graph, curve.ShownPoint(place)).toPoint();
             return graph.PlotArea().contains(point) ? std::optional(point) : std::nullopt;
         }
     }
@@ -167,10 +167,11 @@ std::optional<std::int64_t> LineNearTime(const GraphDraw& graph, double time) {
 }  // namespace
 
 GraphCursors::GraphCursors(GraphBoard& board, ZoomTarget& zooms, std::function<bool()> values_flow,
-                           std::function<void()> moved)
+                           BringIn bring_in, std::function<void()> moved)
     : m_board(board),
       m_zooms(zooms),
       m_values_flow(std::move(values_flow)),
+      m_bring_in(std::move(bring_in)),
       m_moved(std::move(moved)) {}
 
 void GraphCursors::Show(bool shown) {
@@ -184,6 +185,7 @@ void GraphCursors::Show(bool shown) {
         m_states = {};
         Of(CursorName::kA).x = kFirstPlace;
         Of(CursorName::kB).x = kSecondPlace;
+        m_followed.reset();
         Renew();
     }
     m_moved();
@@ -217,39 +219,63 @@ bool GraphCursors::FlowsInto(const GraphDraw& graph) const {
     const RunState state = graph.Recorder().State();
     const std::vector<GraphValue*> values = graph.Recorder().Values();
     return m_values_flow() && !IsStopped(state) && state != RunState::kWaitingForStart &&
-           !graph.ZoomWindow().IsOfRecording() &&
+           !graph.ZoomWindow().IsOfRecording() && !graph.Past().has_value() &&
            std::any_of(values.begin(), values.end(),
                        [](const GraphValue* value) { return value->Enabled(); });
 }
 
 void GraphCursors::Renew() {
-    if (!m_shown) {
+    const Followed now{m_board.Steps(), m_values_flow()};
+    if (!m_shown || m_followed == now) {
         return;
     }
     for (State& state : m_states) {
-        const GraphDraw* graph = m_board.Find(state.graph);
-        if (graph == nullptr) {
-            graph = FirstGraph();
-            state.graph = graph == nullptr ? 0 : graph->Graph().GraphNumber;
-        }
-        if (graph == nullptr || !HasCurves(*graph)) {
-            state.line.reset();
-            continue;
-        }
-        const bool flows = FlowsInto(*graph);
-        if (flows || (state.line && !Contains(LinesOfGraph(*graph), *state.line))) {
-            state.line.reset();
-        }
-        if (!state.line && !IsOverTime(*graph)) {
-            state.line = LineNearPoint(*graph, PixelOf(*graph, state));
-        } else if (!state.line) {
-            const double time = TimeAtPart(*graph, state.x);
-            state.line = flows ? graph->Places().LineAt(time) : LineNearTime(*graph, time);
-        }
-        if (!flows && state.line) {
-            TakePlace(*graph, *state.line, &state);
-        }
+        Follow(state);
     }
+    m_followed = now;
+}
+
+void GraphCursors::Follow(State& state) const {
+    const GraphDraw* graph = m_board.Find(state.graph);
+    if (graph == nullptr) {
+        graph = FirstGraph();
+        state.graph = graph == nullptr ? 0 : graph->Graph().GraphNumber;
+    }
+    if (graph == nullptr || !HasCurves(*graph)) {
+        state.line.reset();
+        return;
+    }
+    const bool flows = FlowsInto(*graph);
+    if (flows || (state.line && !Contains(LinesOfGraph(*graph), *state.line))) {
+        state.line.reset();
+    }
+    if (!state.line) {
+        state.line = LineAtPlace(*graph, state, flows);
+    }
+    if (!flows && state.line) {
+        TakePlace(*graph, *state.line, &state);
+    }
+}
+
+std::optional<std::int64_t> GraphCursors::LineAtPlace(const GraphDraw& graph, const State& state,
+                                                      bool flows) {
+    if (!IsOverTime(graph)) {
+        return LineNearPoint(graph, PixelOf(graph, state));
+    }
+    const double time = TimeAtPart(graph, state.x);
+    if (flows) {
+        return graph.Places().LineAt(time);
+    }
+    const auto line = LineNearTime(graph, time);
+    return line && ShowsOpenRecording(graph) ? LineWithValue(graph, *line, 1) : line;
+}
+
+bool GraphCursors::IsSeen(const GraphDraw& graph, std::int64_t line) {
+    if (!IsOverTime(graph)) {
+        return PointOfLine(graph, line).has_value();
+    }
+    const auto time = graph.Places().TimeOf(line);
+    return time && *time <= ShownTime(graph);
 }
 
 QPoint GraphCursors::PixelOf(const GraphDraw& graph, const State& state) {
@@ -310,6 +336,7 @@ void GraphCursors::PutAt(CursorName name, const GraphDraw& graph, const QPoint& 
         state.x = static_cast<double>(x - plot.left()) / std::max(1, plot.width() - 1);
         state.y = static_cast<double>(y - plot.top()) / std::max(1, plot.height() - 1);
     }
+    m_followed.reset();
     Renew();
     m_moved();
 }
@@ -319,9 +346,18 @@ void GraphCursors::PutOn(CursorName name, std::int64_t line) {
     if (const GraphDraw* const graph = GraphOf(name); graph != nullptr && HasCurves(*graph)) {
         state.line = line;
         TakePlace(*graph, line, &state);
+        m_followed.reset();
         Renew();
         m_moved();
     }
+}
+
+void GraphCursors::JumpTo(CursorName name, std::int64_t line) {
+    const GraphDraw* const graph = GraphOf(name);
+    if (graph != nullptr && HasCurves(*graph) && !FlowsInto(*graph) && !IsSeen(*graph, line)) {
+        m_bring_in(*graph, line);
+    }
+    PutOn(name, line);
 }
 
 void GraphCursors::Move(CursorName name, CursorStep step, int direction) {
@@ -334,7 +370,11 @@ void GraphCursors::Move(CursorName name, CursorStep step, int direction) {
         MoveOnScreen(*graph, step, direction, &state);
     } else {
         MoveByLines(*graph, step, direction, &state);
+        if (state.line && graph->Past().has_value() && !IsSeen(*graph, *state.line)) {
+            m_bring_in(*graph, *state.line);
+        }
     }
+    m_followed.reset();
     Renew();
     m_moved();
 }
@@ -357,7 +397,7 @@ void GraphCursors::MoveByLines(const GraphDraw& graph, CursorStep step, int dire
     std::int64_t lines = 1;
     if (step == CursorStep::kTenth) {
         const double shown = IsOverTime(graph) ? ShownTime(graph) / graph.Recorder().CycleTime()
-                                               : static_cast<double>(graph.Lines()[0]->Size());
+                                               : static_cast<double>(graph.Lines()[0]->ShownSize());
         lines = std::max<std::int64_t>(1, std::llround(shown * kTenthOfWindow));
     } else if (step == CursorStep::kPixel && IsOverTime(graph)) {
         const auto column = ColumnOf(places, from);
@@ -368,6 +408,9 @@ void GraphCursors::MoveByLines(const GraphDraw& graph, CursorStep step, int dire
     }
     const LineRuns runs = LinesOfGraph(graph);
     state->line = NearestLine(runs, from + direction * lines, direction);
+    if (state->line && ShowsOpenRecording(graph)) {
+        state->line = LineWithValue(graph, *state->line, direction);
+    }
     if (state->line) {
         TakePlace(graph, *state->line, state);
     }

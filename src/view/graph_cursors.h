@@ -33,10 +33,13 @@ enum class CursorStep {
 
 class GraphCursors {
  public:
+    /// Brings a line into sight of a graph that stands still.
+    using BringIn = std::function<void(const GraphDraw& graph, std::int64_t line)>;
+
     /// None of the references is owned; all outlive this object. `values_flow`: the viewer is not
     /// stopped. `moved`: a cursor was put somewhere else, shown or hidden by the user.
     GraphCursors(GraphBoard& board, ZoomTarget& zooms, std::function<bool()> values_flow,
-                 std::function<void()> moved);
+                 BringIn bring_in, std::function<void()> moved);
 
     /// Shows both, at a third and two thirds of the selected graph, A active; or hides them.
     void Show(bool shown);
@@ -46,7 +49,8 @@ class GraphCursors {
     [[nodiscard]] std::optional<CursorName> Active() const { return m_active; }
     void Activate(std::optional<CursorName> name);
 
-    /// Follows the values and the graphs; to be called when these have changed.
+    /// Follows the values and the graphs; to be called when these have changed. Costs nothing where
+    /// nothing was drawn since.
     void Renew();
 
     /// The line that a cursor stands on, as Renew has found it.
@@ -64,7 +68,10 @@ class GraphCursors {
     void PutAt(CursorName name, const GraphDraw& graph, const QPoint& point);
     /// Puts a cursor onto a line. In a graph into which values flow it takes the place there.
     void PutOn(CursorName name, std::int64_t line);
-    /// Moves a cursor in its graph; `direction` is 1 or -1.
+    /// The same, and brings the line into sight where it is not seen.
+    void JumpTo(CursorName name, std::int64_t line);
+    /// Moves a cursor in its graph; `direction` is 1 or -1. One that leaves a window of the past
+    /// takes that along.
     void Move(CursorName name, CursorStep step, int direction);
 
  private:
@@ -75,6 +82,13 @@ class GraphCursors {
         std::optional<std::int64_t> line;
     };
 
+    /// What Renew has followed.
+    struct Followed {
+        std::uint64_t steps = 0;
+        bool values_flow = false;
+        friend bool operator==(const Followed&, const Followed&) = default;
+    };
+
     [[nodiscard]] const State& Of(CursorName name) const {
         return m_states[static_cast<std::size_t>(name)];
     }
@@ -82,6 +96,11 @@ class GraphCursors {
     [[nodiscard]] GraphDraw* FirstGraph() const;
     [[nodiscard]] bool FlowsInto(const GraphDraw& graph) const;
     [[nodiscard]] static QPoint PixelOf(const GraphDraw& graph, const State& state);
+    [[nodiscard]] static bool IsSeen(const GraphDraw& graph, std::int64_t line);
+    /// The line that a cursor stands on at its place in a graph.
+    [[nodiscard]] static std::optional<std::int64_t> LineAtPlace(const GraphDraw& graph,
+                                                                 const State& state, bool flows);
+    void Follow(State& state) const;
     static void TakePlace(const GraphDraw& graph, std::int64_t line, State* state);
     void MoveOnScreen(const GraphDraw& graph, CursorStep step, int direction, State* state) const;
     void MoveByLines(const GraphDraw& graph, CursorStep step, int direction, State* state) const;
@@ -89,10 +108,12 @@ class GraphCursors {
     GraphBoard& m_board;
     ZoomTarget& m_zooms;
     const std::function<bool()> m_values_flow;
+    const BringIn m_bring_in;
     const std::function<void()> m_moved;
     std::array<State, 2> m_states;
     std::optional<CursorName> m_active;
     bool m_shown = false;
+    std::optional<Followed> m_followed;  ///< nothing: a cursor was put somewhere else
 };
 
 }  // namespace wavo

@@ -95,6 +95,18 @@ std::vector<std::string> GraphScreen::MakeGraphs() {
     return faults;
 }
 
+bool GraphScreen::BringGraphsBack() {
+    const std::lock_guard guard(m_graph_lock);
+    m_board.SetOfRecording(false);
+    const QRect area = AreaAboveText();
+    if (!m_board.BringBack(area, m_session.Values().AxisNames(), m_session.Settings().Current())) {
+        return false;
+    }
+    m_laid_out = area;
+    m_picture.Invalidate();
+    return true;
+}
+
 void GraphScreen::DrawAndShow(bool restart) {
     m_restart = m_restart || restart;
     if (m_ready_for_painting && !m_picture.IsEmpty()) {

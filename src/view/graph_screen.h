@@ -61,6 +61,8 @@ class GraphScreen {
     void Resize();
     /// Makes all graphs of the document anew; draws nothing. Returns faults for the user.
     [[nodiscard]] std::vector<std::string> MakeGraphs();
+    /// Shows the graphs again that were set aside; draws nothing. False when they have to be made.
+    [[nodiscard]] bool BringGraphsBack();
     /// One drawing step, shown at once where the widget is visible. With `restart` the graphs begin
     /// anew. While nobody sees the widget a step writes no pixels; they come when somebody does, or
     /// asks for the picture.

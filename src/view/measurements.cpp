@@ -13,19 +13,21 @@ namespace {
 using measure::Figure;
 
 constexpr double kProminence = 0.01;  // of what the scale shows
-constexpr std::size_t kBufferItself = static_cast<std::size_t>(-1);
+/// What a renewal may read: a few milliseconds.
+constexpr std::uint64_t kRenewalBudget = 1000;
+constexpr std::size_t kItself = static_cast<std::size_t>(-1);
 
 /// A recording that the start or the stop trigger of its graph has made.
 bool IsEndedByTrigger(const GraphDraw& graph) {
     return graph.Recorder().RestartState() == RunState::kWaitingForStop;
 }
 
-std::string LabelOf(const WavoGraph& graph, std::size_t axis) {
+}  // namespace
+
+std::string Measurements::LabelOf(const WavoGraph& graph, std::size_t axis) {
     const std::string label = AxisLabel(graph.YCoorAxName[axis], graph.YCoorAxDerivation[axis]);
     return graph.XCoorType == CoorType::kAxis ? label + " over " + graph.XCoorAxName : label;
 }
-
-}  // namespace
 
 std::vector<const GraphDraw*> Measurements::Graphs() const {
     std::vector<const GraphDraw*> graphs;
@@ -44,19 +46,29 @@ std::vector<const GraphDraw*> Measurements::Graphs() const {
 CurveReader* Measurements::ReaderOf(const GraphDraw& graph, std::size_t stream) {
     const GraphRecorder& recorder = graph.Recorder();
     const GraphValue* const value = recorder.Taken(stream).value;
-    const bool is_recording = HoldsRecording(graph);
-    if (graph.Lines().empty() || (!is_recording && value == nullptr)) {
+    const bool is_own = HoldsRecording(graph) && !graph.Past().has_value();
+    History* history = nullptr;
+    if (ShowsOpenRecording(graph)) {
+        history = stream < recorder.Axes() ? graph.Past()->y[stream] : graph.Past()->x;
+    }
+    if (graph.Lines().empty() || (!is_own && value == nullptr && history == nullptr)) {
         return nullptr;
     }
-    const auto key = is_recording ? std::pair<const void*, std::size_t>(&graph, stream)
-                                  : std::pair<const void*, std::size_t>(value, kBufferItself);
+    const auto key = is_own               ? std::pair<const void*, std::size_t>(&graph, stream)
+                     : history != nullptr ? std::pair<const void*, std::size_t>(history, kItself)
+                                          : std::pair<const void*, std::size_t>(value, kItself);
     const auto known = m_readers.find(key);
     if (known != m_readers.end()) {
         return &known->second;
     }
     std::unique_ptr<LineValues> values;
-    if (is_recording) {
+    if (is_own) {
         values = std::make_unique<RecordedValues>(graph, stream);
+    } else if (history != nullptr) {
+        values = std::make_unique<HistoryValues>(*history, [this] {
+            OpenRecording* const recording = m_session.Recording();
+            return recording == nullptr ? 0 : recording->Reader().BytesRead();
+        });
     } else {
         values = std::make_unique<BufferValues>(*value);
     }
@@ -66,9 +78,18 @@ CurveReader* Measurements::ReaderOf(const GraphDraw& graph, std::size_t stream) 
                 .first->second;
 }
 
-std::optional<std::int64_t> Measurements::NewestLine() const {
+CurveReader* Measurements::ReaderOf(const CurveId& curve) {
+    const GraphDraw* const graph = m_board.Find(curve.graph);
+    return graph != nullptr && curve.axis < graph->Lines().size() ? ReaderOf(*graph, curve.axis)
+                                                                  : nullptr;
+}
+
+std::optional<std::int64_t> Measurements::LineOf0() const {
     std::optional<std::int64_t> newest;
     for (const auto& drawer : m_board.Drawers()) {
+        if (ShowsOpenRecording(*drawer)) {
+            return drawer->Past()->origin;
+        }
         const std::vector<LineLog::Run> runs = LinesOfGraph(*drawer);
         if (!runs.empty()) {
             const std::int64_t last =
@@ -79,9 +100,14 @@ std::optional<std::int64_t> Measurements::NewestLine() const {
     return newest;
 }
 
+double Measurements::TimeOf(std::int64_t line) const {
+    const double cycle_time =
+        m_board.Drawers().empty() ? 0.0 : m_board.Drawers().front()->Recorder().CycleTime();
+    return static_cast<double>(line - LineOf0().value_or(line)) * cycle_time;
+}
+
 void Measurements::MeasureTimes() {
-    const auto newest = NewestLine();
-    m_table.newest = newest.value_or(0);
+    m_table.line_of_0 = LineOf0().value_or(0);
     m_table.cycle_time =
         m_board.Drawers().empty() ? 0.0 : m_board.Drawers().front()->Recorder().CycleTime();
     m_table.time_decimals = measure::DecimalsOf(std::array{m_table.cycle_time});
@@ -111,7 +137,8 @@ void Measurements::MeasureCurve(const GraphDraw& graph, std::size_t axis) {
     const auto b = m_cursors.LineOf(CursorName::kB);
     curve.x_at_a = curve.x_at_b = Figure::Not("no values");
     if (CurveReader* const reader = ReaderOf(graph, axis)) {
-        curve.figures = reader->Between(a, b);
+        curve.figures = reader->Between(a, b, &m_budget);
+        m_table.is_whole = m_table.is_whole && curve.figures.is_whole;
         curve.decimals = reader->Decimals();
     } else {
         const Figure none = Figure::Not("no values");
@@ -121,9 +148,8 @@ void Measurements::MeasureCurve(const GraphDraw& graph, std::size_t axis) {
     }
     CurveReader* const x = is_over_axis ? ReaderOf(graph, graph.Recorder().Axes()) : nullptr;
     if (x != nullptr) {
-        const measure::CurveReading read = x->Between(a, b);
-        curve.x_at_a = read.a;
-        curve.x_at_b = read.b;
+        curve.x_at_a = x->ValueAt(a);
+        curve.x_at_b = x->ValueAt(b);
         curve.decimals = std::max(curve.decimals, x->Decimals());
     }
     m_table.curves.push_back(std::move(curve));
@@ -131,6 +157,7 @@ void Measurements::MeasureCurve(const GraphDraw& graph, std::size_t axis) {
 
 const MeasuredTable& Measurements::Renew() {
     m_cursors.Renew();
+    m_budget.Renew(kRenewalBudget);
     m_table = {};
     MeasureTimes();
     for (const GraphDraw* const graph : Graphs()) {
@@ -159,26 +186,17 @@ std::optional<CurveId> Measurements::SelectedCurve() const {
     return std::nullopt;
 }
 
-std::optional<std::int64_t> Measurements::Next(Target target, std::int64_t line,
-                                               measure::Search search) {
+LineFound Measurements::Next(Landmark landmark, std::int64_t line, measure::Search search) {
     const auto curve = SelectedCurve();
     const GraphDraw* const graph = curve ? m_board.Find(curve->graph) : nullptr;
     CurveReader* const reader = graph == nullptr ? nullptr : ReaderOf(*graph, curve->axis);
     if (reader == nullptr) {
-        return std::nullopt;
+        return {};
     }
     const ScaleLines& scale = graph->Lines()[curve->axis]->YLines();
     const double shown = scale.empty() ? 0.0 : scale.back().value - scale.front().value;
-    const double prominence = std::abs(shown) * kProminence;
-    switch (target) {
-        case Target::kPeak:
-            return reader->NextPeak(line, search, prominence);
-        case Target::kValley:
-            return reader->NextValley(line, search, prominence);
-        case Target::kZeroCrossing:
-            break;
-    }
-    return reader->NextZeroCrossing(line, search);
+    m_budget.Renew(kRenewalBudget);
+    return reader->Next(landmark, line, search, std::abs(shown) * kProminence, &m_budget);
 }
 
 std::optional<std::int64_t> Measurements::TriggerLine(const GraphDraw& graph) {

@@ -27,6 +27,8 @@ constexpr int kGrip = 4;        // beside a border, where it can be dragged
 constexpr int kMarkHeight = 7;  // of events, at the top
 constexpr int kGapHeight = 4;   // at the bottom
 
+constexpr int kMostTold = 10;  // events, in a tool tip
+
 constexpr std::uint64_t kNavigatorBudget = 300;
 constexpr double kStep = 0.1;  // of the window, per key
 constexpr double kZoom = 0.8;
@@ -38,7 +40,7 @@ QString WindowText(const LineRange& seen, OpenRecording& recording) {
     const recording::LineClock& clock = recording.Reader().Clock();
     const auto text = [&clock](std::int64_t line) {
         return QString::fromStdString(
-            recording::UtcText(clock.TimeOf(static_cast<std::uint64_t>(line))));
+            recording::MomentText(clock.TimeOf(static_cast<std::uint64_t>(line))));
     };
     return text(seen.begin) + QStringLiteral(" to ") + text(std::max(seen.begin, seen.end - 1));
 }
@@ -82,10 +84,7 @@ void Navigator::Renew() {
 // ---- places ----
 
 int Navigator::ColumnOf(std::int64_t line) const {
-    const LineRange held = Held();
-    const double steps = std::max(1.0, static_cast<double>(held.Count() - 1));
-    const double part = static_cast<double>(line - held.begin) / steps;
-    return static_cast<int>(std::lround(std::clamp(part, 0.0, 1.0) * (width() - 1)));
+    return ColumnOfLine(Held(), width(), line);
 }
 
 std::int64_t Navigator::LineAt(int x) const {
@@ -235,14 +234,24 @@ QString Navigator::TextAt(int x) const {
     if (recording == nullptr) {
         return {};
     }
+    const std::vector<recording::Event>& events = recording->Reader().Events();
+    const auto from =
+        std::ranges::lower_bound(events, x - kGrip, {}, [this](const recording::Event& event) {
+            return ColumnOf(static_cast<std::int64_t>(event.line));
+        });
     QString text;
-    for (const recording::Event& event : recording->Reader().Events()) {
-        if (std::abs(ColumnOf(static_cast<std::int64_t>(event.line)) - x) <= kGrip) {
-            text += (text.isEmpty() ? QString() : QStringLiteral("\n")) +
-                    QString::fromStdString(
-                        recording::UtcText(recording->Reader().Clock().TimeOf(event.line)) + "  " +
-                        (event.text.empty() ? event.kind : event.text));
-        }
+    int told = 0;
+    auto event = from;
+    for (; event != events.end() && told < kMostTold &&
+           ColumnOf(static_cast<std::int64_t>(event->line)) <= x + kGrip;
+         ++event, ++told) {
+        text += (text.isEmpty() ? QString() : QStringLiteral("\n")) +
+                QString::fromStdString(
+                    recording::MomentText(recording->Reader().Clock().TimeOf(event->line)) + "  " +
+                    (event->text.empty() ? event->kind : event->text));
+    }
+    if (event != events.end() && ColumnOf(static_cast<std::int64_t>(event->line)) <= x + kGrip) {
+        text += QStringLiteral("\nand others: look more closely, or step through them");
     }
     return text.isEmpty() ? WindowText(m_past.Window().Seen(), *recording) : text;
 }
@@ -279,22 +288,17 @@ const QImage& Navigator::DrawEnvelope() {
     return m_envelope.Picture();
 }
 
-void Navigator::PaintEvents(QPainter& painter) const {
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(kEventColor);
-    for (const recording::Event& event : m_session.Recording()->Reader().Events()) {
-        const int x = ColumnOf(static_cast<std::int64_t>(event.line));
-        const QPoint mark[] = {{x - 4, 0}, {x + 4, 0}, {x, kMarkHeight}};
-        painter.drawPolygon(mark, 3);
-    }
-}
-
-void Navigator::PaintGaps(QPainter& painter) const {
-    for (const recording::LineSpan& gap : m_session.Recording()->Reader().Gaps()) {
-        const int left = ColumnOf(static_cast<std::int64_t>(gap.first));
-        const int right = ColumnOf(static_cast<std::int64_t>(gap.end));
+void Navigator::PaintMarks(QPainter& painter) {
+    m_marks.Renew(*m_session.Recording(), Held(), width());
+    for (const auto& [left, right] : m_marks.Gaps()) {
         painter.fillRect(left, height() - kGapHeight, std::max(2, right - left), kGapHeight,
                          kGapColor);
+    }
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(kEventColor);
+    for (const int x : m_marks.Events()) {
+        const QPoint mark[] = {{x - 4, 0}, {x + 4, 0}, {x, kMarkHeight}};
+        painter.drawPolygon(mark, 3);
     }
 }
 
@@ -322,9 +326,8 @@ void Navigator::paintEvent(QPaintEvent* /*event*/) {
         painter.drawImage(QRectF(0, kMarkHeight, width(), kHeight - kMarkHeight - kGapHeight),
                           envelope);
     }
-    PaintGaps(painter);
-    PaintEvents(painter);
     PaintWindow(painter);
+    PaintMarks(painter);  // as bright beside the window as in it
     if (!IsExact()) {
         // Closer with the next painting, when what waits was done.
         QMetaObject::invokeMethod(

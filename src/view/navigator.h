@@ -18,6 +18,7 @@
 #include "graph/draw/envelope.h"
 #include "session/session.h"
 #include "view/past_view.h"
+#include "view/recording_marks.h"
 
 namespace wavo {
 
@@ -67,8 +68,7 @@ class Navigator : public QWidget {
     [[nodiscard]] LineRange Held() const { return m_past.Window().Held(); }
     void DragTo(int x);
     bool MoveBorder(Qt::KeyboardModifiers modifiers, int direction);
-    void PaintEvents(QPainter& painter) const;
-    void PaintGaps(QPainter& painter) const;
+    void PaintMarks(QPainter& painter);
     void PaintWindow(QPainter& painter) const;
     [[nodiscard]] QString TextAt(int x) const;
     [[nodiscard]] QColor Background() const;
@@ -78,6 +78,7 @@ class Navigator : public QWidget {
     const std::function<SelectedCurve()> m_selected;
 
     Envelope m_envelope;
+    RecordingMarks m_marks;
     std::uint64_t m_recording = 0;  // that the envelope is of; 0: none
     Part m_dragged = Part::kNone;
     std::int64_t m_drag_from = 0;  // the line under the pointer

@@ -1,8 +1,10 @@
 #include "view/past_control.h"
 
 #include <QKeyEvent>
+#include <QMetaObject>
 #include <QMouseEvent>
 #include <QWheelEvent>
+#include <utility>
 
 #include "ui/graph_editor/ax_select.h"
 #include "ui/graph_editor/graph_editing.h"
@@ -46,9 +48,34 @@ void PastControl::OnWindowChanged() {
         m_parts.screen.Resize();
     }
     m_overview->Renew();
+    TellOfWindow();
     if (is_recording) {
         Q_EMIT m_parts.news.CommandsChanged();  // another graph has other triggers
     }
+}
+
+// The graphs show the window from the drawing on that follows.
+void PastControl::TellOfWindow() {
+    if (std::exchange(m_tells_of_window, true)) {
+        return;
+    }
+    QMetaObject::invokeMethod(
+        &m_parts.view,
+        [this] {
+            m_tells_of_window = false;
+            Q_EMIT m_parts.news.MeasureChanged();
+        },
+        Qt::QueuedConnection);
+}
+
+std::optional<std::int64_t> PastControl::GoToTrigger(bool forward) {
+    const CommandId command = forward ? CommandId::kNextTrigger : CommandId::kPreviousTrigger;
+    if (!m_search.IsEnabled(command)) {
+        return std::nullopt;
+    }
+    const std::optional<std::int64_t> before = m_window.Mark();
+    m_search.Execute(command);
+    return m_window.Mark() != before ? m_window.Mark() : std::nullopt;
 }
 
 Navigator::SelectedCurve PastControl::SelectedCurve() const {
@@ -68,6 +95,9 @@ bool PastControl::TakeEvent(QEvent& event) {
     switch (event.type()) {
         case QEvent::Wheel:
             return TakeWheel(m_window, static_cast<const QWheelEvent&>(event));
+        case QEvent::WindowActivate:
+            m_files.Refresh();  // nobody tells of what others write
+            return false;
         case QEvent::MouseButtonPress:
             m_overview->update();  // another curve may be selected with it
             return TakeMousePress(m_window, static_cast<const QMouseEvent&>(event));

@@ -2,6 +2,9 @@
 // and their bar below the graphs.
 #pragma once
 
+#include <cstdint>
+#include <optional>
+
 #include "ui/prompts.h"
 #include "view/command_target.h"
 #include "view/navigator.h"
@@ -43,18 +46,24 @@ class PastControl final : public CommandTarget {
     /// Whether a command that can be on or off is on.
     [[nodiscard]] bool IsOn(CommandId id) const { return m_files.IsOn(id); }
 
+    /// Goes to the next place where a trigger of the selected graph fires, or to the one before;
+    /// its line, nothing when there is none.
+    std::optional<std::int64_t> GoToTrigger(bool forward);
+
     /// Events of the view; each is false for what means nothing here or now.
     bool TakeEvent(QEvent& event);
 
  private:
     void OnWindowChanged();
+    void TellOfWindow();
     [[nodiscard]] Navigator::SelectedCurve SelectedCurve() const;
 
     const Parts m_parts;
     PastView m_window;
     RecordingFiles m_files;
     PastSearch m_search;
-    Navigator* const m_overview;  // child of the view
+    Navigator* const m_overview;     // child of the view
+    bool m_tells_of_window = false;  // that the window has changed, when it was drawn
 };
 
 }  // namespace wavo

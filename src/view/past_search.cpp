@@ -31,6 +31,21 @@ bool IsBackward(CommandId id) {
     return id == CommandId::kPreviousTrigger || id == CommandId::kPreviousEvent;
 }
 
+/// What happened before a line: its events, else the gap that ends there.
+std::string TextOfPlace(const std::vector<recording::Event>& events,
+                        const std::vector<recording::LineSpan>& gaps, std::uint64_t line) {
+    std::string text;
+    for (const recording::Event& event :
+         std::ranges::equal_range(events, line, {}, &recording::Event::line)) {
+        text += (text.empty() ? "" : "; ") + (event.text.empty() ? event.kind : event.text);
+    }
+    const auto gap = std::ranges::lower_bound(gaps, line, {}, &recording::LineSpan::end);
+    if (text.empty() && gap != gaps.end() && gap->end == line) {
+        text = std::to_string(gap->end - gap->first) + " lines are missing before this place";
+    }
+    return text;
+}
+
 }  // namespace
 
 PastSearch::PastSearch(Session& session, PastView& past, std::function<std::uint32_t()> selected,
@@ -88,6 +103,7 @@ void PastSearch::Execute(CommandId id) {
     if (!IsEnabled(id) || m_is_under_way) {
         return;
     }
+    m_past.Refresh(false);
     if (id == CommandId::kNextTrigger || id == CommandId::kPreviousTrigger) {
         GoToTrigger(!IsBackward(id));
     } else {
@@ -132,9 +148,9 @@ void PastSearch::GoToTrigger(bool forward) {
     }
     if (found) {
         m_past.GoTo(*found);
-        m_past.TellOfRecording();
+        m_past.Status().Tell();
     } else {
-        m_session.Values().ShowHint(forward ? "No trigger fires behind this place"
+        m_past.Status().TellOfPlace(forward ? "No trigger fires behind this place"
                                             : "No trigger fires before this place");
     }
 }
@@ -163,40 +179,35 @@ bool PastSearch::GoOn(std::int64_t from, std::int64_t line, std::int64_t last) {
 
 void PastSearch::GoToEvent(bool forward) {
     recording::RecordingReader& reader = m_session.Recording()->Reader();
-    std::vector<std::pair<std::int64_t, std::string>> places;
-    for (const recording::Event& event : reader.Events()) {
-        places.emplace_back(static_cast<std::int64_t>(event.line),
-                            event.text.empty() ? event.kind : event.text);
-    }
-    const std::size_t events = places.size();
-    for (const recording::LineSpan& gap : reader.Gaps()) {
-        const auto end = static_cast<std::int64_t>(gap.end);
-        const auto is_told =
-            std::any_of(places.begin(), places.begin() + static_cast<std::ptrdiff_t>(events),
-                        [end](const auto& place) { return place.first == end; });
-        if (!is_told) {
-            places.emplace_back(
-                end, std::to_string(gap.end - gap.first) + " lines are missing before this place");
+    const std::vector<recording::Event>& events = reader.Events();
+    const std::vector<recording::LineSpan> gaps = reader.Gaps();
+    const auto from = static_cast<std::uint64_t>(std::max<std::int64_t>(0, Begin(forward)));
+    const auto event = std::ranges::lower_bound(events, from, {}, &recording::Event::line);
+    const auto gap = std::ranges::lower_bound(gaps, from, {}, &recording::LineSpan::end);
+    std::optional<std::uint64_t> line;
+    if (forward) {
+        if (event != events.end()) {
+            line = event->line;
+        }
+        if (gap != gaps.end()) {
+            line = std::min(line.value_or(gap->end), gap->end);
+        }
+    } else {
+        if (event != events.begin()) {
+            line = std::prev(event)->line;
+        }
+        if (gap != gaps.begin()) {
+            line = std::max(line.value_or(0), std::prev(gap)->end);
         }
     }
-    std::ranges::stable_sort(places, {}, &std::pair<std::int64_t, std::string>::first);
-    const std::int64_t from = Begin(forward);
-    const auto next =
-        std::ranges::lower_bound(places, from, {}, &std::pair<std::int64_t, std::string>::first);
-    if (forward ? next == places.end() : next == places.begin()) {
-        m_session.Values().ShowHint(forward ? "No event behind this place"
+    if (!line) {
+        m_past.Status().TellOfPlace(forward ? "No event behind this place"
                                             : "No event before this place");
         return;
     }
-    const std::int64_t line = (forward ? next : std::prev(next))->first;
-    std::string text;
-    for (const auto& place : places) {
-        if (place.first == line) {
-            text += (text.empty() ? "" : "; ") + place.second;
-        }
-    }
-    m_past.GoTo(line);
-    m_session.Values().ShowHint(text);
+    const std::string text = TextOfPlace(events, gaps, *line);
+    m_past.GoTo(static_cast<std::int64_t>(*line));
+    m_past.Status().TellOfPlace(text);
 }
 
 }  // namespace wavo

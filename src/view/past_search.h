@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "graph/values/condition_search.h"
@@ -41,6 +42,9 @@ class PastSearch final : public CommandTarget {
     /// Ends a search that is under way.
     void Cancel() { m_is_cancelled = true; }
 
+    /// Takes the time from `clock`, for tests.
+    void SetClock(Clock clock) { m_clock = std::move(clock); }
+
  private:
     /// The conditions of the graph that the recording can answer.
     [[nodiscard]] std::vector<ConditionTerm> Terms() const;
@@ -55,7 +59,7 @@ class PastSearch final : public CommandTarget {
     PastView& m_past;
     const std::function<std::uint32_t()> m_selected;
     QWidget& m_parent;
-    const Clock m_clock;
+    Clock m_clock;
 
     bool m_is_under_way = false;
     bool m_is_cancelled = false;

@@ -5,11 +5,10 @@
 #include <QWidget>
 #include <algorithm>
 #include <cmath>
-#include <iterator>
-#include <set>
 #include <utility>
 
 #include "view/past_marks.h"
+#include "view/recorded_values.h"
 
 namespace wavo {
 
@@ -39,7 +38,8 @@ PastView::PastView(Session& session, GraphBoard& board, GraphScreen& screen,
       m_board(board),
       m_screen(screen),
       m_selected(std::move(selected)),
-      m_changed(std::move(changed)) {
+      m_changed(std::move(changed)),
+      m_status(session) {
     m_screen.SetPast(this);
 }
 
@@ -50,6 +50,7 @@ void PastView::OnGraphsMade() {
     m_buffers.clear();
     OpenRecording* const recording = m_session.Recording();
     if (recording == nullptr) {
+        m_live.reset();
         m_is_shown = false;
         m_recording = nullptr;
         m_steps.clear();
@@ -65,8 +66,28 @@ void PastView::OnGraphsMade() {
     }
     m_is_shown = true;
     m_origin = recording->Lines().begin;
-    TellOfRecording();
+    m_status.Tell();
     Apply();
+}
+
+void PastView::SetLiveAside() {
+    if (m_is_shown) {
+        m_live =
+            OfLive{m_window, m_origin, std::exchange(m_steps, {}), std::exchange(m_buffers, {})};
+    }
+}
+
+void PastView::OnLiveBack() {
+    std::optional<OfLive> kept = std::exchange(m_live, std::nullopt);
+    OnGraphsMade();
+    if (kept) {
+        m_is_shown = true;
+        m_window = kept->window;
+        m_origin = kept->origin;
+        m_steps = std::move(kept->steps);
+        m_buffers = std::move(kept->buffers);
+        m_changed();
+    }
 }
 
 void PastView::Leave() {
@@ -77,44 +98,6 @@ void PastView::Leave() {
         drawer->ShowHistory(std::nullopt);
     }
     OnGraphsMade();
-}
-
-std::string PastView::UnknownAxes() const {
-    std::set<std::string> unknown;
-    for (const WavoGraph& graph : m_session.Graphs().Graphs()) {
-        std::vector<std::string> names = graph.YCoorAxName;
-        if (graph.XCoorType == CoorType::kAxis) {
-            names.push_back(graph.XCoorAxName);
-        }
-        const std::vector<std::string>& known = m_session.Values().AxisNames();
-        std::ranges::copy_if(names, std::inserter(unknown, unknown.end()), [&](const auto& name) {
-            return std::ranges::find(known, name) == known.end();
-        });
-    }
-    std::string text;
-    for (const std::string& name : unknown) {
-        text += (text.empty() ? "Not in the recording: " : ", ") + name;
-    }
-    return text;
-}
-
-void PastView::TellOfRecording() {
-    OpenRecording* const recording = m_session.Recording();
-    if (recording == nullptr) {
-        return;
-    }
-    m_notices = recording->Reader().Notices().size();
-    recording->Source().Renew();
-    std::string text = UnknownAxes();
-    for (const std::string& notice : recording->Notices()) {
-        text += (text.empty() ? "" : "; ") + notice;
-    }
-    if (!recording->Reader().IsStillThere()) {
-        text = "The file was removed or replaced: this is the one that was opened";
-    } else if (m_notices > 0) {
-        text = recording->Reader().Notices().back();
-    }
-    m_session.Values().ShowHint(text);
 }
 
 bool PastView::CanShow(const GraphDraw& drawer) const {
@@ -154,27 +137,6 @@ bool PastView::Begin(const GraphDraw* drawer) {
     }
     m_origin = m_window.Seen().begin;
     return true;
-}
-
-LineRange PastView::ShownLines(const GraphDraw& drawer) const {
-    const GraphRecorder& recorder = drawer.Recorder();
-    if (drawer.Zoom().active) {
-        const auto first = drawer.Places().LineAt(0.0);
-        const auto last = drawer.Places().LineAt(drawer.Zoom().Length() - recorder.CycleTime() / 2);
-        return first && last ? LineRange{*first, *last + 1} : LineRange();
-    }
-    // A sweep shows what came last, like any other curve.
-    const std::uint64_t taken = recorder.TakenRows();
-    std::uint64_t held = 0;
-    for (const auto& line : drawer.Lines()) {
-        held = std::max<std::uint64_t>(held, line->Size());
-    }
-    const std::vector<LineLog::Run> runs =
-        recorder.TakenLines().Runs(taken - std::min(taken, held), taken);
-    if (runs.empty()) {
-        return {};
-    }
-    return {runs.front().line, runs.back().line + static_cast<std::int64_t>(runs.back().count)};
 }
 
 LineRange PastView::HeldLines() const {
@@ -224,6 +186,7 @@ void PastView::Apply() {
 }
 
 void PastView::ApplyAndDraw() {
+    m_status.LeavePlace();
     Apply();
     m_screen.DrawAndShow();
 }
@@ -262,11 +225,17 @@ bool PastView::MoveBy(double windows) {
 }
 
 bool PastView::MoveToBegin() {
-    return Do([&] { m_window.MoveToBegin(); });
+    return Do([&] {
+        TakeInNews();
+        m_window.MoveToBegin();
+    });
 }
 
 bool PastView::MoveToEnd() {
-    return Do([&] { m_window.MoveToEnd(); });
+    return Do([&] {
+        TakeInNews();
+        m_window.MoveToEnd();
+    });
 }
 
 bool PastView::Show(const LineRange& lines) {
@@ -308,29 +277,47 @@ bool PastView::StepBack() {
     return true;
 }
 
-void PastView::GoTo(std::int64_t line) {
-    m_mark = line;
+void PastView::GoTo(std::int64_t line, const GraphDraw* unmarked_in) {
+    if (unmarked_in == nullptr) {
+        m_mark = line;
+    } else if (!Begin(unmarked_in)) {
+        return;
+    }
     m_window.BringIn(line);
     ApplyAndDraw();
 }
 
-void PastView::OnLinesChanged(bool follow) {
-    if (m_recording == nullptr) {
-        return;
+bool PastView::TakeInNews() {
+    OpenRecording* const recording = m_session.Recording();
+    if (recording == nullptr || recording != m_recording || !recording->Refresh()) {
+        return false;
     }
     const bool was_all = m_window.IsAllSeen();
-    m_window.SetHeld(m_session.Recording()->Lines());
+    m_window.SetHeld(recording->Lines());
     if (was_all) {
         m_window.Show(m_window.Held());
-    } else if (follow) {
-        m_window.MoveToEnd();
     }
-    ApplyAndDraw();
+    m_session.CommandsChanged();  // it may have come to its end
+    return true;
+}
+
+void PastView::Refresh(bool follow) {
+    if (m_session.Recording() == nullptr) {
+        return;
+    }
+    if (TakeInNews()) {
+        if (follow) {
+            m_window.MoveToEnd();
+        }
+        Apply();
+        m_screen.DrawAndShow();
+    }
+    m_status.TellNews();
 }
 
 bool PastView::BeginDrag(const QPoint& point) {
     const GraphDraw* const drawer = GraphAt(point);
-    if (!Begin(drawer) || !IsOverTime(*drawer)) {
+    if (drawer == nullptr || !IsOverTime(*drawer) || !Begin(drawer)) {
         return false;
     }
     m_drag = Drag{point, m_window.Seen(), std::max(1, drawer->PlotArea().width() - 1)};
@@ -356,7 +343,8 @@ void PastView::OnDrawn() {
     if (m_session.Recording() != nullptr) {
         m_session.Recording()->Budget().Renew(kFrameBudget);
         if (m_session.Recording()->Reader().Notices().size() != m_notices) {
-            TellOfRecording();
+            m_notices = m_session.Recording()->Reader().Notices().size();
+            m_status.TellNews();
         }
     }
     if (m_is_going_on || m_board.IsExact() || !m_screen.IsSeen()) {

@@ -26,10 +26,11 @@
 #include "session/session.h"
 #include "view/graph_board.h"
 #include "view/graph_screen.h"
+#include "view/recording_status.h"
 
 namespace wavo {
 
-class PastView final : public PastDrawing {
+class PastView final : private PastDrawing {
  public:
     /// None of the references is owned; all outlive this object. `selected`: the number of the
     /// graph that the user has selected. `changed`: another window is shown, or none.
@@ -38,6 +39,10 @@ class PastView final : public PastDrawing {
 
     /// The graphs were made anew; not drawn yet. Those of a recording show what they showed.
     void OnGraphsMade();
+    /// The live graphs are set aside for those of a recording: keeps what of their past is shown.
+    void SetLiveAside();
+    /// They are back as they were.
+    void OnLiveBack();
     /// Values flow again: graphs that showed their buffers' past are live; not drawn yet.
     void Leave();
 
@@ -62,12 +67,14 @@ class PastView final : public PastDrawing {
     bool ZoomTo(const TimeWindow& span);
     /// Takes the last ZoomTo back; without one shows all of a recording, or the live graphs.
     bool StepBack();
-    /// Brings a line into sight and marks it.
-    void GoTo(std::int64_t line);
+    /// Brings a line into sight and marks it; with a graph only brings it into sight there, if that
+    /// has a past to move in.
+    void GoTo(std::int64_t line, const GraphDraw* unmarked_in = nullptr);
     [[nodiscard]] std::optional<std::int64_t> Mark() const { return m_mark; }
 
-    /// There are other lines than before: the window stays, or with `follow` goes to their end.
-    void OnLinesChanged(bool follow);
+    /// Takes in what was written to the recording since: the window stays, or with `follow` goes to
+    /// the end. Shown, and told, if there is any news.
+    void Refresh(bool follow);
 
     /// Lets a drag begin at a point; the window follows it until EndDrag. False, all three: there
     /// is nothing to drag.
@@ -75,15 +82,22 @@ class PastView final : public PastDrawing {
     bool DragTo(const QPoint& point);
     bool EndDrag() { return std::exchange(m_drag, std::nullopt).has_value(); }
 
-    /// Says in the status bar what is wrong with the recording, if it is.
-    void TellOfRecording();
+    /// What the status bar says of the recording.
+    [[nodiscard]] RecordingStatus& Status() { return m_status; }
 
+ private:
     // PastDrawing
     void OnDrawn() override;
     void AllowAll() override;
     void PaintMarks(QPainter& painter) override;
 
- private:
+    /// Where the live graphs that stand still were moved to.
+    struct OfLive {
+        SeenLines window;
+        std::int64_t origin;
+        std::vector<LineRange> steps;
+        std::map<GraphValue*, RingHistory> buffers;
+    };
     struct Drag {
         QPoint from;
         LineRange seen;
@@ -95,12 +109,11 @@ class PastView final : public PastDrawing {
     [[nodiscard]] const GraphDraw* SelectedGraph() const;
     /// Shows the past if that is not shown yet. False when `drawer` has none.
     bool Begin(const GraphDraw* drawer);
-    [[nodiscard]] LineRange ShownLines(const GraphDraw& drawer) const;
     [[nodiscard]] LineRange HeldLines() const;
     History* HistoryOf(GraphValue* value);
     [[nodiscard]] ShownHistory HistoryOf(const GraphDraw& drawer);
-    /// Axes that graphs have and the recording has not, in words; empty when there are none.
-    [[nodiscard]] std::string UnknownAxes() const;
+    /// Takes in what was written since. False when that is nothing.
+    bool TakeInNews();
     /// Gives the window to the graphs.
     void Apply();
     void ApplyAndDraw();
@@ -113,6 +126,7 @@ class PastView final : public PastDrawing {
     const std::function<std::uint32_t()> m_selected;
     const std::function<void()> m_changed;
 
+    RecordingStatus m_status;
     bool m_is_shown = false;
     const OpenRecording* m_recording = nullptr;  // that is shown
     SeenLines m_window;
@@ -121,8 +135,9 @@ class PastView final : public PastDrawing {
     std::optional<std::int64_t> m_mark;
     std::optional<Drag> m_drag;
     std::map<GraphValue*, RingHistory> m_buffers;
-    std::size_t m_notices = 0;   // of the recording, that were told
-    bool m_is_going_on = false;  // another drawing is on its way
+    std::optional<OfLive> m_live;  // while a recording is open
+    std::size_t m_notices = 0;     // of the recording, that were told
+    bool m_is_going_on = false;    // another drawing is on its way
 };
 
 }  // namespace wavo

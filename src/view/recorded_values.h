@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "graph/draw/graph_draw.h"
@@ -18,9 +19,25 @@ namespace wavo {
 /// recorder's rows.
 [[nodiscard]] std::vector<LineLog::Run> LinesOfCurves(const GraphDraw& graph);
 
-/// The lines that a graph can show something of, oldest first: of its recording, else all that its
-/// buffers hold.
+/// The lines of the points of a graph over an axis, oldest first; sequences count as its points, up
+/// to a constant.
+[[nodiscard]] std::vector<LineLog::Run> LinesOfPoints(const GraphDraw& graph);
+
+/// The graph shows a past that its buffers do not hold: an open recording.
+[[nodiscard]] bool ShowsOpenRecording(const GraphDraw& graph);
+
+/// The lines that a graph can show something of, oldest first: of the recording that is open, with
+/// its gaps; of its own recording; else all that its buffers hold.
 [[nodiscard]] std::vector<LineLog::Run> LinesOfGraph(const GraphDraw& graph);
+
+/// The lines that a graph shows now, from the oldest to the newest of them.
+[[nodiscard]] LineRange ShownLines(const GraphDraw& graph);
+
+/// A line of an open recording that has a value in a curve of the graph: the line itself, else the
+/// next one in a direction (1 or -1), else in the other. Nothing when there is none. REQUIRES:
+/// ShowsOpenRecording.
+[[nodiscard]] std::optional<std::int64_t> LineWithValue(const GraphDraw& graph, std::int64_t line,
+                                                        int direction);
 
 class RecordedValues final : public LineValues {
  public:

@@ -46,6 +46,10 @@ bool RecordingFiles::IsEnabled(CommandId id) const {
             return recording != nullptr && recording->GraphsInside().has_value();
         case CommandId::kFollow:
             return recording != nullptr && !recording->Reader().IsComplete();
+        case CommandId::kPreviousFile:
+            return recording != nullptr && !recording->Around().previous.empty();
+        case CommandId::kNextFile:
+            return recording != nullptr && !recording->Around().next.empty();
         default:
             return !RecentOf(id).empty();
     }
@@ -68,6 +72,12 @@ void RecordingFiles::Execute(CommandId id) {
             if (m_follows) {
                 m_past.MoveToEnd();
             }
+            return;
+        case CommandId::kPreviousFile:
+            Open(m_session.Recording()->Around().previous);
+            return;
+        case CommandId::kNextFile:
+            Open(m_session.Recording()->Around().next);
             return;
         default:
             Open(RecentOf(id));
@@ -111,12 +121,16 @@ bool RecordingFiles::Open(const std::string& path, OpenedFrom from) {
     if (!recording) {
         return false;
     }
-    m_follows = false;
-    const std::string name = InfoOf(absolute).fileName().toStdString();
-    if (const MaybeFault fault = m_session.Recordings().Open(std::move(*recording), name)) {
-        m_prompts.ShowError(&m_parent, fault->text);
+    auto opened = OpenRecording::Open(std::move(*recording));
+    if (!opened) {
+        m_prompts.ShowError(&m_parent, opened.Why().text);
         return false;
     }
+    if (m_prepare && !m_prepare(**opened)) {
+        return false;
+    }
+    m_follows = false;
+    m_session.Recordings().Show(std::move(*opened), InfoOf(absolute).fileName().toStdString());
     m_opened(absolute);
     return true;
 }
@@ -134,11 +148,10 @@ void RecordingFiles::Refresh() {
     if (recording == nullptr) {
         return;
     }
-    if (recording->Refresh()) {
-        m_past.OnLinesChanged(m_follows);
+    if (recording->LookAround()) {
         m_session.CommandsChanged();
     }
-    m_past.TellOfRecording();
+    m_past.Refresh(m_follows);
 }
 
 }  // namespace wavo

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "view/command_target.h"
@@ -39,6 +40,11 @@ class RecordingFiles final : public CommandTarget {
     RecordingFiles(Session& session, PastView& past, const Prompts& prompts, QWidget& parent,
                    std::function<void(const std::string& path)> opened);
 
+    /// What is done with each recording before it is shown; false: it is not to be shown. May show
+    /// progress and take steps.
+    void SetPreparation(std::function<bool(OpenRecording&)> prepare) {
+        m_prepare = std::move(prepare);
+    }
     void AddImporter(RecordingImporter importer) { m_importers.push_back(std::move(importer)); }
 
     // CommandTarget
@@ -72,6 +78,7 @@ class RecordingFiles final : public CommandTarget {
     QWidget& m_parent;
     const std::function<void(const std::string&)> m_opened;
     std::vector<RecordingImporter> m_importers;
+    std::function<bool(OpenRecording&)> m_prepare;
     std::function<std::string(int)> m_recent;
     bool m_follows = false;
 };

@@ -3,11 +3,13 @@
 #include <QCoreApplication>
 #include <QString>
 #include <QWidget>
+#include <utility>
 
 #include "session/session.h"
 #include "ui/graph_editor/ax_select.h"
 #include "ui/prompts.h"
 #include "view/data_export.h"
+#include "view/graph_board.h"
 #include "view/graph_screen.h"
 #include "view/measurements.h"
 #include "view/past_control.h"
@@ -67,15 +69,37 @@ void SessionDisplay::GraphsChanged() {
     m_parts.mouse.Cancel();
     m_parts.keys.Cancel();
     m_parts.measurements.Forget();
+    if (std::exchange(m_live_comes_back, false) && m_parts.screen.BringGraphsBack()) {
+        BringLiveBack();
+    } else {
+        MakeGraphs();
+    }
+    m_parts.screen.DrawAndShow();
+    CommandsChanged();
+    Q_EMIT m_parts.news.MeasureChanged();
+}
+
+void SessionDisplay::MakeGraphs() {
     // A box runs an event loop, which must not meet graphs that are half made.
     for (const std::string& fault : m_parts.screen.MakeGraphs()) {
         ShowError(fault);
     }
     m_parts.session.Run().OnGraphsRebuilt();
     m_parts.past.Window().OnGraphsMade();
-    m_parts.screen.DrawAndShow();
-    CommandsChanged();
-    Q_EMIT m_parts.news.MeasureChanged();
+}
+
+void SessionDisplay::LiveGraphsLeave() {
+    m_selected_live = m_parts.editor.SelectedNumber();
+    m_parts.measurements.Forget();
+    m_parts.past.Window().SetLiveAside();
+    m_parts.zooms.SetAside();
+    m_parts.board.SetAside();
+}
+
+void SessionDisplay::BringLiveBack() {
+    m_parts.session.Run().OnGraphsRebuilt();
+    m_parts.past.Window().OnLiveBack();
+    m_parts.zooms.BringBack(m_selected_live);
 }
 
 void SessionDisplay::ValuesArrived() {
@@ -110,6 +134,7 @@ void SessionDisplay::ShowError(const std::string& text) {
 
 void SessionDisplay::EndProcess() {
     m_parts.data_export.Cancel();
+    m_parts.past.Search().Cancel();
     Q_EMIT m_parts.news.QuitRequested();
 }
 

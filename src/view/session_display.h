@@ -1,6 +1,7 @@
 // Shows what a session tells: in the graphs, the graph editor and, through ViewNews, the frame.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "session/session_observer.h"
@@ -12,6 +13,7 @@ namespace wavo {
 class CAxSelect;
 class CWavoView;
 class DataExport;
+class GraphBoard;
 class GraphScreen;
 class Measurements;
 class PastControl;
@@ -30,6 +32,7 @@ class SessionDisplay final : public SessionObserver {
         ViewNews& news;
         CAxSelect& editor;
         Session& session;
+        GraphBoard& board;
         GraphScreen& screen;
         PastControl& past;
         ZoomControl& zooms;
@@ -52,6 +55,8 @@ class SessionDisplay final : public SessionObserver {
     bool EditDocument(bool forget) override;
     [[nodiscard]] bool HasEditedGraphs() const override;
     void GraphsChanged() override;
+    void LiveGraphsLeave() override;
+    void LiveGraphsComeBack() override { m_live_comes_back = true; }
     void ValuesArrived() override;
     [[nodiscard]] bool IsDrawing() const override;
     void RunBegins(bool anew) override;
@@ -60,7 +65,12 @@ class SessionDisplay final : public SessionObserver {
     void EndProcess() override;
 
  private:
+    void MakeGraphs();
+    void BringLiveBack();
+
     const Parts m_parts;
+    std::uint32_t m_selected_live = 0;  // the graph that was selected when the live ones left
+    bool m_live_comes_back = false;     // with the next GraphsChanged
 };
 
 }  // namespace wavo

@@ -4,6 +4,7 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <functional>
 #include <utility>
 
 #include "view/cursor_overlay.h"
@@ -11,6 +12,23 @@
 #include "view/zoom_band.h"
 
 namespace wavo {
+
+namespace {
+
+GraphCursors::BringIn BringerInto(PastView& past) {
+    return [&past](const GraphDraw& graph, std::int64_t line) { past.GoTo(line, &graph); };
+}
+
+std::function<PlotSize(std::uint32_t)> PlotSizesOf(const GraphBoard& board) {
+    return [&board](std::uint32_t number) {
+        const GraphDraw* const drawer = board.Find(number);
+        return drawer == nullptr
+                   ? PlotSize()
+                   : PlotSize{drawer->PlotArea().width(), drawer->PlotArea().height()};
+    };
+}
+
+}  // namespace
 
 CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<ValueSource> source)
     : QWidget(parent),
@@ -21,8 +39,8 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
                                                    m_display.OnGraphShown();
                                                }
                                            })),
-      m_display({*this, m_news, *m_editor, m_session, m_screen, m_past, m_zooms, m_mouse, m_keys,
-                 m_data_export, m_measurements, prompts}),
+      m_display({*this, m_news, *m_editor, m_session, m_board, m_screen, m_past, m_zooms, m_mouse,
+                 m_keys, m_data_export, m_measurements, prompts}),
       m_session(*m_source, m_board, m_display),
       m_board(m_session.Graphs(), m_session.Streams(),
               [this] { SendAppMessage(window(), AppMessage::kRecordingEnded, 0, 0); }),
@@ -34,12 +52,13 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
       m_keys(m_board, m_zooms),
       m_cursors(
           m_board, m_zooms, [this] { return m_session.Values().IsRunning(); },
+          BringerInto(m_past.Window()),
           [this] {
               update();
               Q_EMIT m_news.MeasureChanged();
           }),
-      m_measurements(m_board, m_cursors, m_zooms),
-      m_cursor_input(m_board, m_cursors, m_measurements, m_zooms),
+      m_measurements(m_session, m_board, m_cursors, m_zooms),
+      m_cursor_input({m_board, m_cursors, m_measurements, m_zooms, m_past, *this}),
       m_data_export(m_board, {m_session.Settings().Current().export_settings,
                               [this] { m_session.SaveSettings(); },
                               [this](const std::string& path) { m_session.ShowWriteFault(path); },
@@ -63,12 +82,7 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
     m_editor->hide();
     m_zooms.SetPast(&m_past.Window());
     m_editor->SetAxisLimits(&m_session.Source().Limits());
-    m_editor->SetPlotSizes([this](std::uint32_t number) {
-        const GraphDraw* const drawer = m_board.Find(number);
-        return drawer == nullptr
-                   ? PlotSize()
-                   : PlotSize{drawer->PlotArea().width(), drawer->PlotArea().height()};
-    });
+    m_editor->SetPlotSizes(PlotSizesOf(m_board));
     connect(m_editor.get(), &CAxSelect::SelectionReset, this, [this] { m_zooms.Clear(); });
     connect(&m_news, &ViewNews::BatchShown, this, [this] { m_cursors.Renew(); });
 }
@@ -111,7 +125,9 @@ bool CWavoView::event(QEvent* event) {
             return true;
         }
     }
-    return (event->type() == QEvent::Wheel && m_past.TakeEvent(*event)) || QWidget::event(event);
+    const bool is_of_past =
+        event->type() == QEvent::Wheel || event->type() == QEvent::WindowActivate;
+    return (is_of_past && m_past.TakeEvent(*event)) || QWidget::event(event);
 }
 
 std::int64_t CWavoView::OnAppMessage(const AppMessageEvent& message) {

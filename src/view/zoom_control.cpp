@@ -99,6 +99,21 @@ void ZoomControl::Forget() {
     m_editor.SetZooms({});
 }
 
+void ZoomControl::SetAside() {
+    m_aside = std::exchange(m_zooms, {});
+}
+
+void ZoomControl::BringBack(std::uint32_t selected) {
+    m_zooms = std::exchange(m_aside, {});
+    Select(selected);
+    const GraphDraw* const drawer = m_board.Find(selected);
+    if (drawer != nullptr && std::ranges::any_of(m_board.Drawers(), [](const auto& each) {
+            return ZoomedLength(*each).has_value();
+        })) {
+        TellEditor(*drawer);
+    }
+}
+
 // The editor shows how long a span is seen; it is not to be edited while that is a zoom.
 void ZoomControl::TellEditor(const GraphDraw& drawer) {
     const GraphAndTime shown{drawer.Graph().GraphNumber,

@@ -43,6 +43,11 @@ class ZoomControl final : public ZoomTarget {
     /// The same, and the editor knows it already.
     void Clear() { m_zooms.Forget(); }
 
+    /// Keeps the zooms for graphs that are set aside; there are none until they come back.
+    void SetAside();
+    /// The graphs are back with their zooms; the editor shows the one of this number.
+    void BringBack(std::uint32_t selected);
+
     // ZoomTarget
     void Select(std::uint32_t graph_number) override;
     [[nodiscard]] std::uint32_t Selected() const override;
@@ -67,6 +72,7 @@ class ZoomControl final : public ZoomTarget {
     PastView* m_past = nullptr;
     double m_past_length = 0.0;  // seconds, that the editor was told last
     GraphZooms m_zooms;
+    GraphZooms m_aside;
 };
 
 }  // namespace wavo

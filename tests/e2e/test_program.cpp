@@ -69,6 +69,57 @@ TEST_F(Program, APictureThatCannotBeWrittenEndsWithAFailure) {
     EXPECT_EQ(WaitForEnd().code, 1);
 }
 
+TEST_F(Program, APictureOfAFileThatCannotBeOpenedEndsWithAMessage) {
+    const QTemporaryDir folder;
+    const QString shot = folder.filePath(QStringLiteral("shot.png"));
+    const auto table = [&folder](const char* name, const char* text) {
+        QFile file(folder.filePath(QString::fromLatin1(name)));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        return file.fileName();
+    };
+    const QString untold = table("untold.csv", "force,temp\n1,7\n2,3\n4,1\n");
+    const QString broken = table("broken.mcap", "no recording");
+    const QString no_graphs = table("none.ini", "no graphs");
+    const struct {
+        QStringList files;
+        const char* said;
+    } kCases[] = {
+        {{folder.filePath(QStringLiteral("missing.mcap"))}, "missing.mcap"},
+        {{broken}, "broken.mcap"},
+        {{untold}, "untold.csv: it does not tell when its lines are"},
+        {{folder.filePath(QStringLiteral("missing.csv"))}, "missing.csv"},
+        {{QStringLiteral(WAVO_RECORDINGS "/helix_4axis.csv.gz"),
+          folder.filePath(QStringLiteral("missing.ini"))},
+         "missing.ini"},
+    };
+    for (const auto& each : kCases) {
+        Start(QStringList{"--screenshot", shot} + each.files);
+        const Ended ended = WaitForEnd();
+        EXPECT_EQ(ended.code, 1) << each.said;
+        EXPECT_TRUE(ended.output.contains(QLatin1String(each.said))) << qPrintable(ended.output);
+        EXPECT_FALSE(QFile::exists(shot)) << each.said;
+    }
+}
+
+TEST_F(Program, ATableThatLetsItsTimeExpectIsAskedForNothing) {
+    const QTemporaryDir folder;
+    const QString shot = folder.filePath(QStringLiteral("shot.png"));
+    QFile table(folder.filePath(QStringLiteral("told.csv")));
+    ASSERT_TRUE(table.open(QIODevice::WriteOnly));
+    table.write("time,force\n0,1\n0.01,3\n0.02,2\n");
+    table.close();
+    Start({"--screenshot", shot, table.fileName()});
+    const Ended ended = WaitForEnd();
+    EXPECT_EQ(ended.code, 0) << qPrintable(ended.output);
+    EXPECT_FALSE(QImage(shot).isNull());
+    QFile::remove(shot);
+    Start({"--screenshot", shot, "--cycle", "0.001",
+           QStringLiteral(WAVO_RECORDINGS "/helix_4axis.csv.gz")});
+    EXPECT_EQ(WaitForEnd().code, 0) << "as it was told";
+    EXPECT_FALSE(QImage(shot).isNull());
+}
+
 TEST_F(Program, EndsInOrderWhenItIsTold) {
     DemoMaster master({"--motion", "circle"});
     Start({});

@@ -3,12 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
 #include <random>
+#include <span>
 
 #include "measure/frequency_response.h"
+#include "measure/spectrum_work.h"
 
 namespace wavo::measure {
 namespace {
@@ -55,6 +58,110 @@ TEST(Fft, AnyLengthEqualsTheSumItStandsFor) {
             EXPECT_NEAR(back[i], values[i], 1e-13);
         }
     }
+}
+
+TEST(SteppedFft, EqualsTheTransformAtOnce) {
+    std::mt19937_64 random(4);
+    std::uniform_real_distribution<double> uniform(-1.0, 1.0);
+    Fft at_once;
+    SteppedFft stepped;
+    for (const std::size_t n : {1U, 2U, 8U, 1000U, 4096U, 4098U, 6561U, 8192U, 10000U, 19683U}) {
+        SCOPED_TRACE(n);
+        std::vector<double> values(n);
+        for (double& value : values) {
+            value = uniform(random);
+        }
+        std::vector<Complex> expected;
+        at_once.Forward(values, &expected);
+        stepped.Begin(values);
+        std::size_t steps = 0;
+        while (stepped.Step()) {
+            ++steps;
+        }
+        EXPECT_EQ(steps > 1, n > 4096);
+        std::vector<Complex> lines(expected.size());
+        const std::size_t half = lines.size() / 2;
+        stepped.Lines(0, std::span(lines).first(half));
+        stepped.Lines(half, std::span(lines).subspan(half));
+        for (std::size_t k = 0; k < lines.size(); ++k) {
+            EXPECT_NEAR(std::abs(lines[k] - expected[k]), 0.0, 1e-10);
+        }
+    }
+}
+
+TEST(SpectrumInSteps, OfMoreValuesThanMemoryReadsThemPartByPart) {
+    constexpr Cycle kFirst = 1000;
+    constexpr Cycle kSize = 3'000'000;
+    constexpr Cycle kGap = 500'000;  // a place without a value
+    const auto value_at = [](Cycle cycle) {
+        return cycle == kFirst + kGap ? std::numeric_limits<double>::quiet_NaN()
+                                      : std::sin(2.0 * kPi * 0.01 * static_cast<double>(cycle));
+    };
+    std::size_t most_asked = 0;
+    int known = 0;
+    SpectrumWork work;
+    work.Begin(kFirst, kFirst + kSize, 0.001, {},
+               {[&](Cycle first, std::span<double> room) {
+                    most_asked = std::max(most_asked, room.size());
+                    for (std::size_t i = 0; i < room.size(); ++i) {
+                        room[i] = value_at(first + static_cast<Cycle>(i));
+                    }
+                    return true;
+                },
+                [&known](Cycle first, Cycle end) {
+                    ++known;
+                    return end <= kFirst + kGap || first > kFirst + kGap;
+                }});
+    double share = 0.0;
+    while (work.Step()) {
+        EXPECT_GE(work.Share(), share);
+        share = work.Share();
+    }
+    const auto spectrum = work.Take();
+    ASSERT_TRUE(spectrum);
+    EXPECT_LE(most_asked, 8192U);
+    EXPECT_GT(known, 2);
+    EXPECT_EQ(spectrum->length, kLongestTransform / 2);
+    EXPECT_EQ(spectrum->stretches, 2U);
+    EXPECT_EQ(spectrum->used.first, static_cast<std::size_t>(kGap) + 1);
+    EXPECT_EQ(spectrum->averages, 8U);
+    EXPECT_NEAR(PeaksOf(*spectrum, 1)[0].frequency, 10.0, 1e-6);
+    EXPECT_NEAR(PeaksOf(*spectrum, 1)[0].amplitude, 1.0, 1e-4);
+}
+
+TEST(SpectrumInSteps, SaysWhenTheValuesHaveGone) {
+    SpectrumWork work;
+    bool are_there = true;
+    work.Begin(0, 5000, 0.001, {},
+               {[&](Cycle, std::span<double> room) {
+                    std::ranges::fill(room, 1.0);
+                    return are_there;
+                },
+                {}});
+    are_there = false;
+    while (work.Step()) {
+    }
+    EXPECT_EQ(work.Take().reason, "the values have gone");
+    EXPECT_FALSE(work.Step());
+    EXPECT_EQ(SpectrumOf(Tone(5000, 100.0, 1.0), 0.001)->length, 5000U);
+}
+
+TEST(Peaks, ThatAreClearAreNoNoiseNoLeakageAndNoTrend) {
+    std::mt19937_64 random(6);
+    std::normal_distribution<double> noise(0.0, 0.01);
+    for (const Window window : {Window::kHann, Window::kRectangular, Window::kFlatTop}) {
+        SCOPED_TRACE(NameOf(window));
+        auto values = Tone(8000, 1000.3, 1.0);
+        const auto second = Tone(8000, 2500.7, 0.1);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            values[i] += second[i] + noise(random) + static_cast<double>(i);
+        }
+        const auto peaks = ClearPeaksOf(*SpectrumOf(values, 0.001, {.window = window}), 8);
+        ASSERT_EQ(peaks.size(), 2U);
+        EXPECT_NEAR(peaks[0].frequency, 125.0375, 0.1);
+        EXPECT_NEAR(peaks[1].frequency, 312.5875, 0.1);
+    }
+    EXPECT_EQ(ClearPeaksOf(*SpectrumOf(std::vector<double>(1000, 2.0), 0.001), 8).size(), 0U);
 }
 
 TEST(Fft, GoodLengthsHaveNoPrimeFactorAbove5) {

@@ -226,7 +226,8 @@ TEST(MomentBlocks, GiveWhatTheSamplesGiveWithoutReadingThemTwice) {
         const auto place = [&] { return static_cast<Cycle>(random() % values.size()); };
         const auto [first, last] = std::minmax({place(), place()});
         SCOPED_TRACE(testing::Message() << first << " to " << last);
-        const auto got = StatisticsOf(blocks.Of(first + kFirst, last + 1 + kFirst, reader), 0.001);
+        const auto got =
+            StatisticsOf(blocks.Of(first + kFirst, last + 1 + kFirst, reader).moments, 0.001);
         const auto expected =
             StatisticsBetween(SeriesOf(values), static_cast<double>(first) * 0.001,
                               static_cast<double>(last) * 0.001);
@@ -244,16 +245,62 @@ TEST(MomentBlocks, GiveWhatTheSamplesGiveWithoutReadingThemTwice) {
     }
     (void)blocks.Of(kFirst, kFirst + 100000, reader);
     read = 0;
-    EXPECT_EQ(blocks.Of(kFirst + 1, kFirst + 99999, reader).count, 99997);
+    EXPECT_EQ(blocks.Of(kFirst + 1, kFirst + 99999, reader).moments.count, 99997);
     EXPECT_LE(read, 8192U) << "the ends alone";
     blocks.Forget(kFirst + 80000);
     read = 0;
-    EXPECT_EQ(blocks.Of(kFirst + 80000, kFirst + 100000, reader).count, 20000);
+    EXPECT_EQ(blocks.Of(kFirst + 80000, kFirst + 100000, reader).moments.count, 20000);
     EXPECT_LE(read, 8192U);
     read = 0;
-    EXPECT_EQ(blocks.Of(kFirst, kFirst + 100000, reader).count, 99999);
+    EXPECT_EQ(blocks.Of(kFirst, kFirst + 100000, reader).moments.count, 99999);
     EXPECT_GT(read, 60000U) << "forgotten";
-    EXPECT_EQ(blocks.Of(7, 7, reader).count, 0);
+    EXPECT_EQ(blocks.Of(7, 7, reader).moments.count, 0);
+}
+
+TEST(MomentBlocks, GoOnWhereReadingHasStopped) {
+    constexpr Cycle kEnd = 3'000'000;
+    MomentBlocks blocks;
+    std::size_t may_read = 0;
+    std::size_t read = 0;
+    const auto reader = [&](Cycle first, std::span<double> room) -> MomentBlocks::Part {
+        if (may_read == 0) {
+            return {{}, false};
+        }
+        --may_read;
+        read += room.size();
+        for (std::size_t i = 0; i < room.size(); ++i) {
+            room[i] = static_cast<double>((first + static_cast<Cycle>(i)) % 1000);
+        }
+        return {room};
+    };
+    int rounds = 0;
+    for (bool is_whole = false; !is_whole; ++rounds) {
+        ASSERT_LT(rounds, 2000);
+        may_read = 3;
+        const MomentBlocks::Result result = blocks.Of(5, kEnd - 5, reader);
+        is_whole = result.is_whole;
+        if (is_whole) {
+            EXPECT_EQ(result.moments.count, kEnd - 10);
+            EXPECT_EQ(result.moments.maximum_cycle, 999);
+        }
+    }
+    EXPECT_EQ(read, static_cast<std::size_t>(kEnd - 10)) << "no sample twice";
+    EXPECT_GT(rounds, 200);
+}
+
+TEST(MomentBlocks, OfALongStreamTakeLittleRoom) {
+    MomentBlocks blocks;
+    const auto reader = [](Cycle, std::span<double> room) -> MomentBlocks::Part {
+        room.front() = 1.0;
+        return {room.first(1)};
+    };
+    constexpr Cycle kMillion = 1'000'000;
+    (void)blocks.Of(0, 100 * kMillion, reader);
+    EXPECT_LT(blocks.Size(), 4000U) << "of 24 414 blocks";
+    for (Cycle begin = 0; begin < 50 * kMillion; begin += kMillion / 20) {
+        (void)blocks.Of(begin, 100 * kMillion, reader);
+    }
+    EXPECT_LT(blocks.Size(), 6000U) << "wherever the ends were";
 }
 
 TEST(MomentBlocks, AskAgainForWhatWasNotThereYet) {
@@ -263,9 +310,9 @@ TEST(MomentBlocks, AskAgainForWhatWasNotThereYet) {
         std::fill(room.begin(), room.end(), is_there ? 1.0 : kNaN);
         return {room, is_there};
     };
-    EXPECT_EQ(blocks.Of(0, 40000, reader).count, 0);
+    EXPECT_EQ(blocks.Of(0, 40000, reader).moments.count, 0);
     is_there = true;
-    EXPECT_EQ(blocks.Of(0, 40000, reader).count, 40000);
+    EXPECT_EQ(blocks.Of(0, 40000, reader).moments.count, 40000);
 }
 
 }  // namespace

@@ -43,8 +43,12 @@ class MemoryDataFiles final : public platform::DataFileOperations {
         size = m_open.at(file)->size();
         return true;
     }
+    void WillRead(platform::FileHandle /*file*/, std::uint64_t offset, std::size_t size) override {
+        announced.push_back({offset, size});
+    }
     bool ReadAt(platform::FileHandle file, std::uint64_t offset, void* data, std::size_t size,
                 std::size_t& count) override {
+        reads.push_back({offset, size});
         const std::string& content = *m_open.at(file);
         count = offset < content.size() ? std::min<std::size_t>(size, content.size() - offset) : 0;
         if (count > 0) {
@@ -74,6 +78,16 @@ class MemoryDataFiles final : public platform::DataFileOperations {
         }
         return true;
     }
+
+    /// Bytes from a place on.
+    struct Stretch {
+        std::uint64_t offset = 0;
+        std::size_t size = 0;
+
+        friend bool operator==(const Stretch&, const Stretch&) = default;
+    };
+    std::vector<Stretch> reads;
+    std::vector<Stretch> announced;
 
  private:
     platform::FileHandle Add(const std::string& path) {

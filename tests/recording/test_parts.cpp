@@ -2,17 +2,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "file_surgery.h"
 #include "memory_data_files.h"
+#include "others_file.h"
+#include "platform/folders.h"
 #include "recording/checksum.h"
 #include "recording/json_text.h"
 #include "recording/layout.h"
+#include "recording/recording_names.h"
 #include "recording/utc_text.h"
 #include "sample_recording.h"
+#include "temporary_folder.h"
 
 namespace wavo::recording {
 namespace {
@@ -29,6 +34,31 @@ TEST(Checksum, IsTheUsualOneAndCombines) {
     const std::uint64_t far = std::uint64_t{5} << 30U;
     const std::uint32_t first = CombineCrc32(0x12345678, 0, far / 2);
     EXPECT_EQ(CombineCrc32(0x12345678, 0, far), CombineCrc32(first, 0, far / 2));
+}
+
+TEST(Names, NeighboursAreFoundByTheirNumbers) {
+    const testing::TemporaryFolder folder;
+    for (const char* name : {"night.mcap", "night-2.mcap", "night-5.mcap", "night-05.mcap",
+                             "nightly.mcap", "night-6.csv", "2025-08.mcap", "2025-9.mcap"}) {
+        std::ofstream(folder.File(name)) << "x";
+    }
+    const auto around = [&folder](const char* name) {
+        return NeighboursOf(platform::NativePath(folder.File(name)));
+    };
+    const auto path = [&folder](const char* name) {
+        return platform::NativePath(folder.File(name));
+    };
+    EXPECT_EQ(around("night.mcap"), (Neighbours{{}, path("night-2.mcap")}));
+    EXPECT_EQ(around("night-2.mcap"), (Neighbours{path("night.mcap"), path("night-5.mcap")}));
+    EXPECT_EQ(around("night-5.mcap"), (Neighbours{path("night-2.mcap"), {}}));
+    EXPECT_EQ(around("night-3.mcap"), (Neighbours{path("night-2.mcap"), path("night-5.mcap")}))
+        << "one that was removed";
+    EXPECT_EQ(around("night-05.mcap"), Neighbours{}) << "a name of its own";
+    EXPECT_EQ(around("nightly.mcap"), Neighbours{});
+    EXPECT_EQ(around("2025-08.mcap"), Neighbours{});
+    EXPECT_EQ(around("night-6.csv"), Neighbours{});
+    EXPECT_EQ(NeighboursOf(".mcap"), Neighbours{});
+    EXPECT_EQ(NeighboursOf(""), Neighbours{});
 }
 
 TEST(Json, TextsKeepTheirCharacters) {
@@ -141,6 +171,9 @@ TEST(Events, AreReadBackWhateverStandsInThem) {
 TEST(Times, AreToldInUtc) {
     EXPECT_EQ(UtcText(0), "1970-01-01 00:00:00.000 UTC");
     EXPECT_EQ(UtcText(1709251199999999999U), "2024-02-29 23:59:59.999 UTC");
+    EXPECT_EQ(MomentText(1709251199999999999U), "2024-02-29 23:59:59.999 UTC");
+    EXPECT_EQ(MomentText(0), "0.000 s");
+    EXPECT_EQ(MomentText(61'004'999'999U), "61.004 s");
 }
 
 TEST(LevelRecords, AreReadBackAndEveryChangedByteIsFound) {
@@ -180,50 +213,16 @@ TEST(LevelRecords, AreReadBackAndEveryChangedByteIsFound) {
     }
 }
 
-/// A file as another program may write it: chunks with other records among the lines, no levels.
-class OthersFile : public ::testing::Test {
+class OthersFile : public ::testing::Test, protected testing::OthersRecording {
  protected:
-    void SetUp() override {
-        m_out.PutBytes(mcap::kMagic.data(), mcap::kMagic.size());
-        RecordingHead head = testing::MakeHead(1);
-        head.axis_names = {"X"};
-        layout::PutMetadata(m_out, layout::kMetadataName, ToMetadata(head));
-    }
-    void PutLine(std::uint64_t number, double value, bool is_numbered = true) {
-        const LineClock clock(0.001, testing::MakeHead(1).start_time);
-        const mcap::RecordScope message(m_records, mcap::Opcode::kMessage);
-        m_records.Put(layout::kLinesChannel);
-        m_records.Put(static_cast<std::uint32_t>(is_numbered ? number : 0));
-        m_records.Put(clock.TimeOf(number) + (is_numbered ? 0 : 200'000));
-        m_records.Put(clock.TimeOf(number));
-        m_records.PutBytes(mcap::kCdrHead.data(), mcap::kCdrHead.size());
-        m_records.Put(value);
-    }
-    void PutSchemas() {
-        layout::PutSchemas(m_records, {"X"});
-        layout::PutChannels(m_records);
-    }
-    void EndChunk(std::string_view compression = "") {
-        const mcap::RecordScope chunk(m_out, mcap::Opcode::kChunk);
-        m_out.Put(std::uint64_t{0});
-        m_out.Put(std::uint64_t{0});
-        m_out.Put(static_cast<std::uint64_t>(m_records.size()));
-        m_out.Put(Crc32(m_records.View()));
-        m_out.PutText(compression);
-        m_out.Put(static_cast<std::uint64_t>(m_records.size()));
-        m_out.PutBytes(m_records.View());
-        m_records.Clear();
-    }
     std::unique_ptr<RecordingReader> Open() {
-        m_files.Put("a.mcap", {reinterpret_cast<const char*>(m_out.data()), m_out.size()});
+        m_files.Put("a.mcap", {reinterpret_cast<const char*>(Out().data()), Out().size()});
         auto reader = RecordingReader::Open("a.mcap");
         EXPECT_TRUE(reader) << reader.Why().text;
         return reader ? std::move(*reader) : nullptr;
     }
 
     testing::MemoryDataFiles m_files;
-    ByteWriter m_out;
-    ByteWriter m_records;
 };
 
 TEST_F(OthersFile, GapsMayStandWithinAChunk) {
@@ -247,6 +246,28 @@ TEST_F(OthersFile, GapsMayStandWithinAChunk) {
     EXPECT_THAT(reader->Notices(), IsEmpty());
 }
 
+TEST_F(OthersFile, ExtremesAreFoundChunkByChunk) {
+    PutSchemas();
+    for (std::uint64_t chunk = 0; chunk < 5; ++chunk) {
+        for (std::uint64_t line = 0; line < 100; ++line) {
+            PutLine(chunk * 100 + line, static_cast<double>(chunk * 1000 + line));
+        }
+        EndChunk();
+    }
+    const auto reader = Open();
+    ASSERT_TRUE(reader);
+    EXPECT_EQ(reader->SettleLevels(0), 5U);
+    EXPECT_EQ(reader->SettleLevels(1), 4U);
+    EXPECT_EQ(reader->SettleLevels(3), 1U);
+    EXPECT_EQ(reader->SettleLevels(0), 1U);
+    EXPECT_EQ(reader->SettleLevels(2), 0U);
+    EXPECT_EQ(reader->SettleLevels(0), 0U);
+    const std::uint64_t read = reader->BytesRead();
+    const ColumnExtent extent = reader->Extent(0, 1, 0, 500, Detail::kChunks);
+    EXPECT_EQ(extent.certain.extremes, (Extremes{1000.0, 901000.0}));
+    EXPECT_EQ(reader->BytesRead(), read);
+}
+
 TEST_F(OthersFile, LinesWithoutNumbersHaveThatOfTheirTime) {
     PutSchemas();
     for (const std::uint64_t number : {5U, 6U, 7U, 9U}) {
@@ -265,7 +286,7 @@ TEST_F(OthersFile, ChunksThatAreCompressedAreRefused) {
     PutSchemas();
     PutLine(1, 1.0);
     EndChunk("lz4");
-    m_files.Put("a.mcap", {reinterpret_cast<const char*>(m_out.data()), m_out.size()});
+    m_files.Put("a.mcap", {reinterpret_cast<const char*>(Out().data()), Out().size()});
     const auto reader = RecordingReader::Open("a.mcap");
     ASSERT_FALSE(reader);
     EXPECT_EQ(reader.Why().text, "\"a.mcap\" is compressed (lz4), which cannot be read");

@@ -15,6 +15,7 @@ namespace wavo::recording {
 namespace {
 
 using testing::Append;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using testing::MakeHead;
 using testing::MakeLines;
@@ -87,6 +88,38 @@ TEST_F(RecordedHistory, ValuesHaveWhatStandsForMissingOnes) {
                             m_lines.Lines().at(3)[0], m_lines.Lines().at(4)[0]));
     history.Values(-100, values);
     EXPECT_EQ(values, std::vector<double>(7, kAbsentValue));
+}
+
+TEST_F(RecordedHistory, WhatIsAnnouncedIsReadThen) {
+    RecordingHistory history(*m_reader, 1, 0, kAbsentValue);
+    const LineRange lines{30, 400};
+    const std::int64_t bounds[] = {lines.begin, lines.end};
+    ColumnOutline column;
+    ASSERT_TRUE(history.Outline(bounds, {&column, 1}));
+    for (const Closeness closeness : {Closeness::kNear, Closeness::kExact}) {
+        m_files.announced.clear();
+        history.Announce(lines, column);
+        const std::vector<MemoryDataFiles::Stretch> announced = m_files.announced;
+        ASSERT_FALSE(announced.empty());
+        m_files.reads.clear();
+        ASSERT_EQ(history.LookCloser(lines, column), HistoryAnswer::kAll);
+        ASSERT_EQ(column.closeness, closeness);
+        for (const MemoryDataFiles::Stretch& stretch : announced) {
+            EXPECT_THAT(m_files.reads, Contains(stretch));
+        }
+        // What is here is not read again.
+        m_files.announced.clear();
+        RecordingHistory(*m_reader, 1, 0, kAbsentValue).Announce(lines, ColumnOutline());
+        EXPECT_TRUE(m_files.announced.empty());
+    }
+}
+
+TEST_F(RecordedHistory, NothingIsAnnouncedThatMayNotBeRead) {
+    ReadingBudget budget;
+    budget.Renew(0);
+    RecordingHistory history(*m_reader, 1, 0, kAbsentValue, &budget);
+    history.Announce({30, 400}, ColumnOutline());
+    EXPECT_TRUE(m_files.announced.empty());
 }
 
 TEST_F(RecordedHistory, SumsAreThoseOfTheFiniteValues) {

@@ -35,6 +35,18 @@ class DataFile : public ::testing::Test {
     DataFileOperations& m_files = DataFiles();
 };
 
+TEST_F(DataFile, IsReadAsItIsAlsoWhereThatWasAnnounced) {
+    const FileHandle file = Create("a.mcap");
+    ASSERT_TRUE(m_files.Append(file, "hello", 5));
+    m_files.WillRead(file, 1, 3);
+    m_files.WillRead(file, 4, 1000000);
+    m_files.WillRead(file, ~std::uint64_t{0}, 5);
+    m_files.WillRead(file, std::uint64_t{1} << 62U, std::size_t{1} << 62U);
+    m_files.WillRead(kInvalidFile, 0, 5);
+    EXPECT_EQ(ReadAt(file, 1, 3), "ell");
+    EXPECT_TRUE(m_files.Close(file));
+}
+
 TEST_F(DataFile, IsAppendedToAndReadAtAnyPlace) {
     const FileHandle file = Create("a.mcap");
     ASSERT_NE(file, kInvalidFile);

@@ -70,11 +70,24 @@ class FakeHost : public SessionObserver {
     void GraphsChanged() override {
         EXPECT_TRUE(session->ValueLock().IsHeld());
         happened.emplace_back(on_graphs ? on_graphs() : "rebuild");
+        board->SetOfRecording(session->Recording() != nullptr);
+        if (std::exchange(live_comes_back, false) &&
+            board->BringBack({0, 0, 400, 200}, session->Values().AxisNames(), settings)) {
+            return;
+        }
         for (const std::string& fault :
              board->CreateAllGraphRects({0, 0, 400, 200}, session->Values().CycleTime(),
                                         session->Values().AxisNames(), settings)) {
             ShowError(fault);
         }
+    }
+    void LiveGraphsLeave() override {
+        happened.emplace_back("live leave");
+        board->SetAside();
+    }
+    void LiveGraphsComeBack() override {
+        happened.emplace_back("live come back");
+        live_comes_back = true;
     }
     void ValuesArrived() override {
         happened.emplace_back("draw");
@@ -114,6 +127,7 @@ class FakeHost : public SessionObserver {
     Session* session = nullptr;
     ViewSettings settings;
     bool drawing = false;
+    bool live_comes_back = false;                        // with the next rebuild
     bool full_titles = false;                            // with the name of the document
     std::function<void()> on_box;                        // runs once, while the next box is shown
     std::function<void()> on_draw;                       // runs before each drawing step

@@ -52,6 +52,7 @@ class LinesFromMemory : public ValueSource {
         if (!is_present) {
             return Fault{"nobody there"};
         }
+        description = found.value_or(description);
         events->Described(false);
         events->ValuesBegin(false);
         return std::nullopt;
@@ -74,6 +75,7 @@ class LinesFromMemory : public ValueSource {
 
     ValueSourceEvents* events = nullptr;
     SourceDescription description{{"X", "Y"}, 0.004};
+    std::optional<SourceDescription> found;  // by the next start
     NoAxisLimits limits;
     std::string text = "From memory";
     std::vector<double> values;

@@ -315,6 +315,16 @@ TEST_F(Cursors, JumpToPeaksValleysAndZeroCrossings) {
     EXPECT_EQ(Line(CursorName::kA), 1250);
     Key(Qt::Key_0);
     EXPECT_NEAR(static_cast<double>(Line(CursorName::kA)), 1375.0, 1.0);
+    Pair().PutOn(CursorName::kA, 1370);
+    Key(Qt::Key_Z, Qt::ShiftModifier);
+    EXPECT_NEAR(static_cast<double>(Line(CursorName::kA)), 1125.0, 1.0);
+    Pair().PutOn(CursorName::kA, 1130);
+    Key(Qt::Key_Z);
+    EXPECT_NEAR(static_cast<double>(Line(CursorName::kA)), 1375.0, 1.0);
+    Pair().PutOn(CursorName::kA, 1130);
+    Key(Qt::Key_0, Qt::ShiftModifier);
+    EXPECT_NEAR(static_cast<double>(Line(CursorName::kA)), 1375.0, 1.0)
+        << "where 0 is typed with Shift";
     Key(Qt::Key_T);
     EXPECT_NEAR(static_cast<double>(Line(CursorName::kA)), 1375.0, 1.0) << "there is no trigger";
 }
@@ -510,7 +520,7 @@ TEST(CursorsOnFineScreens, StandInLogicalPixelsAndAreAsWideAsOne) {
         board.DrawAll(picture, false);
         NoZooms zooms;
         GraphCursors cursors(
-            board, zooms, [] { return false; }, [] {});
+            board, zooms, [] { return false; }, [](const GraphDraw&, std::int64_t) {}, [] {});
         cursors.Show(true);
         const GraphDraw& drawer = *board.Drawers().front();
         cursors.PutAt(CursorName::kB, drawer, {100, 50});

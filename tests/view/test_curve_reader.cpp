@@ -48,7 +48,7 @@ TEST(CurveReading, OfNoSamplesTellsWhy) {
     EXPECT_EQ(reading.difference.reason, "beyond the data");
     EXPECT_EQ(reading.between.mean.reason, "no values");
     EXPECT_EQ(stream.reader.Between(std::nullopt, 5).a.reason, "the cursor is not on the data");
-    EXPECT_EQ(stream.reader.NextPeak(0, Search::kForward, 0.0), std::nullopt);
+    EXPECT_EQ(stream.reader.Next(Landmark::kPeak, 0, Search::kForward, 0.0).line, std::nullopt);
     EXPECT_EQ(stream.reader.Decimals(), 0);
 }
 
@@ -173,22 +173,23 @@ TEST(CurveReading, FindsPeaksValleysAndCrossingsOneAfterAnother) {
             ::testing::AllOf(::testing::Ge(line - 100), ::testing::Le(line + 100)));
     };
     CurveReader& reader = stream.reader;
-    EXPECT_THAT(reader.NextPeak(500, Search::kForward, 0.02), near(5500));
-    EXPECT_THAT(reader.NextPeak(6000, Search::kForward, 0.02), near(25500));
-    EXPECT_THAT(reader.NextValley(6000, Search::kForward, 0.02), near(15500));
-    EXPECT_THAT(reader.NextPeak(25000, Search::kBackward, 0.02), near(5500));
-    EXPECT_EQ(reader.NextPeak(50000, Search::kForward, 0.02), std::nullopt);
-    EXPECT_THAT(reader.NextZeroCrossing(6000, Search::kForward), near(10500));
-    EXPECT_EQ(reader.NextPeak(499, Search::kForward, 0.02), std::nullopt) << "beyond the data";
+    EXPECT_THAT(reader.Next(Landmark::kPeak, 500, Search::kForward, 0.02).line, near(5500));
+    EXPECT_THAT(reader.Next(Landmark::kPeak, 6000, Search::kForward, 0.02).line, near(25500));
+    EXPECT_THAT(reader.Next(Landmark::kValley, 6000, Search::kForward, 0.02).line, near(15500));
+    EXPECT_THAT(reader.Next(Landmark::kPeak, 25000, Search::kBackward, 0.02).line, near(5500));
+    EXPECT_EQ(reader.Next(Landmark::kPeak, 50000, Search::kForward, 0.02).line, std::nullopt);
+    EXPECT_THAT(reader.Next(Landmark::kZeroCrossing, 6000, Search::kForward).line, near(10500));
+    EXPECT_EQ(reader.Next(Landmark::kPeak, 499, Search::kForward, 0.02).line, std::nullopt)
+        << "beyond the data";
 
     Stream steps(100);
     steps.Take({-1.0, 1.0, 1.0, 0.0, -1.0, -1.0, 2.0});
-    EXPECT_EQ(steps.reader.NextZeroCrossing(0, Search::kForward), 1);
-    EXPECT_EQ(steps.reader.NextZeroCrossing(1, Search::kForward), 3);
-    EXPECT_EQ(steps.reader.NextZeroCrossing(3, Search::kForward), 6);
-    EXPECT_EQ(steps.reader.NextZeroCrossing(6, Search::kForward), std::nullopt);
-    EXPECT_EQ(steps.reader.NextZeroCrossing(6, Search::kBackward), 5);
-    EXPECT_EQ(steps.reader.NextZeroCrossing(5, Search::kBackward), 3);
+    EXPECT_EQ(steps.reader.Next(Landmark::kZeroCrossing, 0, Search::kForward).line, 1);
+    EXPECT_EQ(steps.reader.Next(Landmark::kZeroCrossing, 1, Search::kForward).line, 3);
+    EXPECT_EQ(steps.reader.Next(Landmark::kZeroCrossing, 3, Search::kForward).line, 6);
+    EXPECT_EQ(steps.reader.Next(Landmark::kZeroCrossing, 6, Search::kForward).line, std::nullopt);
+    EXPECT_EQ(steps.reader.Next(Landmark::kZeroCrossing, 6, Search::kBackward).line, 5);
+    EXPECT_EQ(steps.reader.Next(Landmark::kZeroCrossing, 5, Search::kBackward).line, 3);
 }
 
 TEST(CurveReading, CarriesTheDecimalsOfTheValues) {

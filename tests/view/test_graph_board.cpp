@@ -1,8 +1,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QImage>
+#include <vector>
+
 #include "edit_graph.h"
 #include "expect_errors.h"
+#include "failing_memory.h"
 #include "settings/view_settings.h"
 #include "view/graph_board.h"
 
@@ -54,6 +58,20 @@ TEST_F(Board, GraphsOfOneStreamShareABufferThatCoversTheLongestRange) {
     EXPECT_EQ(m_board.Drawers()[2]->Rectangle(), QRect(0, 134, 300, 67));
     EXPECT_THAT(m_streams.DistributionLists()[0], ElementsAre(&m_streams.Registry().Values()[0]));
     EXPECT_THAT(m_streams.DistributionLists()[1], ElementsAre(&m_streams.Registry().Values()[1]));
+}
+
+TEST_F(Board, BeginningAnewCopiesNothingOfWhatTheCurvesShow) {
+    AddGraph("X");
+    Create(0.004);
+    QImage picture(300, 201, QImage::Format_RGB32);
+    const std::vector<double> samples(2000, 1.0);
+    m_streams.Registry().Values()[0].SetValues(samples.data(), samples.size(), 1);
+    m_board.DrawAll(picture, false, PixelWriting::kNow);
+    ASSERT_EQ(m_board.Drawers()[0]->Lines()[0]->Size(), samples.size());
+    // Who copied would tell that there is no memory for that.
+    const testing::FailingMemory failing;
+    m_board.DrawAll(picture, true, PixelWriting::kNow);
+    EXPECT_EQ(m_board.Drawers()[0]->Lines()[0]->Size(), 0U);
 }
 
 TEST_F(Board, WithoutACycleTimeThereAreDrawersButNoBuffers) {

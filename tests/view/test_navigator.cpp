@@ -3,6 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <QHelpEvent>
+#include <QToolTip>
+
 #include "past_fixture.h"
 
 namespace wavo {
@@ -133,6 +136,47 @@ TEST_F(Overview, ShowsEventsAndGaps) {
     EXPECT_FALSE(HasColor(Bar().ColumnOf(1000), QColor(220, 40, 40)));
     EXPECT_TRUE(HasColor(Bar().ColumnOf(3000), QColor(230, 160, 0)));
     EXPECT_FALSE(HasColor(Bar().ColumnOf(1000), QColor(230, 160, 0)));
+    m_view->Past().Window().Show({100, 200});
+    EXPECT_TRUE(HasColor(Bar().ColumnOf(2500), QColor(220, 40, 40))) << "beside the window, too";
+    EXPECT_TRUE(HasColor(Bar().ColumnOf(3000), QColor(230, 160, 0)));
+}
+
+TEST_F(Overview, AsManyMarksArePaintedAsThereAreColumns) {
+    const std::string path = PathOf("eventful.mcap");
+    constexpr std::uint64_t kPieces = 400;
+    constexpr std::uint64_t kStep = 20;  // of which 10 lines are missing
+    {
+        auto writer = recording::RecordingWriter::Create(path, testing::MakeHead(1), std::nullopt);
+        ASSERT_TRUE(writer.HasValue());
+        for (std::uint64_t piece = 0; piece < kPieces; ++piece) {
+            for (const char* text : {"first", "second", "third"}) {
+                (*writer)->AddEvent({recording::kEventOverrun, piece * kStep, 10, text});
+            }
+            testing::Append(**writer, piece * kStep, testing::MakeLines(1, 10, 1));
+        }
+        testing::RequireNoFault((*writer)->Finish());
+    }
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    OpenRecording& recording = *m_view->Work().Recording();
+    ASSERT_EQ(recording.Reader().Gaps().size(), kPieces - 1);
+    RecordingMarks marks;
+    marks.Renew(recording, recording.Lines(), 100);
+    EXPECT_EQ(marks.Events().size(), 100U);
+    ASSERT_EQ(marks.Gaps().size(), 1U) << "they touch";
+    EXPECT_EQ(marks.Gaps()[0], (RecordingMarks::Columns{0, 99}));
+    marks.Renew(recording, {0, 60}, 601);
+    EXPECT_EQ(marks.Events().front(), 0);
+    EXPECT_EQ(marks.Events()[1], ColumnOfLine({0, 60}, 601, 20));
+    EXPECT_EQ(marks.Gaps()[0], (RecordingMarks::Columns{102, 203}));
+    EXPECT_EQ(marks.Gaps()[1].first, 305);
+
+    QHelpEvent help(QEvent::ToolTip, {300, 20}, Bar().mapToGlobal(QPoint(300, 20)));
+    QCoreApplication::sendEvent(&Bar(), &help);
+    const QStringList lines = QToolTip::text().split('\n');
+    ASSERT_EQ(lines.size(), 11);
+    EXPECT_TRUE(lines[0].startsWith("2025-08-01")) << lines[0].toStdString();
+    EXPECT_EQ(lines[10], "and others: look more closely, or step through them");
+    QToolTip::hideText();
 }
 
 TEST_F(Overview, TheEnvelopeIsThatOfTheSelectedCurve) {

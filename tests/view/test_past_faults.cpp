@@ -59,6 +59,80 @@ TEST_F(PastFaults, AFileThatGrowsIsShownAsFarAsItIs) {
     EXPECT_THAT(m_boxes, IsEmpty());
 }
 
+TEST_F(PastFaults, WhatASearchSaidStaysWhileNothingChanges) {
+    WavoGraph graph = m_view->Work().Graphs().Graphs()[0];
+    graph.Triggers = {{TriggerTypeCode::kStopAbove, 1e9, "X"}};
+    m_view->Work().Graphs().Put(graph);
+    OpenGrowing();
+    Execute(CommandId::kNextTrigger);
+    const std::string told = "No trigger fires behind this place";
+    EXPECT_EQ(m_panes[0], told);
+    int notices = 0;
+    QObject::connect(
+        &m_view->News(), &ViewNews::PaneTextChanged, m_view.get(),
+        [&](StatusPane pane, const QString&) { notices += pane == StatusPane::kMessage ? 1 : 0; });
+    m_view->Past().Files().Refresh();  // a recorder has told how far it is
+    Grow();
+    m_view->Past().Files().Refresh();
+    EXPECT_EQ(m_panes[0], told);
+    EXPECT_EQ(notices, 0);
+    m_view->Past().Window().MoveBy(-0.5);
+    Grow();
+    m_view->Past().Files().Refresh();
+    EXPECT_THAT(m_panes[0], ::testing::StartsWith("3000 lines, from "));
+    m_view->Past().Files().Refresh();
+    EXPECT_EQ(notices, 1) << "told once";
+}
+
+TEST_F(PastFaults, WhatWasWrittenIsTakenInWhereNobodyTellsOfIt) {
+    OpenGrowing();
+    Grow();
+    QEvent activated(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(m_view.get(), &activated);
+    EXPECT_EQ(Seen(), (LineRange{0, 2000}));
+    m_view->Past().Window().Show({500, 701});
+    Grow();
+    QTest::keyClick(m_view.get(), Qt::Key_End);
+    EXPECT_EQ(Seen(), (LineRange{2799, 3000}));
+    m_view->Past().Window().Show({500, 701});
+    Grow();
+    QTest::keyClick(&m_view->Past().Overview(), Qt::Key_End);
+    EXPECT_EQ(Seen(), (LineRange{3799, 4000}));
+    Grow();
+    QTest::keyClick(m_view.get(), Qt::Key_Home);
+    EXPECT_EQ(m_view->Past().Window().Window().Held(), (LineRange{0, 5000}));
+    m_writer->AddEvent({recording::kEventOverrun, m_writer->NextLine() + 10, 10, "it ran over"});
+    testing::Append(*m_writer, m_writer->NextLine() + 10, testing::MakeLines(3, 1000, 5));
+    testing::RequireNoFault(m_writer->Keep());
+    Execute(CommandId::kNextEvent);
+    EXPECT_EQ(m_panes[0], "it ran over");
+    EXPECT_EQ(m_view->Past().Window().Mark(), 5010);
+}
+
+TEST_F(PastFaults, AnotherCycleTimeBeginsTheNextFile) {
+    OpenGrowing();
+    Execute(CommandId::kFollow);
+    EXPECT_FALSE(m_view->Past().IsEnabled(CommandId::kNextFile));
+    EXPECT_FALSE(m_view->Past().IsEnabled(CommandId::kPreviousFile));
+    testing::RequireNoFault(m_writer->Finish());
+    testing::WriteRecording(PathOf("growing-2.mcap"), testing::MakeHead(3, 0.002),
+                            testing::MakeLines(3, 300, 1));
+    m_view->Past().Files().Refresh();
+    EXPECT_THAT(m_panes[0], ::testing::EndsWith("; the next file is growing-2.mcap"));
+    ASSERT_TRUE(m_view->Past().IsEnabled(CommandId::kNextFile));
+    Execute(CommandId::kNextFile);
+    EXPECT_EQ(m_title, "growing-2.mcap - wavo.ini");
+    EXPECT_EQ(m_panes[2], "cycl. time=0.00200s");
+    EXPECT_EQ(Seen(), (LineRange{0, 300}));
+    EXPECT_FALSE(m_view->Past().IsEnabled(CommandId::kNextFile));
+    ASSERT_TRUE(m_view->Past().IsEnabled(CommandId::kPreviousFile));
+    Execute(CommandId::kPreviousFile);
+    EXPECT_EQ(m_title, "growing.mcap - wavo.ini");
+    Execute(CommandId::kCloseRecording);
+    EXPECT_EQ(m_title, "wavo.ini - running");
+    EXPECT_THAT(m_boxes, IsEmpty());
+}
+
 TEST_F(PastFaults, ARecordingThatWasCutOffSaysSo) {
     OpenGrowing();
     EXPECT_THAT(m_view->Work().Source().StateText(),
@@ -118,20 +192,6 @@ TEST_F(PastFaults, ADamagedChunkIsAGapAndTold) {
     m_view->Past().Window().Show(
         {static_cast<std::int64_t>(gap.first) + 5, static_cast<std::int64_t>(gap.first) + 50});
     EXPECT_FALSE(m_view->Screen().Picture().isNull()) << "a gap longer than the window";
-}
-
-TEST_F(PastFaults, AZoomAndATriggerAreNoHindrance) {
-    WavoGraph graph = m_view->Work().Graphs().Graphs()[0];
-    graph.Triggers = {{TriggerTypeCode::kStopAbove, 2.0, "X"}};
-    m_view->Work().Graphs().Put(graph);
-    Give(1.0, 100);
-    EXPECT_EQ(Graph().State(), RunState::kStoppedAfterStop);
-    m_view->Zooms().ZoomGraph(0, 0.1, 0.3);
-    OpenSample();
-    EXPECT_FALSE(Graph().Zoom().active);
-    m_view->Past().Execute(CommandId::kCloseRecording);
-    EXPECT_EQ(Graph().State(), RunState::kWaitingForStop);
-    EXPECT_FALSE(m_view->Past().Window().IsShown());
 }
 
 TEST_F(PastFaults, ABoxThatStandsOpenIsNoHindrance) {

@@ -1,13 +1,18 @@
 // Going to where triggers fire, and from event to event.
 #include <gmock/gmock.h>
 
+#include <QApplication>
 #include <QFile>
+#include <QPushButton>
+#include <functional>
 #include <map>
 #include <random>
 
 #include "graph/values/condition_search.h"
 #include "past_fixture.h"
 #include "recording/recording_history.h"
+#include "ui/controls/controls.h"
+#include "ui/dialogs/export_progress.h"
 #include "view/past_search.h"
 
 namespace wavo {
@@ -198,6 +203,49 @@ TEST_F(Search, EndsWithTheRecordingThatAnEventCloses) {
         EXPECT_EQ(m_view->Work().Recording() != nullptr, opens_another);
         EXPECT_EQ(Mark(), std::nullopt);
     }
+}
+
+TEST_F(Search, EndsWhenTheMasterEndsTheProgram) {
+    OpenPulses();
+    std::chrono::milliseconds now{};
+    m_view->Past().Search().SetClock([&now] { return now += std::chrono::milliseconds(30); });
+    bool is_quit = false;
+    QObject::connect(&m_view->News(), &ViewNews::QuitRequested, m_view.get(),
+                     [&is_quit] { is_quit = true; });
+    QMetaObject::invokeMethod(
+        m_view.get(), [this] { m_source->events->Quit(); }, Qt::QueuedConnection);
+    Go(CommandId::kNextTrigger);
+    EXPECT_TRUE(is_quit);
+    EXPECT_EQ(Mark(), std::nullopt);
+    Go(CommandId::kNextTrigger);
+    EXPECT_EQ(Mark(), 3000) << "the next one goes on";
+}
+
+TEST_F(Search, TheProgressIsShownAndCancelEndsTheSearch) {
+    OpenPulses();
+    std::chrono::milliseconds now{};
+    m_view->Past().Search().SetClock([&now] { return now += std::chrono::milliseconds(300); });
+    const LineRange before = Seen();
+    int shown = 0;
+    const std::function<void()> look = [&] {
+        for (QWidget* const widget : QApplication::topLevelWidgets()) {
+            if (auto* const progress = dynamic_cast<ExportProgress*>(widget);
+                progress != nullptr && progress->isVisible()) {
+                ++shown;
+                EXPECT_EQ(progress->windowTitle(), "Search");
+                QTest::mouseClick(FindControl<QPushButton>(
+                                      *progress, static_cast<int>(ExportProgressId::kCancel)),
+                                  Qt::LeftButton);
+                return;
+            }
+        }
+        QMetaObject::invokeMethod(m_view.get(), look, Qt::QueuedConnection);
+    };
+    QMetaObject::invokeMethod(m_view.get(), look, Qt::QueuedConnection);
+    m_view->Past().Execute(CommandId::kNextTrigger);
+    EXPECT_EQ(shown, 1);
+    EXPECT_EQ(Mark(), std::nullopt);
+    EXPECT_EQ(Seen(), before);
 }
 
 TEST_F(Search, ReachesWhatStandsBehindTheLastLine) {

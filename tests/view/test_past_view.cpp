@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <QCheckBox>
+#include <cmath>
 
 #include "past_fixture.h"
 #include "ui/controls/controls.h"
@@ -76,7 +77,32 @@ TEST_F(Past, ClosingBringsGraphsPathAndLinkBack) {
     Give(7.0, 3);
     std::vector<double> shown;
     EXPECT_TRUE(Graph().GetAxValues("X", shown));
-    EXPECT_THAT(shown, ElementsAre(7.0, 8.0, 9.0));
+    ASSERT_GE(shown.size(), 9U) << "what was there, a gap, what has come since";
+    EXPECT_THAT(std::vector(shown.begin(), shown.begin() + 5),
+                ElementsAre(1.0, 2.0, 3.0, 4.0, 5.0));
+    EXPECT_TRUE(std::isnan(shown[5]));
+    EXPECT_THAT(std::vector(shown.end() - 3, shown.end()), ElementsAre(7.0, 8.0, 9.0));
+}
+
+TEST_F(Past, ADefaultGraphFitsTheValuesWhereNoLimitsAreKnown) {
+    ASSERT_TRUE(m_view->Work().Graphs().IsEmpty());
+    const std::string path = PathOf("plain.mcap");
+    recording::RecordingHead head = testing::MakeHead(2);
+    head.limits.clear();
+    std::vector<std::vector<double>> lines;
+    for (int i = 0; i < 100; ++i) {
+        lines.push_back({1000.0 + i, 0.0});
+    }
+    testing::WriteRecording(path, head, lines);
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    ASSERT_THAT(m_view->Board().Drawers(), SizeIs(1));
+    const ScaleDefinition& scale = Graph().Graph().YScales[0];
+    EXPECT_EQ(scale.ScaleAx, ScaleAxCode::kAutomatic);
+    (void)m_view->Screen().Picture();
+    EXPECT_LE(Graph().Graph().YScales[0].Minimum, 1000.0);
+    EXPECT_GE(Graph().Graph().YScales[0].Maximum, 1099.0);
+    m_view->Past().Files().Execute(CommandId::kCloseRecording);
+    EXPECT_TRUE(m_view->Work().Graphs().IsEmpty());
 }
 
 TEST_F(Past, AStoppedViewerIsStoppedAgain) {
@@ -258,6 +284,21 @@ TEST_F(Past, AStoppedGraphMovesWithinWhatItHolds) {
     QTest::keyClick(m_view.get(), Qt::Key_Minus);
     EXPECT_FALSE(m_view->Past().Window().IsShown());
     EXPECT_EQ(m_view->Screen().Picture(), stopped);
+}
+
+TEST_F(Past, TheMiddleButtonOverAnXyGraphMovesNothing) {
+    Give(0.0, 300);
+    WavoGraph graph = m_view->Work().Graphs().Graphs()[0];
+    graph.XCoorType = CoorType::kAxis;
+    graph.XCoorAxName = "Y";
+    m_view->Work().Graphs().Put(graph);
+    m_view->Commands().Execute(CommandId::kStop);
+    const QPoint from = Graph().PlotArea().center();
+    QTest::mousePress(m_view.get(), Qt::MiddleButton, {}, from);
+    EXPECT_FALSE(m_view->Past().Window().IsShown());
+    EXPECT_FALSE(m_view->Past().Window().DragTo(from - QPoint(50, 0)));
+    QTest::mouseRelease(m_view.get(), Qt::MiddleButton, {}, from);
+    EXPECT_FALSE(Graph().Past().has_value());
 }
 
 TEST_F(Past, StartLeavesThePast) {

@@ -96,8 +96,9 @@ class GraphDraw {
     void RestoreZoom(const ZoomState& zoom);
 
     /// The values that the graph shows of an axis (the first y axis of that name, else the x
-    /// axis), oldest first: the zoom window, else the finished recording, else the most recent
-    /// span. False, an error-log entry and no values for a name that the graph does not know.
+    /// axis), oldest first: the lines of the past that are seen, else the zoom window, else the
+    /// finished recording, else the most recent span. False, an error-log entry and no values for a
+    /// name that the graph does not know.
     bool GetAxValues(const std::string& axis_name, std::vector<double>& values) const {
         return ShownValues(*this).Of(axis_name, values);
     }
@@ -117,6 +118,10 @@ class GraphDraw {
     [[nodiscard]] const std::optional<ShownHistory>& Past() const { return m_history; }
     /// What the last drawing showed is exact; else drawing again brings it closer.
     [[nodiscard]] bool IsExact() const { return m_curves.IsExact(); }
+
+    /// Empties the curves, before all buffers are reset: what curves look at in a buffer they would
+    /// have to copy.
+    void EmptyCurves() { m_curves.Empty(); }
 
     /// Forgets the buffers, before they go. The curves keep what they show.
     void DetachValues();

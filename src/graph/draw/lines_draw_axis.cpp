@@ -164,6 +164,7 @@ void LinesDrawAxis::ShowPoints(const std::vector<double>& x_values,
     m_past_points = static_cast<double>(x_values.size());
     auto past = std::make_unique<CurveOverAxis>(std::max<std::uint64_t>(x_values.size(), 1));
     past->Add({x_values, y_values}, m_plot);
+    m_past_over_axis = past.get();
     m_past = std::move(past);
 }
 
@@ -171,6 +172,7 @@ void LinesDrawAxis::ShowLive() {
     m_shows_past = false;
     m_past.reset();
     m_past_over_time = nullptr;
+    m_past_over_axis = nullptr;
 }
 
 void LinesDrawAxis::KeepWindow() {

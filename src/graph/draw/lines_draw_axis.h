@@ -134,6 +134,11 @@ class LinesDrawAxis {
     }
     /// The point at a place of the FIFO. REQUIRES: place < Size().
     [[nodiscard]] LinePoint Point(std::size_t place) const { return m_curve->Point(place, m_plot); }
+    /// The same of the points over an axis that are shown: of the past, else of the curve.
+    [[nodiscard]] std::size_t ShownSize() const { return ShownOverAxis().Size(); }
+    [[nodiscard]] LinePoint ShownPoint(std::size_t place) const {
+        return ShownOverAxis().Point(place, m_plot);
+    }
     [[nodiscard]] std::uint64_t WriteIndex() const {
         return m_over_time ? m_over_time->WriteIndex() : 0;
     }
@@ -158,6 +163,9 @@ class LinesDrawAxis {
     void Remap(const Remapping& what);
     void DrawIn(ColorRef color, PlotCanvas* canvas);
     [[nodiscard]] CurveStyle StyleIn(ColorRef color) const;
+    [[nodiscard]] const LiveCurve& ShownOverAxis() const {
+        return m_past_over_axis != nullptr ? *m_past_over_axis : *m_curve;
+    }
     void FitScaleToWindow(const MinMax& extremes);
     void CheckScale(Coordinate coordinate, const std::vector<double>& new_values);
 
@@ -171,9 +179,10 @@ class LinesDrawAxis {
     std::unique_ptr<LiveCurve> m_curve;
     TimeCurve* m_over_time;  ///< of the curve; null over an axis
     bool m_shows_past = false;
-    std::unique_ptr<Curve> m_past;             ///< in place of the curve; null: nothing is shown
-    HistoryCurve* m_past_over_time = nullptr;  ///< the same; null over an axis
-    double m_past_points = 0.0;                ///< over an axis
+    std::unique_ptr<Curve> m_past;                ///< in place of the curve; null: nothing is shown
+    HistoryCurve* m_past_over_time = nullptr;     ///< the same; null over an axis
+    const LiveCurve* m_past_over_axis = nullptr;  ///< the same; null over time
+    double m_past_points = 0.0;                   ///< over an axis
     AutoScale m_x_auto;
     AutoScale m_y_auto;
 };

@@ -60,6 +60,18 @@ void ShownValues::CurveValues(std::size_t stream, std::vector<double>& values) c
     }
 }
 
+void ShownValues::PastValues(std::size_t stream, std::vector<double>& values) const {
+    const ShownHistory& past = *m_graph.Past();
+    LineRange lines = past.lines;
+    if (m_graph.Graph().XCoorType == CoorType::kAxis) {
+        lines.begin = std::max(lines.begin, lines.end - ShownHistory::kMostPoints);
+    }
+    values.assign(static_cast<std::size_t>(lines.Count()), NoSample());
+    if (History* const history = stream < past.y.size() ? past.y[stream] : past.x) {
+        history->Values(lines.begin, values);
+    }
+}
+
 bool ShownValues::Of(const std::string& axis_name, std::vector<double>& values) const {
     values.clear();
     const std::optional<std::size_t> stream = StreamOf(axis_name);
@@ -67,7 +79,9 @@ bool ShownValues::Of(const std::string& axis_name, std::vector<double>& values) 
         return false;
     }
     const GraphValue* const value = m_graph.Recorder().Taken(*stream).value;
-    if (!m_graph.ZoomWindow().IsShown() && AreOfBuffers() && value != nullptr) {
+    if (m_graph.Past().has_value()) {
+        PastValues(*stream, values);
+    } else if (!m_graph.ZoomWindow().IsShown() && AreOfBuffers() && value != nullptr) {
         double start_time = 0.0;
         value->GetTimeRangeValues(values, GraphTimeRange(m_graph.Graph()), start_time);
     } else {
@@ -91,8 +105,12 @@ void ShownValues::RowsOf(const std::vector<std::string>& axis_names,
     const bool attached = std::all_of(streams.begin(), streams.end(), [this](std::size_t stream) {
         return m_graph.Recorder().Taken(stream).value != nullptr;
     });
-    if (attached && AreOfBuffers() &&
-        m_graph.ZoomWindow().IsShown() == m_graph.ZoomWindow().IsTaken()) {
+    if (m_graph.Past().has_value()) {
+        for (std::size_t i = 0; i < streams.size(); ++i) {
+            PastValues(streams[i], columns[i]);
+        }
+    } else if (attached && AreOfBuffers() &&
+               m_graph.ZoomWindow().IsShown() == m_graph.ZoomWindow().IsTaken()) {
         const StreamRows rows = m_graph.Recorder().Rows();
         const SampleStretch shown = m_graph.ZoomWindow().IsShown()
                                         ? m_graph.ZoomWindow().Rows()

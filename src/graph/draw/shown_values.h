@@ -26,6 +26,8 @@ class ShownValues {
     /// What is shown are values that the buffers hold.
     [[nodiscard]] bool AreOfBuffers() const;
     void CurveValues(std::size_t stream, std::vector<double>& values) const;
+    /// The values of the lines of the past that are seen. REQUIRES: the past is shown.
+    void PastValues(std::size_t stream, std::vector<double>& values) const;
 
     const GraphDraw& m_graph;
 };

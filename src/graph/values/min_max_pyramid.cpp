@@ -287,26 +287,31 @@ MinMax MinMaxPyramid::OfSlots(const double* slots, std::size_t begin, std::size_
     return extent.Result();
 }
 
-bool MinMaxPyramid::LimitsOfRow(std::span<const std::size_t> bounds, std::size_t count,
-                                const RowLimits& found) const {
+std::size_t MinMaxPyramid::DetailOf(std::size_t count) const {
     constexpr std::size_t kLeastBlocks = 3;
-    constexpr std::size_t kMostBlocks = 24;  // to read more costs more than a look at the samples
-    std::size_t size = kFanOut;
-    std::size_t level = 0;
-    while (level + 1 < m_levels.size() && count >= kLeastBlocks * size * kFanOut) {
-        size *= kFanOut;
-        ++level;
+    std::size_t detail = 0;
+    while (detail < m_levels.size() && count >= kLeastBlocks * BlockSize(detail + 1)) {
+        ++detail;
     }
-    if (m_levels.empty() || count < kLeastBlocks * size || count > kMostBlocks * size) {
-        return false;
-    }
-    const double* const minima = m_levels[level].minimum.data();
-    const double* const maxima = m_levels[level].maximum.data();
+    return detail;
+}
+
+MinMaxPyramid::Blocks MinMaxPyramid::BlocksOf(const double* slots, std::size_t detail) const {
+    return detail == 0
+               ? Blocks{slots, slots}
+               : Blocks{m_levels[detail - 1].minimum.data(), m_levels[detail - 1].maximum.data()};
+}
+
+void MinMaxPyramid::LimitsOfRow(std::span<const std::size_t> bounds, std::size_t detail,
+                                const RowLimits& found) const {
+    const auto [minima, maxima] = BlocksOf(nullptr, detail);
+    const std::size_t bits = kFanOutBits * detail;
+    const std::size_t round_up = BlockSize(detail) - 1;
     for (std::size_t column = 0; column + 1 < bounds.size(); ++column) {
-        const std::size_t begin = bounds[column] / size;
-        const std::size_t end = (bounds[column + 1] - 1) / size;
-        const std::size_t first = CeilDivide(bounds[column], size);
-        const std::size_t last = bounds[column + 1] / size;
+        const std::size_t begin = bounds[column] >> bits;
+        const std::size_t end = (bounds[column + 1] - 1) >> bits;
+        const std::size_t first = (bounds[column] + round_up) >> bits;
+        const std::size_t last = bounds[column + 1] >> bits;
         Extent extent;
         if (first < last) {
             extent.Take(minima + first, maxima + first, last - first);
@@ -316,10 +321,50 @@ bool MinMaxPyramid::LimitsOfRow(std::span<const std::size_t> bounds, std::size_t
         found.inner_maximum[column] = inner.maximum;
         found.outer_minimum[column] = std::min({inner.minimum, minima[begin], minima[end]});
         found.outer_maximum[column] = std::max({inner.maximum, maxima[begin], maxima[end]});
-        found.first_minimum[column] = minima[begin];
-        found.first_maximum[column] = maxima[begin];
     }
-    return true;
+}
+
+void MinMaxPyramid::Narrow(const double* slots, std::size_t begin, std::size_t end,
+                           std::size_t detail, MinMax& inner, MinMax& outer) const {
+    const auto [minima, maxima] = BlocksOf(slots, detail);
+    const std::size_t bits = kFanOutBits * detail;
+    const std::size_t first = (begin + BlockSize(detail) - 1) >> bits;
+    const std::size_t last = end >> bits;
+    // What the whole blocks above hold is known.
+    const std::size_t known_first = (first + kFanOut - 1) / kFanOut * kFanOut;
+    const std::size_t known_last = last / kFanOut * kFanOut;
+    Extent extent;
+    if (known_first < known_last) {
+        extent.Take(minima + first, maxima + first, known_first - first);
+        extent.Take(minima + known_last, maxima + known_last, last - known_last);
+    } else if (first < last) {
+        extent.Take(minima + first, maxima + first, last - first);
+    }
+    const MinMax found = extent.Result();
+    inner = {std::min(inner.minimum, found.minimum), std::max(inner.maximum, found.maximum)};
+    const std::size_t at_begin = begin >> bits;
+    const std::size_t at_end = (end - 1) >> bits;
+    outer = {std::min({inner.minimum, minima[at_begin], minima[at_end]}),
+             std::max({inner.maximum, maxima[at_begin], maxima[at_end]})};
+}
+
+void MinMaxPyramid::FetchToNarrow(const double* slots, std::size_t begin, std::size_t end,
+                                  std::size_t detail) const {
+    const auto [minima, maxima] = BlocksOf(slots, detail);
+    const auto fetch = [](const double* from) {
+        constexpr std::size_t kLine = 64 / sizeof(double);
+        __builtin_prefetch(from);
+        __builtin_prefetch(from + kLine);
+    };
+    const std::size_t bits = kFanOutBits * detail;
+    const std::size_t first = begin >> bits;
+    const std::size_t last = ((end - 1) >> bits) / kFanOut * kFanOut;
+    fetch(minima + first);
+    fetch(minima + last);
+    if (detail != 0) {
+        fetch(maxima + first);
+        fetch(maxima + last);
+    }
 }
 
 bool MinMaxPyramid::HasNaN() const {

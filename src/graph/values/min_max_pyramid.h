@@ -38,14 +38,13 @@ struct RowExtremes {
     double* maximum;
 };
 
-/// What the blocks of a pyramid tell of a row of columns without a look at the samples.
+/// What is known of the extremes of columns, an entry of each per column. Inner: of what lies
+/// within a column; none: as of MinMax. Outer: of all blocks that the column has a part in.
 struct RowLimits {
-    double* inner_minimum;  ///< of the blocks within the column; none: as of MinMax
+    double* inner_minimum;
     double* inner_maximum;
-    double* outer_minimum;  ///< of all blocks that the column has a part in
+    double* outer_minimum;
     double* outer_maximum;
-    double* first_minimum;  ///< of the block of the first sample
-    double* first_maximum;
 };
 
 /// The finite ones of some samples, read one by one.
@@ -80,11 +79,25 @@ class MinMaxPyramid {
     void OfRow(const double* slots, std::span<const std::size_t> bounds, const RowExtremes& found,
                Instructions use = BestInstructions()) const;
 
-    /// Limits to the extremes of a row of columns, as close as the blocks of the largest size of
-    /// which a column of `count` samples has some. False when there is no such size, or would
-    /// be too many of them. REQUIRES: as OfRow.
-    bool LimitsOfRow(std::span<const std::size_t> bounds, std::size_t count,
+    /// Details at which columns are known by limits. At detail 0 they are exact, at detail n known
+    /// by blocks of this many samples.
+    static constexpr std::size_t BlockSize(std::size_t detail) {
+        return std::size_t{1} << (kFanOutBits * detail);
+    }
+    /// The coarsest detail at which a column of `count` samples has some blocks; 0: none has.
+    [[nodiscard]] std::size_t DetailOf(std::size_t count) const;
+
+    /// Limits to the extremes of a row of columns. REQUIRES: as OfRow; detail from DetailOf, not 0.
+    void LimitsOfRow(std::span<const std::size_t> bounds, std::size_t detail,
                      const RowLimits& found) const;
+
+    /// Brings the limits of the column with the slots from `begin` to before `end`, known at the
+    /// detail above, to this detail. REQUIRES: begin < end.
+    void Narrow(const double* slots, std::size_t begin, std::size_t end, std::size_t detail,
+                MinMax& inner, MinMax& outer) const;
+    /// Asks for the memory that Narrow reads.
+    void FetchToNarrow(const double* slots, std::size_t begin, std::size_t end,
+                       std::size_t detail) const;
 
     /// Whether any sample at all is NaN. REQUIRES: Update since the last change of the ring.
     [[nodiscard]] bool HasNaN() const;
@@ -98,7 +111,8 @@ class MinMaxPyramid {
                                   std::size_t count) const;
 
  private:
-    static constexpr std::size_t kFanOut = 16;
+    static constexpr std::size_t kFanOutBits = 4;
+    static constexpr std::size_t kFanOut = std::size_t{1} << kFanOutBits;
 
     struct Level {
         std::vector<double> minimum;
@@ -111,6 +125,13 @@ class MinMaxPyramid {
     };
 
     class WideRow;
+
+    /// Minima and maxima of the blocks of a detail, or the samples themselves.
+    struct Blocks {
+        const double* minima;
+        const double* maxima;
+    };
+    [[nodiscard]] Blocks BlocksOf(const double* slots, std::size_t detail) const;
 
     void ResizeLevels(std::size_t slots, std::size_t expected_slots);
     /// Makes the blocks over the slots from `begin` to before `end` right.

@@ -123,6 +123,14 @@ class PosixDataFiles final : public DataFileOperations {
         return true;
     }
 
+    void WillRead(FileHandle file, std::uint64_t offset, std::size_t size) override {
+        constexpr auto kEnd = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
+        if (offset < kEnd && size < kEnd - offset) {
+            ::posix_fadvise(Number(file), static_cast<off_t>(offset), static_cast<off_t>(size),
+                            POSIX_FADV_WILLNEED);
+        }
+    }
+
     bool Append(FileHandle file, const void* data, std::size_t size) override {
         const auto* from = static_cast<const char*>(data);
         while (size > 0) {

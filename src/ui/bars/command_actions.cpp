@@ -19,7 +19,8 @@ bool IsLook(CommandId id) {
 
 bool IsSwitch(CommandId id) {
     return IsLook(id) || id == CommandId::kStatusBar || id == CommandId::kMeasurements ||
-           id == CommandId::kHideMeasurements || id == CommandId::kCircleTest ||
+           id == CommandId::kHideMeasurements || id == CommandId::kSpectrum ||
+           id == CommandId::kHideSpectrum || id == CommandId::kCircleTest ||
            id == CommandId::kAxisTest || id == CommandId::kFollow;
 }
 

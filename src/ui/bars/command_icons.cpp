@@ -119,6 +119,12 @@ void CurveWithCursors(IconSketch& sketch) {
     sketch.Line({{11, 1}, {11, 15}}, IconInk::kLine);
 }
 
+void CurveWithPeaks(IconSketch& sketch) {
+    sketch.Line({{1, 14}, {15, 14}}, IconInk::kLine);
+    sketch.Line({{1, 12}, {3, 12}, {4, 3}, {5, 12}, {8, 12}, {9, 7}, {10, 12}, {15, 12}},
+                IconInk::kRed, 1.5);
+}
+
 void CircleOffCentre(IconSketch& sketch) {
     sketch.Circle(8, 8, 5.5, IconInk::kPaper, IconInk::kRed);
     sketch.Line({{1, 8}, {15, 8}}, IconInk::kLine);
@@ -182,6 +188,7 @@ constexpr IconRow kIcons[] = {
     {CommandId::kRecord, Disc},
     {CommandId::kStopRecording, DiscAndSquare},
     {CommandId::kMeasurements, CurveWithCursors},
+    {CommandId::kSpectrum, CurveWithPeaks},
     {CommandId::kCircleTest, CircleOffCentre},
     {CommandId::kAxisTest, StepAndAnswer},
     {CommandId::kOpenRecording, FolderWithDisc},

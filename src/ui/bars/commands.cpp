@@ -78,6 +78,10 @@ constexpr Command kCommandTable[] = {
      "Goes to the next event or gap of the recording\nNext event", kRecorded},
     {CommandId::kPreviousEvent, "previous_event", "Previous Even&t\tCtrl+Shift+F3",
      "Goes to the event or gap before\nPrevious event", kRecorded},
+    {CommandId::kNextFile, "next_file", "Next F&ile\tCtrl+PgDown",
+     "Opens the recording behind this one, in the numbers of their names\nNext file", kRecorded},
+    {CommandId::kPreviousFile, "previous_file", "Previous Fi&le\tCtrl+PgUp",
+     "Opens the recording before this one\nPrevious file", kRecorded},
     {CommandId::kExportPart, "export_part", "E&xport Part...\tCtrl+Shift+E",
      "Writes a part of the recording to a file, as a recording or as a table\nExport part", kParts},
     {CommandId::kRecentRecording, "recent_recording", "Recent R&ecordings",
@@ -88,7 +92,13 @@ constexpr Command kCommandTable[] = {
      "Lets the measurements hide at the edge of the window while they are not used\nHide at the "
      "edge",
      kMeasure},
-    {CommandId::kComputedAxes, "computed_axes", "&Computed Axes...",
+    {CommandId::kSpectrum, "spectrum", "&Spectrum\tCtrl+Shift+M",
+     "Shows which frequencies the selected curve holds\nSpectrum", kMeasure},
+    {CommandId::kHideSpectrum, "hide_spectrum", "Hide Spectrum at the &Edge",
+     "Lets the spectrum hide at the edge of the window while it is not used\nHide spectrum at the "
+     "edge",
+     kMeasure},
+    {CommandId::kComputedAxes, "computed_axes", "C&omputed Axes...",
      "Axes whose values are computed of those of the machine\nComputed axes"},
     {CommandId::kCircleTest, "circle_test", "&Circle Test...\tCtrl+Shift+C",
      "Shows how round the machine moves, in the figures of ISO 230-4\nCircle test", kCircle},
@@ -112,12 +122,12 @@ constexpr CommandId kBasicCommands[] = {
 };
 
 constexpr CommandId kHarmlessCommands[] = {
-    CommandId::kOpen,       CommandId::kSaveAs,         CommandId::kPrint,
-    CommandId::kPageSetup,  CommandId::kPrintPreview,   CommandId::kProperties,
-    CommandId::kCustomize,  CommandId::kAdditionalText, CommandId::kShowGraphEditor,
-    CommandId::kAbout,      CommandId::kRecord,         CommandId::kOpenRecording,
-    CommandId::kExportPart, CommandId::kMeasurements,   CommandId::kComputedAxes,
-    CommandId::kCircleTest, CommandId::kAxisTest,
+    CommandId::kOpen,         CommandId::kSaveAs,         CommandId::kPrint,
+    CommandId::kPageSetup,    CommandId::kPrintPreview,   CommandId::kProperties,
+    CommandId::kCustomize,    CommandId::kAdditionalText, CommandId::kShowGraphEditor,
+    CommandId::kAbout,        CommandId::kRecord,         CommandId::kOpenRecording,
+    CommandId::kExportPart,   CommandId::kMeasurements,   CommandId::kSpectrum,
+    CommandId::kComputedAxes, CommandId::kCircleTest,     CommandId::kAxisTest,
 };
 
 QString Part(const char* text, QChar separator, int index) {

@@ -190,8 +190,11 @@ std::optional<tables::TimeChoice> TimeOfTable(QWidget* parent, QSettings* settin
                                               const tables::TablePreview& preview, AskTime ask) {
     RememberedTables answers(settings);
     const std::optional<tables::TimeChoice> remembered = answers.Find(preview);
-    if (remembered && ask == AskTime::kUnlessRemembered) {
+    if (remembered && ask != AskTime::kAlways) {
         return remembered;
+    }
+    if (ask == AskTime::kNever) {
+        return preview.guess;
     }
     ImportTable dialog(
         preview, remembered ? *remembered : preview.guess.value_or(tables::TimeChoice()), parent);

@@ -50,9 +50,11 @@ class ImportTable : public TableDialog {
 enum class AskTime {
     kAlways,
     kUnlessRemembered,  ///< only for tables whose columns were not asked for before
+    kNever,             ///< takes what the table lets expect
 };
 
-/// When the lines of a table are: remembered, or as the user says; nothing when the user cancels.
+/// When the lines of a table are: remembered, or as the user says; nothing when the user cancels,
+/// or may not be asked and has to be.
 /// `settings` may be null: then nothing is remembered.
 std::optional<tables::TimeChoice> TimeOfTable(QWidget* parent, QSettings* settings,
                                               const tables::TablePreview& preview, AskTime ask);

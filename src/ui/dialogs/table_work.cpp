@@ -30,8 +30,15 @@ std::optional<OpenedTable> OpenTable(const TableSurroundings& surroundings, cons
         return std::nullopt;
     }
     const std::optional<tables::TimeChoice> choice =
-        TimeOfTable(surroundings.window, opening.settings, *preview, opening.ask);
+        opening.cycle_time
+            ? std::optional(tables::TimeChoice{std::nullopt, 1.0, *opening.cycle_time})
+            : TimeOfTable(surroundings.window, opening.settings, *preview, opening.ask);
     if (!choice) {
+        if (opening.ask == AskTime::kNever) {
+            surroundings.prompts.ShowError(
+                surroundings.window,
+                path + ": it does not tell when its lines are, and nobody is there to be asked");
+        }
         return std::nullopt;
     }
     const auto import =

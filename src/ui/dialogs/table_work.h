@@ -28,8 +28,9 @@ struct TableSurroundings {
 struct TableOpening {
     QSettings* settings = nullptr;  ///< that remember the answers; not owned; may be null
     AskTime ask = AskTime::kUnlessRemembered;
-    std::string folder;   ///< for the recording; it is there
-    std::string program;  ///< name and version of who opens it
+    std::optional<double> cycle_time;  ///< seconds from line to line; then it is not asked for
+    std::string folder;                ///< for the recording; it is there
+    std::string program;               ///< name and version of who opens it
 };
 
 /// A table as a recording, which goes with this object.

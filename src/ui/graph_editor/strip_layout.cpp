@@ -8,9 +8,9 @@
 #include <algorithm>
 
 #include "ui/controls/control_table.h"
+#include "ui/controls/flow_layout.h"
 #include "ui/graph_editor/editor_fields.h"
 #include "ui/graph_editor/editor_group.h"
-#include "ui/graph_editor/flow_layout.h"
 
 namespace wavo {
 

@@ -30,9 +30,9 @@ constexpr MeasureColumnRow kColumns[] = {
     {MeasureColumn::kSlope, "Slope", "Slope/s",
      "Slope of the straight line that fits the values best, per second", false},
     {MeasureColumn::kTimeOfMinimum, "TimeOfMinimum", "t of min.",
-     "When the minimum was, s before the newest sample; a click jumps there", false},
+     "When the minimum was, on the time of the cursors; a click jumps there", false},
     {MeasureColumn::kTimeOfMaximum, "TimeOfMaximum", "t of max.",
-     "When the maximum was, s before the newest sample; a click jumps there", false},
+     "When the maximum was, on the time of the cursors; a click jumps there", false},
     {MeasureColumn::kValues, "Values", "Values", "Samples between the cursors that take part",
      false},
     {MeasureColumn::kLeftOut, "LeftOut", "Left out",
@@ -75,6 +75,11 @@ Figure TimeOfExtreme(const MeasuredTable& table, const Figure& extreme, std::int
     return extreme ? Figure(table.TimeOf(line)) : extreme;
 }
 
+/// As long as not all is counted, as the mean, which waits for that too.
+Figure CountOf(const measure::CurveReading& read, std::int64_t count) {
+    return read.is_whole ? Figure(static_cast<double>(count)) : read.between.mean;
+}
+
 Content ContentOf(const MeasuredTable& table, const MeasuredCurve& curve, MeasureColumn column) {
     const measure::CurveReading& read = curve.figures;
     const measure::Statistics& between = read.between;
@@ -110,9 +115,9 @@ Content ContentOf(const MeasuredTable& table, const MeasuredCurve& curve, Measur
             return {TimeOfExtreme(table, between.maximum, between.maximum_cycle),
                     table.time_decimals};
         case MeasureColumn::kValues:
-            return {static_cast<double>(between.count), 0};
+            return {CountOf(read, between.count), 0};
         case MeasureColumn::kLeftOut:
-            return {static_cast<double>(between.not_finite), 0};
+            return {CountOf(read, between.not_finite), 0};
         case MeasureColumn::kCurve:
             break;
     }

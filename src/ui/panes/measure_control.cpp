@@ -22,10 +22,12 @@ MeasureControl::MeasureControl(QMainWindow& frame, CWavoView& view, const Prompt
     : m_view(view),
       m_settings(settings),
       m_pane(new MeasurementsPane(view, prompts, settings, nullptr)),
-      m_dock(new PaneDock(QStringLiteral("Measurements"), m_pane, frame)) {
+      m_dock(new PaneDock(QStringLiteral("Measurements"), m_pane, frame)),
+      m_spectrum(frame, view, prompts, settings) {
     m_dock->setObjectName(QStringLiteral("measurements"));
-    connect(m_dock, &PaneDock::OpenChanged, this, &MeasureControl::OnOpenChanged);
+    connect(m_dock, &PaneDock::OpenChanged, this, &MeasureControl::ShowCursors);
     connect(m_dock, &PaneDock::AutoHideChanged, this, &MeasureControl::CommandsChanged);
+    connect(&m_spectrum, &SpectrumControl::Changed, this, &MeasureControl::ShowCursors);
     connect(&view.News(), &ViewNews::BatchShown, this, &MeasureControl::OnBatch);
     connect(&view.News(), &ViewNews::MeasureChanged, this, &MeasureControl::Refresh);
 }
@@ -34,10 +36,12 @@ void MeasureControl::Restore() {
     const bool hides =
         m_settings != nullptr && m_settings->value(QLatin1String(kAutoHideSetting)).toBool();
     m_dock->SetAutoHide(hides && !m_dock->isFloating());
-    OnOpenChanged();
+    m_spectrum.Restore();
+    ShowCursors();
 }
 
 void MeasureControl::Store() const {
+    m_spectrum.Store();
     if (m_settings != nullptr) {
         m_settings->setValue(QLatin1String(kAutoHideSetting), m_dock->HidesAtEdge());
     }
@@ -45,10 +49,13 @@ void MeasureControl::Store() const {
 
 bool MeasureControl::IsEnabled(CommandId id) const {
     return id == CommandId::kMeasurements ||
-           (id == CommandId::kHideMeasurements && m_dock->IsOpen());
+           (id == CommandId::kHideMeasurements && m_dock->IsOpen()) || m_spectrum.IsEnabled(id);
 }
 
 bool MeasureControl::IsChecked(CommandId id) const {
+    if (id == CommandId::kSpectrum || id == CommandId::kHideSpectrum) {
+        return m_spectrum.IsChecked(id);
+    }
     return id == CommandId::kMeasurements ? m_dock->IsOpen() : m_dock->HidesAtEdge();
 }
 
@@ -57,11 +64,13 @@ void MeasureControl::Execute(CommandId id) {
         m_dock->setVisible(!m_dock->IsOpen());
     } else if (id == CommandId::kHideMeasurements) {
         m_dock->SetAutoHide(!m_dock->HidesAtEdge());
+    } else {
+        m_spectrum.Execute(id);
     }
 }
 
-void MeasureControl::OnOpenChanged() {
-    m_view.Cursors().Show(m_dock->IsOpen());
+void MeasureControl::ShowCursors() {
+    m_view.Cursors().Show(m_dock->IsOpen() || m_spectrum.WantsCursors());
     Q_EMIT CommandsChanged();
 }
 

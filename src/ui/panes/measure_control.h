@@ -1,4 +1,5 @@
-// The commands of the menu Measure, and its pane: it is open exactly while the cursors are shown.
+// The commands of the menu Measure, and its panes. The cursors are shown while the measurements are
+// open, or a spectrum is that between them.
 #pragma once
 
 #include <QObject>
@@ -6,6 +7,7 @@
 #include <functional>
 #include <optional>
 
+#include "ui/panes/spectrum_control.h"
 #include "view/command_target.h"
 
 class QMainWindow;
@@ -41,6 +43,7 @@ class MeasureControl final : public QObject, public CommandTarget {
 
     [[nodiscard]] PaneDock& Dock() { return *m_dock; }
     [[nodiscard]] MeasurementsPane& Pane() { return *m_pane; }
+    [[nodiscard]] SpectrumControl& Spectrum() { return m_spectrum; }
 
     /// Takes the time from `now`, for tests.
     void SetClock(std::function<Clock::time_point()> now) { m_now = std::move(now); }
@@ -50,7 +53,7 @@ class MeasureControl final : public QObject, public CommandTarget {
     void CommandsChanged();
 
  private:
-    void OnOpenChanged();
+    void ShowCursors();
     void OnBatch();
     void Refresh();
 
@@ -58,6 +61,7 @@ class MeasureControl final : public QObject, public CommandTarget {
     QSettings* const m_settings;
     MeasurementsPane* const m_pane;  ///< a child of the dock
     PaneDock* const m_dock;          ///< a child of the frame
+    SpectrumControl m_spectrum;
     std::function<Clock::time_point()> m_now = Clock::now;
     std::optional<Clock::time_point> m_refreshed;  ///< by a batch
 };

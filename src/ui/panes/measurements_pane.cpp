@@ -3,8 +3,6 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QClipboard>
-#include <QDir>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -16,12 +14,11 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <optional>
+#include <utility>
 
-#include "support/fast_file.h"
 #include "ui/controls/control_table.h"
-#include "ui/dialogs/report_texts.h"
 #include "ui/panes/measure_model.h"
-#include "ui/prompts.h"
+#include "ui/panes/pane_files.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -30,7 +27,7 @@ namespace {
 
 constexpr char kColumnsSetting[] = "MeasureColumns";
 constexpr char kAllGraphsSetting[] = "MeasureAllGraphs";
-constexpr char kFolderSetting[] = "MeasureFolder";
+constexpr char kWidthsSetting[] = "MeasureColumnWidths";
 constexpr int kMargin = 4;
 
 /// Says what the labels above the table stand for.
@@ -39,22 +36,14 @@ struct TimeLabel {
     const char* tool_tip;
 };
 constexpr TimeLabel kTimeLabels[] = {
-    {"A", "When cursor A is, s before the newest sample"},
-    {"B", "When cursor B is, s before the newest sample"},
+    {"A", "When cursor A is, s from the newest sample; in a recording from its begin"},
+    {"B", "When cursor B is, s from the newest sample; in a recording from its begin"},
     {"Δt", "From A to B"},
     {"1/Δt", "Frequency of what takes so long"},
 };
 
 int IndexOf(MeasureColumn column) {
     return static_cast<int>(column);
-}
-
-QString Quoted(const QString& text) {
-    if (!text.contains(u',') && !text.contains(u'"') && !text.contains(u'\n')) {
-        return text;
-    }
-    return QStringLiteral("\"") + QString(text).replace(u'"', QStringLiteral("\"\"")) +
-           QStringLiteral("\"");
 }
 
 QString ExactTime(const std::optional<double>& time, int decimals) {
@@ -81,6 +70,7 @@ MeasurementsPane::MeasurementsPane(CWavoView& view, const Prompts& prompts, QSet
     MakeColumnMenu();
     MakeHead(*head);
     layout->addWidget(m_table);
+    LoadWidths();
     LoadColumns();
 }
 
@@ -106,6 +96,8 @@ void MeasurementsPane::MakeTable() {
     connect(m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& current) { OnRowSelected(current.row()); });
     connect(m_table, &QTableView::clicked, this, &MeasurementsPane::OnCellClicked);
+    connect(m_table->horizontalHeader(), &QHeaderView::sectionResized, this,
+            [this](int column, int, int width) { OnColumnResized(column, width); });
     connect(m_model, &QAbstractItemModel::modelReset, this, [this] { FitColumns(); });
     auto* const copy = new QAction(QStringLiteral("&Copy"), m_table);
     copy->setShortcut(QKeySequence::Copy);
@@ -194,6 +186,7 @@ void MeasurementsPane::LoadColumns() {
     const QString setting = QLatin1String(kColumnsSetting);
     const bool is_kept = m_settings != nullptr && m_settings->contains(setting);
     const QStringList names = is_kept ? m_settings->value(setting).toStringList() : QStringList();
+    m_is_fitting = true;
     for (const MeasureColumnRow& column : MeasureColumns()) {
         const bool shown = column.id == MeasureColumn::kCurve ||
                            (is_kept ? names.contains(QLatin1String(column.name)) : column.at_first);
@@ -220,6 +213,7 @@ bool MeasurementsPane::IsColumnShown(MeasureColumn column) const {
 }
 
 void MeasurementsPane::ShowColumn(MeasureColumn column, bool shown) {
+    m_is_fitting = true;
     m_table->setColumnHidden(IndexOf(column), !shown && column != MeasureColumn::kCurve);
     FitColumns();
     StoreColumns();
@@ -227,6 +221,7 @@ void MeasurementsPane::ShowColumn(MeasureColumn column, bool shown) {
 
 // Not with every batch: columns that change their widths cannot be read.
 void MeasurementsPane::FitColumns() {
+    m_is_fitting = true;
     m_table->resizeColumnsToContents();
     const int least = m_table->fontMetrics().horizontalAdvance(QStringLiteral("-1000.000000 "));
     for (int column = 1; column < m_model->columnCount(); ++column) {
@@ -234,6 +229,41 @@ void MeasurementsPane::FitColumns() {
             m_table->setColumnWidth(column, std::max(least, m_table->columnWidth(column)));
         }
     }
+    for (const auto& [column, width] : m_widths) {
+        m_table->setColumnWidth(IndexOf(column), width);
+    }
+    m_is_fitting = false;
+}
+
+void MeasurementsPane::LoadWidths() {
+    const QStringList kept = m_settings == nullptr
+                                 ? QStringList()
+                                 : m_settings->value(QLatin1String(kWidthsSetting)).toStringList();
+    for (const MeasureColumnRow& column : MeasureColumns()) {
+        const QString name = QLatin1String(column.name) + u'=';
+        for (const QString& entry : kept) {
+            const int width = entry.startsWith(name) ? entry.mid(name.size()).toInt() : 0;
+            if (width > 0) {
+                m_widths[column.id] = width;
+            }
+        }
+    }
+}
+
+void MeasurementsPane::OnColumnResized(int column, int width) {
+    if (m_is_fitting || width <= 0) {
+        return;
+    }
+    m_widths[static_cast<MeasureColumn>(column)] = width;
+    if (m_settings == nullptr) {
+        return;
+    }
+    QStringList kept;
+    for (const auto& [id, chosen] : m_widths) {
+        const char* const name = MeasureColumns()[static_cast<std::size_t>(id)].name;
+        kept << QStringLiteral("%1=%2").arg(QLatin1String(name)).arg(chosen);
+    }
+    m_settings->setValue(QLatin1String(kWidthsSetting), kept);
 }
 
 void MeasurementsPane::Refresh() {
@@ -250,6 +280,25 @@ void MeasurementsPane::Refresh() {
         m_times[i]->setText(title + QStringLiteral("  ") + texts[i]);
         m_times[i]->setAccessibleName(m_times[i]->text());
     }
+    if (!table.is_whole) {
+        GoOnLater();
+    }
+}
+
+// What is long is measured in parts, between two events.
+void MeasurementsPane::GoOnLater() {
+    if (std::exchange(m_is_going_on, true)) {
+        return;
+    }
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_is_going_on = false;
+            if (isVisible()) {
+                Refresh();
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 void MeasurementsPane::ShowSelected() {
@@ -276,7 +325,7 @@ void MeasurementsPane::OnCellClicked(const QModelIndex& cell) {
                           ? std::nullopt
                           : LineOfCell(*curve, static_cast<MeasureColumn>(cell.column()));
     if (line) {
-        m_view.Cursors().PutOn(m_view.Cursors().Active().value_or(CursorName::kA), *line);
+        m_view.Cursors().JumpTo(m_view.Cursors().Active().value_or(CursorName::kA), *line);
     }
 }
 
@@ -310,7 +359,7 @@ QString MeasurementsPane::CsvOfTable() const {
     QStringList cells;
     for (const MeasureColumnRow& column : MeasureColumns()) {
         if (IsColumnShown(column.id)) {
-            cells << Quoted(QString::fromUtf8(column.title));
+            cells << CsvCell(QString::fromUtf8(column.title));
         }
     }
     cells << QStringLiteral("t of A") << QStringLiteral("t of B");
@@ -319,7 +368,7 @@ QString MeasurementsPane::CsvOfTable() const {
         cells.clear();
         for (const MeasureColumnRow& column : MeasureColumns()) {
             if (IsColumnShown(column.id)) {
-                cells << Quoted(ExactText(table, curve, column.id));
+                cells << CsvCell(ExactText(table, curve, column.id));
             }
         }
         cells << ExactTime(table.a, table.time_decimals) << ExactTime(table.b, table.time_decimals);
@@ -334,30 +383,7 @@ void MeasurementsPane::Copy() const {
 
 void MeasurementsPane::Save() {
     const QString text = CsvOfTable();  // of now: values go on while the user is asked
-    QString folder;
-    if (m_settings != nullptr) {
-        folder = m_settings->value(QLatin1String(kFolderSetting)).toString();
-    }
-    if (folder.isEmpty() || !QFileInfo(folder).isDir()) {
-        folder = QDir::homePath();
-    }
-    const auto chosen = m_prompts.save_file(
-        this, {QString(),
-               QDir::toNativeSeparators(QDir(folder).filePath(QStringLiteral("measurements.csv"))),
-               QStringLiteral("csv"), QStringLiteral("CSV Files|*.csv|All Files|*.*|")});
-    if (!chosen) {
-        return;
-    }
-    const std::string path = QDir::toNativeSeparators(*chosen).toStdString();
-    if (QFileInfo::exists(*chosen) && !MayReplaceFile(m_prompts, this, path)) {
-        return;
-    }
-    if (m_settings != nullptr) {
-        m_settings->setValue(QLatin1String(kFolderSetting), QFileInfo(*chosen).absolutePath());
-    }
-    if (MFastFile_WriteLinesAtOnce(path, text.toStdString(), kSaveSafe) == kWriteFailed) {
-        m_prompts.ShowError(this, "Can not write " + path);
-    }
+    SaveAsCsv(this, m_prompts, m_settings, QStringLiteral("measurements.csv"), text);
 }
 
 QSize MeasurementsPane::sizeHint() const {

@@ -4,6 +4,7 @@
 
 #include <QPoint>
 #include <QWidget>
+#include <map>
 
 #include "ui/panes/measure_columns.h"
 
@@ -58,6 +59,9 @@ class MeasurementsPane : public QWidget {
     void LoadColumns();
     void StoreColumns() const;
     void FitColumns();
+    void LoadWidths();
+    void OnColumnResized(int column, int width);
+    void GoOnLater();
     void ShowSelected();
     void OnRowSelected(int row);
     void OnCellClicked(const QModelIndex& cell);
@@ -71,7 +75,10 @@ class MeasurementsPane : public QWidget {
     QMenu* m_column_menu = nullptr;
     QTableView* m_table = nullptr;
     MeasureModel* m_model = nullptr;
-    bool m_is_showing = false;  ///< what changes is not the user's doing
+    std::map<MeasureColumn, int> m_widths;  ///< that the user has chosen, logical pixels
+    bool m_is_showing = false;              ///< what changes is not the user's doing
+    bool m_is_fitting = false;              ///< the same of widths
+    bool m_is_going_on = false;             ///< the rest is measured later
 };
 
 }  // namespace wavo

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+#include "tables/table_preview.h"
+
 namespace wavo {
 
 namespace {
@@ -77,6 +79,12 @@ QString HelpText(const QCommandLineParser& parser) {
            text.mid(text.indexOf(u'\n'));
 }
 
+std::optional<double> CycleTime(const QCommandLineParser& parser, const QCommandLineOption& cycle) {
+    bool is_number = false;
+    const double seconds = parser.value(cycle).toDouble(&is_number);
+    return is_number && tables::IsCycleTime(seconds) ? std::optional(seconds) : std::nullopt;
+}
+
 }  // namespace
 
 CommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
@@ -94,7 +102,11 @@ CommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
         QStringLiteral("after-lines"),
         QStringLiteral("With --screenshot: wait until <lines> lines were shown (default 1000)."),
         QStringLiteral("lines"), QStringLiteral("1000"));
-    parser.addOptions({help, version, screenshot, after_lines});
+    const QCommandLineOption cycle(
+        QStringLiteral("cycle"),
+        QStringLiteral("Of a table: its lines are <seconds> apart. It is then not asked for."),
+        QStringLiteral("seconds"));
+    parser.addOptions({help, version, screenshot, after_lines, cycle});
     parser.addPositionalArgument(
         QStringLiteral("recording.mcap"),
         QStringLiteral(
@@ -118,13 +130,15 @@ CommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
     const bool has_recording = !files.isEmpty() && IsRecordingName(files[0]);
     const QString recording = has_recording ? files.takeFirst() : QString();
     line.options = {parser.value(screenshot), parser.value(after_lines).toULongLong(&is_number),
-                    recording, files.value(0)};
+                    recording, files.value(0), CycleTime(parser, cycle)};
     if (!understood) {
         line.last_words = Refusal(parser.errorText());
     } else if (!is_number) {
         line.last_words = Refusal(QStringLiteral("--after-lines needs a number"));
     } else if (parser.isSet(screenshot) && line.options.screenshot.isEmpty()) {
         line.last_words = Refusal(QStringLiteral("--screenshot needs the name of a file"));
+    } else if (parser.isSet(cycle) && !line.options.cycle_time) {
+        line.last_words = Refusal(QStringLiteral("--cycle needs a time in seconds"));
     } else if (files.size() > 1) {
         line.last_words = Refusal(QStringLiteral("unexpected argument: ") + files[1]);
     }

@@ -15,6 +15,9 @@ struct AppOptions {
     quint64 after_lines = 0;  ///< lines to receive before the picture is taken
     QString recording;        ///< as named on the command line; empty for none
     QString graph_file;       ///< the same
+    /// Seconds from line to line of the recording, a table; nothing: as the table tells or the
+    /// user.
+    std::optional<double> cycle_time;
 };
 
 /// What the program has to say in place of its work, and then ends.

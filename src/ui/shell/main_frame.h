@@ -49,6 +49,7 @@ class CMainFrame : public QMainWindow {
 
     /// Looks for recorders that run, and shows them from now on.
     void ShowRecorders() { m_recording->Open(); }
+    [[nodiscard]] TableControl& Tables() { return m_tables; }
     [[nodiscard]] RecordingControl& Recording() { return *m_recording; }
     [[nodiscard]] MeasureControl& Measure() { return *m_measure; }
     [[nodiscard]] CircleControl& Circle() { return *m_circle; }

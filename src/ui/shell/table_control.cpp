@@ -11,6 +11,7 @@
 
 #include "platform/folders.h"
 #include "support/flag_scope.h"
+#include "tables/levels_work.h"
 #include "ui/prompts.h"
 #include "view/wavo_view.h"
 
@@ -62,6 +63,8 @@ TableControl::TableControl(QWidget& frame, CWavoView& view, const Prompts& promp
     view.Past().Files().AddImporter(
         {kTableFilter, IsTable,
          [this](const std::string& path, OpenedFrom from) { return Import(path, from); }});
+    view.Past().Files().SetPreparation(
+        [this](OpenRecording& recording) { return Prepare(recording); });
 }
 
 bool TableControl::IsEnabled(CommandId id) const {
@@ -81,8 +84,7 @@ void TableControl::RemoveLeftBehind() {
 }
 
 std::optional<RecordingToOpen> TableControl::Import(const std::string& path, OpenedFrom from) {
-    if (m_is_busy) {
-        m_prompts.ShowError(&m_frame, path + ": not opened, as another file is being worked on");
+    if (!MayWorkOn(path)) {
         return std::nullopt;
     }
     const FlagScope busy(m_is_busy);
@@ -91,9 +93,11 @@ std::optional<RecordingToOpen> TableControl::Import(const std::string& path, Ope
         m_prompts.ShowError(&m_frame, path + ": there is no folder for temporary recordings");
         return std::nullopt;
     }
-    const AskTime ask = from == OpenedFrom::kDialog ? AskTime::kAlways : AskTime::kUnlessRemembered;
-    std::optional<OpenedTable> table =
-        OpenTable(m_surroundings, path, {m_settings, ask, folder, "wavo " WAVO_VERSION});
+    const AskTime ask = !m_prompts.is_somebody_there  ? AskTime::kNever
+                        : from == OpenedFrom::kDialog ? AskTime::kAlways
+                                                      : AskTime::kUnlessRemembered;
+    std::optional<OpenedTable> table = OpenTable(
+        m_surroundings, path, {m_settings, ask, m_cycle_time, folder, "wavo " WAVO_VERSION});
     if (!table) {
         return std::nullopt;
     }
@@ -101,8 +105,30 @@ std::optional<RecordingToOpen> TableControl::Import(const std::string& path, Ope
     return RecordingToOpen{keeper->Path(), path, std::move(table->notices), keeper};
 }
 
+bool TableControl::MayWorkOn(const std::string& path) const {
+    if (m_is_busy) {
+        m_prompts.ShowError(&m_frame, path + ": not opened, as another file is being worked on");
+    }
+    return !m_is_busy;
+}
+
+bool TableControl::Prepare(OpenRecording& recording) {
+    if (recording.Reader().SettleLevels(0) == 0) {
+        return true;
+    }
+    if (!MayWorkOn(recording.Path())) {
+        return false;
+    }
+    const FlagScope busy(m_is_busy);
+    tables::LevelsWork work(recording.Reader());
+    return m_steps.Run(work, QStringLiteral("Open Recording"),
+                       QString::fromStdString(recording.Path()),
+                       &m_frame) == WorkInSteps::Ending::kDone;
+}
+
 void TableControl::Export() {
     const FlagScope busy(m_is_busy);
+    m_view.Past().Files().Refresh();
     const std::shared_ptr<OpenRecording> recording = m_view.Work().Recordings().Share();
     ExportPart dialog(Stretches(*recording), Suggestion(*recording), m_prompts, &m_frame);
     if (dialog.exec() != QDialog::Accepted) {

@@ -35,6 +35,10 @@ class TableControl final : public CommandTarget {
     [[nodiscard]] bool IsEnabled(CommandId id) const override;
     void Execute(CommandId id) override;
 
+    /// The lines of tables that are opened from now on are so many seconds apart, which is then not
+    /// asked for; nothing: as ever.
+    void SetCycleTime(std::optional<double> seconds) { m_cycle_time = seconds; }
+
     /// Gives up the work that is under way. For the end of the window.
     void Cancel() { m_steps.Cancel(); }
 
@@ -43,6 +47,10 @@ class TableControl final : public CommandTarget {
 
  private:
     std::optional<RecordingToOpen> Import(const std::string& path, OpenedFrom from);
+    /// Finds the extremes of a recording that has none.
+    bool Prepare(OpenRecording& recording);
+    /// False, and the user is told, while other work is under way.
+    bool MayWorkOn(const std::string& path) const;
     void Export();
     /// The computed axes, which a table has behind those of the recording.
     [[nodiscard]] std::vector<tables::PartColumn> ComputedColumns(OpenRecording& recording) const;
@@ -57,6 +65,7 @@ class TableControl final : public CommandTarget {
     WorkInSteps m_steps;
     const TableSurroundings m_surroundings{&m_frame, m_prompts, m_steps};
     bool m_is_busy = false;
+    std::optional<double> m_cycle_time;
     std::optional<tables::PartFile> m_last;  // that was exported
 };
 

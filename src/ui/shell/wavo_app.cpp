@@ -15,6 +15,7 @@
 #include "support/diagnostics.h"
 #include "support/diagnostics_output.h"
 #include "ui/bars/command_icons.h"
+#include "ui/shell/headless_prompts.h"
 #include "ui/shell/main_frame.h"
 #include "ui/shell/report_texts.h"
 #include "ui/shell/screen_fit.h"
@@ -60,6 +61,11 @@ void CWavoApp::InitInstance(const AppOptions& options) {
     // A picture shows the same on every machine: nothing is remembered for it.
     if (options.screenshot.isEmpty()) {
         m_settings = std::make_unique<QSettings>();
+    } else {
+        m_prompts = HeadlessPrompts([this](const std::string& text) {
+            m_has_failed = true;
+            Print({QStringLiteral("wavo: %1\n").arg(QString::fromStdString(text)), 1});
+        });
     }
     TableControl::RemoveLeftBehind();
     m_frame = std::make_unique<CMainFrame>(m_prompts, m_settings.get());
@@ -79,24 +85,28 @@ void CWavoApp::InitInstance(const AppOptions& options) {
     m_frame->show();
     // In the event loop: a box that is shown meanwhile can then be left with the program's end.
     QMetaObject::invokeMethod(
-        &m_frame->View(),
-        [this, name = options.graph_file, recording = options.recording,
-         screenshot = options.screenshot] {
-            m_graph_file = FindGraphFile(name, m_prompts, m_frame.get());
-            if (m_settings != nullptr) {
-                m_frame->ShowRecorders();
-            }
-            m_frame->View().OnInitialUpdate(m_graph_file);
-            if (!recording.isEmpty()) {
-                const bool is_open = m_frame->View().Past().Files().Open(
-                    platform::NativePath(recording.toStdString()));
-                if (is_open && !screenshot.isEmpty()) {
-                    TakeScreenshot(screenshot);
-                }
-            }
-            MTRACE(4, shell_texts::kStarted);
-        },
-        Qt::QueuedConnection);
+        &m_frame->View(), [this, options] { OpenFiles(options); }, Qt::QueuedConnection);
+}
+
+void CWavoApp::OpenFiles(const AppOptions& options) {
+    m_graph_file = FindGraphFile(options.graph_file, m_prompts, m_frame.get());
+    if (m_settings != nullptr) {
+        m_frame->ShowRecorders();
+    }
+    m_frame->View().OnInitialUpdate(m_graph_file);
+    m_frame->Tables().SetCycleTime(options.cycle_time);
+    const bool is_open =
+        options.recording.isEmpty() ||
+        m_frame->View().Past().Files().Open(platform::NativePath(options.recording.toStdString()));
+    m_frame->Tables().SetCycleTime(std::nullopt);
+    if (!options.screenshot.isEmpty()) {
+        if (m_has_failed || !is_open) {
+            End(1);
+        } else if (!options.recording.isEmpty()) {
+            TakeScreenshot(options.screenshot);
+        }
+    }
+    MTRACE(4, shell_texts::kStarted);
 }
 
 std::string CWavoApp::FindGraphFile(const QString& name, const Prompts& prompts, QWidget* parent) {
@@ -128,8 +138,7 @@ void CWavoApp::WatchTermination() {
         auto* const notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
         connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
             notifier->setEnabled(false);
-            m_frame->close();
-            exit(0);
+            End(0);
         });
     }
 }
@@ -146,8 +155,12 @@ void CWavoApp::TakeScreenshot(const QString& file) {
     if (!saved) {
         MERRLOG("CWavoApp::TakeScreenshot(): cannot write %s", file.toUtf8().constData());
     }
+    End(saved ? 0 : 1);
+}
+
+void CWavoApp::End(int exit_code) {
     m_frame->close();
-    exit(saved ? 0 : 1);
+    exit(exit_code);
 }
 
 }  // namespace wavo

@@ -36,10 +36,14 @@ class CWavoApp : public QApplication {
  private:
     void StartLogs();
     void WatchTermination();
+    /// Opens the files of the command line.
+    void OpenFiles(const AppOptions& options);
     void TakeScreenshot(const QString& file);
+    void End(int exit_code);
 
-    const Prompts m_prompts;
-    std::string m_graph_file;  ///< of the command line, once it is known to exist
+    Prompts m_prompts;
+    bool m_has_failed = false;  ///< while nobody was there to be told in a box
+    std::string m_graph_file;   ///< of the command line, once it is known to exist
     std::unique_ptr<QSettings> m_settings;
     std::unique_ptr<CMainFrame> m_frame;  // before the settings go
 };

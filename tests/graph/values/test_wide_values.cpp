@@ -135,22 +135,35 @@ TEST(WideValues, LimitsOfRowsHoldWhatTheirSamplesAre) {
         pyramid.OfRow(ring.Slots().data(), bounds, exact.Room());
         Row inner(columns);
         Row outer(columns);
-        Row first(columns);
-        const bool found =
-            pyramid.LimitsOfRow(bounds, width,
-                                {inner.minimum.data(), inner.maximum.data(), outer.minimum.data(),
-                                 outer.maximum.data(), first.minimum.data(), first.maximum.data()});
-        // Neither none of the blocks, nor too many.
-        ASSERT_EQ(found,
-                  width == 48 || width == 56 || width == 300 || width == 800 || width == 5000);
-        for (std::size_t i = 0; found && i < columns; ++i) {
-            ASSERT_LE(outer.minimum[i], exact.minimum[i]);
-            ASSERT_GE(inner.minimum[i], exact.minimum[i]);
-            ASSERT_GE(outer.maximum[i], exact.maximum[i]);
-            ASSERT_LE(inner.maximum[i], exact.maximum[i]);
-            if (!std::isnan(exact.first[i])) {
-                ASSERT_LE(first.minimum[i], exact.first[i]);
-                ASSERT_GE(first.maximum[i], exact.first[i]);
+        std::size_t detail = pyramid.DetailOf(width);
+        ASSERT_EQ(detail, width < 48 ? 0U : width < 768 ? 1U : 2U);
+        if (detail == 0) {
+            continue;
+        }
+        pyramid.LimitsOfRow(bounds, detail,
+                            {inner.minimum.data(), inner.maximum.data(), outer.minimum.data(),
+                             outer.maximum.data()});
+        for (;; --detail) {
+            for (std::size_t i = 0; i < columns; ++i) {
+                ASSERT_LE(outer.minimum[i], exact.minimum[i]);
+                ASSERT_GE(inner.minimum[i], exact.minimum[i]);
+                ASSERT_GE(outer.maximum[i], exact.maximum[i]);
+                ASSERT_LE(inner.maximum[i], exact.maximum[i]);
+                ASSERT_TRUE(detail != 0 || (inner.minimum[i] == outer.minimum[i] &&
+                                            inner.maximum[i] == outer.maximum[i]));
+            }
+            if (detail == 0) {
+                break;
+            }
+            for (std::size_t i = 0; i < columns; ++i) {
+                MinMax within{inner.minimum[i], inner.maximum[i]};
+                MinMax around;
+                pyramid.Narrow(ring.Slots().data(), bounds[i], bounds[i + 1], detail - 1, within,
+                               around);
+                inner.minimum[i] = within.minimum;
+                inner.maximum[i] = within.maximum;
+                outer.minimum[i] = around.minimum;
+                outer.maximum[i] = around.maximum;
             }
         }
     }

@@ -12,8 +12,8 @@
 #include "graph/draw/display_settings.h"
 #include "graph/draw/frame/colors.h"
 #include "system_facts.h"
+#include "ui/controls/flow_layout.h"
 #include "ui/graph_editor/curve_palette.h"
-#include "ui/graph_editor/flow_layout.h"
 
 namespace wavo {
 namespace {

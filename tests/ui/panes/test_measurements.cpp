@@ -7,6 +7,7 @@
 #include <QClipboard>
 #include <QDir>
 #include <QFile>
+#include <QHeaderView>
 #include <QLabel>
 #include <QMainWindow>
 #include <QMenu>
@@ -22,6 +23,7 @@
 
 #include "lines_from_memory.h"
 #include "real_prompts.h"
+#include "sample_recording.h"
 #include "system_facts.h"
 #include "ui/panes/measure_control.h"
 #include "ui/panes/measure_model.h"
@@ -255,6 +257,58 @@ TEST_F(Measured, ColumnsAreChosenAndKept) {
         EXPECT_TRUE(pane->IsColumnShown(MeasureColumn::kSlope));
         EXPECT_TRUE(pane->IsColumnShown(MeasureColumn::kCurve));
     }
+}
+
+TEST_F(Measured, WidthsOfColumnsAreKept) {
+    Open();
+    const int mean = static_cast<int>(MeasureColumn::kMean);
+    const int at_a = static_cast<int>(MeasureColumn::kAtA);
+    auto& header = *Table().horizontalHeader();
+    const int border = header.sectionViewportPosition(mean) + header.sectionSize(mean) - 1;
+    const int before = header.sectionSize(mean);
+    const QPoint from(border, header.height() / 2);
+    QTest::mousePress(header.viewport(), Qt::LeftButton, Qt::NoModifier, from);
+    QTest::mouseMove(header.viewport(), from + QPoint(20, 0));
+    QTest::mouseMove(header.viewport(), from + QPoint(57, 0));
+    QTest::mouseRelease(header.viewport(), Qt::LeftButton, Qt::NoModifier, from + QPoint(57, 0));
+    const int chosen = header.sectionSize(mean);
+    EXPECT_NEAR(chosen, before + 57, 3);
+    Pane().ShowColumn(MeasureColumn::kSlope, true);
+    Show({GraphOf(2, "Y")});
+    EXPECT_EQ(header.sectionSize(mean), chosen) << "whatever else is fitted";
+    MeasurementsPane again(*m_view, m_prompts, &m_settings, nullptr);
+    again.show();
+    auto& other = *again.findChild<QTableView*>(QStringLiteral("measurements_table"));
+    EXPECT_EQ(other.columnWidth(mean), chosen);
+    EXPECT_EQ(other.columnWidth(at_a), Table().columnWidth(at_a)) << "fitted";
+}
+
+TEST_F(Measured, GoesOnByItselfUntilAllIsMeasured) {
+    constexpr std::int64_t kLines = 300'000;
+    const std::string path = m_folder.filePath(QStringLiteral("long.mcap")).toStdString();
+    {
+        auto writer = recording::RecordingWriter::Create(path, testing::MakeHead(1), {});
+        ASSERT_TRUE(writer.HasValue());
+        std::vector<std::vector<double>> lines(kLines);
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            lines[i] = {static_cast<double>(i)};
+        }
+        testing::Append(**writer, 0, lines);
+        testing::RequireNoFault((*writer)->Finish());
+    }
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    m_control->Execute(CommandId::kMeasurements);
+    m_view->Cursors().PutOn(CursorName::kA, 10);
+    m_view->Cursors().PutOn(CursorName::kB, kLines - 10);
+    EXPECT_EQ(Cell(0, MeasureColumn::kMean), "not complete yet");
+    EXPECT_EQ(Cell(0, MeasureColumn::kValues), "not complete yet");
+    EXPECT_EQ(Cell(0, MeasureColumn::kAtB), "299990");
+    EXPECT_EQ(Cell(0, MeasureColumn::kMaximum), "299990") << "known at once";
+    for (int i = 0; i < 1000 && !m_view->Measured().Table().is_whole; ++i) {
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(Cell(0, MeasureColumn::kMean), "150000.000");
+    EXPECT_EQ(Cell(0, MeasureColumn::kValues), "299981");
 }
 
 TEST_F(Measured, IsCopiedAsTextWithTabs) {

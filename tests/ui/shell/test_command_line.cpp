@@ -51,6 +51,15 @@ TEST(CommandLine, NamesARecordingAndItsGraphs) {
     EXPECT_EQ(Said({"a.ini", "a.mcap"}), "2 wavo: unexpected argument: a.mcap\n");
 }
 
+TEST(CommandLine, TellsTheCycleTimeOfATable) {
+    EXPECT_EQ(ReadCommandLine({"--cycle", "0.004", "a.csv"}).options.cycle_time, 0.004);
+    EXPECT_EQ(ReadCommandLine({"a.csv"}).options.cycle_time, std::nullopt);
+    for (const char* const none : {"", "0", "-1", "4ms", "nan", "1e9"}) {
+        EXPECT_EQ(Said({"--cycle", none, "a.csv"}), "2 wavo: --cycle needs a time in seconds\n")
+            << none;
+    }
+}
+
 TEST(CommandLine, AsksForHelpOrTheVersion) {
     for (const char* const help : {"-h", "--help"}) {
         EXPECT_THAT(Said({help}),

@@ -91,14 +91,19 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "Next E&vent\tCtrl+F3", 32746},
         {1, "Previous Even&t\tCtrl+Shift+F3", 32747},
         {1, "-", 0},
+        {1, "Next F&ile\tCtrl+PgDown", 32752},
+        {1, "Previous Fi&le\tCtrl+PgUp", 32753},
+        {1, "-", 0},
         {1, "E&xport Part...\tCtrl+Shift+E", 32748},
         {1, "-", 0},
         {1, "Recent R&ecordings", 57632},
         {0, "Meas&ure", 0},
         {1, "&Measurements\tCtrl+M", 32720},
         {1, "&Hide at the Edge", 32721},
+        {1, "&Spectrum\tCtrl+Shift+M", 32722},
+        {1, "Hide Spectrum at the &Edge", 32723},
         kSeparatorLine1,
-        {1, "&Computed Axes...", 32730},
+        {1, "C&omputed Axes...", 32730},
         {1, "-", 0},
         {1, "&Circle Test...\tCtrl+Shift+C", 32750},
         {1, "&Axis Test...\tCtrl+Shift+A", 32751},
@@ -266,8 +271,9 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
                                                  {"Ctrl+Shift+W", 32741},  {"F3", 32744},
                                                  {"Shift+F3", 32745},      {"Ctrl+F3", 32746},
                                                  {"Ctrl+Shift+F3", 32747}, {"Ctrl+Shift+E", 32748},
-                                                 {"Ctrl+M", 32720},        {"Ctrl+Shift+C", 32750},
-                                                 {"Ctrl+Shift+A", 32751}};
+                                                 {"Ctrl+M", 32720},        {"Ctrl+Shift+M", 32722},
+                                                 {"Ctrl+Shift+C", 32750},  {"Ctrl+Shift+A", 32751},
+                                                 {"Ctrl+PgDown", 32752},   {"Ctrl+PgUp", 32753}};
     EXPECT_EQ(shortcuts, expected);
 }
 
@@ -277,7 +283,8 @@ TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
                   command.owner == CommandOwner::kShell || command.id == CommandId::kRecord ||
                       command.id == CommandId::kOpenRecording ||
                       command.id == CommandId::kMeasurements ||
-                      command.id == CommandId::kCircleTest || command.id == CommandId::kAxisTest ||
+                      command.id == CommandId::kSpectrum || command.id == CommandId::kCircleTest ||
+                      command.id == CommandId::kAxisTest ||
                       m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
     }
@@ -376,8 +383,8 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
     for (const QAction* const action : menu->actions()) {
         texts.push_back(action->text().toStdString());
     }
-    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "Circle Test",
-                                   "Axis Test", "", "Customize..."));
+    EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "Spectrum",
+                                   "Circle Test", "Axis Test", "", "Customize..."));
     m_frame.show();
     const QToolBar* const bar = m_frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
     EXPECT_TRUE(bar->isVisible());

@@ -67,6 +67,38 @@ TEST_F(MeasureInFrame, IsWhereItWasAtTheLastEnd) {
     EXPECT_FALSE(frame.Measure().Dock().IsOpen());
 }
 
+TEST_F(MeasureInFrame, TheSpectrumIsOpenedByItsKeyAndRemembered) {
+    for (const bool hides : {false, true}) {
+        SCOPED_TRACE(hides);
+        {
+            CMainFrame frame(testing::RealPrompts(), &m_settings);
+            frame.show();
+            frame.activateWindow();
+            ASSERT_TRUE(QTest::qWaitForWindowActive(&frame));
+            PaneDock& dock = frame.Measure().Spectrum().Dock();
+            if (!hides) {
+                EXPECT_FALSE(dock.IsOpen()) << "at the first start";
+                EXPECT_FALSE(frame.Action(CommandId::kHideSpectrum)->isEnabled());
+                QTest::keyClick(&frame.View(), Qt::Key_M, Qt::ControlModifier | Qt::ShiftModifier);
+            }
+            EXPECT_TRUE(dock.IsOpen());
+            EXPECT_TRUE(frame.Action(CommandId::kSpectrum)->isChecked());
+            EXPECT_FALSE(frame.Measure().Dock().IsOpen()) << "each for itself";
+            frame.addDockWidget(Qt::LeftDockWidgetArea, &dock);
+            dock.SetAutoHide(hides);
+            frame.close();
+        }
+        CMainFrame frame(testing::RealPrompts(), &m_settings);
+        frame.show();
+        PaneDock& dock = frame.Measure().Spectrum().Dock();
+        EXPECT_TRUE(dock.IsOpen());
+        EXPECT_EQ(frame.dockWidgetArea(&dock), Qt::LeftDockWidgetArea);
+        EXPECT_EQ(dock.HidesAtEdge(), hides);
+        EXPECT_EQ(frame.Action(CommandId::kHideSpectrum)->isChecked(), hides);
+        frame.close();
+    }
+}
+
 TEST_F(MeasureInFrame, F6GoesToThePaneOrToItsStrip) {
     CMainFrame frame(testing::RealPrompts(), &m_settings);
     frame.show();

@@ -20,6 +20,7 @@
 
 #include "dialog_driver.h"
 #include "fake_shared_memory.h"
+#include "others_file.h"
 #include "past_fixture.h"
 #include "platform/folders.h"
 #include "tables/column_table.h"
@@ -416,6 +417,98 @@ TEST_F(TableCommands, ARecordingThatIsClosedMeanwhileIsExportedToItsEnd) {
     ExpectRows(**reader, {0, columns[0].size()}, columns, 0);
 }
 
+TEST_F(TableCommands, AnotherRecordingThatIsOpenedMeanwhileIsShownAndTheFirstExported) {
+    ASSERT_TRUE(OpenHelix());
+    const auto columns = ColumnsOf(kHelix);
+    m_pause = std::chrono::seconds(1);
+    WhenShown<WorkProgress>(m_view.get(), [&](WorkProgress&) { OpenSample(); });
+    Export(PathOf("part.mcap"));
+    EXPECT_EQ(m_title, "night.mcap - wavo.ini");
+    EXPECT_THAT(Temporary(), IsEmpty()) << "the table has gone with its export";
+    auto reader = recording::RecordingReader::Open(PathOf("part.mcap"));
+    ASSERT_TRUE(reader.HasValue());
+    ExpectRows(**reader, {0, columns[0].size()}, columns, 0);
+}
+
+TEST_F(TableCommands, ARecordingThatIsOpenedWhileATableIsAskedForGivesWayToIt) {
+    WhenShown<ImportTable>(m_view.get(), [this](ImportTable& dialog) {
+        OpenSample();
+        EXPECT_EQ(m_title, "night.mcap - wavo.ini");
+        Press(dialog, static_cast<int>(ImportTableId::kOk));
+    });
+    EXPECT_TRUE(m_view->Past().Files().Open(kHelix));
+    EXPECT_EQ(m_title, "helix_4axis.csv.gz - wavo.ini");
+}
+
+TEST_F(TableCommands, AnImportCanBeCancelledUntilItsLastStep) {
+    const std::string path = MakeTable("mine.csv", 200'000);
+    AcceptImport();  // remembered
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    m_view->Past().Execute(CommandId::kCloseRecording);
+    m_pause = std::chrono::seconds(1);
+    int steps = 0;
+    for (bool is_open = false; !is_open; ++steps) {
+        ASSERT_LT(steps, 1000);
+        int left = steps;
+        const std::function<void()> count = [&] {
+            if (left-- == 0) {
+                m_tables.Cancel();
+            } else {
+                QMetaObject::invokeMethod(m_view.get(), count, Qt::QueuedConnection);
+            }
+        };
+        QMetaObject::invokeMethod(m_view.get(), count, Qt::QueuedConnection);
+        is_open = m_view->Past().Files().Open(path);
+        if (!is_open) {
+            EXPECT_THAT(Temporary(), IsEmpty()) << steps;
+            EXPECT_EQ(m_view->Work().Recording(), nullptr);
+        }
+        QCoreApplication::removePostedEvents(m_view.get(), QEvent::MetaCall);
+    }
+    EXPECT_GT(steps, 2) << "it took steps";
+    EXPECT_EQ(m_title, "mine.csv - wavo.ini");
+    EXPECT_THAT(m_boxes, IsEmpty());
+}
+
+TEST_F(TableCommands, ExtremesThatAreNotInTheFileAreFoundBeforeItIsShown) {
+    testing::OthersRecording others;
+    others.PutSchemas();
+    for (std::uint64_t chunk = 0; chunk < 20; ++chunk) {
+        for (std::uint64_t line = 0; line < 100; ++line) {
+            others.PutLine(chunk * 100 + line, static_cast<double>(line));
+        }
+        others.EndChunk();
+    }
+    const std::string path = PathOf("others.mcap");
+    QFile file(QString::fromStdString(path));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(reinterpret_cast<const char*>(others.Out().data()),
+               static_cast<qint64>(others.Out().size()));
+    file.close();
+
+    m_pause = std::chrono::seconds(1);
+    int shown = 0;
+    const auto when_shown = [&](bool cancels) {
+        WhenShown<WorkProgress>(m_view.get(), [&shown, cancels](WorkProgress& progress) {
+            EXPECT_EQ(progress.windowTitle(), QStringLiteral("Open Recording"));
+            ++shown;
+            if (cancels) {
+                Press(progress, static_cast<int>(WorkProgressId::kCancel));
+            }
+        });
+    };
+    when_shown(true);
+    EXPECT_FALSE(m_view->Past().Files().Open(path));
+    EXPECT_EQ(m_view->Work().Recording(), nullptr);
+    EXPECT_EQ(m_title, "wavo.ini - running");
+    when_shown(false);
+    EXPECT_TRUE(m_view->Past().Files().Open(path));
+    EXPECT_EQ(shown, 2);
+    EXPECT_EQ(m_view->Work().Recording()->Reader().SettleLevels(0), 0U);
+    EXPECT_EQ(m_title, "others.mcap - wavo.ini");
+    EXPECT_THAT(m_boxes, IsEmpty());
+}
+
 TEST_F(TableCommands, SaveValuesRestsWhileARecordingIsOpen) {
     const auto can_save = [this] {
         return Control<QPushButton>(m_view->Editor(), static_cast<int>(EditorControl::kSaveValues))
@@ -460,13 +553,20 @@ TEST_F(TableCommands, StandInTheMenuOfTheWindow) {
               QStringList{QDir::toNativeSeparators(QString::fromStdString(path))});
 
     EXPECT_TRUE(export_part.isEnabled());
+    const std::string part = PathOf("part.csv");
     bool was_shown = false;
     WhenShown<ExportPart>(&frame, [&](ExportPart& dialog) {
         was_shown = dialog.parentWidget() == &frame;
-        dialog.reject();
+        Choose(dialog, ExportPartId::kEverything, tables::PartFormat::kTable);
+        Control<QLineEdit>(dialog, static_cast<int>(ExportPartId::kPath))
+            .setText(QString::fromStdString(part));
+        Press(dialog, static_cast<int>(ExportPartId::kOk));
     });
     export_part.trigger();
     EXPECT_TRUE(was_shown);
+    const auto exported = ColumnsOf(part);
+    ASSERT_EQ(exported.size(), 2U) << "time and Q";
+    EXPECT_EQ(Bits(exported[1]), Bits(ColumnsOf(path)[0]));
     frame.Action(CommandId::kCloseRecording)->trigger();
     EXPECT_FALSE(export_part.isEnabled());
 }

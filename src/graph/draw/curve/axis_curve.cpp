@@ -128,16 +128,30 @@ void AxisCurve::Add(const LinePoint& point) {
         ++m_left;
     }
     if (m_dropped >= kLeastDropped && m_dropped > m_points.size() / 2) {
-        m_points.erase(m_points.begin(), m_points.begin() + static_cast<std::ptrdiff_t>(m_dropped));
+        const auto dropped = static_cast<std::ptrdiff_t>(m_dropped);
+        m_points.erase(m_points.begin(), m_points.begin() + dropped);
+        m_places.erase(m_places.begin(), m_places.begin() + dropped);
         m_dropped = 0;
     }
     m_points.push_back(point);
+    m_places.push_back(PlaceOf(point));
+}
+
+AxisCurve::Place AxisCurve::PlaceOf(const LinePoint& point) {
+    // A pixel that far to the left is beyond every area, and so is the one beside it.
+    return {IsGap(point) ? kGap : std::max(point.x, kGap + 1), point.y};
+}
+
+void AxisCurve::PointsMoved() {
+    m_shown_first.reset();
+    std::transform(m_points.begin(), m_points.end(), m_places.begin(), PlaceOf);
 }
 
 void AxisCurve::Clear() {
     m_shown_first.reset();
     m_left += Size();
     m_points.clear();
+    m_places.clear();
     m_dropped = 0;
 }
 
@@ -227,7 +241,7 @@ void AxisCurve::DrawGone(std::size_t first) {
 
 void AxisCurve::DrawLines(std::size_t first, double fade_out_age) {
     const Fading fading(fade_out_age);
-    const LinePoint* const points = begin();
+    const Place* const places = m_places.data() + m_dropped;
     const std::size_t size = Size();
     std::array<LevelMask::Spot, kSpots> spots;
     std::size_t count = 0;
@@ -239,8 +253,8 @@ void AxisCurve::DrawLines(std::size_t first, double fade_out_age) {
         count = drawn = 0;
     };
     for (std::size_t i = first; i < size; ++i) {
-        const LinePoint& point = points[i];
-        if (IsGap(point)) {
+        const Place& place = places[i];
+        if (place.x == kGap) {
             draw();
             continue;
         }
@@ -249,7 +263,7 @@ void AxisCurve::DrawLines(std::size_t first, double fade_out_age) {
             spots[0] = spots[kSpots - 1];  // a line leads on from it
             count = drawn = 1;
         }
-        spots[count] = {point.x, point.y, fading.At(size - 1 - i)};
+        spots[count] = {place.x, place.y, fading.At(size - 1 - i)};
         ++count;
     }
     draw();

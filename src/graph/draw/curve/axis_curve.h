@@ -14,6 +14,7 @@
 #include <QRect>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -62,7 +63,7 @@ class AxisCurve {
                PixelRuns* touched = nullptr);
 
     /// To be called when points were moved in place.
-    void PointsMoved() { m_shown_first.reset(); }
+    void PointsMoved();
 
     /// Whether DrawOn can go on from what the last call of it has drawn.
     [[nodiscard]] bool CanGoOn(const Style& style) const {
@@ -77,6 +78,15 @@ class AxisCurve {
                 bool go_on, PixelRuns& touched);
 
  private:
+    /// Where a point stands, and nothing else of it: what all lines are drawn from is read in each
+    /// frame, and stays in the cache.
+    struct Place {
+        std::int32_t x;  ///< pixel; kGap: there is none
+        std::int32_t y;
+    };
+    static constexpr std::int32_t kGap = std::numeric_limits<std::int32_t>::min();
+    [[nodiscard]] static Place PlaceOf(const LinePoint& point);
+
     void DrawGone(std::size_t first);
     [[nodiscard]] std::size_t FirstVisible(double fade_out_age) const;
     void DrawLines(std::size_t first, double fade_out_age);
@@ -84,6 +94,7 @@ class AxisCurve {
 
     std::uint64_t m_max_points;       ///< constant after construction
     std::vector<LinePoint> m_points;  ///< dropped points, then those of the curve
+    std::vector<Place> m_places;      ///< of these
     std::size_t m_dropped = 0;
     LevelMask m_mask;  ///< kept for its memory
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "graph/draw/curve/rows_from_blocks.h"
+
 namespace wavo {
 
 namespace {
@@ -25,14 +27,7 @@ struct ReductionRoom {
     std::vector<std::int32_t> others;
     std::vector<double> other;
     std::vector<std::int32_t> other_row;
-    // What blocks tell without a look at the samples.
-    std::vector<double> inner_minimum;
-    std::vector<double> inner_maximum;
-    std::vector<double> first_minimum;
-    std::vector<double> first_maximum;
-    std::vector<std::int32_t> inner_top;
-    std::vector<std::int32_t> inner_bottom;
-    std::vector<std::int32_t> first_top;
+    RowsFromBlocks blocks;
 
     void Resize(std::size_t columns);
 };
@@ -47,13 +42,6 @@ void ReductionRoom::Resize(std::size_t columns) {
     others.resize(columns + 1);
     other.resize(columns + 1);
     other_row.resize(columns + 1);
-    inner_minimum.resize(columns);
-    inner_maximum.resize(columns);
-    first_minimum.resize(columns);
-    first_maximum.resize(columns);
-    inner_top.resize(columns);
-    inner_bottom.resize(columns);
-    first_top.resize(columns);
 }
 
 ReductionRoom& SharedRoom() {
@@ -255,56 +243,29 @@ class Reduction {
                           m_room.maximum.data() + begin});
     }
 
-    /// Finds the rows of columns where the blocks above the samples leave no doubt, and looks at
-    /// the samples of the others: long columns lie in few rows more or less than their blocks.
-    /// False, and nothing done, where that does not pay.
+    /// Finds the rows of columns of many samples. False, and nothing done, where that does not pay.
     bool FindRowsFromBlocks(std::size_t columns, std::size_t around, std::size_t count) {
         if (m_state.runs_without_blocks > 0) {
             --m_state.runs_without_blocks;
             return false;
         }
-        const std::vector<std::size_t>& bounds = m_room.bounds;
-        const bool found = ForParts(around, columns, [&](std::size_t begin, std::size_t end) {
-            return m_pyramid->LimitsOfRow(
-                std::span(bounds).subspan(begin, end - begin + 1), count,
-                {m_room.inner_minimum.data() + begin, m_room.inner_maximum.data() + begin,
-                 m_room.minimum.data() + begin, m_room.maximum.data() + begin,
-                 m_room.first_minimum.data() + begin, m_room.first_maximum.data() + begin});
-        });
-        if (!found) {
+        const std::size_t detail = m_pyramid->DetailOf(count);
+        if (detail == 0) {
             return false;
         }
-        if (around < columns) {
-            m_room.inner_minimum[around] = m_room.minimum[around];
-            m_room.inner_maximum[around] = m_room.maximum[around];
-            m_room.first_minimum[around] = m_room.first_maximum[around] = m_room.first[around];
-        }
-        ToRows(m_room.maximum, columns, m_room.top);
-        ToRows(m_room.minimum, columns, m_room.bottom);
-        ToRows(m_room.inner_maximum, columns, m_room.inner_top);
-        ToRows(m_room.inner_minimum, columns, m_room.inner_bottom);
-        ToRows(m_room.first_maximum, columns, m_room.first_top);
-        ToRows(m_room.first_minimum, columns, m_room.first_row);
-        const auto in_doubt = [this](std::size_t i) {
-            return m_room.top[i] != m_room.inner_top[i] ||
-                   m_room.bottom[i] != m_room.inner_bottom[i];
-        };
-        for (std::size_t i = 0; i < columns; ++i) {
-            if (m_room.first_top[i] != m_room.first_row[i] || in_doubt(i)) {
-                __builtin_prefetch(m_samples + bounds[i]);
-            }
-        }
         std::size_t looked_at = 0;
-        for (std::size_t i = 0; i < columns; ++i) {
-            if (m_room.first_top[i] != m_room.first_row[i]) {
-                m_room.first_row[i] = RowOf(m_samples[bounds[i]]);
-            }
-            if (in_doubt(i)) {
-                FindExtremes(i, i + 1);
-                m_room.top[i] = RowOf(m_room.maximum[i]);
-                m_room.bottom[i] = RowOf(m_room.minimum[i]);
-                ++looked_at;
-            }
+        ForParts(around, columns, [&](std::size_t begin, std::size_t end) {
+            looked_at += m_room.blocks.Find(
+                {m_samples, *m_pyramid}, std::span(m_room.bounds).subspan(begin, end - begin + 1),
+                detail, m_pixels.rows,
+                {m_room.first_row.data() + begin, m_room.top.data() + begin,
+                 m_room.bottom.data() + begin});
+            return true;
+        });
+        if (around < columns) {
+            m_room.first_row[around] = RowOf(m_room.first[around]);
+            m_room.top[around] = RowOf(m_room.maximum[around]);
+            m_room.bottom[around] = RowOf(m_room.minimum[around]);
         }
         constexpr std::size_t kMostLookedAt = 3;  // one in so many columns
         constexpr int kRunsRead = 30;

@@ -3,23 +3,17 @@
 #include <algorithm>
 #include <cmath>
 
+#include "graph/draw/curve/line_parts.h"
+
 namespace wavo {
 
 namespace {
 
-/// Parts that lines are cut into to find gaps or finite values, and lines that are looked at one by
-/// one.
-constexpr std::int64_t kParts = 16;
+/// Lines that are looked at one by one.
 constexpr std::int64_t kFewLines = 64;
 
-std::vector<std::int64_t> PartsOf(const LineRange& lines) {
-    std::vector<std::int64_t> bounds;
-    for (std::int64_t part = 0; part < kParts; ++part) {
-        bounds.push_back(lines.begin + lines.Count() / kParts * part);
-    }
-    bounds.push_back(lines.end);
-    return bounds;
-}
+/// Columns that a history is told of before they are looked at.
+constexpr int kAnnouncedAhead = 32;
 
 void TakeFinite(MinMax& range, double value) {
     if (std::isfinite(value)) {
@@ -119,10 +113,19 @@ bool HistoryColumns::LookCloser(const PixelEdges& rows) {
     // Each round looks at every column in doubt once; a look may bring doubt to those beside it.
     for (bool has_looked = true; has_looked;) {
         has_looked = false;
+        std::size_t announced = 0;  // columns before it are announced
+        int ahead = 0;              // so many of them that were not looked at
         for (std::size_t i = 0; i < m_columns.size(); ++i) {
             if (!IsInDoubt(rows, i)) {
                 continue;
             }
+            for (; announced < m_columns.size() && ahead < kAnnouncedAhead; ++announced) {
+                if (announced > i && IsInDoubt(rows, announced)) {
+                    m_history.Announce(LinesOf(announced), m_columns[announced]);
+                    ++ahead;
+                }
+            }
+            ahead = std::max(0, ahead - 1);
             if (m_history.LookCloser(LinesOf(i), m_columns[i]) != HistoryAnswer::kAll) {
                 return false;
             }
@@ -196,36 +199,6 @@ void HistoryColumns::Emit(const PixelEdges& rows, ColumnSpans& spans) const {
                            is_exact ? outline.last : range.minimum, LinesOf(i).Count() > 1);
         }
     }
-}
-
-MinMax FiniteExtremesOf(History& history, const LineRange& lines) {
-    constexpr int kMostPieces = 4096;
-    MinMax range;
-    std::vector<LineRange> rest{lines};
-    ColumnRow row;
-    for (int pieces = 0; !rest.empty() && pieces < kMostPieces; ++pieces) {
-        const LineRange piece = rest.back();
-        rest.pop_back();
-        if (piece.Count() <= kFewLines) {
-            std::vector<double> values(static_cast<std::size_t>(piece.Count()));
-            history.Values(piece.begin, values);
-            for (const double value : values) {
-                TakeFinite(range, value);
-            }
-            continue;
-        }
-        const std::vector<std::int64_t> bounds = PartsOf(piece);
-        history.Columns(bounds, row);
-        for (std::size_t i = 0; i + 1 < bounds.size(); ++i) {
-            TakeFinite(range, row.minimum[i]);
-            TakeFinite(range, row.maximum[i]);
-            const bool is_infinite = std::isinf(row.minimum[i]) || std::isinf(row.maximum[i]);
-            if (is_infinite && row.minimum[i] <= row.maximum[i]) {
-                rest.push_back({bounds[i], bounds[i + 1]});
-            }
-        }
-    }
-    return range;
 }
 
 }  // namespace wavo

@@ -76,8 +76,4 @@ class HistoryColumns {
     std::map<std::size_t, std::vector<Piece>> m_split;  ///< columns with gaps beside values
 };
 
-/// Smallest and largest finite value of some lines, exactly. Beyond so many pieces with infinite
-/// values the rest of these is passed over.
-MinMax FiniteExtremesOf(History& history, const LineRange& lines);
-
 }  // namespace wavo

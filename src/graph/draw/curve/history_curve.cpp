@@ -10,8 +10,9 @@
 
 namespace wavo {
 
-void HistoryCurve::Remap(CurvePlot& /*plot*/, const Remapping& /*what*/) {
-    m_pixels_found = false;
+void HistoryCurve::Remap(CurvePlot& /*plot*/, const Remapping& what) {
+    m_columns_found = m_columns_found && !what.x_changed;
+    m_rows_found = m_rows_found && !what.y_changed;
 }
 
 void HistoryCurve::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCanvas& canvas) {
@@ -39,10 +40,13 @@ void HistoryCurve::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCanv
 }
 
 void HistoryCurve::FindPixels(const CurvePlot& plot) {
-    if (!m_pixels_found) {
+    if (!m_columns_found) {
         m_columns.Find(plot.x, Coordinate::kX, plot.area.left(), plot.area.width());
+        m_columns_found = true;
+    }
+    if (!m_rows_found) {
         m_rows.Find(plot.y, Coordinate::kY, plot.area.bottom(), plot.area.height());
-        m_pixels_found = true;
+        m_rows_found = true;
     }
 }
 
@@ -97,8 +101,11 @@ MinMax HistoryCurve::ExtremesOf(const LineRange& lines) {
     const std::int64_t bounds[] = {lines.begin, lines.end};
     ColumnOutline whole;
     m_is_scale_complete = true;
-    if (!IsDense() || !m_history.Outline(bounds, {&whole, 1})) {
-        return FiniteExtremesOf(m_history, lines);
+    if (!IsDense()) {
+        return FiniteExtremesOf(ValuesOf(lines.begin, lines.end));
+    }
+    if (!m_history.Outline(bounds, {&whole, 1})) {
+        return FindFinite(lines);
     }
     if (whole.possible_minimum > whole.possible_maximum) {  // nothing is known from far
         m_outlined.SetBounds(m_bounds);
@@ -113,9 +120,14 @@ MinMax HistoryCurve::ExtremesOf(const LineRange& lines) {
     }
     m_is_scale_complete = is_known();
     if (std::isinf(whole.possible_minimum) || std::isinf(whole.possible_maximum)) {
-        return FiniteExtremesOf(m_history, lines);
+        return FindFinite(lines);
     }
     return {whole.possible_minimum, whole.possible_maximum};
+}
+
+MinMax HistoryCurve::FindFinite(const LineRange& lines) {
+    m_is_scale_complete = m_finite.GoOn(lines);
+    return m_finite.Found();
 }
 
 bool HistoryCurve::IsDense() const {

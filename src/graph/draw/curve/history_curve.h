@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "graph/draw/curve/curve.h"
+#include "graph/draw/curve/finite_search.h"
 #include "graph/draw/curve/history_columns.h"
 #include "graph/draw/raster/column_spans.h"
 #include "graph/draw/raster/pixel_edges.h"
@@ -32,7 +33,7 @@ class HistoryCurve final : public Curve {
 
     /// `history` is not owned and outlives the curve. It may grow between two drawings.
     HistoryCurve(History& history, const Place& place)
-        : m_history(history), m_place(place), m_outlined(history) {}
+        : m_history(history), m_place(place), m_outlined(history), m_finite(history) {}
 
     /// Shows another part.
     void SetPlace(const Place& place) { m_place = place; }
@@ -58,6 +59,7 @@ class HistoryCurve final : public Curve {
     [[nodiscard]] std::int64_t FirstLineFrom(double time) const;
     [[nodiscard]] bool IsDense() const;
     [[nodiscard]] MinMax ExtremesOf(const LineRange& lines);
+    [[nodiscard]] MinMax FindFinite(const LineRange& lines);
     void BuildSpans();
     void BuildSegments(const QRect& area);
     /// The values of lines; those that are not there are NaN.
@@ -68,10 +70,12 @@ class HistoryCurve final : public Curve {
 
     PixelEdges m_columns;
     PixelEdges m_rows;
-    bool m_pixels_found = false;
+    bool m_columns_found = false;
+    bool m_rows_found = false;
     LineRange m_lines;  ///< of the history that may be shown
     std::vector<std::int64_t> m_bounds;
     HistoryColumns m_outlined;
+    FiniteSearch m_finite;
     ColumnRow m_row;
     ColumnSpans m_spans;
     std::vector<QLine> m_segments;

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "graph/draw/raster/segment_edges.h"
+
 #ifdef WAVO_AVX2
 #include <immintrin.h>
 #endif
@@ -104,20 +106,27 @@ std::uint64_t StepAt(double time, double step, std::uint64_t most) {
 }  // namespace
 
 void PixelEdges::Find(const AxisMapping& mapping, Coordinate coordinate, std::int32_t first,
-                      std::int32_t pixels) {
+                      std::int32_t pixels, Instructions use) {
     const ScaleLines& lines = mapping.Lines();
     const std::int32_t direction = coordinate == Coordinate::kX ? 1 : -1;
-    m_edges.assign(static_cast<std::size_t>(pixels) + 1, -kInfinity);
-    m_edges.back() = std::numeric_limits<double>::quiet_NaN();
+    m_size = pixels;
+    m_edges.assign(static_cast<std::size_t>(pixels) + 1, std::numeric_limits<double>::quiet_NaN());
+    m_edges.front() = -kInfinity;
+    if (use == Instructions::kWide) {
+        FindWithinSegments(lines, coordinate, first);
+    }
     for (std::int32_t index = 1; index < pixels; ++index) {
+        double& edge = m_edges[static_cast<std::size_t>(index)];
+        if (!std::isnan(edge)) {
+            continue;
+        }
         // Pixels are truncated: a row begins where the one below it ends.
         const std::int32_t pixel = first + direction * index;
         const double border = direction > 0 ? pixel : pixel + 1.0;
-        m_edges[static_cast<std::size_t>(index)] = LeastValue(
-            ValueAt(lines, coordinate, border),
-            [&](double value) { return (mapping.MapForced(value) - first) * direction >= index; });
+        edge = LeastValue(ValueAt(lines, coordinate, border), [&](double value) {
+            return (mapping.MapForced(value) - first) * direction >= index;
+        });
     }
-    m_size = pixels;
     m_last = pixels - 1;
     m_origin = lines.empty() ? 0.0 : lines.front().value;
     const double span = lines.empty() ? 0.0 : lines.back().value - m_origin;
@@ -130,6 +139,38 @@ void PixelEdges::Find(const AxisMapping& mapping, Coordinate coordinate, std::in
     FindOffset();
 }
 
+void PixelEdges::FindWithinSegments(const ScaleLines& lines, Coordinate coordinate,
+                                    std::int32_t first) {
+    const bool is_x = coordinate == Coordinate::kX;
+    const auto falls_back = [is_x](const ScaleLine& line, const ScaleLine& next) {
+        return !(line.value <= next.value && (is_x ? line.x1 <= next.x1 : line.y1 >= next.y1));
+    };
+    if (std::adjacent_find(lines.begin(), lines.end(), falls_back) != lines.end()) {
+        return;
+    }
+    for (std::size_t k = 0; k + 1 < lines.size(); ++k) {
+        const MappedSegment segment(lines[k], lines[k + 1], coordinate);
+        const double distance = segment.to - segment.from;
+        if (!(segment.lower < segment.upper) || !std::isfinite(segment.whole * distance)) {
+            continue;
+        }
+        // Borders from the first to before the end; below 1 numbers are not truncated downwards.
+        const auto least = static_cast<std::int32_t>(std::max(segment.from + 1.0, 1.0));
+        const auto end = static_cast<std::int32_t>(segment.to);
+        const auto index_of = [first, is_x](std::int32_t border) {
+            return is_x ? border - first : first + 1 - border;
+        };
+        const std::int32_t from = std::max(1, index_of(is_x ? least : end - 1));
+        const std::int32_t to = std::min(m_size, index_of(is_x ? end : least - 1));
+        if (from < to) {
+            const double border = is_x ? first + from : first + 1 - from;
+            FindSegmentEdges(segment, border, is_x ? 1.0 : -1.0,
+                             std::span(m_edges).subspan(static_cast<std::size_t>(from),
+                                                        static_cast<std::size_t>(to - from)));
+        }
+    }
+}
+
 void PixelEdges::FindOffset() {
     m_right_or_below = false;
     if (m_pixels_per_unit <= 0.0) {
@@ -139,22 +180,19 @@ void PixelEdges::FindOffset() {
     double most = -kInfinity;
     for (std::int32_t index = 1; index < m_size; ++index) {
         const double off = index - (Edge(index) - m_origin) * m_pixels_per_unit;
-        if (!std::isfinite(off)) {
-            return;
-        }
-        least = std::min(least, off);
-        most = std::max(most, off);
+        least = off < least ? off : least;
+        most = off > most ? off : most;
     }
     const double offset = m_offset;
     m_offset = m_size > 1 ? (least + most - 1.0) / 2.0 : 0.0;
     // An estimate does not fall as the value grows: what holds at both ends of an index holds for
-    // all of its values.
-    m_right_or_below = true;
-    for (std::int32_t index = 1; m_right_or_below && index < m_size; ++index) {
-        const double before = std::nextafter(Edge(index), -kInfinity);
-        m_right_or_below = static_cast<std::int32_t>(Estimate(before)) <= index - 1 &&
-                           static_cast<std::int32_t>(Estimate(Edge(index))) >= index - 1;
+    // all of its values. One at the edge that is below the index is there before the edge, too.
+    bool is_right_or_below = std::isfinite(m_offset);
+    for (std::int32_t index = 1; index < m_size; ++index) {
+        const double estimate = Estimate(Edge(index));
+        is_right_or_below &= (estimate >= index - 1) & (estimate < index);
     }
+    m_right_or_below = is_right_or_below;
     if (!m_right_or_below) {
         m_offset = offset;
     }

@@ -21,7 +21,7 @@ class PixelEdges {
     /// Finds the edges of `pixels` pixels of a mapping's forced pixels; `first` is the pixel of
     /// index 0. REQUIRES: pixels >= 1.
     void Find(const AxisMapping& mapping, Coordinate coordinate, std::int32_t first,
-              std::int32_t pixels);
+              std::int32_t pixels, Instructions use = BestInstructions());
 
     [[nodiscard]] std::int32_t Size() const { return m_size; }
 
@@ -40,6 +40,8 @@ class PixelEdges {
                    Instructions use = BestInstructions()) const;
 
  private:
+    /// Finds edges between scale lines, several at once; the others stay NaN.
+    void FindWithinSegments(const ScaleLines& lines, Coordinate coordinate, std::int32_t first);
     /// Shifts the estimates so that none is above the index nor more than one below it, if that can
     /// be.
     void FindOffset();

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <random>
 #include <vector>
 
 #include "graph/draw/raster/mapping.h"
@@ -69,6 +70,13 @@ void ExpectAsMapped(const AxisMapping& mapping, Coordinate coordinate, std::int3
     PixelEdges edges;
     edges.Find(mapping, coordinate, first, pixels);
     ASSERT_EQ(edges.Size(), pixels);
+    PixelEdges one_by_one;
+    one_by_one.Find(mapping, coordinate, first, pixels, Instructions::kPortable);
+    for (std::int32_t index = 0; index < pixels; ++index) {
+        const double edge = one_by_one.Edge(index);
+        ASSERT_TRUE(std::isnan(edge) ? std::isnan(edges.Edge(index)) : edges.Edge(index) == edge)
+            << name << ": " << index << " of " << pixels;
+    }
     const std::vector<double> probes = Probes(edges, mapping.Lines());
     std::vector<std::int32_t> indices(probes.size());
     std::vector<std::int32_t> portable(probes.size());
@@ -101,6 +109,27 @@ TEST(PixelEdges, GiveThePixelsOfTheMappingForEveryScale) {
                 }
             }
         }
+    }
+}
+
+TEST(PixelEdges, AreTheSameWhereverTheScaleLies) {
+    std::mt19937_64 random(12);
+    std::uniform_real_distribution<double> exponent(-12.0, 12.0);
+    std::uniform_real_distribution<double> part(-1.0, 1.0);
+    for (int round = 0; round < 300; ++round) {
+        const double middle = part(random) * std::pow(10.0, exponent(random));
+        const double half = std::pow(10.0, exponent(random));
+        const auto height = static_cast<std::int32_t>(20 + random() % 900);
+        const QRect plot(static_cast<int>(random() % 40), static_cast<int>(random() % 40), height,
+                         height);
+        const auto lines = static_cast<std::int32_t>(1 + random() % 9);
+        AxisMapping x(Coordinate::kX, VerticalScaleLines(plot, lines));
+        AxisMapping y(Coordinate::kY, HorizontalScaleLines(plot, lines));
+        x.Fill({middle - half, middle + half});
+        y.Fill({middle - half, middle + half});
+        ExpectAsMapped(x, Coordinate::kX, plot.left(), plot.width(), "x");
+        ExpectAsMapped(y, Coordinate::kY, plot.bottom(), plot.height(), "y");
+        ASSERT_FALSE(HasFatalFailure()) << middle << " +- " << half << ", " << height << " pixels";
     }
 }
 

@@ -1,4 +1,4 @@
-#include "ui/graph_editor/flow_layout.h"
+#include "ui/controls/flow_layout.h"
 
 #include <algorithm>
 #include <utility>

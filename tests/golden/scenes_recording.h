@@ -1,0 +1,13 @@
+// The pictures of the user guide that show recordings.
+#pragma once
+
+#include <vector>
+
+#include "golden/scenes.h"
+
+namespace wavo::testing {
+
+/// Recordings, and the dialogs for tables and parts of recordings.
+std::vector<Scene> RecordingScenes();
+
+}  // namespace wavo::testing
