@@ -25,7 +25,7 @@ std::string WrongName(const std::string& name) {
         return "The name is too long";
     }
     if (!IsPlainName(name)) {
-        return "A name has letters, digits, \"_\" and \".\", and begins with a letter";
+        return R"(A name has letters, digits, "_" and ".", and begins with a letter)";
     }
     if (IsReserved(name)) {
         return Quoted(name) + " is the name of a function or number";
@@ -171,17 +171,18 @@ ComputedProgram::Needs ComputedProgram::NeedsOf(std::size_t axis) const {
     is_needed[axis] = true;
     Needs needs;
     // From those that are computed last: whoever needs an axis was looked at before it is.
-    for (auto it = m_order.rbegin(); it != m_order.rend(); ++it) {
-        const Axis& each = m_axes[*it];
-        if (!is_needed[*it]) {
+    const std::vector<std::size_t> last_first(m_order.rbegin(), m_order.rend());
+    for (const std::size_t computed : last_first) {
+        const Axis& each = m_axes[computed];
+        if (!is_needed[computed]) {
             continue;
         }
-        needs.order.push_back(*it);
+        needs.order.push_back(computed);
         for (std::size_t i = 0; each.expression && i < each.inputs.size(); ++i) {
             const Input& input = each.inputs[i];
             const std::size_t looks_back =
                 each.expression->References()[i].use == Use::kValue ? 0 : 1;
-            const std::size_t lines = before[*it] + looks_back;
+            const std::size_t lines = before[computed] + looks_back;
             needs.lines_before = std::max(needs.lines_before, lines);
             if (input.from == Input::From::kSource) {
                 source.insert(input.index);

@@ -332,7 +332,7 @@ MaybeFault ExpressionReader::ReadOperator() {
         }
     }
     if (Next() == '=') {
-        return Wrong("\"=\" gives no value; what is equal is asked with \"==\"", m_place);
+        return Wrong(R"("=" gives no value; what is equal is asked with "==")", m_place);
     }
     if (Next() == ':' && m_open.back().questions == 0) {
         return Wrong("A \"?\" is missing: condition ? value : other value", m_place);

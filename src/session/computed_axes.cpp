@@ -9,7 +9,7 @@ namespace wavo {
 
 void ComputedAxes::Define(std::vector<computed::ComputedAxis> axes) {
     m_streams.BeginAnew(m_source.Define(std::move(axes)));
-    m_acquisition.ShowHint({});  // what is left out is said there
+    m_acquisition.ShowHint({});  // what is wrong with them stands in the text of the source
     // At once: the next batch has other columns.
     m_acquisition.InitialiseEditor();
     m_acquisition.RebuildGraphs();
