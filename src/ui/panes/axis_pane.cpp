@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QGridLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -27,13 +26,12 @@
 #include "ui/panes/chart_view.h"
 #include "ui/panes/figure_table.h"
 #include "ui/panes/limits_dialog.h"
+#include "ui/panes/move_table.h"
 #include "ui/panes/report_file.h"
 
 namespace wavo {
 
 namespace {
-
-using measure::Decimals;
 
 constexpr int AxisNumber(AxisPaneId id) {
     return static_cast<int>(id);
@@ -84,10 +82,6 @@ constexpr std::array<NumberField, 3> kNumberFields{{
     {AxisPaneId::kDwell, "Dwell", &measure::StepSetup::dwell},
 }};
 
-QString Told(const measure::Figure& figure, int decimals) {
-    return QString::fromStdString(figure ? Decimals(*figure, decimals) : figure.reason);
-}
-
 }  // namespace
 
 template <typename Widget>
@@ -122,19 +116,7 @@ void AxisPane::MakeControls() {
     InitNotes(notes);
     MakeFigureTable(Control<QTableWidget>(AxisPaneId::kFigures));
     auto& moves = Control<QTableWidget>(AxisPaneId::kMoves);
-    const QStringList titles{QStringLiteral("Axis"),         QStringLiteral("Begin, s"),
-                             QStringLiteral("From, mm"),     QStringLiteral("To, mm"),
-                             QStringLiteral("Speed, mm/s"),  QStringLiteral("Following, µm"),
-                             QStringLiteral("Settling, ms"), QStringLiteral("Overshoot, µm"),
-                             QStringLiteral("Remaining, µm")};
-    moves.setColumnCount(static_cast<int>(titles.size()));
-    moves.setHorizontalHeaderLabels(titles);
-    moves.setEditTriggers(QAbstractItemView::NoEditTriggers);
-    moves.setSelectionBehavior(QAbstractItemView::SelectRows);
-    moves.setSelectionMode(QAbstractItemView::SingleSelection);
-    moves.setTabKeyNavigation(false);
-    moves.verticalHeader()->hide();
-    moves.verticalHeader()->setDefaultSectionSize(moves.fontMetrics().height() + kAxisMargin);
+    MakeMoveTable(moves);
     connect(&moves, &QTableWidget::cellClicked, this, [this](int row) { OnMoveClicked(row); });
     connect(&moves, &QTableWidget::itemActivated, this,
             [this](const QTableWidgetItem* item) { OnMoveClicked(item->row()); });
@@ -382,25 +364,8 @@ void AxisPane::ShowMoves() {
     table.setRowCount(static_cast<int>(m_moves.size()));
     for (std::size_t row = 0; row < m_moves.size(); ++row) {
         const AxisOutcome::Axis& axis = outcome->axes[m_moves[row].axis];
-        const measure::Move& move = axis.result.motion.moves[m_moves[row].move];
-        const auto number = [](double value, int decimals) {
-            return QString::fromStdString(Decimals(value, decimals));
-        };
-        const QString texts[] = {QString::fromStdString(axis.names.axis),
-                                 number(static_cast<double>(move.first) * outcome->cycle_time, 3),
-                                 number(move.from, 4),
-                                 number(move.to, 4),
-                                 number(move.speed, 2),
-                                 Told(move.following, 2),
-                                 Told(move.settling, 1),
-                                 Told(move.overshoot, 2),
-                                 Told(move.steady_error, 2)};
-        for (int column = 0; column < table.columnCount(); ++column) {
-            auto* const item = new QTableWidgetItem(texts[column]);
-            item->setTextAlignment(column == 0 ? Qt::AlignLeft | Qt::AlignVCenter
-                                               : Qt::AlignRight | Qt::AlignVCenter);
-            table.setItem(static_cast<int>(row), column, item);
-        }
+        ShowMove(table, static_cast<int>(row), axis.names.axis,
+                 axis.result.motion.moves[m_moves[row].move], outcome->cycle_time);
     }
     table.resizeColumnsToContents();
 }
