@@ -60,6 +60,10 @@ std::uint64_t ComputedHistory::Version() const {
     return m_streams.m_origin.axis(0)->Version();
 }
 
+std::uint64_t ComputedHistory::Losses() const {
+    return m_streams.m_origin.losses();
+}
+
 // Lines that have come change the last block alone.
 void ComputedHistory::Check() {
     const std::uint64_t version = Version();

@@ -25,6 +25,7 @@ class ComputedHistory final : public History {
     bool Outline(std::span<const std::int64_t> bounds, std::span<ColumnOutline> columns) override;
     HistoryAnswer LookCloser(const LineRange& lines, ColumnOutline& column) override;
     [[nodiscard]] std::uint64_t Version() const override;
+    [[nodiscard]] std::uint64_t Losses() const override;
 
  private:
     /// What lines cover; without values the minimum is above the maximum.

@@ -8,6 +8,12 @@
 namespace wavo::computed {
 
 std::vector<std::string> ComputedSource::Define(std::vector<ComputedAxis> definitions) {
+    const SourceDescription& now = m_source.Description();
+    if (now != m_described && !now.axis_names.empty()) {  // another source, which has not told
+        m_described = m_source.Description();
+        m_last.clear();
+        m_before = Before::kGap;
+    }
     m_definitions = std::move(definitions);
     ++m_generation;
     const ComputedProgram former = std::exchange(m_program, {});

@@ -1,6 +1,7 @@
 // The computed axes of what is shown: changing them while values flow or a recording is open.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -21,6 +22,8 @@ class ComputedAxes {
     [[nodiscard]] const std::vector<computed::ComputedAxis>& Definitions() const {
         return m_source.Definitions();
     }
+    /// Another number whenever there are other definitions.
+    [[nodiscard]] std::uint64_t Generation() const { return m_source.Generation(); }
     /// The axes that are there without the computed ones.
     [[nodiscard]] const std::vector<std::string>& OtherNames() const {
         return m_source.SourceNames();

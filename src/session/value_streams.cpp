@@ -141,6 +141,11 @@ void ValueStreams::DistributeLineByLine(const ValueBatch& batch, std::size_t col
 }
 
 void ValueStreams::BeginAnew(const std::vector<std::string>& axis_names) {
+    for (LineTap* const tap : m_taps) {
+        if (!axis_names.empty()) {
+            tap->BeginAnew();
+        }
+    }
     for (GraphValue& value : m_registry.Values()) {
         if (std::ranges::find(axis_names, value.Name()) != axis_names.end()) {
             value.Reset();

@@ -102,10 +102,14 @@ void AxisWatch::OnChanged() {
     }
     m_steps.reset();
     m_next.reset();
+    m_lines.reset();
+    if (m_outcome != nullptr && m_outcome->recording != now.recording) {
+        m_outcome.reset();
+        Q_EMIT Changed();
+    }
     if (m_pairs.empty()) {
         SetState(State::kNoPairs);
     } else if (m_gatherer.IsLive()) {
-        m_lines.reset();
         SetState(State::kFlowing);
     } else if (now.lines.Count() == 0) {
         SetState(State::kNoValues);
@@ -125,7 +129,8 @@ void AxisWatch::Begin(const GatheredLines& lines) {
     }
     m_next->setup = m_question.setup;
     m_next->first_line = lines.lines.begin;
-    m_next->cycle_time = m_session.Values().CycleTime();
+    m_next->cycle_time = lines.cycle_time;
+    m_next->recording = lines.recording;
     m_next->data = m_gatherer.Name();
     m_copied = 0;
     SetState(State::kWorking);

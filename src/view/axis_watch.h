@@ -38,7 +38,8 @@ struct AxisOutcome {
     std::vector<Axis> axes;
     measure::AxisSetup setup;
     std::int64_t first_line = 0;
-    double cycle_time = 0.001;  ///< s
+    double cycle_time = 0.001;    ///< s
+    std::uint64_t recording = 0;  ///< number of the recording they are of; 0: live values
     /// Of two or three axes together: distance from the commanded path per line, mm; else empty.
     std::vector<double> contour;
     measure::ContourFigures contour_figures;

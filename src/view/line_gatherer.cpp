@@ -41,6 +41,8 @@ GatheredLines LineGatherer::Now() const {
     if (m_tapped == nullptr) {
         return now;
     }
+    now.cycle_time = m_session.Values().CycleTime();
+    now.definitions = m_session.Computed().Generation();
     if (const OpenRecording* const recording = m_session.Recording()) {
         now.recording = recording->Number();
         const LineRange held = recording->Lines();

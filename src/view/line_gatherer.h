@@ -21,6 +21,8 @@ struct GatheredLines {
     std::uint64_t recording = 0;  ///< its number; 0: live values
     bool is_tapped = false;       ///< they were taken as they came
     LineRange lines;
+    double cycle_time = 0.0;        ///< seconds per line
+    std::uint64_t definitions = 0;  ///< number of those of the computed axes
 
     friend bool operator==(const GatheredLines&, const GatheredLines&) = default;
 };

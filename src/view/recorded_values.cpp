@@ -130,12 +130,16 @@ std::optional<std::int64_t> LineWithValue(const GraphDraw& graph, std::int64_t l
                                           int direction) {
     std::optional<std::int64_t> before;
     std::optional<std::int64_t> behind;
-    for (History* const stream : StreamsOf(*graph.Past())) {
+    const auto streams = StreamsOf(*graph.Past());
+    // Before any of them is searched: that may take long.
+    for (History* const stream : streams) {
         double value = 0.0;
         stream->Values(line, {&value, 1});
         if (!std::isnan(value)) {
             return line;
         }
+    }
+    for (History* const stream : streams) {
         const LineRange lines = stream->Lines();
         const auto next = EndWithValue(*stream, {std::max(line, lines.begin), lines.end}, true);
         const auto last = EndWithValue(*stream, {lines.begin, std::min(line, lines.end)}, false);

@@ -204,6 +204,30 @@ TEST_F(ComputedLines, GoWithTheAxesOfASourceThatDoesNotTell) {
     EXPECT_EQ(m_source.StateText(), "Connected");
 }
 
+TEST_F(ComputedLines, AreDefinedForTheAxesThatAreThereThen) {
+    m_source.Define({{"S", "X + Y", ""}, {"P", "prev(X)", ""}});
+    Take({1, 2, 3, 4});
+    m_machine.description = {{"X", "Y", "Z"}, 0.25};  // another source, which has not told
+    m_machine.axes = 3;
+    m_source.Define({{"S", "X + Y", ""}, {"P", "prev(X)", ""}});
+    EXPECT_THAT(m_source.Description().axis_names, ElementsAre("X", "Y", "Z", "S", "P"));
+    EXPECT_EQ(m_source.Description().cycle_time, 0.25);
+    m_machine.events->ValuesBegin(true);
+    EXPECT_THAT(Take({5, 6, 7}, 3), ElementsAre(11.0));
+    m_source.Define({});
+    m_source.Define({{"P", "prev(X)", ""}});
+}
+
+TEST_F(ComputedLines, AreMissingInTheFirstLineOfASourceThatTakesOverByItself) {
+    m_machine.events->ValuesBegin(false);
+    m_source.Define({{"P", "prev(X)", ""}});
+    Take({1, 2, 3, 4});
+    m_machine.description.cycle_time = 0.25;
+    m_source.Define({{"P", "prev(X)", ""}});
+    m_machine.events->ValuesBegin(true);
+    EXPECT_THAT(Take({5, 6, 7, 8}), ElementsAre(IsNan(), 5.0));
+}
+
 TEST_F(ComputedLines, StayAsTheyAreWhereTheyFitNothingOrWereNotTaken) {
     m_source.Define({{"a", "X", ""}});
     m_machine.axes = 3;

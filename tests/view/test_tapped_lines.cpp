@@ -6,6 +6,7 @@
 
 #include "session/plane_axes.h"
 #include "session/tapped_lines.h"
+#include "session/value_streams.h"
 
 namespace wavo {
 namespace {
@@ -114,6 +115,22 @@ TEST_F(Tapped, KeepsTheNewestLinesAndWhatIsNeeded) {
     Take(end, TappedLines::kMost + 3);  // more than there is room for
     EXPECT_EQ(Lines(), (LineRange{end + 3, end + 3 + TappedLines::kMost}));
     EXPECT_EQ(Read(0, end + 3, 1)[0], static_cast<double>(end + 3));
+}
+
+TEST_F(Tapped, BeginAnewWithAnyAxisThatDoes) {
+    ValueStreams streams;
+    streams.AddTap(m_lines);
+    const std::vector<double> line{1.0, 2.0};
+    streams.ListBuffers({"X", "Y"});
+    streams.Distribute({line.data(), 1, 2});
+    streams.BeginAnew({});
+    EXPECT_EQ(Lines(), (LineRange{0, 1}));
+    EXPECT_EQ(Read(1, 0, 1)[0], 2.0);
+    streams.BeginAnew({"Y"});
+    EXPECT_EQ(Lines().Count(), 0);
+    streams.RemoveTap(m_lines);
+    streams.Distribute({line.data(), 1, 2});
+    EXPECT_EQ(Lines().Count(), 0);
 }
 
 }  // namespace

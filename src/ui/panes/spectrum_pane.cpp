@@ -280,11 +280,15 @@ void SpectrumPane::OnChosen() {
 void SpectrumPane::OnMade() {
     const MadeSpectrum& made = m_run->Last();
     const bool collects = m_average->isChecked() || m_hold->isChecked();
-    if (!collects || m_curve != made.curve) {
+    const OpenRecording* const recording = m_view.Work().Recording();
+    const Averaged averaged{made.curve, made.label, made.choice,
+                            recording == nullptr ? 0 : recording->Number(),
+                            m_view.Work().Computed().Generation()};
+    if (!collects || m_averaged != averaged) {
         m_history.Clear();
         m_added.reset();
     }
-    m_curve = made.curve;
+    m_averaged = averaged;
     if (collects && made.spectrum && m_added != made.lines) {
         m_history.Add(*made.spectrum);
         m_added = made.lines;

@@ -71,7 +71,17 @@ class SpectrumPane : public QWidget {
     QSettings* const m_settings;
     measure::SpectrumHistory m_history;
     std::optional<LineRange> m_added;  ///< lines of the spectrum that m_history took last
-    std::optional<CurveId> m_curve;    ///< of m_history
+    /// What spectra are averaged of, and how they were made.
+    struct Averaged {
+        CurveId curve;
+        std::string label;
+        SpectrumChoice choice;
+        std::uint64_t recording = 0;    ///< its number; 0: live values
+        std::uint64_t definitions = 0;  ///< number of those of the computed axes
+
+        friend bool operator==(const Averaged&, const Averaged&) = default;
+    };
+    std::optional<Averaged> m_averaged;  ///< by m_history
     GraphPrinter m_printer;
     // Children.
     SpectrumRun* const m_run;

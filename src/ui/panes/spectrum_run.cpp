@@ -163,6 +163,7 @@ void SpectrumRun::Finish() {
     const GraphDraw* const graph = m_view.Board().Find(wanted.curve.graph);
     MadeSpectrum made;
     made.curve = wanted.curve;
+    made.choice = wanted.choice;
     made.lines = wanted.lines;
     made.spectrum = m_work.Take();
     if (graph != nullptr && wanted.curve.axis < graph->Lines().size()) {

@@ -32,8 +32,9 @@ struct SpectrumChoice {
 
 struct MadeSpectrum {
     CurveId curve;
-    std::string label;   ///< of the curve
-    QColor color;        ///< the curve is drawn with
+    std::string label;  ///< of the curve
+    QColor color;       ///< the curve is drawn with
+    SpectrumChoice choice;
     LineRange lines;     ///< that were asked for
     double begin = 0.0;  ///< times of the first and the last value that took part, as the cursors
     double end = 0.0;    ///< have them, s

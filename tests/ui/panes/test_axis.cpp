@@ -212,6 +212,7 @@ TEST_F(AxisPaneTest, AMoveOfARecordingIsShownInTheGraphs) {
     }
     recording::RecordingHead head;
     head.axis_names = {"X_cmd", "X"};
+    head.cycle_time = 0.002;
     const std::string path = m_folder.filePath(QStringLiteral("moves.mcap")).toStdString();
     auto writer = recording::RecordingWriter::Create(path, head, std::nullopt);
     ASSERT_TRUE(writer.HasValue());
@@ -236,6 +237,44 @@ TEST_F(AxisPaneTest, AMoveOfARecordingIsShownInTheGraphs) {
     EXPECT_GT(seen.end, 5000);
     EXPECT_LT(seen.end, 5200);
     EXPECT_EQ(Outcome()->data, path);
+    EXPECT_EQ(Outcome()->cycle_time, 0.002);
+    // Nothing of it stays when it is closed.
+    m_view->Past().Files().Execute(CommandId::kCloseRecording);
+    Finish();
+    EXPECT_EQ(Outcome(), nullptr);
+    EXPECT_EQ(State(), "Gathering: move the axes, then stop");
+    EXPECT_EQ(table.rowCount(), 0);
+}
+
+TEST_F(AxisPaneTest, ARecordingOfTheSameAxesIsTestedByItsOwnCycleTime) {
+    const Moves moves(2);
+    std::vector<std::vector<double>> lines;
+    for (std::size_t i = 0; i < moves.x.size(); ++i) {
+        lines.push_back({moves.x_cmd[i], moves.x[i], moves.y_cmd[i], moves.y[i], 0.0});
+    }
+    recording::RecordingHead head;
+    head.axis_names = {"X_cmd", "X", "Y_cmd", "Y_act", "S"};  // as the machine's
+    head.cycle_time = 0.004;
+    const std::string path = m_folder.filePath(QStringLiteral("slow.mcap")).toStdString();
+    auto writer = recording::RecordingWriter::Create(path, head, std::nullopt);
+    ASSERT_TRUE(writer.HasValue());
+    testing::Append(**writer, 0, lines);
+    ASSERT_FALSE((*writer)->Finish());
+    writer->reset();
+    Open();
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    QCoreApplication::processEvents();
+    Finish();
+    ASSERT_NE(Outcome(), nullptr);
+    EXPECT_EQ(Outcome()->cycle_time, 0.004);
+    EXPECT_NEAR(*Outcome()->axes[0].result.following.lag.value, 4.0 * kLag * 1000.0, 4.4);
+    // A look at something else and back evaluates it again.
+    m_view->Past().Window().Show({0, 1000});
+    m_control->Watch().OnChanged();
+    m_view->Past().Window().Show({0, static_cast<std::int64_t>(moves.x.size())});
+    m_control->Watch().OnChanged();
+    Finish();
+    EXPECT_EQ(Outcome()->axes[0].actual.size(), moves.x.size());
 }
 
 TEST_F(AxisPaneTest, TheReportIsPagesOrJson) {

@@ -369,6 +369,13 @@ TEST_F(SpectrumSeen, HoldsTheMaximumAndAveragesPowers) {
     Check("spectrum_average");
     Check("spectrum_hold");
     EXPECT_THAT(Text("spectrum_description"), HasSubstr("; 1 spectra since Restart"));
+    // Spectra that are made otherwise are not mixed.
+    Choose("spectrum_window", 1);
+    Finish();
+    EXPECT_EQ(Plot().Scene().maximum->values, Plot().Scene().spectrum->values);
+    Choose("spectrum_window", 0);
+    Finish();
+    EXPECT_THAT(Text("spectrum_description"), HasSubstr("; 1 spectra since Restart"));
     m_view->Commands().Execute(CommandId::kStart);
     Finish();
     m_factor = 2.0;
