@@ -8,6 +8,7 @@
 #include "platform/file.h"
 #include "platform/folders.h"
 #include "session/report_texts.h"
+#include "session/value_streams.h"
 #include "support/diagnostics.h"
 #include "support/kept_file.h"
 
@@ -75,7 +76,8 @@ bool GraphFiles::Open(const std::string& path, const std::string& display_name,
                                                           m_acquisition.CycleTime());
     if (read) {
         m_additional_text = std::move(additional_text);
-        m_computed.Define(computed::TakeComputedAxes(store));
+        // Without a master the buffers stay.
+        m_streams.BeginAnew(m_computed.Define(computed::TakeComputedAxes(store)));
         m_graphs.Replace(std::move(graphs));
         m_document_name = display_name;
         ShowRunTitle();

@@ -27,9 +27,11 @@ namespace wavo {
 class GraphFiles {
  public:
     /// None of the references is owned; all outlive this object.
-    GraphFiles(Acquisition& acquisition, GraphList& graphs, computed::ComputedSource& computed,
-               const ShownGraphs& shown, SessionObserver& observer)
+    GraphFiles(Acquisition& acquisition, ValueStreams& streams, GraphList& graphs,
+               computed::ComputedSource& computed, const ShownGraphs& shown,
+               SessionObserver& observer)
         : m_acquisition(acquisition),
+          m_streams(streams),
           m_graphs(graphs),
           m_computed(computed),
           m_shown(shown),
@@ -102,6 +104,7 @@ class GraphFiles {
     [[nodiscard]] std::vector<WavoGraph> GraphsToStore() const;
 
     Acquisition& m_acquisition;
+    ValueStreams& m_streams;
     GraphList& m_graphs;
     computed::ComputedSource& m_computed;
     const ShownGraphs& m_shown;

@@ -300,6 +300,22 @@ TEST_F(ComputedView, StandInTheGraphFile) {
                                       "Unit1=mm/s\r\nExpression2=X\r\nUnit2=\r\n"));
 }
 
+TEST_F(ComputedView, BeginAnewWhereAGraphFileHasThemOtherwise) {
+    const std::string path =
+        WriteFile("other.ini",
+                  "[GENERAL]\r\nGraphs=1\r\nAddText=\r\n"
+                  "[1]\r\nYCoorAxName=a\r\nYCoorAxColor=255\r\nYCoorAxDerivation=0\r\n"
+                  "Mode=1\r\nModeAx=1\r\nXCoorType=1\r\nXScaleType=1\r\nXScaleTime=2\r\n"
+                  "YScaleType=2\r\nYScaleAxType=1\r\nYScaleAxMax=0.0\r\nYScaleAxMin=0.0\r\n"
+                  "[COMPUTED]\r\nAxes=a,b\r\nExpression1=X * 2\r\nExpression2=Y\r\n");
+    Define({{"a", "X", ""}, {"b", "Y", ""}});
+    AddGraph({"a", "b"});
+    Give({1, 10, 2, 20});
+    ASSERT_TRUE(m_view->Work().Files().Open(path, "other.ini", false));
+    EXPECT_THAT(Held("a"), IsEmpty()) << "what it was is not what it says now";
+    EXPECT_THAT(Held("b"), ElementsAre(10, 20));
+}
+
 TEST_F(ComputedView, AreAskedForByNoFileWithoutThem) {
     AddGraph({"X"});
     const std::string with = m_folder.filePath(QStringLiteral("with.ini")).toStdString();
