@@ -1,17 +1,16 @@
-// Charts of a report on the screen, below each other: dark lines on white, as on the page.
+// Charts of a report on the screen, below each other.
 #pragma once
 
-#include <QPixmap>
-#include <QWidget>
 #include <vector>
 
 #include "report/chart.h"
+#include "ui/panes/page_view.h"
 
 namespace wavo {
 
-class ChartView : public QWidget {
+class ChartView : public PageView {
  public:
-    explicit ChartView(QWidget* parent);
+    explicit ChartView(QWidget* parent) : PageView(parent) {}
 
     /// Shows other charts; none: `text` in their place.
     void Show(std::vector<report::Chart> charts, const QString& text);
@@ -20,12 +19,10 @@ class ChartView : public QWidget {
     [[nodiscard]] QSize minimumSizeHint() const override { return {160, 90}; }
 
  protected:
-    void paintEvent(QPaintEvent* event) override;
+    void PaintContent(QPainter& painter, const QRectF& area) override;
 
  private:
     std::vector<report::Chart> m_charts;
-    QString m_text;
-    QPixmap m_painted;  ///< of the charts, as long as neither they nor the size are others
 };
 
 }  // namespace wavo

@@ -1,31 +1,28 @@
-// The polar picture of a circle test, on the screen as on the page: dark lines on white.
+// The polar picture of a circle test on the screen.
 #pragma once
 
-#include <QPixmap>
-#include <QWidget>
 #include <optional>
 
 #include "report/polar_picture.h"
+#include "ui/panes/page_view.h"
 
 namespace wavo {
 
-class PolarView : public QWidget {
+class PolarView : public PageView {
  public:
-    explicit PolarView(QWidget* parent);
+    explicit PolarView(QWidget* parent) : PageView(parent) {}
 
     /// Shows another picture; nothing: `text` in its place.
     void Show(std::optional<report::PolarPicture> picture, const QString& text);
 
-    [[nodiscard]] QSize sizeHint() const override;
-    [[nodiscard]] QSize minimumSizeHint() const override;
+    [[nodiscard]] QSize sizeHint() const override { return {280, 280}; }
+    [[nodiscard]] QSize minimumSizeHint() const override { return {140, 140}; }
 
  protected:
-    void paintEvent(QPaintEvent* event) override;
+    void PaintContent(QPainter& painter, const QRectF& area) override;
 
  private:
     std::optional<report::PolarPicture> m_picture;
-    QString m_text;
-    QPixmap m_painted;  ///< of the picture, as long as neither it nor the size is another
 };
 
 }  // namespace wavo

@@ -15,6 +15,7 @@
 
 #include "lines_from_memory.h"
 #include "real_prompts.h"
+#include "sample_recording.h"
 #include "system_facts.h"
 #include "view/wavo_view.h"
 
@@ -79,6 +80,26 @@ class MachineFixture : public ::testing::Test {
             EXPECT_TRUE(m_source->events->BatchReady());
             QCoreApplication::processEvents();
         }
+    }
+    /// A recording of these columns in the folder of the test; its path.
+    std::string Recorded(const char* name, const std::vector<std::string>& axes, double cycle_time,
+                         const std::vector<const std::vector<double>*>& columns) {
+        recording::RecordingHead head;
+        head.axis_names = axes;
+        head.cycle_time = cycle_time;
+        const std::string path = m_folder.filePath(QLatin1String(name)).toStdString();
+        std::vector<std::vector<double>> lines;
+        for (std::size_t i = 0; i < columns.front()->size(); ++i) {
+            lines.emplace_back();
+            for (const std::vector<double>* const column : columns) {
+                lines.back().push_back((*column)[i]);
+            }
+        }
+        auto writer = recording::RecordingWriter::Create(path, head, std::nullopt);
+        EXPECT_TRUE(writer.HasValue());
+        Append(**writer, 0, lines);
+        EXPECT_FALSE((*writer)->Finish());
+        return path;
     }
     void Stop() { m_view->Commands().Execute(CommandId::kStop); }
 

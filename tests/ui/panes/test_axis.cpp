@@ -20,7 +20,6 @@
 
 #include "accessible_walk.h"
 #include "machine_fixture.h"
-#include "sample_recording.h"
 #include "ui/controls/controls.h"
 #include "ui/panes/axis_control.h"
 #include "ui/panes/axis_pane.h"
@@ -207,19 +206,8 @@ TEST_F(AxisPaneTest, WithoutPairsItSaysSo) {
 
 TEST_F(AxisPaneTest, AMoveOfARecordingIsShownInTheGraphs) {
     const Moves moves(4);
-    std::vector<std::vector<double>> lines;
-    for (std::size_t i = 0; i < moves.x.size(); ++i) {
-        lines.push_back({moves.x_cmd[i], moves.x[i]});
-    }
-    recording::RecordingHead head;
-    head.axis_names = {"X_cmd", "X"};
-    head.cycle_time = 0.002;
-    const std::string path = m_folder.filePath(QStringLiteral("moves.mcap")).toStdString();
-    auto writer = recording::RecordingWriter::Create(path, head, std::nullopt);
-    ASSERT_TRUE(writer.HasValue());
-    testing::Append(**writer, 0, lines);
-    ASSERT_FALSE((*writer)->Finish());
-    writer->reset();
+    const std::string path =
+        Recorded("moves.mcap", {"X_cmd", "X"}, 0.002, {&moves.x_cmd, &moves.x});
     Open();
     ASSERT_TRUE(m_view->Past().Files().Open(path));
     QCoreApplication::processEvents();
@@ -250,19 +238,10 @@ TEST_F(AxisPaneTest, AMoveOfARecordingIsShownInTheGraphs) {
 
 TEST_F(AxisPaneTest, ARecordingOfTheSameAxesIsTestedByItsOwnCycleTime) {
     const Moves moves(2);
-    std::vector<std::vector<double>> lines;
-    for (std::size_t i = 0; i < moves.x.size(); ++i) {
-        lines.push_back({moves.x_cmd[i], moves.x[i], moves.y_cmd[i], moves.y[i], 0.0});
-    }
-    recording::RecordingHead head;
-    head.axis_names = {"X_cmd", "X", "Y_cmd", "Y_act", "S"};  // as the machine's
-    head.cycle_time = 0.004;
-    const std::string path = m_folder.filePath(QStringLiteral("slow.mcap")).toStdString();
-    auto writer = recording::RecordingWriter::Create(path, head, std::nullopt);
-    ASSERT_TRUE(writer.HasValue());
-    testing::Append(**writer, 0, lines);
-    ASSERT_FALSE((*writer)->Finish());
-    writer->reset();
+    const std::vector<double> spindle(moves.x.size(), 0.0);
+    const std::string path =
+        Recorded("slow.mcap", {"X_cmd", "X", "Y_cmd", "Y_act", "S"}, 0.004,  // as the machine's
+                 {&moves.x_cmd, &moves.x, &moves.y_cmd, &moves.y, &spindle});
     Open();
     ASSERT_TRUE(m_view->Past().Files().Open(path));
     QCoreApplication::processEvents();

@@ -20,7 +20,6 @@
 #include "accessible_walk.h"
 #include "machine_fixture.h"
 #include "measure/words.h"
-#include "sample_recording.h"
 #include "synthetic_machine.h"
 #include "ui/controls/controls.h"
 #include "ui/panes/circle_control.h"
@@ -286,18 +285,8 @@ TEST_F(CirclePaneTest, AnotherPlaneBeginsAnew) {
 
 TEST_F(CirclePaneTest, TheWindowOfARecordingIsTested) {
     const measure::RunData data = Circles();
-    std::vector<std::vector<double>> lines;
-    for (std::size_t i = 0; i < data.x.size(); ++i) {
-        lines.push_back({data.x[i], data.y[i], data.x_cmd[i], data.y_cmd[i]});
-    }
-    recording::RecordingHead head;
-    head.axis_names = {"X", "Y", "X_cmd", "Y_cmd"};
-    const std::string path = m_folder.filePath(QStringLiteral("circle.mcap")).toStdString();
-    auto writer = recording::RecordingWriter::Create(path, head, std::nullopt);
-    ASSERT_TRUE(writer.HasValue());
-    testing::Append(**writer, 0, lines);
-    ASSERT_FALSE((*writer)->Finish());
-    writer->reset();
+    const std::string path = Recorded("circle.mcap", {"X", "Y", "X_cmd", "Y_cmd"}, 0.001,
+                                      {&data.x, &data.y, &data.x_cmd, &data.y_cmd});
     Open();
     ASSERT_TRUE(m_view->Past().Files().Open(path));
     QCoreApplication::processEvents();
