@@ -104,6 +104,13 @@ constexpr Command kCommandTable[] = {
      "Shows how round the machine moves, in the figures of ISO 230-4\nCircle test", kCircle},
     {CommandId::kAxisTest, "axis_test", "&Axis Test...\tCtrl+Shift+A",
      "Shows how well the axes follow what they are told\nAxis test", kAxis},
+    {CommandId::kLineStyles, "line_styles", "&Line Styles",
+     "Tells the curves of a graph apart by their dashes, besides their colours\nLine styles",
+     kMeasure},
+    {CommandId::kDescribeGraph, "describe_graph", "&Describe Graph\tCtrl+Shift+D",
+     "Says in words what the selected graph shows, also to what reads the screen aloud\n"
+     "Describe graph",
+     kMeasure},
     {CommandId::kAbout, "about", "&About Wavo...", "Version and copyright of the program\nAbout",
      kShell},
     {CommandId::kNextPane, "next_pane", "Next Pane\tF6", "Goes to the next pane\nNext pane",

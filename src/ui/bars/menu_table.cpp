@@ -82,6 +82,9 @@ constexpr MenuRow kMenuBar[] = {
     Separator(1),
     Item(1, CommandId::kCircleTest),
     Item(1, CommandId::kAxisTest),
+    Separator(1),
+    Item(1, CommandId::kLineStyles),
+    Item(1, CommandId::kDescribeGraph),
     Menu(0, "&Help"),
     Item(1, CommandId::kAbout),
 };
