@@ -8,7 +8,9 @@
 namespace wavo {
 
 void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
-    FitTo(picture);
+    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
+        FollowFrame();
+    }
     if (restart || m_recorder.IsRestartAsked()) {
         Restart();
     }
@@ -36,7 +38,9 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
 }
 
 void GraphDraw::Paint(QImage& picture) {
-    FitTo(picture);
+    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
+        FollowFrame();
+    }
     m_curves.Draw(BeginPicture(picture));
     m_canvas.End();
 }
