@@ -28,7 +28,12 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
     PlotCanvas* const canvas = pixels == PixelWriting::kNow ? BeginPicture(picture) : nullptr;
     MTRACE(4, draw_texts::kDrawingGraph);
     ReportDifferentSizes();
-    m_curves.AddAndDraw(m_recorder, canvas);
+    if (canvas != nullptr && m_back.Show(m_host.BehindOf(*this))) {
+        m_curves.AddAndDraw(m_recorder, nullptr);
+        DrawCurves(canvas);
+    } else {
+        m_curves.AddAndDraw(m_recorder, canvas);
+    }
     if (pixels == PixelWriting::kNow) {
         m_canvas.End();
     }
@@ -37,8 +42,19 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
 
 void GraphDraw::Paint(QImage& picture) {
     FitTo(picture);
-    m_curves.Draw(BeginPicture(picture));
+    PlotCanvas* const canvas = BeginPicture(picture);
+    m_back.Show(m_host.BehindOf(*this));
+    DrawCurves(canvas);
     m_canvas.End();
+}
+
+void GraphDraw::DrawCurves(PlotCanvas* canvas) {
+    if (canvas != nullptr && m_back.Run()) {
+        const std::optional<std::int64_t> shift = m_back.Run()->shift;
+        m_back.Draw(Lines(), shift ? Places().TimeOfLine(*shift) : std::nullopt,
+                    m_recorder.CycleTime(), *canvas);
+    }
+    m_curves.Draw(canvas);
 }
 
 PlotCanvas* GraphDraw::BeginPicture(QImage& picture) {

@@ -137,6 +137,11 @@ void StepAndAnswer(IconSketch& sketch) {
     sketch.Line({{5, 13}, {7, 6}, {9, 3}, {11, 5}, {13, 4}, {15, 4}}, IconInk::kRed, 1.5);
 }
 
+void CurveOverCurve(IconSketch& sketch) {
+    sketch.Line({{1, 11}, {4, 5}, {7, 4}, {10, 9}, {13, 11}, {15, 8}}, IconInk::kGrey, 2);
+    sketch.Line({{1, 13}, {4, 7}, {7, 5}, {10, 8}, {13, 12}, {15, 11}}, IconInk::kBlue, 1.5);
+}
+
 void Mark(IconSketch& sketch) {
     sketch.Circle(8, 8, 6.5, IconInk::kBlue, IconInk::kLine);
     sketch.Line({{8, 7}, {8, 12}}, IconInk::kPaper, 2);
@@ -191,6 +196,7 @@ constexpr IconRow kIcons[] = {
     {CommandId::kSpectrum, CurveWithPeaks},
     {CommandId::kCircleTest, CircleOffCentre},
     {CommandId::kAxisTest, StepAndAnswer},
+    {CommandId::kReference, CurveOverCurve},
     {CommandId::kOpenRecording, FolderWithDisc},
     {CommandId::kShowGraphEditor, Curves},
     {CommandId::kAbout, Mark},

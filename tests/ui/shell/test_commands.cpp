@@ -273,7 +273,8 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
                                                  {"Ctrl+Shift+F3", 32747}, {"Ctrl+Shift+E", 32748},
                                                  {"Ctrl+M", 32720},        {"Ctrl+Shift+M", 32722},
                                                  {"Ctrl+Shift+C", 32750},  {"Ctrl+Shift+A", 32751},
-                                                 {"Ctrl+PgDown", 32752},   {"Ctrl+PgUp", 32753}};
+                                                 {"Ctrl+Shift+G", 32754},  {"Ctrl+PgDown", 32752},
+                                                 {"Ctrl+PgUp", 32753}};
     EXPECT_EQ(shortcuts, expected);
 }
 
@@ -284,7 +285,7 @@ TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
                       command.id == CommandId::kOpenRecording ||
                       command.id == CommandId::kMeasurements ||
                       command.id == CommandId::kSpectrum || command.id == CommandId::kCircleTest ||
-                      command.id == CommandId::kAxisTest ||
+                      command.id == CommandId::kAxisTest || command.id == CommandId::kReference ||
                       m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
     }
