@@ -12,6 +12,8 @@ namespace {
 /// More lines are not evaluated at once, nor more values.
 constexpr std::int64_t kMostComparedLines = 1'000'000;
 constexpr std::int64_t kMostComparedValues = ReferenceRun::kMostValues;
+/// Of more axes only those are kept that are asked for.
+constexpr std::size_t kMostGathered = 16;
 /// Lines of one question when the place of a trigger is looked for.
 constexpr std::int64_t kTriggerPiece = std::int64_t{1} << 16;
 
@@ -67,6 +69,7 @@ void ReferenceWatch::SetActive(bool active) {
         return;
     }
     m_gatherer.Forget();
+    m_gathered.clear();
     m_axes.clear();
     DropOutcome();
     Q_EMIT BehindChanged();
@@ -77,6 +80,9 @@ void ReferenceWatch::DropOutcome() {
     m_next.reset();
     m_outcome.reset();
     m_begun.reset();
+    if (m_state == State::kDone) {
+        m_state = State::kNoValues;  // until it is said anew
+    }
 }
 
 void ReferenceWatch::Ask(const ReferenceQuestion& question) {
@@ -177,6 +183,11 @@ std::vector<std::string> ReferenceWatch::AskedAxes() const {
     return axes;
 }
 
+std::vector<std::string> ReferenceWatch::GatheredAxes() const {
+    std::vector<std::string> axes = CommonAxes();
+    return axes.size() > kMostGathered ? AskedAxes() : axes;
+}
+
 const WavoGraph* ReferenceWatch::TriggeredGraph() const {
     const WavoGraph* found = nullptr;
     for (const WavoGraph& graph : m_session.Graphs().Graphs()) {
@@ -258,15 +269,17 @@ void ReferenceWatch::OnChanged() {
     if (!m_is_active) {
         return;
     }
+    std::vector<std::string> gathered = GatheredAxes();
     std::vector<std::string> axes = AskedAxes();
-    if (axes != m_axes) {
-        m_gatherer.Forget();
+    if (gathered != m_gathered || axes != m_axes) {
+        m_gathered = std::move(gathered);
         m_axes = std::move(axes);
         DropOutcome();
-        Q_EMIT Changed();
     }
-    if (!m_axes.empty()) {
-        m_gatherer.Take(m_axes);
+    if (m_gathered.empty()) {
+        m_gatherer.Forget();
+    } else {
+        m_gatherer.Take(m_gathered);
     }
     if (m_question.alignment == ReferenceAlignment::kTrigger) {
         m_trigger_place = TriggerPlace();
@@ -293,7 +306,7 @@ void ReferenceWatch::OnChanged() {
 void ReferenceWatch::Begin(const Begun& begun) {
     m_steps.reset();
     if (m_outcome != nullptr && m_outcome->recording != begun.lines.recording) {
-        m_outcome.reset();
+        DropOutcome();
     }
     m_begun = begun;
     m_next = std::make_unique<ReferenceOutcome>();
@@ -361,7 +374,13 @@ bool ReferenceWatch::CopySome() {
     const std::int64_t left = m_begun->lines.lines.Count() - m_copied;
     const auto count = static_cast<std::size_t>(std::min(left, LineGatherer::kLinesPerCopy));
     std::vector<std::span<double>> columns;
-    for (std::vector<double>& column : m_next->run) {
+    for (const std::string& axis : m_gathered) {
+        const auto asked = std::ranges::find(m_axes, axis);
+        if (asked == m_axes.end()) {
+            columns.emplace_back();
+            continue;
+        }
+        std::vector<double>& column = m_next->run[static_cast<std::size_t>(asked - m_axes.begin())];
         column.resize(column.size() + count);
         columns.push_back(std::span(column).last(count));
     }

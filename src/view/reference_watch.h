@@ -121,6 +121,8 @@ class ReferenceWatch final : public QObject {
     };
 
     [[nodiscard]] std::vector<std::string> AskedAxes() const;
+    /// Those whose values are kept as they come: so that the user may ask for others afterwards.
+    [[nodiscard]] std::vector<std::string> GatheredAxes() const;
     /// The state that keeps from evaluating; kDone when nothing does.
     [[nodiscard]] State WhatKeeps(const GatheredLines& now) const;
     /// By how many lines a run that stands still lies behind the good one; not told why it is not
@@ -156,7 +158,8 @@ class ReferenceWatch final : public QObject {
     std::optional<std::int64_t> m_trigger_place;  ///< line of it where the triggers fire
 
     std::optional<Begun> m_begun;
-    std::vector<std::string> m_axes;  ///< that are gathered
+    std::vector<std::string> m_gathered;  ///< axes
+    std::vector<std::string> m_axes;      ///< of them, that are asked for
     std::unique_ptr<ReferenceOutcome> m_next;
     std::int64_t m_copied = 0;  ///< lines of it
     std::optional<measure::Steps<measure::Told<measure::RunComparison>>> m_steps;
