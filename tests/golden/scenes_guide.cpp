@@ -1,4 +1,4 @@
-// The pictures of the user guide: windows as a user sees them.
+// The pictures of the manual: windows as a user sees them.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QMainWindow>

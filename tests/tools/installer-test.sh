@@ -22,9 +22,9 @@ rm -rf "$place"  # of a run that was interrupted
 wine reg delete 'HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\Wavo' /f >/dev/null 2>&1 ||
     true
 wine "$work/wavo-$version-win64.exe" /S
-touch "$place/docs/user-guide.md" || fail "not installed"
+touch "$place/docs/manual/README.md" || fail "not installed"
 wine "$work/wavo-$version-win64.exe" /S  # over itself, as an update does
-for file in wavo.exe demo_master.exe wavo_pipe.exe wavo_report.exe docs/user-guide.md data/graphs/circle.ini Uninstall.exe; do
+for file in wavo.exe demo_master.exe wavo_pipe.exe wavo_report.exe docs/manual/README.md data/graphs/circle.ini Uninstall.exe; do
     [ -f "$place/$file" ] || fail "not installed: $file"
     [ "$file" = Uninstall.exe ] || grep -q "/$file\$" <<<"$zipped" ||
         fail "not in the ZIP: $file"
