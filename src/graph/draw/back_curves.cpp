@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "graph/draw/curve/curve_over_axis.h"
+#include "graph/draw/graph_places.h"
 #include "graph/draw/shown_history.h"
 
 namespace wavo {
@@ -49,8 +50,10 @@ void BackCurves::Make(const LinesDrawAxis& line, std::size_t axis, Behind* behin
 }
 
 void BackCurves::Draw(const std::vector<std::unique_ptr<LinesDrawAxis>>& lines,
-                      std::optional<double> first_time, double step, PlotCanvas& canvas) {
+                      const GraphPlaces& places, PlotCanvas& canvas) {
     m_behind.resize(lines.size());
+    const std::optional<double> first_time =
+        m_run->shift ? places.TimeOfLine(*m_run->shift) : std::nullopt;
     for (std::size_t i = 0; i < lines.size() && i < m_run->y.size(); ++i) {
         const LinesDrawAxis& line = *lines[i];
         const bool is_over_time = line.OverTime() != nullptr;
@@ -67,7 +70,7 @@ void BackCurves::Draw(const std::vector<std::unique_ptr<LinesDrawAxis>>& lines,
                 {.x_changed = true, .y_changed = true, .force_x = true, .force_y = true});
         }
         if (is_over_time) {
-            behind.over_time->SetPlace({0, *first_time, step, m_run->lines - 1});
+            behind.over_time->SetPlace({0, *first_time, line.Step(), m_run->lines - 1});
         }
         behind.curve->Draw(*behind.plot, line.BackStyle(), canvas);
     }

@@ -14,6 +14,8 @@
 
 namespace wavo {
 
+class GraphPlaces;
+
 struct BackRun {
     std::vector<History*> y;  ///< per y axis; null: nothing of it
     History* x = nullptr;     ///< of a graph over an axis
@@ -29,12 +31,11 @@ class BackCurves {
  public:
     /// Shows another run from now on, or none. True when there is something to draw.
     bool Show(const std::optional<BackRun>& run);
-    [[nodiscard]] const std::optional<BackRun>& Run() const { return m_run; }
 
-    /// Lists what lies behind `lines`, the curves of the graph, which are there for each y axis.
-    /// `first_time`: over time, that of the run's first line, seconds; `step`: seconds per line.
-    void Draw(const std::vector<std::unique_ptr<LinesDrawAxis>>& lines,
-              std::optional<double> first_time, double step, PlotCanvas& canvas);
+    /// Lists what lies behind `lines`, the curves of a graph, which are there for each y axis;
+    /// `places` is the graph's. REQUIRES: there is something to draw.
+    void Draw(const std::vector<std::unique_ptr<LinesDrawAxis>>& lines, const GraphPlaces& places,
+              PlotCanvas& canvas);
 
  private:
     struct Behind {

@@ -179,8 +179,6 @@ class GraphDraw {
     void CheckScales();
     /// Paints the frame, and gives what the curves are drawn on; null where there is no plot area.
     PlotCanvas* BeginPicture(QImage& picture);
-    /// Draws all curves, over what lies behind them.
-    void DrawCurves(PlotCanvas* canvas);
     void ReportDifferentSizes() const;
 
     void ShowPast();

@@ -30,7 +30,8 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
     ReportDifferentSizes();
     if (canvas != nullptr && m_back.Show(m_host.BehindOf(*this))) {
         m_curves.AddAndDraw(m_recorder, nullptr);
-        DrawCurves(canvas);
+        m_back.Draw(Lines(), Places(), *canvas);
+        m_curves.Draw(canvas);
     } else {
         m_curves.AddAndDraw(m_recorder, canvas);
     }
@@ -43,18 +44,11 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
 void GraphDraw::Paint(QImage& picture) {
     FitTo(picture);
     PlotCanvas* const canvas = BeginPicture(picture);
-    m_back.Show(m_host.BehindOf(*this));
-    DrawCurves(canvas);
-    m_canvas.End();
-}
-
-void GraphDraw::DrawCurves(PlotCanvas* canvas) {
-    if (canvas != nullptr && m_back.Run()) {
-        const std::optional<std::int64_t> shift = m_back.Run()->shift;
-        m_back.Draw(Lines(), shift ? Places().TimeOfLine(*shift) : std::nullopt,
-                    m_recorder.CycleTime(), *canvas);
+    if (canvas != nullptr && m_back.Show(m_host.BehindOf(*this))) {
+        m_back.Draw(Lines(), Places(), *canvas);
     }
     m_curves.Draw(canvas);
+    m_canvas.End();
 }
 
 PlotCanvas* GraphDraw::BeginPicture(QImage& picture) {

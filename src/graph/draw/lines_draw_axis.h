@@ -159,6 +159,8 @@ class LinesDrawAxis {
     [[nodiscard]] const ScaleLines& XLines() const { return m_plot.x.Lines(); }
     /// What the curve is drawn on.
     [[nodiscard]] const CurvePlot& Plot() const { return m_plot; }
+    /// Seconds from point to point.
+    [[nodiscard]] double Step() const { return m_settings.cycle_time; }
     /// How another run behind the curve looks: dimmed, nothing fades.
     [[nodiscard]] CurveStyle BackStyle() const;
 

@@ -138,8 +138,9 @@ void StepAndAnswer(IconSketch& sketch) {
 }
 
 void CurveOverCurve(IconSketch& sketch) {
-    sketch.Line({{1, 11}, {4, 5}, {7, 4}, {10, 9}, {13, 11}, {15, 8}}, IconInk::kGrey, 2);
-    sketch.Line({{1, 13}, {4, 7}, {7, 5}, {10, 8}, {13, 12}, {15, 11}}, IconInk::kBlue, 1.5);
+    sketch.Line({{2, 1}, {2, 14}, {15, 14}}, IconInk::kLine);
+    sketch.Line({{4, 12}, {6, 5}, {9, 5}, {11, 12}, {14, 12}}, IconInk::kGrey, 2);
+    sketch.Line({{4, 10}, {7, 4}, {9, 7}, {12, 10}, {15, 8}}, IconInk::kRed, 1.5);
 }
 
 void Mark(IconSketch& sketch) {

@@ -11,8 +11,10 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalBlocker>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTableWidget>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
@@ -168,6 +170,11 @@ void ReferencePane::LayOut() {
     m_pages->setObjectName(QStringLiteral("reference_pages"));
     SetAccessibleTexts(*m_pages, QStringLiteral("Pages of the comparison"),
                        QStringLiteral("What became of the axes, and the differences"));
+    m_pages->setUsesScrollButtons(false);
+    m_pages->setElideMode(Qt::ElideRight);
+    for (QToolButton* const button : m_pages->tabBar()->findChildren<QToolButton*>()) {
+        SetAccessibleTexts(*button, QStringLiteral("Scroll"), QStringLiteral("More pages"));
+    }
     m_pages->addTab(&Control(ReferencePaneId::kTable), QStringLiteral("Axes"));
     m_pages->addTab(m_difference, QStringLiteral("Difference"));
     auto* const runs = new QHBoxLayout;

@@ -107,6 +107,7 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "-", 0},
         {1, "&Circle Test...\tCtrl+Shift+C", 32750},
         {1, "&Axis Test...\tCtrl+Shift+A", 32751},
+        {1, "&Reference...\tCtrl+Shift+G", 32754},
         {0, "&Help", 0},
         {1, "&About Wavo...", 57664},
     };
@@ -385,7 +386,7 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
         texts.push_back(action->text().toStdString());
     }
     EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "Spectrum",
-                                   "Circle Test", "Axis Test", "", "Customize..."));
+                                   "Circle Test", "Axis Test", "Reference", "", "Customize..."));
     m_frame.show();
     const QToolBar* const bar = m_frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
     EXPECT_TRUE(bar->isVisible());
