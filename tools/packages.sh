@@ -40,6 +40,8 @@ packages_to_cross_build=(g++-mingw-w64-x86-64-posix gcc-mingw-w64-x86-64-posix l
 packages_to_run_windows=(wine wine64 fonts-wine xvfb xauth)
 # Only where Qt for Windows has to be built.
 packages_to_build_qt=(dpkg-dev perl python3 xz-utils)
+# What reads the screen aloud, and a display of its own.
+packages_to_test_access=(at-spi2-core dbus gir1.2-atspi-2.0 python3-gi xvfb)
 packages_to_lint=(clang-format-14 clang-tidy-14)
 packages_to_interoperate=(nodejs npm)
 packages_to_fuzz=(clang-14 libclang-rt-14-dev)

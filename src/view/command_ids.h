@@ -35,6 +35,8 @@ enum class CommandId : int {
     kPreviousFile = 32753,
     kRecord = 32760,
     kStopRecording = 32761,
+    kLineStyles = 32770,
+    kDescribeGraph = 32771,
     kConnect = 32773,
     kStop = 32777,
     kStartAfterTrigger = 32778,

@@ -61,6 +61,10 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     bool BringBack(const QRect& area, const std::vector<std::string>& axis_names,
                    const ViewSettings& settings);
 
+    /// All drawers, those that were set aside too, tell curves apart by their dashes from the next
+    /// step on, or do no more.
+    void SetLineStyles(bool shown);
+
     /// Moves every drawer to its place in `area`.
     void Layout(const QRect& area);
 

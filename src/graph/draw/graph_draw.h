@@ -87,6 +87,9 @@ class GraphDraw {
     /// The pixels of the rectangle were lost: the next step paints all of them.
     void Invalidate() { m_frame.Invalidate(); }
 
+    /// From the next step on curves are told apart by their dashes, too, or all are solid.
+    void SetLineStyles(bool shown);
+
     /// Moves the graph; its curves follow at once.
     void SetRectangle(const QRect& rectangle);
 

@@ -70,6 +70,9 @@ class LinesDrawAxis {
     /// logical pixel.
     void SetGeometry(const PlotGeometry& geometry, double device_ratio);
 
+    /// Lines are drawn in the dashes of the curve of this number from now on; 0: solid.
+    void SetDashes(std::size_t number) { m_dashes = number; }
+
     /// To be called when the x scale was changed from outside: maps all points again.
     void XScaleChanged();
 
@@ -189,6 +192,7 @@ class LinesDrawAxis {
     HistoryCurve* m_past_over_time = nullptr;     ///< the same; null over an axis
     const LiveCurve* m_past_over_axis = nullptr;  ///< the same; null over time
     double m_past_points = 0.0;                   ///< over an axis
+    std::size_t m_dashes = 0;
     AutoScale m_x_auto;
     AutoScale m_y_auto;
 };

@@ -107,6 +107,13 @@ constexpr Command kCommandTable[] = {
      "Shows how well the axes follow what they are told\nAxis test", kAxis},
     {CommandId::kReference, "reference", "&Reference...\tCtrl+Shift+G",
      "Lays a good run behind the curves, and says where they differ\nReference", kReference},
+    {CommandId::kLineStyles, "line_styles", "&Line Styles",
+     "Tells the curves of a graph apart by their dashes, besides their colours\nLine styles",
+     kMeasure},
+    {CommandId::kDescribeGraph, "describe_graph", "&Describe Graph\tCtrl+Shift+D",
+     "Says in words what the selected graph shows, also to what reads the screen aloud\n"
+     "Describe graph",
+     kMeasure},
     {CommandId::kAbout, "about", "&About Wavo...", "Version and copyright of the program\nAbout",
      kShell},
     {CommandId::kNextPane, "next_pane", "Next Pane\tF6", "Goes to the next pane\nNext pane",

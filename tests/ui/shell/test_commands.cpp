@@ -108,6 +108,9 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "&Circle Test...\tCtrl+Shift+C", 32750},
         {1, "&Axis Test...\tCtrl+Shift+A", 32751},
         {1, "&Reference...\tCtrl+Shift+G", 32754},
+        {1, "-", 0},
+        {1, "&Line Styles", 32770},
+        {1, "&Describe Graph\tCtrl+Shift+D", 32771},
         {0, "&Help", 0},
         {1, "&About Wavo...", 57664},
     };
@@ -275,7 +278,7 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
                                                  {"Ctrl+M", 32720},        {"Ctrl+Shift+M", 32722},
                                                  {"Ctrl+Shift+C", 32750},  {"Ctrl+Shift+A", 32751},
                                                  {"Ctrl+Shift+G", 32754},  {"Ctrl+PgDown", 32752},
-                                                 {"Ctrl+PgUp", 32753}};
+                                                 {"Ctrl+PgUp", 32753},     {"Ctrl+Shift+D", 32771}};
     EXPECT_EQ(shortcuts, expected);
 }
 
@@ -287,6 +290,8 @@ TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
                       command.id == CommandId::kMeasurements ||
                       command.id == CommandId::kSpectrum || command.id == CommandId::kCircleTest ||
                       command.id == CommandId::kAxisTest || command.id == CommandId::kReference ||
+                      command.id == CommandId::kLineStyles ||
+                      command.id == CommandId::kDescribeGraph ||
                       m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
     }

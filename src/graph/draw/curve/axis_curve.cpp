@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <span>
+#include <utility>
 
 namespace wavo {
 
@@ -190,8 +192,14 @@ QRect AxisCurve::Draw(QImage& picture, const QRect& plot, const Style& style, Pi
         m_mask.Begin(touched);
         if (style.points) {
             DrawPoints(first, size, style.fade_out_age);
-        } else {
+        } else if (style.dashes.IsSolid()) {
             DrawLines(first, style.fade_out_age);
+        } else {
+            DrawLinesAlong(Coordinate::kX, first, style.fade_out_age);
+            m_mask.Cut(style.dashes, Coordinate::kX, plot.topLeft());
+            m_mask.BlendInto(picture, style.color.rgb(), runs);
+            DrawLinesAlong(Coordinate::kY, first, style.fade_out_age);
+            m_mask.Cut(style.dashes, Coordinate::kY, plot.topLeft());
         }
         m_mask.BlendInto(picture, style.color.rgb(), runs);
     }
@@ -262,6 +270,37 @@ void AxisCurve::DrawLines(std::size_t first, double fade_out_age) {
             return;
         }
         i += count - 1;  // a line leads on from the last one
+    }
+}
+
+void AxisCurve::DrawLinesAlong(Coordinate along, std::size_t first, double fade_out_age) {
+    // Where a line goes is seen over some pixels, not from one to the next. The point to compare
+    // with depends on those near it alone, so that dashes stay where they are.
+    constexpr std::int64_t kApart = 6;
+    const Fading fading(fade_out_age);
+    const LinePoint* const points = begin();
+    const std::size_t count = Size();
+    const auto across = [](const LinePoint& a, const LinePoint& b) {
+        return std::pair(std::abs(std::int64_t{a.x} - b.x), std::abs(std::int64_t{a.y} - b.y));
+    };
+    std::size_t behind = first;
+    for (std::size_t i = first + 1; i < count; ++i) {
+        if (IsGap(points[i]) || IsGap(points[i - 1])) {
+            behind = i;
+            continue;
+        }
+        const auto is_apart = [&](std::size_t other) {
+            const auto [x, y] = across(points[other], points[i]);
+            return std::max(x, y) >= kApart;
+        };
+        while (behind + 1 < i && is_apart(behind + 1)) {
+            ++behind;
+        }
+        const auto [x, y] = across(points[behind], points[i]);
+        if ((x >= y) == (along == Coordinate::kX)) {
+            m_mask.Line({points[i - 1].x, points[i - 1].y, fading.At(count - i)},
+                        {points[i].x, points[i].y, fading.At(count - 1 - i)});
+        }
     }
 }
 

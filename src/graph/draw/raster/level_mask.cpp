@@ -273,6 +273,21 @@ void LevelMask::Square(const Spot& centre, std::int32_t side) {
     }
 }
 
+void LevelMask::Cut(const DashPattern& pattern, Coordinate along, const QPoint& origin) {
+    const std::int32_t column = static_cast<std::int32_t>(m_left) - origin.x();
+    const std::int32_t row = static_cast<std::int32_t>(m_top) - origin.y();
+    std::uint8_t* levels = m_levels.data();
+    for (std::uint32_t y = 0; y < m_height; ++y, levels += m_stride) {
+        if (along == Coordinate::kX) {
+            for (std::uint32_t x = 0; x < m_width; ++x) {
+                levels[x] = pattern.Paints(column + static_cast<std::int32_t>(x)) ? levels[x] : 0;
+            }
+        } else if (!pattern.Paints(row + static_cast<std::int32_t>(y))) {
+            std::memset(levels, 0, m_width);
+        }
+    }
+}
+
 void LevelMask::BlendInto(QImage& picture, QRgb color, PixelRuns* touched, Instructions use) {
     const auto left = static_cast<std::int32_t>(m_left);
     const auto top = static_cast<std::int32_t>(m_top);

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <QImage>
+#include <QPoint>
 #include <QRect>
 #include <QRgb>
 #include <array>
@@ -18,6 +19,8 @@
 #include <span>
 #include <vector>
 
+#include "graph/draw/raster/dash_pattern.h"
+#include "graph/draw/raster/mapping.h"
 #include "graph/draw/raster/pixel_runs.h"
 #include "graph/draw/raster/span_pixels.h"
 #include "support/processor.h"
@@ -93,6 +96,10 @@ class LevelMask {
     /// A square of `side` pixels around the spot, which has one pixel more to the left and above
     /// when the side is even.
     void Square(const Spot& centre, std::int32_t side);
+
+    /// Takes away what was drawn in columns (`along` x) or rows (y) that are in a gap; `origin` is
+    /// the pixel of the picture where the pattern begins. REQUIRES: Begin.
+    void Cut(const DashPattern& pattern, Coordinate along, const QPoint& origin);
 
     /// Lays a colour on the picture through the mask and empties the mask. Adds the pixels that it
     /// has changed to `touched`, and some beside them, but none outside the area. REQUIRES:
