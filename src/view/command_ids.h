@@ -30,6 +30,7 @@ enum class CommandId : int {
     kExportPart = 32748,
     kCircleTest = 32750,
     kAxisTest = 32751,
+    kReference = 32754,
     kNextFile = 32752,
     kPreviousFile = 32753,
     kRecord = 32760,

@@ -1,4 +1,4 @@
-// The pictures of the user guide that show recordings: the window, and the dialogs for tables and
+// The pictures of the manual that show recordings: the window, and the dialogs for tables and
 // parts.
 #include <QDir>
 #include <QTemporaryDir>

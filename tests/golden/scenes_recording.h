@@ -1,4 +1,4 @@
-// The pictures of the user guide that show recordings.
+// The pictures of the manual that show recordings.
 #pragma once
 
 #include <vector>

@@ -243,6 +243,16 @@ CurveStyle LinesDrawAxis::StyleIn(ColorRef color) const {
     return style;
 }
 
+CurveStyle LinesDrawAxis::BackStyle() const {
+    CurveStyle style = StyleIn(kOwnColor);
+    const auto half = [](int a, int b) { return (a + b) / 2; };
+    style.color = QColor(half(style.color.red(), style.background.red()),
+                         half(style.color.green(), style.background.green()),
+                         half(style.color.blue(), style.background.blue()));
+    style.fade_out_age = 0.0;
+    return style;
+}
+
 void LinesDrawAxis::DrawIn(ColorRef color, PlotCanvas* canvas) {
     Curve* const drawn = m_shows_past ? m_past.get() : m_curve.get();
     if (canvas != nullptr && drawn != nullptr) {

@@ -160,6 +160,12 @@ class LinesDrawAxis {
     /// The horizontal scale lines with the values of the y scale.
     [[nodiscard]] const ScaleLines& YLines() const { return m_plot.y.Lines(); }
     [[nodiscard]] const ScaleLines& XLines() const { return m_plot.x.Lines(); }
+    /// What the curve is drawn on.
+    [[nodiscard]] const CurvePlot& Plot() const { return m_plot; }
+    /// Seconds from point to point.
+    [[nodiscard]] double Step() const { return m_settings.cycle_time; }
+    /// How another run behind the curve looks: dimmed, nothing fades.
+    [[nodiscard]] CurveStyle BackStyle() const;
 
  private:
     void ApplyScaleChange(Coordinate coordinate);

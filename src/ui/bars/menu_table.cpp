@@ -82,6 +82,7 @@ constexpr MenuRow kMenuBar[] = {
     Separator(1),
     Item(1, CommandId::kCircleTest),
     Item(1, CommandId::kAxisTest),
+    Item(1, CommandId::kReference),
     Separator(1),
     Item(1, CommandId::kLineStyles),
     Item(1, CommandId::kDescribeGraph),

@@ -107,6 +107,7 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "-", 0},
         {1, "&Circle Test...\tCtrl+Shift+C", 32750},
         {1, "&Axis Test...\tCtrl+Shift+A", 32751},
+        {1, "&Reference...\tCtrl+Shift+G", 32754},
         {1, "-", 0},
         {1, "&Line Styles", 32770},
         {1, "&Describe Graph\tCtrl+Shift+D", 32771},
@@ -276,8 +277,8 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
                                                  {"Ctrl+Shift+F3", 32747}, {"Ctrl+Shift+E", 32748},
                                                  {"Ctrl+M", 32720},        {"Ctrl+Shift+M", 32722},
                                                  {"Ctrl+Shift+C", 32750},  {"Ctrl+Shift+A", 32751},
-                                                 {"Ctrl+PgDown", 32752},   {"Ctrl+PgUp", 32753},
-                                                 {"Ctrl+Shift+D", 32771}};
+                                                 {"Ctrl+Shift+G", 32754},  {"Ctrl+PgDown", 32752},
+                                                 {"Ctrl+PgUp", 32753},     {"Ctrl+Shift+D", 32771}};
     EXPECT_EQ(shortcuts, expected);
 }
 
@@ -288,7 +289,8 @@ TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
                       command.id == CommandId::kOpenRecording ||
                       command.id == CommandId::kMeasurements ||
                       command.id == CommandId::kSpectrum || command.id == CommandId::kCircleTest ||
-                      command.id == CommandId::kAxisTest || command.id == CommandId::kLineStyles ||
+                      command.id == CommandId::kAxisTest || command.id == CommandId::kReference ||
+                      command.id == CommandId::kLineStyles ||
                       command.id == CommandId::kDescribeGraph ||
                       m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
@@ -389,7 +391,7 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
         texts.push_back(action->text().toStdString());
     }
     EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "Spectrum",
-                                   "Circle Test", "Axis Test", "", "Customize..."));
+                                   "Circle Test", "Axis Test", "Reference", "", "Customize..."));
     m_frame.show();
     const QToolBar* const bar = m_frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
     EXPECT_TRUE(bar->isVisible());

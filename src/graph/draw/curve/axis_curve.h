@@ -81,14 +81,7 @@ class AxisCurve {
                 bool go_on, PixelRuns& touched);
 
  private:
-    /// Where a point stands, and nothing else of it: what all lines are drawn from is read in each
-    /// frame, and stays in the cache.
-    struct Place {
-        std::int32_t x;  ///< pixel; kGap: there is none
-        std::int32_t y;
-    };
-    static constexpr std::int32_t kGap = std::numeric_limits<std::int32_t>::min();
-    [[nodiscard]] static Place PlaceOf(const LinePoint& point);
+    [[nodiscard]] static LevelMask::Place PlaceOf(const LinePoint& point);
 
     void DrawGone(std::size_t first);
     [[nodiscard]] std::size_t FirstVisible(double fade_out_age) const;
@@ -99,7 +92,9 @@ class AxisCurve {
 
     std::uint64_t m_max_points;       ///< constant after construction
     std::vector<LinePoint> m_points;  ///< dropped points, then those of the curve
-    std::vector<Place> m_places;      ///< of these
+    /// Where they stand, and nothing else of them: what all lines are drawn from is read in each
+    /// frame, and stays in the cache.
+    std::vector<LevelMask::Place> m_places;
     std::size_t m_dropped = 0;
     LevelMask m_mask;  ///< kept for its memory
 
