@@ -284,15 +284,14 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
 
 TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
     for (const Command& command : Commands()) {
-        EXPECT_EQ(m_frame.Action(command.id)->isEnabled(),
-                  command.owner == CommandOwner::kShell || command.id == CommandId::kRecord ||
-                      command.id == CommandId::kOpenRecording ||
-                      command.id == CommandId::kMeasurements ||
-                      command.id == CommandId::kSpectrum || command.id == CommandId::kCircleTest ||
-                      command.id == CommandId::kAxisTest || command.id == CommandId::kReference ||
-                      command.id == CommandId::kLineStyles ||
-                      command.id == CommandId::kDescribeGraph ||
-                      m_frame.View().Commands().IsEnabled(command.id))
+        EXPECT_EQ(
+            m_frame.Action(command.id)->isEnabled(),
+            command.owner == CommandOwner::kShell || command.id == CommandId::kRecord ||
+                command.id == CommandId::kOpenRecording || command.id == CommandId::kMeasurements ||
+                command.id == CommandId::kSpectrum || command.id == CommandId::kCircleTest ||
+                command.id == CommandId::kAxisTest || command.id == CommandId::kReference ||
+                command.id == CommandId::kLineStyles || command.id == CommandId::kDescribeGraph ||
+                m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
     }
     EXPECT_TRUE(m_frame.Action(CommandId::kStop)->isEnabled());
