@@ -7,6 +7,7 @@
 #include "programs/report_run.h"
 #include "programs/table_file.h"
 #include "report/json_writer.h"
+#include "support/file_name.h"
 
 namespace wavo::programs {
 
@@ -225,7 +226,7 @@ int RunCompare(const ReportOptions& options, const TableFile& file, std::string*
          {std::pair{options.json, JsonOf(options, *match, compared, verdict)},
           std::pair{options.junit, JunitOf(options, compared)}}) {
         if (!path.empty() && !WriteWholeFile(path, text)) {
-            *error = path + ": cannot be written";
+            *error = path + ": cannot be written" + FileNameFault(path);
             return kWrongUse;
         }
     }
