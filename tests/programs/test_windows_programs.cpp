@@ -15,6 +15,7 @@
 
 #include "platform/file_name.h"
 #include "platform/win32/wide.h"
+#include "support/mini_data.h"
 #include "support/temporary_folder.h"
 #include "system/started_program.h"
 
@@ -169,6 +170,28 @@ TEST(Names, OfDevicesAreToldInWordsWhereAFileWouldBeMade) {
     EXPECT_EQ(picture.code, 1);
     EXPECT_THAT(picture.errors,
                 HasSubstr("wavo: cannot write NUL.png: Windows keeps this name for a device\n"));
+}
+
+TEST(Names, OfDevicesAreToldOfRecordings) {
+    testing::StartedProgram master(WAVO_DEMO_MASTER, {"--motion", "circle", "--wait-viewer"});
+    ASSERT_TRUE(master.WaitForOutput("axes")) << master.Errors();
+    const testing::TemporaryFolder folder;
+    const Ended ended = Started(WAVO_RECORD, {"--out", folder.File("nul"), "--lines", "10"});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_THAT(ended.errors, HasSubstr("cannot make \"" + folder.File("nul.mcap") +
+                                        "\": Windows keeps this name for a device"));
+}
+
+TEST(Names, OfDevicesAreToldOfGraphFiles) {
+    const testing::TemporaryFolder folder;
+    for (const unsigned flags : {0U, MIniData::kSaveFlush | MIniData::kSaveSafe}) {
+        MIniData store(flags);
+        store.Open(folder.File("aux.ini"));
+        ASSERT_TRUE(store.SetLongEntry("GENERAL", "Graphs", 1));
+        EXPECT_FALSE(store.Save());
+        EXPECT_EQ(store.LastErrorText(),
+                  "MFastFile_WriteLinesAtOnce() failed: Windows keeps this name for a device");
+    }
 }
 
 TEST(LongPaths, AreReadAndWrittenByReports) {
