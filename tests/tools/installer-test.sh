@@ -24,7 +24,7 @@ wine reg delete 'HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\Wavo' 
 wine "$work/wavo-$version-win64.exe" /S
 touch "$place/docs/manual/README.md" || fail "not installed"
 wine "$work/wavo-$version-win64.exe" /S  # over itself, as an update does
-for file in wavo.exe demo_master.exe wavo_pipe.exe wavo_report.exe docs/manual/README.md data/graphs/circle.ini Uninstall.exe; do
+for file in wavo.exe demo_master.exe wavo_pipe.exe wavo_report.exe manual/index.html docs/manual/README.md data/graphs/circle.ini Uninstall.exe; do
     [ -f "$place/$file" ] || fail "not installed: $file"
     [ "$file" = Uninstall.exe ] || grep -q "/$file\$" <<<"$zipped" ||
         fail "not in the ZIP: $file"
