@@ -34,6 +34,7 @@ enum class CommandId : int {
     kPreviousFile = 32753,
     kRecord = 32760,
     kStopRecording = 32761,
+    kManual = 32762,
     kConnect = 32773,
     kStop = 32777,
     kStartAfterTrigger = 32778,

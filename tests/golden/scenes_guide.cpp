@@ -232,6 +232,8 @@ std::vector<Scene> AllScenes() {
     scenes.insert(scenes.end(), circles.begin(), circles.end());
     const std::vector<Scene> recordings = RecordingScenes();
     scenes.insert(scenes.end(), recordings.begin(), recordings.end());
+    const std::vector<Scene> dialogs = DialogScenes();
+    scenes.insert(scenes.end(), dialogs.begin(), dialogs.end());
     return scenes;
 }
 

@@ -30,6 +30,7 @@ class QAction;
 
 namespace wavo {
 
+class ContextHelp;
 class CWavoView;
 struct Prompts;
 
@@ -54,6 +55,7 @@ class CMainFrame : public QMainWindow {
     [[nodiscard]] MeasureControl& Measure() { return *m_measure; }
     [[nodiscard]] CircleControl& Circle() { return *m_circle; }
     [[nodiscard]] AxisControl& Axis() { return *m_axis; }
+    [[nodiscard]] ContextHelp& Help() { return *m_help; }
 
     /// Text of a status bar pane.
     [[nodiscard]] QString PaneText(StatusPane pane) const;
@@ -115,6 +117,7 @@ class CMainFrame : public QMainWindow {
     std::unique_ptr<CircleControl> m_circle;
     std::unique_ptr<AxisControl> m_axis;
     TableControl m_tables;
+    ContextHelp* const m_help;  // child
     bool m_has_stored_place = false;
     QAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
 };
