@@ -37,9 +37,12 @@ packages_to_run=(fonts-dejavu-core)
 packages_to_test=(libgtest-dev libgmock-dev clang-format-14 locales nodejs poppler-utils python3)
 packages_to_cross_build=(g++-mingw-w64-x86-64-posix gcc-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest
     nsis dpkg-dev xz-utils)
+packages_to_package_windows=(python3)
 packages_to_run_windows=(wine wine64 fonts-wine xvfb xauth)
 # Only where Qt for Windows has to be built.
 packages_to_build_qt=(dpkg-dev perl python3 xz-utils)
+# What reads the screen aloud, and a display of its own.
+packages_to_test_access=(at-spi2-core dbus gir1.2-atspi-2.0 python3-gi xvfb)
 packages_to_lint=(clang-format-14 clang-tidy-14)
 packages_to_interoperate=(nodejs npm)
 packages_to_fuzz=(clang-14 libclang-rt-14-dev)

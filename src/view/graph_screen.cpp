@@ -57,6 +57,18 @@ void GraphScreen::ShowEditor(bool show) {
     LayOut();
 }
 
+bool GraphScreen::ShowsLineStyles() const {
+    return m_session.Settings().Current().line_styles;
+}
+
+void GraphScreen::SwitchLineStyles() {
+    ViewSettings& settings = m_session.Settings().Current();
+    settings.line_styles = !settings.line_styles;
+    m_session.SaveSettings();
+    m_board.SetLineStyles(settings.line_styles);
+    DrawAndShow();
+}
+
 void GraphScreen::LayOut() {
     if (IsEditorShown()) {
         const int width = m_widget.width();

@@ -24,6 +24,7 @@ std::vector<Scene> LabelScenes();
 std::vector<Scene> LooksScenes();
 std::vector<Scene> ComputedScenes();
 std::vector<Scene> DialogScenes();
+std::vector<Scene> ReferenceScenes();
 
 /// All of them.
 std::vector<Scene> AllScenes();

@@ -25,6 +25,7 @@
 #include "ui/panes/limits_dialog.h"
 #include "ui/panes/measurements_pane.h"
 #include "ui/panes/pane_dock.h"
+#include "ui/panes/reference_pane.h"
 #include "ui/panes/spectrum_pane.h"
 #include "ui/recording/recording_pane.h"
 #include "ui/shell/about_dlg.h"
@@ -92,6 +93,9 @@ constexpr CommandTopic kCommandTopics[] = {
     {CommandId::kComputedAxes, "computed-axes"},
     {CommandId::kCircleTest, "machine-tests#the-circle-test-at-the-machine"},
     {CommandId::kAxisTest, "machine-tests#the-axis-test-at-the-machine"},
+    {CommandId::kReference, "machine-tests#comparing-with-a-good-run-at-the-machine"},
+    {CommandId::kLineStyles, "window#reading-a-graph"},
+    {CommandId::kDescribeGraph, "window#reading-a-graph"},
     {CommandId::kAbout, "window#the-about-box"},
     {CommandId::kManual, "README"},
     {CommandId::kNextPane, "window#commands"},
@@ -148,6 +152,7 @@ constexpr WidgetTopic kWidgetTopics[] = {
     {Is<AxisPane>, "machine-tests#the-axis-test-at-the-machine"},
     {Is<CirclePane>, "machine-tests#the-circle-test-at-the-machine"},
     {Is<MeasurementsPane>, "measuring"},
+    {Is<ReferencePane>, "machine-tests#comparing-with-a-good-run-at-the-machine"},
     {Is<SpectrumPane>, "spectrum"},
     {Is<PaneDock>, "measuring#the-pane"},
     {Is<RecordingPane>, "recording#recording-from-the-viewer"},

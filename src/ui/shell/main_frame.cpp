@@ -179,6 +179,9 @@ void CMainFrame::CreateMeasure(const Prompts& prompts) {
     const QString made_by = QString::fromStdString("Wavo " + OwnVersion().product_version);
     m_circle = std::make_unique<CircleControl>(*this, *m_view, prompts, m_settings, made_by);
     m_axis = std::make_unique<AxisControl>(*this, *m_view, prompts, m_settings, made_by);
+    m_reference = std::make_unique<ReferenceControl>(*this, *m_view, prompts, m_settings);
+    connect(m_reference.get(), &ReferenceControl::CommandsChanged, this,
+            &CMainFrame::UpdateCommands);
     connect(m_axis.get(), &AxisControl::CommandsChanged, this, &CMainFrame::UpdateCommands);
     connect(m_circle.get(), &CircleControl::CommandsChanged, this, &CMainFrame::UpdateCommands);
 }
@@ -213,6 +216,7 @@ void CMainFrame::RestoreLayout() {
     m_measure->Restore();
     m_circle->Restore();
     m_axis->Restore();
+    m_reference->Restore();
 }
 
 void CMainFrame::StoreLayout() {
@@ -242,6 +246,9 @@ void CMainFrame::UpdateCommands() {
         } else if (command.owner == CommandOwner::kAxis) {
             action->setEnabled(m_axis->IsEnabled(command.id));
             action->setChecked(m_axis->IsChecked(command.id));
+        } else if (command.owner == CommandOwner::kReference) {
+            action->setEnabled(m_reference->IsEnabled(command.id));
+            action->setChecked(m_reference->IsChecked(command.id));
         } else if (command.owner == CommandOwner::kRecorded) {
             action->setEnabled(m_view->Past().IsEnabled(command.id));
             action->setChecked(m_view->Past().IsOn(command.id));
@@ -283,6 +290,8 @@ void CMainFrame::OnCommand(CommandId id) {
         m_circle->Execute(id);
     } else if (command->owner == CommandOwner::kAxis) {
         m_axis->Execute(id);
+    } else if (command->owner == CommandOwner::kReference) {
+        m_reference->Execute(id);
     } else if (command->owner == CommandOwner::kParts) {
         m_tables.Execute(id);
     } else {
