@@ -7,6 +7,7 @@
 #include "programs/report_run.h"
 #include "programs/table_file.h"
 #include "report/comparison_report.h"
+#include "support/file_name.h"
 
 namespace wavo::programs {
 
@@ -101,7 +102,7 @@ int RunCompare(const ReportOptions& options, const TableFile& file, std::string*
     for (const auto& [path, text] : {std::pair{options.json, report::ComparisonJson(report)},
                                      std::pair{options.junit, report::ComparisonJunit(report)}}) {
         if (!path.empty() && !WriteWholeFile(path, text)) {
-            *error = path + ": cannot be written";
+            *error = path + ": cannot be written" + FileNameFault(path);
             return kWrongUse;
         }
     }

@@ -16,6 +16,7 @@
 #include <vector>
 
 class QPrinter;
+class QUrl;
 class QWidget;
 
 namespace wavo {
@@ -79,6 +80,9 @@ struct Prompts {
     std::function<void(QWidget* parent, QPrinter& printer,
                        const std::function<void(QPrinter&)>& paint)>
         print_preview;
+
+    /// Shows a page, of a file of this computer, in the system's browser; false when there is none.
+    std::function<bool(QWidget* parent, const QUrl& page)> open_page;
 
     /// False: nobody can answer, dialogs of other kinds included.
     bool is_somebody_there = true;

@@ -35,6 +35,7 @@ enum class CommandId : int {
     kPreviousFile = 32753,
     kRecord = 32760,
     kStopRecording = 32761,
+    kManual = 32762,
     kLineStyles = 32770,
     kDescribeGraph = 32771,
     kConnect = 32773,

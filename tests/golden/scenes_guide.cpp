@@ -227,7 +227,7 @@ std::vector<Scene> AllScenes() {
                               {"measurements_dark", MeasurementsInTheDark},
                               {"measurements_at_the_edge", MeasurementsAtTheEdge}};
     for (const auto& more :
-         {ComputedScenes(), CircleScenes(), RecordingScenes(), ReferenceScenes()}) {
+         {ComputedScenes(), CircleScenes(), RecordingScenes(), ReferenceScenes(), DialogScenes()}) {
         scenes.insert(scenes.end(), more.begin(), more.end());
     }
     return scenes;

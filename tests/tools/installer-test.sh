@@ -75,7 +75,7 @@ for program in $programs; do
     expect "what $program says" "${said,,}" "${program} $version"
 done
 cmp "$build/src/ui/shell/wavo.exe" "$place/wavo.exe" || fail "not the program of this build"
-for file in docs/manual/README.md docs/third-party.md docs/licences/{GPL-3,LGPL-3,MPL-2.0}.txt \
+for file in manual/index.html docs/manual/README.md docs/third-party.md docs/licences/{GPL-3,LGPL-3,MPL-2.0}.txt \
     data/graphs/circle.ini examples/recording/read_recording.py Uninstall.exe; do
     [ -f "$place/$file" ] || fail "not installed: $file"
 done

@@ -116,6 +116,8 @@ constexpr Command kCommandTable[] = {
      kMeasure},
     {CommandId::kAbout, "about", "&About Wavo...", "Version and copyright of the program\nAbout",
      kShell},
+    {CommandId::kManual, "manual", "Manual\tF1",
+     "Opens the manual at the place that tells of what has the keyboard\nManual", kShell},
     {CommandId::kNextPane, "next_pane", "Next Pane\tF6", "Goes to the next pane\nNext pane",
      kShell},
     {CommandId::kPreviousPane, "previous_pane", "Previous Pane\tShift+F6",
@@ -138,7 +140,7 @@ constexpr CommandId kHarmlessCommands[] = {
     CommandId::kAbout,        CommandId::kRecord,         CommandId::kOpenRecording,
     CommandId::kExportPart,   CommandId::kMeasurements,   CommandId::kSpectrum,
     CommandId::kComputedAxes, CommandId::kCircleTest,     CommandId::kAxisTest,
-    CommandId::kReference,
+    CommandId::kManual,       CommandId::kReference,
 };
 
 QString Part(const char* text, QChar separator, int index) {

@@ -25,6 +25,7 @@
 #include "ui/messages.h"
 #include "ui/recording/recording_pane.h"
 #include "ui/shell/about_dlg.h"
+#include "ui/shell/context_help.h"
 #include "ui/shell/count_pane.h"
 #include "ui/shell/looks.h"
 #include "ui/shell/pane_cycle.h"
@@ -68,7 +69,8 @@ CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings)
       m_recent_files(settings),
       m_recent_recordings(settings, QStringLiteral("RecentRecordings")),
       m_look(StoredLook(settings)),
-      m_tables(*this, *m_view, prompts, settings) {
+      m_tables(*this, *m_view, prompts, settings),
+      m_help(new ContextHelp(*this, prompts)) {
     setWindowTitle(QStringLiteral("Wavo"));
     setWindowIcon(ProgramIcon());
     setCentralWidget(m_view);
@@ -307,6 +309,8 @@ void CMainFrame::ExecuteOwn(CommandId id) {
         statusBar()->setVisible(statusBar()->isHidden());
     } else if (id == CommandId::kAbout) {
         ShowAbout();
+    } else if (id == CommandId::kManual) {
+        m_help->Open();
     } else if (id == CommandId::kNextPane || id == CommandId::kPreviousPane) {
         GoToPane(*this, id == CommandId::kNextPane,
                  [this](const QAction& action) { return m_actions.IsHarmless(action); });

@@ -31,6 +31,7 @@ class QAction;
 
 namespace wavo {
 
+class ContextHelp;
 class CWavoView;
 struct Prompts;
 
@@ -55,6 +56,7 @@ class CMainFrame : public QMainWindow {
     [[nodiscard]] MeasureControl& Measure() { return *m_measure; }
     [[nodiscard]] CircleControl& Circle() { return *m_circle; }
     [[nodiscard]] AxisControl& Axis() { return *m_axis; }
+    [[nodiscard]] ContextHelp& Help() { return *m_help; }
     [[nodiscard]] ReferenceControl& Reference() { return *m_reference; }
 
     /// Text of a status bar pane.
@@ -118,6 +120,7 @@ class CMainFrame : public QMainWindow {
     std::unique_ptr<AxisControl> m_axis;
     std::unique_ptr<ReferenceControl> m_reference;
     TableControl m_tables;
+    ContextHelp* const m_help;  // child
     bool m_has_stored_place = false;
     QAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
 };

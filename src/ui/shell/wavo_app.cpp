@@ -14,6 +14,7 @@
 #include "platform/process.h"
 #include "support/diagnostics.h"
 #include "support/diagnostics_output.h"
+#include "support/file_name.h"
 #include "ui/bars/command_icons.h"
 #include "ui/shell/headless_prompts.h"
 #include "ui/shell/main_frame.h"
@@ -40,7 +41,7 @@ CWavoApp::~CWavoApp() = default;
 bool CWavoApp::Print(const LastWords& words) {
     const bool asked_for = words.exit_code == 0;
     if (!(asked_for ? platform::HasStandardOutput() : platform::HasStandardError())) {
-        return false;
+        return platform::WriteToConsoleOfStarter(words.text.toStdString());
     }
     QTextStream(asked_for ? stdout : stderr) << words.text;
     return true;
@@ -151,9 +152,13 @@ void CWavoApp::TakeScreenshot(const QString& file) {
     do {
         (void)overview.DrawEnvelope();
     } while (!overview.IsExact());
-    const bool saved = m_frame->grab().save(file);
+    const std::string path = file.toStdString();
+    const bool saved = IsFileName(path) && m_frame->grab().save(file);
     if (!saved) {
-        MERRLOG("CWavoApp::TakeScreenshot(): cannot write %s", file.toUtf8().constData());
+        MERRLOG("CWavoApp::TakeScreenshot(): cannot write %s", path.c_str());
+        Print({QStringLiteral("wavo: cannot write %1\n")
+                   .arg(QString::fromStdString(path + FileNameFault(path))),
+               1});
     }
     End(saved ? 0 : 1);
 }

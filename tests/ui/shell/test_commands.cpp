@@ -266,19 +266,33 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
             EXPECT_TRUE(shortcuts.emplace(text.toStdString(), static_cast<int>(command.id)).second);
         }
     }
-    const std::map<std::string, int> expected = {{"Ctrl+N", 57600},        {"Ctrl+O", 57601},
-                                                 {"Ctrl+S", 57603},        {"Ctrl+P", 57607},
-                                                 {"Ctrl+A", 32779},        {"Ctrl+H", 32777},
-                                                 {"Ctrl+T", 32778},        {"F6", 57680},
-                                                 {"Shift+F6", 57681},      {"Ctrl+R", 32760},
-                                                 {"Ctrl+Shift+R", 32761},  {"Ctrl+Shift+O", 32740},
-                                                 {"Ctrl+Shift+W", 32741},  {"F3", 32744},
-                                                 {"Shift+F3", 32745},      {"Ctrl+F3", 32746},
-                                                 {"Ctrl+Shift+F3", 32747}, {"Ctrl+Shift+E", 32748},
-                                                 {"Ctrl+M", 32720},        {"Ctrl+Shift+M", 32722},
-                                                 {"Ctrl+Shift+C", 32750},  {"Ctrl+Shift+A", 32751},
-                                                 {"Ctrl+Shift+G", 32754},  {"Ctrl+PgDown", 32752},
-                                                 {"Ctrl+PgUp", 32753},     {"Ctrl+Shift+D", 32771}};
+    const std::map<std::string, int> expected = {{"Ctrl+N", 57600},
+                                                 {"Ctrl+O", 57601},
+                                                 {"Ctrl+S", 57603},
+                                                 {"Ctrl+P", 57607},
+                                                 {"Ctrl+A", 32779},
+                                                 {"Ctrl+H", 32777},
+                                                 {"Ctrl+T", 32778},
+                                                 {"F6", 57680},
+                                                 {"Shift+F6", 57681},
+                                                 {"Ctrl+R", 32760},
+                                                 {"Ctrl+Shift+R", 32761},
+                                                 {"Ctrl+Shift+O", 32740},
+                                                 {"Ctrl+Shift+W", 32741},
+                                                 {"F3", 32744},
+                                                 {"Shift+F3", 32745},
+                                                 {"Ctrl+F3", 32746},
+                                                 {"Ctrl+Shift+F3", 32747},
+                                                 {"Ctrl+Shift+E", 32748},
+                                                 {"Ctrl+M", 32720},
+                                                 {"Ctrl+Shift+M", 32722},
+                                                 {"Ctrl+Shift+C", 32750},
+                                                 {"Ctrl+Shift+A", 32751},
+                                                 {"Ctrl+Shift+G", 32754},
+                                                 {"Ctrl+PgDown", 32752},
+                                                 {"Ctrl+PgUp", 32753},
+                                                 {"Ctrl+Shift+D", 32771},
+                                                 {"F1", 32762}};
     EXPECT_EQ(shortcuts, expected);
 }
 
