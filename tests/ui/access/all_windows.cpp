@@ -117,7 +117,7 @@ WholeFrame::WholeFrame()
 
 std::vector<CommandId> WholeFrame::Panes() {
     return {CommandId::kMeasurements, CommandId::kSpectrum, CommandId::kCircleTest,
-            CommandId::kAxisTest};
+            CommandId::kAxisTest, CommandId::kReference};
 }
 
 void WholeFrame::ShowPane(CommandId command) {
