@@ -16,6 +16,13 @@ void ValueStreams::AddTap(LineTap& tap) {
     tap.TakeAxes(m_axis_names);
 }
 
+void ValueStreams::RemoveTap(LineTap& tap) {
+    std::erase(m_taps, &tap);
+    if (m_aside) {
+        std::erase(m_aside->taps, &tap);
+    }
+}
+
 GraphStreams ValueStreams::StreamsOf(const WavoGraph& graph, double cycle_time) {
     const double time_range = GraphTimeRange(graph);
     GraphStreams streams;
@@ -81,7 +88,7 @@ void ValueStreams::Drop() {
 
 void ValueStreams::SetAside() {
     m_distribution.clear();
-    m_aside = Buffers{std::exchange(m_registry, {}), m_cycle_time};
+    m_aside = Buffers{std::exchange(m_registry, {}), m_cycle_time, std::exchange(m_taps, {})};
 }
 
 void ValueStreams::BringBack() {
@@ -89,6 +96,7 @@ void ValueStreams::BringBack() {
     Buffers kept = *std::exchange(m_aside, std::nullopt);
     m_registry = std::move(kept.registry);
     m_cycle_time = kept.cycle_time;
+    m_taps.insert(m_taps.begin(), kept.taps.begin(), kept.taps.end());
 }
 
 void ValueStreams::Distribute(const ValueBatch& batch) {

@@ -33,7 +33,7 @@ class ValueStreams {
     /// Hands the lines that buffers get to `tap` too, from now on. Not owned.
     void AddTap(LineTap& tap);
     /// Nothing when it is none.
-    void RemoveTap(LineTap& tap) { std::erase(m_taps, &tap); }
+    void RemoveTap(LineTap& tap);
 
     /// The buffers of a graph, made or grown where needed; null ones while `cycle_time` (seconds)
     /// is 0, and where there is a fault, which is reported and kept for TakeFaults.
@@ -53,9 +53,10 @@ class ValueStreams {
     void Drop();
 
     /// Keeps all buffers as they are, and goes on without any. Nobody may refer to them but who
-    /// keeps them as well. REQUIRES: none are set aside.
+    /// keeps them as well. The taps of now hear nothing meanwhile. REQUIRES: none are set aside.
     void SetAside();
-    /// Drops the buffers of now and goes on with those that were set aside, and their cycle time.
+    /// Drops the buffers of now and goes on with those that were set aside, their cycle time and
+    /// taps.
     void BringBack();
 
     /// Hands the lines of a batch to the buffers, in order.
@@ -89,6 +90,7 @@ class ValueStreams {
     struct Buffers {
         GraphValueRegistry registry;
         double cycle_time = 0.0;
+        std::vector<LineTap*> taps;
     };
 
     std::function<void()> m_before_drop;

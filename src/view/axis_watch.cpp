@@ -74,17 +74,20 @@ void AxisWatch::TakePairs() {
     const bool is_same = std::ranges::equal(pairs, m_pairs, [](const auto& a, const auto& b) {
         return a.commanded == b.commanded && a.actual == b.actual;
     });
-    if (is_same && (m_gatherer.IsTaking() || pairs.empty())) {
+    std::vector<std::string> columns;
+    for (const measure::AxisPair& pair : pairs) {
+        columns.insert(columns.end(), {pair.commanded, pair.actual});
+    }
+    if (is_same && (m_gatherer.IsTaking() || columns.empty())) {
+        if (!columns.empty()) {
+            m_gatherer.Take(columns);  // behind a recording the live ones
+        }
         return;
     }
     m_pairs = std::move(pairs);
-    m_gatherer.Forget();
+    m_gatherer.Leave();
     m_lines.reset();
     m_outcome.reset();
-    std::vector<std::string> columns;
-    for (const measure::AxisPair& pair : m_pairs) {
-        columns.insert(columns.end(), {pair.commanded, pair.actual});
-    }
     if (!columns.empty()) {
         m_gatherer.Take(columns);
     }

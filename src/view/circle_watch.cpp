@@ -89,6 +89,7 @@ void CircleWatch::SetActive(bool active) {
     } else {
         GiveUp();
         Forget();
+        m_gatherer.Forget();
     }
 }
 
@@ -103,7 +104,7 @@ void CircleWatch::SetQuestion(const CircleQuestion& question) {
 }
 
 void CircleWatch::Forget() {
-    m_gatherer.Forget();
+    m_gatherer.Leave();
     m_plane.reset();
     m_outcome.reset();
     m_subject.reset();
@@ -123,8 +124,8 @@ bool CircleWatch::TakePlane() {
         GiveUp();
         Forget();
         m_plane = plane;
-        m_gatherer.Take(plane.columns);
     }
+    m_gatherer.Take(plane.columns);
     return true;
 }
 

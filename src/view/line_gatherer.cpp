@@ -8,18 +8,39 @@
 namespace wavo {
 
 void LineGatherer::Take(const std::vector<std::string>& columns) {
+    const bool is_live = m_session.Recording() == nullptr;
+    if (is_live && m_live != nullptr) {
+        Drop(m_tapped);
+        m_tapped = std::move(m_live);
+        m_takes_live = true;
+    }
     if (m_tapped != nullptr && m_tapped->Columns() == columns) {
         return;
     }
-    Forget();
+    Leave();
     m_tapped = std::make_unique<TappedLines>(columns);
+    m_takes_live = is_live;
     m_session.Streams().AddTap(*m_tapped);
 }
 
+void LineGatherer::Leave() {
+    if (m_takes_live && m_session.Recording() != nullptr) {
+        m_live = std::move(m_tapped);
+        m_takes_live = false;
+    }
+    Drop(m_tapped);
+}
+
 void LineGatherer::Forget() {
-    if (m_tapped != nullptr) {
-        m_session.Streams().RemoveTap(*m_tapped);
-        m_tapped.reset();
+    Drop(m_tapped);
+    Drop(m_live);
+    m_takes_live = false;
+}
+
+void LineGatherer::Drop(std::unique_ptr<TappedLines>& tapped) {
+    if (tapped != nullptr) {
+        m_session.Streams().RemoveTap(*tapped);
+        tapped.reset();
     }
 }
 

@@ -40,8 +40,11 @@ class LineGatherer {
     LineGatherer(LineGatherer&&) = delete;
     LineGatherer& operator=(LineGatherer&&) = delete;
 
-    /// Takes these columns as they come, from now on. Nothing when it does already.
+    /// Takes these columns as they come, from now on. Nothing when it does already. Behind a
+    /// recording it goes on with those of the live values, if they are the same.
     void Take(const std::vector<std::string>& columns);
+    /// Other columns are wanted. Those of the live values are kept while a recording is open.
+    void Leave();
     void Forget();
     [[nodiscard]] bool IsTaking() const { return m_tapped != nullptr; }
 
@@ -61,12 +64,15 @@ class LineGatherer {
     void KeepFrom(std::int64_t line);
 
  private:
+    void Drop(std::unique_ptr<TappedLines>& tapped);
     /// The buffer of an axis' values themselves; null when there is none.
     [[nodiscard]] const GraphValue* BufferOf(const std::string& axis) const;
 
     Session& m_session;
     const PastView& m_past;
     std::unique_ptr<TappedLines> m_tapped;
+    std::unique_ptr<TappedLines> m_live;  ///< what was taken before the recording was opened
+    bool m_takes_live = false;            ///< no recording was open when it began to take
 };
 
 }  // namespace wavo

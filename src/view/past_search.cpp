@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
 #include "session/trigger_terms.h"
@@ -32,13 +33,19 @@ bool IsBackward(CommandId id) {
     return id == CommandId::kPreviousTrigger || id == CommandId::kPreviousEvent;
 }
 
+/// More events of one line are told by their number.
+constexpr int kMostEventsTold = 5;
+
 /// What happened before a line: its events, else the gap that ends there.
 std::string TextOfPlace(const std::vector<recording::Event>& events,
                         const std::vector<recording::LineSpan>& gaps, std::uint64_t line) {
     std::string text;
-    for (const recording::Event& event :
-         std::ranges::equal_range(events, line, {}, &recording::Event::line)) {
+    const auto here = std::ranges::equal_range(events, line, {}, &recording::Event::line);
+    for (const recording::Event& event : here | std::views::take(kMostEventsTold)) {
         text += (text.empty() ? "" : "; ") + (event.text.empty() ? event.kind : event.text);
+    }
+    if (const auto left = std::ranges::ssize(here) - kMostEventsTold; left > 0) {
+        text += " and " + std::to_string(left) + " more";
     }
     const auto gap = std::ranges::lower_bound(gaps, line, {}, &recording::LineSpan::end);
     if (text.empty() && gap != gaps.end() && gap->end == line) {

@@ -1,9 +1,9 @@
 #include "view/view_access.h"
 
 #include <QAccessibleWidget>
-#include <QStringList>
 #include <map>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "graph/draw/graph_draw.h"
@@ -28,26 +28,30 @@ GraphListener& Listener() {
     return listener;
 }
 
-QString Joined(const QStringList& sentences) {
-    QStringList told = sentences;
-    told.removeAll(QString());
-    return told.join(QStringLiteral("; "));
+/// What a graph is called: "graph 1".
+QString NameOf(const WavoGraph& graph) {
+    return QStringLiteral("graph %1").arg(graph.GraphNumber);
+}
+
+std::string Joined(const std::string& first, const std::string& second) {
+    return first.empty() || second.empty() ? first + second : first + "; " + second;
 }
 
 /// The trigger of a graph and the cursors in it: what is told anew when it changes.
-QString StateOf(CWavoView& view, const GraphDraw& graph) {
-    const QString cursors =
+std::string StateOf(CWavoView& view, const GraphDraw& graph) {
+    const std::string cursors =
         view.Cursors().IsShown()
             ? CursorsInWords(graph, view.Measured().Renew(), view.Work().Computed().Units())
-            : QString();
-    return Joined({StateInWords(graph), cursors});
+            : std::string();
+    return Joined(StateInWords(graph), cursors);
 }
 
 QString DescriptionOf(CWavoView& view, const WavoGraph& graph) {
     const GraphDraw* const drawer = view.Board().Find(graph.GraphNumber);
-    return drawer == nullptr ? QString::fromStdString(YAxesText(graph))
-                             : Joined({ScalesInWords(*drawer, view.Work().Computed().Units()),
-                                       StateOf(view, *drawer)});
+    return QString::fromStdString(
+        drawer == nullptr ? YAxesText(graph)
+                          : Joined(ScalesInWords(*drawer, view.Work().Computed().Units()),
+                                   StateOf(view, *drawer)));
 }
 
 /// A graph of a view, by its number: it may be drawn anew meanwhile, or be gone.
@@ -88,12 +92,13 @@ class GraphAccess final : public QAccessibleInterface {
         }
         switch (kind) {
             case QAccessible::Name:
-                return NameInWords(*graph);
+                return NameOf(*graph);
             case QAccessible::Description:
                 return DescriptionOf(m_view, *graph);
             case QAccessible::Value: {
                 const GraphDraw* const drawer = m_view.Board().Find(m_number);
-                return drawer == nullptr ? QString() : StateOf(m_view, *drawer);
+                return drawer == nullptr ? QString()
+                                         : QString::fromStdString(StateOf(m_view, *drawer));
             }
             default:
                 return {};
@@ -167,7 +172,7 @@ class ViewAccess final : public QAccessibleWidget {
     /// What was told last.
     struct Told {
         std::uint32_t graph = 0;
-        QString state;
+        std::string state;
 
         friend bool operator==(const Told&, const Told&) = default;
     };
@@ -250,9 +255,8 @@ void SetGraphListener(GraphListener listener) {
 
 QString SelectedGraphInWords(CWavoView& view) {
     const WavoGraph* const graph = view.Work().Graphs().Find(view.Zooms().Selected());
-    return graph == nullptr
-               ? QStringLiteral("no graph is selected")
-               : NameInWords(*graph) + QStringLiteral(": ") + DescriptionOf(view, *graph);
+    return graph == nullptr ? QStringLiteral("no graph is selected")
+                            : NameOf(*graph) + QStringLiteral(": ") + DescriptionOf(view, *graph);
 }
 
 }  // namespace wavo

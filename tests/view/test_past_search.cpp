@@ -269,6 +269,28 @@ TEST_F(Search, ReachesWhatStandsBehindTheLastLine) {
     EXPECT_EQ(Mark(), 1000);
 }
 
+TEST_F(Search, OfManyEventsOfALineTheFirstAreToldAndHowManyMore) {
+    const std::string path = PathOf("many.mcap");
+    {
+        auto writer = recording::RecordingWriter::Create(path, testing::MakeHead(2), std::nullopt);
+        ASSERT_TRUE(writer.HasValue());
+        testing::Append(**writer, 0, testing::MakeLines(2, 1000, 3));
+        for (int i = 1; i <= 5 + 6; ++i) {
+            const std::uint64_t line = i <= 5 ? 400 : 500;
+            (*writer)->AddEvent({recording::kEventOverrun, line, 0, "e" + std::to_string(i)});
+        }
+        for (int i = 0; i < 11; ++i) {
+            (*writer)->AddEvent({recording::kEventOverrun, 500, 0, "further"});
+        }
+        testing::RequireNoFault((*writer)->Finish());
+    }
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    Go(CommandId::kNextEvent);
+    EXPECT_EQ(m_panes[0], "e1; e2; e3; e4; e5");
+    Go(CommandId::kNextEvent);
+    EXPECT_EQ(m_panes[0], "e6; e7; e8; e9; e10 and 12 more");
+}
+
 TEST_F(Search, StepsThroughEventsAndGaps) {
     OpenPulses();
     Go(CommandId::kNextEvent);

@@ -81,12 +81,6 @@ void GraphDraw::FollowFrame() {
     m_curves.Follow(m_frame);
 }
 
-void GraphDraw::FitTo(const QImage& picture) {
-    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
-        FollowFrame();
-    }
-}
-
 void GraphDraw::FillScaleLines() {
     m_frame.SetXRange(GraphDefineGetMinMaxValue(m_curves.ShownXScale()));
 }

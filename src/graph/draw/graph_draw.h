@@ -169,7 +169,6 @@ class GraphDraw {
     void PrimeCurves();
     /// The curves take over the scale lines of the frame.
     void FollowFrame();
-    void FitTo(const QImage& picture);
     void FillScaleLines();
     void ShowScale(double time_range);
     void ShowFullScale();

@@ -8,7 +8,9 @@
 namespace wavo {
 
 void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
-    FitTo(picture);
+    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
+        FollowFrame();
+    }
     if (restart || m_recorder.IsRestartAsked()) {
         Restart();
     }
@@ -42,7 +44,9 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
 }
 
 void GraphDraw::Paint(QImage& picture) {
-    FitTo(picture);
+    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
+        FollowFrame();
+    }
     PlotCanvas* const canvas = BeginPicture(picture);
     if (canvas != nullptr && m_back.Show(m_host.BehindOf(*this))) {
         m_back.Draw(Lines(), Places(), *canvas);

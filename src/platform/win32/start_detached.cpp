@@ -3,6 +3,7 @@
 #include "platform/last_error.h"
 #include "platform/process.h"
 #include "platform/win32/handle.h"
+#include "platform/win32/program_line.h"
 #include "platform/win32/wide.h"
 
 namespace wavo::platform {
@@ -30,18 +31,22 @@ void AppendArgument(std::wstring& line, const std::wstring& argument) {
 
 }  // namespace
 
-bool StartDetached(const std::string& program, const std::vector<std::string>& arguments,
-                   std::string* error) {
-    const std::wstring path = Wide(program);
+std::wstring ProgramLine(const std::string& program, const std::vector<std::string>& arguments) {
     std::wstring line;
-    AppendArgument(line, path);
+    AppendArgument(line, Wide(program));
     for (const std::string& argument : arguments) {
         AppendArgument(line, Wide(argument));
     }
+    return line;
+}
+
+bool StartDetached(const std::string& program, const std::vector<std::string>& arguments,
+                   std::string* error) {
+    std::wstring line = ProgramLine(program, arguments);
     STARTUPINFOW start{};
     start.cb = sizeof start;
     PROCESS_INFORMATION process{};
-    if (::CreateProcessW(path.c_str(), line.data(), nullptr, nullptr, FALSE,
+    if (::CreateProcessW(Wide(program).c_str(), line.data(), nullptr, nullptr, FALSE,
                          CREATE_NO_WINDOW | CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &start,
                          &process) == 0) {
         *error = ErrorText(LastError());

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "graph/draw/graph_words.h"
 #include "machine_fixture.h"
 #include "ui/panes/measure_control.h"
 #include "view/view_access.h"
@@ -126,7 +127,7 @@ TEST_F(SpokenGraphs, SayWhatTheCursorsRead) {
     m_view->Cursors().PutOn(CursorName::kB, 199);
     const double since = (150 - 199) * 0.001;
     EXPECT_EQ(Says("graph 1", QAccessible::Value),
-              "cursor A at " + FormatNumber(since) + " s: X 150.0; cursor B at 0.0 s: X 199.0");
+              "cursor A at " + TimeInWords(since) + ": X 150.0; cursor B at 0.0 s: X 199.0");
     EXPECT_EQ(Says("graph 2", QAccessible::Value), "") << "it is not the one that is selected";
 }
 

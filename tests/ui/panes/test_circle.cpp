@@ -307,6 +307,54 @@ TEST_F(CirclePaneTest, TheWindowOfARecordingIsTested) {
     EXPECT_EQ(State(), "X, Y: waiting for a full turn");
 }
 
+TEST_F(CirclePaneTest, BehindRecordingsAStoppedTestHasTheCommandedValuesAgain) {
+    const measure::RunData data = Circles();
+    const measure::RunData other = Circles({1.0});
+    const std::string same = Recorded("same.mcap", {"X", "Y", "X_cmd", "Y_cmd"}, 0.001,
+                                      {&other.x, &other.y, &other.x_cmd, &other.y_cmd});
+    const std::string more =
+        Recorded("more.mcap", {"Z", "Y", "X"}, 0.001, {&other.x_cmd, &other.y, &other.x});
+    Open();
+    Give(data);
+    Stop();
+    Finish();
+    ASSERT_NE(Outcome(), nullptr);
+    ASSERT_TRUE(Outcome()->result.from_commanded);
+    const double before = *Outcome()->result.turns.back().circular_error.value;
+    for (const std::vector<std::string>& opened :
+         {std::vector{same}, std::vector{more}, std::vector{more, same}, std::vector{same, more}}) {
+        for (const std::string& path : opened) {
+            ASSERT_TRUE(m_view->Past().Files().Open(path));
+            QCoreApplication::processEvents();
+            Finish();
+        }
+        m_view->Past().Files().Execute(CommandId::kCloseRecording);
+        QCoreApplication::processEvents();
+        Finish();
+        ASSERT_NE(Outcome(), nullptr) << opened.size();
+        EXPECT_EQ(Outcome()->data, "live");
+        EXPECT_TRUE(Outcome()->result.from_commanded);
+        EXPECT_EQ(*Outcome()->result.turns.back().circular_error.value, before);
+    }
+}
+
+TEST_F(CirclePaneTest, APaneThatIsClosedOverARecordingKeepsNothing) {
+    const measure::RunData data = Circles();
+    const std::string path =
+        Recorded("other.mcap", {"Z", "Y", "X"}, 0.001, {&data.x_cmd, &data.y, &data.x});
+    Open();
+    Give(data);
+    Stop();
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    QCoreApplication::processEvents();
+    m_control->Watch().SetActive(false);
+    m_view->Past().Files().Execute(CommandId::kCloseRecording);
+    m_control->Watch().SetActive(true);
+    Finish();
+    ASSERT_NE(Outcome(), nullptr);
+    EXPECT_FALSE(Outcome()->result.from_commanded);
+}
+
 TEST_F(CirclePaneTest, LimitsAreEditedJudgedKeptAndFiled) {
     Open();
     Give(Circles());
