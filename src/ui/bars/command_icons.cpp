@@ -169,6 +169,15 @@ void Door(IconSketch& sketch) {
     sketch.Line({{12, 5}, {15, 8}, {12, 11}}, IconInk::kRed, 2);
 }
 
+void OpenBook(IconSketch& sketch) {
+    sketch.Box(1, 3, 8, 13, IconInk::kPaper, IconInk::kLine);
+    sketch.Box(8, 3, 15, 13, IconInk::kPaper, IconInk::kLine);
+    for (const double y : {6.0, 8.0, 10.0}) {
+        sketch.Line({{3, y}, {6, y}}, IconInk::kBlue, 1);
+        sketch.Line({{10, y}, {13, y}}, IconInk::kBlue, 1);
+    }
+}
+
 using Draw = void (*)(IconSketch&);
 
 struct IconRow {
@@ -201,6 +210,7 @@ constexpr IconRow kIcons[] = {
     {CommandId::kOpenRecording, FolderWithDisc},
     {CommandId::kShowGraphEditor, Curves},
     {CommandId::kAbout, Mark},
+    {CommandId::kManual, OpenBook},
     {CommandId::kCustomize, Brush},
     {CommandId::kToolBars, Bars},
     {CommandId::kExit, Door},

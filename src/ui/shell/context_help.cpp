@@ -15,7 +15,7 @@ namespace wavo {
 namespace {
 
 /// From the folder of the program: below the prefix, beside the program, in a tree that is built.
-constexpr const char* kFolders[] = {"../share/doc/wavo/manual", "manual", "../../../../../manual"};
+constexpr const char* kFolders[] = {"../share/doc/wavo/manual", "manual", "../../../../manual"};
 
 /// The page that leads to a topic. What opens addresses often loses what stands behind "#".
 QString PageOf(const QString& folder, const QString& topic) {
@@ -25,8 +25,8 @@ QString PageOf(const QString& folder, const QString& topic) {
 
 }  // namespace
 
-QString ManualFolder() {
-    const QDir program(QCoreApplication::applicationDirPath());
+QString ManualFolder(const QString& program_folder) {
+    const QDir program(program_folder);
     for (const char* const folder : kFolders) {
         const QString path = QDir::cleanPath(program.filePath(QString::fromLatin1(folder)));
         if (QFileInfo::exists(path + QStringLiteral("/index.html"))) {
@@ -37,7 +37,10 @@ QString ManualFolder() {
 }
 
 ContextHelp::ContextHelp(QWidget& frame, const Prompts& prompts)
-    : QObject(&frame), m_frame(frame), m_prompts(prompts), m_folder(ManualFolder()) {
+    : QObject(&frame),
+      m_frame(frame),
+      m_prompts(prompts),
+      m_folder(ManualFolder(QCoreApplication::applicationDirPath())) {
     qApp->installEventFilter(this);
 }
 
@@ -52,6 +55,10 @@ void ContextHelp::Open() {
 }
 
 void ContextHelp::OpenFor(QWidget& widget) {
+    OpenAt(HelpTopic(widget), widget);
+}
+
+void ContextHelp::OpenAt(const QString& topic, QWidget& widget) {
     if (m_folder.isEmpty()) {
         m_prompts.box(widget.window(),
                       {"The manual is not installed.\nIt comes with the packages of Wavo; where "
@@ -59,7 +66,7 @@ void ContextHelp::OpenFor(QWidget& widget) {
                        "Manual", BoxIcon::kInformation, BoxButtons::kOk});
         return;
     }
-    const QString page = PageOf(m_folder, HelpTopic(widget));
+    const QString page = PageOf(m_folder, topic);
     if (!m_prompts.open_page(widget.window(), QUrl::fromLocalFile(page))) {
         m_prompts.box(widget.window(), {"No program was found that shows the manual:\n" +
                                             QDir::toNativeSeparators(page).toStdString(),

@@ -13,9 +13,9 @@ namespace wavo {
 
 struct Prompts;
 
-/// The folder of the manual: what the packages install, or ./package --docs has made beside the
-/// build; empty where there is none.
-QString ManualFolder();
+/// The folder of the manual of a program in `program_folder`: what the packages install, or what
+/// ./package --docs has made beside the build; empty where there is none.
+QString ManualFolder(const QString& program_folder);
 
 class ContextHelp : public QObject {
  public:
@@ -24,6 +24,8 @@ class ContextHelp : public QObject {
 
     /// Opens the manual where it tells of what has the keyboard.
     void Open();
+    /// Opens it at a topic (ui/shell/help_topics.h), for who stands in `widget`.
+    void OpenAt(const QString& topic, QWidget& widget);
 
     /// Reads the manual in another folder; tests do.
     void SetFolder(const QString& folder) { m_folder = folder; }

@@ -113,6 +113,23 @@ TEST(HelpTopics, EachIsInTheManual) {
     EXPECT_GT(rows, 70);
 }
 
+TEST(ManualFolder, IsWhereThePackagesPutItOrBesideTheBuild) {
+    const QTemporaryDir folder;
+    const QDir top(folder.path());
+    const auto found = [&top](const char* program, const char* manual) {
+        EXPECT_TRUE(top.mkpath(QLatin1String(program)) && top.mkpath(QLatin1String(manual)));
+        EXPECT_EQ(ManualFolder(top.filePath(QLatin1String(program))), QString());
+        const QString index = top.filePath(QLatin1String(manual)) + QStringLiteral("/index.html");
+        EXPECT_TRUE(QFile(index).open(QIODevice::WriteOnly));
+        const QString path = ManualFolder(top.filePath(QLatin1String(program)));
+        EXPECT_TRUE(QFile::remove(index));
+        return top.relativeFilePath(path).toStdString();
+    };
+    EXPECT_EQ(found("usr/bin", "usr/share/doc/wavo/manual"), "usr/share/doc/wavo/manual");
+    EXPECT_EQ(found("Wavo", "Wavo/manual"), "Wavo/manual");
+    EXPECT_EQ(found("build/dev/src/ui/shell", "build/manual"), "build/manual");
+}
+
 class Help : public ::testing::Test {
  protected:
     Help() {
@@ -258,6 +275,11 @@ TEST_F(Help, SaysThatNothingShowsIt) {
                   QDir::toNativeSeparators(m_folder.path() + "/go/window.reading-a-graph.html")
                       .toStdString());
     EXPECT_EQ(m_boxes[0].icon, BoxIcon::kExclamation);
+}
+
+TEST_F(Help, OpensATopicThatIsAskedFor) {
+    Find().OpenAt(QStringLiteral("first-minutes#watch-it-live"), *m_frame);
+    EXPECT_THAT(m_opened, ElementsAre("go/first-minutes.watch-it-live.html"));
 }
 
 TEST_F(Help, StandsInNoMenu) {
