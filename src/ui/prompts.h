@@ -54,7 +54,7 @@ struct SeveralQuestion {
     QStringList rows;
 };
 
-/// The questions. None may be empty where it is asked.
+/// The questions. But for open_manual none may be empty where it is asked.
 struct Prompts {
     /// Shows a box. Closing it answers with the button that changes nothing.
     std::function<BoxAnswer(QWidget* parent, const Box& box)> box;
@@ -79,6 +79,9 @@ struct Prompts {
     std::function<void(QWidget* parent, QPrinter& printer,
                        const std::function<void(QPrinter&)>& paint)>
         print_preview;
+
+    /// Shows the manual at the place of that name. Empty where there is none.
+    std::function<void(QWidget* parent, const std::string& anchor)> open_manual;
 
     /// False: nobody can answer, dialogs of other kinds included.
     bool is_somebody_there = true;

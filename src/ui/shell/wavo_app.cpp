@@ -15,6 +15,7 @@
 #include "support/diagnostics.h"
 #include "support/diagnostics_output.h"
 #include "ui/bars/command_icons.h"
+#include "ui/shell/first_start.h"
 #include "ui/shell/headless_prompts.h"
 #include "ui/shell/main_frame.h"
 #include "ui/shell/report_texts.h"
@@ -99,6 +100,9 @@ void CWavoApp::OpenFiles(const AppOptions& options) {
         options.recording.isEmpty() ||
         m_frame->View().Past().Files().Open(platform::NativePath(options.recording.toStdString()));
     m_frame->Tables().SetCycleTime(std::nullopt);
+    if (options.screenshot.isEmpty()) {
+        m_first = std::make_unique<FirstStart>(*m_frame, m_prompts, FindDemo());
+    }
     if (!options.screenshot.isEmpty()) {
         if (m_has_failed || !is_open) {
             End(1);
