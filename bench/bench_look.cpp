@@ -137,6 +137,7 @@ void FirstPicture(benchmark::State& state) {
     if (bench::IsMissing(state, recording)) {
         return;
     }
+    bench::MakeWarm(recording);
     for (auto _ : state) {
         Looked looked(recording.path());
         looked.DrawExactly();
@@ -149,6 +150,7 @@ void OpenOnly(benchmark::State& state) {
     if (bench::IsMissing(state, recording)) {
         return;
     }
+    bench::MakeWarm(recording);
     for (auto _ : state) {
         benchmark::DoNotOptimize(OpenRecording::Open({recording.path()}).HasValue());
     }
@@ -171,6 +173,7 @@ void ZoomAndMove(benchmark::State& state) {
     if (bench::IsMissing(state, recording)) {
         return;
     }
+    bench::MakeWarm(recording);
     Looked looked(recording.path());
     looked.Draw();
     Walk walk;
@@ -185,6 +188,7 @@ void CopyOnly(benchmark::State& state) {
     if (bench::IsMissing(state, recording)) {
         return;
     }
+    bench::MakeWarm(recording);
     QImage from(kLookedSize, QImage::Format_RGB32);
     QImage to(kLookedSize, QImage::Format_RGB32);
     from.fill(Qt::black);
@@ -228,6 +232,7 @@ void UntilExact(benchmark::State& state) {
     if (bench::IsMissing(state, recording)) {
         return;
     }
+    bench::MakeWarm(recording);
     Looked looked(recording.path());
     NewWindows windows;
     Frames(

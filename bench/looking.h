@@ -30,6 +30,8 @@ const LongRecording& RecordingOf(std::int64_t samples);
 std::string DigitsOf(std::int64_t samples);
 /// True, and the benchmark told so, when there is no room for the recording.
 bool IsMissing(benchmark::State& state, const LongRecording& recording);
+/// All of it is in memory from now on, whatever another benchmark has dropped.
+void MakeWarm(const LongRecording& recording);
 
 /// Times of single frames, in time of a processor and by the clock.
 class FrameTimes {

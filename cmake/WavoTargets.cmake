@@ -1,3 +1,5 @@
+set(WAVO_COPYRIGHT "Copyright (C) 2026 Velk")
+
 # Functions that make this project's libraries, programs and tests, so that flags and include
 # folders are set in one place.
 
@@ -59,6 +61,29 @@ function(wavo_windows target)
   if(WIN32)
     qt_import_plugins(${target} INCLUDE Qt6::QOffscreenIntegrationPlugin)
   endif()
+endfunction()
+
+# wavo_windows_resources(<program> DESCRIPTION <text> [WINDOW]): what a program's file tells Windows of
+# itself: icon, version data, manifest. A library of objects <program>_resources, so that tests have
+# them, too. WINDOW: it has windows, with controls as they look today.
+function(wavo_windows_resources target)
+  if(NOT WIN32)
+    return()
+  endif()
+  cmake_parse_arguments(ARG "WINDOW" "DESCRIPTION" "" ${ARGN})
+  set(controls "")
+  if(ARG_WINDOW)
+    file(READ ${PROJECT_SOURCE_DIR}/cmake/windows/controls.manifest controls)
+  endif()
+  set(resource ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+  set(manifest ${CMAKE_CURRENT_BINARY_DIR}/${target}.manifest)
+  string(REPLACE "." "," version_numbers "${PROJECT_VERSION}.0")
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/windows/program.manifest.in ${manifest} @ONLY)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/windows/program.rc.in ${resource} @ONLY)
+  set_source_files_properties(${resource} PROPERTIES
+    OBJECT_DEPENDS "${manifest};${PROJECT_SOURCE_DIR}/data/icons/wavo.ico")
+  add_library(${target}_resources OBJECT ${resource})
+  target_sources(${target} PRIVATE $<TARGET_OBJECTS:${target}_resources>)
 endfunction()
 
 # Most of the time to compile is time to read headers: sources of a target are compiled some at a

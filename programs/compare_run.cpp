@@ -2,25 +2,18 @@
 
 #include <algorithm>
 
-#include "measure/comparison.h"
+#include "measure/reference_test.h"
 #include "measure/words.h"
 #include "programs/report_run.h"
 #include "programs/table_file.h"
-#include "report/json_writer.h"
+#include "report/comparison_report.h"
+#include "support/file_name.h"
 
 namespace wavo::programs {
 
 namespace {
 
 using tables::ColumnTable;
-
-constexpr double kLeastLikeness = 0.5;
-
-/// One axis against its band.
-struct AxisComparison {
-    std::string axis;
-    measure::Told<measure::Compared> compared;
-};
 
 std::vector<std::string> AxesOf(const ReportOptions& options, const ColumnTable& table,
                                 const ColumnTable& reference) {
@@ -34,124 +27,12 @@ std::vector<std::string> AxesOf(const ReportOptions& options, const ColumnTable&
     return axes;
 }
 
-/// Values of a run moved onto the places of the reference.
-std::vector<double> Moved(std::span<const double> values, std::size_t size, std::int64_t shift) {
-    return measure::DifferenceFrom(std::vector<double>(size, 0.0), values, shift);
-}
-
-measure::ToleranceBand BandOf(const ReportOptions& options, const std::string& axis,
-                              const std::vector<ColumnTable>& references,
-                              const std::vector<std::int64_t>& shifts) {
-    const auto first = references.front().Find(axis);
-    if (!options.spread) {
-        return measure::AbsoluteBand(first, *options.tolerance);
-    }
-    std::vector<std::vector<double>> runs;
-    for (std::size_t i = 0; i < references.size(); ++i) {
-        runs.push_back(Moved(references[i].Find(axis), first.size(), shifts[i]));
-    }
-    const std::vector<std::span<const double>> spans(runs.begin(), runs.end());
-    return measure::SpreadBand(spans, *options.spread, options.tolerance.value_or(0.0));
-}
-
-/// Where a run begins in the reference, by the axes that move.
-measure::Told<measure::Match> MatchOf(const std::vector<std::string>& axes,
-                                      const ColumnTable& reference, const ColumnTable& run) {
-    auto best = measure::Told<measure::Match>::Not("no axis to align by");
+measure::RunColumns ColumnsOf(const ColumnTable& table, const std::vector<std::string>& axes) {
+    measure::RunColumns columns;
     for (const std::string& axis : axes) {
-        auto match = measure::BestMatch(reference.Find(axis), run.Find(axis));
-        if (match && (!best || match->likeness > best->likeness)) {
-            best = std::move(match);
-        } else if (!best) {
-            best.reason = match.reason;
-        }
+        columns.push_back(table.Find(axis));
     }
-    if (best && best->likeness < kLeastLikeness) {
-        return measure::Told<measure::Match>::Not("nothing in it is like the reference");
-    }
-    return best;
-}
-
-std::string TextOf(const AxisComparison& axis, double cycle_time) {
-    if (!axis.compared) {
-        return axis.axis + ": not compared: " + axis.compared.reason;
-    }
-    const measure::Compared& c = *axis.compared;
-    return measure::Words(
-        "%s: %s; worst %s (tolerance %s) at %s s of the reference; %zu of %zu lines outside",
-        axis.axis.c_str(), c.passed ? "pass" : "FAIL", measure::Decimals(c.worst, 6).c_str(),
-        measure::Decimals(c.worst_width, 6).c_str(),
-        measure::Decimals(static_cast<double>(c.worst_at) * cycle_time, 3).c_str(), c.outside,
-        c.compared);
-}
-
-std::string JsonOf(const ReportOptions& options, const measure::Match& match,
-                   const std::vector<AxisComparison>& axes, const std::string& verdict) {
-    report::JsonWriter json;
-    json.Text("schema", "wavo-compare/1");
-    json.Text("file", options.file);
-    json.BeginArray("references");
-    for (const std::string& reference : options.references) {
-        json.Text("", reference);
-    }
-    json.EndArray();
-    json.Number("cycle_time_s", options.cycle_time);
-    json.Number("shift_lines", static_cast<double>(match.shift));
-    json.Number("likeness", match.likeness);
-    json.BeginArray("axes");
-    for (const AxisComparison& axis : axes) {
-        json.BeginObject();
-        json.Text("axis", axis.axis);
-        if (axis.compared) {
-            json.Flag("passed", axis.compared->passed);
-            json.Number("compared", static_cast<double>(axis.compared->compared));
-            json.Number("outside", static_cast<double>(axis.compared->outside));
-            json.Number("worst", axis.compared->worst);
-            json.Number("worst_tolerance", axis.compared->worst_width);
-            json.Number("worst_line", static_cast<double>(axis.compared->worst_at));
-        } else {
-            json.Text("reason", axis.compared.reason);
-        }
-        json.EndObject();
-    }
-    json.EndArray();
-    json.Text("verdict", verdict);
-    return json.Finish();
-}
-
-std::string Escaped(const std::string& text) {
-    std::string escaped;
-    for (const char c : text) {
-        escaped += c == '&'   ? std::string("&amp;")
-                   : c == '<' ? std::string("&lt;")
-                   : c == '>' ? std::string("&gt;")
-                   : c == '"' ? std::string("&quot;")
-                              : std::string(1, c);
-    }
-    return escaped;
-}
-
-std::string JunitOf(const ReportOptions& options, const std::vector<AxisComparison>& axes) {
-    std::string cases;
-    std::size_t failures = 0;
-    std::size_t errors = 0;
-    for (const AxisComparison& axis : axes) {
-        const std::string text = Escaped(TextOf(axis, options.cycle_time));
-        cases +=
-            R"(  <testcase classname="wavo_report.compare" name=")" + Escaped(axis.axis) + "\"";
-        if (axis.compared && axis.compared->passed) {
-            cases += "/>\n";
-            continue;
-        }
-        const char* element = axis.compared ? "failure" : "error";
-        ++(axis.compared ? failures : errors);
-        cases += std::string(">\n    <") + element + " message=\"" + text + "\"/>\n  </testcase>\n";
-    }
-    return measure::Words(
-               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuite name=\"%.200s\" "
-               "tests=\"%zu\" failures=\"%zu\" errors=\"%zu\">\n",
-               Escaped(options.file).c_str(), axes.size(), failures, errors) +
-           cases + "</testsuite>\n";
+    return columns;
 }
 
 /// The good runs; not told which one cannot be read, or has another cycle time than the file.
@@ -196,40 +77,39 @@ int RunCompare(const ReportOptions& options, const TableFile& file, std::string*
             return kWrongUse;
         }
     }
-    std::vector<std::int64_t> shifts;
+    std::vector<measure::RunColumns> good;
     for (const ColumnTable& reference : references) {
-        const auto match = MatchOf(axes, references.front(), reference);
-        shifts.push_back(match ? match->shift : 0);
+        good.push_back(ColumnsOf(reference, axes));
     }
-    const auto match = MatchOf(axes, references.front(), table);
-    if (!match) {
-        *error = options.file + ": " + match.reason;
+    auto compared =
+        measure::CompareRunsInSteps(axes, good, ColumnsOf(table, axes),
+                                    {options.tolerance.value_or(0.0), options.spread}, std::nullopt)
+            .Compute();
+    if (!compared) {
+        *error = options.file + ": " + compared.reason;
         return kNotEvaluated;
     }
-    std::vector<AxisComparison> compared;
-    bool all_told = true;
-    bool passed = true;
+    const report::ComparisonReport report{options.file, options.references, options.cycle_time,
+                                          std::move(*compared.value)};
+    const measure::RunComparison& comparison = report.comparison;
     *output = measure::Words(
         "begins %s s from the reference's beginning, likeness %s\n",
-        measure::Decimals(-static_cast<double>(match->shift) * options.cycle_time, 3).c_str(),
-        measure::Decimals(match->likeness, 4).c_str());
-    for (const std::string& axis : axes) {
-        compared.push_back({axis, measure::CompareWith(BandOf(options, axis, references, shifts),
-                                                       table.Find(axis), match->shift)});
-        all_told = all_told && compared.back().compared;
-        passed = passed && compared.back().compared && compared.back().compared->passed;
-        *output += TextOf(compared.back(), options.cycle_time) + "\n";
+        measure::Decimals(-static_cast<double>(comparison.shift) * options.cycle_time, 3).c_str(),
+        measure::Decimals(comparison.likeness.value_or(0.0), 4).c_str());
+    for (const measure::AxisComparison& axis : comparison.axes) {
+        *output += measure::TextOf(axis, options.cycle_time) + "\n";
     }
-    const std::string verdict = !all_told ? "not told" : passed ? "pass" : "FAIL";
-    for (const auto& [path, text] :
-         {std::pair{options.json, JsonOf(options, *match, compared, verdict)},
-          std::pair{options.junit, JunitOf(options, compared)}}) {
+    for (const auto& [path, text] : {std::pair{options.json, report::ComparisonJson(report)},
+                                     std::pair{options.junit, report::ComparisonJunit(report)}}) {
         if (!path.empty() && !WriteWholeFile(path, text)) {
-            *error = path + ": cannot be written";
+            *error = path + ": cannot be written" + FileNameFault(path);
             return kWrongUse;
         }
     }
-    return !all_told ? kNotEvaluated : passed ? 0 : 1;
+    if (!measure::IsAllTold(comparison)) {
+        return kNotEvaluated;
+    }
+    return measure::HasPassed(comparison) ? 0 : 1;
 }
 
 }  // namespace wavo::programs

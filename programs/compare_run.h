@@ -8,8 +8,8 @@
 
 namespace wavo::programs {
 
-/// Aligns each axis of the file with the first good run by best match of the first axis, compares
-/// it with the band of all of them, and writes the files asked for. As RunReport.
+/// Aligns the file and the other good runs with the first one by best match of the axis that fits
+/// best, compares it with the band of all of them, and writes the files asked for. As RunReport.
 int RunCompare(const ReportOptions& options, const TableFile& file, std::string* output,
                std::string* error);
 

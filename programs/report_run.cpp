@@ -9,6 +9,7 @@
 #include "programs/table_file.h"
 #include "report/axis_report.h"
 #include "report/circle_report.h"
+#include "support/file_name.h"
 #include "tables/column_table.h"
 
 namespace wavo::programs {
@@ -147,7 +148,7 @@ measure::Told<measure::Limits> LimitsOf(const ReportOptions& options) {
 }
 
 std::string Unwritable(const std::string& path) {
-    return path + ": cannot be written";
+    return path + ": cannot be written" + FileNameFault(path);
 }
 
 /// Axes that ought to stand still: commanded and actual ones of letters outside the plane.

@@ -2,22 +2,21 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
 #include <limits>
-#include <sstream>
+#include <span>
 #include <utility>
 
+#include "platform/data_file.h"
+#include "platform/file_name.h"
+#include "recording/recording_file.h"
 #include "recording/recording_reader.h"
+#include "support/file_name.h"
 #include "tables/table_bytes.h"
 
 namespace wavo::programs {
 
 namespace {
-
-std::filesystem::path PathOf(const std::string& path) {
-    return std::u8string(path.begin(), path.end());
-}
 
 /// Values that a report can be made of at once.
 constexpr std::uint64_t kMostValues = std::uint64_t{1} << 28U;
@@ -50,21 +49,24 @@ measure::Told<TableFile> ReadRecording(recording::RecordingReader& reader) {
 
 measure::Told<std::string> ReadWholeFile(const std::string& path) {
     using Result = measure::Told<std::string>;
-    std::error_code failure;
-    if (!std::filesystem::is_regular_file(PathOf(path), failure)) {
+    const recording::RecordingFile file(platform::DataFiles().OpenForReading(path));
+    if (!file.IsOpen()) {
         return Result::Not(path + ": no such file");
     }
-    std::ifstream stream(PathOf(path), std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    if (!stream || !text) {
+    std::uint64_t size = 0;
+    const bool is_told = platform::DataFiles().Size(file.handle(), size);
+    std::string text(is_told ? static_cast<std::size_t>(size) : 0, '\0');
+    if (!is_told || !file.ReadAt(0, std::as_writable_bytes(std::span(text)))) {
         return Result::Not(path + ": cannot be read");
     }
-    return std::move(text).str();
+    return text;
 }
 
 bool WriteWholeFile(const std::string& path, const std::string& text) {
-    std::ofstream stream(PathOf(path), std::ios::binary | std::ios::trunc);
+    if (!IsFileName(path)) {
+        return false;
+    }
+    std::ofstream stream(platform::StreamPath(path), std::ios::binary | std::ios::trunc);
     stream << text;
     stream.close();
     return !stream.fail();

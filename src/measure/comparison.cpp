@@ -5,43 +5,26 @@
 #include <limits>
 
 #include "measure/fft.h"
+#include "measure/stepped_fft.h"
 
 namespace wavo::measure {
 
-namespace {
-
-constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
-constexpr std::size_t kShortest = 8;
-
-/// The finite values less their mean, others as 0, with zeros behind up to `length`.
-std::vector<double> Centred(std::span<const double> values, std::size_t length) {
-    double shift = 0.0;
-    double sum = 0.0;
-    std::size_t count = 0;
-    for (const double value : values) {
-        if (std::isfinite(value)) {
-            shift = count == 0 ? value : shift;
-            sum += value - shift;
-            ++count;
-        }
-    }
-    const double mean = count > 0 ? sum / static_cast<double>(count) : 0.0;
-    std::vector<double> centred(length, 0.0);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        centred[i] = std::isfinite(values[i]) ? (values[i] - shift) - mean : 0.0;
-    }
-    return centred;
-}
-
-/// Sums of all values, and of their squares, before each place.
+/// Sums of all values, and of their squares, before each place. A part of coroutines that can be
+/// seen from outside, and therefore not of an unnamed namespace.
 class SumsBefore {
  public:
-    explicit SumsBefore(std::span<const double> values)
-        : m_sums(values.size() + 1, 0.0), m_squares(values.size() + 1, 0.0) {
+    /// REQUIRES: `sums` ends before the values do.
+    static Steps<bool> Take(std::span<const double> values, SumsBefore* sums) {
+        sums->m_sums.resize(values.size() + 1);
+        sums->m_squares.resize(values.size() + 1);
         for (std::size_t i = 0; i < values.size(); ++i) {
-            m_sums[i + 1] = m_sums[i] + values[i];
-            m_squares[i + 1] = m_squares[i] + values[i] * values[i];
+            sums->m_sums[i + 1] = sums->m_sums[i] + values[i];
+            sums->m_squares[i + 1] = sums->m_squares[i] + values[i] * values[i];
+            if (i % kRowsPerStep == 0) {
+                co_await Pause{};
+            }
         }
+        co_return true;
     }
 
     [[nodiscard]] double Sum(std::size_t first, std::size_t count) const {
@@ -58,6 +41,88 @@ class SumsBefore {
     std::vector<double> m_sums;
     std::vector<double> m_squares;
 };
+
+namespace {
+
+constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
+constexpr std::size_t kShortest = 8;
+
+/// The finite values less their mean, others as 0, with zeros behind up to the length of `centred`.
+Steps<bool> Centre(std::span<const double> values, std::vector<double>* centred) {
+    double shift = 0.0;
+    double sum = 0.0;
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (std::isfinite(values[i])) {
+            shift = count == 0 ? values[i] : shift;
+            sum += values[i] - shift;
+            ++count;
+        }
+        if (i % kRowsPerStep == 0) {
+            co_await Pause{};
+        }
+    }
+    const double mean = count > 0 ? sum / static_cast<double>(count) : 0.0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        (*centred)[i] = std::isfinite(values[i]) ? (values[i] - shift) - mean : 0.0;
+        if (i % kRowsPerStep == 0) {
+            co_await Pause{};
+        }
+    }
+    co_return true;
+}
+
+Steps<bool> Transform(std::span<const double> values, SteppedFft* fft) {
+    fft->Begin(values);
+    while (fft->Step()) {
+        co_await Pause{};
+    }
+    co_return true;
+}
+
+/// The sums of values[i + shift] * reference[i], at place shift, or length + shift; both are as
+/// long, with zeros behind.
+Steps<bool> Correlate(std::span<const double> reference, std::span<const double> values,
+                      std::vector<double>* products) {
+    const std::size_t length = reference.size();
+    SteppedFft ours;
+    SteppedFft theirs;
+    co_await Transform(reference, &ours);
+    co_await Transform(values, &theirs);
+    // The lines P of the products are those of real values. Real part and imaginary part, added
+    // up, are real themselves, and their transform is that of P, turned round and sheared: real
+    // part and imaginary part of it add up to the products.
+    std::vector<double> folded(length);
+    std::vector<Complex> our_lines(kRowsPerStep);
+    std::vector<Complex> their_lines(kRowsPerStep);
+    for (std::size_t first = 0; first <= length / 2; first += kRowsPerStep) {
+        const std::size_t count = std::min(kRowsPerStep, length / 2 + 1 - first);
+        ours.Lines(first, std::span(our_lines).first(count));
+        theirs.Lines(first, std::span(their_lines).first(count));
+        for (std::size_t i = 0; i < count; ++i) {
+            const Complex product = their_lines[i] * std::conj(our_lines[i]);
+            const std::size_t k = first + i;
+            folded[k] = product.real() + product.imag();
+            folded[(length - k) % length] = product.real() - product.imag();
+        }
+        co_await Pause{};
+    }
+    co_await Transform(folded, &ours);
+    products->resize(length);
+    const auto scale = 1.0 / static_cast<double>(length);
+    for (std::size_t first = 0; first <= length / 2; first += kRowsPerStep) {
+        const std::size_t count = std::min(kRowsPerStep, length / 2 + 1 - first);
+        ours.Lines(first, std::span(our_lines).first(count));
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::size_t n = first + i;
+            (*products)[n] = (our_lines[i].real() + our_lines[i].imag()) * scale;
+            (*products)[(length - n) % length] =
+                (our_lines[i].real() - our_lines[i].imag()) * scale;
+        }
+        co_await Pause{};
+    }
+    co_return true;
+}
 
 /// Places of the reference that have a partner at a shift.
 Stretch Overlap(std::size_t reference, std::size_t values, std::int64_t shift) {
@@ -76,37 +141,37 @@ double ValueAt(std::span<const double> values, std::size_t place, std::int64_t s
 
 }  // namespace
 
-Told<Match> BestMatch(std::span<const double> reference, std::span<const double> values,
-                      double least) {
+Steps<Told<Match>> BestMatchInSteps(std::span<const double> reference,
+                                    std::span<const double> values, double least) {
     const std::size_t shorter = std::min(reference.size(), values.size());
     if (shorter < kShortest) {
-        return Told<Match>::Not("too few values to align");
+        co_return Told<Match>::Not("too few values to align");
     }
-    const std::size_t length = GoodLengthFrom(reference.size() + values.size() - 1);
-    const auto ours = Centred(reference, length);
-    const auto theirs = Centred(values, length);
-    const SumsBefore our_sums({ours.data(), reference.size()});
-    const SumsBefore their_sums({theirs.data(), values.size()});
+    // Even, so that two values are transformed as one.
+    const std::size_t length = 2 * GoodLengthFrom((reference.size() + values.size()) / 2);
+    std::vector<double> ours(length, 0.0);
+    std::vector<double> theirs(length, 0.0);
+    co_await Centre(reference, &ours);
+    co_await Centre(values, &theirs);
+    SumsBefore our_sums;
+    SumsBefore their_sums;
+    co_await SumsBefore::Take({ours.data(), reference.size()}, &our_sums);
+    co_await SumsBefore::Take({theirs.data(), values.size()}, &their_sums);
     const double whole = our_sums.WholeEnergy() * their_sums.WholeEnergy();
     if (whole == 0.0) {
-        return Told<Match>::Not("nothing moves: no best match");
+        co_return Told<Match>::Not("nothing moves: no best match");
     }
-    Fft fft;
-    std::vector<Complex> our_lines;
-    std::vector<Complex> their_lines;
-    fft.Forward(ours, &our_lines);
-    fft.Forward(theirs, &their_lines);
-    for (std::size_t k = 0; k < our_lines.size(); ++k) {
-        their_lines[k] *= std::conj(our_lines[k]);
-    }
-    std::vector<double> products;  // at place shift, or length + shift
-    fft.Inverse(their_lines, length, &products);
+    std::vector<double> products;
+    co_await Correlate(ours, theirs, &products);
     const auto least_overlap = static_cast<std::size_t>(least * static_cast<double>(shorter));
     Match best;
     best.likeness = -2.0;
     const auto first = -static_cast<std::int64_t>(reference.size()) + 1;
     const auto end = static_cast<std::int64_t>(values.size());
     for (std::int64_t shift = first; shift < end; ++shift) {
+        if ((shift - first) % static_cast<std::int64_t>(kRowsPerStep) == 0) {
+            co_await Pause{};
+        }
         const Stretch overlap = Overlap(reference.size(), values.size(), shift);
         if (overlap.Size() < std::max(least_overlap, kShortest)) {
             continue;
@@ -124,7 +189,13 @@ Told<Match> BestMatch(std::span<const double> reference, std::span<const double>
             best = {shift, product / std::sqrt(energy), overlap.Size()};
         }
     }
-    return best.overlap > 0 ? Told<Match>(best) : Told<Match>::Not("nothing moves: no best match");
+    co_return best.overlap > 0 ? Told<Match>(best)
+                               : Told<Match>::Not("nothing moves: no best match");
+}
+
+Told<Match> BestMatch(std::span<const double> reference, std::span<const double> values,
+                      double least) {
+    return BestMatchInSteps(reference, values, least).Compute();
 }
 
 std::vector<double> DifferenceFrom(std::span<const double> reference,
@@ -140,14 +211,17 @@ ToleranceBand AbsoluteBand(std::span<const double> reference, double width) {
     return {{reference.begin(), reference.end()}, std::vector<double>(reference.size(), width)};
 }
 
-ToleranceBand SpreadBand(std::span<const std::span<const double>> runs, double times,
-                         double least) {
+Steps<ToleranceBand> SpreadBandInSteps(std::vector<std::span<const double>> runs, double times,
+                                       double least) {
     std::size_t size = 0;
     for (const auto run : runs) {
         size = std::max(size, run.size());
     }
     ToleranceBand band{std::vector<double>(size, kNoValue), std::vector<double>(size, kNoValue)};
     for (std::size_t i = 0; i < size; ++i) {
+        if (i % kRowsPerStep == 0) {
+            co_await Pause{};
+        }
         double shift = 0.0;
         double mean = 0.0;
         double squares = 0.0;
@@ -167,14 +241,22 @@ ToleranceBand SpreadBand(std::span<const std::span<const double>> runs, double t
             band.width[i] = std::max(least, times * std::sqrt(squares / (count - 1.0)));
         }
     }
-    return band;
+    co_return band;
 }
 
-Told<Compared> CompareWith(const ToleranceBand& band, std::span<const double> values,
-                           std::int64_t shift) {
+ToleranceBand SpreadBand(std::span<const std::span<const double>> runs, double times,
+                         double least) {
+    return SpreadBandInSteps({runs.begin(), runs.end()}, times, least).Compute();
+}
+
+Steps<Told<Compared>> CompareInSteps(const ToleranceBand& band, std::span<const double> values,
+                                     std::int64_t shift) {
     Compared result;
     double furthest = -std::numeric_limits<double>::infinity();
     for (std::size_t i = 0; i < band.middle.size(); ++i) {
+        if (i % kRowsPerStep == 0) {
+            co_await Pause{};
+        }
         const double difference = ValueAt(values, i, shift) - band.middle[i];
         if (!std::isfinite(difference) || std::isnan(band.width[i])) {
             continue;
@@ -190,10 +272,15 @@ Told<Compared> CompareWith(const ToleranceBand& band, std::span<const double> va
         }
     }
     if (result.compared == 0) {
-        return Told<Compared>::Not("the runs have no values in common");
+        co_return Told<Compared>::Not("the runs have no values in common");
     }
     result.passed = result.outside == 0;
-    return result;
+    co_return result;
+}
+
+Told<Compared> CompareWith(const ToleranceBand& band, std::span<const double> values,
+                           std::int64_t shift) {
+    return CompareInSteps(band, values, shift).Compute();
 }
 
 }  // namespace wavo::measure

@@ -1,4 +1,5 @@
-// Comparing curves with those of a good run: alignment, difference, tolerance band.
+// Comparing curves with those of a good run: alignment, difference, tolerance band. Those that take
+// long there are in steps, too.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +9,7 @@
 
 #include "measure/figure.h"
 #include "measure/series.h"
+#include "measure/steps.h"
 
 namespace wavo::measure {
 
@@ -23,6 +25,8 @@ struct Match {
 /// too short or do not move.
 Told<Match> BestMatch(std::span<const double> reference, std::span<const double> values,
                       double least = 0.5);
+Steps<Told<Match>> BestMatchInSteps(std::span<const double> reference,
+                                    std::span<const double> values, double least = 0.5);
 
 /// Values less the reference, place by place of the reference; NaN where either is missing.
 std::vector<double> DifferenceFrom(std::span<const double> reference,
@@ -40,6 +44,8 @@ ToleranceBand AbsoluteBand(std::span<const double> reference, double width);
 /// The mean of several good runs, and `times` their standard deviation, at least `least`. Places
 /// that fewer than two runs have are NaN. REQUIRES: two runs or more, aligned.
 ToleranceBand SpreadBand(std::span<const std::span<const double>> runs, double times, double least);
+Steps<ToleranceBand> SpreadBandInSteps(std::vector<std::span<const double>> runs, double times,
+                                       double least);
 
 struct Compared {
     bool passed = false;
@@ -53,5 +59,7 @@ struct Compared {
 /// Not told where nothing could be compared.
 Told<Compared> CompareWith(const ToleranceBand& band, std::span<const double> values,
                            std::int64_t shift);
+Steps<Told<Compared>> CompareInSteps(const ToleranceBand& band, std::span<const double> values,
+                                     std::int64_t shift);
 
 }  // namespace wavo::measure

@@ -36,6 +36,11 @@ bool StandardErrorIsTerminal() noexcept;
 bool HasStandardOutput() noexcept;
 bool HasStandardError() noexcept;
 
+/// Windows: writes to the console of the program that started this one, which a program with
+/// windows has no stream to, on a new line: the console does not wait, and its prompt stands in the
+/// old one. False when there is none, which is so on every other system.
+bool WriteToConsoleOfStarter(const std::string& text) noexcept;
+
 /// Lets the terminal of the process, if there is one, understand control sequences and UTF-8.
 /// Terminals of POSIX systems do; on Windows they have to be told.
 void PrepareTerminal() noexcept;

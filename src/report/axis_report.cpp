@@ -11,6 +11,7 @@
 #include "report/ink.h"
 #include "report/page.h"
 #include "report/pdf_file.h"
+#include "report/reduced_points.h"
 
 namespace wavo::report {
 
@@ -20,7 +21,6 @@ using measure::Decimals;
 using measure::NamedFigure;
 
 constexpr double kNoPoint = std::numeric_limits<double>::quiet_NaN();
-constexpr std::size_t kMostPoints = 3000;
 
 QString Words(const std::string& text) {
     return QString::fromStdString(text);
@@ -65,29 +65,6 @@ std::vector<NamedFigure> ContourFigures(const AxisReport& report) {
                    report.contour.largest_following)};
 }
 
-/// What a stretch of lines shows: the smallest and the largest value of each piece.
-template <typename Value>
-std::vector<QPointF> Reduced(const measure::Stretch& stretch, double cycle_time, Value value) {
-    std::vector<QPointF> points;
-    const std::size_t pieces = std::min(stretch.Size(), kMostPoints / 2);
-    for (std::size_t piece = 0; piece < pieces; ++piece) {
-        const std::size_t first = stretch.first + piece * stretch.Size() / pieces;
-        const std::size_t end = stretch.first + (piece + 1) * stretch.Size() / pieces;
-        double low = kNoPoint;
-        double high = kNoPoint;
-        for (std::size_t i = first; i < end; ++i) {
-            low = std::fmin(low, value(i));
-            high = std::fmax(high, value(i));
-        }
-        const double time = static_cast<double>(first) * cycle_time;
-        points.emplace_back(time, low);
-        if (high != low && !std::isnan(high)) {
-            points.emplace_back(time, high);
-        }
-    }
-    return points;
-}
-
 /// The lines that the charts show: all, or those about the first step where there are no moves.
 measure::Stretch ShownOf(const AxisPart& part) {
     const auto& motion = part.result.motion;
@@ -110,10 +87,12 @@ Chart PositionChart(const AxisPart& part) {
     chart.y_title = QStringLiteral("position in mm");
     chart.x_first = static_cast<double>(shown.first) * cycle;
     chart.x_last = static_cast<double>(shown.end) * cycle;
-    chart.curves.push_back({Reduced(shown, cycle, [&](std::size_t i) { return part.commanded[i]; }),
-                            kCounterClockwiseInk, false, Words(part.names.commanded)});
-    chart.curves.push_back({Reduced(shown, cycle, [&](std::size_t i) { return part.actual[i]; }),
-                            kClockwiseInk, true, Words(part.names.actual)});
+    chart.curves.push_back(
+        {ReducedPoints(shown, cycle, [&](std::size_t i) { return part.commanded[i]; }),
+         kCounterClockwiseInk, false, Words(part.names.commanded)});
+    chart.curves.push_back(
+        {ReducedPoints(shown, cycle, [&](std::size_t i) { return part.actual[i]; }), kClockwiseInk,
+         true, Words(part.names.actual)});
     return chart;
 }
 
@@ -121,10 +100,10 @@ Chart FollowingChart(const AxisPart& part) {
     Chart chart = PositionChart(part);
     chart.y_title = QStringLiteral("following error in µm");
     chart.curves = {
-        {Reduced(ShownOf(part), part.result.cycle_time,
-                 [&](std::size_t i) {
-                     return (part.commanded[i] - part.actual[i]) * measure::kMicrometres;
-                 }),
+        {ReducedPoints(ShownOf(part), part.result.cycle_time,
+                       [&](std::size_t i) {
+                           return (part.commanded[i] - part.actual[i]) * measure::kMicrometres;
+                       }),
          kCounterClockwiseInk, false, Words(part.names.commanded + " - " + part.names.actual)}};
     return chart;
 }
@@ -365,9 +344,10 @@ Chart ContourChart(std::span<const double> errors, double cycle_time) {
     chart.x_title = QStringLiteral("time in s");
     chart.y_title = QStringLiteral("contour error in µm");
     chart.x_last = static_cast<double>(std::max<std::size_t>(errors.size(), 1)) * cycle_time;
-    chart.curves = {{Reduced({0, errors.size()}, cycle_time,
-                             [&](std::size_t i) { return errors[i] * measure::kMicrometres; }),
-                     kCounterClockwiseInk, false, QStringLiteral("distance from the path")}};
+    chart.curves = {
+        {ReducedPoints({0, errors.size()}, cycle_time,
+                       [&](std::size_t i) { return errors[i] * measure::kMicrometres; }),
+         kCounterClockwiseInk, false, QStringLiteral("distance from the path")}};
     return chart;
 }
 

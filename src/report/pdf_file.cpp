@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "report/circle_report.h"
+#include "support/file_name.h"
 
 namespace wavo::report {
 
@@ -18,7 +19,7 @@ constexpr int kDotsPerInch = 1200;
 bool WritePdf(const QString& path, const QString& title, int pages,
               const std::function<void(QPainter&, int)>& paint) {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
+    if (!IsFileName(path.toStdString()) || !file.open(QIODevice::WriteOnly)) {
         return false;
     }
     {

@@ -74,6 +74,8 @@ class OpenRecording {
     [[nodiscard]] const std::string& Path() const {
         return m_opened.source.empty() ? m_opened.path : m_opened.source;
     }
+    /// How it was opened: it can be again.
+    [[nodiscard]] const RecordingToOpen& Opened() const { return m_opened; }
     /// What the user should know of that file, beside the notices of the reader.
     [[nodiscard]] const std::vector<std::string>& Notices() const { return m_opened.notices; }
     /// Tells it from every other one that was opened, also from one that has its address.

@@ -10,6 +10,7 @@
 #include "platform/last_error.h"
 #include "support/diagnostics.h"
 #include "support/fast_file.h"
+#include "support/file_name.h"
 #include "support/number_text.h"
 
 namespace wavo {
@@ -140,7 +141,8 @@ std::uint64_t SaveValues::RowCount() const {
 
 Expected<SaveValues::Ending> SaveValues::CreateDataFile(const Progress& progress) const {
     DataFile file(m_settings.data_file);
-    const Fault failed{"cannot write " + m_settings.data_file};
+    const Fault failed{"cannot write " + m_settings.data_file +
+                       FileNameFault(m_settings.data_file)};
     if (!file.IsOpen() || !file.Write(Header())) {
         return failed;
     }

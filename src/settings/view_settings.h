@@ -27,6 +27,7 @@ struct ViewSettings {
     std::int32_t trace_level = kDefaultTraceLevel;  ///< of the trace channel "default"
     bool show_graph_editor = true;
     ExportSettings export_settings;
+    bool line_styles = false;  ///< curves are told apart by their dashes, too
 
     friend bool operator==(const ViewSettings&, const ViewSettings&) = default;
 };

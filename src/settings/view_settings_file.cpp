@@ -16,6 +16,10 @@ namespace {
 /// A face name longer than this is refused; one as long is cut to what the record holds.
 constexpr std::size_t kLongestAcceptedFaceName = 32;
 
+// Written once it was wanted: other programs that read the file do not know it.
+constexpr char kCurves[] = "CURVES";
+constexpr char kLineStyles[] = "LineStyles";
+
 bool OpenStore(MIniData& store, const std::string& path) {
     if (!store.Open(path)) {
         MERRLOG(settings_texts::kNotOpened, path.c_str());
@@ -157,6 +161,7 @@ void GetPropertiesFromIniData(const MIniData& store, ViewSettings& settings) {
     settings.trace_level = trace_level > kHighestTraceLevel ? kDefaultTraceLevel : trace_level;
     settings.show_graph_editor = WholeNumber(store, "AX_EDIT", "ShowDialog").value_or(1) != 0;
     settings.export_settings = ReadExportSettings(store);
+    settings.line_styles = WholeNumber(store, kCurves, kLineStyles).value_or(0) != 0;
 }
 
 bool PutPropertiesIntoIniData(const ViewSettings& settings, MIniData& store) {
@@ -180,6 +185,9 @@ bool PutPropertiesIntoIniData(const ViewSettings& settings, MIniData& store) {
     set_string("DATA_EXPORT", "DecimalPoint", std::string_view(&values.decimal_point, 1));
     set_string("DATA_EXPORT", "EndOfLine", FormatCharacters(values.end_of_line));
     set_string("DATA_EXPORT", "File", values.data_file);
+    if (settings.line_styles || Entry(store, kCurves, kLineStyles).has_value()) {
+        set_long(kCurves, kLineStyles, settings.line_styles ? 1 : 0);
+    }
     return all_set;
 }
 

@@ -8,6 +8,10 @@
 #include <limits>
 #include <system_error>
 
+#include "platform/file.h"
+#include "platform/file_name.h"
+#include "support/file_name.h"
+
 namespace wavo::tables {
 
 namespace {
@@ -18,11 +22,14 @@ constexpr std::string_view kGzipMagic = "\x1f\x8b";
 }  // namespace
 
 Expected<std::unique_ptr<TableBytes>> TableBytes::Open(const std::string& path) {
-    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
-    std::error_code failure;
-    if (!std::filesystem::exists(file, failure)) {
+    if (!IsFileName(path)) {
+        return Fault{path + ": cannot be read" + FileNameFault(path)};
+    }
+    if (!platform::Files().Exists(path)) {
         return Fault{path + ": no such file"};
     }
+    const std::filesystem::path file = platform::StreamPath(path);
+    std::error_code failure;
     std::unique_ptr<TableBytes> bytes(new TableBytes);
     bytes->m_file.open(file, std::ios::binary);
     if (!bytes->m_file || std::filesystem::is_directory(file, failure)) {

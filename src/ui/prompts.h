@@ -16,6 +16,7 @@
 #include <vector>
 
 class QPrinter;
+class QUrl;
 class QWidget;
 
 namespace wavo {
@@ -54,7 +55,7 @@ struct SeveralQuestion {
     QStringList rows;
 };
 
-/// The questions. But for open_manual none may be empty where it is asked.
+/// The questions. None may be empty where it is asked.
 struct Prompts {
     /// Shows a box. Closing it answers with the button that changes nothing.
     std::function<BoxAnswer(QWidget* parent, const Box& box)> box;
@@ -80,8 +81,8 @@ struct Prompts {
                        const std::function<void(QPrinter&)>& paint)>
         print_preview;
 
-    /// Shows the manual at the place of that name. Empty where there is none.
-    std::function<void(QWidget* parent, const std::string& anchor)> open_manual;
+    /// Shows a page, of a file of this computer, in the system's browser; false when there is none.
+    std::function<bool(QWidget* parent, const QUrl& page)> open_page;
 
     /// False: nobody can answer, dialogs of other kinds included.
     bool is_somebody_there = true;

@@ -13,7 +13,7 @@ bool HasStopped(const GraphDraw& drawer) {
 
 bool LookAlike(const ViewSettings& a, const ViewSettings& b) {
     return a.background == b.background && a.font == b.font && a.scale_lines_x == b.scale_lines_x &&
-           a.scale_lines_y == b.scale_lines_y;
+           a.scale_lines_y == b.scale_lines_y && a.line_styles == b.line_styles;
 }
 
 }  // namespace
@@ -72,7 +72,8 @@ std::vector<std::string> GraphBoard::CreateAllGraphRects(const QRect& area, doub
     GraphDrawHost& host = *this;
     const std::vector<WavoGraph>& graphs = m_graphs.Graphs();
     const std::vector<QRect> rectangles = SplitGraphArea(area, graphs.size());
-    const GraphDisplaySettings display{settings.background, settings.font, m_units};
+    const GraphDisplaySettings display{settings.background, settings.font, m_units,
+                                       settings.line_styles};
     for (std::size_t i = 0; i < graphs.size(); ++i) {
         WavoGraph graph = graphs[i];
         if (m_of_recording) {
@@ -118,6 +119,15 @@ void GraphBoard::Layout(const QRect& area) {
     const std::vector<QRect> rectangles = SplitGraphArea(area, m_drawers.size());
     for (std::size_t i = 0; i < m_drawers.size(); ++i) {
         m_drawers[i]->SetRectangle(rectangles[i]);
+    }
+}
+
+void GraphBoard::SetLineStyles(bool shown) {
+    m_looks.line_styles = m_looks_aside.line_styles = shown;
+    for (const auto* const drawers : {&m_drawers, &m_aside}) {
+        for (const auto& drawer : *drawers) {
+            drawer->SetLineStyles(shown);
+        }
     }
 }
 

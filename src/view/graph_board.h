@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -60,6 +61,10 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     bool BringBack(const QRect& area, const std::vector<std::string>& axis_names,
                    const ViewSettings& settings);
 
+    /// All drawers, those that were set aside too, tell curves apart by their dashes from the next
+    /// step on, or do no more.
+    void SetLineStyles(bool shown);
+
     /// Moves every drawer to its place in `area`.
     void Layout(const QRect& area);
 
@@ -73,6 +78,10 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     /// Paints what steps have left unpainted.
     void PaintAll(QImage& picture);
 
+    /// What lies behind the curves of a graph, asked in each drawing; empty: nothing.
+    using Behind = std::function<std::optional<BackRun>(const GraphDraw& graph)>;
+    void SetBehind(Behind behind) { m_behind = std::move(behind); }
+
     // ShownGraphs
     [[nodiscard]] const WavoGraph* Shown(std::uint32_t number) const override;
     [[nodiscard]] bool IsAnyStopped() const override;
@@ -82,6 +91,9 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
  private:
     // GraphDrawHost
     void RecordingEnded() override { m_recording_ended(); }
+    std::optional<BackRun> BehindOf(const GraphDraw& graph) override {
+        return m_behind ? m_behind(graph) : std::nullopt;
+    }
 
     void DetachValues();
     [[nodiscard]] GraphStreams StreamsOf(const WavoGraph& graph, double cycle_time);
@@ -89,6 +101,7 @@ class GraphBoard final : public ShownGraphs, private GraphDrawHost {
     const GraphList& m_graphs;
     ValueStreams& m_streams;
     const std::function<void()> m_recording_ended;
+    Behind m_behind;
     std::vector<std::unique_ptr<GraphDraw>> m_drawers;
     std::vector<std::unique_ptr<GraphDraw>> m_aside;
     ViewSettings m_looks_aside;  // that those were made with

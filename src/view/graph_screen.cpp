@@ -11,6 +11,13 @@
 
 namespace wavo {
 
+namespace {
+
+/// Rows of pixels that the editor leaves to the graphs where there are as many again.
+constexpr int kLeastGraphs = 120;
+
+}  // namespace
+
 GraphScreen::GraphScreen(QWidget& widget, QWidget& editor, Session& session, GraphBoard& board,
                          std::function<void()> stopped)
     : m_widget(widget),
@@ -57,10 +64,24 @@ void GraphScreen::ShowEditor(bool show) {
     LayOut();
 }
 
+bool GraphScreen::ShowsLineStyles() const {
+    return m_session.Settings().Current().line_styles;
+}
+
+void GraphScreen::SwitchLineStyles() {
+    ViewSettings& settings = m_session.Settings().Current();
+    settings.line_styles = !settings.line_styles;
+    m_session.SaveSettings();
+    m_board.SetLineStyles(settings.line_styles);
+    DrawAndShow();
+}
+
 void GraphScreen::LayOut() {
     if (IsEditorShown()) {
         const int width = m_widget.width();
-        m_editor.setGeometry(0, 0, width, m_editor.heightForWidth(width));
+        // It scrolls where it would leave nothing for the graphs.
+        const int most = std::max(m_widget.height() - kLeastGraphs, m_widget.height() / 2);
+        m_editor.setGeometry(0, 0, width, std::min(m_editor.heightForWidth(width), most));
     }
     if (IsFooterShown()) {
         const int height = m_footer->sizeHint().height();

@@ -57,6 +57,11 @@ class GraphScreen {
     /// Shows or hides the editor; the graphs take what is left. Draws nothing.
     void ShowEditor(bool show);
 
+    /// Tells curves apart by their dashes, or does so no more; shown at once, and kept in the
+    /// settings file.
+    void SwitchLineStyles();
+    [[nodiscard]] bool ShowsLineStyles() const;
+
     /// The widget has another size, or the footer was shown or hidden.
     void Resize();
     /// Makes all graphs of the document anew; draws nothing. Returns faults for the user.

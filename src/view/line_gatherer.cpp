@@ -97,6 +97,9 @@ bool LineGatherer::Copy(const GatheredLines& what, std::int64_t first,
         return false;
     }
     for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].empty()) {
+            continue;
+        }
         std::ranges::fill(columns[i], std::numeric_limits<double>::quiet_NaN());
         const std::string& axis = m_tapped->Columns()[i];
         if (recording != nullptr) {

@@ -55,7 +55,8 @@ class LineGatherer {
     [[nodiscard]] std::string Name() const;
 
     /// The first of the columns that are taken, as many as there are spans, from line `first` on;
-    /// NaN where there is no value. False: what was to be copied has gone.
+    /// NaN where there is no value. Nothing of those whose span is empty. False: what was to be
+    /// copied has gone.
     bool Copy(const GatheredLines& what, std::int64_t first,
               std::span<const std::span<double>> columns) const;
 

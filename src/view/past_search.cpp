@@ -5,6 +5,7 @@
 #include <ranges>
 #include <utility>
 
+#include "session/trigger_terms.h"
 #include "ui/dialogs/export_progress.h"
 
 namespace wavo {
@@ -72,28 +73,11 @@ const WavoGraph* PastSearch::Graph() const {
 }
 
 std::vector<ConditionTerm> PastSearch::Terms() const {
-    std::vector<ConditionTerm> terms;
     const WavoGraph* const graph = Graph();
-    if (graph == nullptr) {
-        return terms;
-    }
-    const std::size_t axes = std::min(graph->YCoorAxName.size(), graph->Triggers.size());
-    for (std::size_t i = 0; i < axes; ++i) {
-        const TriggerEntry& trigger = graph->Triggers[i];
-        const bool is_above = trigger.TriggerType == TriggerTypeCode::kStartAbove ||
-                              trigger.TriggerType == TriggerTypeCode::kStopAbove;
-        const std::int32_t order =
-            i < graph->YCoorAxDerivation.size() ? std::max(0, graph->YCoorAxDerivation[i]) : 0;
-        History* const history =
-            TestOfTrigger(trigger.TriggerType) == nullptr
-                ? nullptr
-                : m_session.Recording()->StreamOf(graph->YCoorAxName[i], order);
-        if (history != nullptr) {
-            terms.push_back({history, is_above ? TriggerSide::kAbove : TriggerSide::kBelow,
-                             trigger.TriggerValue});
-        }
-    }
-    return terms;
+    return graph == nullptr ? std::vector<ConditionTerm>()
+                            : TriggerTerms(*graph, [this](const std::string& axis, int order) {
+                                  return m_session.Recording()->StreamOf(axis, order);
+                              });
 }
 
 bool PastSearch::IsEnabled(CommandId id) const {

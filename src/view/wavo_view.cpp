@@ -31,7 +31,7 @@ std::function<PlotSize(std::uint32_t)> PlotSizesOf(const GraphBoard& board) {
 }  // namespace
 
 CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<ValueSource> source)
-    : QWidget(parent),
+    : QWidget(WithAccessibleGraphs(parent)),
       m_source(std::move(source)),
       m_editor(std::make_unique<CAxSelect>(this, prompts, this,
                                            [this] {
@@ -78,7 +78,7 @@ CWavoView::CWavoView(const Prompts& prompts, QWidget* parent, std::unique_ptr<Va
     setMouseTracking(true);
     setAccessibleName(QStringLiteral("Graphs"));
     setAccessibleDescription(QStringLiteral("The curves of the values that the master sends"));
-    MakeGraphsAccessible();
+    MakeGraphsAccessible(*this);
     m_editor->hide();
     m_zooms.SetPast(&m_past.Window());
     m_editor->SetAxisLimits(&m_session.Source().Limits());

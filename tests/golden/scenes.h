@@ -23,6 +23,8 @@ std::vector<Scene> AxisScenes();
 std::vector<Scene> LabelScenes();
 std::vector<Scene> LooksScenes();
 std::vector<Scene> ComputedScenes();
+std::vector<Scene> DialogScenes();
+std::vector<Scene> ReferenceScenes();
 
 /// All of them.
 std::vector<Scene> AllScenes();

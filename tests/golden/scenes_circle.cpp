@@ -1,4 +1,4 @@
-// The pictures of the circle test and the axis test in the user guide: a good machine, and one that
+// The pictures of the circle test and the axis test in the manual: a good machine, and one that
 // wants work.
 #include <QCoreApplication>
 #include <QLineEdit>

@@ -1,4 +1,4 @@
-// The pictures of the user guide: windows as a user sees them.
+// The pictures of the manual: windows as a user sees them.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QMainWindow>
@@ -226,12 +226,10 @@ std::vector<Scene> AllScenes() {
                               {"measurements", Measurements},
                               {"measurements_dark", MeasurementsInTheDark},
                               {"measurements_at_the_edge", MeasurementsAtTheEdge}};
-    const std::vector<Scene> computed = ComputedScenes();
-    scenes.insert(scenes.end(), computed.begin(), computed.end());
-    const std::vector<Scene> circles = CircleScenes();
-    scenes.insert(scenes.end(), circles.begin(), circles.end());
-    const std::vector<Scene> recordings = RecordingScenes();
-    scenes.insert(scenes.end(), recordings.begin(), recordings.end());
+    for (const auto& more :
+         {ComputedScenes(), CircleScenes(), RecordingScenes(), ReferenceScenes(), DialogScenes()}) {
+        scenes.insert(scenes.end(), more.begin(), more.end());
+    }
     return scenes;
 }
 

@@ -1,4 +1,4 @@
-// The pictures of the user guide that show computed axes.
+// The pictures of the manual that show computed axes.
 #include <QLineEdit>
 #include <QTableWidget>
 #include <QTemporaryDir>

@@ -90,6 +90,68 @@ QImage AmongOthers() {
     return scope.Image();
 }
 
+/// Eight curves of little difference: as many as there are line styles.
+WavoGraph EightCurves(double range) {
+    WavoGraph graph = TimeGraph(range);
+    for (int curve = 0; curve < 8; ++curve) {
+        AddCurve(graph, std::string(1, static_cast<char>('A' + curve)), kGreen,
+                 ManualScale(-10.0, 10.0));
+    }
+    return graph;
+}
+
+std::vector<std::vector<double>> EightWaves(int count, double period) {
+    std::vector<std::vector<double>> waves;
+    for (int curve = 0; curve < 8; ++curve) {
+        waves.push_back(Sine(count, period, 1.0 + 0.5 * curve, 7.0 - 2.0 * curve));
+    }
+    return waves;
+}
+
+ScopeLooks LineStyleLooks(const QSize& size) {
+    ScopeLooks looks = Looks(size, Qt::white);
+    looks.settings.line_styles = true;
+    return looks;
+}
+
+QImage LineStylesOfManySamples() {
+    return PictureOf(EightCurves(20.0), EightWaves(2000, 500.0), LineStyleLooks(QSize(560, 260)));
+}
+
+QImage LineStylesOfFewSamples() {
+    return PictureOf(EightCurves(1.0), EightWaves(100, 40.0), LineStyleLooks(QSize(560, 260)));
+}
+
+/// What falls and rises at once, and noise.
+QImage LineStylesOfEdges() {
+    WavoGraph graph = TimeGraph(20.0);
+    AddCurve(graph, "solid", kYellow, ManualScale(-10.0, 10.0));
+    AddCurve(graph, "noise", kGreen, ManualScale(-10.0, 10.0));
+    AddCurve(graph, "steps", kBlue, ManualScale(-10.0, 10.0));
+    std::vector<double> noise = Sine(2000, 2.7, 3.0, 5.0);
+    std::vector<double> steps;
+    for (int i = 0; i < 2000; ++i) {
+        steps.push_back(i / 130 % 2 == 0 ? -8.0 : -1.0);
+    }
+    ScopeLooks looks = Looks(QSize(480, 160));
+    looks.settings.line_styles = true;
+    return PictureOf(graph, {Sine(2000, 1300.0, 8.0), noise, steps}, looks);
+}
+
+QImage LineStylesOverAnAxis() {
+    WavoGraph graph = AxisGraph(8.0, ManualScale(-100.0, 100.0), ManualScale(-100.0, 100.0));
+    AddCurve(graph, "Z", kRed, ManualScale(-100.0, 100.0));
+    AddCurve(graph, "W", kBlue, ManualScale(-100.0, 100.0));
+    graph.YCoorAxColor[0] = kGreen;
+    ScopeLooks looks = Looks(QSize(300, 260));
+    looks.ratio = 2.0;
+    looks.settings.line_styles = true;
+    return PictureOf(graph,
+                     {Sine(700, 400.0, 90.0), Sine(700, 400.0, 60.0), Sine(700, 200.0, 30.0),
+                      Sine(700, 400.0, 90.0, 0.0, 0.25)},
+                     looks);
+}
+
 }  // namespace
 
 std::vector<Scene> LooksScenes() {
@@ -104,6 +166,10 @@ std::vector<Scene> LooksScenes() {
         {"state_waiting_on_white", &WaitingOnWhite},
         {"hidpi_2", &HiDpi2},
         {"among_others", &AmongOthers},
+        {"line_styles_many_samples", &LineStylesOfManySamples},
+        {"line_styles_few_samples", &LineStylesOfFewSamples},
+        {"line_styles_edges", &LineStylesOfEdges},
+        {"line_styles_over_an_axis", &LineStylesOverAnAxis},
     };
 }
 

@@ -1,4 +1,4 @@
-// The pictures of the user guide that show recordings: the window, and the dialogs for tables and
+// The pictures of the manual that show recordings: the window, and the dialogs for tables and
 // parts.
 #include <QDir>
 #include <QTemporaryDir>
@@ -43,7 +43,8 @@ std::vector<double> LineOfNight(std::uint64_t line) {
     return {rounded((50.0 + spike) * std::cos(turn)), rounded((50.0 + spike) * std::sin(turn))};
 }
 
-/// A recording of axes X and Y with a gap and two events.
+}  // namespace
+
 void WriteNight(const std::string& path) {
     recording::RecordingHead head = MakeHead(2);
     head.axis_names = {"X", "Y"};
@@ -72,6 +73,8 @@ void WriteNight(const std::string& path) {
     append(kLostFrom + kLost, kNightLines, kLost);
     RequireNoFault((*writer)->Finish());
 }
+
+namespace {
 
 WavoGraph GraphOf(std::uint32_t number, const std::vector<std::string>& axes, std::int32_t order) {
     constexpr ColorRef kColors[] = {kYellow, kBlue};

@@ -1,6 +1,7 @@
-// The pictures of the user guide that show recordings.
+// The pictures of the manual that show recordings.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "golden/scenes.h"
@@ -8,6 +9,9 @@
 namespace wavo::testing {
 
 /// Recordings, and the dialogs for tables and parts of recordings.
+/// Writes a recording of axes X and Y with two circles, a gap and two events.
+void WriteNight(const std::string& path);
+
 std::vector<Scene> RecordingScenes();
 
 }  // namespace wavo::testing

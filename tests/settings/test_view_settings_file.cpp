@@ -251,6 +251,29 @@ TEST_F(ViewSettingsFile, TheGraphEditorIsShownUnlessZero) {
     EXPECT_FALSE(ReadWith("AX_EDIT", "ShowDialog", "0").show_graph_editor);
 }
 
+TEST_F(ViewSettingsFile, LineStylesAreShownWhereAKeySaysSo) {
+    MIniData store;
+    for (const auto& [text, shown] : std::vector<std::pair<const char*, bool>>{
+             {"1", true}, {"2", true}, {"0", false}, {"", false}, {"yes", false}, {"1.5", false}}) {
+        store.SetStringEntry("CURVES", "LineStyles", text);
+        PutPropertiesIntoIniData(OtherSettings(), store);
+        store.SetStringEntry("CURVES", "LineStyles", text);
+        EXPECT_EQ(ReadStore(store).line_styles, shown) << text;
+    }
+}
+
+TEST_F(ViewSettingsFile, LineStylesAreWrittenOnceTheyWereWanted) {
+    ViewSettings settings = OtherSettings();
+    settings.line_styles = true;
+    EXPECT_TRUE(WriteProperties(Path(), settings));
+    EXPECT_EQ(Text(), std::string(kOtherText) + "[CURVES]\r\nLineStyles=1\r\n");
+    EXPECT_EQ(Read(), settings);
+    settings.line_styles = false;
+    EXPECT_TRUE(WriteProperties(Path(), settings));
+    EXPECT_EQ(Text(), std::string(kOtherText) + "[CURVES]\r\nLineStyles=0\r\n");
+    EXPECT_EQ(Read(), settings);
+}
+
 TEST_F(ViewSettingsFile, SeparatorIsOneCharacter) {
     for (const auto& [text, separator] :
          std::vector<std::pair<const char*, char>>{{kWithout, ','},

@@ -37,6 +37,9 @@ for program in "$work"/*/usr/bin/*; do
 done
 [ $programs = 6 ] || fails "$programs programs, not 6"
 
+echo "the manual"
+tools/check-manual.py "$work/wavo/usr/share/doc/wavo/manual" || fails "the manual"
+
 echo "hardening-check"
 for program in "$work"/*/usr/bin/*; do
     # A program without a large frame does not show whether such frames would be probed.

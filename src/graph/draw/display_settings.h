@@ -15,6 +15,7 @@ struct GraphDisplaySettings {
     ColorRef background = 0;
     FontDescription font;
     std::map<std::string, std::string> units;  ///< of values, by the names of axes; of some
+    bool line_styles = false;                  ///< curves are told apart by their dashes, too
 
     friend bool operator==(const GraphDisplaySettings&, const GraphDisplaySettings&) = default;
 };

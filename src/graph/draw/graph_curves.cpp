@@ -48,6 +48,12 @@ bool GraphCurves::ShowTimeRange(double time_range) {
     return true;
 }
 
+void GraphCurves::SetLineStyles(bool shown) {
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        m_lines[i]->SetDashes(shown ? i : 0);
+    }
+}
+
 void GraphCurves::Follow(const GraphFrame& frame) {
     const PlotGeometry geometry = frame.Geometry();
     for (const auto& line : m_lines) {

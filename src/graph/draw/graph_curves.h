@@ -36,6 +36,8 @@ class GraphCurves {
     }
     /// Shows so many seconds. False when it is as before. REQUIRES: over time.
     bool ShowTimeRange(double time_range);
+    /// Curves differ in their dashes from now on, or all are solid.
+    void SetLineStyles(bool shown);
     /// Takes over the scale lines of the frame.
     void Follow(const GraphFrame& frame);
 

@@ -58,6 +58,7 @@ GraphDraw::GraphDraw(const QRect& rectangle, const WavoGraph& graph, GraphDrawHo
       m_curves(m_graph, settings.background, cycle_time) {
     FillScaleLines();
     m_curves.Create(m_frame);
+    SetLineStyles(settings.line_styles);
     PrimeCurves();
 }
 
@@ -80,12 +81,6 @@ void GraphDraw::FollowFrame() {
     m_curves.Follow(m_frame);
 }
 
-void GraphDraw::FitTo(const QImage& picture) {
-    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
-        FollowFrame();
-    }
-}
-
 void GraphDraw::FillScaleLines() {
     m_frame.SetXRange(GraphDefineGetMinMaxValue(m_curves.ShownXScale()));
 }
@@ -101,6 +96,11 @@ void GraphDraw::ShowFullScale() {
     if (IsTimeGraph()) {
         ShowScale(m_graph.XScale.TimeRange);
     }
+}
+
+void GraphDraw::SetLineStyles(bool shown) {
+    m_frame.SetLineStyles(shown);
+    m_curves.SetLineStyles(shown);
 }
 
 void GraphDraw::SetRectangle(const QRect& rectangle) {

@@ -24,6 +24,7 @@
 #include <string>
 #include <vector>
 
+#include "graph/draw/back_curves.h"
 #include "graph/draw/display_settings.h"
 #include "graph/draw/frame/graph_frame.h"
 #include "graph/draw/graph_curves.h"
@@ -40,12 +41,16 @@
 
 namespace wavo {
 
+class GraphDraw;
+
 /// What a graph tells its surroundings.
 class GraphDrawHost {
  public:
     virtual ~GraphDrawHost() = default;
     /// A recording that a start trigger began is complete. Called once, from within DrawGraph.
     virtual void RecordingEnded() = 0;
+    /// What lies behind the curves of a graph that is about to draw them; nothing: none.
+    virtual std::optional<BackRun> BehindOf(const GraphDraw& /*graph*/) { return std::nullopt; }
 };
 
 /// What becomes of the pixels in a drawing step.
@@ -81,6 +86,9 @@ class GraphDraw {
 
     /// The pixels of the rectangle were lost: the next step paints all of them.
     void Invalidate() { m_frame.Invalidate(); }
+
+    /// From the next step on curves are told apart by their dashes, too, or all are solid.
+    void SetLineStyles(bool shown);
 
     /// Moves the graph; its curves follow at once.
     void SetRectangle(const QRect& rectangle);
@@ -161,7 +169,6 @@ class GraphDraw {
     void PrimeCurves();
     /// The curves take over the scale lines of the frame.
     void FollowFrame();
-    void FitTo(const QImage& picture);
     void FillScaleLines();
     void ShowScale(double time_range);
     void ShowFullScale();
@@ -187,6 +194,7 @@ class GraphDraw {
     GraphRecorder m_recorder;
     GraphZoom m_zoom;
     GraphCurves m_curves;
+    BackCurves m_back;
     PlotCanvas m_canvas;
     std::optional<ShownHistory> m_history;
     WavoGraph m_before_history;  ///< for the scales of that time

@@ -8,7 +8,9 @@
 namespace wavo {
 
 void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
-    FitTo(picture);
+    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
+        FollowFrame();
+    }
     if (restart || m_recorder.IsRestartAsked()) {
         Restart();
     }
@@ -28,7 +30,13 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
     PlotCanvas* const canvas = pixels == PixelWriting::kNow ? BeginPicture(picture) : nullptr;
     MTRACE(4, draw_texts::kDrawingGraph);
     ReportDifferentSizes();
-    m_curves.AddAndDraw(m_recorder, canvas);
+    if (canvas != nullptr && m_back.Show(m_host.BehindOf(*this))) {
+        m_curves.AddAndDraw(m_recorder, nullptr);
+        m_back.Draw(Lines(), Places(), *canvas);
+        m_curves.Draw(canvas);
+    } else {
+        m_curves.AddAndDraw(m_recorder, canvas);
+    }
     if (pixels == PixelWriting::kNow) {
         m_canvas.End();
     }
@@ -36,8 +44,14 @@ void GraphDraw::DrawGraph(QImage& picture, bool restart, PixelWriting pixels) {
 }
 
 void GraphDraw::Paint(QImage& picture) {
-    FitTo(picture);
-    m_curves.Draw(BeginPicture(picture));
+    if (m_frame.FitToDevice(picture.devicePixelRatioF())) {
+        FollowFrame();
+    }
+    PlotCanvas* const canvas = BeginPicture(picture);
+    if (canvas != nullptr && m_back.Show(m_host.BehindOf(*this))) {
+        m_back.Draw(Lines(), Places(), *canvas);
+    }
+    m_curves.Draw(canvas);
     m_canvas.End();
 }
 

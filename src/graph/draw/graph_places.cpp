@@ -135,6 +135,25 @@ std::optional<double> GraphPlaces::TimeOf(std::int64_t line) const {
     return row.has_value() ? std::optional(curve->TimeAt(*row - FirstRow(*curve))) : std::nullopt;
 }
 
+std::optional<double> GraphPlaces::TimeOfLine(std::int64_t line) const {
+    const double cycle_time = m_graph.Recorder().CycleTime();
+    if (m_graph.Past().has_value()) {
+        return static_cast<double>(line - m_graph.Past()->lines.begin) * cycle_time;
+    }
+    const TimeCurve* const curve = m_graph.ZoomWindow().IsOfBuffers() ? nullptr : AnyCurve();
+    const std::vector<LineLog::Run> runs = curve != nullptr ? CurveLines(*curve) : WindowLines();
+    if (runs.empty()) {
+        return std::nullopt;
+    }
+    // Lines are missed in between: what comes next to the newest one is what counts.
+    const LineLog::Run& newest = runs.back();
+    const std::uint64_t row = newest.sequence + newest.count - 1;
+    const std::int64_t behind = line - (newest.line + static_cast<std::int64_t>(newest.count) - 1);
+    const double seen = curve != nullptr ? curve->TimeAt(row - FirstRow(*curve))
+                                         : static_cast<double>(row) * cycle_time;
+    return seen + static_cast<double>(behind) * cycle_time;
+}
+
 std::optional<double> GraphPlaces::PastValueAt(std::size_t axis, double time) const {
     History* const history = m_graph.Past()->y[axis];
     const std::optional<std::int64_t> line = LineAt(time);

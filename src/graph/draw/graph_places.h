@@ -43,6 +43,10 @@ class GraphPlaces {
     /// The time at which a line is seen; nothing for one that is not.
     [[nodiscard]] std::optional<double> TimeOf(std::int64_t line) const;
 
+    /// The time at which a line is seen, or would be if the time axis went on to both sides;
+    /// nothing while no line is seen at all.
+    [[nodiscard]] std::optional<double> TimeOfLine(std::int64_t line) const;
+
     /// The value that a y axis shows at a time; nothing where it has none. REQUIRES: the axis is
     /// one of the graph.
     [[nodiscard]] std::optional<double> ValueAt(std::size_t axis, double time) const;

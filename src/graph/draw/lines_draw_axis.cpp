@@ -8,6 +8,7 @@
 #include "graph/draw/curve/curve_over_axis.h"
 #include "graph/draw/display_settings.h"
 #include "graph/draw/frame/colors.h"
+#include "graph/draw/raster/dash_pattern.h"
 #include "graph/draw/report_texts.h"
 #include "support/diagnostics.h"
 #include "support/to_count.h"
@@ -234,8 +235,21 @@ CurveStyle LinesDrawAxis::StyleIn(ColorRef color) const {
     style.background = ToQColor(m_settings.background);
     style.points = m_settings.mode_ax == AxisDrawMode::kPoints;
     style.point_size = m_settings.point_size;
+    if (m_dashes != 0) {
+        style.dashes = DashPattern(m_dashes, m_plot.device_ratio);
+    }
     style.fade_out_age =
         m_shows_past ? m_past_points : m_settings.fade_out_time / m_settings.cycle_time;
+    return style;
+}
+
+CurveStyle LinesDrawAxis::BackStyle() const {
+    CurveStyle style = StyleIn(kOwnColor);
+    const auto half = [](int a, int b) { return (a + b) / 2; };
+    style.color = QColor(half(style.color.red(), style.background.red()),
+                         half(style.color.green(), style.background.green()),
+                         half(style.color.blue(), style.background.blue()));
+    style.fade_out_age = 0.0;
     return style;
 }
 

@@ -70,6 +70,9 @@ class LinesDrawAxis {
     /// logical pixel.
     void SetGeometry(const PlotGeometry& geometry, double device_ratio);
 
+    /// Lines are drawn in the dashes of the curve of this number from now on; 0: solid.
+    void SetDashes(std::size_t number) { m_dashes = number; }
+
     /// To be called when the x scale was changed from outside: maps all points again.
     void XScaleChanged();
 
@@ -157,6 +160,12 @@ class LinesDrawAxis {
     /// The horizontal scale lines with the values of the y scale.
     [[nodiscard]] const ScaleLines& YLines() const { return m_plot.y.Lines(); }
     [[nodiscard]] const ScaleLines& XLines() const { return m_plot.x.Lines(); }
+    /// What the curve is drawn on.
+    [[nodiscard]] const CurvePlot& Plot() const { return m_plot; }
+    /// Seconds from point to point.
+    [[nodiscard]] double Step() const { return m_settings.cycle_time; }
+    /// How another run behind the curve looks: dimmed, nothing fades.
+    [[nodiscard]] CurveStyle BackStyle() const;
 
  private:
     void ApplyScaleChange(Coordinate coordinate);
@@ -183,6 +192,7 @@ class LinesDrawAxis {
     HistoryCurve* m_past_over_time = nullptr;     ///< the same; null over an axis
     const LiveCurve* m_past_over_axis = nullptr;  ///< the same; null over time
     double m_past_points = 0.0;                   ///< over an axis
+    std::size_t m_dashes = 0;
     AutoScale m_x_auto;
     AutoScale m_y_auto;
 };

@@ -156,19 +156,28 @@ void GraphValue::DeriveRun(double* out, const double* samples, std::size_t count
     const auto order = static_cast<std::size_t>(m_derivation_order);
     std::array<double, 2 + kStretch> raw;
     double* const first = raw.data() + order;
+    const auto derive = [&](const double* from, std::size_t length, std::size_t done) {
+        if (order == 1) {
+            DeriveOnce(from, length, m_divisor, out + done);
+        } else {
+            DeriveTwice(from, length, m_divisor, out + done);
+        }
+    };
     std::copy(m_history.begin(), m_history.end(), raw.data());
-    for (std::size_t done = 0; done < count;) {
-        const std::size_t length = std::min(kStretch, count - done);
+    // Samples that lie so already are copied only where they follow the ones before.
+    const std::size_t copied = stride == 1 ? std::min(order, count) : count;
+    for (std::size_t done = 0; done < copied;) {
+        const std::size_t length = std::min(kStretch, copied - done);
         for (std::size_t i = 0; i < length; ++i) {
             first[i] = samples[(done + i) * stride];
         }
-        if (order == 1) {
-            DeriveOnce(first, length, m_divisor, out + done);
-        } else {
-            DeriveTwice(first, length, m_divisor, out + done);
-        }
+        derive(first, length, done);
         std::copy_n(first + length - order, order, raw.data());
         done += length;
+    }
+    if (copied < count) {
+        derive(samples + copied, count - copied, copied);
+        std::copy_n(samples + count - order, order, raw.data());
     }
     std::copy_n(raw.data(), order, m_history.begin());
 }

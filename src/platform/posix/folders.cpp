@@ -103,6 +103,10 @@ bool HasStandardError() noexcept {
     return true;
 }
 
+bool WriteToConsoleOfStarter(const std::string& /*text*/) noexcept {
+    return false;
+}
+
 void PrepareTerminal() noexcept {}
 
 bool StandardErrorIsTerminal() noexcept {

@@ -12,7 +12,7 @@ namespace wavo::platform {
 bool AppendToFile(const std::string& path, std::string_view bytes) noexcept try {
     // Without the right to write elsewhere the system puts what is written behind the end of that
     // moment.
-    const Handle file(::CreateFileW(Wide(path).c_str(), FILE_APPEND_DATA | GENERIC_READ,
+    const Handle file(::CreateFileW(WidePath(path).c_str(), FILE_APPEND_DATA | GENERIC_READ,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                     OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {

@@ -7,6 +7,7 @@
 
 #include "platform/last_error.h"
 #include "platform/win32/handle.h"
+#include "platform/win32/unfit_name.h"
 #include "platform/win32/wide.h"
 
 namespace wavo::platform {
@@ -26,13 +27,13 @@ FileHandle ToFile(HANDLE handle) noexcept {
 }
 
 Handle OpenToRead(const std::string& path) {
-    return Handle(::CreateFileW(Wide(path).c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
-                                FILE_ATTRIBUTE_NORMAL, nullptr));
+    return Handle(::CreateFileW(WidePath(path).c_str(), GENERIC_READ, kShareAll, nullptr,
+                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 /// The folder's name with a separator at its end, as calls that take folders want it.
 std::wstring WithSeparator(const std::string& folder) {
-    std::wstring name = Wide(folder.empty() ? "." : folder);
+    std::wstring name = WidePath(folder.empty() ? "." : folder);
     if (name.back() != L'\\' && name.back() != L'/') {
         name += L'\\';
     }
@@ -55,12 +56,13 @@ class WindowsDataFiles final : public DataFileOperations {
 
     FileHandle CreateNew(const std::string& path, bool& exists) override {
         exists = false;
-        if (HasNul(path)) {
+        if (HasNul(path) || IsUnfit(path)) {
             return kInvalidFile;
         }
         // Not shared for deleting: nobody removes what is being written.
-        Handle file(::CreateFileW(Wide(path).c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ,
-                                  nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        Handle file(::CreateFileW(WidePath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                  FILE_SHARE_READ, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
+                                  nullptr));
         if (!file) {
             const DWORD error = ::GetLastError();
             exists = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
@@ -145,7 +147,7 @@ class WindowsDataFiles final : public DataFileOperations {
     }
 
     bool RemoveUnused(const std::string& path) override {
-        return !HasNul(path) && ::DeleteFileW(Wide(path).c_str()) != 0;
+        return !HasNul(path) && ::DeleteFileW(WidePath(path).c_str()) != 0;
     }
 
     bool FreeSpace(const std::string& folder, std::uint64_t& bytes) override {

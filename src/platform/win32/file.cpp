@@ -10,6 +10,7 @@
 
 #include "platform/last_error.h"
 #include "platform/win32/handle.h"
+#include "platform/win32/unfit_name.h"
 #include "platform/win32/wide.h"
 
 namespace wavo::platform {
@@ -28,12 +29,12 @@ FileHandle NumberOf(HANDLE handle) noexcept {
 }
 
 DWORD AttributesOf(const std::string& path) {
-    return ::GetFileAttributesW(Wide(path).c_str());
+    return ::GetFileAttributesW(WidePath(path).c_str());
 }
 
 /// Opens a file for writing; others may read it meanwhile.
 Handle CreateForWriting(const std::string& path, DWORD access, DWORD creation, DWORD flags) {
-    return Handle(::CreateFileW(Wide(path).c_str(), access, FILE_SHARE_READ, nullptr, creation,
+    return Handle(::CreateFileW(WidePath(path).c_str(), access, FILE_SHARE_READ, nullptr, creation,
                                 FILE_ATTRIBUTE_NORMAL | flags, nullptr));
 }
 
@@ -54,7 +55,7 @@ class WindowsFiles final : public FileOperations {
             return kInvalidFile;
         }
         SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-        Handle file(::CreateFileW(Wide(path).c_str(), GENERIC_READ,
+        Handle file(::CreateFileW(WidePath(path).c_str(), GENERIC_READ,
                                   FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, OPEN_EXISTING,
                                   FILE_ATTRIBUTE_NORMAL, nullptr));
         if (file && ::GetFileType(file.get()) != FILE_TYPE_DISK) {
@@ -66,7 +67,7 @@ class WindowsFiles final : public FileOperations {
 
     FileHandle OpenForWriting(const std::string& path, Creation creation,
                               bool write_through) override {
-        if (HasNul(path)) {
+        if (HasNul(path) || IsUnfit(path)) {
             return kInvalidFile;
         }
         const DWORD flags = write_through ? FILE_FLAG_WRITE_THROUGH : 0;
@@ -134,7 +135,7 @@ class WindowsFiles final : public FileOperations {
     bool CreateTemporaryFile(const std::string& folder, const std::string& prefix,
                              const std::string& like, char* name) override {
         constexpr unsigned kNumbers = 0x10000;
-        if (HasNul(folder) || HasNul(prefix) || HasNul(like)) {
+        if (HasNul(folder) || HasNul(prefix) || HasNul(like) || IsUnfit(like)) {
             return false;
         }
         unsigned number = std::random_device()();
@@ -155,7 +156,7 @@ class WindowsFiles final : public FileOperations {
     }
 
     bool Rename(const std::string& from, const std::string& to) override {
-        if (HasNul(from) || HasNul(to)) {
+        if (HasNul(from) || HasNul(to) || IsUnfit(to)) {
             return false;
         }
         const DWORD attributes = AttributesOf(to);
@@ -163,11 +164,12 @@ class WindowsFiles final : public FileOperations {
             ::SetLastError(ERROR_ACCESS_DENIED);
             return false;
         }
-        return ::MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+        return ::MoveFileExW(WidePath(from).c_str(), WidePath(to).c_str(),
+                             MOVEFILE_REPLACE_EXISTING) != 0;
     }
 
     bool Remove(const std::string& path) override {
-        return !HasNul(path) && ::DeleteFileW(Wide(path).c_str()) != 0;
+        return !HasNul(path) && ::DeleteFileW(WidePath(path).c_str()) != 0;
     }
 
     bool Exists(const std::string& path) override {
@@ -192,8 +194,8 @@ class WindowsFiles final : public FileOperations {
             return path;
         }
         const Handle target(::CreateFileW(
-            Wide(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-            OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+            WidePath(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+            nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
         if (!target) {
             return ::GetLastError() == ERROR_CANT_RESOLVE_FILENAME ? std::string() : path;
         }

@@ -8,9 +8,11 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 
 #include "platform/last_error.h"
 #include "platform/win32/common_folder.h"
+#include "platform/win32/handle.h"
 #include "platform/win32/wide.h"
 
 namespace wavo::platform {
@@ -24,13 +26,13 @@ constexpr wchar_t kCacheFolder[] = L"\\cache";
 /// Makes the folder when it is missing, with the system's rules for new folders when `security` is
 /// null. Those above it are the system's, or were made before.
 bool ProvideFolder(const std::wstring& path, SECURITY_ATTRIBUTES* security = nullptr) {
-    if (::CreateDirectoryW(path.c_str(), security) != 0) {
+    if (::CreateDirectoryW(WidePath(path).c_str(), security) != 0) {
         return true;
     }
     if (::GetLastError() != ERROR_ALREADY_EXISTS) {
         return false;
     }
-    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    const DWORD attributes = ::GetFileAttributesW(WidePath(path).c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
         ::SetLastError(ERROR_DIRECTORY);
         return false;
@@ -85,7 +87,12 @@ std::wstring MakerFolder() {
 bool HasStandardHandle(DWORD which) noexcept {
     const LastErrorKeeper keep;
     const HANDLE handle = ::GetStdHandle(which);
-    return handle != nullptr && handle != INVALID_HANDLE_VALUE;
+    if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    // What a starter has handed on may mean nothing here.
+    ::SetLastError(NO_ERROR);
+    return ::GetFileType(handle) != FILE_TYPE_UNKNOWN || ::GetLastError() == NO_ERROR;
 }
 
 }  // namespace
@@ -141,6 +148,31 @@ bool HasStandardOutput() noexcept {
 
 bool HasStandardError() noexcept {
     return HasStandardHandle(STD_ERROR_HANDLE);
+}
+
+bool WriteToConsoleOfStarter(const std::string& text) noexcept try {
+    const bool is_attached = ::AttachConsole(ATTACH_PARENT_PROCESS) != 0;
+    if (!is_attached && ::GetLastError() != ERROR_ACCESS_DENIED) {  // else it has one already
+        return false;
+    }
+    bool is_written = false;
+    {
+        const Handle console(::CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE,
+                                           FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                           OPEN_EXISTING, 0, nullptr));
+        std::wstring wide(1, L'\n');
+        wide += Wide(text);
+        DWORD count = 0;
+        is_written =
+            console && ::WriteConsoleW(console.get(), wide.data(), static_cast<DWORD>(wide.size()),
+                                       &count, nullptr) != 0;
+    }
+    if (is_attached) {
+        ::FreeConsole();  // its Ctrl-C and its end are not meant for this program
+    }
+    return is_written;
+} catch (const std::exception&) {  // no memory for the text
+    return false;
 }
 
 void PrepareTerminal() noexcept {

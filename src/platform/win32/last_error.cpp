@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "platform/win32/unfit_name.h"
 #include "platform/win32/wide.h"
 
 namespace wavo::platform {
@@ -17,6 +18,9 @@ void SetLastError(int error) noexcept {
 }
 
 std::string ErrorText(int error) {
+    if (const char* const words = UnfitNameWords(static_cast<DWORD>(error)); words != nullptr) {
+        return words;
+    }
     const LastErrorKeeper keep;
     std::array<wchar_t, 512> buffer{};
     DWORD length = ::FormatMessageW(

@@ -21,7 +21,8 @@ bool IsSwitch(CommandId id) {
     return IsLook(id) || id == CommandId::kStatusBar || id == CommandId::kMeasurements ||
            id == CommandId::kHideMeasurements || id == CommandId::kSpectrum ||
            id == CommandId::kHideSpectrum || id == CommandId::kCircleTest ||
-           id == CommandId::kAxisTest || id == CommandId::kFollow;
+           id == CommandId::kAxisTest || id == CommandId::kReference || id == CommandId::kFollow ||
+           id == CommandId::kLineStyles;
 }
 
 }  // namespace

@@ -137,6 +137,12 @@ void StepAndAnswer(IconSketch& sketch) {
     sketch.Line({{5, 13}, {7, 6}, {9, 3}, {11, 5}, {13, 4}, {15, 4}}, IconInk::kRed, 1.5);
 }
 
+void CurveOverCurve(IconSketch& sketch) {
+    sketch.Line({{2, 1}, {2, 14}, {15, 14}}, IconInk::kLine);
+    sketch.Line({{4, 12}, {6, 5}, {9, 5}, {11, 12}, {14, 12}}, IconInk::kGrey, 2);
+    sketch.Line({{4, 10}, {7, 4}, {9, 7}, {12, 10}, {15, 8}}, IconInk::kRed, 1.5);
+}
+
 void Mark(IconSketch& sketch) {
     sketch.Circle(8, 8, 6.5, IconInk::kBlue, IconInk::kLine);
     sketch.Line({{8, 7}, {8, 12}}, IconInk::kPaper, 2);
@@ -191,6 +197,7 @@ constexpr IconRow kIcons[] = {
     {CommandId::kSpectrum, CurveWithPeaks},
     {CommandId::kCircleTest, CircleOffCentre},
     {CommandId::kAxisTest, StepAndAnswer},
+    {CommandId::kReference, CurveOverCurve},
     {CommandId::kOpenRecording, FolderWithDisc},
     {CommandId::kShowGraphEditor, Curves},
     {CommandId::kAbout, Mark},

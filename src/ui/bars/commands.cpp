@@ -12,6 +12,7 @@ constexpr CommandOwner kRecording = CommandOwner::kRecording;
 constexpr CommandOwner kMeasure = CommandOwner::kMeasure;
 constexpr CommandOwner kCircle = CommandOwner::kCircle;
 constexpr CommandOwner kAxis = CommandOwner::kAxis;
+constexpr CommandOwner kReference = CommandOwner::kReference;
 constexpr CommandOwner kRecorded = CommandOwner::kRecorded;
 constexpr CommandOwner kParts = CommandOwner::kParts;
 
@@ -104,8 +105,19 @@ constexpr Command kCommandTable[] = {
      "Shows how round the machine moves, in the figures of ISO 230-4\nCircle test", kCircle},
     {CommandId::kAxisTest, "axis_test", "&Axis Test...\tCtrl+Shift+A",
      "Shows how well the axes follow what they are told\nAxis test", kAxis},
+    {CommandId::kReference, "reference", "&Reference...\tCtrl+Shift+G",
+     "Lays a good run behind the curves, and says where they differ\nReference", kReference},
+    {CommandId::kLineStyles, "line_styles", "&Line Styles",
+     "Tells the curves of a graph apart by their dashes, besides their colours\nLine styles",
+     kMeasure},
+    {CommandId::kDescribeGraph, "describe_graph", "&Describe Graph\tCtrl+Shift+D",
+     "Says in words what the selected graph shows, also to what reads the screen aloud\n"
+     "Describe graph",
+     kMeasure},
     {CommandId::kAbout, "about", "&About Wavo...", "Version and copyright of the program\nAbout",
      kShell},
+    {CommandId::kManual, "manual", "Manual\tF1",
+     "Opens the manual at the place that tells of what has the keyboard\nManual", kShell},
     {CommandId::kNextPane, "next_pane", "Next Pane\tF6", "Goes to the next pane\nNext pane",
      kShell},
     {CommandId::kPreviousPane, "previous_pane", "Previous Pane\tShift+F6",
@@ -128,6 +140,7 @@ constexpr CommandId kHarmlessCommands[] = {
     CommandId::kAbout,        CommandId::kRecord,         CommandId::kOpenRecording,
     CommandId::kExportPart,   CommandId::kMeasurements,   CommandId::kSpectrum,
     CommandId::kComputedAxes, CommandId::kCircleTest,     CommandId::kAxisTest,
+    CommandId::kManual,       CommandId::kReference,
 };
 
 QString Part(const char* text, QChar separator, int index) {

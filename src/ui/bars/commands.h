@@ -22,6 +22,7 @@ enum class CommandOwner {
     kMeasure,
     kCircle,
     kAxis,
+    kReference,
 };
 
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the table's columns

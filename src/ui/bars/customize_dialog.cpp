@@ -86,12 +86,16 @@ void CustomizeDialog::LayOut() {
     LayOutLists(*layout);
     LayOutOptions(*layout);
     Buttons()->addButton(&Control<QPushButton>(kReset), QDialogButtonBox::ResetRole);
-    setTabOrder(&Control(kCancel), &Control(kReset));  // wanted least
     auto* const last = new QGridLayout;
     last->addWidget(Buttons(), 0, 0);
     auto* const outer = new QVBoxLayout(this);
     outer->addLayout(layout);
     outer->addLayout(last);
+    QWidget* before = &Control(kFullMenus);
+    for (const int id : {kOk, kCancel, kReset}) {  // what is wanted least comes last
+        setTabOrder(before, &Control(id));
+        before = &Control(id);
+    }
 }
 
 void CustomizeDialog::LayOutBarRow(QGridLayout& layout) {

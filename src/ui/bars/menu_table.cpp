@@ -82,6 +82,10 @@ constexpr MenuRow kMenuBar[] = {
     Separator(1),
     Item(1, CommandId::kCircleTest),
     Item(1, CommandId::kAxisTest),
+    Item(1, CommandId::kReference),
+    Separator(1),
+    Item(1, CommandId::kLineStyles),
+    Item(1, CommandId::kDescribeGraph),
     Menu(0, "&Help"),
     Item(1, CommandId::kAbout),
 };

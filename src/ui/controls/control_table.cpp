@@ -87,6 +87,10 @@ void InitControl(QWidget& control, const ControlRow& row) {
 void SetAccessibleTexts(QWidget& widget, const QString& name, const QString& description) {
     widget.setAccessibleName(QString(name).remove(u'&'));
     widget.setAccessibleDescription(description);
+    auto* const combo = qobject_cast<QComboBox*>(&widget);
+    if (combo != nullptr && combo->lineEdit() != nullptr) {  // found beside it
+        SetAccessibleTexts(*combo->lineEdit(), name, description);
+    }
 }
 
 QLabel* MakeLabel(const ControlRow& row, QWidget& control) {

@@ -57,6 +57,9 @@ constexpr std::array<ControlRow, 12> kComputedAxesRows{{
 
 enum AxesColumn { kNameColumn, kExpressionColumn, kUnitColumn, kWrongColumn, kAxesColumns };
 
+/// A wider table scrolls: the dialog has to fit on a small screen; pixels.
+constexpr int kWidestTable = 1000;
+
 /// Sizes in characters and rows.
 constexpr int kAxesCharacters = 96;
 constexpr int kAxesRows = 8;
@@ -105,7 +108,7 @@ void ComputedAxesDialog::PrepareTable() {
     for (int column = 0; column < kWrongColumn; ++column) {
         table.setColumnWidth(column, kWidths[column] * character);
     }
-    table.setMinimumWidth(kAxesCharacters * character);
+    table.setMinimumWidth(std::min(kAxesCharacters * character, kWidestTable));
     table.setMinimumHeight(table.horizontalHeader()->sizeHint().height() +
                            table.verticalHeader()->defaultSectionSize() * kAxesRows);
     Control<QLineEdit>(AxesNumber(ComputedAxesId::kName))

@@ -1,5 +1,8 @@
 #include "ui/dialogs/dialog_prompts.h"
 
+#include <QDesktopServices>
+#include <QUrl>
+
 #include "ui/dialogs/choose_several.h"
 #include "ui/dialogs/choosers.h"
 #include "ui/dialogs/message_boxes.h"
@@ -22,6 +25,7 @@ Prompts DialogPrompts() {
     prompts.print = ChooseHowToPrint;
     prompts.page_setup = SetUpPage;
     prompts.print_preview = ShowPrintPreview;
+    prompts.open_page = [](QWidget*, const QUrl& page) { return QDesktopServices::openUrl(page); };
     return prompts;
 }
 

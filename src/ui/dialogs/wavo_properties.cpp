@@ -216,9 +216,11 @@ void CWavoProperties::SelectDataFile() {
 }
 
 void CWavoProperties::SetDefaultValues() {
-    const std::int32_t trace_level = m_edited.trace_level;
+    const ViewSettings before = m_edited;
     m_edited = DefaultViewSettings();
-    m_edited.trace_level = trace_level;
+    // These are not settings of the dialog.
+    m_edited.trace_level = before.trace_level;
+    m_edited.line_styles = before.line_styles;
     ShowSettings();
 }
 

@@ -65,7 +65,7 @@ QWidget* MakeField(const EditorRow& row, QWidget& strip) {
     }
     InitControl(*control, about);
     if (*row.text == '\0') {  // nothing beside it says what it is
-        control->setAccessibleName(QString::fromUtf8(row.tip));
+        SetAccessibleTexts(*control, QString::fromUtf8(row.tip), control->toolTip());
     }
     return control;
 }
@@ -154,6 +154,12 @@ void EditorFields::SetChecked(EditorControl id, bool checked) {
         return;
     }
     button.setChecked(checked);
+    if (group != nullptr) {
+        // The toolkit lets Tab lead to the one that had the keyboard last: it may be disabled now.
+        for (QAbstractButton* const each : group->buttons()) {
+            each->setFocusPolicy(each == &button ? Qt::StrongFocus : Qt::ClickFocus);
+        }
+    }
 }
 
 void EditorFields::SetText(EditorControl id, const QString& text) {

@@ -4,6 +4,8 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QScrollArea>
+#include <QVBoxLayout>
 #include <QWidget>
 #include <algorithm>
 
@@ -223,13 +225,39 @@ EditorGroup* StripLayout::MakeDisplayGroup() {
     return group;
 }
 
+/// Asks for as much room as the rows in `rows` need, which is what scrolls in it.
+class RoomForRows : public QVBoxLayout {
+ public:
+    RoomForRows(QWidget& strip, const QWidget& rows) : QVBoxLayout(&strip), m_rows(rows) {}
+
+    [[nodiscard]] bool hasHeightForWidth() const override { return true; }
+    [[nodiscard]] int heightForWidth(int width) const override {
+        return m_rows.heightForWidth(width);
+    }
+    [[nodiscard]] QSize sizeHint() const override { return m_rows.sizeHint(); }
+    [[nodiscard]] QSize minimumSize() const override { return m_rows.minimumSizeHint(); }
+
+ private:
+    const QWidget& m_rows;
+};
+
 }  // namespace
 
 void LayOutStrip(QWidget& strip, const EditorFields& fields) {
-    auto* const flow = new FlowLayout(&strip);
+    auto* const area = new QScrollArea(&strip);
+    SetAccessibleTexts(*area, strip.accessibleName(), strip.accessibleDescription());
+    area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setWidgetResizable(true);
+    // In the window of the fields from the start: they keep their order for the Tab key.
+    auto* const holder = new QWidget(&strip);
+    auto* const around = new RoomForRows(strip, *holder);
+    around->setContentsMargins(0, 0, 0, 0);
+    around->addWidget(area);
+    auto* const flow = new FlowLayout(holder);
     flow->setContentsMargins(kSpacing, kSpacing, kSpacing, kSpacing);
     flow->setSpacing(kSpacing);
-    StripLayout layout(strip, fields);
+    StripLayout layout(*holder, fields);
     for (EditorGroup* const group :
          {layout.MakeGraphGroup(), layout.MakeXGroup(), layout.MakeYGroup(),
           layout.MakeXScaleGroup(), layout.MakeYScaleGroup(), layout.MakeCirclesGroup(),
@@ -237,6 +265,7 @@ void LayOutStrip(QWidget& strip, const EditorFields& fields) {
         group->Measure();
         flow->addWidget(group);
     }
+    area->setWidget(holder);
 }
 
 }  // namespace wavo

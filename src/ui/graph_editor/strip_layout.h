@@ -8,7 +8,8 @@ namespace wavo {
 
 class EditorFields;
 
-/// Lays out the fields, children of `strip`, in it.
+/// Lays out the fields, children of `strip`, in it: in as many rows as its width asks for, which can
+/// be scrolled where it is lower than they are.
 void LayOutStrip(QWidget& strip, const EditorFields& fields);
 
 }  // namespace wavo

@@ -171,7 +171,9 @@ void AxisPane::LayOut() {
          {AxisPaneId::kAxis, AxisPaneId::kTarget, AxisPaneId::kSettled, AxisPaneId::kWindow,
           AxisPaneId::kDwell, AxisPaneId::kMachine, AxisPaneId::kProgram}) {
         auto& field = Control(id);
-        field.setMinimumWidth(field.fontMetrics().averageCharWidth() * 6);
+        if (id != AxisPaneId::kTarget) {  // that one's texts are known
+            field.setMinimumWidth(field.fontMetrics().averageCharWidth() * 6);
+        }
         fields->addWidget(MakeLabel(FindRow(kAxisPaneRows, AxisNumber(id)), field), place / 4,
                           2 * (place % 4));
         fields->addWidget(&field, place / 4, 2 * (place % 4) + 1);

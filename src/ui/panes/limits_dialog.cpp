@@ -17,6 +17,7 @@
 
 #include "report/page.h"
 #include "support/fast_file.h"
+#include "support/file_name.h"
 #include "ui/dialogs/report_texts.h"
 
 namespace wavo {
@@ -223,7 +224,7 @@ void LimitsDialog::Save() {
     }
     if (MFastFile_WriteLinesAtOnce(path, measure::LimitsText(m_limits), kSaveSafe) ==
         kWriteFailed) {
-        m_prompts.ShowError(this, "Can not write " + path);
+        m_prompts.ShowError(this, "Can not write " + path + FileNameFault(path));
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "ui/panes/measurements_pane.h"
 #include "ui/panes/pane_dock.h"
+#include "view/view_access.h"
 #include "view/wavo_view.h"
 
 namespace wavo {
@@ -48,13 +49,17 @@ void MeasureControl::Store() const {
 }
 
 bool MeasureControl::IsEnabled(CommandId id) const {
-    return id == CommandId::kMeasurements ||
+    return id == CommandId::kMeasurements || id == CommandId::kLineStyles ||
+           id == CommandId::kDescribeGraph ||
            (id == CommandId::kHideMeasurements && m_dock->IsOpen()) || m_spectrum.IsEnabled(id);
 }
 
 bool MeasureControl::IsChecked(CommandId id) const {
     if (id == CommandId::kSpectrum || id == CommandId::kHideSpectrum) {
         return m_spectrum.IsChecked(id);
+    }
+    if (id == CommandId::kLineStyles) {
+        return m_view.Screen().ShowsLineStyles();
     }
     return id == CommandId::kMeasurements ? m_dock->IsOpen() : m_dock->HidesAtEdge();
 }
@@ -64,6 +69,10 @@ void MeasureControl::Execute(CommandId id) {
         m_dock->setVisible(!m_dock->IsOpen());
     } else if (id == CommandId::kHideMeasurements) {
         m_dock->SetAutoHide(!m_dock->HidesAtEdge());
+    } else if (id == CommandId::kLineStyles) {
+        m_view.Screen().SwitchLineStyles();
+    } else if (id == CommandId::kDescribeGraph) {
+        Q_EMIT m_view.News().PaneTextChanged(StatusPane::kMessage, SelectedGraphInWords(m_view));
     } else {
         m_spectrum.Execute(id);
     }

@@ -4,7 +4,6 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
@@ -17,6 +16,8 @@
 #include <utility>
 
 #include "ui/controls/control_table.h"
+#include "ui/controls/flow_layout.h"
+#include "ui/controls/roomy_label.h"
 #include "ui/panes/measure_model.h"
 #include "ui/panes/pane_files.h"
 #include "view/wavo_view.h"
@@ -64,7 +65,7 @@ MeasurementsPane::MeasurementsPane(CWavoView& view, const Prompts& prompts, QSet
                        QStringLiteral("What the curves say at and between the cursors"));
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-    auto* const head = new QHBoxLayout;
+    auto* const head = new FlowLayout;  // what has no room in a row begins another one
     layout->addLayout(head);
     MakeTable();
     MakeColumnMenu();
@@ -106,17 +107,17 @@ void MeasurementsPane::MakeTable() {
     m_table->addAction(copy);
 }
 
-void MeasurementsPane::MakeHead(QBoxLayout& layout) {
+void MeasurementsPane::MakeHead(QLayout& layout) {
     for (std::size_t i = 0; i < std::size(kTimeLabels); ++i) {
-        auto* const time = new QLabel(this);
+        auto* const time = new RoomyLabel(this);
         time->setObjectName(QStringLiteral("measure_time_%1").arg(i));
         time->setToolTip(QString::fromUtf8(kTimeLabels[i].tool_tip));
         SetAccessibleTexts(*time, QString::fromUtf8(kTimeLabels[i].title), time->toolTip());
         time->setTextFormat(Qt::PlainText);
         time->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        time->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-        time->setMinimumWidth(time->fontMetrics().horizontalAdvance(QStringLiteral("1/Δt ")));
-        layout.addWidget(time, 1);
+        time->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+        time->SetWidestText(QStringLiteral("1/Δt  -100.0000 Hz"));
+        layout.addWidget(time);
         m_times[i] = time;
     }
     m_all_graphs = new QCheckBox(QStringLiteral("all graphs"), this);

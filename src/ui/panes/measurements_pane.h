@@ -8,7 +8,7 @@
 
 #include "ui/panes/measure_columns.h"
 
-class QBoxLayout;
+class QLayout;
 class QCheckBox;
 class QLabel;
 class QMenu;
@@ -54,7 +54,7 @@ class MeasurementsPane : public QWidget {
 
  private:
     void MakeTable();
-    void MakeHead(QBoxLayout& layout);
+    void MakeHead(QLayout& layout);
     void MakeColumnMenu();
     void LoadColumns();
     void StoreColumns() const;

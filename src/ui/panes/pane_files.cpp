@@ -5,6 +5,7 @@
 #include <QSettings>
 
 #include "support/fast_file.h"
+#include "support/file_name.h"
 #include "ui/dialogs/report_texts.h"
 #include "ui/prompts.h"
 
@@ -48,7 +49,7 @@ void SaveAsCsv(QWidget* parent, const Prompts& prompts, QSettings* settings, con
     }
     const std::string path = QDir::toNativeSeparators(*chosen).toStdString();
     if (MFastFile_WriteLinesAtOnce(path, text.toStdString(), kSaveSafe) == kWriteFailed) {
-        prompts.ShowError(parent, "Can not write " + path);
+        prompts.ShowError(parent, "Can not write " + path + FileNameFault(path));
     }
 }
 

@@ -31,6 +31,10 @@ class TitleButton : public QToolButton {
     void paintEvent(QPaintEvent* event) override {
         QToolButton::paintEvent(event);
         QPainter painter(this);
+        if (hasFocus()) {
+            painter.setPen(palette().color(QPalette::WindowText));
+            painter.drawRect(rect().adjusted(0, 0, -1, -1));
+        }
         painter.setRenderHint(QPainter::Antialiasing);
         painter.translate(rect().center() + QPointF(0.5, 0.5));
         const double unit = std::min(width(), height()) / 16.0;
@@ -66,7 +70,7 @@ void InitButton(QToolButton& button, const char* name, const char* text) {
     button.setAccessibleName(button.toolTip());
     button.setAccessibleDescription(button.toolTip());
     button.setAutoRaise(true);
-    button.setFocusPolicy(Qt::NoFocus);
+    button.setFocusPolicy(Qt::TabFocus);  // a click leaves the keyboard where it is
     const int side = button.fontMetrics().height() + kPadding;
     button.setFixedSize(side, side);
 }

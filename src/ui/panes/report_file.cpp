@@ -9,6 +9,7 @@
 #include <cmath>
 
 #include "support/fast_file.h"
+#include "support/file_name.h"
 #include "support/number_text.h"
 #include "ui/dialogs/report_texts.h"
 
@@ -88,7 +89,7 @@ void SaveReportFile(QWidget* parent, const Prompts& prompts, QSettings* settings
         is_json ? MFastFile_WriteLinesAtOnce(path, json(), kSaveSafe) != kWriteFailed
                 : write_pdf(*chosen);
     if (!is_written) {
-        prompts.ShowError(parent, "Can not write " + path);
+        prompts.ShowError(parent, "Can not write " + path + FileNameFault(path));
     }
 }
 

@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "support/file_name.h"
 #include "ui/controls/control_table.h"
 #include "ui/controls/flow_layout.h"
 #include "ui/panes/pane_files.h"
@@ -397,9 +398,9 @@ void SpectrumPane::SavePicture() {
     const auto chosen =
         AskWhereToSave(this, m_prompts, m_settings, QStringLiteral("spectrum.png"),
                        QStringLiteral("png"), QStringLiteral("PNG Files|*.png|All Files|*.*|"));
-    if (chosen && !picture.save(*chosen, "PNG")) {
-        m_prompts.ShowError(this,
-                            "Can not write " + QDir::toNativeSeparators(*chosen).toStdString());
+    const std::string path = QDir::toNativeSeparators(chosen.value_or(QString())).toStdString();
+    if (chosen && !(IsFileName(path) && picture.save(*chosen, "PNG"))) {
+        m_prompts.ShowError(this, "Can not write " + path + FileNameFault(path));
     }
 }
 

@@ -21,19 +21,18 @@ namespace wavo {
 namespace {
 
 constexpr char kDemoCaption[] = "Play the Demo";
-constexpr char kFirstMinutes[] = "first-five-minutes";
 
 }  // namespace
 
-FirstStart::FirstStart(CMainFrame& frame, const Prompts& prompts, DemoFiles demo)
+FirstStart::FirstStart(CMainFrame& frame, const Prompts& prompts, DemoFiles demo, bool has_manual)
     : m_frame(frame), m_view(frame.View()), m_prompts(prompts), m_demo(std::move(demo)) {
     FirstPage::Offers offers;
     offers.open_recording = [this] { m_frame.Action(CommandId::kOpenRecording)->trigger(); };
     if (m_demo.Files().AreThere()) {
         offers.play_demo = [this] { PlayDemo(); };
     }
-    if (m_prompts.open_manual) {
-        offers.open_manual = [this] { m_prompts.open_manual(&m_frame, kFirstMinutes); };
+    if (has_manual) {  // it opens where it tells of this page
+        offers.open_manual = [this] { m_frame.Action(CommandId::kManual)->trigger(); };
     }
     m_page = new FirstPage(offers, &m_view);
     m_page->hide();

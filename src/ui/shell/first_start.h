@@ -24,8 +24,8 @@ class FirstStart : public QObject {
 
  public:
     /// Shows the page from now on whenever it fits, once events are handled. `frame` and `prompts`
-    /// are not owned and outlive this object. Without a demo there is no button for it.
-    FirstStart(CMainFrame& frame, const Prompts& prompts, DemoFiles demo);
+    /// are not owned and outlive this object. Without a demo or a manual there is no button for it.
+    FirstStart(CMainFrame& frame, const Prompts& prompts, DemoFiles demo, bool has_manual = false);
     ~FirstStart() override;
 
     [[nodiscard]] FirstPage& Page();

@@ -28,6 +28,7 @@ Prompts HeadlessPrompts(std::function<void(const std::string& text)> tell) {
     prompts.print = [](QWidget*, QPrinter&) { return false; };
     prompts.page_setup = [](QWidget*, QPrinter&) {};
     prompts.print_preview = [](QWidget*, QPrinter&, const std::function<void(QPrinter&)>&) {};
+    prompts.open_page = [](QWidget*, const QUrl&) { return true; };
     return prompts;
 }
 

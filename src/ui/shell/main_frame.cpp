@@ -25,6 +25,7 @@
 #include "ui/messages.h"
 #include "ui/recording/recording_pane.h"
 #include "ui/shell/about_dlg.h"
+#include "ui/shell/context_help.h"
 #include "ui/shell/count_pane.h"
 #include "ui/shell/looks.h"
 #include "ui/shell/pane_cycle.h"
@@ -68,7 +69,8 @@ CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings)
       m_recent_files(settings),
       m_recent_recordings(settings, QStringLiteral("RecentRecordings")),
       m_look(StoredLook(settings)),
-      m_tables(*this, *m_view, prompts, settings) {
+      m_tables(*this, *m_view, prompts, settings),
+      m_help(new ContextHelp(*this, prompts)) {
     setWindowTitle(QStringLiteral("Wavo"));
     setWindowIcon(ProgramIcon());
     setCentralWidget(m_view);
@@ -177,6 +179,9 @@ void CMainFrame::CreateMeasure(const Prompts& prompts) {
     const QString made_by = QString::fromStdString("Wavo " + OwnVersion().product_version);
     m_circle = std::make_unique<CircleControl>(*this, *m_view, prompts, m_settings, made_by);
     m_axis = std::make_unique<AxisControl>(*this, *m_view, prompts, m_settings, made_by);
+    m_reference = std::make_unique<ReferenceControl>(*this, *m_view, prompts, m_settings);
+    connect(m_reference.get(), &ReferenceControl::CommandsChanged, this,
+            &CMainFrame::UpdateCommands);
     connect(m_axis.get(), &AxisControl::CommandsChanged, this, &CMainFrame::UpdateCommands);
     connect(m_circle.get(), &CircleControl::CommandsChanged, this, &CMainFrame::UpdateCommands);
 }
@@ -211,6 +216,7 @@ void CMainFrame::RestoreLayout() {
     m_measure->Restore();
     m_circle->Restore();
     m_axis->Restore();
+    m_reference->Restore();
 }
 
 void CMainFrame::StoreLayout() {
@@ -240,6 +246,9 @@ void CMainFrame::UpdateCommands() {
         } else if (command.owner == CommandOwner::kAxis) {
             action->setEnabled(m_axis->IsEnabled(command.id));
             action->setChecked(m_axis->IsChecked(command.id));
+        } else if (command.owner == CommandOwner::kReference) {
+            action->setEnabled(m_reference->IsEnabled(command.id));
+            action->setChecked(m_reference->IsChecked(command.id));
         } else if (command.owner == CommandOwner::kRecorded) {
             action->setEnabled(m_view->Past().IsEnabled(command.id));
             action->setChecked(m_view->Past().IsOn(command.id));
@@ -281,6 +290,8 @@ void CMainFrame::OnCommand(CommandId id) {
         m_circle->Execute(id);
     } else if (command->owner == CommandOwner::kAxis) {
         m_axis->Execute(id);
+    } else if (command->owner == CommandOwner::kReference) {
+        m_reference->Execute(id);
     } else if (command->owner == CommandOwner::kParts) {
         m_tables.Execute(id);
     } else {
@@ -298,6 +309,8 @@ void CMainFrame::ExecuteOwn(CommandId id) {
         statusBar()->setVisible(statusBar()->isHidden());
     } else if (id == CommandId::kAbout) {
         ShowAbout();
+    } else if (id == CommandId::kManual) {
+        m_help->Open();
     } else if (id == CommandId::kNextPane || id == CommandId::kPreviousPane) {
         GoToPane(*this, id == CommandId::kNextPane,
                  [this](const QAction& action) { return m_actions.IsHarmless(action); });

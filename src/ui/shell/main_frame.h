@@ -19,6 +19,7 @@
 #include "ui/panes/axis_control.h"
 #include "ui/panes/circle_control.h"
 #include "ui/panes/measure_control.h"
+#include "ui/panes/reference_control.h"
 #include "ui/recording/recording_control.h"
 #include "ui/shell/table_control.h"
 #include "view/command_ids.h"
@@ -30,6 +31,7 @@ class QAction;
 
 namespace wavo {
 
+class ContextHelp;
 class CWavoView;
 struct Prompts;
 
@@ -54,6 +56,8 @@ class CMainFrame : public QMainWindow {
     [[nodiscard]] MeasureControl& Measure() { return *m_measure; }
     [[nodiscard]] CircleControl& Circle() { return *m_circle; }
     [[nodiscard]] AxisControl& Axis() { return *m_axis; }
+    [[nodiscard]] ContextHelp& Help() { return *m_help; }
+    [[nodiscard]] ReferenceControl& Reference() { return *m_reference; }
 
     /// Text of a status bar pane.
     [[nodiscard]] QString PaneText(StatusPane pane) const;
@@ -114,7 +118,9 @@ class CMainFrame : public QMainWindow {
     std::unique_ptr<MeasureControl> m_measure;
     std::unique_ptr<CircleControl> m_circle;
     std::unique_ptr<AxisControl> m_axis;
+    std::unique_ptr<ReferenceControl> m_reference;
     TableControl m_tables;
+    ContextHelp* const m_help;  // child
     bool m_has_stored_place = false;
     QAction* m_customize_item = nullptr;  // child; stands at the end of "Standard"
 };

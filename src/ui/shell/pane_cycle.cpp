@@ -86,7 +86,9 @@ std::vector<Pane> Panes(QMainWindow& frame, const HarmlessTest& is_harmless) {
         }
     }
     for (auto* const dock : frame.findChildren<QDockWidget*>()) {
-        add(dock, FirstControl(*dock));
+        QWidget* const content = dock->widget();
+        QWidget* const inside = content != nullptr ? FirstControl(*content) : nullptr;
+        add(dock, inside != nullptr ? inside : FirstControl(*dock));  // not its title first
     }
     QList<QToolBar*> bars = frame.findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly);
     std::sort(bars.begin(), bars.end(), StandsBefore);

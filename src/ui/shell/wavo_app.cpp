@@ -14,7 +14,9 @@
 #include "platform/process.h"
 #include "support/diagnostics.h"
 #include "support/diagnostics_output.h"
+#include "support/file_name.h"
 #include "ui/bars/command_icons.h"
+#include "ui/shell/context_help.h"
 #include "ui/shell/first_start.h"
 #include "ui/shell/headless_prompts.h"
 #include "ui/shell/main_frame.h"
@@ -41,7 +43,7 @@ CWavoApp::~CWavoApp() = default;
 bool CWavoApp::Print(const LastWords& words) {
     const bool asked_for = words.exit_code == 0;
     if (!(asked_for ? platform::HasStandardOutput() : platform::HasStandardError())) {
-        return false;
+        return platform::WriteToConsoleOfStarter(words.text.toStdString());
     }
     QTextStream(asked_for ? stdout : stderr) << words.text;
     return true;
@@ -101,7 +103,8 @@ void CWavoApp::OpenFiles(const AppOptions& options) {
         m_frame->View().Past().Files().Open(platform::NativePath(options.recording.toStdString()));
     m_frame->Tables().SetCycleTime(std::nullopt);
     if (options.screenshot.isEmpty()) {
-        m_first = std::make_unique<FirstStart>(*m_frame, m_prompts, FindDemo());
+        m_first = std::make_unique<FirstStart>(*m_frame, m_prompts, FindDemo(),
+                                               !ManualFolder().isEmpty());
     }
     if (!options.screenshot.isEmpty()) {
         if (m_has_failed || !is_open) {
@@ -155,9 +158,13 @@ void CWavoApp::TakeScreenshot(const QString& file) {
     do {
         (void)overview.DrawEnvelope();
     } while (!overview.IsExact());
-    const bool saved = m_frame->grab().save(file);
+    const std::string path = file.toStdString();
+    const bool saved = IsFileName(path) && m_frame->grab().save(file);
     if (!saved) {
-        MERRLOG("CWavoApp::TakeScreenshot(): cannot write %s", file.toUtf8().constData());
+        MERRLOG("CWavoApp::TakeScreenshot(): cannot write %s", path.c_str());
+        Print({QStringLiteral("wavo: cannot write %1\n")
+                   .arg(QString::fromStdString(path + FileNameFault(path))),
+               1});
     }
     End(saved ? 0 : 1);
 }

@@ -22,8 +22,8 @@ class CWavoApp : public QApplication {
     CWavoApp(int& argc, char** argv, Prompts prompts);
     ~CWavoApp() override;
 
-    /// Says on the standard streams what the program has to say in place of its work. False when
-    /// there is no such stream; a box then says it.
+    /// Says on the standard streams what the program has to say in place of its work, without such
+    /// a stream on the console of its starter. False when there is neither; a box then says it.
     static bool Print(const LastWords& words);
     static void ShowInBox(const LastWords& words, const Prompts& prompts);
 

@@ -62,7 +62,9 @@ inline WavoGraph AxisGraph(double fade_out_time, const ScaleDefinition& x_scale,
 class CountingHost : public GraphDrawHost {
  public:
     void RecordingEnded() override { ++ended; }
+    std::optional<BackRun> BehindOf(const GraphDraw& /*graph*/) override { return behind; }
     int ended = 0;
+    std::optional<BackRun> behind;
 };
 
 /// What a graph is drawn into, and how the user wants it to look.

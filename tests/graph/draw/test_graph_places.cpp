@@ -152,6 +152,35 @@ TEST(GraphPlaces, LinesThatWereNeverToldCountBackFromTheNewest) {
     EXPECT_EQ(scope.draw->Places().TimeOf(-20), 0.0);
 }
 
+TEST(GraphPlaces, LinesThatAreNotSeenStandBesideTheNewest) {
+    Scope scrolled(PlacesGraph(GraphMode::kContinuity));
+    EXPECT_EQ(scrolled.draw->Places().TimeOfLine(100), std::nullopt);
+    FeedLines(scrolled, 100, 30);
+    EXPECT_EQ(scrolled.draw->Places().TimeOfLine(100), 0.0);
+    EXPECT_EQ(scrolled.draw->Places().TimeOfLine(140), 10.0);
+    FeedLines(scrolled, 130, 30);
+    EXPECT_EQ(scrolled.draw->Places().TimeOfLine(159), 10.0);
+    EXPECT_EQ(scrolled.draw->Places().TimeOfLine(163), 11.0);
+    EXPECT_EQ(scrolled.draw->Places().TimeOfLine(99), -5.0);
+    // Lines that were missed are left out of the picture: those beside the newest count.
+    FeedLines(scrolled, 1000, 10);
+    EXPECT_EQ(scrolled.draw->Places().TimeOfLine(1000), 7.75);
+    EXPECT_EQ(scrolled.draw->Places().TimeOfLine(999), 7.5);
+
+    Scope swept(PlacesGraph(GraphMode::kClassic));
+    FeedLines(swept, 100, 41);
+    FeedLines(swept, 141, 12);
+    EXPECT_EQ(swept.draw->Places().TimeOfLine(152), 3.0);
+    EXPECT_EQ(swept.draw->Places().TimeOfLine(160), 5.0) << "ahead of the sweep";
+    EXPECT_EQ(swept.draw->Places().TimeOfLine(141), 0.25);
+
+    scrolled.draw->SetZoomRange(2.0, 4.0);
+    scrolled.Draw();
+    const std::optional<std::int64_t> first = scrolled.draw->Places().LineAt(0.0);
+    ASSERT_TRUE(first.has_value());
+    EXPECT_EQ(scrolled.draw->Places().TimeOfLine(*first + 1), 0.25);
+}
+
 TEST(GraphPlaces, OverAnAxisNothingStandsAnywhere) {
     Scope scope(AxisGraph(1.0, ManualScale(0, 1), ManualScale(0, 1)));
     scope.Feed({{0.1, 0.2}, {0.1, 0.2}});

@@ -7,6 +7,8 @@
 #include <array>
 #include <utility>
 
+#include "platform/win32/wide.h"
+
 namespace wavo::testing {
 
 namespace {
@@ -56,16 +58,16 @@ StartedProgram::StartedProgram(const std::string& program,
     m_system->input.Open(&Pipe::write);
     m_system->output.Open(&Pipe::read);
     m_system->errors.Open(&Pipe::read);
-    STARTUPINFOA start{};
+    STARTUPINFOW start{};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
     start.hStdInput = m_system->input.read;
     start.hStdOutput = m_system->output.write;
     start.hStdError = m_system->errors.write;
     // In a group of its own: an event of the console is then for it alone.
-    m_ended =
-        ::CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP,
-                         nullptr, nullptr, &start, &m_system->process) == 0;
+    m_ended = ::CreateProcessW(nullptr, platform::Wide(command).data(), nullptr, nullptr, TRUE,
+                               CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &start,
+                               &m_system->process) == 0;
     EXPECT_FALSE(m_ended) << program;
     ::CloseHandle(m_system->input.read);
     ::CloseHandle(m_system->output.write);

@@ -38,6 +38,7 @@ TEST(DialogPrompts, NoneIsEmpty) {
     EXPECT_TRUE(prompts.print);
     EXPECT_TRUE(prompts.page_setup);
     EXPECT_TRUE(prompts.print_preview);
+    EXPECT_TRUE(prompts.open_page);
 }
 
 TEST(DialogPrompts, AFaultIsABoxOfItsOwnKind) {

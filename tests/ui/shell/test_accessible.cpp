@@ -158,7 +158,8 @@ TEST_F(Accessible, IsEveryGraphByItsNumber) {
             EXPECT_GT(child->rect().height(), 50);
         }
     }
-    EXPECT_THAT(found, ElementsAre("graph 2: X over time, 10 s", "graph 7: Y over X"));
+    EXPECT_THAT(found, ElementsAre("graph 2: X from -10.0 to 10.0, over time from 0.0 to 10.0 s",
+                                   "graph 7: Y from -10.0 to 10.0, over X from 0.0 to 10.0"));
     EXPECT_EQ(view->child(view->childCount()), nullptr);
 
     QAccessibleInterface* const gone = view->child(view->childCount() - 1);

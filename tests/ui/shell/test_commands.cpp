@@ -107,6 +107,10 @@ const std::vector<Line>& ExpectedMenuBar() {
         {1, "-", 0},
         {1, "&Circle Test...\tCtrl+Shift+C", 32750},
         {1, "&Axis Test...\tCtrl+Shift+A", 32751},
+        {1, "&Reference...\tCtrl+Shift+G", 32754},
+        {1, "-", 0},
+        {1, "&Line Styles", 32770},
+        {1, "&Describe Graph\tCtrl+Shift+D", 32771},
         {0, "&Help", 0},
         {1, "&About Wavo...", 57664},
     };
@@ -262,30 +266,46 @@ TEST_F(Frame, TheShortcutsAreTheseAndNoneStandsTwice) {
             EXPECT_TRUE(shortcuts.emplace(text.toStdString(), static_cast<int>(command.id)).second);
         }
     }
-    const std::map<std::string, int> expected = {{"Ctrl+N", 57600},        {"Ctrl+O", 57601},
-                                                 {"Ctrl+S", 57603},        {"Ctrl+P", 57607},
-                                                 {"Ctrl+A", 32779},        {"Ctrl+H", 32777},
-                                                 {"Ctrl+T", 32778},        {"F6", 57680},
-                                                 {"Shift+F6", 57681},      {"Ctrl+R", 32760},
-                                                 {"Ctrl+Shift+R", 32761},  {"Ctrl+Shift+O", 32740},
-                                                 {"Ctrl+Shift+W", 32741},  {"F3", 32744},
-                                                 {"Shift+F3", 32745},      {"Ctrl+F3", 32746},
-                                                 {"Ctrl+Shift+F3", 32747}, {"Ctrl+Shift+E", 32748},
-                                                 {"Ctrl+M", 32720},        {"Ctrl+Shift+M", 32722},
-                                                 {"Ctrl+Shift+C", 32750},  {"Ctrl+Shift+A", 32751},
-                                                 {"Ctrl+PgDown", 32752},   {"Ctrl+PgUp", 32753}};
+    const std::map<std::string, int> expected = {{"Ctrl+N", 57600},
+                                                 {"Ctrl+O", 57601},
+                                                 {"Ctrl+S", 57603},
+                                                 {"Ctrl+P", 57607},
+                                                 {"Ctrl+A", 32779},
+                                                 {"Ctrl+H", 32777},
+                                                 {"Ctrl+T", 32778},
+                                                 {"F6", 57680},
+                                                 {"Shift+F6", 57681},
+                                                 {"Ctrl+R", 32760},
+                                                 {"Ctrl+Shift+R", 32761},
+                                                 {"Ctrl+Shift+O", 32740},
+                                                 {"Ctrl+Shift+W", 32741},
+                                                 {"F3", 32744},
+                                                 {"Shift+F3", 32745},
+                                                 {"Ctrl+F3", 32746},
+                                                 {"Ctrl+Shift+F3", 32747},
+                                                 {"Ctrl+Shift+E", 32748},
+                                                 {"Ctrl+M", 32720},
+                                                 {"Ctrl+Shift+M", 32722},
+                                                 {"Ctrl+Shift+C", 32750},
+                                                 {"Ctrl+Shift+A", 32751},
+                                                 {"Ctrl+Shift+G", 32754},
+                                                 {"Ctrl+PgDown", 32752},
+                                                 {"Ctrl+PgUp", 32753},
+                                                 {"Ctrl+Shift+D", 32771},
+                                                 {"F1", 32762}};
     EXPECT_EQ(shortcuts, expected);
 }
 
 TEST_F(Frame, CommandsOfTheViewAreEnabledAsTheViewSays) {
     for (const Command& command : Commands()) {
-        EXPECT_EQ(m_frame.Action(command.id)->isEnabled(),
-                  command.owner == CommandOwner::kShell || command.id == CommandId::kRecord ||
-                      command.id == CommandId::kOpenRecording ||
-                      command.id == CommandId::kMeasurements ||
-                      command.id == CommandId::kSpectrum || command.id == CommandId::kCircleTest ||
-                      command.id == CommandId::kAxisTest ||
-                      m_frame.View().Commands().IsEnabled(command.id))
+        EXPECT_EQ(
+            m_frame.Action(command.id)->isEnabled(),
+            command.owner == CommandOwner::kShell || command.id == CommandId::kRecord ||
+                command.id == CommandId::kOpenRecording || command.id == CommandId::kMeasurements ||
+                command.id == CommandId::kSpectrum || command.id == CommandId::kCircleTest ||
+                command.id == CommandId::kAxisTest || command.id == CommandId::kReference ||
+                command.id == CommandId::kLineStyles || command.id == CommandId::kDescribeGraph ||
+                m_frame.View().Commands().IsEnabled(command.id))
             << command.object_name;
     }
     EXPECT_TRUE(m_frame.Action(CommandId::kStop)->isEnabled());
@@ -384,7 +404,7 @@ TEST_F(Frame, TheBarsMenuShowsAndHidesTheToolBar) {
         texts.push_back(action->text().toStdString());
     }
     EXPECT_THAT(texts, ElementsAre("Standard", "Recording", "Measurements", "Spectrum",
-                                   "Circle Test", "Axis Test", "", "Customize..."));
+                                   "Circle Test", "Axis Test", "Reference", "", "Customize..."));
     m_frame.show();
     const QToolBar* const bar = m_frame.findChild<QToolBar*>(QStringLiteral("tool_bar_Standard"));
     EXPECT_TRUE(bar->isVisible());

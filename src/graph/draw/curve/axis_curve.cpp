@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <span>
+#include <utility>
 
 namespace wavo {
 
@@ -23,8 +25,8 @@ constexpr std::size_t kLeastDropped = 256;
 /// It costs less to look at all pixels than at all of so many points.
 constexpr std::size_t kManyPoints = 20000;
 
-/// Spots that are drawn in one go.
-constexpr std::size_t kSpots = 256;
+/// Places that are drawn in one go.
+constexpr std::size_t kPlaces = 256;
 
 constexpr std::int32_t kMostPointSize = 4096;
 
@@ -44,6 +46,17 @@ class Fading {
         const auto samples = static_cast<double>(static_cast<std::int64_t>(age));
         const double level = LevelMask::kOpaque - m_per_sample * samples;
         return static_cast<LevelMask::Level>(std::max(level, 0.0));
+    }
+
+    /// The same of successive points, the first of which has this age.
+    void Of(std::size_t first_age, std::span<LevelMask::Level> levels) const {
+        const auto first = static_cast<double>(static_cast<std::int64_t>(first_age));
+        const auto count = static_cast<std::int32_t>(levels.size());
+        LevelMask::Level* const out = levels.data();
+        for (std::int32_t i = 0; i < count; ++i) {
+            const double level = LevelMask::kOpaque - m_per_sample * (first - i);
+            out[i] = static_cast<LevelMask::Level>(std::max(level, 0.0));
+        }
     }
 
  private:
@@ -137,9 +150,9 @@ void AxisCurve::Add(const LinePoint& point) {
     m_places.push_back(PlaceOf(point));
 }
 
-AxisCurve::Place AxisCurve::PlaceOf(const LinePoint& point) {
+LevelMask::Place AxisCurve::PlaceOf(const LinePoint& point) {
     // A pixel that far to the left is beyond every area, and so is the one beside it.
-    return {IsGap(point) ? kGap : std::max(point.x, kGap + 1), point.y};
+    return {IsGap(point) ? LevelMask::kGap : std::max(point.x, LevelMask::kGap + 1), point.y};
 }
 
 void AxisCurve::PointsMoved() {
@@ -179,8 +192,14 @@ QRect AxisCurve::Draw(QImage& picture, const QRect& plot, const Style& style, Pi
         m_mask.Begin(touched);
         if (style.points) {
             DrawPoints(first, size, style.fade_out_age);
-        } else {
+        } else if (style.dashes.IsSolid()) {
             DrawLines(first, style.fade_out_age);
+        } else {
+            DrawLinesAlong(Coordinate::kX, first, style.fade_out_age);
+            m_mask.Cut(style.dashes, Coordinate::kX, plot.topLeft());
+            m_mask.BlendInto(picture, style.color.rgb(), runs);
+            DrawLinesAlong(Coordinate::kY, first, style.fade_out_age);
+            m_mask.Cut(style.dashes, Coordinate::kY, plot.topLeft());
         }
         m_mask.BlendInto(picture, style.color.rgb(), runs);
     }
@@ -241,32 +260,48 @@ void AxisCurve::DrawGone(std::size_t first) {
 
 void AxisCurve::DrawLines(std::size_t first, double fade_out_age) {
     const Fading fading(fade_out_age);
-    const Place* const places = m_places.data() + m_dropped;
-    const std::size_t size = Size();
-    std::array<LevelMask::Spot, kSpots> spots;
-    std::size_t count = 0;
-    std::size_t drawn = 0;  // of these
-    const auto draw = [&] {
-        if (count > drawn) {
-            m_mask.Lines(std::span(spots).first(count));
+    const std::span<const LevelMask::Place> places(m_places.data() + m_dropped, Size());
+    std::array<LevelMask::Level, kPlaces> levels;
+    for (std::size_t i = first;;) {
+        const std::size_t count = std::min(kPlaces, places.size() - i);
+        fading.Of(places.size() - 1 - i, std::span(levels).first(count));
+        m_mask.Lines(places.subspan(i, count), levels.data());
+        if (i + count == places.size()) {
+            return;
         }
-        count = drawn = 0;
+        i += count - 1;  // a line leads on from the last one
+    }
+}
+
+void AxisCurve::DrawLinesAlong(Coordinate along, std::size_t first, double fade_out_age) {
+    // Where a line goes is seen over some pixels, not from one to the next. The point to compare
+    // with depends on those near it alone, so that dashes stay where they are.
+    constexpr std::int64_t kApart = 6;
+    const Fading fading(fade_out_age);
+    const LinePoint* const points = begin();
+    const std::size_t count = Size();
+    const auto across = [](const LinePoint& a, const LinePoint& b) {
+        return std::pair(std::abs(std::int64_t{a.x} - b.x), std::abs(std::int64_t{a.y} - b.y));
     };
-    for (std::size_t i = first; i < size; ++i) {
-        const Place& place = places[i];
-        if (place.x == kGap) {
-            draw();
+    std::size_t behind = first;
+    for (std::size_t i = first + 1; i < count; ++i) {
+        if (IsGap(points[i]) || IsGap(points[i - 1])) {
+            behind = i;
             continue;
         }
-        if (count == kSpots) {
-            draw();
-            spots[0] = spots[kSpots - 1];  // a line leads on from it
-            count = drawn = 1;
+        const auto is_apart = [&](std::size_t other) {
+            const auto [x, y] = across(points[other], points[i]);
+            return std::max(x, y) >= kApart;
+        };
+        while (behind + 1 < i && is_apart(behind + 1)) {
+            ++behind;
         }
-        spots[count] = {place.x, place.y, fading.At(size - 1 - i)};
-        ++count;
+        const auto [x, y] = across(points[behind], points[i]);
+        if ((x >= y) == (along == Coordinate::kX)) {
+            m_mask.Line({points[i - 1].x, points[i - 1].y, fading.At(count - i)},
+                        {points[i].x, points[i].y, fading.At(count - 1 - i)});
+        }
     }
-    draw();
 }
 
 void AxisCurve::DrawPoints(std::size_t first, std::int32_t size, double fade_out_age) {

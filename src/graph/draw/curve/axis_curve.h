@@ -19,7 +19,9 @@
 #include <vector>
 
 #include "graph/draw/curve/line_point.h"
+#include "graph/draw/raster/dash_pattern.h"
 #include "graph/draw/raster/level_mask.h"
+#include "graph/draw/raster/mapping.h"
 
 namespace wavo {
 
@@ -33,6 +35,7 @@ class AxisCurve {
         double device_ratio = 1.0;  ///< device pixels per logical pixel
         /// Age at which a point has vanished; nothing fades when it is not above 0.
         double fade_out_age = 0.0;
+        DashPattern dashes = {};  ///< of lines
 
         friend bool operator==(const Style&, const Style&) = default;
     };
@@ -70,31 +73,28 @@ class AxisCurve {
         return m_shown_first.has_value() && style == m_shown_style;
     }
 
-    /// Draws lines over nothing but a background, pixel by pixel as Draw does. `target`: the pixels
-    /// of the area from its top left on. `go_on`: the picture still shows what the last call has
-    /// drawn, but for `touched` of it, which is background again; else it shows the background.
+    /// Draws solid lines over nothing but a background, pixel by pixel as Draw does. `target`: the
+    /// pixels of the area from its top left on. `go_on`: the picture still shows what the last call
+    /// has drawn, but for `touched` of it, which is background again; else it shows the background.
     /// Adds to `touched` what is not drawn anew each time. REQUIRES: CanGoOn when `go_on`.
     void DrawOn(QImage& picture, const QRect& area, const PixelColumns& target, const Style& style,
                 bool go_on, PixelRuns& touched);
 
  private:
-    /// Where a point stands, and nothing else of it: what all lines are drawn from is read in each
-    /// frame, and stays in the cache.
-    struct Place {
-        std::int32_t x;  ///< pixel; kGap: there is none
-        std::int32_t y;
-    };
-    static constexpr std::int32_t kGap = std::numeric_limits<std::int32_t>::min();
-    [[nodiscard]] static Place PlaceOf(const LinePoint& point);
+    [[nodiscard]] static LevelMask::Place PlaceOf(const LinePoint& point);
 
     void DrawGone(std::size_t first);
     [[nodiscard]] std::size_t FirstVisible(double fade_out_age) const;
     void DrawLines(std::size_t first, double fade_out_age);
+    /// The lines that go rather along a coordinate than along the other.
+    void DrawLinesAlong(Coordinate along, std::size_t first, double fade_out_age);
     void DrawPoints(std::size_t first, std::int32_t size, double fade_out_age);
 
     std::uint64_t m_max_points;       ///< constant after construction
     std::vector<LinePoint> m_points;  ///< dropped points, then those of the curve
-    std::vector<Place> m_places;      ///< of these
+    /// Where they stand, and nothing else of them: what all lines are drawn from is read in each
+    /// frame, and stays in the cache.
+    std::vector<LevelMask::Place> m_places;
     std::size_t m_dropped = 0;
     LevelMask m_mask;  ///< kept for its memory
 

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "graph/draw/curve/line_point.h"
+#include "graph/draw/raster/dash_pattern.h"
 #include "graph/draw/raster/mapping.h"
 #include "graph/draw/raster/plot_canvas.h"
 #include "graph/values/min_max_pyramid.h"
@@ -51,6 +52,7 @@ struct CurveStyle {
     double point_size = 2.0;  ///< side of a point, logical pixels
     /// Age, samples, at which a point has vanished; nothing fades when it is not above 0.
     double fade_out_age = 0.0;
+    DashPattern dashes = {};  ///< of lines
 };
 
 /// Which mappings have changed, and what they have to be asked for whatever they remember.

@@ -24,6 +24,7 @@ AxisCurve::Style StyleOf(const CurveStyle& style, double device_ratio) {
     points.background = style.background;
     points.device_ratio = device_ratio;
     points.fade_out_age = style.fade_out_age;
+    points.dashes = style.dashes;
     return points;
 }
 
@@ -85,7 +86,7 @@ void CurveOverAxis::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCan
     }
     const AxisCurve::Style drawn = StyleOf(style, plot.device_ratio);
     PlotCanvas::AlonePainting alone;
-    if (!drawn.points) {
+    if (!drawn.points && drawn.dashes.IsSolid()) {
         alone.can_go_on = m_points.CanGoOn(drawn);
         alone.paint = [this, drawn](QImage& picture, const QRect& area, const PixelColumns& target,
                                     bool go_on, PixelRuns& touched) {

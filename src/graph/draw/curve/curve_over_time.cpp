@@ -49,11 +49,11 @@ void CurveOverTime::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCan
         return;
     }
     if (m_shape.HasSpans()) {
-        canvas.Add(m_shape.Spans(), style.color.rgb());
+        AddSpans(m_shape.Spans(), style, m_dashed, canvas);
     } else {
         canvas.Add(
-            [this, area = plot.area, color = style.color](QImage& picture, PixelRuns& touched) {
-                AddRectangle(touched, PaintSegments(picture, m_shape.Segments(), area, color));
+            [this, area = plot.area, style](QImage& picture, PixelRuns& touched) {
+                AddRectangle(touched, PaintSegments(picture, m_shape.Segments(), area, style));
             },
             m_shape.Version());
     }

@@ -31,6 +31,7 @@ class CurveOverTime final : public LiveCurve {
  private:
     std::unique_ptr<TimeCurve> m_samples;
     CurveShape m_shape;
+    ColumnSpans m_dashed;  ///< what is painted of the shape where it is dashed
 };
 
 }  // namespace wavo

@@ -28,13 +28,13 @@ void HistoryCurve::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCanv
     }
     if (IsDense()) {
         BuildSpans();
-        canvas.Add(m_spans, style.color.rgb());
+        AddSpans(m_spans, style, m_dashed, canvas);
         return;
     }
     BuildSegments(plot.area);
     canvas.Add(
-        [this, area = plot.area, color = style.color](QImage& picture, PixelRuns& touched) {
-            AddRectangle(touched, PaintSegments(picture, m_segments, area, color));
+        [this, area = plot.area, style](QImage& picture, PixelRuns& touched) {
+            AddRectangle(touched, PaintSegments(picture, m_segments, area, style));
         },
         ++m_drawings);
 }

@@ -78,6 +78,7 @@ class HistoryCurve final : public Curve {
     FiniteSearch m_finite;
     ColumnRow m_row;
     ColumnSpans m_spans;
+    ColumnSpans m_dashed;  ///< what is painted of them where the curve is dashed
     std::vector<QLine> m_segments;
     std::uint64_t m_drawings = 0;
     bool m_is_complete = true;

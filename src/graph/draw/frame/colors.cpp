@@ -17,14 +17,14 @@ double Luminance(const QColor& color) {
            0.0722 * Linear(color.blueF());
 }
 
-/// Part of the greatest contrast there can be that a coloured text has to reach.
-constexpr double kLabelPart = 0.7;
+/// Part of the greatest contrast there can be at which hues are still told apart.
+constexpr double kHuePart = 0.7;
 
 /// A guiding circle is read less than a text, and behind the curve: part of a text's contrast.
 constexpr double kCirclePart = 0.75;
 
-double LabelContrast(const QColor& background) {
-    return std::min(kTextContrast, kLabelPart * Contrast(ForegroundOn(background), background));
+double HueContrast(const QColor& background) {
+    return std::min(kTextContrast, kHuePart * Contrast(ForegroundOn(background), background));
 }
 
 int BlendByte(int under, int over, double part) {
@@ -119,11 +119,11 @@ FrameColors::FrameColors(const QColor& background_color)
       scale_line(Blend(background, ForegroundOn(background), 0.17)),
       text(Readable(Blend(background, ForegroundOn(background), 0.78), background)),
       shared_zero_line(Blend(background, ForegroundOn(background), 0.32)),
-      label_contrast(LabelContrast(background)) {
-    waiting = Readable(QColor(240, 176, 48), background, label_contrast);
-    running = Readable(QColor(80, 200, 96), background, label_contrast);
-    stopped = Readable(QColor(240, 96, 80), background, label_contrast);
-    const double circle_contrast = kCirclePart * label_contrast;
+      hue_contrast(HueContrast(background)) {
+    waiting = Readable(QColor(240, 176, 48), background);
+    running = Readable(QColor(80, 200, 96), background);
+    stopped = Readable(QColor(240, 96, 80), background);
+    const double circle_contrast = kCirclePart * hue_contrast;
     circle = Readable(QColor(80, 130, 210), background, circle_contrast);
     other_circle = Readable(QColor(200, 120, 50), background, circle_contrast);
 }

@@ -43,9 +43,9 @@ struct FrameColors {
     QColor shared_zero_line;  ///< a zero line that several curves have in common
     QColor circle;            ///< a guiding circle
     QColor other_circle;      ///< a guiding circle behind a curve that is coloured like `circle`
-    /// Contrast wanted of the status texts: on a grey background less, so that the colours can
-    /// still be told apart.
-    double label_contrast;
+    /// Contrast that the guiding circles go by: on a grey background less than that of texts, so
+    /// that their colours can still be told apart.
+    double hue_contrast;
 };
 
 }  // namespace wavo

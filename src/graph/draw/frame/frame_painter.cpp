@@ -1,6 +1,7 @@
 #include "graph/draw/frame/frame_painter.h"
 
 #include <QFontMetrics>
+#include <algorithm>
 
 #include "graph/draw/frame/shortened_text.h"
 
@@ -10,6 +11,9 @@ namespace {
 
 /// Scale lines closer than this are a grey area, not a scale.
 constexpr int kLeastLineDistance = 4;
+
+/// Letters under which the dashes of a curve are shown.
+constexpr int kSampleLetters = 16;
 
 /// A line of one device pixel whatever the painter's scale.
 QPen HairLine(const QColor& color) {
@@ -130,6 +134,17 @@ void PaintYTexts(QPainter& painter, const QRect& slot, const LabelMetrics& metri
     spacing.Paint(painter, places.spacing, color, alignment);
 }
 
+/// Paints a piece of a curve's line at the bottom of a slot.
+void PaintDashes(QPainter& painter, const QRect& slot, int width, const DashPattern& dashes,
+                 const QColor& color) {
+    const int end = std::min(width, slot.width());
+    for (int x = 0; x < end; ++x) {
+        if (dashes.Paints(x)) {
+            painter.fillRect(QRect(slot.left() + x, slot.bottom(), 1, 1), color);
+        }
+    }
+}
+
 }  // namespace
 
 void PaintScaleLines(QPainter& painter, const ScaleLines& vertical, const ScaleLines& horizontal,
@@ -172,6 +187,8 @@ void PaintTexts(QPainter& painter, const FrameLayout& layout, const LabelMetrics
         return;
     }
     const std::vector<QRect>& places = layout.low ? low_slots : layout.y_slots;
+    // As long as the pattern that needs most to be known.
+    const int sample_width = kSampleLetters * painter.fontMetrics().averageCharWidth();
     for (std::size_t i = 0; i < texts.y.size() && i < layout.y_slots.size(); ++i) {
         const YLabel& label = texts.y[i];
         const QColor color = ShownColor(label.color, colors.background, kTextContrast);
@@ -182,6 +199,9 @@ void PaintTexts(QPainter& painter, const FrameLayout& layout, const LabelMetrics
                 .Paint(painter, places[i], color, Qt::AlignLeft | Qt::AlignVCenter);
         } else {
             PaintYTexts(painter, places[i], metrics, label, color);
+        }
+        if (label.dashes.has_value()) {
+            PaintDashes(painter, places[i], sample_width, *label.dashes, color);
         }
     }
 }

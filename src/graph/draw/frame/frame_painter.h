@@ -9,6 +9,7 @@
 #include "graph/draw/frame/colors.h"
 #include "graph/draw/frame/labels.h"
 #include "graph/draw/frame/texts.h"
+#include "graph/draw/raster/dash_pattern.h"
 #include "graph/draw/raster/mapping.h"
 #include "graph/record/run_state.h"
 
@@ -20,6 +21,8 @@ struct YLabel {
     QString spacing;
     AxisText alone;  ///< the text where the spacing, which names the derivation, does not fit
     QColor color;
+    /// Of the curve, shown below the text; nothing: they are not shown.
+    std::optional<DashPattern> dashes = {};
 };
 
 /// Lines of text that are painted: those above and below the plot area.

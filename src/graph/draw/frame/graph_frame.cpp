@@ -45,6 +45,13 @@ bool GraphFrame::FitToDevice(double ratio) {
     return true;
 }
 
+void GraphFrame::SetLineStyles(bool shown) {
+    if (shown != m_looks.line_styles) {
+        m_looks.line_styles = shown;
+        Invalidate();
+    }
+}
+
 void GraphFrame::Layout() {
     const QFontMetrics font_metrics(m_looks.font);
     m_metrics.line_height = font_metrics.height() + 4;
@@ -230,6 +237,9 @@ void GraphFrame::PaintTexts(const Content& content, const TextLines& lines) {
                            YAxisText(m_graph, i, marked_name), content.curves[i].chosen});
         texts.y.back().text.unit = texts.y.back().alone.unit =
             unit_of(name, m_graph.YCoorAxDerivation[i]);
+        if (m_looks.line_styles) {
+            texts.y.back().dashes = DashPattern(i, 1.0);
+        }
     }
     if (m_layout.plot.isEmpty() || m_image.isNull()) {
         return;

@@ -42,6 +42,7 @@ class GraphFrame {
         std::int32_t x_scale_lines = 5;                 ///< at least 1
         std::int32_t y_scale_lines = 3;                 ///< at least 1
         std::map<std::string, std::string> units = {};  ///< as in GraphDisplaySettings
+        bool line_styles = false;                       ///< the same
     };
 
     /// A curve as far as the frame has to know of it.
@@ -69,6 +70,9 @@ class GraphFrame {
     bool FitToDevice(double ratio);
     /// Spreads the x scale over the vertical lines.
     void SetXRange(const ScaleRange& range) { FillScaleValues(m_vertical, range); }
+
+    /// The texts of the y axes show the dashes of their curves from now on, or show none.
+    void SetLineStyles(bool shown);
 
     /// What was painted is gone.
     void Invalidate() { m_is_valid = false; }

@@ -140,63 +140,70 @@ bool LevelMask::Misses(const Spot& from, const Spot& to) const noexcept {
            std::max(from.y, to.y) < top || std::min(from.y, to.y) > bottom;
 }
 
-void LevelMask::Lines(std::span<const Spot> spots) {
-    for (std::size_t i = 0; i < spots.size();) {
+void LevelMask::Lines(std::span<const Place> places, const Level* levels) {
+    const auto spot = [&](std::size_t i) { return Spot{places[i].x, places[i].y, levels[i]}; };
+    for (std::size_t i = 0; i < places.size();) {
+        if (places[i].x == kGap) {
+            ++i;
+            continue;
+        }
         // Of two ends that are near each other nothing is between: the first was drawn before, or
         // ended a long line, whose levels are rounded.
-        if (i != 0 && !AreNear(spots[i - 1], spots[i])) {
-            LongLine(spots[i - 1], spots[i]);
-            const bool goes_on_near = i + 1 < spots.size() && AreNear(spots[i], spots[i + 1]);
+        if (i != 0 && places[i - 1].x != kGap && !AreNear(places[i - 1], places[i])) {
+            LongLine(spot(i - 1), spot(i));
+            const bool goes_on_near = i + 1 < places.size() && AreNear(places[i], places[i + 1]);
             if (!goes_on_near) {
                 ++i;
                 continue;
             }
         }
-        i = m_direct ? NearSpots<true>(spots, i) : NearSpots<false>(spots, i);
+        i = m_direct ? NearPlaces<true>(places, levels, i) : NearPlaces<false>(places, levels, i);
     }
 }
 
 template <bool kDirect>
-std::size_t LevelMask::NearSpots(std::span<const Spot> spots, std::size_t first) {
+std::size_t LevelMask::NearPlaces(std::span<const Place> places, const Level* levels,
+                                  std::size_t first) {
     std::size_t i = first;
     do {
-        // From one spot to the next one it is a pixel at most: so many of them are inside, too.
-        const std::size_t inside = std::min<std::size_t>(Margin(spots[i]), spots.size() - i);
+        // From one place to the next one it is a pixel at most: so many of them are inside, too.
+        const std::size_t inside = std::min<std::size_t>(Margin(places[i]), places.size() - i);
         if (inside != 0) {
-            i = kDirect ? NearSpotsOnPicture(spots.first(i + inside), i)
-                        : NearSpotsOnMask(spots.first(i + inside), i);
+            i = kDirect ? NearPlacesOnPicture(places.first(i + inside), levels, i)
+                        : NearPlacesOnMask(places.first(i + inside), levels, i);
         } else {
             ++i;
         }
-    } while (i < spots.size() && AreNear(spots[i - 1], spots[i]));
+    } while (i < places.size() && AreNear(places[i - 1], places[i]));
     return i;
 }
 
-std::size_t LevelMask::Margin(const Spot& spot) const noexcept {
-    if (!Inside(spot)) {
-        return 0;
-    }
-    const std::uint32_t column = static_cast<std::uint32_t>(spot.x) - m_left;
-    const std::uint32_t row = static_cast<std::uint32_t>(spot.y) - m_top;
-    return std::min({column, row, m_width - 1 - column, m_height - 1 - row}) + std::size_t{1};
+std::size_t LevelMask::Margin(const Place& place) const noexcept {
+    const std::uint32_t column = static_cast<std::uint32_t>(place.x) - m_left;
+    const std::uint32_t row = static_cast<std::uint32_t>(place.y) - m_top;
+    return column < m_width && row < m_height
+               ? std::min({column, row, m_width - 1 - column, m_height - 1 - row}) + std::size_t{1}
+               : 0;
 }
 
-std::size_t LevelMask::NearSpotsOnMask(std::span<const Spot> spots, std::size_t first) {
+std::size_t LevelMask::NearPlacesOnMask(std::span<const Place> places, const Level* levels,
+                                        std::size_t first) {
     // What is written might change members, for all the compiler knows.
     const auto stride = static_cast<std::ptrdiff_t>(m_stride);
     const auto left = static_cast<std::int32_t>(m_left);
     const auto top = static_cast<std::int32_t>(m_top);
-    std::uint8_t* const levels = m_levels.data();
+    std::uint8_t* const mask = m_levels.data();
     std::size_t i = first;
     do {
-        const Spot& spot = spots[i];
-        levels[(spot.y - top) * stride + (spot.x - left)] = Byte(spot.level);
+        const Place& place = places[i];
+        mask[(place.y - top) * stride + (place.x - left)] = Byte(levels[i]);
         ++i;
-    } while (i < spots.size() && AreNear(spots[i - 1], spots[i]));
+    } while (i < places.size() && AreNear(places[i - 1], places[i]));
     return i;
 }
 
-std::size_t LevelMask::NearSpotsOnPicture(std::span<const Spot> spots, std::size_t first) {
+std::size_t LevelMask::NearPlacesOnPicture(std::span<const Place> places, const Level* levels,
+                                           std::size_t first) {
     const auto left = static_cast<std::int32_t>(m_left);
     const std::int32_t to_row = m_target.top_row - static_cast<std::int32_t>(m_top);
     const int* const under_rows = m_target.under_rows;
@@ -208,16 +215,16 @@ std::size_t LevelMask::NearSpotsOnPicture(std::span<const Spot> spots, std::size
     const QRgb* const over_often = m_over_often.data();
     std::size_t i = first;
     do {
-        const Spot& spot = spots[i];
-        const std::int32_t column = spot.x - left;
-        if (under_rows[spot.y + to_row] == often_row && under_often[column] == often) {
-            const std::ptrdiff_t row = spot.y - static_cast<std::int32_t>(m_top);
-            pixels[row * stride + column] = over_often[Byte(spot.level)];
+        const Place& place = places[i];
+        const std::int32_t column = place.x - left;
+        if (under_rows[place.y + to_row] == often_row && under_often[column] == often) {
+            const std::ptrdiff_t row = place.y - static_cast<std::int32_t>(m_top);
+            pixels[row * stride + column] = over_often[Byte(levels[i])];
         } else {
-            Set(spot);
+            Set({place.x, place.y, levels[i]});
         }
         ++i;
-    } while (i < spots.size() && AreNear(spots[i - 1], spots[i]));
+    } while (i < places.size() && AreNear(places[i - 1], places[i]));
     return i;
 }
 
@@ -263,6 +270,21 @@ void LevelMask::Square(const Spot& centre, std::int32_t side) {
         std::uint8_t* const start = m_levels.data() + static_cast<std::size_t>(row) * m_stride +
                                     static_cast<std::size_t>(first_column);
         std::fill_n(start, columns, Byte(centre.level));
+    }
+}
+
+void LevelMask::Cut(const DashPattern& pattern, Coordinate along, const QPoint& origin) {
+    const std::int32_t column = static_cast<std::int32_t>(m_left) - origin.x();
+    const std::int32_t row = static_cast<std::int32_t>(m_top) - origin.y();
+    std::uint8_t* levels = m_levels.data();
+    for (std::uint32_t y = 0; y < m_height; ++y, levels += m_stride) {
+        if (along == Coordinate::kX) {
+            for (std::uint32_t x = 0; x < m_width; ++x) {
+                levels[x] = pattern.Paints(column + static_cast<std::int32_t>(x)) ? levels[x] : 0;
+            }
+        } else if (!pattern.Paints(row + static_cast<std::int32_t>(y))) {
+            std::memset(levels, 0, m_width);
+        }
     }
 }
 

@@ -9,14 +9,18 @@
 #pragma once
 
 #include <QImage>
+#include <QPoint>
 #include <QRect>
 #include <QRgb>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <vector>
 
+#include "graph/draw/raster/dash_pattern.h"
+#include "graph/draw/raster/mapping.h"
 #include "graph/draw/raster/pixel_runs.h"
 #include "graph/draw/raster/span_pixels.h"
 #include "support/processor.h"
@@ -43,6 +47,13 @@ class LevelMask {
     /// Opacity with 16 binary places: 0 to kOpaque.
     using Level = std::int32_t;
     static constexpr Level kOpaque = 255 * 65536;
+
+    /// A pixel of the picture.
+    struct Place {
+        std::int32_t x;  ///< kGap: there is none
+        std::int32_t y;
+    };
+    static constexpr std::int32_t kGap = std::numeric_limits<std::int32_t>::min();
 
     /// A pixel of the picture, and how opaque the curve is there.
     struct Spot {
@@ -78,12 +89,17 @@ class LevelMask {
         }
     }
 
-    /// Lines from each spot to the next one.
-    void Lines(std::span<const Spot> spots);
+    /// Lines from each place to the next one, but to and from gaps; `levels` are as many. A place
+    /// that is farther left than kGap + 1 is outside of every area.
+    void Lines(std::span<const Place> places, const Level* levels);
 
     /// A square of `side` pixels around the spot, which has one pixel more to the left and above
     /// when the side is even.
     void Square(const Spot& centre, std::int32_t side);
+
+    /// Takes away what was drawn in columns (`along` x) or rows (y) that are in a gap; `origin` is
+    /// the pixel of the picture where the pattern begins. REQUIRES: Begin.
+    void Cut(const DashPattern& pattern, Coordinate along, const QPoint& origin);
 
     /// Lays a colour on the picture through the mask and empties the mask. Adds the pixels that it
     /// has changed to `touched`, and some beside them, but none outside the area. REQUIRES:
@@ -96,7 +112,7 @@ class LevelMask {
         const std::int64_t distance = std::int64_t{a} - b;
         return distance >= -1 && distance <= 1;
     }
-    static bool AreNear(const Spot& a, const Spot& b) noexcept {
+    static bool AreNear(const Place& a, const Place& b) noexcept {
         return Near(a.x, b.x) && Near(a.y, b.y);
     }
     static std::uint8_t Byte(Level level) noexcept {
@@ -125,15 +141,18 @@ class LevelMask {
     void BeginArea(const QRect& area);
     [[nodiscard]] bool Misses(const Spot& from, const Spot& to) const noexcept;
     void LongLine(const Spot& from, const Spot& to);
-    /// Pixels from spot `first` on while each is near the one before; returns the first that is
+    /// Pixels from place `first` on while each is near the one before; returns the first that is
     /// not.
     template <bool kDirect>
-    [[nodiscard]] std::size_t NearSpots(std::span<const Spot> spots, std::size_t first);
-    // The same for spots that are all inside while they are near each other.
-    [[nodiscard]] std::size_t NearSpotsOnMask(std::span<const Spot> spots, std::size_t first);
-    [[nodiscard]] std::size_t NearSpotsOnPicture(std::span<const Spot> spots, std::size_t first);
-    /// Spots from one inside on that are inside while they are near each other; 0 for one outside.
-    [[nodiscard]] std::size_t Margin(const Spot& spot) const noexcept;
+    [[nodiscard]] std::size_t NearPlaces(std::span<const Place> places, const Level* levels,
+                                         std::size_t first);
+    // The same for places that are all inside while they are near each other.
+    [[nodiscard]] std::size_t NearPlacesOnMask(std::span<const Place> places, const Level* levels,
+                                               std::size_t first);
+    [[nodiscard]] std::size_t NearPlacesOnPicture(std::span<const Place> places,
+                                                  const Level* levels, std::size_t first);
+    /// Places from one inside on that are inside while they are near each other; 0 for one outside.
+    [[nodiscard]] std::size_t Margin(const Place& place) const noexcept;
 
     // The area; left and top as unsigned numbers, for which differences are defined throughout.
     std::uint32_t m_left = 0;

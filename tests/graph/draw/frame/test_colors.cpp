@@ -21,7 +21,7 @@ TEST(Colors, AColorThatReadsWellIsKept) {
 
 TEST(Colors, AColorThatIsDarkenedGetsPurer) {
     const QColor grey(128, 128, 128);
-    const double contrast = FrameColors(grey).label_contrast;
+    const double contrast = FrameColors(grey).hue_contrast;
     const QColor pale_blue(64, 160, 255);
     const QColor dark_blue = Readable(pale_blue, grey, contrast);
     EXPECT_GE(Contrast(dark_blue, grey), contrast);
@@ -46,9 +46,9 @@ TEST(Colors, TextsHaveContrastOnEveryBackground) {
                     const QColor shown = ShownColor(curve, background, kCurveContrast);
                     EXPECT_GE(Contrast(shown, background), kCurveContrast) << name;
                 }
-                EXPECT_GE(Contrast(colors.waiting, background), 3.0) << name;
-                EXPECT_GE(Contrast(colors.stopped, background), 3.0) << name;
-                EXPECT_GE(Contrast(colors.running, background), 3.0) << name;
+                EXPECT_GE(Contrast(colors.waiting, background), kTextContrast) << name;
+                EXPECT_GE(Contrast(colors.stopped, background), kTextContrast) << name;
+                EXPECT_GE(Contrast(colors.running, background), kTextContrast) << name;
             }
         }
     }

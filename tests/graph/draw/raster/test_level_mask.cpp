@@ -154,7 +154,7 @@ TEST(LevelMask, BlendingEmptiesTheMask) {
     EXPECT_TRUE(PaintedPlaces(other).empty());
 }
 
-TEST(LevelMask, LinesAreThoseFromEachSpotToTheNextWhereverTheyLeaveTheArea) {
+TEST(LevelMask, LinesAreThoseFromEachPlaceToTheNextWhereverTheyLeaveTheArea) {
     std::mt19937 random(8);
     for (const QRect& area : {QRect(5, 4, 20, 15), QRect(0, 0, 40, 30), QRect(12, 9, 1, 1)}) {
         for (int round = 0; round < 50; ++round) {
@@ -169,16 +169,34 @@ TEST(LevelMask, LinesAreThoseFromEachSpotToTheNextWhereverTheyLeaveTheArea) {
                                  static_cast<LevelMask::Level>(random() % kOpaque)});
             }
             spots.push_back(spots.back());  // no line ends the row
+            std::vector<LevelMask::Place> places;
+            std::vector<LevelMask::Level> levels;
+            for (const LevelMask::Spot& spot : spots) {
+                const bool is_gap = random() % 30 == 0;
+                places.push_back({is_gap ? LevelMask::kGap : spot.x, spot.y});
+                levels.push_back(spot.level);
+            }
+            const auto is_gap = [&](std::size_t i) { return places[i].x == LevelMask::kGap; };
             LevelMask mask;
             QImage picture = BlackPicture();
             mask.Begin(area);
-            mask.Lines(spots);
+            mask.Lines(places, levels.data());
             mask.BlendInto(picture, qRgb(255, 255, 255));
             QImage expected = BlackPicture();
             mask.Begin(area);
-            for (std::size_t i = 1; i < spots.size(); ++i) {
-                mask.Line(spots[i - 1], spots[i]);
-                mask.Pixel(spots[i]);  // the levels of a long line are rounded
+            for (std::size_t i = 0; i < spots.size(); ++i) {
+                if (is_gap(i)) {
+                    continue;
+                }
+                if (i > 0 && !is_gap(i - 1)) {
+                    mask.Line(spots[i - 1], spots[i]);
+                }
+                // The levels of a long line are rounded, but where only such lines meet.
+                const bool leads_on = i + 1 < spots.size() && !is_gap(i + 1);
+                const bool is_alone = i == 0 || is_gap(i - 1);
+                if (is_alone || leads_on || i + 1 == spots.size()) {
+                    mask.Pixel(spots[i]);
+                }
             }
             mask.BlendInto(expected, qRgb(255, 255, 255));
             ASSERT_EQ(picture, expected) << round;
