@@ -6,6 +6,7 @@
 #include <array>
 
 #include "ui/bars/command_icons.h"
+#include "ui/shell/third_parties.h"
 
 namespace wavo {
 
@@ -13,10 +14,12 @@ namespace about {
 
 namespace {
 
-constexpr std::array<ControlRow, 3> kControls{{
+constexpr std::array<ControlRow, 4> kControls{{
     {kIcon, ControlKind::kStatic, "", "The sign of this program"},
     {kText, ControlKind::kStatic, "",
      "Product and version, version of this program, copyright; can be marked and copied"},
+    {kDetails, ControlKind::kButton, "Details...",
+     "Show what others have written and this program is made with: licences and notices"},
     {kOk, ControlKind::kOk, "OK", "Close this box"},
 }};
 constexpr int kIconSize = 48;
@@ -44,9 +47,15 @@ CAboutDlg::CAboutDlg(const std::string& text, QWidget* parent)
     layout->setHorizontalSpacing(16);
     layout->addWidget(&icon, 0, 0, Qt::AlignTop);
     layout->addWidget(&label, 0, 1);
-    layout->addWidget(Buttons(), 1, 0, 1, 2);
+    layout->addWidget(&Control(about::kDetails), 1, 0, 1, 2, Qt::AlignLeft);
+    layout->addWidget(Buttons(), 1, 1);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    OnClick(about::kDetails, &CAboutDlg::ShowDetails);
     Control(about::kOk).setFocus();
+}
+
+void CAboutDlg::ShowDetails() {
+    ThirdPartiesDialog(this).exec();
 }
 
 }  // namespace wavo

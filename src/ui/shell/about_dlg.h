@@ -14,6 +14,7 @@ enum Control : int {
     kOk = 1,
     kIcon = 128,
     kText = 1057,
+    kDetails = 1058,  ///< shows licences and notices
 };
 
 /// All controls, each once, in reading order.
@@ -25,6 +26,9 @@ class CAboutDlg : public TableDialog {
  public:
     /// Shows `text` (UTF-8, plain, several lines).
     explicit CAboutDlg(const std::string& text, QWidget* parent = nullptr);
+
+ private:
+    void ShowDetails();
 };
 
 }  // namespace wavo

@@ -30,7 +30,9 @@
 #include "ui/recording/recording_pane.h"
 #include "ui/shell/about_dlg.h"
 #include "ui/shell/count_pane.h"
+#include "ui/shell/first_page.h"
 #include "ui/shell/main_frame.h"
+#include "ui/shell/third_parties.h"
 #include "view/navigator.h"
 #include "view/wavo_view.h"
 
@@ -141,6 +143,7 @@ constexpr WidgetTopic kWidgetTopics[] = {
     {Is<LimitsDialog>, "machine-tests#limits"},
     {Is<PathSaveData>, "graphs#saving-values"},
     {Is<SeveralDialog>, "recording#recording-from-the-viewer"},
+    {Is<ThirdPartiesDialog>, "window#the-about-box"},
     {Is<WorkProgress>, "recordings#tables"},
     {IsQt<kFileDialog>, "reference#files"},
     {IsQt<kColorDialog>, "graphs#properties"},
@@ -158,6 +161,7 @@ constexpr WidgetTopic kWidgetTopics[] = {
     {Is<RecordingPane>, "recording#recording-from-the-viewer"},
     {Is<CountPane>, "window#the-status-bar"},
     {Is<Navigator>, "recordings#moving"},
+    {Is<FirstPage>, "first-minutes"},
     {Is<CAxSelect>, "graphs#the-graph-editor"},
     {Is<CWavoView>, "window#reading-a-graph"},
     {IsQt<kMenu>, "window#commands"},

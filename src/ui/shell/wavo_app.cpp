@@ -16,6 +16,8 @@
 #include "support/diagnostics_output.h"
 #include "support/file_name.h"
 #include "ui/bars/command_icons.h"
+#include "ui/shell/context_help.h"
+#include "ui/shell/first_start.h"
 #include "ui/shell/headless_prompts.h"
 #include "ui/shell/main_frame.h"
 #include "ui/shell/report_texts.h"
@@ -100,6 +102,10 @@ void CWavoApp::OpenFiles(const AppOptions& options) {
         options.recording.isEmpty() ||
         m_frame->View().Past().Files().Open(platform::NativePath(options.recording.toStdString()));
     m_frame->Tables().SetCycleTime(std::nullopt);
+    if (options.screenshot.isEmpty()) {
+        m_first = std::make_unique<FirstStart>(*m_frame, m_prompts, FindDemo(),
+                                               !ManualFolder().isEmpty());
+    }
     if (!options.screenshot.isEmpty()) {
         if (m_has_failed || !is_open) {
             End(1);

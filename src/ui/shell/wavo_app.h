@@ -12,6 +12,7 @@
 namespace wavo {
 
 class CMainFrame;
+class FirstStart;
 
 class CWavoApp : public QApplication {
     Q_OBJECT
@@ -46,6 +47,7 @@ class CWavoApp : public QApplication {
     std::string m_graph_file;   ///< of the command line, once it is known to exist
     std::unique_ptr<QSettings> m_settings;
     std::unique_ptr<CMainFrame> m_frame;  // before the settings go
+    std::unique_ptr<FirstStart> m_first;  // not where nobody looks
 };
 
 }  // namespace wavo

@@ -1,12 +1,21 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QFile>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTemporaryDir>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextBrowser>
+#include <QTimer>
 
+#include "accessible_walk.h"
 #include "ui/controls/controls.h"
 #include "ui/shell/about_dlg.h"
+#include "ui/shell/third_parties.h"
 #include "ui/shell/version_data.h"
 
 namespace wavo {
@@ -49,8 +58,42 @@ TEST(AboutBox, ShowsItsTextWithIconAndButton) {
               QSizeF(48, 48));
     EXPECT_EQ(FindControl<QPushButton>(box, about::kOk)->text(), "OK");
     box.show();
+    EXPECT_EQ(box.focusWidget(), FindControl(box, about::kOk));
     FindControl<QPushButton>(box, about::kOk)->click();
     EXPECT_EQ(box.result(), QDialog::Accepted);
+}
+
+TEST(AboutBox, ItsDetailsAreTheLicencesAndNotices) {
+    QFile file(QStringLiteral(WAVO_THIRD_PARTY));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
+    const QString written = QString::fromUtf8(file.readAll());
+    EXPECT_EQ(ThirdParties().remove(QLatin1Char('\r')), written);
+
+    CAboutDlg box("text");
+    box.show();
+    bool was_there = false;
+    QTimer::singleShot(0, &box, [&] {
+        auto* const dialog = dynamic_cast<ThirdPartiesDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        was_there = true;
+        EXPECT_THAT(testing::WithoutAccessibleTexts(*dialog), ::testing::IsEmpty());
+        auto& text = *dialog->findChild<QTextBrowser*>();
+        EXPECT_EQ(dialog->focusWidget(), &text);
+        const QString shown = text.toPlainText();
+        for (const char* const part : {"Eigen 3.4", "muParser 2.3", "Another Qt on Windows"}) {
+            EXPECT_TRUE(shown.contains(QLatin1String(part))) << part;
+        }
+        EXPECT_FALSE(shown.contains(QStringLiteral("|---"))) << "tables are tables";
+        EXPECT_LE(text.horizontalScrollBar()->maximum(), 1) << "cut off";
+        QTest::keyClick(&text, Qt::Key_PageDown);
+        EXPECT_GT(text.verticalScrollBar()->value(), 0);
+        Q_EMIT text.anchorClicked(QUrl(QStringLiteral("#another-qt-on-windows")));
+        EXPECT_EQ(text.textCursor().block().text(), "Another Qt on Windows");
+        QTest::keyClick(&text, Qt::Key_Escape);
+        EXPECT_FALSE(dialog->isVisible());
+    });
+    QTest::keyClick(FindControl<QPushButton>(box, about::kDetails), Qt::Key_Space);
+    EXPECT_TRUE(was_there);
 }
 
 }  // namespace

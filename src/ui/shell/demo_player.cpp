@@ -1,0 +1,84 @@
+#include "ui/shell/demo_player.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace wavo {
+
+namespace {
+
+constexpr std::chrono::seconds kStartPatience{20};
+constexpr char kSays[] = "demo_master: ";
+constexpr char kPublishes[] = "demo_master: window ";
+
+/// Data that are installed for programs in `folder`.
+QString FindData(const QStringList& folders, const QString& name) {
+    for (const QString& folder : folders) {
+        for (const char* const place : {"data/", "../share/wavo/"}) {
+            const QFileInfo file(QDir(folder).filePath(QLatin1String(place) + name));
+            if (file.isFile() && file.isReadable()) {
+                return QDir::toNativeSeparators(QDir::cleanPath(file.absoluteFilePath()));
+            }
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+DemoFiles FindDemoIn(const QStringList& folders) {
+    DemoFiles files;
+    files.program = QDir::toNativeSeparators(
+        QStandardPaths::findExecutable(QStringLiteral("demo_master"), folders));
+    if (files.program.isEmpty()) {
+        return files;
+    }
+    QStringList places = folders;
+    places << QFileInfo(files.program).absolutePath()
+           << QFileInfo(QFileInfo(files.program).canonicalFilePath()).absolutePath();
+    files.recording = FindData(places, QStringLiteral("recordings/circle_xy_r50.csv.gz"));
+    files.graphs = FindData(places, QStringLiteral("graphs/circle.ini"));
+    return files;
+}
+
+DemoFiles FindDemo() {
+    const DemoFiles beside = FindDemoIn({QCoreApplication::applicationDirPath()});
+    if (beside.AreThere()) {
+        return beside;
+    }
+    return FindDemoIn({});
+}
+
+QString DemoPlayer::Start() {
+    std::string error;
+    m_process = platform::ChildProcess::Start(
+        m_files.program.toStdString(),
+        {"--recording", m_files.recording.toStdString(), "--cycle", "0.001", "--loop", "0"},
+        &error);
+    if (m_process == nullptr) {
+        return QString::fromStdString(error);
+    }
+    const std::string said = m_process->ReadLine(kStartPatience);
+    if (said.starts_with(kPublishes)) {
+        return {};
+    }
+    End();
+    return said.empty()              ? QStringLiteral("demo_master does not say that it publishes")
+           : said.starts_with(kSays) ? QString::fromStdString(said.substr(sizeof kSays - 1))
+                                     : QString::fromStdString(said);
+}
+
+bool DemoPlayer::IsRunning() {
+    if (m_process == nullptr) {
+        return false;
+    }
+    m_process->SkipOutput();
+    return m_process->IsRunning();
+}
+
+}  // namespace wavo
