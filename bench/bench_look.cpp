@@ -44,7 +44,7 @@ using bench::LongRecording;
 
 using bench::kLookedCurves;
 using bench::kLookedSize;
-constexpr std::uint64_t kFrame = 250;  // as the view gives a drawing
+constexpr std::uint64_t kFrame = 140;  // as the view gives a drawing
 
 class NoHost : public GraphDrawHost {
  public:

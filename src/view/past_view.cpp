@@ -17,7 +17,7 @@ namespace {
 using recording::ReadingBudget;
 
 /// What a drawing may read: a few milliseconds.
-constexpr std::uint64_t kFrameBudget = 250;
+constexpr std::uint64_t kFrameBudget = 140;
 
 bool IsOverTime(const GraphDraw& drawer) {
     return drawer.Graph().XCoorType != CoorType::kAxis;

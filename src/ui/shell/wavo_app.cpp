@@ -103,8 +103,9 @@ void CWavoApp::OpenFiles(const AppOptions& options) {
         m_frame->View().Past().Files().Open(platform::NativePath(options.recording.toStdString()));
     m_frame->Tables().SetCycleTime(std::nullopt);
     if (options.screenshot.isEmpty()) {
-        m_first = std::make_unique<FirstStart>(*m_frame, m_prompts, FindDemo(),
-                                               !ManualFolder().isEmpty());
+        m_first = std::make_unique<FirstStart>(
+            *m_frame, m_prompts, FindDemo(),
+            !ManualFolder(QCoreApplication::applicationDirPath()).isEmpty());
     }
     if (!options.screenshot.isEmpty()) {
         if (m_has_failed || !is_open) {
