@@ -201,7 +201,7 @@ def page(title, content, kind="screen"):
 
 
 def main():
-    if len(sys.argv) != 2:
+    if len(sys.argv) != 2 or sys.argv[1].startswith("-"):
         raise SystemExit(__doc__)
     folder = Path(sys.argv[1])
     if folder.exists():
