@@ -121,28 +121,30 @@ class MovesFromMemory : public LinesFromMemory {
     }
 };
 
-/// Moves to and fro of an axis whose loop swings a little.
-void AddMoves(LinesFromMemory* lines) {
+/// Moves to and fro of an axis: one whose loop swings a little, or one as it should be.
+void AddMoves(LinesFromMemory* lines, double damping) {
     double commanded = 0.0;
     double place = 0.0;
     double speed = 0.0;
     constexpr double kCycleOfMoves = 0.002;
     constexpr double kGain = 900.0;  // 1/s^2
-    constexpr double kDamping = 32.0;
     for (int i = 0; i < 4000; ++i) {
         const int phase = i % 2000;
         const double move = phase >= 300 && phase < 800     ? 0.08
                             : phase >= 1300 && phase < 1800 ? -0.08
                                                             : 0.0;
         commanded += move;
-        speed += (kGain * (commanded - place) - kDamping * speed) * kCycleOfMoves;
+        speed += (kGain * (commanded - place) - damping * speed) * kCycleOfMoves;
         place += speed * kCycleOfMoves;
         lines->values.insert(lines->values.end(),
                              {std::round(commanded * 1e4) / 1e4, std::round(place * 1e4) / 1e4});
     }
 }
 
-QImage AxisTest(int page) {
+constexpr double kSwings = 32.0;  // 1/s
+constexpr double kSettles = 54.0;
+
+QImage AxisTest(int page, double damping = kSwings) {
     ApplyLook(FindLook(static_cast<int>(kDefaultLook)));
     QTemporaryDir folder;
     qputenv(kDataHome, folder.path().toLocal8Bit());
@@ -167,7 +169,7 @@ QImage AxisTest(int page) {
     view->Work().Graphs().Replace({graph});
     view->Work().RebuildGraphs();
     control.Execute(CommandId::kAxisTest);
-    AddMoves(&lines);
+    AddMoves(&lines, damping);
     (void)lines.events->BatchReady();
     view->Commands().Execute(CommandId::kStop);
     control.Pane().Pages().setCurrentIndex(page);
@@ -182,6 +184,10 @@ QImage AxisTest(int page) {
 
 QImage AxisFigures() {
     return AxisTest(0);
+}
+
+QImage GoodAxis() {
+    return AxisTest(2, kSettles);
 }
 
 QImage AxisMoves() {
@@ -199,6 +205,7 @@ std::vector<Scene> CircleScenes() {
             {"circle_bad", BadMachine},
             {"circle_bad_dark", BadMachineInTheDark},
             {"axis_figures", AxisFigures},
+            {"axis_good", GoodAxis},
             {"axis_moves", AxisMoves},
             {"axis_following", AxisFollowing}};
 }

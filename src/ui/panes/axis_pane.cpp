@@ -10,7 +10,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSettings>
-#include <QSignalBlocker>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -271,18 +270,7 @@ void AxisPane::ShowAxes() {
     for (const measure::AxisPair& pair : m_watch.Pairs()) {
         names << QString::fromStdString(pair.axis);
     }
-    QStringList shown;
-    for (int i = 0; i < axes.count(); ++i) {
-        shown << axes.itemText(i);
-    }
-    if (names != shown) {
-        const QString chosen = axes.currentText();
-        {
-            const QSignalBlocker blocker(axes);
-            axes.clear();
-            axes.addItems(names);
-            axes.setCurrentIndex(std::max(0, static_cast<int>(names.indexOf(chosen))));
-        }
+    if (Offer(axes, names)) {
         TakeQuestion();
     }
 }

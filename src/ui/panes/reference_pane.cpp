@@ -10,7 +10,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSettings>
-#include <QSignalBlocker>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -292,22 +291,9 @@ void ReferencePane::ShowAxes() {
     for (const std::string& axis : m_watch.CommonAxes()) {
         names << QString::fromStdString(axis);
     }
-    QStringList shown;
-    for (int i = 0; i < axes.count(); ++i) {
-        shown << axes.itemText(i);
-    }
-    if (names != shown) {
-        const QString chosen = axes.currentText();
-        const int place = std::max(0, static_cast<int>(names.indexOf(chosen)));
-        {
-            const QSignalBlocker blocker(axes);
-            axes.clear();
-            axes.addItems(names);
-            axes.setCurrentIndex(place);
-        }
-        if (!shown.isEmpty() && chosen != names[place]) {
-            TakeQuestion();
-        }
+    const bool is_first = axes.count() == 0;
+    if (Offer(axes, names) && !is_first) {
+        TakeQuestion();
     }
 }
 

@@ -1,11 +1,14 @@
 #include "ui/panes/report_file.h"
 
+#include <QComboBox>
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QSettings>
+#include <QSignalBlocker>
+#include <algorithm>
 #include <cmath>
 
 #include "support/fast_file.h"
@@ -47,6 +50,22 @@ std::optional<double> PositiveNumberIn(QLineEdit& edit) {
     edit.setAccessibleDescription(is_wrong ? QStringLiteral("No number above 0; it is ignored")
                                            : edit.toolTip());
     return number;
+}
+
+bool Offer(QComboBox& combo, const QStringList& names) {
+    QStringList offered;
+    for (int i = 0; i < combo.count(); ++i) {
+        offered << combo.itemText(i);
+    }
+    if (names == offered) {
+        return false;
+    }
+    const QString chosen = combo.currentText();
+    const QSignalBlocker blocker(combo);
+    combo.clear();
+    combo.addItems(names);
+    combo.setCurrentIndex(std::max(0, static_cast<int>(names.indexOf(chosen))));
+    return combo.currentText() != chosen;
 }
 
 report::ReportHeader ReportHeaderOf(const std::string& data, const QString& machine,

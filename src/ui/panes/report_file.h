@@ -10,6 +10,7 @@
 #include "report/circle_report.h"
 #include "ui/prompts.h"
 
+class QComboBox;
 class QLabel;
 class QLineEdit;
 class QSettings;
@@ -24,6 +25,10 @@ void ShowNoteTexts(QLabel& notes, const QStringList& texts);
 /// The number above 0 that stands in an edit. Anything else is marked, and told to what reads the
 /// screen aloud; an empty edit is not.
 std::optional<double> PositiveNumberIn(QLineEdit& edit);
+
+/// Offers other names to choose from. What was chosen stays, else it is the first; true when that
+/// makes it another choice. Nobody is told.
+bool Offer(QComboBox& combo, const QStringList& names);
 
 /// The heading of a report on `data`: a file, or "live".
 report::ReportHeader ReportHeaderOf(const std::string& data, const QString& machine,
