@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "expect_errors.h"
 #include "measure/axis_test.h"
 #include "recording/recording_writer.h"
 #include "ui/panes/axis_control.h"
@@ -147,6 +148,31 @@ TEST_F(MachineTests, ARunIsLikeItsOwnRecording) {
     for (const measure::AxisComparison& axis : watch.Outcome()->comparison.axes) {
         EXPECT_TRUE(axis.compared->passed);
         EXPECT_EQ(axis.compared->worst, 0.0);
+        EXPECT_EQ(axis.compared->compared, m_played[0].size());
+    }
+}
+
+TEST_F(MachineTests, AGoodRunOutlivesTheMaster) {
+    Open({"X", "Y"}, 40.0);
+    m_frame->Action(CommandId::kReference)->trigger();
+    ReferenceWatch& watch = m_frame->Reference().Watch();
+    ASSERT_FALSE(watch.Choose({{{Recorded()}, {}, 0}}));
+    watch.Finish();
+    const ExpectAnyErrorLog expected;  // whatever the dead master's batches lead to
+    {
+        DemoMaster master({"--recording", RecordingPath("circle_xy_r50"), "--axes",
+                           "X_cmd,Y_cmd,X,Y", "--wait-viewer"});
+        View().Commands().Execute(CommandId::kConnect);
+        ASSERT_TRUE(WaitForLines(300));
+        master.Kill();
+    }
+    ASSERT_TRUE(WaitFor([this] { return !View().Work().LiveSource().IsPresent(); }));
+    EXPECT_EQ(watch.Runs().size(), 1U);
+    Play();
+    watch.Finish();
+    ASSERT_NE(watch.Outcome(), nullptr) << watch.Reason();
+    for (const measure::AxisComparison& axis : watch.Outcome()->comparison.axes) {
+        EXPECT_TRUE(axis.compared->passed);
         EXPECT_EQ(axis.compared->compared, m_played[0].size());
     }
 }
