@@ -75,7 +75,7 @@ done
 for i in $(seq "$number"); do
     folder=$(place "$i")
     rm -f "$folder/.display"
-    Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$folder/.display" >/dev/null 2>&1 9>&- &
+    Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp -noreset 3>"$folder/.display" >/dev/null 2>&1 9>&- &
     displays+=($!)
 done
 for i in $(seq "$number"); do

@@ -27,6 +27,8 @@ def wait_for(what, look):
 
 
 def program(process):
+    if process.poll() is not None:
+        raise SystemExit(f"the program ended with status {process.returncode}")
     desktop = Atspi.get_desktop(0)
     for index in range(desktop.get_child_count()):
         child = desktop.get_child_at_index(index)

@@ -38,9 +38,10 @@ trap clean EXIT
 mkdir -m 700 "$place/run"
 export HOME=$place XDG_RUNTIME_DIR=$place/run XDG_DATA_HOME=$place/data \
     XDG_CONFIG_HOME=$place/config XDG_STATE_HOME=$place/state XDG_CACHE_HOME=$place/cache
-# The display takes a number that is free and tells it.
+# The display takes a number that is free and tells it. It must not start anew when the last of its
+# clients leaves (what serves AT-SPI looks in and leaves): who comes at that moment is turned away.
 mkfifo "$place/number"
-Xvfb -displayfd 3 -screen 0 1366x768x24 -nolisten tcp 3>"$place/number" 2>/dev/null &
+Xvfb -displayfd 3 -screen 0 1366x768x24 -nolisten tcp -noreset 3>"$place/number" 2>/dev/null &
 display_process=$!
 read -r number <"$place/number"
 export DISPLAY=:$number QT_QPA_PLATFORM=xcb QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 LC_ALL=C.UTF-8
