@@ -198,12 +198,13 @@ ColumnExtent RecordingReader::ExtentOnce(const Wanted& wanted, LineSpan lines, s
 
 void RecordingReader::TakePart(std::size_t index, const Wanted& wanted, LineSpan lines,
                                ColumnExtent& extent) {
-    const ChunkEntry entry = m_index.table.Entries()[index];
-    lines = Within(lines, {entry.first_line, entry.EndLine()});
     if (wanted.detail == Detail::kChunks) {
-        extent.possible.Take(m_index.table.Whole(entry, wanted.axis * kLevelOrders + wanted.order));
+        extent.possible.Take(m_index.table.Stream(wanted.axis * kLevelOrders + wanted.order)
+                                 .Of(index, index + 1));
         return;
     }
+    const ChunkEntry entry = m_index.table.Entries()[index];
+    lines = Within(lines, {entry.first_line, entry.EndLine()});
     const AxisLevels* const levels = LoadLevels(index, wanted.axis);
     if (levels == nullptr) {
         return;  // the entry is gone

@@ -29,7 +29,7 @@ constexpr int kGapHeight = 4;   // at the bottom
 
 constexpr int kMostTold = 10;  // events, in a tool tip
 
-constexpr std::uint64_t kNavigatorBudget = 300;
+constexpr std::uint64_t kNavigatorBudget = 60;  // a picture, beside that of the graphs
 constexpr double kStep = 0.1;  // of the window, per key
 constexpr double kZoom = 0.8;
 constexpr QColor kEventColor(230, 160, 0);
@@ -279,11 +279,13 @@ const QImage& Navigator::DrawEnvelope() {
     if (stream == nullptr || width() < 2 || Held().Count() < 2) {
         m_envelope.Clear();
     } else {
+        const ReadingBudget of_graphs = recording->Budget();
         recording->Budget().Renew(kNavigatorBudget);
         m_envelope.Draw({stream, Held(), m_session.Values().CycleTime(),
                          (size * devicePixelRatioF()).toSize(),
                          selected.graph->YCoorAxColor[selected.axis],
                          m_session.Settings().Current().background});
+        recording->Budget() = of_graphs;
     }
     return m_envelope.Picture();
 }

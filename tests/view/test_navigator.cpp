@@ -94,6 +94,18 @@ TEST_F(Overview, TheWindowIsDraggedAndSoAreItsBorders) {
     EXPECT_EQ(Seen().Count(), SeenLines::kFewest);
 }
 
+TEST_F(Overview, DrawingTheBarTakesNothingFromTheGraphs) {
+    OpenSample();
+    recording::ReadingBudget& budget = m_view->Work().Recording()->Budget();
+    budget.Renew(2);
+    Bar().resize(Bar().width() / 2, Bar().height());  // its envelope has to be drawn anew
+    Bar().grab();
+    budget.Spend(0);
+    EXPECT_FALSE(budget.IsSpent());
+    budget.Spend(0);
+    EXPECT_TRUE(budget.IsSpent()) << "nor is more left than there was";
+}
+
 TEST_F(Overview, AClickBesideTheWindowBringsItThere) {
     OpenSample();
     m_view->Past().Window().Show({1100, 2101});
