@@ -40,6 +40,7 @@ list(JOIN CPACK_NSIS_EXTRA_INSTALL_COMMANDS "" CPACK_NSIS_EXTRA_INSTALL_COMMANDS
 list(JOIN CPACK_NSIS_EXTRA_UNINSTALL_COMMANDS "" CPACK_NSIS_EXTRA_UNINSTALL_COMMANDS)
 set(CPACK_NSIS_IGNORE_LICENSE_PAGE ON)  # there is no text to agree to
 set(CPACK_PACKAGE_EXECUTABLES "wavo" "Wavo")
+set(CPACK_NSIS_MENU_LINKS "manual/index.html" "Manual of Wavo")
 # Where Qt is inside the programs, what they are linked from is kept beside the packages.
 get_target_property(qt_type Qt6::Core TYPE)
 find_program(WAVO_PYTHON python3)

@@ -25,6 +25,7 @@ std::vector<Scene> LooksScenes();
 std::vector<Scene> ComputedScenes();
 std::vector<Scene> DialogScenes();
 std::vector<Scene> ReferenceScenes();
+std::vector<Scene> FirstMinutesScenes();
 
 /// All of them.
 std::vector<Scene> AllScenes();

@@ -226,8 +226,8 @@ std::vector<Scene> AllScenes() {
                               {"measurements", Measurements},
                               {"measurements_dark", MeasurementsInTheDark},
                               {"measurements_at_the_edge", MeasurementsAtTheEdge}};
-    for (const auto& more :
-         {ComputedScenes(), CircleScenes(), RecordingScenes(), ReferenceScenes(), DialogScenes()}) {
+    for (const auto& more : {ComputedScenes(), CircleScenes(), RecordingScenes(), ReferenceScenes(),
+                             FirstMinutesScenes(), DialogScenes()}) {
         scenes.insert(scenes.end(), more.begin(), more.end());
     }
     return scenes;

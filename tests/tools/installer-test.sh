@@ -54,7 +54,7 @@ for key in 'HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\Wavo' \
 done
 look before
 wine "$installer" /S
-touch "$place/docs/manual/README.md" || fail "not installed"
+touch "$place/docs/report-json.md" || fail "not installed"
 rm "$place/docs/third-party.md"  # as an update that adds a file finds it
 printf 'mine' >"$place/data/graphs/mine.ini"
 wine "$installer" /S  # over itself, as an update does
@@ -75,11 +75,13 @@ for program in $programs; do
     expect "what $program says" "${said,,}" "${program} $version"
 done
 cmp "$build/src/ui/shell/wavo.exe" "$place/wavo.exe" || fail "not the program of this build"
-for file in manual/index.html docs/manual/README.md docs/third-party.md docs/licences/{GPL-3,LGPL-3,MPL-2.0}.txt \
+for file in manual/index.html manual/wavo-manual.pdf docs/third-party.md docs/licences/{GPL-3,LGPL-3,MPL-2.0}.txt \
     data/graphs/circle.ini examples/recording/read_recording.py Uninstall.exe; do
     [ -f "$place/$file" ] || fail "not installed: $file"
 done
-[ -f "$menu/Wavo.lnk" ] || fail "nothing in the Start menu"
+for link in "Wavo" "Manual of Wavo"; do
+    [ -f "$menu/$link.lnk" ] || fail "not in the Start menu: $link"
+done
 
 # Recordings may be opened with it; what opens them by default, and graph files, are as before.
 expect "the command" "$(value_of "$classes\\Wavo.Recording\\shell\\open\\command")" \

@@ -58,9 +58,10 @@ std::string DroppedRecording(const QMimeData& dropped, const RecordingFiles& rec
 
 }  // namespace
 
-CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings)
+CMainFrame::CMainFrame(const Prompts& prompts, QSettings* settings,
+                       std::unique_ptr<ValueSource> source)
     : m_settings(settings),
-      m_view(new CWavoView(prompts, this)),
+      m_view(new CWavoView(prompts, this, std::move(source))),
       m_bars(LoadBarSetup(settings)),
       m_user_images(LoadUserImages(QStringLiteral("./UserImages.bmp"))),
       m_actions(*this, [this](CommandId id) { OnCommand(id); }),

@@ -23,6 +23,7 @@
 #include "ui/recording/recording_control.h"
 #include "ui/shell/table_control.h"
 #include "view/command_ids.h"
+#include "view/value_sources.h"
 
 class QLabel;
 class QMenuBar;
@@ -40,8 +41,9 @@ class CMainFrame : public QMainWindow {
 
  public:
     /// `prompts` and `settings` are not owned and outlive the frame. Without settings nothing is
-    /// remembered.
-    explicit CMainFrame(const Prompts& prompts, QSettings* settings = nullptr);
+    /// remembered. `source` gives the values.
+    explicit CMainFrame(const Prompts& prompts, QSettings* settings = nullptr,
+                        std::unique_ptr<ValueSource> source = MakeSource(kMasterSource));
     ~CMainFrame() override;
 
     [[nodiscard]] CWavoView& View() { return *m_view; }
