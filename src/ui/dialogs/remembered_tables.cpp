@@ -1,6 +1,7 @@
 #include "ui/dialogs/remembered_tables.h"
 
 #include <QCryptographicHash>
+#include <QLocale>
 #include <QSettings>
 #include <QString>
 #include <QStringList>
