@@ -51,7 +51,7 @@ measure::Told<std::vector<ColumnTable>> ReferencesOf(const ReportOptions& option
                                               path.c_str(), *reference->cycle_time,
                                               options.file.c_str(), *file.cycle_time));
         }
-        references.push_back(std::move(reference->table));
+        references.push_back(std::move(reference.value->table));
     }
     return references;
 }
@@ -78,6 +78,7 @@ int RunCompare(const ReportOptions& options, const TableFile& file, std::string*
         }
     }
     std::vector<measure::RunColumns> good;
+    good.reserve(references.size());
     for (const ColumnTable& reference : references) {
         good.push_back(ColumnsOf(reference, axes));
     }

@@ -253,7 +253,7 @@ ReportOutcome ParseReportOptions(std::span<const std::string> arguments, ReportO
         const std::string& value = flag ? argument : arguments[++i];
         const std::string why = row->take(value, options);
         if (!why.empty()) {
-            return wrong(argument + " " + value + ": " + why);
+            return wrong(std::string(argument).append(" ").append(value).append(": ").append(why));
         }
     }
     const std::string why = CheckTogether(*options);

@@ -16,9 +16,9 @@ namespace wavo::master {
 class LineCutter {
  public:
     /// Longest line, bytes.
-    static constexpr std::size_t kLongestLine = 256 * 1024;
+    static constexpr std::size_t kLongestLine = std::size_t{256} << 10U;
     /// Bytes that fit into Room() at least.
-    static constexpr std::size_t kRoom = 64 * 1024;
+    static constexpr std::size_t kRoom = std::size_t{64} << 10U;
 
     enum class Piece {
         kNone,     ///< no line is whole

@@ -235,7 +235,7 @@ bool NumberStream::FillGap(double time) {
     if (steps < 2.0) {
         return true;
     }
-    const double most = static_cast<double>(m_options.most_missing);
+    const auto most = static_cast<double>(m_options.most_missing);
     const auto count = static_cast<std::uint64_t>(std::min(steps - 1.0, most));
     std::string text = Plain(steps - 1.0) + (steps < 3.0 ? " line is" : " lines are") +
                        " missing before it, between " + Plain(*m_last_time) + " s and " +
