@@ -12,7 +12,7 @@ constexpr double kTolerance = 1e-12;
 /// 1, 2 and 5 per decade, counted through.
 double StepOfNumber(int number) {
     constexpr double kSteps[] = {1.0, 2.0, 5.0};
-    const int decade = number >= 0 ? number / 3 : -((2 - number) / 3);
+    const int decade = static_cast<int>(std::floor(number / 3.0));
     // Powers below one as divisions, so that 0.2 is the nearest double to it.
     const double step = kSteps[number - 3 * decade];
     return decade >= 0 ? step * std::pow(10.0, decade) : step / std::pow(10.0, -decade);

@@ -15,8 +15,6 @@ namespace wavo::recorder {
 
 namespace {
 
-using recording::Event;
-
 /// A limit of the recordings' size is kept to an eighth.
 constexpr std::uint64_t kFilesWithinLimit = 8;
 /// Behind the end of --for no lines are waited for any longer.

@@ -199,8 +199,8 @@ ColumnExtent RecordingReader::ExtentOnce(const Wanted& wanted, LineSpan lines, s
 void RecordingReader::TakePart(std::size_t index, const Wanted& wanted, LineSpan lines,
                                ColumnExtent& extent) {
     if (wanted.detail == Detail::kChunks) {
-        extent.possible.Take(m_index.table.Stream(wanted.axis * kLevelOrders + wanted.order)
-                                 .Of(index, index + 1));
+        extent.possible.Take(
+            m_index.table.Stream(wanted.axis * kLevelOrders + wanted.order).Of(index, index + 1));
         return;
     }
     const ChunkEntry entry = m_index.table.Entries()[index];

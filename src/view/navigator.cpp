@@ -30,7 +30,7 @@ constexpr int kGapHeight = 4;   // at the bottom
 constexpr int kMostTold = 10;  // events, in a tool tip
 
 constexpr std::uint64_t kNavigatorBudget = 60;  // a picture, beside that of the graphs
-constexpr double kStep = 0.1;  // of the window, per key
+constexpr double kStep = 0.1;                   // of the window, per key
 constexpr double kZoom = 0.8;
 constexpr QColor kEventColor(230, 160, 0);
 constexpr QColor kGapColor(220, 40, 40);

@@ -52,6 +52,7 @@ std::optional<std::string> OutputOf(const std::vector<std::string>& command) {
     ::posix_spawn_file_actions_adddup2(&actions, input.number(), STDOUT_FILENO);
     ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }

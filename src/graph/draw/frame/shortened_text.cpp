@@ -43,7 +43,7 @@ AxisText WithoutWhatIsKnown(const AxisText& text, const QFontMetrics& metrics, i
     if (!text.name.has_value() || Fits(text, metrics, width)) {
         return text;
     }
-    const AxisText without_coordinate{"", text.name, text.range, text.unit};
+    AxisText without_coordinate{"", text.name, text.range, text.unit};
     if (Fits(without_coordinate, metrics, width)) {
         return without_coordinate;
     }
