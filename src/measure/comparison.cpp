@@ -47,8 +47,16 @@ namespace {
 constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t kShortest = 8;
 
+/// Overlaps in which less moves than this part of all have no likeness.
+constexpr double kLeastMotion = 1e-5;
+/// Where motion alone leaves a choice, as on a straight way, what lies on each other counts; where
+/// that does, too, as in what repeats, the longest overlap.
+constexpr double kOfOffset = 1e-3;
+constexpr double kOfMissed = 1e-6;
+
 /// The finite values less their mean, others as 0, with zeros behind up to the length of `centred`.
-Steps<bool> Centre(std::span<const double> values, std::vector<double>* centred) {
+Steps<bool> Centre(std::span<const double> values, std::vector<double>* centred,
+                   double* whole_mean) {
     double shift = 0.0;
     double sum = 0.0;
     std::size_t count = 0;
@@ -63,6 +71,7 @@ Steps<bool> Centre(std::span<const double> values, std::vector<double>* centred)
         }
     }
     const double mean = count > 0 ? sum / static_cast<double>(count) : 0.0;
+    *whole_mean = shift + mean;
     for (std::size_t i = 0; i < values.size(); ++i) {
         (*centred)[i] = std::isfinite(values[i]) ? (values[i] - shift) - mean : 0.0;
         if (i % kRowsPerStep == 0) {
@@ -141,56 +150,115 @@ double ValueAt(std::span<const double> values, std::size_t place, std::int64_t s
 
 }  // namespace
 
-Steps<Told<Match>> BestMatchInSteps(std::span<const double> reference,
-                                    std::span<const double> values, double least) {
-    const std::size_t shorter = std::min(reference.size(), values.size());
-    if (shorter < kShortest) {
-        co_return Told<Match>::Not("too few values to align");
-    }
+/// What two runs have in common at each shift, summed over their axes. All is in parts of what
+/// moves in an axis at all, so that each counts the same whatever its unit.
+struct SharedMotion {
+    SharedMotion(std::size_t reference, std::size_t values, double least)
+        : first(1 - static_cast<std::int64_t>(reference)),
+          least_overlap(std::max(
+              static_cast<std::size_t>(least * static_cast<double>(std::min(reference, values))),
+              kShortest)),
+          own(reference + values - 1, 0.0),
+          shared(own.size(), 0.0),
+          apart(own.size(), 0.0) {}
+
+    const std::int64_t first;         ///< shift that the entries begin with
+    const std::size_t least_overlap;  ///< shorter ones are left at 0
+    std::vector<double> own;          ///< what moves in either
+    std::vector<double> shared;       ///< of that, in both alike
+    std::vector<double> apart;        ///< of that, how far they lie apart in the mean; at most all
+};
+
+/// Adds an axis. False, and nothing added, where it does not move in both.
+Steps<bool> AddAxis(std::span<const double> reference, std::span<const double> values,
+                    SharedMotion* motion) {
     // Even, so that two values are transformed as one.
     const std::size_t length = 2 * GoodLengthFrom((reference.size() + values.size()) / 2);
     std::vector<double> ours(length, 0.0);
     std::vector<double> theirs(length, 0.0);
-    co_await Centre(reference, &ours);
-    co_await Centre(values, &theirs);
+    double our_mean = 0.0;
+    double their_mean = 0.0;
+    co_await Centre(reference, &ours, &our_mean);
+    co_await Centre(values, &theirs, &their_mean);
     SumsBefore our_sums;
     SumsBefore their_sums;
     co_await SumsBefore::Take({ours.data(), reference.size()}, &our_sums);
     co_await SumsBefore::Take({theirs.data(), values.size()}, &their_sums);
-    const double whole = our_sums.WholeEnergy() * their_sums.WholeEnergy();
-    if (whole == 0.0) {
-        co_return Told<Match>::Not("nothing moves: no best match");
+    if (our_sums.WholeEnergy() == 0.0 || their_sums.WholeEnergy() == 0.0) {
+        co_return false;
     }
+    const double weight = 1.0 / (our_sums.WholeEnergy() + their_sums.WholeEnergy());
     std::vector<double> products;
     co_await Correlate(ours, theirs, &products);
-    const auto least_overlap = static_cast<std::size_t>(least * static_cast<double>(shorter));
-    Match best;
-    best.likeness = -2.0;
-    const auto first = -static_cast<std::int64_t>(reference.size()) + 1;
-    const auto end = static_cast<std::int64_t>(values.size());
-    for (std::int64_t shift = first; shift < end; ++shift) {
-        if ((shift - first) % static_cast<std::int64_t>(kRowsPerStep) == 0) {
+    for (std::size_t i = 0; i < motion->own.size(); ++i) {
+        if (i % kRowsPerStep == 0) {
             co_await Pause{};
         }
+        const std::int64_t shift = motion->first + static_cast<std::int64_t>(i);
         const Stretch overlap = Overlap(reference.size(), values.size(), shift);
-        if (overlap.Size() < std::max(least_overlap, kShortest)) {
+        const std::size_t size = overlap.Size();
+        if (size < motion->least_overlap) {
             continue;
         }
+        const auto count = static_cast<double>(size);
         const auto at = static_cast<std::size_t>(static_cast<std::int64_t>(overlap.first) + shift);
-        const double energy =
-            our_sums.Energy(overlap.first, overlap.Size()) * their_sums.Energy(at, overlap.Size());
+        const double our_sum = our_sums.Sum(overlap.first, size);
+        const double their_sum = their_sums.Sum(at, size);
+        const double own = our_sums.Energy(overlap.first, size) + their_sums.Energy(at, size);
         const std::int64_t place = shift >= 0 ? shift : static_cast<std::int64_t>(length) + shift;
-        const double product = products[static_cast<std::size_t>(place)] -
-                               our_sums.Sum(overlap.first, overlap.Size()) *
-                                   their_sums.Sum(at, overlap.Size()) /
-                                   static_cast<double>(overlap.Size());
-        // Overlaps in which next to nothing moves have no likeness.
-        if (energy > 1e-9 * whole && product > best.likeness * std::sqrt(energy)) {
-            best = {shift, product / std::sqrt(energy), overlap.Size()};
+        const double product = products[static_cast<std::size_t>(place)];
+        const double offset = (their_mean - our_mean) + (their_sum - our_sum) / count;
+        const double square = offset * offset * count;
+        motion->own[i] += weight * own;
+        motion->shared[i] += weight * 2.0 * (product - our_sum * their_sum / count);
+        motion->apart[i] += own > 0.0 ? weight * own * (square / (square + own)) : 0.0;
+    }
+    co_return true;
+}
+
+Steps<Told<Match>> BestMatchInSteps(RunColumns reference, RunColumns values, double least) {
+    if (reference.empty()) {
+        co_return Told<Match>::Not("no axis to align by");
+    }
+    const std::size_t our_size = reference.front().size();
+    const std::size_t their_size = values.front().size();
+    const std::size_t shorter = std::min(our_size, their_size);
+    if (shorter < kShortest) {
+        co_return Told<Match>::Not("too few values to align");
+    }
+    SharedMotion motion(our_size, their_size, least);
+    double moving = 0.0;
+    for (std::size_t axis = 0; axis < reference.size(); ++axis) {
+        const bool moves = co_await AddAxis(reference[axis], values[axis], &motion);
+        moving += moves ? 1.0 : 0.0;
+    }
+    Match best;
+    double least_difference = std::numeric_limits<double>::infinity();
+    for (std::size_t i = 0; i < motion.own.size(); ++i) {
+        if (i % kRowsPerStep == 0) {
+            co_await Pause{};
+        }
+        if (motion.own[i] <= kLeastMotion * moving) {
+            continue;
+        }
+        const std::int64_t shift = motion.first + static_cast<std::int64_t>(i);
+        const std::size_t overlap = Overlap(our_size, their_size, shift).Size();
+        const double likeness = motion.shared[i] / motion.own[i];
+        const double missed = 1.0 - static_cast<double>(overlap) / static_cast<double>(shorter);
+        const double difference =
+            1.0 - likeness + kOfOffset * motion.apart[i] / motion.own[i] + kOfMissed * missed;
+        if (difference < least_difference) {
+            least_difference = difference;
+            best = {shift, likeness, overlap};
         }
     }
     co_return best.overlap > 0 ? Told<Match>(best)
                                : Told<Match>::Not("nothing moves: no best match");
+}
+
+Steps<Told<Match>> BestMatchInSteps(std::span<const double> reference,
+                                    std::span<const double> values, double least) {
+    return BestMatchInSteps(RunColumns(1, reference), RunColumns(1, values), least);
 }
 
 Told<Match> BestMatch(std::span<const double> reference, std::span<const double> values,

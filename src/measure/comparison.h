@@ -13,20 +13,28 @@
 
 namespace wavo::measure {
 
+/// The columns of a run, one per axis, equally long.
+using RunColumns = std::vector<std::span<const double>>;
+
 /// How far values lie behind a reference.
 struct Match {
-    std::int64_t shift = 0;   ///< values[i + shift] belongs to reference[i]
-    double likeness = 0.0;    ///< correlation over the overlap, -1 to 1
+    std::int64_t shift = 0;  ///< values[i + shift] belongs to reference[i]
+    /// Twice the covariance over the sum of the variances in the overlap, of all axes: 1 for the
+    /// same motion wherever it lies, 0 for nothing in common, -1 for the opposite.
+    double likeness = 0.0;
     std::size_t overlap = 0;  ///< places in which both have values
 };
 
-/// The shift with the largest correlation over the overlap. Overlaps shorter than `least` of the
-/// shorter column do not count. Missing values are taken as the mean. Not told for columns that are
-/// too short or do not move.
+/// The shift at which the axes together move most alike; each counts the same. Where several are as
+/// good, the one in which the values lie on each other, then the one of the longest overlap.
+/// Overlaps shorter than `least` of the shorter run do not count. Missing values are taken as the
+/// mean. Not told for runs that are too short or do not move.
 Told<Match> BestMatch(std::span<const double> reference, std::span<const double> values,
                       double least = 0.5);
 Steps<Told<Match>> BestMatchInSteps(std::span<const double> reference,
                                     std::span<const double> values, double least = 0.5);
+/// REQUIRES: as many axes in both.
+Steps<Told<Match>> BestMatchInSteps(RunColumns reference, RunColumns values, double least = 0.5);
 
 /// Values less the reference, place by place of the reference; NaN where either is missing.
 std::vector<double> DifferenceFrom(std::span<const double> reference,

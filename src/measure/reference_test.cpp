@@ -1,6 +1,7 @@
 #include "measure/reference_test.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "measure/words.h"
 
@@ -13,15 +14,7 @@ constexpr double kLeastLikeness = 0.5;
 }  // namespace
 
 Steps<Told<Match>> MatchRunsInSteps(RunColumns reference, RunColumns run) {
-    auto best = Told<Match>::Not("no axis to align by");
-    for (std::size_t i = 0; i < reference.size(); ++i) {
-        auto match = co_await BestMatchInSteps(reference[i], run[i]);
-        if (match && (!best || match->likeness > best->likeness)) {
-            best = std::move(match);
-        } else if (!best) {
-            best.reason = match.reason;
-        }
-    }
+    auto best = co_await BestMatchInSteps(std::move(reference), std::move(run));
     if (best && best->likeness < kLeastLikeness) {
         co_return Told<Match>::Not("nothing in it is like the reference");
     }

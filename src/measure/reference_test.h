@@ -20,11 +20,7 @@ struct Tolerance {
     std::optional<double> spread = {};
 };
 
-/// The columns of a run, one per axis, equally long.
-using RunColumns = std::vector<std::span<const double>>;
-
-/// Where a run lies in the first of the good ones, by the axis that fits best. Not told when
-/// nothing in it is like that.
+/// Where a run lies in the first of the good ones. Not told when nothing in it is like that.
 Steps<Told<Match>> MatchRunsInSteps(RunColumns reference, RunColumns run);
 
 /// One axis against its band.
