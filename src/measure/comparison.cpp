@@ -307,6 +307,9 @@ Steps<ToleranceBand> SpreadBandInSteps(std::vector<std::span<const double>> runs
         if (count >= 2.0) {
             band.middle[i] = shift + mean;
             band.width[i] = std::max(least, times * std::sqrt(squares / (count - 1.0)));
+        } else if (count == 1.0 && times == 0.0) {
+            band.middle[i] = shift;
+            band.width[i] = least;
         }
     }
     co_return band;

@@ -50,7 +50,8 @@ struct ToleranceBand {
 ToleranceBand AbsoluteBand(std::span<const double> reference, double width);
 
 /// The mean of several good runs, and `times` their standard deviation, at least `least`. Places
-/// that fewer than two runs have are NaN. REQUIRES: two runs or more, aligned.
+/// that one run alone has have no deviation: NaN, unless `times` is 0. REQUIRES: two runs or more,
+/// aligned.
 ToleranceBand SpreadBand(std::span<const std::span<const double>> runs, double times, double least);
 Steps<ToleranceBand> SpreadBandInSteps(std::vector<std::span<const double>> runs, double times,
                                        double least);

@@ -39,7 +39,7 @@ namespace {
 Steps<ToleranceBand> BandInSteps(std::vector<std::span<const double>> runs,
                                  std::span<const std::int64_t> shifts, Tolerance tolerance) {
     const std::size_t size = runs.front().size();
-    if (!tolerance.spread) {
+    if (runs.size() == 1) {
         co_return AbsoluteBand(runs.front(), tolerance.absolute);
     }
     const std::vector<double> zeros(size, 0.0);
@@ -49,7 +49,8 @@ Steps<ToleranceBand> BandInSteps(std::vector<std::span<const double>> runs,
         runs[i] = moved[i];
         co_await Pause{};
     }
-    ToleranceBand band = co_await SpreadBandInSteps(runs, *tolerance.spread, tolerance.absolute);
+    const double times = tolerance.spread.value_or(0.0);
+    ToleranceBand band = co_await SpreadBandInSteps(runs, times, tolerance.absolute);
     co_return band;
 }
 
@@ -71,7 +72,7 @@ Steps<Told<RunComparison>> CompareRunsInSteps(std::vector<std::string> axes,
         comparison.likeness = match->likeness;
     }
     std::vector<std::int64_t> shifts{0};
-    for (std::size_t i = 1; i < references.size() && tolerance.spread; ++i) {
+    for (std::size_t i = 1; i < references.size(); ++i) {
         const auto match = co_await MatchRunsInSteps(references.front(), references[i]);
         if (!match) {
             co_return Told<RunComparison>::Not("good run " + std::to_string(i + 1) + ": " +

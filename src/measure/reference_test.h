@@ -15,7 +15,9 @@ namespace wavo::measure {
 
 /// What is allowed beside a good run.
 struct Tolerance {
-    double absolute = 0.0;  ///< to either side, in the unit of the axis; of a spread the least
+    /// To either side of the good run, of several of their mean, in the unit of the axis; of a
+    /// spread the least.
+    double absolute = 0.0;
     /// Times the standard deviation of several good runs; nothing: `absolute` alone.
     std::optional<double> spread = {};
 };

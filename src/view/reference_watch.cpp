@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "session/trigger_terms.h"
-
 namespace wavo {
 
 namespace {
@@ -14,46 +12,15 @@ constexpr std::int64_t kMostComparedLines = 1'000'000;
 constexpr std::int64_t kMostComparedValues = ReferenceRun::kMostValues;
 /// Of more axes only those are kept that are asked for.
 constexpr std::size_t kMostGathered = 16;
-/// Lines of one question when the place of a trigger is looked for.
-constexpr std::int64_t kTriggerPiece = std::int64_t{1} << 16;
-
-bool HasStartTrigger(const WavoGraph& graph) {
-    return std::ranges::any_of(graph.Triggers, [](const TriggerEntry& trigger) {
-        return trigger.TriggerType == TriggerTypeCode::kStartAbove ||
-               trigger.TriggerType == TriggerTypeCode::kStartBelow;
-    });
-}
-
-/// The first of some lines where a condition becomes true.
-std::optional<std::int64_t> PlaceOf(std::vector<ConditionTerm> terms, const LineRange& lines) {
-    if (terms.empty()) {
-        return std::nullopt;
-    }
-    ConditionSearch search(std::move(terms), lines, kTriggerPiece,
-                           [](std::int64_t) { return true; });
-    return search.Next(lines.begin);
-}
-
-/// The line with which a recording of a graph began that its start trigger has begun.
-std::optional<std::int64_t> StartLineOf(const GraphDraw& graph) {
-    const GraphRecorder& recorder = graph.Recorder();
-    if (recorder.State() != RunState::kRunningAfterStart &&
-        recorder.State() != RunState::kStoppedAfterStart) {
-        return std::nullopt;
-    }
-    const std::vector<LineLog::Run> lines = recorder.TakenLines().Runs(0, recorder.TakenRows());
-    return lines.empty() ? std::nullopt : std::optional(lines.front().line);
-}
 
 }  // namespace
 
 ReferenceWatch::ReferenceWatch(Session& session, const GraphBoard& board, const PastView& past,
                                const GraphCursors& cursors, std::function<std::uint32_t()> selected)
     : m_session(session),
-      m_board(board),
       m_past(past),
       m_cursors(cursors),
-      m_selected(std::move(selected)),
+      m_triggers(session, board, std::move(selected)),
       m_gatherer(session, past),
       m_work([this] { return Work(); }) {}
 
@@ -110,7 +77,7 @@ MaybeFault ReferenceWatch::Choose(const std::vector<ReferencePart>& parts) {
         }
     }
     std::vector<ReferencePart> kept = parts;  // they may be those that are forgotten
-    Forget();
+    ForgetRuns();
     m_parts = std::move(kept);
     m_readings = std::move(readings);
     SetState(State::kReading);
@@ -124,12 +91,15 @@ MaybeFault ReferenceWatch::Add(const ReferencePart& part) {
     return Choose(parts);
 }
 
-void ReferenceWatch::Forget() {
+void ReferenceWatch::ForgetRuns() {
     m_parts.clear();
     m_readings.clear();
     m_runs.clear();
-    m_trigger_place.reset();
     DropOutcome();
+}
+
+void ReferenceWatch::Forget() {
+    ForgetRuns();
     SetState(State::kNoReference);
     Q_EMIT Changed();
     Q_EMIT BehindChanged();
@@ -188,56 +158,23 @@ std::vector<std::string> ReferenceWatch::GatheredAxes() const {
     return axes.size() > kMostGathered ? AskedAxes() : axes;
 }
 
-const WavoGraph* ReferenceWatch::TriggeredGraph() const {
-    const WavoGraph* found = nullptr;
-    for (const WavoGraph& graph : m_session.Graphs().Graphs()) {
-        if (HasStartTrigger(graph) && (found == nullptr || graph.GraphNumber == m_selected())) {
-            found = &graph;
+measure::Told<std::optional<std::int64_t>> ReferenceWatch::AskedShift(
+    const LineRange& lines) const {
+    using Shift = measure::Told<std::optional<std::int64_t>>;
+    switch (m_question.alignment) {
+        case ReferenceAlignment::kBestMatch:
+            break;
+        case ReferenceAlignment::kCursor: {
+            const auto line = m_cursors.IsShown() ? m_cursors.LineOf(CursorName::kA) : std::nullopt;
+            return line ? Shift(std::optional(*line - m_parts.front().mark))
+                        : Shift::Not("Put cursor A to where the good run begins");
+        }
+        case ReferenceAlignment::kTrigger: {
+            const auto shift = m_triggers.ShiftOf(lines);
+            return shift ? Shift(shift.value) : Shift::Not(shift.reason);
         }
     }
-    return found;
-}
-
-std::optional<std::int64_t> ReferenceWatch::TriggerPlace() const {
-    const WavoGraph* const graph = TriggeredGraph();
-    if (graph == nullptr || m_runs.empty()) {
-        return std::nullopt;
-    }
-    ReferenceRun& run = *m_runs.front();
-    return PlaceOf(TriggerTerms(*graph, [&run](const std::string& axis,
-                                               int order) { return run.StreamOf(axis, order); }),
-                   {0, run.Lines()});
-}
-
-measure::Told<std::optional<std::int64_t>> ReferenceWatch::AskedShift() const {
-    using Shift = measure::Told<std::optional<std::int64_t>>;
-    if (m_question.alignment == ReferenceAlignment::kBestMatch) {
-        return Shift(std::nullopt);
-    }
-    if (m_question.alignment == ReferenceAlignment::kCursor) {
-        const auto line = m_cursors.IsShown() ? m_cursors.LineOf(CursorName::kA) : std::nullopt;
-        return line ? Shift(std::optional(*line - m_parts.front().mark))
-                    : Shift::Not("Put cursor A to where the good run begins");
-    }
-    const WavoGraph* const graph = TriggeredGraph();
-    if (graph == nullptr) {
-        return Shift::Not("No graph has a start trigger to align by");
-    }
-    if (!m_trigger_place) {
-        return Shift::Not("The trigger does not fire in the good run");
-    }
-    std::optional<std::int64_t> line;
-    if (OpenRecording* const recording = m_session.Recording()) {
-        const auto stream = [recording](const std::string& axis, int order) {
-            return recording->StreamOf(axis, order);
-        };
-        line = PlaceOf(TriggerTerms(*graph, stream),
-                       m_past.IsShown() ? m_past.Window().Seen() : recording->Lines());
-    } else if (const GraphDraw* const drawer = m_board.Find(graph->GraphNumber)) {
-        line = StartLineOf(*drawer);
-    }
-    return line ? Shift(std::optional(*line - *m_trigger_place))
-                : Shift::Not("The trigger does not fire in what is compared");
+    return Shift(std::nullopt);
 }
 
 ReferenceWatch::State ReferenceWatch::WhatKeeps(const GatheredLines& now) const {
@@ -249,6 +186,10 @@ ReferenceWatch::State ReferenceWatch::WhatKeeps(const GatheredLines& now) const 
     }
     if (m_axes.empty()) {
         return State::kNoAxes;
+    }
+    const measure::Tolerance& tolerance = m_question.tolerance;
+    if (tolerance.absolute <= 0.0 && (!tolerance.spread || m_runs.size() < 2)) {
+        return State::kNoTolerance;
     }
     if (m_session.Values().CycleTime() != m_runs.front()->CycleTime()) {
         return State::kOtherTime;
@@ -265,10 +206,27 @@ ReferenceWatch::State ReferenceWatch::WhatKeeps(const GatheredLines& now) const 
                : State::kDone;
 }
 
+GatheredLines ReferenceWatch::LinesToCompare() {
+    GatheredLines now = m_gatherer.Now();
+    if (std::exchange(m_keeps_compared, false)) {
+        m_kept_window = m_past.Window().Seen();
+    }
+    const bool is_kept = m_kept_window && m_begun && m_session.Recording() != nullptr &&
+                         m_begun->lines.recording == now.recording && m_past.IsShown() &&
+                         m_past.Window().Seen() == *m_kept_window;
+    if (is_kept) {
+        now.lines = m_begun->lines.lines;
+    } else {
+        m_kept_window.reset();
+    }
+    return now;
+}
+
 void ReferenceWatch::OnChanged() {
     if (!m_is_active) {
         return;
     }
+    const bool had_outcome = m_outcome != nullptr;
     std::vector<std::string> gathered = GatheredAxes();
     std::vector<std::string> axes = AskedAxes();
     if (gathered != m_gathered || axes != m_axes) {
@@ -281,20 +239,26 @@ void ReferenceWatch::OnChanged() {
     } else {
         m_gatherer.Take(m_gathered);
     }
-    if (m_question.alignment == ReferenceAlignment::kTrigger) {
-        m_trigger_place = TriggerPlace();
+    if (m_question.alignment == ReferenceAlignment::kTrigger && !m_runs.empty()) {
+        m_triggers.Renew(*m_runs.front());
     }
-    const GatheredLines now = m_gatherer.Now();
+    const GatheredLines now = LinesToCompare();
     const State kept = WhatKeeps(now);
     if (kept != State::kDone) {
         DropOutcome();
         SetState(kept);
+        if (had_outcome) {
+            Q_EMIT BehindChanged();
+        }
         return;
     }
-    const auto shift = AskedShift();
+    const auto shift = AskedShift(now.lines);
     if (!shift) {
         DropOutcome();
         SetState(State::kNotTold, shift.reason);
+        if (had_outcome) {
+            Q_EMIT BehindChanged();
+        }
         return;
     }
     const Begun begun{now, *shift};
@@ -431,18 +395,15 @@ void ReferenceWatch::TakeResult() {
 std::optional<std::int64_t> ReferenceWatch::ShiftIn(const GraphDraw& graph) const {
     const OpenRecording* const recording = m_session.Recording();
     const std::uint64_t number = recording == nullptr ? 0 : recording->Number();
-    if (m_question.alignment == ReferenceAlignment::kTrigger && recording == nullptr) {
-        const std::optional<std::int64_t> start = StartLineOf(graph);
-        if (start && m_trigger_place) {
-            return *start - *m_trigger_place;
-        }
-    }
     if (m_question.alignment == ReferenceAlignment::kCursor) {
-        const auto shift = AskedShift();
+        const auto shift = AskedShift({});
         return shift ? *shift : std::nullopt;
     }
-    return m_outcome != nullptr && m_outcome->recording == number
-               ? std::optional(m_outcome->first_line + m_outcome->comparison.shift)
+    if (m_outcome != nullptr && m_outcome->recording == number) {
+        return m_outcome->first_line + m_outcome->comparison.shift;
+    }
+    return m_question.alignment == ReferenceAlignment::kTrigger && recording == nullptr
+               ? m_triggers.ShiftIn(graph)
                : std::nullopt;
 }
 

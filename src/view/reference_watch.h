@@ -19,6 +19,7 @@
 #include "view/idle_work.h"
 #include "view/line_gatherer.h"
 #include "view/past_view.h"
+#include "view/reference_triggers.h"
 
 namespace wavo {
 
@@ -60,7 +61,8 @@ class ReferenceWatch final : public QObject {
     enum class State {
         kNoReference,
         kReading,
-        kNoAxes,     ///< the good run has none of the axes that are asked for
+        kNoAxes,  ///< the good run has none of the axes that are asked for
+        kNoTolerance,
         kOtherTime,  ///< its lines are another time apart
         kFlowing,    ///< values flow: there is something to evaluate when they stand
         kNoValues,   ///< nothing to evaluate
@@ -88,6 +90,9 @@ class ReferenceWatch final : public QObject {
     /// What is seen of the recording that is open; nothing without one.
     [[nodiscard]] std::optional<ReferencePart> Seen() const;
 
+    /// The window of the past will show a place of what is compared: that stays the same until the
+    /// window is another one again.
+    void KeepCompared() { m_keeps_compared = true; }
     /// Source, graphs, cursors, the window of the past, or whether values flow may be others.
     void OnChanged();
 
@@ -127,12 +132,13 @@ class ReferenceWatch final : public QObject {
     [[nodiscard]] State WhatKeeps(const GatheredLines& now) const;
     /// By how many lines a run that stands still lies behind the good one; not told why it is not
     /// known, nothing in it for a best match.
-    [[nodiscard]] measure::Told<std::optional<std::int64_t>> AskedShift() const;
-    [[nodiscard]] std::optional<std::int64_t> TriggerPlace() const;
-    [[nodiscard]] const WavoGraph* TriggeredGraph() const;
+    [[nodiscard]] measure::Told<std::optional<std::int64_t>> AskedShift(
+        const LineRange& lines) const;
+    [[nodiscard]] GatheredLines LinesToCompare();
     [[nodiscard]] std::optional<std::int64_t> ShiftIn(const GraphDraw& graph) const;
     void Begin(const Begun& begun);
     void DropOutcome();
+    void ForgetRuns();
     void SetState(State state, const std::string& reason = {});
     /// A part of the work; false when all is done.
     bool Work();
@@ -141,10 +147,9 @@ class ReferenceWatch final : public QObject {
     void TakeResult();
 
     Session& m_session;
-    const GraphBoard& m_board;
     const PastView& m_past;
     const GraphCursors& m_cursors;
-    const std::function<std::uint32_t()> m_selected;
+    ReferenceTriggers m_triggers;
     LineGatherer m_gatherer;
     IdleWork m_work;
     bool m_is_active = false;
@@ -155,11 +160,12 @@ class ReferenceWatch final : public QObject {
     std::vector<ReferencePart> m_parts;                         ///< that were chosen
     std::vector<std::unique_ptr<ReferenceReading>> m_readings;  ///< of them, while they are read
     std::vector<std::shared_ptr<ReferenceRun>> m_runs;
-    std::optional<std::int64_t> m_trigger_place;  ///< line of it where the triggers fire
 
     std::optional<Begun> m_begun;
-    std::vector<std::string> m_gathered;  ///< axes
-    std::vector<std::string> m_axes;      ///< of them, that are asked for
+    bool m_keeps_compared = false;
+    std::optional<LineRange> m_kept_window;  ///< that changes nothing of what is compared
+    std::vector<std::string> m_gathered;     ///< axes
+    std::vector<std::string> m_axes;         ///< of them, that are asked for
     std::unique_ptr<ReferenceOutcome> m_next;
     std::int64_t m_copied = 0;  ///< lines of it
     std::optional<measure::Steps<measure::Told<measure::RunComparison>>> m_steps;

@@ -268,8 +268,31 @@ TEST_F(Runs, AGoodOneThatIsNotLikeTheFirstIsNamed) {
     m_good.push_back({std::vector<double>(50, 1.0), std::vector<double>(50, 1.0)});
     EXPECT_EQ(Compare({.absolute = 0.01, .spread = 3.0}, std::nullopt).reason,
               "good run 2: nothing moves: no best match");
-    // It is of no account without a spread.
-    EXPECT_TRUE(Compare({.absolute = 0.01}, std::nullopt));
+    EXPECT_EQ(Compare({.absolute = 0.01}, std::nullopt).reason,
+              "good run 2: nothing moves: no best match");
+}
+
+TEST_F(Runs, WithoutASpreadTheMeanOfTheGoodOnesCounts) {
+    std::vector<std::vector<double>> higher{Motion(2900, 50), Motion(2900, 50, 5)};
+    for (auto& column : higher) {
+        for (double& value : column) {
+            value += 0.02;
+        }
+    }
+    m_good.push_back(higher);
+    for (auto& column : m_run) {
+        for (double& value : column) {
+            value += 0.01;
+        }
+    }
+    const auto compared = Compare({.absolute = 0.001}, std::nullopt);
+    ASSERT_TRUE(compared) << compared.reason;
+    const AxisComparison& axis = compared->axes[0];
+    EXPECT_EQ(axis.band.width[2000], 0.001);
+    EXPECT_NEAR(axis.band.middle[2000], m_good[0][0][2000] + 0.01, 1e-9);
+    // Where one alone has values it is that one, as before the other begins and after it ends.
+    EXPECT_DOUBLE_EQ(axis.band.middle[20], 0.0);
+    EXPECT_EQ(axis.compared->outside, 100U);
 }
 
 }  // namespace

@@ -286,6 +286,9 @@ void ReferencePane::TakeSeen() {
 }
 
 void ReferencePane::ShowAxes() {
+    if (m_watch.Now() == ReferenceWatch::State::kReading) {
+        return;  // what the user has chosen may be in the next one, too
+    }
     auto& axes = Control<QComboBox>(ReferencePaneId::kAxes);
     QStringList names{QStringLiteral("in graphs"), QStringLiteral("all")};
     for (const std::string& axis : m_watch.CommonAxes()) {
@@ -310,6 +313,8 @@ QString ReferencePane::StateText() const {
             return QStringLiteral("Reading the good run...");
         case ReferenceWatch::State::kNoAxes:
             return QStringLiteral("The good run has none of the axes that are compared");
+        case ReferenceWatch::State::kNoTolerance:
+            return QStringLiteral("Enter a tolerance above 0");
         case ReferenceWatch::State::kOtherTime:
             return QStringLiteral("The lines of the good run are another time apart");
         case ReferenceWatch::State::kFlowing:
@@ -447,6 +452,7 @@ void ReferencePane::OnRowClicked(int row) {
     const auto& compared = outcome->comparison.axes[static_cast<std::size_t>(row)].compared;
     if (compared) {
         const std::int64_t line = outcome->LineOf(compared->worst_at);
+        m_watch.KeepCompared();
         m_show_lines({line - kBesideWorst, line + kBesideWorst + 1});
     }
 }

@@ -295,8 +295,108 @@ TEST_F(ReferencePaneTest, TheWorstPlaceIsShownInTheGraphs) {
     auto& table = Control<QTableWidget>(ReferencePaneId::kTable);
     QTest::mouseClick(table.viewport(), Qt::LeftButton, Qt::NoModifier,
                       table.visualItemRect(table.item(0, 1)).center());
-    const LineRange seen = m_view->Past().Window().Window().Seen();
-    EXPECT_EQ(seen, (LineRange{2000, 3001}));
+    const auto seen = [this] { return m_view->Past().Window().Window().Seen(); };
+    EXPECT_EQ(seen(), (LineRange{2000, 3001}));
+    // What was found out stays while its place is looked at; another window is another question.
+    const auto show_anew = [this] {
+        QCoreApplication::processEvents();
+        m_control->Watch().OnChanged();
+        Finish();
+    };
+    show_anew();
+    ASSERT_NE(Outcome(), nullptr) << State();
+    EXPECT_EQ(Outcome()->run.front().size(), 6000U);
+    EXPECT_EQ(Outcome()->LineOf(0), 1000);
+    m_view->Past().Window().Show({1000, 4001});
+    show_anew();
+    ASSERT_NE(Outcome(), nullptr) << State();
+    EXPECT_EQ(Outcome()->run.front().size(), 3001U);
+}
+
+TEST_F(ReferencePaneTest, WithoutAToleranceNothingIsJudged) {
+    auto& tolerance = Control<QLineEdit>(ReferencePaneId::kTolerance);
+    auto& spread = Control<QLineEdit>(ReferencePaneId::kSpread);
+    Open();
+    Choose(Good("good.mcap", Program(3000, 0)));
+    Run(Program(3000, 0));
+    Stop();
+    Finish();
+    EXPECT_THAT(State(), HasSubstr("pass: "));
+    for (const char* const text : {"", "0", "abc", "-1"}) {
+        tolerance.setText(QLatin1String(text));
+        Finish();
+        EXPECT_EQ(State(), "Enter a tolerance above 0") << text;
+        EXPECT_EQ(Outcome(), nullptr);
+        EXPECT_FALSE(Control(ReferencePaneId::kSave).isEnabled());
+    }
+    spread.setText(QStringLiteral("3"));
+    Finish();
+    EXPECT_EQ(State(), "Enter a tolerance above 0") << "one run has no spread";
+    m_chosen = QString::fromStdString(Good("second.mcap", Program(3000, 50)));
+    QTest::mouseClick(&Control(ReferencePaneId::kAdd), Qt::LeftButton);
+    Finish();
+    ASSERT_NE(Outcome(), nullptr) << State();
+}
+
+TEST_F(ReferencePaneTest, TheAxisThatWasChosenStaysWithAnotherGoodRun) {
+    auto& axes = Control<QComboBox>(ReferencePaneId::kAxes);
+    Open();
+    Choose(Good("good.mcap", Program(3000, 0)));
+    axes.setCurrentText(QStringLiteral("Y"));
+    Choose(Good("other.mcap", Program(3000, 100)));
+    EXPECT_EQ(axes.currentText().toStdString(), "Y");
+    Run(Program(3000, 0));
+    Stop();
+    Finish();
+    ASSERT_NE(Outcome(), nullptr) << State();
+    EXPECT_EQ(Outcome()->axes, std::vector<std::string>{"Y"});
+}
+
+TEST_F(ReferencePaneTest, ATriggerThatFiredBeforeTheWindowAligns) {
+    WavoGraph graph = m_view->Work().Graphs().Graphs().front();
+    graph.Triggers = {{TriggerTypeCode::kStartAbove, 0.5, {}}};
+    Show({graph});
+    Open();
+    Control<QComboBox>(ReferencePaneId::kAlignment).setCurrentText(QStringLiteral("trigger"));
+    Choose(Good("good.mcap", Program(4000, 300)));
+    ASSERT_TRUE(m_view->Past().Files().Open(Good("run.mcap", Program(6000, 1700))));
+    for (const LineRange& window : {LineRange{0, 6000}, LineRange{2000, 2300}}) {
+        m_view->Past().Window().Show(window);
+        QCoreApplication::processEvents();
+        m_control->Watch().OnChanged();
+        Finish();
+        ASSERT_NE(Outcome(), nullptr) << State();
+        EXPECT_EQ(Outcome()->first_line + Outcome()->comparison.shift, 1400) << window.begin;
+        EXPECT_THAT(State(), HasSubstr("pass: "));
+    }
+}
+
+TEST_F(ReferencePaneTest, ATriggerThatFiredIsKnownInAGraphThatIsMadeAnew) {
+    WavoGraph graph = m_view->Work().Graphs().Graphs().front();
+    graph.Triggers = {{TriggerTypeCode::kStartAbove, 0.5, {}}};
+    WavoGraph other = graph;
+    other.GraphNumber = 2;
+    other.Triggers = {{TriggerTypeCode::kStartAbove, 2.0, {}}};
+    Show({graph, other});
+    Open();
+    Control<QComboBox>(ReferencePaneId::kAlignment).setCurrentText(QStringLiteral("trigger"));
+    Choose(Good("good.mcap", Program(4000, 300)));
+    Run(Program(6000, 1700));
+    // While the machine runs each graph has its own trigger.
+    for (const auto& drawer : m_view->Board().Drawers()) {
+        const auto behind = m_control->Watch().BehindOf(*drawer);
+        ASSERT_TRUE(behind);
+        EXPECT_EQ(behind->shift, 1400);
+    }
+    Stop();
+    Finish();
+    ASSERT_NE(Outcome(), nullptr) << State();
+    m_view->Work().RebuildGraphs();
+    QCoreApplication::processEvents();
+    m_control->Watch().OnChanged();
+    Finish();
+    ASSERT_NE(Outcome(), nullptr) << State();
+    EXPECT_EQ(Outcome()->first_line + Outcome()->comparison.shift, 1400);
 }
 
 TEST_F(ReferencePaneTest, SeveralGoodRunsHaveASpread) {
