@@ -35,38 +35,75 @@ measure::RunColumns ColumnsOf(const ColumnTable& table, const std::vector<std::s
     return columns;
 }
 
-/// The good runs; not told which one cannot be read, or has another cycle time than the file.
-measure::Told<std::vector<ColumnTable>> ReferencesOf(const ReportOptions& options,
-                                                     const TableFile& file) {
-    using Result = measure::Told<std::vector<ColumnTable>>;
-    std::vector<ColumnTable> references;
+/// What is compared with.
+struct GoodRuns {
+    std::vector<ColumnTable> tables;
+    double cycle_time = 0.0;  ///< seconds, of all files; 0: none tells it
+    std::vector<std::string> notes;
+};
+
+/// The good runs; not told which one cannot be read, or has another cycle time than a file before.
+measure::Told<GoodRuns> GoodRunsOf(const ReportOptions& options, const TableFile& file) {
+    using Result = measure::Told<GoodRuns>;
+    GoodRuns good;
+    std::string told_by = options.file;
+    good.cycle_time = file.cycle_time.value_or(0.0);
     for (const std::string& path : options.references) {
         auto reference = ReadTable(path);
         if (!reference) {
             return Result::Not(reference.reason);
         }
-        if (reference->cycle_time && file.cycle_time &&
-            *reference->cycle_time != *file.cycle_time) {
+        const double cycle_time = reference->cycle_time.value_or(good.cycle_time);
+        if (good.cycle_time != 0.0 && cycle_time != good.cycle_time) {
             return Result::Not(measure::Words("%s: its lines are %g s apart, those of %s %g s",
-                                              path.c_str(), *reference->cycle_time,
-                                              options.file.c_str(), *file.cycle_time));
+                                              path.c_str(), cycle_time, told_by.c_str(),
+                                              good.cycle_time));
         }
-        references.push_back(std::move(reference.value->table));
+        told_by = good.cycle_time == 0.0 ? path : told_by;
+        good.cycle_time = cycle_time;
+        for (const std::string& note : reference->notes) {
+            good.notes.push_back(std::string(path).append(": ").append(note));
+        }
+        good.tables.push_back(std::move(reference.value->table));
     }
-    return references;
+    return good;
+}
+
+/// Writes the files that were asked for; the name of one that cannot be written, or nothing.
+std::string WriteResults(const ReportOptions& options, const report::ComparisonReport& report) {
+    for (const auto& [path, text] : {std::pair{options.json, report::ComparisonJson(report)},
+                                     std::pair{options.junit, report::ComparisonJunit(report)}}) {
+        if (!path.empty() && !WriteWholeFile(path, text)) {
+            return path;
+        }
+    }
+    return {};
+}
+
+std::string TextOf(const report::ComparisonReport& report) {
+    const measure::RunComparison& comparison = report.comparison;
+    std::string text = measure::Words(
+        "begins %s s from the reference's beginning, likeness %s\n",
+        measure::Decimals(-static_cast<double>(comparison.shift) * report.cycle_time, 3).c_str(),
+        measure::Decimals(comparison.likeness.value_or(0.0), 4).c_str());
+    text += measure::CoverageOf(comparison) + "\n";
+    for (const measure::AxisComparison& axis : comparison.axes) {
+        text += measure::TextOf(axis, report.cycle_time) + "\n";
+    }
+    return text;
 }
 
 }  // namespace
 
-int RunCompare(const ReportOptions& options, const TableFile& file, std::string* output,
-               std::string* error) {
+int RunCompare(const ReportOptions& options, const TableFile& file,
+               const report::ReportHeader& header, std::string* output, std::string* error) {
     const ColumnTable& table = file.table;
-    const auto told = ReferencesOf(options, file);
+    const auto told = GoodRunsOf(options, file);
     if (!told) {
         *error = told.reason;
         return kWrongUse;
     }
-    const std::vector<ColumnTable>& references = *told;
+    const std::vector<ColumnTable>& references = told->tables;
     const auto axes = AxesOf(options, table, references.front());
     for (const std::string& axis : axes) {
         const bool everywhere =
@@ -86,31 +123,37 @@ int RunCompare(const ReportOptions& options, const TableFile& file, std::string*
         measure::CompareRunsInSteps(axes, good, ColumnsOf(table, axes),
                                     {options.tolerance.value_or(0.0), options.spread}, std::nullopt)
             .Compute();
-    if (!compared) {
-        *error = options.file + ": " + compared.reason;
-        return kNotEvaluated;
-    }
-    const report::ComparisonReport report{options.file, options.references, options.cycle_time,
-                                          std::move(*compared.value)};
-    const measure::RunComparison& comparison = report.comparison;
-    *output = measure::Words(
-        "begins %s s from the reference's beginning, likeness %s\n",
-        measure::Decimals(-static_cast<double>(comparison.shift) * options.cycle_time, 3).c_str(),
-        measure::Decimals(comparison.likeness.value_or(0.0), 4).c_str());
-    for (const measure::AxisComparison& axis : comparison.axes) {
-        *output += measure::TextOf(axis, options.cycle_time) + "\n";
-    }
-    for (const auto& [path, text] : {std::pair{options.json, report::ComparisonJson(report)},
-                                     std::pair{options.junit, report::ComparisonJunit(report)}}) {
-        if (!path.empty() && !WriteWholeFile(path, text)) {
-            *error = path + ": cannot be written" + FileNameFault(path);
-            return kWrongUse;
+    report::ComparisonReport report;
+    report.header = header;
+    report.references = options.references;
+    report.lines = table.Lines();
+    const double known = told->cycle_time == 0.0 ? kUsualCycleTime : told->cycle_time;
+    report.cycle_time = options.cycle_time == 0.0 ? known : options.cycle_time;
+    report.notes = file.notes;
+    report.notes.insert(report.notes.end(), told->notes.begin(), told->notes.end());
+    if (compared) {
+        report.comparison = std::move(*compared.value);
+        *output = TextOf(report);
+    } else {
+        for (const std::string& axis : axes) {
+            report.comparison.axes.push_back(
+                {axis, {}, measure::Told<measure::Compared>::Not(compared.reason)});
         }
     }
-    if (!measure::IsAllTold(comparison)) {
+    for (const std::string& note : told->notes) {
+        *output += "note: " + note + "\n";
+    }
+    if (const std::string path = WriteResults(options, report); !path.empty()) {
+        *error = path + ": cannot be written" + FileNameFault(path);
+        return kWrongUse;
+    }
+    if (!compared) {
+        *error = options.file + ": " + compared.reason;
+    }
+    if (!measure::IsAllTold(report.comparison)) {
         return kNotEvaluated;
     }
-    return measure::HasPassed(comparison) ? 0 : 1;
+    return measure::HasPassed(report.comparison) ? 0 : 1;
 }
 
 }  // namespace wavo::programs

@@ -19,8 +19,7 @@ namespace {
 using measure::NamedFigure;
 using tables::ColumnTable;
 
-constexpr double kUsualCycleTime = 0.001;  // s
-constexpr double kFarthestReach = 0.2;     // s: a longer lag is none
+constexpr double kFarthestReach = 0.2;  // s: a longer lag is none
 
 report::ReportHeader HeaderOf(const ReportOptions& options, const std::string& made_by) {
     const QFileInfo file(QString::fromStdString(options.file));
@@ -254,9 +253,6 @@ int RunAxis(const ReportOptions& options, const std::vector<AxisColumns>& axes,
 
 int RunOnFile(const ReportOptions& options, const TableFile& file, const std::string& made_by,
               std::string* output, std::string* error) {
-    if (options.kind == ReportKind::kCompare) {
-        return RunCompare(options, file, output, error);
-    }
     const auto limits = LimitsOf(options);
     const auto axes = AllColumns(options, file.table);
     if (!limits || !axes) {
@@ -284,11 +280,18 @@ int RunReport(const ReportOptions& options, const std::string& made_by, std::str
         *error = file.reason;
         return kWrongUse;
     }
-    ReportOptions decided = options;
-    if (decided.cycle_time == 0.0) {
-        decided.cycle_time = file->cycle_time.value_or(kUsualCycleTime);
+    int code = 0;
+    if (options.kind == ReportKind::kCompare) {
+        report::ReportHeader header = HeaderOf(options, made_by);
+        header.file = QString::fromStdString(options.file);
+        code = RunCompare(options, *file, header, output, error);
+    } else {
+        ReportOptions decided = options;
+        if (decided.cycle_time == 0.0) {
+            decided.cycle_time = file->cycle_time.value_or(kUsualCycleTime);
+        }
+        code = RunOnFile(decided, *file, made_by, output, error);
     }
-    const int code = RunOnFile(decided, *file, made_by, output, error);
     if (error->empty()) {
         *output += NotesText(file->notes);
     }

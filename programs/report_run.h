@@ -9,6 +9,8 @@ namespace wavo::programs {
 
 inline constexpr int kWrongUse = 2;
 inline constexpr int kNotEvaluated = 3;
+/// Seconds per line where nobody tells it.
+inline constexpr double kUsualCycleTime = 0.001;
 
 /// Reads, evaluates, writes the files; `*output` gets what the user reads, `*error` what is wrong.
 /// Returns the exit code. `made_by`: name and version of the program. REQUIRES: a QGuiApplication

@@ -93,6 +93,16 @@ Steps<Told<RunComparison>> CompareRunsInSteps(std::vector<std::string> axes,
     co_return comparison;
 }
 
+std::string CoverageOf(const RunComparison& comparison) {
+    std::size_t compared = 0;
+    std::size_t lines = 0;
+    for (const AxisComparison& axis : comparison.axes) {
+        compared = std::max(compared, axis.compared ? axis.compared->compared : 0);
+        lines = std::max(lines, axis.band.middle.size());
+    }
+    return Words("%zu of %zu lines of the reference compared", compared, lines);
+}
+
 std::string TextOf(const AxisComparison& axis, double cycle_time) {
     if (!axis.compared) {
         return axis.axis + ": not compared: " + axis.compared.reason;

@@ -51,6 +51,9 @@ Steps<Told<RunComparison>> CompareRunsInSteps(std::vector<std::string> axes,
                                               Tolerance tolerance,
                                               std::optional<std::int64_t> shift);
 
+/// "1199 of 2000 lines of the reference compared", of the axis that has the most.
+std::string CoverageOf(const RunComparison& comparison);
+
 /// "X: pass; worst 0.001250 (tolerance 0.002000) at 1.250 s of the reference; 0 of 4000 lines
 /// outside", or why it was not compared. `cycle_time` in seconds.
 std::string TextOf(const AxisComparison& axis, double cycle_time);

@@ -6,6 +6,7 @@
 #include "measure/words.h"
 #include "report/ink.h"
 #include "report/json_writer.h"
+#include "report/pdf_file.h"
 #include "report/reduced_points.h"
 
 namespace wavo::report {
@@ -57,13 +58,17 @@ Chart DifferenceChart(const measure::AxisComparison& axis, std::span<const doubl
 std::string ComparisonJson(const ComparisonReport& report) {
     JsonWriter json;
     json.Text("schema", "wavo-compare/1");
-    json.Text("file", report.file);
+    WriteHeaderJson(json, report.header, report.lines, report.cycle_time);
+    json.BeginArray("notes");
+    for (const std::string& note : report.notes) {
+        json.Text("", note);
+    }
+    json.EndArray();
     json.BeginArray("references");
     for (const std::string& reference : report.references) {
         json.Text("", reference);
     }
     json.EndArray();
-    json.Number("cycle_time_s", report.cycle_time);
     json.Number("shift_lines", static_cast<double>(report.comparison.shift));
     if (report.comparison.likeness) {
         json.Number("likeness", *report.comparison.likeness);
@@ -72,6 +77,7 @@ std::string ComparisonJson(const ComparisonReport& report) {
     for (const measure::AxisComparison& axis : report.comparison.axes) {
         json.BeginObject();
         json.Text("axis", axis.axis);
+        json.Number("reference_lines", static_cast<double>(axis.band.middle.size()));
         if (axis.compared) {
             json.Flag("passed", axis.compared->passed);
             json.Number("compared", static_cast<double>(axis.compared->compared));
@@ -105,10 +111,13 @@ std::string ComparisonJunit(const ComparisonReport& report) {
         ++(axis.compared ? failures : errors);
         cases += std::string(">\n    <") + element + " message=\"" + text + "\"/>\n  </testcase>\n";
     }
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuite name=\"" + Escaped(report.file) +
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuite name=\"" +
+           Escaped(report.header.file.toStdString()) +
            measure::Words("\" tests=\"%zu\" failures=\"%zu\" errors=\"%zu\">\n",
                           report.comparison.axes.size(), failures, errors) +
-           cases + "</testsuite>\n";
+           "  <properties>\n    <property name=\"compared\" value=\"" +
+           measure::CoverageOf(report.comparison) + "\"/>\n  </properties>\n" + cases +
+           "</testsuite>\n";
 }
 
 }  // namespace wavo::report

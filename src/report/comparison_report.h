@@ -8,13 +8,16 @@
 
 #include "measure/reference_test.h"
 #include "report/chart.h"
+#include "report/circle_report.h"
 
 namespace wavo::report {
 
 struct ComparisonReport {
-    std::string file;                     ///< that was compared: a path, or "live"
-    std::vector<std::string> references;  ///< the same of the good runs
+    ReportHeader header;                  ///< its file: that was compared
+    std::vector<std::string> references;  ///< paths of the good runs
+    std::size_t lines = 0;                ///< that were compared with them
     double cycle_time = 0.001;            ///< s
+    std::vector<std::string> notes;       ///< sentences for people
     measure::RunComparison comparison;
 };
 

@@ -68,7 +68,7 @@ QImage Compared(CommandId look, int page) {
     QMainWindow frame;
     auto* const view = new CWavoView(prompts, &frame, std::move(source));
     frame.setCentralWidget(view);
-    ReferenceControl control(frame, *view, prompts, nullptr);
+    ReferenceControl control(frame, *view, prompts, nullptr, {});
     frame.resize(QSize(1000, 640));
     frame.show();
     view->OnInitialUpdate();

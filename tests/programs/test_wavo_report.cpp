@@ -180,6 +180,42 @@ TEST_F(WavoReport, ComparesWithGoodRuns) {
             return lines;
         }());
     EXPECT_EQ(Started({"compare", still, "--reference", still, "--tolerance", "1"}).code, 3);
+
+    // What could not be compared is written, too: a result of an earlier run would be taken for it.
+    const auto untold = Started({"compare", still, "--reference", reference, "--tolerance", "1",
+                                 "--junit", Path("j.xml"), "--json", Path("j.json")});
+    EXPECT_EQ(untold.code, 3);
+    EXPECT_THAT(untold.errors, HasSubstr("nothing moves: no best match"));
+    const std::string errors = *ReadWholeFile(Path("j.xml"));
+    EXPECT_THAT(errors, HasSubstr("tests=\"2\" failures=\"0\" errors=\"2\""));
+    EXPECT_THAT(errors,
+                HasSubstr("<error message=\"X: not compared: nothing moves: no best match"));
+    const std::string json = *ReadWholeFile(Path("j.json"));
+    EXPECT_THAT(json, HasSubstr("\"reason\": \"nothing moves: no best match\""));
+    EXPECT_THAT(json, HasSubstr("\"verdict\": \"not told\""));
+}
+
+TEST_F(WavoReport, SaysHowMuchOfAGoodRunWasCompared) {
+    const auto table = Circle({});
+    const auto reference = Written("good.csv", table);
+    std::size_t end = 0;
+    for (int line = 0; line <= 2000; ++line) {
+        end = table.find('\n', end) + 1;
+    }
+    const auto half = Written("half.csv", table.substr(0, end));
+    const auto ended =
+        Started({"compare", half, "--reference", reference, "--tolerance", "0.01", "--machine",
+                 "Mill 4", "--json", Path("j.json"), "--junit", Path("j.xml")});
+    EXPECT_EQ(ended.code, 0) << ended.errors;
+    EXPECT_THAT(ended.output, HasSubstr("\n2000 of "));
+    EXPECT_THAT(ended.output, HasSubstr(" lines of the reference compared\n"));
+    const std::string json = *ReadWholeFile(Path("j.json"));
+    EXPECT_THAT(json, HasSubstr("\"machine\": \"Mill 4\""));
+    EXPECT_THAT(json, HasSubstr("\"made_by\": \"wavo_report "));
+    EXPECT_THAT(json, HasSubstr("\"lines\": 2000"));
+    EXPECT_THAT(json, HasSubstr("\"reference_lines\": "));
+    EXPECT_THAT(*ReadWholeFile(Path("j.xml")),
+                HasSubstr("<property name=\"compared\" value=\"2000 of "));
 }
 
 /// The lines of a table as a recording.
@@ -231,6 +267,16 @@ TEST_F(WavoReport, FiguresOfARecordingAreThoseOfItsTable) {
                          "--tolerance", "1"})
                     .errors,
                 HasSubstr("slow.mcap: its lines are 0.002 s apart"));
+    // A table does not tell its own: it is that of the recordings, which have to agree.
+    EXPECT_EQ(Started({"compare", circle, "--reference", Path("slow.mcap"), "--tolerance", "1",
+                       "--json", Path("j.json")})
+                  .code,
+              0);
+    EXPECT_THAT(*ReadWholeFile(Path("j.json")), HasSubstr("\"cycle_time_s\": 0.002"));
+    const auto mixed = Started({"compare", circle, "--reference", Path("slow.mcap"), "--reference",
+                                Path("circle.mcap"), "--tolerance", "1"});
+    EXPECT_EQ(mixed.code, 2);
+    EXPECT_THAT(mixed.errors, HasSubstr("circle.mcap: its lines are 0.001 s apart, those of "));
 }
 
 TEST_F(WavoReport, RecordingsThatAreCutOffOrEmptyAreTold) {

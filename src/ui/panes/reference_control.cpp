@@ -9,12 +9,12 @@
 namespace wavo {
 
 ReferenceControl::ReferenceControl(QMainWindow& frame, CWavoView& view, const Prompts& prompts,
-                                   QSettings* settings)
+                                   QSettings* settings, const QString& made_by)
     : m_view(view),
       m_watch(view.Work(), view.Board(), view.Past().Window(), view.Cursors(),
               [&view] { return view.Zooms().Selected(); }),
       m_pane(new ReferencePane(
-          m_watch, prompts, settings,
+          m_watch, prompts, settings, made_by,
           [&view](const LineRange& lines) { return view.Past().Window().Show(lines); }, nullptr)),
       m_dock(new PaneDock(QStringLiteral("Reference"), m_pane, frame)) {
     m_dock->setObjectName(QStringLiteral("reference"));

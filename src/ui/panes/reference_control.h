@@ -22,9 +22,9 @@ class ReferenceControl final : public QObject, public CommandTarget {
 
  public:
     /// The pane is a child of `frame`. No reference is owned; all outlive this object. Without
-    /// settings nothing is remembered.
+    /// settings nothing is remembered. `made_by`: what results say of the program.
     ReferenceControl(QMainWindow& frame, CWavoView& view, const Prompts& prompts,
-                     QSettings* settings);
+                     QSettings* settings, const QString& made_by);
     ~ReferenceControl() override;
 
     /// Takes over how the frame was laid out.

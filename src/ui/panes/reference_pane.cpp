@@ -99,11 +99,12 @@ Widget& ReferencePane::Control(ReferencePaneId id) const {
 }
 
 ReferencePane::ReferencePane(ReferenceWatch& watch, const Prompts& prompts, QSettings* settings,
-                             ShowLines show_lines, QWidget* parent)
+                             const QString& made_by, ShowLines show_lines, QWidget* parent)
     : QWidget(parent),
       m_watch(watch),
       m_prompts(prompts),
       m_settings(settings),
+      m_made_by(made_by),
       m_show_lines(std::move(show_lines)) {
     setObjectName(QStringLiteral("reference_pane"));
     SetAccessibleTexts(*this, QStringLiteral("Reference"),
@@ -302,7 +303,12 @@ void ReferencePane::ShowAxes() {
 
 report::ComparisonReport ReferencePane::Report() const {
     const ReferenceOutcome& outcome = *m_watch.Outcome();
-    return {outcome.data, outcome.references, outcome.cycle_time, outcome.comparison};
+    return {ReportHeaderOf(outcome.data, {}, {}, m_made_by),
+            outcome.references,
+            outcome.run.front().size(),
+            outcome.cycle_time,
+            {},
+            outcome.comparison};
 }
 
 QString ReferencePane::StateText() const {
@@ -338,6 +344,7 @@ QString ReferencePane::StateText() const {
     if (comparison.likeness) {
         text += ", likeness " + measure::Decimals(*comparison.likeness, 4);
     }
+    text += ", " + measure::CoverageOf(comparison);
     return QString::fromStdString(text);
 }
 

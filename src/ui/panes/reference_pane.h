@@ -40,9 +40,9 @@ class ReferencePane : public QWidget {
     using ShowLines = std::function<bool(const LineRange&)>;
 
     /// `watch` and `prompts` are not owned and outlive the pane. Without settings nothing is
-    /// remembered.
+    /// remembered. `made_by`: what results say of the program.
     ReferencePane(ReferenceWatch& watch, const Prompts& prompts, QSettings* settings,
-                  ShowLines show_lines, QWidget* parent);
+                  const QString& made_by, ShowLines show_lines, QWidget* parent);
 
     /// Shows the state and the outcome of the watch.
     void Refresh();
@@ -79,6 +79,7 @@ class ReferencePane : public QWidget {
     ReferenceWatch& m_watch;
     const Prompts& m_prompts;
     QSettings* const m_settings;
+    const QString m_made_by;
     const ShowLines m_show_lines;
     // Children.
     QTabWidget* m_pages = nullptr;

@@ -180,7 +180,7 @@ void CMainFrame::CreateMeasure(const Prompts& prompts) {
     const QString made_by = QString::fromStdString("Wavo " + OwnVersion().product_version);
     m_circle = std::make_unique<CircleControl>(*this, *m_view, prompts, m_settings, made_by);
     m_axis = std::make_unique<AxisControl>(*this, *m_view, prompts, m_settings, made_by);
-    m_reference = std::make_unique<ReferenceControl>(*this, *m_view, prompts, m_settings);
+    m_reference = std::make_unique<ReferenceControl>(*this, *m_view, prompts, m_settings, made_by);
     connect(m_reference.get(), &ReferenceControl::CommandsChanged, this,
             &CMainFrame::UpdateCommands);
     connect(m_axis.get(), &AxisControl::CommandsChanged, this, &CMainFrame::UpdateCommands);

@@ -56,7 +56,8 @@ class ReferencePaneTest : public testing::MachineFixture {
     ~ReferencePaneTest() override { m_control.reset(); }
 
     void Make() {
-        m_control = std::make_unique<ReferenceControl>(*m_frame, *m_view, m_prompts, &m_settings);
+        m_control = std::make_unique<ReferenceControl>(*m_frame, *m_view, m_prompts, &m_settings,
+                                                       QStringLiteral("Wavo 1"));
         m_control->Restore();
     }
     void Open() {
