@@ -42,12 +42,18 @@ struct GoodRuns {
     std::vector<std::string> notes;
 };
 
-/// The good runs; not told which one cannot be read, or has another cycle time than a file before.
+/// The good runs; not told which one cannot be read, or has another cycle time than what tells it
+/// before: the file, else the option.
 measure::Told<GoodRuns> GoodRunsOf(const ReportOptions& options, const TableFile& file) {
     using Result = measure::Told<GoodRuns>;
     GoodRuns good;
-    std::string told_by = options.file;
-    good.cycle_time = file.cycle_time.value_or(0.0);
+    std::string told_by = file.cycle_time ? options.file : "--cycle";
+    good.cycle_time = file.cycle_time.value_or(options.cycle_time);
+    if (options.cycle_time != 0.0 && options.cycle_time != good.cycle_time) {
+        return Result::Not(measure::Words("%s: its lines are %g s apart, those of --cycle %g s",
+                                          options.file.c_str(), good.cycle_time,
+                                          options.cycle_time));
+    }
     for (const std::string& path : options.references) {
         auto reference = ReadTable(path);
         if (!reference) {
@@ -67,6 +73,19 @@ measure::Told<GoodRuns> GoodRunsOf(const ReportOptions& options, const TableFile
         good.tables.push_back(std::move(reference.value->table));
     }
     return good;
+}
+
+/// Every axis with the reason why nothing was compared; "run" stands for them when there is none.
+std::vector<measure::AxisComparison> NotCompared(std::vector<std::string> axes,
+                                                 const std::string& reason) {
+    if (axes.empty()) {
+        axes.emplace_back("run");
+    }
+    std::vector<measure::AxisComparison> not_compared;
+    for (const std::string& axis : axes) {
+        not_compared.push_back({axis, {}, measure::Told<measure::Compared>::Not(reason)});
+    }
+    return not_compared;
 }
 
 /// Writes the files that were asked for; the name of one that cannot be written, or nothing.
@@ -127,18 +146,14 @@ int RunCompare(const ReportOptions& options, const TableFile& file,
     report.header = header;
     report.references = options.references;
     report.lines = table.Lines();
-    const double known = told->cycle_time == 0.0 ? kUsualCycleTime : told->cycle_time;
-    report.cycle_time = options.cycle_time == 0.0 ? known : options.cycle_time;
+    report.cycle_time = told->cycle_time == 0.0 ? kUsualCycleTime : told->cycle_time;
     report.notes = file.notes;
     report.notes.insert(report.notes.end(), told->notes.begin(), told->notes.end());
     if (compared) {
         report.comparison = std::move(*compared.value);
         *output = TextOf(report);
     } else {
-        for (const std::string& axis : axes) {
-            report.comparison.axes.push_back(
-                {axis, {}, measure::Told<measure::Compared>::Not(compared.reason)});
-        }
+        report.comparison.axes = NotCompared(axes, compared.reason);
     }
     for (const std::string& note : told->notes) {
         *output += "note: " + note + "\n";

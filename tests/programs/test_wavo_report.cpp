@@ -195,6 +195,19 @@ TEST_F(WavoReport, ComparesWithGoodRuns) {
     EXPECT_THAT(json, HasSubstr("\"verdict\": \"not told\""));
 }
 
+TEST_F(WavoReport, RunsWithoutACommonAxisAreNotCompared) {
+    const auto run = Written("a.csv", "A,B\n1,2\n2,3\n3,5\n");
+    const auto reference = Written("c.csv", "C,D\n1,2\n2,3\n3,5\n");
+    const auto ended = Started({"compare", run, "--reference", reference, "--tolerance", "1",
+                                "--junit", Path("j.xml"), "--json", Path("j.json")});
+    EXPECT_EQ(ended.code, 3);
+    EXPECT_THAT(ended.errors, HasSubstr("a.csv: no axis to align by"));
+    const std::string junit = *ReadWholeFile(Path("j.xml"));
+    EXPECT_THAT(junit, HasSubstr("tests=\"1\" failures=\"0\" errors=\"1\""));
+    EXPECT_THAT(junit, HasSubstr("<error message=\"run: not compared: no axis to align by\"/>"));
+    EXPECT_THAT(*ReadWholeFile(Path("j.json")), HasSubstr("\"verdict\": \"not told\""));
+}
+
 TEST_F(WavoReport, SaysHowMuchOfAGoodRunWasCompared) {
     const auto table = Circle({});
     const auto reference = Written("good.csv", table);
@@ -277,6 +290,17 @@ TEST_F(WavoReport, FiguresOfARecordingAreThoseOfItsTable) {
                                 Path("circle.mcap"), "--tolerance", "1"});
     EXPECT_EQ(mixed.code, 2);
     EXPECT_THAT(mixed.errors, HasSubstr("circle.mcap: its lines are 0.001 s apart, those of "));
+    // So does an option.
+    const auto of_table = Started({"compare", circle, "--reference", Path("slow.mcap"), "--cycle",
+                                   "0.004", "--tolerance", "1"});
+    EXPECT_EQ(of_table.code, 2);
+    EXPECT_THAT(of_table.errors,
+                HasSubstr("slow.mcap: its lines are 0.002 s apart, those of --cycle 0.004 s"));
+    const auto of_recording = Started({"compare", Path("slow.mcap"), "--reference", circle,
+                                       "--cycle", "0.004", "--tolerance", "1"});
+    EXPECT_EQ(of_recording.code, 2);
+    EXPECT_THAT(of_recording.errors,
+                HasSubstr("slow.mcap: its lines are 0.002 s apart, those of --cycle 0.004 s"));
 }
 
 TEST_F(WavoReport, RecordingsThatAreCutOffOrEmptyAreTold) {
