@@ -292,7 +292,7 @@ int RunReport(const ReportOptions& options, const std::string& made_by, std::str
         }
         code = RunOnFile(decided, *file, made_by, output, error);
     }
-    if (error->empty()) {
+    if (code != kWrongUse) {
         *output += NotesText(file->notes);
     }
     return code;

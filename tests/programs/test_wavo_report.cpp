@@ -313,6 +313,17 @@ TEST_F(WavoReport, RecordingsThatAreCutOffOrEmptyAreTold) {
     const auto cut = Started(
         {"axis", Written("cut.mcap", whole.substr(0, whole.size() * 3 / 4)), "--axes", "X"});
     EXPECT_THAT(cut.output, HasSubstr("note: recording was cut off at "));
+    // Of a comparison every file is told of, also where nothing could be compared.
+    const auto compared = Started({"compare", Path("whole.mcap"), "--reference", Path("cut.mcap"),
+                                   "--tolerance", "1", "--json", Path("j.json")});
+    EXPECT_EQ(compared.code, 0) << compared.errors;
+    EXPECT_THAT(compared.output, HasSubstr("cut.mcap: recording was cut off at "));
+    EXPECT_THAT(*ReadWholeFile(Path("j.json")), HasSubstr("cut.mcap: recording was cut off at "));
+    const auto not_compared =
+        Started({"compare", Path("cut.mcap"), "--reference",
+                 Written("other.csv", "C,D\n1,2\n2,3\n"), "--tolerance", "1"});
+    EXPECT_EQ(not_compared.code, 3);
+    EXPECT_THAT(not_compared.output, HasSubstr("note: recording was cut off at "));
     EXPECT_EQ(Started({"axis", Written("short.mcap", whole.substr(0, 300))}).code, 2);
     tables::ColumnTable empty{{"X", "Y"}, {{}, {}}};
     WriteRecording(Path("empty.mcap"), empty, 0.001);
