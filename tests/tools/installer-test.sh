@@ -29,9 +29,11 @@ expect() {  # expect WHAT FOUND WANTED
     [ "$2" = "$3" ] || fail "$1 is '$2', not '$3'"
 }
 
-# What there is beside the folders of the user and of the system's own work.
+# What there is beside the folders of the user and of the system's own work. Settings and logs are
+# the user's: programs that run make them.
 look() {
-    (cd "$drive" && find . -path ./windows -prune -o -path '*/Temp/*' -prune -o -print | sort) >"$work/files.$1"
+    (cd "$drive" && find . -path ./windows -prune -o -path ./ProgramData/Velk -prune -o \
+        -path '*/Temp/*' -prune -o -print | sort) >"$work/files.$1"
     rm -f "$work/registry.$1"
     wine reg export 'HKLM\Software' "$(winepath -w "$work/registry.$1")" /y >/dev/null 2>&1
     grep -ai 'wavo\|velk\|mcap' <(iconv -f UTF-16 -t UTF-8 "$work/registry.$1" | tr -d '\r') \
