@@ -188,7 +188,8 @@ ColumnExtent RecordingReader::ExtentOnce(const Wanted& wanted, LineSpan lines, s
     if (first < end) {
         TakeBoth(extent, table.Stream(wanted.axis * kLevelOrders + wanted.order).Of(first, end));
     }
-    if (wanted.detail == Detail::kLines) {
+    // A stream without values is not looked through for one.
+    if (wanted.detail == Detail::kLines && !extent.possible.extremes.IsEmpty()) {
         const auto order = static_cast<std::int32_t>(wanted.order);
         extent.first = EdgeValue(wanted.axis, order, lines, true);
         extent.last = EdgeValue(wanted.axis, order, lines, false);

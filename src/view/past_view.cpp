@@ -63,6 +63,7 @@ void PastView::OnGraphsMade() {
         m_steps.clear();
         m_mark.reset();
         m_window.ShowAll(recording->Lines());
+        recording->Budget().Renew(kFrameBudget);
     }
     m_is_shown = true;
     m_origin = recording->Lines().begin;

@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <cmath>
 
 #include "past_fixture.h"
 #include "platform/folders.h"
@@ -150,6 +151,37 @@ TEST_F(PastFaults, AFileThatIsRemovedIsToldAndShownAllTheSame) {
     EXPECT_EQ(m_panes[0], "The file was removed or replaced: this is the one that was opened");
     m_view->Past().Window().MoveToEnd();
     EXPECT_EQ(m_view->Screen().Picture(), before);
+}
+
+TEST_F(PastFaults, DrawingEndsWhereThereIsNothingToBeDrawn) {
+    // One line has no derivative, and an axis may have no value at all.
+    for (const int count : {1, 2, 300}) {
+        std::vector<std::vector<double>> lines(static_cast<std::size_t>(count));
+        for (int line = 0; line < count; ++line) {
+            lines[static_cast<std::size_t>(line)] = {1.0 * line, std::nan("")};
+        }
+        const std::string path = PathOf(("few" + std::to_string(count) + ".mcap").c_str());
+        testing::WriteRecording(path, testing::MakeHead(2), lines);
+        for (const int order : {0, 1, 4}) {
+            ASSERT_TRUE(m_view->Past().Files().Open(path));
+            WavoGraph graph = Graph().Graph();
+            const auto names = m_view->Work().Recording()->Reader().Head().axis_names;
+            graph.YCoorAxName = names;
+            graph.YCoorAxDerivation = {order, order};
+            graph.YCoorAxColor.resize(2, 0xFFFFFF);
+            graph.Triggers.resize(2, graph.Triggers.front());
+            graph.YScales.resize(2, graph.YScales.front());
+            for (ScaleDefinition& scale : graph.YScales) {
+                scale.ScaleAx = ScaleAxCode::kAutomatic;
+            }
+            m_view->Work().Graphs().Replace({graph});
+            m_view->Work().RebuildGraphs();
+            for (int i = 0; i < 500 && !m_view->Board().IsExact(); ++i) {
+                QCoreApplication::processEvents();
+            }
+            EXPECT_TRUE(m_view->Board().IsExact()) << count << " lines, order " << order;
+        }
+    }
 }
 
 TEST_F(PastFaults, AFileThatIsCutShowsWhatIsLeft) {

@@ -26,7 +26,9 @@ class WindowsChild final : public ChildProcess {
           m_output(std::move(output)) {}
     ~WindowsChild() override {
         // A program without windows takes this as a request to end.
-        ::PostThreadMessageW(m_thread, WM_CLOSE, 0, 0);
+        if (IsRunning()) {  // its number may be another's afterwards
+            ::PostThreadMessageW(m_thread, WM_CLOSE, 0, 0);
+        }
         for (DWORD waited = 0; IsRunning() && waited < kEndPatience; waited += kLookAgain) {
             SkipOutput();
             ::WaitForSingleObject(m_process.get(), kLookAgain);

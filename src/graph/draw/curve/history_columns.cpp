@@ -49,7 +49,12 @@ bool HistoryColumns::Build(const PixelEdges& rows, ColumnSpans& spans) {
 }
 
 bool HistoryColumns::AreAllExact() const {
-    return std::ranges::all_of(m_columns, &ColumnOutline::IsExact);
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        if (!m_columns[i].IsExact() && LinesOf(i).Count() > 0) {
+            return false;
+        }
+    }
+    return true;
 }
 
 MinMax HistoryColumns::Extremes() const {

@@ -33,7 +33,7 @@ class HistoryColumns {
     /// of it is exact. REQUIRES: no column between two others is without lines.
     bool Build(const PixelEdges& rows, ColumnSpans& spans);
 
-    /// Every column was looked at exactly.
+    /// Every column that has lines was looked at exactly.
     [[nodiscard]] bool AreAllExact() const;
     /// Smallest and largest finite value that is known to be possible, of all columns.
     [[nodiscard]] MinMax Extremes() const;

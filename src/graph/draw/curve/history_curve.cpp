@@ -101,7 +101,7 @@ MinMax HistoryCurve::ExtremesOf(const LineRange& lines) {
     const std::int64_t bounds[] = {lines.begin, lines.end};
     ColumnOutline whole;
     m_is_scale_complete = true;
-    if (!IsDense()) {
+    if (lines.Count() < 2 || !IsDense()) {
         return FiniteExtremesOf(ValuesOf(lines.begin, lines.end));
     }
     if (!m_history.Outline(bounds, {&whole, 1})) {
