@@ -155,9 +155,7 @@ int RunCompare(const ReportOptions& options, const TableFile& file,
     } else {
         report.comparison.axes = NotCompared(axes, compared.reason);
     }
-    for (const std::string& note : told->notes) {
-        *output += "note: " + note + "\n";
-    }
+    *output += NotesText(told->notes);
     if (const std::string path = WriteResults(options, report); !path.empty()) {
         *error = path + ": cannot be written" + FileNameFault(path);
         return kWrongUse;

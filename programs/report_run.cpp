@@ -122,14 +122,6 @@ std::string TextOf(std::span<const NamedFigure> figures, const measure::Judgemen
     return text;
 }
 
-std::string NotesText(const std::vector<std::string>& notes) {
-    std::string text;
-    for (const std::string& note : notes) {
-        text += "note: " + note + "\n";
-    }
-    return text;
-}
-
 measure::Told<measure::Limits> LimitsOf(const ReportOptions& options) {
     if (options.limits.empty()) {
         return measure::Limits();
@@ -272,6 +264,14 @@ int RunOnFile(const ReportOptions& options, const TableFile& file, const std::st
 }
 
 }  // namespace
+
+std::string NotesText(const std::vector<std::string>& notes) {
+    std::string text;
+    for (const std::string& note : notes) {
+        text += "note: " + note + "\n";
+    }
+    return text;
+}
 
 int RunReport(const ReportOptions& options, const std::string& made_by, std::string* output,
               std::string* error) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "programs/report_options.h"
 
@@ -11,6 +12,9 @@ inline constexpr int kWrongUse = 2;
 inline constexpr int kNotEvaluated = 3;
 /// Seconds per line where nobody tells it.
 inline constexpr double kUsualCycleTime = 0.001;
+
+/// A line for each of them.
+std::string NotesText(const std::vector<std::string>& notes);
 
 /// Reads, evaluates, writes the files; `*output` gets what the user reads, `*error` what is wrong.
 /// Returns the exit code. `made_by`: name and version of the program. REQUIRES: a QGuiApplication

@@ -243,19 +243,15 @@ void ReferenceWatch::OnChanged() {
         m_triggers.Renew(*m_runs.front());
     }
     const GatheredLines now = LinesToCompare();
-    const State kept = WhatKeeps(now);
+    State kept = WhatKeeps(now);
+    measure::Told<std::optional<std::int64_t>> shift;
+    if (kept == State::kDone) {
+        shift = AskedShift(now.lines);
+        kept = shift ? kept : State::kNotTold;
+    }
     if (kept != State::kDone) {
         DropOutcome();
-        SetState(kept);
-        if (had_outcome) {
-            Q_EMIT BehindChanged();
-        }
-        return;
-    }
-    const auto shift = AskedShift(now.lines);
-    if (!shift) {
-        DropOutcome();
-        SetState(State::kNotTold, shift.reason);
+        SetState(kept, shift.reason);
         if (had_outcome) {
             Q_EMIT BehindChanged();
         }
