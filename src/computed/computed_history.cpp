@@ -195,7 +195,7 @@ HistoryAnswer ComputedHistory::Columns(std::span<const std::int64_t> bounds, Col
     return HistoryAnswer::kAll;
 }
 
-HistoryAnswer ComputedHistory::Values(std::int64_t first, std::span<double> values) {
+bool ComputedHistory::CopyValues(std::int64_t first, Effort effort, std::span<double> values) {
     Check();
     std::ranges::fill(values, NoSample());
     const LineRange held = Lines();
@@ -203,13 +203,26 @@ HistoryAnswer ComputedHistory::Values(std::int64_t first, std::span<double> valu
     for (std::int64_t line = std::max(first, held.begin); line < end;) {
         const std::int64_t block = BlockOf(line);
         const std::int64_t stop = std::min(end, LinesOf(block).end);
-        const std::vector<double>& computed = *ValuesOf(block, Effort::kAll);
-        std::copy(computed.begin() + (line - LinesOf(block).begin),
-                  computed.begin() + (stop - LinesOf(block).begin),
+        const std::vector<double>* const computed = ValuesOf(block, effort);
+        if (computed == nullptr) {
+            return false;
+        }
+        std::copy(computed->begin() + (line - LinesOf(block).begin),
+                  computed->begin() + (stop - LinesOf(block).begin),
                   values.begin() + (line - first));
         line = stop;
     }
+    return true;
+}
+
+HistoryAnswer ComputedHistory::Values(std::int64_t first, std::span<double> values) {
+    CopyValues(first, Effort::kAll, values);
     return HistoryAnswer::kAll;
+}
+
+HistoryAnswer ComputedHistory::ValuesToDraw(std::int64_t first, std::span<double> values) {
+    return CopyValues(first, Effort::kAsFarAsAllowed, values) ? HistoryAnswer::kAll
+                                                              : HistoryAnswer::kNotLoaded;
 }
 
 HistoryAnswer ComputedHistory::Sums(const LineRange& lines, HistorySums& sums) {
@@ -280,6 +293,18 @@ HistoryAnswer ComputedHistory::LookCloser(const LineRange& lines, ColumnOutline&
     column.missing = extent.missing;
     column.closeness = Closeness::kExact;
     return HistoryAnswer::kAll;
+}
+
+void ComputedHistory::Cut(const LineRange& lines, std::vector<std::int64_t>& bounds) const {
+    constexpr std::int64_t kMostParts = 64;
+    const std::int64_t first = BlockOf(lines.begin);
+    const std::int64_t blocks = BlockOf(lines.end - 1) + 1 - first;
+    const std::int64_t blocks_per_part = (blocks + kMostParts - 1) / kMostParts;
+    bounds.assign(1, lines.begin);
+    for (std::int64_t block = blocks_per_part; block < blocks; block += blocks_per_part) {
+        bounds.push_back(LinesOf(first + block).begin);
+    }
+    bounds.push_back(lines.end);
 }
 
 }  // namespace wavo::computed

@@ -24,6 +24,8 @@ class ComputedHistory final : public History {
     HistoryAnswer Sums(const LineRange& lines, HistorySums& sums) override;
     bool Outline(std::span<const std::int64_t> bounds, std::span<ColumnOutline> columns) override;
     HistoryAnswer LookCloser(const LineRange& lines, ColumnOutline& column) override;
+    void Cut(const LineRange& lines, std::vector<std::int64_t>& bounds) const override;
+    HistoryAnswer ValuesToDraw(std::int64_t first, std::span<double> values) override;
     [[nodiscard]] std::uint64_t Version() const override;
     [[nodiscard]] std::uint64_t Losses() const override;
 
@@ -47,6 +49,8 @@ class ComputedHistory final : public History {
     bool TakeLines(const LineRange& lines, Effort effort, Extent& extent);
     /// The values of a block; null when it may not be computed.
     const std::vector<double>* ValuesOf(std::int64_t block, Effort effort);
+    /// Copies the values of lines; false when no more may be computed.
+    bool CopyValues(std::int64_t first, Effort effort, std::span<double> values);
     void ComputeLines(const LineRange& lines, std::span<double> out);
     /// Computes the axis itself into m_computed from a line on; `present` tells which lines there
     /// are.

@@ -6,6 +6,15 @@
 
 namespace wavo::recording {
 
+namespace {
+
+/// So many chunks are cut where their blocks begin, more where chunks do.
+constexpr std::size_t kFewChunks = 4;
+/// Of each chunk, or of all.
+constexpr std::size_t kMostParts = 64;
+
+}  // namespace
+
 StreamLevels::StreamLevels(std::vector<Level> entries, std::uint64_t version) : m_version(version) {
     m_levels.push_back(std::move(entries));
     while (m_levels.back().size() > kFanOut) {
@@ -110,6 +119,42 @@ std::uint64_t ChunkTable::CountBefore(std::uint64_t line, std::size_t index) con
 
 std::uint64_t ChunkTable::CountLines(std::uint64_t from, std::uint64_t to) const {
     return from < to ? CountBefore(to, Find(to)) - CountBefore(from, Find(from)) : 0;
+}
+
+void ChunkTable::Cut(std::uint64_t from, std::uint64_t to,
+                     std::vector<std::uint64_t>& bounds) const {
+    const std::size_t first = Find(from);
+    std::size_t end = Find(to, first);
+    end += end < m_entries.size() && m_entries[end].first_line < to ? 1 : 0;
+    bounds.assign(1, from);
+    const auto cut_at = [&](std::uint64_t line) {
+        if (line > bounds.back() && line < to) {
+            bounds.push_back(line);
+        }
+    };
+    const std::size_t chunks_per_part = (end - first + kMostParts - 1) / kMostParts;
+    for (std::size_t i = first; i < end; ++i) {
+        const ChunkEntry& entry = m_entries[i];
+        if (end - first <= kFewChunks) {
+            cut_at(entry.first_line);
+            const std::uint64_t inside = std::max(from, entry.first_line) - entry.first_line;
+            const std::uint64_t begin = inside / kLinesPerBlock;
+            const std::uint64_t blocks =
+                BlocksOf(std::min(to, entry.EndLine()) - entry.first_line) - begin;
+            const std::uint64_t blocks_per_part = (blocks + kMostParts - 1) / kMostParts;
+            for (std::uint64_t block = blocks_per_part; block < blocks; block += blocks_per_part) {
+                cut_at(entry.first_line + (begin + block) * kLinesPerBlock);
+            }
+            cut_at(entry.EndLine());
+        } else if ((i - first) % chunks_per_part == 0) {
+            cut_at(i > first ? m_entries[i - 1].EndLine() : entry.first_line);
+            cut_at(entry.first_line);
+        }
+    }
+    if (end > first) {
+        cut_at(m_entries[end - 1].EndLine());
+    }
+    bounds.push_back(to);
 }
 
 Level ChunkTable::Whole(const ChunkEntry& entry, std::size_t stream) const {

@@ -77,6 +77,10 @@ class ChunkTable {
     /// Lines that are there from `from` to before `to`.
     [[nodiscard]] std::uint64_t CountLines(std::uint64_t from, std::uint64_t to) const;
 
+    /// Cuts the lines from `from` to before `to` into some hundred parts at most, where levels
+    /// begin and end; `bounds` gets theirs. One part: they lie within one block, or none is there.
+    void Cut(std::uint64_t from, std::uint64_t to, std::vector<std::uint64_t>& bounds) const;
+
     [[nodiscard]] std::uint32_t BlockCrc(const ChunkEntry& entry, std::size_t block) const {
         return m_crcs[entry.crcs + block];
     }

@@ -49,10 +49,10 @@ const AxisLevels* RecordingReader::LoadLevels(std::size_t index, std::size_t axi
         // Damaged levels are made anew from the lines, which have a CRC of their own.
         m_index.table.At(index).has_levels = false;
     }
-    return MakeLevels(index) ? m_levels.Find(key, axis) : nullptr;
+    return MakeLevels(index, axis) ? m_levels.Find(key, axis) : nullptr;
 }
 
-bool RecordingReader::MakeLevels(std::size_t index) {
+bool RecordingReader::MakeLevels(std::size_t index, std::size_t wanted_axis) {
     const std::size_t axes = Head().axis_names.size();
     const ChunkEntry entry = m_index.table.Entries()[index];
     LevelBuilder builder(axes, Head().cycle_time);
@@ -84,7 +84,9 @@ bool RecordingReader::MakeLevels(std::size_t index) {
                      lines);
     }
     builder.EndChunk(levels, whole);
-    for (std::size_t axis = 0; axis < axes; ++axis) {
+    // The axis that is asked for comes last, so that it stays whatever the cache's limit.
+    for (std::size_t step = 1; step <= axes; ++step) {
+        const std::size_t axis = (wanted_axis + step) % axes;
         const std::size_t bytes = levels[axis].size() * sizeof(Level) + sizeof(AxisLevels);
         m_levels.Put(entry.offset + entry.skipped, axis, std::move(levels[axis]), bytes);
     }
@@ -112,7 +114,7 @@ std::size_t RecordingReader::SettleLevels(std::size_t most) {
                     std::ranges::count_if(entries, &ChunkEntry::levels_are_due));
             }
             --most;
-            if (!MakeLevels(i)) {
+            if (!MakeLevels(i, 0)) {
                 break;  // a chunk has left the table: this ends
             }
         }

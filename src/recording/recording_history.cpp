@@ -21,7 +21,8 @@ void Take(const ColumnExtent& extent, Closeness closeness, bool before_line_0,
     column.first = extent.first;
     column.last = extent.last;
     column.missing = extent.possible.missing || before_line_0;
-    column.closeness = closeness;
+    // Where nothing is possible there is nothing.
+    column.closeness = column.HasExtremes() ? closeness : Closeness::kExact;
 }
 
 bool ReachBeforeLine0(std::int64_t begin, std::int64_t end) {
@@ -94,25 +95,35 @@ HistoryAnswer RecordingHistory::Sums(const LineRange& lines, HistorySums& sums) 
     return HistoryAnswer::kAll;
 }
 
-bool RecordingHistory::Outline(std::span<const std::int64_t> bounds,
-                               std::span<ColumnOutline> columns) {
-    if (!HasLevels()) {
-        ColumnOutline unknown;
-        unknown.missing = true;
-        std::ranges::fill(columns, unknown);
-        return true;
-    }
+void RecordingHistory::LookAt(std::span<const std::int64_t> bounds, Detail detail,
+                              Closeness closeness, std::span<ColumnOutline> columns) {
     SetBounds(bounds);
     m_columns.resize(columns.size());
-    m_reader.Columns(m_axis, m_order, m_bounds, Detail::kChunks, m_columns);
+    m_reader.Columns(m_axis, m_order, m_bounds, detail, m_columns);
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        Take(m_columns[i], Closeness::kFar, ReachBeforeLine0(bounds[i], bounds[i + 1]), columns[i]);
+        Take(m_columns[i], closeness, ReachBeforeLine0(bounds[i], bounds[i + 1]), columns[i]);
+    }
+}
+
+bool RecordingHistory::Outline(std::span<const std::int64_t> bounds,
+                               std::span<ColumnOutline> columns) {
+    if (HasLevels()) {
+        LookAt(bounds, Detail::kChunks, Closeness::kFar, columns);
+        return true;
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        columns[i] = {};
+        columns[i].missing = true;
+        const LineSpan numbers = NumbersOf({bounds[i], bounds[i + 1]});
+        if (m_reader.Table().CountLines(numbers.first, numbers.end) == 0) {
+            columns[i].closeness = Closeness::kExact;
+        }
     }
     return true;
 }
 
 HistoryAnswer RecordingHistory::LookCloser(const LineRange& lines, ColumnOutline& column) {
-    if (m_budget != nullptr && m_budget->IsSpent()) {
+    if (!MayRead()) {
         return HistoryAnswer::kNotLoaded;
     }
     const std::uint64_t read_before = m_reader.BytesRead();
@@ -128,8 +139,45 @@ HistoryAnswer RecordingHistory::LookCloser(const LineRange& lines, ColumnOutline
     return HistoryAnswer::kAll;
 }
 
+void RecordingHistory::Cut(const LineRange& lines, std::vector<std::int64_t>& bounds) const {
+    const LineSpan numbers = NumbersOf(lines);
+    std::vector<std::uint64_t> parts;
+    m_reader.Table().Cut(numbers.first, numbers.end, parts);
+    bounds.assign(parts.begin(), parts.end());
+    bounds.front() = lines.begin;
+    bounds.back() = lines.end;
+}
+
+HistoryAnswer RecordingHistory::LookNear(std::span<const std::int64_t> bounds,
+                                         std::span<ColumnOutline> columns) {
+    if (!HasLevels()) {
+        return Outline(bounds, columns) ? HistoryAnswer::kAll : HistoryAnswer::kNotLoaded;
+    }
+    if (!MayRead()) {
+        return HistoryAnswer::kNotLoaded;
+    }
+    const std::uint64_t read_before = m_reader.BytesRead();
+    LookAt(bounds, Detail::kBlocks, Closeness::kNear, columns);
+    if (m_budget != nullptr) {
+        m_budget->Spend(m_reader.BytesRead() - read_before);
+    }
+    return HistoryAnswer::kAll;
+}
+
+HistoryAnswer RecordingHistory::ValuesToDraw(std::int64_t first, std::span<double> values) {
+    if (!MayRead()) {
+        return HistoryAnswer::kNotLoaded;
+    }
+    const std::uint64_t read_before = m_reader.BytesRead();
+    const HistoryAnswer answer = Values(first, values);
+    if (m_budget != nullptr) {
+        m_budget->Spend(m_reader.BytesRead() - read_before, ReadingBudget::kBytesPerUnitOfValues);
+    }
+    return answer;
+}
+
 void RecordingHistory::Announce(const LineRange& lines, const ColumnOutline& column) {
-    if (HasLevels() && (m_budget == nullptr || !m_budget->IsSpent())) {
+    if (HasLevels() && MayRead()) {
         ReadingAhead(m_reader).Announce(m_axis, NumbersOf(lines), NextDetail(column));
     }
 }

@@ -17,17 +17,19 @@
 namespace wavo::recording {
 
 /// How much may be read before somebody else has his turn. A unit is what one look at what is in
-/// memory costs; reading costs one more for every kBytesPerUnit.
+/// memory costs; reading costs one more for every kBytesPerUnit, or kBytesPerUnitInARow of what
+/// stands in a row.
 class ReadingBudget {
  public:
     static constexpr std::uint64_t kBytesPerUnit = 4096;
+    static constexpr std::uint64_t kBytesPerUnitOfValues = 32 * kBytesPerUnit;
     static constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 
     void Renew(std::uint64_t units) { m_left = units; }
     [[nodiscard]] bool IsSpent() const { return m_left == 0; }
-    void Spend(std::uint64_t bytes_read) {
+    void Spend(std::uint64_t bytes_read, std::uint64_t bytes_per_unit = kBytesPerUnit) {
         if (m_left != kUnlimited) {
-            m_left -= std::min(m_left, 1 + bytes_read / kBytesPerUnit);
+            m_left -= std::min(m_left, 1 + bytes_read / bytes_per_unit);
         }
     }
 
@@ -51,6 +53,10 @@ class RecordingHistory final : public History {
     HistoryAnswer Sums(const LineRange& lines, HistorySums& sums) override;
     bool Outline(std::span<const std::int64_t> bounds, std::span<ColumnOutline> columns) override;
     HistoryAnswer LookCloser(const LineRange& lines, ColumnOutline& column) override;
+    void Cut(const LineRange& lines, std::vector<std::int64_t>& bounds) const override;
+    HistoryAnswer LookNear(std::span<const std::int64_t> bounds,
+                           std::span<ColumnOutline> columns) override;
+    HistoryAnswer ValuesToDraw(std::int64_t first, std::span<double> values) override;
     void Announce(const LineRange& lines, const ColumnOutline& column) override;
     [[nodiscard]] std::uint64_t Version() const override { return m_reader.Versions().lines; }
     [[nodiscard]] std::uint64_t Losses() const override { return m_reader.Versions().losses; }
@@ -66,6 +72,10 @@ class RecordingHistory final : public History {
                                                                     : Detail::kBlocks;
     }
     void SetBounds(std::span<const std::int64_t> bounds);
+    /// Looks at columns of a stream with levels.
+    void LookAt(std::span<const std::int64_t> bounds, Detail detail, Closeness closeness,
+                std::span<ColumnOutline> columns);
+    [[nodiscard]] bool MayRead() const { return m_budget == nullptr || !m_budget->IsSpent(); }
 
     RecordingReader& m_reader;
     const std::size_t m_axis;

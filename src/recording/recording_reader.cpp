@@ -92,10 +92,6 @@ bool RecordingReader::Refresh() {
            m_index.rests.size() != rests;
 }
 
-bool RecordingReader::IsStillThere() const {
-    return IsFile(m_path);
-}
-
 bool RecordingReader::IsFile(const std::string& path) const {
     return platform::DataFiles().IsNamed(m_file.handle(), path);
 }

@@ -101,8 +101,6 @@ class RecordingReader {
     /// Takes in what was written since. True when there is more than before, or it has come to its
     /// end.
     bool Refresh();
-    /// Whether the path still leads to this file: false when it was removed or replaced.
-    [[nodiscard]] bool IsStillThere() const;
     /// Whether a path leads to this file, by whatever name.
     [[nodiscard]] bool IsFile(const std::string& path) const;
 
@@ -136,6 +134,8 @@ class RecordingReader {
     std::optional<GraphFile> ReadGraphFile();
 
     [[nodiscard]] const std::string& path() const { return m_path; }
+    /// Which lines stand where.
+    [[nodiscard]] const ChunkTable& Table() const { return m_index.table; }
 
     [[nodiscard]] LineVersions Versions() const { return {m_index.table.Version(), m_losses}; }
     /// Bytes of lines and levels that were read so far.
@@ -159,8 +159,8 @@ class RecordingReader {
     bool LineIsRight(const std::byte* message, std::uint64_t line) const;
     /// The levels of the blocks of an axis; null as LoadBlock.
     const AxisLevels* LoadLevels(std::size_t index, std::size_t axis);
-    /// Makes levels that are not in the file from the lines.
-    bool MakeLevels(std::size_t index);
+    /// Makes levels that are not in the file from the lines; those of `wanted_axis` are kept.
+    bool MakeLevels(std::size_t index, std::size_t wanted_axis);
     void LoseChunk(std::size_t index);
 
     /// Raw values of an axis: as ReadValues with order 0, and whether each is there.

@@ -114,6 +114,12 @@ struct ColumnOutline {
     Closeness closeness = Closeness::kFar;
 
     [[nodiscard]] bool IsExact() const { return closeness == Closeness::kExact; }
+    [[nodiscard]] bool HasExtremes() const { return possible_minimum <= possible_maximum; }
+    /// Its extremes are known.
+    [[nodiscard]] bool IsKnown() const {
+        return IsExact() || (HasExtremes() && certain_minimum == possible_minimum &&
+                             certain_maximum == possible_maximum);
+    }
 };
 
 class History {
@@ -144,12 +150,50 @@ class History {
     virtual HistoryAnswer LookCloser(const LineRange& /*lines*/, ColumnOutline& /*column*/) {
         return HistoryAnswer::kNotLoaded;
     }
+    /// Cuts lines into some hundred parts at most, at places where this history knows most of them
+    /// without their values. `bounds` gets those of the parts; of one part alone: nothing but its
+    /// values tells more.
+    virtual void Cut(const LineRange& lines, std::vector<std::int64_t>& bounds) const {
+        bounds.assign({lines.begin, lines.end});
+    }
+    /// Outline, as near as columns can be told without their values. kNotLoaded, and nothing
+    /// changed, when what a drawing may read is spent. REQUIRES: Outline is no false.
+    virtual HistoryAnswer LookNear(std::span<const std::int64_t> bounds,
+                                   std::span<ColumnOutline> columns) {
+        return Outline(bounds, columns) ? HistoryAnswer::kAll : HistoryAnswer::kNotLoaded;
+    }
+    /// Values, for a drawing: kNotLoaded, and nothing in `values` that counts, when what it may
+    /// read is spent.
+    virtual HistoryAnswer ValuesToDraw(std::int64_t first, std::span<double> values) {
+        return Values(first, values);
+    }
     /// A closer look at this column will be asked for soon; changes no answer.
     virtual void Announce(const LineRange& /*lines*/, const ColumnOutline& /*column*/) {}
     /// Changes when what was told of lines no longer holds.
     [[nodiscard]] virtual std::uint64_t Version() const { return 0; }
     /// Changes when a value that was told is there no more; not when lines come.
     [[nodiscard]] virtual std::uint64_t Losses() const { return 0; }
+};
+
+/// When a history was asked, to keep what it told while it would tell the same again.
+class HistoryMoment {
+ public:
+    HistoryMoment() = default;
+    explicit HistoryMoment(const History& history)
+        : m_version(history.Version()), m_losses(history.Losses()), m_lines(history.Lines()) {}
+
+    /// What `history` told then of lines before `end` holds: lines that have come stand behind
+    /// them. REQUIRES: the history that was asked.
+    [[nodiscard]] bool Holds(const History& history, std::int64_t end) const {
+        return m_version == history.Version() ||
+               (m_losses == history.Losses() && m_lines.begin == history.Lines().begin &&
+                end <= m_lines.end);
+    }
+
+ private:
+    std::uint64_t m_version = 0;
+    std::uint64_t m_losses = 0;
+    LineRange m_lines;
 };
 
 }  // namespace wavo

@@ -178,6 +178,7 @@ const QImage& GraphScreen::Picture() {
         DrawAndShow();
         m_past->AllowAll();  // where nobody sees the widget the pixels come now
         CatchUp();
+        m_past->OnDrawn();  // the next drawing may take no longer than others
     }
     return m_picture.Image();
 }

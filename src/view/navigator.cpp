@@ -128,6 +128,9 @@ void Navigator::mousePressEvent(QMouseEvent* event) {
 
 void Navigator::mouseMoveEvent(QMouseEvent* event) {
     const int x = event->position().toPoint().x();
+    if (!event->buttons().testFlag(Qt::LeftButton)) {
+        m_dragged = Part::kNone;  // it was released where nobody told of it
+    }
     if (m_dragged != Part::kNone) {
         DragTo(x);
         return;

@@ -63,6 +63,7 @@ void PastView::OnGraphsMade() {
         m_steps.clear();
         m_mark.reset();
         m_window.ShowAll(recording->Lines());
+        m_losses = recording->Reader().Versions().losses;
         recording->Budget().Renew(kFrameBudget);
     }
     m_is_shown = true;
@@ -290,7 +291,8 @@ void PastView::GoTo(std::int64_t line, const GraphDraw* unmarked_in) {
 
 bool PastView::TakeInNews() {
     OpenRecording* const recording = m_session.Recording();
-    if (recording == nullptr || recording != m_recording || !recording->Refresh()) {
+    if (recording == nullptr || recording != m_recording ||
+        (!recording->Refresh() && recording->Lines() == m_window.Held())) {
         return false;
     }
     const bool was_all = m_window.IsAllSeen();
@@ -348,19 +350,33 @@ void PastView::OnDrawn() {
             m_status.TellNews();
         }
     }
-    if (m_is_going_on || m_board.IsExact() || !m_screen.IsSeen()) {
+    if (m_is_going_on || (m_board.IsExact() && !HasLostLines()) || !m_screen.IsSeen()) {
         return;
     }
     m_is_going_on = true;
     QMetaObject::invokeMethod(
-        &m_screen.Widget(),
-        [this] {
-            m_is_going_on = false;
-            if (!m_board.IsExact() && !m_screen.IsDrawing()) {
-                m_screen.DrawAndShow();
-            }
-        },
-        Qt::QueuedConnection);
+        &m_screen.Widget(), [this] { GoOn(); }, Qt::QueuedConnection);
+}
+
+bool PastView::HasLostLines() const {
+    return m_recording != nullptr && m_recording == m_session.Recording() &&
+           m_session.Recording()->Reader().Versions().losses != m_losses;
+}
+
+void PastView::GoOn() {
+    m_is_going_on = false;
+    if (m_screen.IsDrawing()) {
+        return;
+    }
+    const bool has_lost_lines = HasLostLines();
+    if (has_lost_lines) {
+        m_losses = m_session.Recording()->Reader().Versions().losses;
+        TakeInNews();
+        Apply();
+    }
+    if (has_lost_lines || !m_board.IsExact()) {
+        m_screen.DrawAndShow();
+    }
 }
 
 void PastView::AllowAll() {

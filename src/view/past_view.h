@@ -112,8 +112,12 @@ class PastView final : private PastDrawing {
     [[nodiscard]] LineRange HeldLines() const;
     History* HistoryOf(GraphValue* value);
     [[nodiscard]] ShownHistory HistoryOf(const GraphDraw& drawer);
-    /// Takes in what was written since. False when that is nothing.
+    /// Takes in what was written since, and what was lost. False when that is nothing.
     bool TakeInNews();
+    /// Lines of the recording turned out to be damaged since that was last taken in.
+    [[nodiscard]] bool HasLostLines() const;
+    /// Draws what is not exact yet, or no longer.
+    void GoOn();
     /// Gives the window to the graphs.
     void Apply();
     void ApplyAndDraw();
@@ -136,6 +140,7 @@ class PastView final : private PastDrawing {
     std::optional<Drag> m_drag;
     std::map<GraphValue*, RingHistory> m_buffers;
     std::optional<OfLive> m_live;  // while a recording is open
+    std::uint64_t m_losses = 0;    // of the recording, that were taken in
     std::size_t m_notices = 0;     // of the recording, that were told
     bool m_is_going_on = false;    // another drawing is on its way
 };

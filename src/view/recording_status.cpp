@@ -29,7 +29,7 @@ std::string RecordingStatus::UnknownAxes() const {
 std::string RecordingStatus::WhatIsWrong() const {
     OpenRecording& recording = *m_session.Recording();
     const std::vector<std::string>& noticed = recording.Reader().Notices();
-    if (!recording.Reader().IsStillThere()) {
+    if (!recording.Reader().IsFile(recording.Reader().path())) {
         return "The file was removed or replaced: this is the one that was opened";
     }
     if (!noticed.empty()) {

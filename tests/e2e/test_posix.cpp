@@ -22,6 +22,7 @@
 #include "platform/posix/message_packet.h"
 #include "platform/shared_memory.h"
 #include "system/other_process.h"
+#include "ui/shell/demo_player.h"
 #include "view/message_pump.h"
 #include "viewer_fixture.h"
 
@@ -263,6 +264,38 @@ TEST_F(WithoutADisplay, WrongArgumentsAreRefusedAllTheSame) {
     EXPECT_EQ(Errors(), "wavo: --after-lines needs a number\n");
     EXPECT_EQ(Run({"--zoom"}), 2);
     EXPECT_EQ(Errors(), "wavo: Unknown option 'zoom'.\n");
+}
+
+/// A program that says these lines and then waits.
+QString ProgramThatSays(const QTemporaryDir& folder, const char* lines) {
+    const QString path = folder.filePath(QStringLiteral("says"));
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("#!/bin/sh\ncat <<END\n");
+    file.write(lines);
+    file.write("\nEND\n");
+    file.close();
+    EXPECT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    return path;
+}
+
+TEST(PosixDemoPlayer, ReadsOnToWhatTheMasterSays) {
+    const QTemporaryDir folder;
+    const char window[] = "demo_master: window 17";
+    const std::pair<std::string, QString> cases[] = {
+        {window, {}},
+        {std::string("a library: cannot find a font\n") + window, {}},
+        {"a library: cannot find a font\ndemo_master: another master is there\nso long",
+         QStringLiteral("another master is there")},
+        {"not found", QStringLiteral("not found")},
+        {"", QStringLiteral("demo_master does not say that it publishes")},
+    };
+    for (const auto& [says, expected] : cases) {
+        QFile::remove(folder.filePath(QStringLiteral("says")));
+        DemoPlayer player({ProgramThatSays(folder, says.c_str()), QStringLiteral("a recording"),
+                           QStringLiteral("graphs")});
+        EXPECT_EQ(player.Start().toStdString(), expected.toStdString()) << says;
+    }
 }
 
 }  // namespace

@@ -248,7 +248,7 @@ TEST_F(RoundTrip, WhatGrowsIsSeenGrowing) {
     EXPECT_EQ(CompareLines(*m_reader, *m_lines), "");
     CompareExtents(100, 200);
     EXPECT_THAT(m_reader->Notices(), IsEmpty());
-    EXPECT_TRUE(m_reader->IsStillThere());
+    EXPECT_TRUE(m_reader->IsFile(m_reader->path()));
 }
 
 }  // namespace

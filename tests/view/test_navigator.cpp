@@ -94,6 +94,20 @@ TEST_F(Overview, TheWindowIsDraggedAndSoAreItsBorders) {
     EXPECT_EQ(Seen().Count(), SeenLines::kFewest);
 }
 
+TEST_F(Overview, ADragWhoseReleaseIsLostHasEnded) {
+    OpenSample();
+    m_view->Past().Window().Show({1100, 2101});
+    const QPoint at((Bar().LeftBorder() + Bar().RightBorder()) / 2, 20);
+    QTest::mousePress(&Bar(), Qt::LeftButton, {}, at);
+    const LineRange before = Seen();
+    const QPoint to = at + QPoint(100, 0);
+    QMouseEvent move(QEvent::MouseMove, to, Bar().mapToGlobal(to), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
+    QCoreApplication::sendEvent(&Bar(), &move);
+    EXPECT_EQ(Seen(), before);
+    QTest::mouseRelease(&Bar(), Qt::LeftButton, {}, to);
+}
+
 TEST_F(Overview, DrawingTheBarTakesNothingFromTheGraphs) {
     OpenSample();
     recording::ReadingBudget& budget = m_view->Work().Recording()->Budget();

@@ -226,6 +226,79 @@ TEST_F(PastFaults, ADamagedChunkIsAGapAndTold) {
     EXPECT_FALSE(m_view->Screen().Picture().isNull()) << "a gap longer than the window";
 }
 
+/// Overwrites bytes of a file from a part of its size on.
+void Damage(const std::string& path, double from, qint64 count) {
+    QFile file(QString::fromStdString(path));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.seek(static_cast<qint64>(static_cast<double>(file.size()) * from)));
+    ASSERT_EQ(file.write(QByteArray(count, 'x')), count);
+}
+
+TEST_F(PastFaults, AChunkThatIsFoundDamagedWhileDrawingIsAGapInAllCurves) {
+    // X is known from far; Y has to be read, and what is found then concerns X, too.
+    std::vector<std::vector<double>> lines(60000);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const double slow = 50.0 * std::sin(static_cast<double>(i) * 0.0001);
+        lines[i] = {i % 2 == 0 ? 40.0 : -40.0, slow};
+    }
+    const std::string path = PathOf("two.mcap");
+    testing::WriteRecording(path, testing::MakeHead(2), lines);
+    Damage(path, 0.5, 200000);
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    WavoGraph graph = Graph().Graph();
+    graph.YCoorAxName = {"X", "Y"};
+    graph.YCoorAxDerivation = {0, 0};
+    graph.YCoorAxColor = {0xFFFFFF, 0xFF00};
+    graph.Triggers.resize(2, graph.Triggers.front());
+    graph.YScales.assign(2, {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, -60.0, 60.0});
+    m_view->Work().Graphs().Replace({graph});
+    m_view->Work().RebuildGraphs();
+    const recording::RecordingReader& reader = m_view->Work().Recording()->Reader();
+    for (int i = 0; i < 2000 && (reader.Gaps().empty() || !m_view->Board().IsExact()); ++i) {
+        QCoreApplication::processEvents();
+    }
+    ASSERT_FALSE(reader.Gaps().empty());
+    EXPECT_TRUE(m_view->Board().IsExact());
+    const QImage shown = m_view->Screen().Picture().copy();
+    m_view->Past().Window().Show({0, 1000});
+    m_view->Past().Window().Show({0, 60000});
+    EXPECT_EQ(shown, m_view->Screen().Picture()) << "as when it is shown anew";
+}
+
+TEST_F(PastFaults, ATailThatIsLostIsNotThereAnyMore) {
+    const std::string path = PathOf("tail.mcap");
+    testing::WriteRecording(path, testing::MakeHead(3), testing::MakeLines(3, 20000, 5));
+    Damage(path, 0.88, 140000);  // the last three chunks, not what stands behind them
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    OpenRecording& recording = *m_view->Work().Recording();
+    const LineRange before = m_view->Past().Window().Window().Held();
+    for (std::int64_t line = 19900; line > 16000; line -= 100) {
+        m_view->Past().Window().Show({line, line + 100});
+        QCoreApplication::processEvents();
+    }
+    ASSERT_LT(recording.Lines().Count(), before.Count()) << "the last chunks are gone";
+    for (int i = 0; i < 50; ++i) {
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(m_view->Past().Window().Window().Held(), recording.Lines());
+    m_view->Past().Window().MoveToEnd();
+    EXPECT_EQ(Seen().end, recording.Lines().end);
+    EXPECT_TRUE(m_view->Board().IsExact());
+}
+
+TEST_F(PastFaults, APrintLeavesTheNextDrawingNoMoreThanOthersHave) {
+    OpenSample();
+    m_view->Past().Window().Show({500, 4000});
+    m_view->Work().Recording()->Budget().Renew(0);
+    m_view->Past().Window().Show({501, 4001});
+    EXPECT_FALSE(m_view->Screen().Picture().isNull());
+    recording::ReadingBudget& budget = m_view->Work().Recording()->Budget();
+    for (int i = 0; i < 1000; ++i) {
+        budget.Spend(0);
+    }
+    EXPECT_TRUE(budget.IsSpent());
+}
+
 TEST_F(PastFaults, ABoxThatStandsOpenIsNoHindrance) {
     int boxes = 0;
     m_prompts.box = [&](QWidget*, const Box&) {

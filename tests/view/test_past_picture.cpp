@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QPainter>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <memory>
@@ -56,17 +57,22 @@ class PictureOfRecording {
         PlotCanvas canvas;
         CurveStyle style;
         style.color = Qt::white;
+        m_most_read = 0;
         do {
+            const std::uint64_t read_before = m_reader->BytesRead();
             m_budget.Renew(budget);
             canvas.Begin(m_picture, m_background, QPoint(), kPicturePlot);
             curve.Draw(m_plot, style, canvas);
             canvas.End();
+            m_most_read = std::max(m_most_read, m_reader->BytesRead() - read_before);
         } while (++drawings < 20000 && !curve.IsComplete());
         EXPECT_TRUE(curve.IsComplete());
         return drawings;
     }
 
     [[nodiscard]] const QImage& Picture() const { return m_picture; }
+    /// Bytes that one of the drawings has read.
+    [[nodiscard]] std::uint64_t MostReadAtOnce() const { return m_most_read; }
 
     [[nodiscard]] QImage Segments(const LineRange& lines) const {
         std::vector<double> values(static_cast<std::size_t>(lines.Count()));
@@ -98,6 +104,7 @@ class PictureOfRecording {
 
  private:
     QTemporaryDir m_folder;
+    std::uint64_t m_most_read = 0;
     std::unique_ptr<recording::RecordingReader> m_reader;
     ReadingBudget m_budget;
     std::unique_ptr<RecordingHistory> m_history;
@@ -135,6 +142,23 @@ const std::vector<PictureShape>& PictureShapes() {
         {"spikes", [](auto i, auto&) { return i % 7919 == 5 ? 9.75 : -9.0; }},
         {"missing",
          [](auto i, auto& r) { return r() % 900 == 0 ? testing::kNaN : At(i % 17) - 8.0; }},
+        {"missing everywhere",
+         [](auto i, auto& r) { return r() % 15 == 0 ? testing::kNaN : At(i % 301) / 20.0 - 8.0; }},
+        {"two levels with breaks",
+         [](auto i, auto& r) {
+             return r() % 60 == 0 ? testing::kNaN
+                                  : (i / 7001 % 2 == 0 ? -8.0 : 7.0) + 0.4 * UnitNoise(r);
+         }},
+        {"ramps with breaks",
+         [](auto i, auto& r) {
+             return r() % 40 == 0 ? testing::kNaN : At(i % 9001) / 500.0 - 9.0;
+         }},
+        {"values alone",
+         [](auto i, auto&) { return i % 3 == 0   ? 5.0
+                                    : i % 3 == 1 ? testing::kNaN
+                                                 : -5.0; }},
+        {"steep between breaks",
+         [](auto i, auto& r) { return i % 700 > 600 ? testing::kNaN : 10.0 * UnitNoise(r); }},
         {"infinite", [](auto, auto& r) { return r() % 700 == 0 ? INFINITY : UnitNoise(r); }},
     };
     return shapes;
@@ -181,6 +205,52 @@ TEST(PastPicture, OfDerivativesToo) {
                 ASSERT_EQ(picture.Picture(), picture.Segments(lines)) << "order " << order;
             }
         }
+    }
+}
+
+TEST(PastPicture, OfDerivativesWithBreaks) {
+    std::mt19937_64 random(14);
+    std::vector<double> values;
+    for (std::size_t i = 0; i < 20000; ++i) {
+        values.push_back(random() % 80 == 0 ? testing::kNaN : 0.004 * std::sin(0.002 * At(i)));
+    }
+    PictureOfRecording picture(values, 500);
+    const LineRange lines{kPictureFirst, static_cast<std::int64_t>(picture.Reader().EndLine())};
+    for (std::int32_t order = 1; order <= 4; ++order) {
+        for (const std::uint64_t budget : {ReadingBudget::kUnlimited, std::uint64_t{40}}) {
+            picture.Draw(order, lines, budget);
+            ASSERT_EQ(picture.Picture(), picture.Segments(lines)) << "order " << order;
+        }
+    }
+}
+
+TEST(PastPicture, OfABrokenLineIsReadInSteps) {
+    std::mt19937_64 random(15);
+    const auto recording = [&random](unsigned break_of) {
+        std::vector<double> values;
+        for (std::size_t i = 0; i < 400000; ++i) {
+            values.push_back(random() % break_of == 0
+                                 ? testing::kNaN
+                                 : (i % 2 == 0 ? 9.0 : -9.0) + UnitNoise(random));
+        }
+        return values;
+    };
+    const LineRange all{kPictureFirst, kPictureFirst + 400000};
+    constexpr std::uint64_t kFrame = 140;
+    {
+        PictureOfRecording picture(recording(1000));
+        picture.Draw(0, all, kFrame);
+        // 20 MB of lines: nearly all that a break leaves open is covered by what is known.
+        EXPECT_LT(picture.Reader().BytesRead(), 3'000'000U);
+        EXPECT_EQ(picture.Picture(), picture.Segments(all));
+    }
+    {
+        PictureOfRecording picture(recording(9));  // in each block there are breaks
+        const int drawings = picture.Draw(0, all, kFrame);
+        // No more than its budget and what one look may take.
+        EXPECT_LT(picture.MostReadAtOnce(), kFrame * ReadingBudget::kBytesPerUnit + 300'000U);
+        EXPECT_GT(drawings, 5);
+        EXPECT_EQ(picture.Picture(), picture.Segments(all));
     }
 }
 

@@ -262,6 +262,40 @@ TEST_F(Past, AllGraphsOverTimeShowTheSameWindow) {
     EXPECT_EQ(m_view->Screen().Picture(), before);
 }
 
+TEST_F(Past, ManyPointsOverAnAxisComeInSteps) {
+    const std::string path = PathOf("long.mcap");
+    testing::WriteRecording(path, testing::MakeHead(2), testing::MakeLines(2, 300000, 5));
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    WavoGraph graph = m_view->Work().Graphs().Graphs()[0];
+    graph.XCoorType = CoorType::kAxis;
+    graph.XCoorAxName = "Y";
+    graph.XScale = {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kAutomatic, 0.0, 0.0};
+    m_view->Work().Graphs().Put(graph);
+    const auto points = [this] {
+        const LinesDrawAxis& curve = *Graph().Lines().front();
+        std::size_t count = 0;
+        for (std::size_t i = 0; i < curve.ShownSize(); ++i) {
+            count += std::isnan(curve.ShownPoint(i).y_value) ? 0 : 1;
+        }
+        return count;
+    };
+    EXPECT_GT(points(), 0U);
+    EXPECT_LT(points(), 300000U);
+    EXPECT_FALSE(m_view->Board().IsExact()) << "there is a sign that points are missing";
+    for (int i = 0; i < 2000 && !m_view->Board().IsExact(); ++i) {
+        QCoreApplication::processEvents();
+    }
+    EXPECT_TRUE(m_view->Board().IsExact());
+    EXPECT_EQ(points(), 300000U);
+    const std::uint64_t read = m_view->Work().Recording()->Reader().BytesRead();
+    m_view->Past().Window().Show({1000, 300000});
+    EXPECT_EQ(points(), 299000U);
+    EXPECT_LT(m_view->Work().Recording()->Reader().BytesRead() - read, 100000U);
+    m_view->Past().Window().Show({0, 300000});
+    EXPECT_FALSE(m_view->Screen().Picture().isNull());
+    EXPECT_EQ(points(), 300000U) << "a print has all";
+}
+
 TEST_F(Past, AStoppedGraphMovesWithinWhatItHolds) {
     for (int i = 0; i < 3000; i += 100) {
         Give(i, 100);

@@ -35,6 +35,7 @@ void Envelope::Draw(const Wanted& wanted) {
     } else if (m_curve->IsComplete() && m_version == wanted.history->Version()) {
         return;
     }
+    m_version = wanted.history->Version();
     const MinMax range = m_curve->FiniteExtremes(*m_plot);
     if (!range.IsEmpty()) {
         const double margin = range.maximum > range.minimum ? 0.0 : 1.0;
@@ -47,7 +48,6 @@ void Envelope::Draw(const Wanted& wanted) {
     m_canvas.Begin(m_picture, m_background, QPoint(), m_plot->area);
     m_curve->Draw(*m_plot, style, m_canvas);
     m_canvas.End();
-    m_version = wanted.history->Version();
 }
 
 }  // namespace wavo

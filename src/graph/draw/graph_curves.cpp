@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "graph/draw/display_settings.h"
-#include "graph/values/missing_value.h"
 
 namespace wavo {
 
@@ -146,38 +145,24 @@ void GraphCurves::ShowPoints(const ShownHistory& history) {
     lines.begin = std::max(lines.begin, lines.end - ShownHistory::kMostPoints);
     std::vector<History*> streams = history.y;
     streams.push_back(history.x);
-    PointsRead read;
-    read.lines = lines;
-    for (const History* const stream : streams) {
-        read.streams.push_back(stream);
-        read.versions.push_back(stream != nullptr ? stream->Version() : 0);
-    }
-    if (read == m_points_read) {
+    if (!m_past_points.Read(streams, lines)) {
         return;
     }
-    m_points_read = std::move(read);
-    const auto values_of = [&lines](History* stream) {
-        std::vector<double> values(static_cast<std::size_t>(lines.Count()), NoSample());
-        if (stream != nullptr) {
-            stream->Values(lines.begin, values);
-        }
-        return values;
-    };
-    const std::vector<double> x = values_of(history.x);
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        m_lines[i]->ShowPoints(x, values_of(history.y[i]));
+        m_lines[i]->ShowPoints(m_past_points.Values(m_lines.size()), m_past_points.Values(i));
     }
 }
 
 void GraphCurves::ShowLive() {
-    m_points_read = {};
+    m_past_points = {};
     for (const auto& line : m_lines) {
         line->ShowLive();
     }
 }
 
 bool GraphCurves::IsExact() const {
-    return std::ranges::all_of(m_lines, [](const auto& line) { return line->IsExact(); });
+    return m_past_points.IsComplete() &&
+           std::ranges::all_of(m_lines, [](const auto& line) { return line->IsExact(); });
 }
 
 void GraphCurves::KeepWindows() {

@@ -10,6 +10,7 @@
 #include "graph/draw/frame/graph_frame.h"
 #include "graph/draw/graph_zoom.h"
 #include "graph/draw/lines_draw_axis.h"
+#include "graph/draw/past_points.h"
 #include "graph/draw/raster/plot_canvas.h"
 #include "graph/draw/shown_history.h"
 #include "graph/model/wavo_graph.h"
@@ -71,15 +72,6 @@ class GraphCurves {
     [[nodiscard]] std::vector<GraphFrame::Curve> OfFrame() const;
 
  private:
-    /// What the points of the past over an axis were read from.
-    struct PointsRead {
-        std::vector<const History*> streams;
-        std::vector<std::uint64_t> versions;
-        LineRange lines;
-
-        friend bool operator==(const PointsRead&, const PointsRead&) = default;
-    };
-
     void ShowPoints(const ShownHistory& history);
 
     WavoGraph& m_graph;
@@ -88,7 +80,7 @@ class GraphCurves {
     bool m_is_over_time;
     ScaleDefinition m_shown_x_scale;
     std::vector<std::unique_ptr<LinesDrawAxis>> m_lines;
-    PointsRead m_points_read;
+    PastPoints m_past_points;
 };
 
 }  // namespace wavo

@@ -1,6 +1,7 @@
 #include "ui/shell/demo_player.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -63,14 +64,26 @@ QString DemoPlayer::Start() {
     if (m_process == nullptr) {
         return QString::fromStdString(error);
     }
-    const std::string said = m_process->ReadLine(kStartPatience);
-    if (said.starts_with(kPublishes)) {
-        return {};
+    // What is linked to it may have something to say, too.
+    const QDeadlineTimer patience(kStartPatience);
+    std::string reason;
+    for (;;) {
+        const std::string said =
+            m_process->ReadLine(std::chrono::milliseconds(patience.remainingTime()));
+        if (said.starts_with(kPublishes)) {
+            return {};
+        }
+        if (said.empty()) {
+            break;
+        }
+        if (!reason.starts_with(kSays) || said.starts_with(kSays)) {
+            reason = said;
+        }
     }
     End();
-    return said.empty()              ? QStringLiteral("demo_master does not say that it publishes")
-           : said.starts_with(kSays) ? QString::fromStdString(said.substr(sizeof kSays - 1))
-                                     : QString::fromStdString(said);
+    return reason.empty() ? QStringLiteral("demo_master does not say that it publishes")
+           : reason.starts_with(kSays) ? QString::fromStdString(reason.substr(sizeof kSays - 1))
+                                       : QString::fromStdString(reason);
 }
 
 bool DemoPlayer::IsRunning() {

@@ -24,17 +24,12 @@ bool IsInfinite(double minimum, double maximum) {
     return minimum <= maximum && (std::isinf(minimum) || std::isinf(maximum));
 }
 
-bool IsKnown(const ColumnOutline& part) {
-    return part.IsExact() || (part.certain_minimum == part.possible_minimum &&
-                              part.certain_maximum == part.possible_maximum);
-}
-
 }  // namespace
 
 bool FiniteSearch::GoOn(const LineRange& lines) {
-    if (m_lines != lines || m_version != m_history.Version()) {
+    if (m_lines != lines || !m_since.Holds(m_history, lines.end)) {
         m_lines = lines;
-        m_version = m_history.Version();
+        m_since = HistoryMoment(m_history);
         m_found = {};
         m_rest.assign(1, lines);
     }
@@ -91,7 +86,7 @@ bool FiniteSearch::TakeOutlined(const std::vector<std::int64_t>& bounds) {
         const auto is_infinite = [&] {
             return IsInfinite(parts[i].possible_minimum, parts[i].possible_maximum);
         };
-        while (!IsKnown(parts[i]) && !is_infinite() && may_widen()) {
+        while (!parts[i].IsKnown() && !is_infinite() && may_widen()) {
             if (m_history.LookCloser(lines, parts[i]) != HistoryAnswer::kAll) {
                 return false;
             }

@@ -5,7 +5,6 @@
 // infinite values; the search goes on where it was when the history has let it read no further.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -34,7 +33,7 @@ class FiniteSearch {
 
     History& m_history;
     std::optional<LineRange> m_lines;  ///< none before the first search
-    std::uint64_t m_version = 0;
+    HistoryMoment m_since;             ///< when it began
     std::vector<LineRange> m_rest;
     MinMax m_found;
 };

@@ -2,15 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-
-#include "graph/draw/curve/line_parts.h"
+#include <limits>
+#include <utility>
 
 namespace wavo {
 
 namespace {
-
-/// Lines that are looked at one by one.
-constexpr std::int64_t kFewLines = 64;
 
 /// Columns that a history is told of before they are looked at.
 constexpr int kAnnouncedAhead = 32;
@@ -25,27 +22,41 @@ void TakeFinite(MinMax& range, double value) {
 }  // namespace
 
 bool HistoryColumns::SetBounds(const std::vector<std::int64_t>& bounds) {
-    if (bounds == m_bounds && m_version == m_history.Version()) {
+    if (bounds == m_bounds && m_since.Holds(m_history, bounds.back())) {
         return !m_columns.empty();
     }
     m_bounds = bounds;
-    m_split.clear();
+    m_since = HistoryMoment(m_history);
+    m_broken.clear();
     m_columns.assign(bounds.size() - 1, {});
     if (!m_history.Outline(m_bounds, m_columns)) {
         m_columns.clear();
     }
-    m_version = m_history.Version();
     return !m_columns.empty();
 }
 
 bool HistoryColumns::Build(const PixelEdges& rows, ColumnSpans& spans) {
+    TakeRows(rows);
     m_rows.assign(m_columns.size(), {});
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         FindRows(rows, i);
     }
     const bool is_exact = LookCloser(rows);
     Emit(rows, spans);
-    return is_exact;
+    // Reading may have found lines damaged that others were told of before.
+    return is_exact && m_since.Holds(m_history, m_bounds.back());
+}
+
+void HistoryColumns::TakeRows(const PixelEdges& rows) {
+    std::vector<double> edges;
+    for (std::int32_t i = 1; i < rows.Size(); ++i) {
+        edges.push_back(std::isnan(rows.Edge(i)) ? std::numeric_limits<double>::infinity()
+                                                 : rows.Edge(i));
+    }
+    if (edges != m_edges) {
+        m_edges = std::move(edges);
+        m_broken.clear();
+    }
 }
 
 bool HistoryColumns::AreAllExact() const {
@@ -95,6 +106,10 @@ bool HistoryColumns::MayLeave(std::size_t column) const {
 bool HistoryColumns::IsInDoubt(const PixelEdges& rows, std::size_t column) const {
     const ColumnOutline& outline = m_columns[column];
     const Rows& own = m_rows[column];
+    if (IsBroken(column)) {
+        const auto broken = m_broken.find(column);
+        return broken == m_broken.end() || !broken->second.IsDone();
+    }
     if (outline.IsExact() || LinesOf(column).Count() == 0) {
         return false;
     }
@@ -131,12 +146,8 @@ bool HistoryColumns::LookCloser(const PixelEdges& rows) {
                 }
             }
             ahead = std::max(0, ahead - 1);
-            if (m_history.LookCloser(LinesOf(i), m_columns[i]) != HistoryAnswer::kAll) {
+            if (!LookCloserAt(rows, i)) {
                 return false;
-            }
-            if (m_columns[i].IsExact() && m_columns[i].missing &&
-                m_columns[i].certain_minimum <= m_columns[i].certain_maximum) {
-                SplitAtGaps(LinesOf(i), m_split[i]);
             }
             FindRows(rows, i);
             has_looked = true;
@@ -145,37 +156,13 @@ bool HistoryColumns::LookCloser(const PixelEdges& rows) {
     return true;
 }
 
-void HistoryColumns::SplitAtGaps(const LineRange& lines, std::vector<Piece>& pieces) {
-    if (lines.Count() <= kFewLines) {
-        AddLines(lines, pieces);
-        return;
+bool HistoryColumns::LookCloserAt(const PixelEdges& rows, std::size_t column) {
+    ColumnOutline& outline = m_columns[column];
+    if (IsBroken(column)) {
+        return m_broken.try_emplace(column, LinesOf(column), outline)
+            .first->second.GoOn(m_history, rows);
     }
-    const std::vector<std::int64_t> bounds = PartsOf(lines);
-    ColumnRow row;
-    m_history.Columns(bounds, row);
-    for (std::size_t i = 0; i + 1 < bounds.size(); ++i) {
-        const LineRange part{bounds[i], bounds[i + 1]};
-        const MinMax range{row.minimum[i], row.maximum[i]};
-        if (range.IsEmpty()) {
-            pieces.emplace_back();
-        } else if (row.missing[i] != 0) {
-            SplitAtGaps(part, pieces);
-        } else {
-            pieces.push_back({row.first[i], row.last[i], range, part.Count() > 1});
-        }
-    }
-}
-
-void HistoryColumns::AddLines(const LineRange& lines, std::vector<Piece>& pieces) {
-    std::vector<double> values(static_cast<std::size_t>(lines.Count()));
-    m_history.Values(lines.begin, values);
-    for (const double value : values) {
-        if (std::isnan(value)) {
-            pieces.emplace_back();
-        } else {
-            pieces.push_back({value, value, {value, value}, false});
-        }
-    }
+    return m_history.LookCloser(LinesOf(column), outline) == HistoryAnswer::kAll;
 }
 
 void HistoryColumns::Emit(const PixelEdges& rows, ColumnSpans& spans) const {
@@ -189,14 +176,9 @@ void HistoryColumns::Emit(const PixelEdges& rows, ColumnSpans& spans) const {
         const MinMax range{outline.possible_minimum, outline.possible_maximum};
         if (range.IsEmpty()) {
             builder.Break();
-        } else if (const auto split = m_split.find(i); split != m_split.end()) {
-            for (const Piece& piece : split->second) {
-                if (piece.range.IsEmpty()) {
-                    builder.Break();
-                } else {
-                    builder.Column(column, piece.first, piece.range, piece.last, piece.several);
-                }
-            }
+        } else if (const auto broken = m_broken.find(i);
+                   broken != m_broken.end() && broken->second.IsDone()) {
+            broken->second.Emit(column, builder, spans);
         } else {
             // Where first and last are not known, they do not matter.
             const bool is_exact = outline.IsExact();

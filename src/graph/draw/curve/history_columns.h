@@ -5,7 +5,7 @@
 // pixel. The others are looked at closer, from left to right, as far as the history lets it in one
 // drawing; what is then still in doubt is drawn with what is possible.
 //
-// What was found out is kept until the bounds or what the history told have changed.
+// What was found out is kept until the bounds have changed, or lines within them were lost.
 #pragma once
 
 #include <cstdint>
@@ -13,6 +13,7 @@
 #include <span>
 #include <vector>
 
+#include "graph/draw/curve/broken_column.h"
 #include "graph/draw/raster/column_spans.h"
 #include "graph/draw/raster/pixel_edges.h"
 #include "graph/values/min_max_pyramid.h"
@@ -30,7 +31,7 @@ class HistoryColumns {
     bool SetBounds(const std::vector<std::int64_t>& bounds);
 
     /// Looks at the columns and writes what they cover, by rows from bottom to top. True when all
-    /// of it is exact. REQUIRES: no column between two others is without lines.
+    /// of it is exact, and still is. REQUIRES: no column between two others is without lines.
     bool Build(const PixelEdges& rows, ColumnSpans& spans);
 
     /// Every column that has lines was looked at exactly.
@@ -39,13 +40,6 @@ class HistoryColumns {
     [[nodiscard]] MinMax Extremes() const;
 
  private:
-    /// A part of a column; without a range a place where the line is broken.
-    struct Piece {
-        double first = 0.0;
-        double last = 0.0;
-        MinMax range;
-        bool several = false;
-    };
     /// Rows of what is certain of a column, and of what is possible; none when top > bottom.
     struct Rows {
         std::int32_t certain_top = 0;
@@ -62,18 +56,25 @@ class HistoryColumns {
     [[nodiscard]] bool IsInDoubt(const PixelEdges& rows, std::size_t column) const;
     /// The way from a column to the next one may leave the rows that it covers.
     [[nodiscard]] bool MayLeave(std::size_t column) const;
-    /// False when the history has spent what a drawing may read.
+    /// It has values, and breaks between them.
+    [[nodiscard]] bool IsBroken(std::size_t column) const {
+        return m_columns[column].IsExact() && m_columns[column].missing &&
+               m_columns[column].HasExtremes();
+    }
+    /// Forgets what was found for other rows.
+    void TakeRows(const PixelEdges& rows);
+    // False when the history has spent what a drawing may read.
     bool LookCloser(const PixelEdges& rows);
-    void SplitAtGaps(const LineRange& lines, std::vector<Piece>& pieces);
-    void AddLines(const LineRange& lines, std::vector<Piece>& pieces);
+    bool LookCloserAt(const PixelEdges& rows, std::size_t column);
     void Emit(const PixelEdges& rows, ColumnSpans& spans) const;
 
     History& m_history;
     std::vector<std::int64_t> m_bounds;
-    std::uint64_t m_version = 0;
+    HistoryMoment m_since;  ///< when they were taken
     std::vector<ColumnOutline> m_columns;
     std::vector<Rows> m_rows;
-    std::map<std::size_t, std::vector<Piece>> m_split;  ///< columns with gaps beside values
+    std::vector<double> m_edges;                   ///< of rows that m_broken was found for
+    std::map<std::size_t, BrokenColumn> m_broken;  ///< columns that are, as far as they were found
 };
 
 }  // namespace wavo

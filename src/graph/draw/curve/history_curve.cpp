@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "graph/draw/curve/segments.h"
 
@@ -17,6 +18,9 @@ void HistoryCurve::Remap(CurvePlot& /*plot*/, const Remapping& what) {
 
 void HistoryCurve::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCanvas& canvas) {
     m_is_complete = m_is_scale_complete;
+    if (!std::exchange(m_is_scale_new, false)) {
+        m_losses = m_history.Losses();
+    }
     if (plot.area.isEmpty() ||
         std::max(plot.area.width(), plot.area.height()) > ColumnSpans::kMostRows) {
         return;
@@ -91,34 +95,47 @@ void HistoryCurve::FindBounds(const CurvePlot& plot) {
 }
 
 MinMax HistoryCurve::FiniteExtremes(const CurvePlot& plot) {
+    m_losses = m_history.Losses();
+    m_is_scale_new = true;
     FindPixels(plot);
     FindBounds(plot);
     const LineRange lines{m_bounds.front(), m_bounds.back()};
     return lines.Count() == 0 ? MinMax() : ExtremesOf(lines);
 }
 
-MinMax HistoryCurve::ExtremesOf(const LineRange& lines) {
+bool HistoryCurve::TakeWhole(const LineRange& lines) {
+    if (m_whole.lines == lines && m_whole.since.Holds(m_history, lines.end)) {
+        return true;
+    }
+    m_whole = {lines, HistoryMoment(m_history), {}};
     const std::int64_t bounds[] = {lines.begin, lines.end};
-    ColumnOutline whole;
+    if (!m_history.Outline(bounds, {&m_whole.outline, 1})) {
+        m_whole = {};
+        return false;
+    }
+    return true;
+}
+
+MinMax HistoryCurve::ExtremesOf(const LineRange& lines) {
     m_is_scale_complete = true;
     if (lines.Count() < 2 || !IsDense()) {
         return FiniteExtremesOf(ValuesOf(lines.begin, lines.end));
     }
-    if (!m_history.Outline(bounds, {&whole, 1})) {
+    if (!TakeWhole(lines)) {
         return FindFinite(lines);
     }
-    if (whole.possible_minimum > whole.possible_maximum) {  // nothing is known from far
+    ColumnOutline& whole = m_whole.outline;
+    if (!whole.HasExtremes() && !whole.IsExact()) {  // nothing is known from far
         m_outlined.SetBounds(m_bounds);
         m_is_scale_complete = m_outlined.AreAllExact();
         return m_outlined.Extremes();
     }
-    const auto is_known = [&whole] {
-        return whole.IsExact() || (whole.certain_minimum == whole.possible_minimum &&
-                                   whole.certain_maximum == whole.possible_maximum);
-    };
-    while (!is_known() && m_history.LookCloser(lines, whole) == HistoryAnswer::kAll) {
+    while (!whole.IsKnown() && m_history.LookCloser(lines, whole) == HistoryAnswer::kAll) {
     }
-    m_is_scale_complete = is_known();
+    m_is_scale_complete = whole.IsKnown();
+    if (!whole.HasExtremes()) {
+        return {};
+    }
     if (std::isinf(whole.possible_minimum) || std::isinf(whole.possible_maximum)) {
         return FindFinite(lines);
     }

@@ -47,9 +47,11 @@ class HistoryCurve final : public Curve {
     void Remap(CurvePlot& plot, const Remapping& what) override;
     void Draw(const CurvePlot& plot, const CurveStyle& style, PlotCanvas& canvas) override;
 
-    /// The last drawing had all that it asked for; else it shows what was there, and should be done
-    /// again.
-    [[nodiscard]] bool IsComplete() const { return m_is_complete; }
+    /// The last drawing had all that it asked for, and nothing of it was lost since; else it shows
+    /// what was there, and should be done again.
+    [[nodiscard]] bool IsComplete() const {
+        return m_is_complete && m_losses == m_history.Losses();
+    }
 
  private:
     void FindPixels(const CurvePlot& plot);
@@ -59,6 +61,8 @@ class HistoryCurve final : public Curve {
     [[nodiscard]] std::int64_t FirstLineFrom(double time) const;
     [[nodiscard]] bool IsDense() const;
     [[nodiscard]] MinMax ExtremesOf(const LineRange& lines);
+    /// Takes m_whole for other lines. False when the history has no outlines.
+    bool TakeWhole(const LineRange& lines);
     [[nodiscard]] MinMax FindFinite(const LineRange& lines);
     void BuildSpans();
     void BuildSegments(const QRect& area);
@@ -81,8 +85,17 @@ class HistoryCurve final : public Curve {
     ColumnSpans m_dashed;  ///< what is painted of them where the curve is dashed
     std::vector<QLine> m_segments;
     std::uint64_t m_drawings = 0;
+    /// What is known of all lines that are shown.
+    struct Whole {
+        LineRange lines;
+        HistoryMoment since;
+        ColumnOutline outline;
+    };
+    Whole m_whole;
     bool m_is_complete = true;
     bool m_is_scale_complete = true;  ///< the last FiniteExtremes had all
+    bool m_is_scale_new = false;      ///< it was for the next drawing
+    std::uint64_t m_losses = 0;       ///< when the last drawing began, with its scale
 };
 
 }  // namespace wavo

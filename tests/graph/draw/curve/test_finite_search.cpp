@@ -56,7 +56,12 @@ class BlockHistory : public History {
         return HistoryAnswer::kAll;
     }
 
+    [[nodiscard]] std::uint64_t Version() const override { return version; }
+    [[nodiscard]] std::uint64_t Losses() const override { return losses; }
+
     int looks = 0;
+    std::uint64_t version = 1;
+    std::uint64_t losses = 0;
 
  private:
     void Take(const LineRange& lines, double& minimum, double& maximum) const {
@@ -119,6 +124,20 @@ TEST(FiniteSearch, GoesOnWhereItWasUntilAllIsFound) {
     EXPECT_TRUE(search.GoOn({10, 90000}));
     EXPECT_EQ(search.Found().minimum, 0.0);
     EXPECT_EQ(search.Found().maximum, 99.0);
+}
+
+TEST(FiniteSearch, KeepsWhatItFoundWhereLinesComeAlone) {
+    BlockHistory history(Values(100000, 50));
+    FiniteSearch search(history);
+    const LineRange lines{0, 90000};
+    history.looks = 1000000;
+    ASSERT_TRUE(search.GoOn(lines));
+    history.looks = 0;
+    ++history.version;
+    EXPECT_TRUE(search.GoOn(lines)) << "lines have come";
+    ++history.version;
+    ++history.losses;
+    EXPECT_FALSE(search.GoOn(lines)) << "lines are gone";
 }
 
 TEST(FiniteSearch, FindsNothingWhereNothingIsFinite) {

@@ -10,6 +10,7 @@
 #include <random>
 #include <vector>
 
+#include "counted_history.h"
 #include "graph/values/graph_value.h"
 #include "graph/values/missing_value.h"
 #include "graph/values/ring_history.h"
@@ -157,6 +158,82 @@ TEST(HistoryCurve, AsksForAllColumnsAtOnceAndSaysWhatIsNotThere) {
     EXPECT_EQ(run.Draw(curve), run.background);
     EXPECT_FALSE(curve.IsComplete());
     EXPECT_EQ(history.questions, 1);
+}
+
+/// Draws as often as it takes with so many looks each; with `fits` the scale follows. Returns how
+/// often that was.
+int DrawUntilComplete(OtherRun& run, HistoryCurve& curve, testing::CountedHistory& history,
+                      std::size_t looks, bool fits = false) {
+    int drawings = 0;
+    do {
+        history.looks_left = looks;
+        if (fits) {
+            (void)curve.FiniteExtremes(run.plot);
+        }
+        run.Draw(curve);
+    } while (++drawings < 5000 && !curve.IsComplete());
+    EXPECT_TRUE(curve.IsComplete());
+    return drawings;
+}
+
+TEST(HistoryCurve, GetsItsScaleInAsManyStepsAsItTakes) {
+    std::mt19937 random(6);
+    testing::CountedHistory history(WildSamples(5000, 0, random));
+    OtherRun run({1, 2, 3}, 4.999);
+    HistoryCurve curve(history, {0, 0.0, kRunStep, 4999});
+    EXPECT_GT(DrawUntilComplete(run, curve, history, 1, true), 100);
+    const MinMax range = curve.FiniteExtremes(run.plot);
+    EXPECT_EQ(range.minimum, *std::ranges::min_element(history.values));
+    EXPECT_EQ(range.maximum, *std::ranges::max_element(history.values));
+}
+
+TEST(HistoryCurve, KeepsWhatItKnowsWhereLinesComeAndForgetsItWhereTheyAreLost) {
+    std::mt19937 random(7);
+    testing::CountedHistory history(WildSamples(5000, 0, random));
+    OtherRun run({1, 2, 3}, 3.999);
+    HistoryCurve curve(history, {0, 0.0, kRunStep, 3999});
+    DrawUntilComplete(run, curve, history, 1'000'000, true);
+    const std::size_t before = history.closer_looks;
+    history.Grow({1.0, 2.0, 3.0});
+    EXPECT_TRUE(curve.IsComplete());
+    DrawUntilComplete(run, curve, history, 1'000'000, true);
+    EXPECT_EQ(history.closer_looks, before);
+    const QImage whole = run.picture.copy();
+    history.Lose({1000, 2000});
+    EXPECT_FALSE(curve.IsComplete()) << "it shows what is there no more";
+    DrawUntilComplete(run, curve, history, 1'000'000, true);
+    EXPECT_GT(history.closer_looks, before);
+    EXPECT_NE(run.picture, whole);
+}
+
+/// Loses lines while it is looked at.
+class HistoryThatLoses final : public testing::CountedHistory {
+ public:
+    using CountedHistory::CountedHistory;
+    HistoryAnswer LookCloser(const LineRange& lines, ColumnOutline& column) override {
+        const HistoryAnswer answer = CountedHistory::LookCloser(lines, column);
+        if (closer_looks == 500) {
+            Lose({10, 700});
+        }
+        return answer;
+    }
+};
+
+TEST(HistoryCurve, IsNotCompleteWhereLinesWereLostAsItWasDrawn) {
+    std::mt19937 random(8);
+    const std::vector<double> samples = WildSamples(5000, 0, random);
+    OtherRun run({1, 2, 3}, 4.999);
+    HistoryThatLoses history(samples);
+    history.looks_left = 1'000'000;
+    HistoryCurve curve(history, {0, 0.0, kRunStep, 4999});
+    run.Draw(curve);
+    ASSERT_GT(history.closer_looks, 500U);
+    EXPECT_FALSE(curve.IsComplete());
+    DrawUntilComplete(run, curve, history, 1'000'000);
+    OtherRun anew({1, 2, 3}, 4.999);
+    HistoryCurve other(history, {0, 0.0, kRunStep, 4999});
+    DrawUntilComplete(anew, other, history, 1'000'000);
+    EXPECT_EQ(run.picture, anew.picture);
 }
 
 TEST(HistoryCurve, NeedsAPlotAreaThatSpansCanBeOf) {
