@@ -14,6 +14,11 @@
 // looking/cold/N: the same by the clock, when nothing of the file is in memory but its index. The
 // limit reads 8 MiB in one piece; bytes_read is what a picture has read here and there.
 //
+// looking/broken/N: as frame, where values are missing all over.
+//
+// looking/points/N: as frame, of an axis over another one: the last 500,000 of the lines that are
+// seen. It is read in many pictures where the program was never before.
+//
 // The counter resident is the memory of the whole program, bytes, with the recording open.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -54,17 +59,17 @@ class NoHost : public GraphDrawHost {
 /// A recording with the graph that shows it.
 class Looked {
  public:
-    explicit Looked(const std::string& path) {
+    explicit Looked(const std::string& path, WavoGraph shown = bench::MakeLookedAt()) {
         auto opened = OpenRecording::Open({path});
         if (!opened) {
             return;
         }
         m_recording = std::move(*opened);
         GraphStreams none;
-        none.y.resize(kLookedCurves);
+        none.y.resize(shown.YCoorAxName.size());
         m_graph =
-            std::make_unique<GraphDraw>(QRect(QPoint(0, 0), kLookedSize), bench::MakeLookedAt(),
-                                        m_host, m_settings, m_recording->CycleTime(), 5, 3, none);
+            std::make_unique<GraphDraw>(QRect(QPoint(0, 0), kLookedSize), std::move(shown), m_host,
+                                        m_settings, m_recording->CycleTime(), 5, 3, none);
         m_window.ShowAll(m_recording->Lines());
     }
 
@@ -77,6 +82,9 @@ class Looked {
         ShownHistory history{{}, nullptr, m_window.Seen(), m_recording->Lines().begin};
         for (const std::string& name : m_graph->Graph().YCoorAxName) {
             history.y.push_back(m_recording->StreamOf(name, 0));
+        }
+        if (m_graph->Graph().XCoorType == CoorType::kAxis) {
+            history.x = m_recording->StreamOf(m_graph->Graph().XCoorAxName, 0);
         }
         m_graph->ShowHistory(history);
         m_graph->DrawGraph(m_image, false);
@@ -168,19 +176,41 @@ void Frames(benchmark::State& state, const std::function<void()>& prepare,
     times.Report(state);
 }
 
-void ZoomAndMove(benchmark::State& state) {
-    const LongRecording& recording = bench::RecordingOf(state.range(0));
+void ZoomAndMoveIn(benchmark::State& state, const LongRecording& recording,
+                   const WavoGraph& graph) {
     if (bench::IsMissing(state, recording)) {
         return;
     }
     bench::MakeWarm(recording);
-    Looked looked(recording.path());
+    Looked looked(recording.path(), graph);
     looked.Draw();
     Walk walk;
     double exact = 0.0;
     Frames(
         state, [&] { walk.Step(looked.Window()); }, [&] { exact += looked.Draw() ? 1.0 : 0.0; });
     state.counters["exact_share"] = exact / static_cast<double>(state.iterations());
+}
+
+void ZoomAndMove(benchmark::State& state) {
+    ZoomAndMoveIn(state, bench::RecordingOf(state.range(0)), bench::MakeLookedAt());
+}
+
+void ZoomAndMoveBroken(benchmark::State& state) {
+    ZoomAndMoveIn(state, bench::RecordingOf(state.range(0), LongRecording::Values::kBroken),
+                  bench::MakeLookedAt());
+}
+
+void ZoomAndMovePoints(benchmark::State& state) {
+    WavoGraph graph = bench::MakeLookedAt();
+    graph.XCoorType = CoorType::kAxis;
+    graph.XCoorAxName = "A1";
+    graph.XScale = {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, -100.0, 100.0};
+    graph.YCoorAxName.resize(1);
+    graph.YCoorAxColor.resize(1);
+    graph.YCoorAxDerivation.resize(1);
+    graph.Triggers.resize(1);
+    graph.YScales.resize(1);
+    ZoomAndMoveIn(state, bench::RecordingOf(state.range(0)), graph);
 }
 
 void CopyOnly(benchmark::State& state) {
@@ -348,6 +378,10 @@ std::string NameOf(const char* what, std::int64_t samples, const char* role) {
         add_timed("first_picture", "limit", OpenOnly);
         add("frame", "ours", ZoomAndMove)->Iterations(3000);
         add("frame", "limit", CopyOnly);
+        if (samples <= kMostOfRival) {
+            add("broken", "ours", ZoomAndMoveBroken)->Iterations(3000);
+        }
+        add("points", "ours", ZoomAndMovePoints)->Iterations(1000);
         add("exact", "ours", UntilExact);
         add("cold", "ours", UntilExactCold)->Iterations(20);
         add("cold", "limit", ReadCold)->Iterations(20);

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <optional>
 #include <span>
 #include <system_error>
@@ -106,8 +107,10 @@ bool CutFiles::Size(platform::FileHandle file, std::uint64_t& size) {
     return is_told;
 }
 
-LongRecording::LongRecording(std::uint64_t lines) : m_lines(lines) {
-    const std::string name = std::to_string(lines) + ".mcap";
+LongRecording::LongRecording(std::uint64_t lines, Values values)
+    : m_lines(lines), m_values(values) {
+    const std::string name =
+        std::to_string(lines) + (values == Values::kBroken ? "-broken.mcap" : ".mcap");
     const char* const folder = std::getenv("WAVO_BENCH_FOLDER");
     if (folder == nullptr) {
         m_file.emplace(name);
@@ -142,10 +145,14 @@ void LongRecording::Make() {
     const CutFiles quick(~std::uint64_t{0});
     auto writer = recording::RecordingWriter::Create(m_path, RecordedHead(), std::nullopt);
     bool is_written = writer.HasValue();
+    std::vector<double> lines = RecordedLines();
+    for (std::size_t i = 0; m_values == Values::kBroken && i < lines.size(); i += 37) {
+        lines[i] = std::numeric_limits<double>::quiet_NaN();
+    }
     for (std::uint64_t line = 0; line < m_lines && is_written; line += kRecordedLines) {
         const std::uint64_t count = std::min<std::uint64_t>(kRecordedLines, m_lines - line);
         is_written = !(*writer)->Append(
-            line, std::span<const double>(RecordedLines()).first(count * kRecordedAxes), count);
+            line, std::span<const double>(lines).first(count * kRecordedAxes), count);
     }
     is_written = is_written && !(*writer)->Keep();
     m_data_end = is_written ? (*writer)->FileSize() : 0;

@@ -65,7 +65,12 @@ class CutFiles final : public platform::DataFileOperations {
 /// taken as it is the next time.
 class LongRecording {
  public:
-    explicit LongRecording(std::uint64_t lines);
+    /// What the axes hold.
+    enum class Values {
+        kSmooth,  ///< RecordedLines
+        kBroken,  ///< the same; in each block of lines one or two of each axis are no number
+    };
+    explicit LongRecording(std::uint64_t lines, Values values = Values::kSmooth);
 
     [[nodiscard]] bool IsThere() const { return m_is_there; }
     [[nodiscard]] const std::string& path() const { return m_path; }
@@ -78,6 +83,7 @@ class LongRecording {
     void Make();
 
     const std::uint64_t m_lines;
+    const Values m_values;
     std::optional<TemporaryFile> m_file;
     std::string m_path;
     std::uint64_t m_data_end = 0;

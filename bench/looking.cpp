@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <numeric>
+#include <utility>
 
 namespace wavo::bench {
 
@@ -51,14 +52,15 @@ WavoGraph MakeLookedAt() {
     return graph;
 }
 
-const LongRecording& RecordingOf(std::int64_t samples) {
-    static std::map<std::int64_t, std::unique_ptr<LongRecording>> recordings;
-    if (samples == 1'000'000'000) {
+const LongRecording& RecordingOf(std::int64_t samples, LongRecording::Values values) {
+    static std::map<std::pair<std::int64_t, LongRecording::Values>, std::unique_ptr<LongRecording>>
+        recordings;
+    if (samples == 1'000'000'000 && values == LongRecording::Values::kSmooth) {
         return LargestRecording();
     }
-    auto& recording = recordings[samples];
+    auto& recording = recordings[{samples, values}];
     if (recording == nullptr) {
-        recording = std::make_unique<LongRecording>(samples / 64);
+        recording = std::make_unique<LongRecording>(samples / 64, values);
     }
     return *recording;
 }

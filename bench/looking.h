@@ -25,7 +25,8 @@ inline constexpr std::int64_t kLookedSizes[] = {1'000'000, 10'000'000, 100'000'0
 WavoGraph MakeLookedAt();
 
 /// A recording of so many samples, made when it is first asked for.
-const LongRecording& RecordingOf(std::int64_t samples);
+const LongRecording& RecordingOf(std::int64_t samples,
+                                 LongRecording::Values values = LongRecording::Values::kSmooth);
 /// "1e9" of 1000000000.
 std::string DigitsOf(std::int64_t samples);
 /// True, and the benchmark told so, when there is no room for the recording.

@@ -189,9 +189,9 @@ QImage StopRecording() {
 QImage Limits() {
     ApplyDefaultLook();
     const std::vector<measure::NamedFigure> figures{
-        {"G_ccw", "G_XY ccw", "circular deviation", "um", 1, {}, 0.0},
-        {"F_max_ccw", "F_XY max ccw", "largest radial error", "um", 1, {}, 0.0},
-        {"Bx", "B_X", "backlash of X", "um", 1, {}, 0.0}};
+        {"G_ccw", "G_XY ccw", "circular error G, ccw", "um", 2, {}, 0.0},
+        {"F_max_ccw", "F_max_XY ccw", "radial error F max, ccw", "um", 2, {}, 0.0},
+        {"Bx", "Bx", "backlash X", "um", 2, {}, 0.0}};
     const auto limits = measure::ParseLimits("[Limits]\nG_ccw = 15\nF_max_ccw = -5..20\n");
     LimitsDialog dialog(figures, *limits, RealPrompts(), QString(), nullptr);
     dialog.resize(560, 260);
