@@ -356,6 +356,29 @@ void RivalZoomAndMove(benchmark::State& state) {
     state.SetLabel(bench::kRivalName);
 }
 
+void RivalZoomAndMoveUnbroken(benchmark::State& state) {
+    RivalZoomAndMove(state);
+    state.SetLabel(std::string(bench::kRivalName) + ", unbroken");
+}
+
+/// The rival has as many points in memory, and is given some more for each picture.
+void RivalPoints(benchmark::State& state) {
+    bench::Scene scene;
+    scene.size = kLookedSize;
+    scene.held = ShownHistory::kMostPoints;
+    scene.mode = bench::SceneMode::kOverAxis;
+    bench::RivalPlot plot(scene);
+    bench::SceneSamples made(scene);
+    bench::ShowFull(plot, scene, made);
+    Frames(
+        state, [] {},
+        [&] {
+            plot.Add(made.Next(), bench::kFrameSamples, 1);
+            plot.Draw();
+        });
+    state.SetLabel(bench::kRivalName);
+}
+
 constexpr std::int64_t kMostOfRival = 100'000'000;
 
 std::string NameOf(const char* what, std::int64_t samples, const char* role) {
@@ -380,8 +403,12 @@ std::string NameOf(const char* what, std::int64_t samples, const char* role) {
         add("frame", "limit", CopyOnly);
         if (samples <= kMostOfRival) {
             add("broken", "ours", ZoomAndMoveBroken)->Iterations(3000);
+            add("broken", "rival", RivalZoomAndMoveUnbroken)->Iterations(300);
+            add("broken", "limit", CopyOnly);
         }
         add("points", "ours", ZoomAndMovePoints)->Iterations(1000);
+        add("points", "rival", RivalPoints)->Iterations(100);
+        add("points", "limit", CopyOnly);
         add("exact", "ours", UntilExact);
         add("cold", "ours", UntilExactCold)->Iterations(20);
         add("cold", "limit", ReadCold)->Iterations(20);

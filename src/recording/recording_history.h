@@ -22,7 +22,7 @@ namespace wavo::recording {
 class ReadingBudget {
  public:
     static constexpr std::uint64_t kBytesPerUnit = 4096;
-    static constexpr std::uint64_t kBytesPerUnitOfValues = 32 * kBytesPerUnit;
+    static constexpr std::uint64_t kBytesPerUnitOfValues = 16 * kBytesPerUnit;
     static constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 
     void Renew(std::uint64_t units) { m_left = units; }

@@ -153,6 +153,8 @@ void LinesDrawAxis::ShowHistory(History* history, const LineRange& lines) {
 void LinesDrawAxis::ShowPoints(const std::vector<double>& x_values,
                                const std::vector<double>& y_values) {
     m_shows_past = true;
+    m_past.reset();  // its points are not mapped to other scales any more
+    m_past_over_axis = nullptr;
     m_plot.x.ForgetLast();
     m_plot.y.ForgetLast();
     // The x scale is that of all curves of the graph: another one may have adapted it.
