@@ -145,11 +145,17 @@ const std::vector<double>* ComputedHistory::ValuesOf(std::int64_t block, Effort 
     if (const std::vector<double>* const kept = m_streams.Find({this, block})) {
         return kept;
     }
+    const LineRange lines = LinesOf(block);
+    if (lines.begin >= 0 && !m_streams.m_origin.has_lines(lines)) {
+        static const std::vector<double> none(static_cast<std::size_t>(kBlockLines), NoSample());
+        m_extents[static_cast<std::size_t>(block - m_first_block)].emplace().missing = true;
+        return &none;
+    }
     if (effort == Effort::kAsFarAsAllowed && !m_streams.m_origin.may_compute()) {
         return nullptr;
     }
     std::vector<double> values(static_cast<std::size_t>(kBlockLines));
-    ComputeLines(LinesOf(block), values);
+    ComputeLines(lines, values);
     Extent extent;
     extent.Take(values);
     m_extents[static_cast<std::size_t>(block - m_first_block)] = extent;
@@ -275,6 +281,8 @@ bool ComputedHistory::Outline(std::span<const std::int64_t> bounds,
             column.possible_minimum = possible.minimum;
             column.possible_maximum = possible.maximum;
             column.missing = possible.missing;
+            // Where nothing is possible there is nothing.
+            column.closeness = column.HasExtremes() ? Closeness::kFar : Closeness::kExact;
         }
     }
     return true;

@@ -41,6 +41,10 @@ class ComputedStreams {
         double cycle_time = 0.0;  ///< seconds
         /// Another number whenever lines were lost that had been there.
         std::function<std::uint64_t()> losses = [] { return std::uint64_t{0}; };
+        /// Whether there are some of these lines, none of them before 0.
+        std::function<bool(const LineRange& lines)> has_lines = [](const LineRange&) {
+            return true;
+        };
         /// Whether a drawing may compute a block; counts it.
         std::function<bool()> may_compute = [] { return true; };
     };

@@ -26,6 +26,21 @@ void TakeMissing(ColumnExtent& extent) {
     extent.possible.missing = true;
 }
 
+/// Takes what lies in gaps off both ends.
+void SkipGap(const ChunkTable& table, LineSpan& lines) {
+    const auto& entries = table.Entries();
+    const std::size_t first = table.Find(lines.first);
+    if (first == entries.size()) {
+        lines.first = lines.end;
+        return;
+    }
+    lines.first = std::max(lines.first, entries[first].first_line);
+    const std::size_t behind = table.Find(lines.end);
+    if ((behind == entries.size() || entries[behind].first_line >= lines.end) && behind > 0) {
+        lines.end = std::min(lines.end, entries[behind - 1].EndLine());
+    }
+}
+
 }  // namespace
 
 const AxisLevels* RecordingReader::LoadLevels(std::size_t index, std::size_t axis) {
@@ -257,7 +272,7 @@ ColumnExtent RecordingReader::ExtentFromLines(std::size_t axis, std::int32_t ord
     }
     std::vector<double> values(kLinesPiece);
     std::vector<std::uint8_t> are_there(kLinesPiece);
-    for (SkipGap(lines); lines.first < lines.end; SkipGap(lines)) {
+    for (SkipGap(m_index.table, lines); lines.first < lines.end; SkipGap(m_index.table, lines)) {
         const auto count =
             static_cast<std::size_t>(std::min<std::uint64_t>(kLinesPiece, lines.end - lines.first));
         ReadStream(axis, order, lines.first, std::span(values).first(count),
@@ -276,25 +291,19 @@ ColumnExtent RecordingReader::ExtentFromLines(std::size_t axis, std::int32_t ord
     return extent;
 }
 
-void RecordingReader::SkipGap(LineSpan& lines) const {
-    const auto& entries = m_index.table.Entries();
-    const std::size_t first = m_index.table.Find(lines.first);
-    if (first == entries.size()) {
-        lines.first = lines.end;
-        return;
-    }
-    lines.first = std::max(lines.first, entries[first].first_line);
-    const std::size_t behind = m_index.table.Find(lines.end);
-    if ((behind == entries.size() || entries[behind].first_line >= lines.end) && behind > 0) {
-        lines.end = std::min(lines.end, entries[behind - 1].EndLine());
-    }
-}
-
 double RecordingReader::EdgeValue(std::size_t axis, std::int32_t order, LineSpan lines,
                                   bool is_first) {
     // Mostly the very first line has it; behind a gap or NaN it is looked for.
+    const ChunkTable& table = m_index.table;
+    const std::size_t stream = axis * kLevelOrders + static_cast<std::size_t>(order);
     std::size_t most = 1;
-    for (SkipGap(lines); lines.first < lines.end; SkipGap(lines)) {
+    for (SkipGap(table, lines); lines.first < lines.end; SkipGap(table, lines)) {
+        const ChunkEntry& entry =
+            table.Entries()[table.Find(is_first ? lines.first : lines.end - 1)];
+        if (table.Whole(entry, stream).extremes.IsEmpty()) {  // none of its values is a number
+            (is_first ? lines.first : lines.end) = is_first ? entry.EndLine() : entry.first_line;
+            continue;
+        }
         const auto count =
             static_cast<std::size_t>(std::min<std::uint64_t>(most, lines.end - lines.first));
         std::vector<double> values(count);

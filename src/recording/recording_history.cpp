@@ -171,7 +171,10 @@ HistoryAnswer RecordingHistory::ValuesToDraw(std::int64_t first, std::span<doubl
     const std::uint64_t read_before = m_reader.BytesRead();
     const HistoryAnswer answer = Values(first, values);
     if (m_budget != nullptr) {
-        m_budget->Spend(m_reader.BytesRead() - read_before, ReadingBudget::kBytesPerUnitOfValues);
+        const bool is_long = values.size() > kLinesPerBlock;
+        m_budget->Spend(
+            m_reader.BytesRead() - read_before,
+            is_long ? ReadingBudget::kBytesPerUnitOfValues : ReadingBudget::kBytesPerUnit);
     }
     return answer;
 }

@@ -17,7 +17,7 @@
 namespace wavo::recording {
 
 /// How much may be read before somebody else has his turn. A unit is what one look at what is in
-/// memory costs; reading costs one more for every kBytesPerUnit, or kBytesPerUnitInARow of what
+/// memory costs; reading costs one more for every kBytesPerUnit, or kBytesPerUnitOfValues of what
 /// stands in a row.
 class ReadingBudget {
  public:

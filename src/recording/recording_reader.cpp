@@ -102,6 +102,9 @@ void RecordingReader::LoseChunk(std::size_t index) {
     m_index.table.Remove(index);
     ++m_losses;
     m_levels.Clear();  // those of the next entry begin anew
+    if (m_lost) {
+        m_lost();
+    }
 }
 
 const RecordingReader::Block* RecordingReader::LoadBlock(std::size_t index, std::size_t block) {

@@ -18,11 +18,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "recording/block_cache.h"
@@ -137,6 +139,8 @@ class RecordingReader {
     /// Which lines stand where.
     [[nodiscard]] const ChunkTable& Table() const { return m_index.table; }
 
+    /// Who is told when lines turn out to be damaged, from now on; may be told while it reads.
+    void SetLost(std::function<void()> lost) { m_lost = std::move(lost); }
     [[nodiscard]] LineVersions Versions() const { return {m_index.table.Version(), m_losses}; }
     /// Bytes of lines and levels that were read so far.
     [[nodiscard]] std::uint64_t BytesRead() const { return m_bytes_read; }
@@ -181,8 +185,6 @@ class RecordingReader {
     void TakePart(std::size_t index, const Wanted& wanted, LineSpan lines, ColumnExtent& extent);
     void TakeLines(std::size_t axis, std::int32_t order, LineSpan lines, ColumnExtent& extent);
     ColumnExtent ExtentFromLines(std::size_t axis, std::int32_t order, LineSpan lines);
-    /// Takes what lies in gaps off both ends.
-    void SkipGap(LineSpan& lines) const;
     double EdgeValue(std::size_t axis, std::int32_t order, LineSpan lines, bool is_first);
 
     RecordingFile m_file;
@@ -194,6 +196,7 @@ class RecordingReader {
     std::vector<std::byte> m_bytes;  // of what is being read
     std::uint64_t m_bytes_read = 0;
     std::uint64_t m_losses = 0;
+    std::function<void()> m_lost;
     std::uint64_t m_settled_version = 0;  // of the table, when no levels were due
     std::size_t m_events_read = 0;        // of the index' rests
     std::vector<Event> m_events;

@@ -128,7 +128,11 @@ computed::ComputedStreams* OpenRecording::Computed() {
         computed::ComputedStreams::Origin origin;
         origin.axis = [this](std::size_t i) { return StreamOf(m_reader->Head().axis_names[i], 0); };
         origin.cycle_time = CycleTime();
-        origin.losses = [this] { return std::uint64_t{m_reader->Notices().size()}; };
+        origin.losses = [this] { return m_reader->Versions().losses; };
+        origin.has_lines = [this](const LineRange& lines) {
+            return m_reader->Table().CountLines(static_cast<std::uint64_t>(lines.begin),
+                                                static_cast<std::uint64_t>(lines.end)) > 0;
+        };
         origin.may_compute = [this] {
             const bool may = !m_budget.IsSpent();
             m_budget.Spend(kBytesPerComputedBlock);

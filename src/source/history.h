@@ -150,9 +150,9 @@ class History {
     virtual HistoryAnswer LookCloser(const LineRange& /*lines*/, ColumnOutline& /*column*/) {
         return HistoryAnswer::kNotLoaded;
     }
-    /// Cuts lines into some hundred parts at most, at places where this history knows most of them
-    /// without their values. `bounds` gets those of the parts; of one part alone: nothing but its
-    /// values tells more.
+    /// Cuts lines into some hundred parts at most, at the places where most is known of them
+    /// without their values, if anything is. `bounds` gets those of the parts; of one part alone:
+    /// nothing but its values tells more. REQUIRES: some of the lines are there.
     virtual void Cut(const LineRange& lines, std::vector<std::int64_t>& bounds) const {
         bounds.assign({lines.begin, lines.end});
     }

@@ -64,6 +64,7 @@ void PastView::OnGraphsMade() {
         m_mark.reset();
         m_window.ShowAll(recording->Lines());
         m_losses = recording->Reader().Versions().losses;
+        recording->Reader().SetLost([this] { PostGoOn(); });
         recording->Budget().Renew(kFrameBudget);
     }
     m_is_shown = true;
@@ -308,7 +309,11 @@ void PastView::Refresh(bool follow) {
     if (m_session.Recording() == nullptr) {
         return;
     }
-    if (TakeInNews()) {
+    const bool has_lost_lines = HasLostLines();
+    if (has_lost_lines) {
+        m_losses = m_session.Recording()->Reader().Versions().losses;
+    }
+    if (TakeInNews() || has_lost_lines) {
         if (follow) {
             m_window.MoveToEnd();
         }
@@ -350,7 +355,13 @@ void PastView::OnDrawn() {
             m_status.TellNews();
         }
     }
-    if (m_is_going_on || (m_board.IsExact() && !HasLostLines()) || !m_screen.IsSeen()) {
+    if (!m_board.IsExact() || HasLostLines()) {
+        PostGoOn();
+    }
+}
+
+void PastView::PostGoOn() {
+    if (m_is_going_on || !m_screen.IsSeen()) {
         return;
     }
     m_is_going_on = true;
@@ -368,13 +379,9 @@ void PastView::GoOn() {
     if (m_screen.IsDrawing()) {
         return;
     }
-    const bool has_lost_lines = HasLostLines();
-    if (has_lost_lines) {
-        m_losses = m_session.Recording()->Reader().Versions().losses;
-        TakeInNews();
-        Apply();
-    }
-    if (has_lost_lines || !m_board.IsExact()) {
+    if (HasLostLines()) {
+        Refresh(false);
+    } else if (!m_board.IsExact()) {
         m_screen.DrawAndShow();
     }
 }

@@ -116,7 +116,8 @@ class PastView final : private PastDrawing {
     bool TakeInNews();
     /// Lines of the recording turned out to be damaged since that was last taken in.
     [[nodiscard]] bool HasLostLines() const;
-    /// Draws what is not exact yet, or no longer.
+    /// Draws what is not exact yet, or no longer, when the event loop comes to it.
+    void PostGoOn();
     void GoOn();
     /// Gives the window to the graphs.
     void Apply();

@@ -76,6 +76,12 @@ class PastOfComputed : public ::testing::Test {
         origin.axis = [this](std::size_t axis) { return &m_axes[axis]; };
         origin.cycle_time = kPastCycle;
         origin.losses = [this] { return m_losses; };
+        origin.has_lines = [this](const LineRange& lines) {
+            const std::int64_t begin = std::max<std::int64_t>(lines.begin - m_axes[0].first, 0);
+            const std::int64_t end = std::min(lines.end, m_axes[0].Lines().end) - m_axes[0].first;
+            const auto first = m_axes[0].values.begin();
+            return begin < end && !std::all_of(first + begin, first + end, IsNoSample);
+        };
         origin.may_compute = [this] { return m_budget > 0 && m_budget-- > 0; };
         m_streams = std::make_unique<ComputedStreams>(
             ComputedProgram(axes, std::vector<std::string>{"X", "Y"}), origin);
@@ -96,6 +102,35 @@ class PastOfComputed : public ::testing::Test {
     int m_budget = 1 << 30;
     std::unique_ptr<ComputedStreams> m_streams;
 };
+
+TEST_F(PastOfComputed, AGapIsNotComputed) {
+    Fill(12000);
+    for (Recorded& axis : m_axes) {
+        std::fill(axis.values.begin() + 2000, axis.values.begin() + 10000, NoSample());
+    }
+    Define({{"e", "X - Y", ""}});
+    // Of three blocks of 4096 lines the second one lies in the gap.
+    m_budget = 2;
+    History& stream = Stream("e");
+    const std::int64_t bounds[] = {100, 12100};
+    ColumnOutline all;
+    ASSERT_TRUE(stream.Outline(bounds, {&all, 1}));
+    EXPECT_FALSE(all.IsExact());
+    EXPECT_EQ(stream.LookCloser({100, 12100}, all), HistoryAnswer::kAll);
+    EXPECT_TRUE(all.IsExact());
+    EXPECT_TRUE(all.missing);
+    EXPECT_EQ(m_budget, 0);
+    const std::int64_t in_gap[] = {4096, 5000, 8192};
+    ColumnOutline parts[2];
+    ASSERT_TRUE(stream.Outline(in_gap, parts));
+    for (const ColumnOutline& part : parts) {
+        EXPECT_TRUE(part.IsExact()) << "there is nothing";
+        EXPECT_FALSE(part.HasExtremes());
+    }
+    std::vector<double> values(904);
+    EXPECT_EQ(stream.ValuesToDraw(4096, values), HistoryAnswer::kAll);
+    EXPECT_TRUE(std::ranges::all_of(values, IsNoSample));
+}
 
 TEST_F(PastOfComputed, HasTheValuesOfALoop) {
     Fill(12000);

@@ -140,6 +140,25 @@ TEST_F(RecordedHistory, SumsAreThoseOfTheFiniteValues) {
     }
 }
 
+TEST(RecordedEdges, AreFoundWithoutReadingWhatHasNoNumber) {
+    const MemoryDataFiles files;
+    auto writer = RecordingWriter::Create("a.mcap", MakeHead(1), std::nullopt);
+    ASSERT_TRUE(writer);
+    std::vector<double> values(300'000, testing::kNaN);
+    values[150'003] = 7.0;
+    values[150'005] = 8.0;
+    RequireNoFault((*writer)->Append(0, values, values.size()));
+    RequireNoFault((*writer)->Finish());
+    auto reader = RecordingReader::Open("a.mcap");
+    ASSERT_TRUE(reader);
+    RecordingHistory history(**reader, 0, 0, kAbsentValue);
+    ColumnRow row;
+    history.Columns(std::vector<std::int64_t>{5, 299'990}, row);
+    EXPECT_EQ(row.first[0], 7.0);
+    EXPECT_EQ(row.last[0], 8.0);
+    EXPECT_LT((*reader)->BytesRead(), 300'000U) << "of 13 MB";
+}
+
 TEST(RecordedSums, ArePreciseFarFromZeroAndOverPieces) {
     const MemoryDataFiles files;
     auto writer = RecordingWriter::Create("a.mcap", MakeHead(1), std::nullopt);

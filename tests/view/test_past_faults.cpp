@@ -237,16 +237,20 @@ void Damage(const std::string& path, double value, qint64 count) {
     ASSERT_EQ(file.write(QByteArray(count, 'x')), count);
 }
 
-TEST_F(PastFaults, AChunkThatIsFoundDamagedWhileDrawingIsAGapInAllCurves) {
-    // X is known from far; Y has to be read, and what is found then concerns X, too.
+/// A recording of X, which is known from far, and Y, which has to be read; a line is damaged.
+void WriteDamaged(const std::string& path) {
     std::vector<std::vector<double>> lines(400000);
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const double slow = 50.0 * std::sin(static_cast<double>(i) * 0.0001);
         lines[i] = {i % 2 == 0 ? 40.0 : -40.0, slow};
     }
-    const std::string path = PathOf("two.mcap");
     testing::WriteRecording(path, testing::MakeHead(2), lines);
     Damage(path, lines[200500][1], 100);
+}
+
+TEST_F(PastFaults, AChunkThatIsFoundDamagedWhileDrawingIsAGapInAllCurves) {
+    const std::string path = PathOf("two.mcap");
+    WriteDamaged(path);
     ASSERT_TRUE(m_view->Past().Files().Open(path));
     WavoGraph graph = Graph().Graph();
     graph.YCoorAxName = {"X", "Y"};
@@ -263,6 +267,46 @@ TEST_F(PastFaults, AChunkThatIsFoundDamagedWhileDrawingIsAGapInAllCurves) {
     m_view->Past().Window().Show({0, 1000});
     m_view->Past().Window().Show({0, 400000});
     EXPECT_EQ(shown, m_view->Screen().Picture()) << "as when it is shown anew";
+}
+
+TEST_F(PastFaults, WhatSomebodyElseFindsDamagedIsAGapInTheGraphs) {
+    const std::string path = PathOf("two.mcap");
+    WriteDamaged(path);
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    WavoGraph graph = Graph().Graph();
+    graph.YCoorAxName = {"X"};
+    graph.YScales.front() = {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, -60.0, 60.0};
+    m_view->Work().Graphs().Replace({graph});
+    m_view->Work().RebuildGraphs();
+    const QImage before = m_view->Screen().Picture().copy();
+    recording::RecordingReader& reader = m_view->Work().Recording()->Reader();
+    for (int i = 0; i < 100 && !m_view->Board().IsExact(); ++i) {
+        QCoreApplication::processEvents();
+    }
+    ASSERT_TRUE(reader.Gaps().empty());
+    EXPECT_TRUE(m_view->Board().IsExact());
+    std::vector<double> line(2);
+    EXPECT_FALSE(reader.ReadLine(200500, line));
+    for (int i = 0; i < 10; ++i) {
+        QCoreApplication::processEvents();
+    }
+    EXPECT_TRUE(m_view->Board().IsExact());
+    EXPECT_THAT(m_panes[0], HasSubstr("damaged"));
+    EXPECT_NE(m_view->Screen().Picture(), before);
+}
+
+TEST_F(PastFaults, AGraphThatIsTooSmallToShowAnythingIsExact) {
+    const std::string path = PathOf("slow.mcap");
+    std::vector<std::vector<double>> lines(100000);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        lines[i] = {50.0 * std::sin(static_cast<double>(i) * 0.0005)};
+    }
+    testing::WriteRecording(path, testing::MakeHead(1), lines);
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    ASSERT_FALSE(m_view->Board().IsExact());
+    m_view->resize(900, 60);
+    ASSERT_TRUE(Graph().PlotArea().isEmpty());
+    EXPECT_TRUE(m_view->Board().IsExact());
 }
 
 TEST_F(PastFaults, ATailThatIsLostIsNotThereAnyMore) {

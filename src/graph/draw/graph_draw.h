@@ -125,7 +125,7 @@ class GraphDraw {
     void ShowHistory(std::optional<ShownHistory> history);
     [[nodiscard]] const std::optional<ShownHistory>& Past() const { return m_history; }
     /// What the last drawing showed is exact; else drawing again brings it closer.
-    [[nodiscard]] bool IsExact() const { return m_curves.IsExact(); }
+    [[nodiscard]] bool IsExact() const { return PlotArea().isEmpty() || m_curves.IsExact(); }
 
     /// Forgets the buffers, before they go. The curves keep what they show.
     void DetachValues();

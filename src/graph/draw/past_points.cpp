@@ -13,6 +13,11 @@ namespace {
 /// Lines that are read at a time.
 constexpr std::int64_t kPiece = 1024;
 
+/// Where the piece of a line begins.
+std::int64_t PieceOf(std::int64_t line) {
+    return (line >= 0 ? line : line - (kPiece - 1)) / kPiece * kPiece;
+}
+
 }  // namespace
 
 bool PastPoints::IsComplete() const {
@@ -33,11 +38,14 @@ LineRange PastPoints::WhatHolds(const LineRange& lines) const {
 bool PastPoints::Read(const std::vector<History*>& streams, const LineRange& lines) {
     const bool are_others = streams != m_streams;
     const LineRange kept = are_others ? LineRange{lines.end, lines.end} : WhatHolds(lines);
-    if (!are_others && lines == m_lines && kept == lines) {
+    const bool is_moved = are_others || lines != m_lines || kept != m_read;
+    if (!is_moved && kept == lines) {
         return false;
     }
     m_streams = streams;
-    MoveTo(lines, kept);
+    if (is_moved) {
+        MoveTo(lines, kept);
+    }
     m_since.clear();
     for (const History* const stream : streams) {
         m_since.push_back(stream != nullptr ? HistoryMoment(*stream) : HistoryMoment());
@@ -45,16 +53,16 @@ bool PastPoints::Read(const std::vector<History*>& streams, const LineRange& lin
     // Pieces begin at the same lines in every window: what stands together is read once.
     bool may_read = true;
     while (may_read && m_read.end < lines.end) {
-        const std::int64_t end = std::min(lines.end, (m_read.end / kPiece + 1) * kPiece);
+        const std::int64_t end = std::min(lines.end, PieceOf(m_read.end) + kPiece);
         may_read = ReadPiece({m_read.end, end});
         m_read.end = may_read ? end : m_read.end;
     }
     while (may_read && m_read.begin > lines.begin) {
-        const std::int64_t begin = std::max(lines.begin, (m_read.begin - 1) / kPiece * kPiece);
+        const std::int64_t begin = std::max(lines.begin, PieceOf(m_read.begin - 1));
         may_read = ReadPiece({begin, m_read.begin});
         m_read.begin = may_read ? begin : m_read.begin;
     }
-    return true;
+    return is_moved || m_read != kept;
 }
 
 void PastPoints::MoveTo(const LineRange& lines, const LineRange& kept) {

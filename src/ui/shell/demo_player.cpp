@@ -67,16 +67,16 @@ QString DemoPlayer::Start() {
     // What is linked to it may have something to say, too.
     const QDeadlineTimer patience(kStartPatience);
     std::string reason;
-    for (;;) {
+    while (!patience.hasExpired()) {
         const std::string said =
             m_process->ReadLine(std::chrono::milliseconds(patience.remainingTime()));
         if (said.starts_with(kPublishes)) {
             return {};
         }
-        if (said.empty()) {
+        if (said.empty() && !m_process->IsRunning()) {
             break;
         }
-        if (!reason.starts_with(kSays) || said.starts_with(kSays)) {
+        if (said.starts_with(kSays) || (!said.empty() && !reason.starts_with(kSays))) {
             reason = said;
         }
     }

@@ -38,7 +38,7 @@ class CountedHistory : public History {
     HistoryAnswer Values(std::int64_t first, std::span<double> out) override {
         values_read += out.size();
         for (std::size_t i = 0; i < out.size(); ++i) {
-            const std::size_t line = static_cast<std::size_t>(first) + i;
+            const auto line = static_cast<std::size_t>(first) + i;  // below 0: beyond all
             out[i] = line < values.size() ? values[line] : NoSample();
         }
         return HistoryAnswer::kAll;
@@ -56,6 +56,9 @@ class CountedHistory : public History {
         for (std::size_t i = 0; i < columns.size(); ++i) {
             columns[i] = {};
             columns[i].missing = bounds[i] < bounds[i + 1];
+            if (!is_known_from_far) {
+                continue;
+            }
             Take(Lines(), columns[i].possible_minimum, columns[i].possible_maximum);
         }
         return true;
@@ -87,6 +90,7 @@ class CountedHistory : public History {
     [[nodiscard]] std::uint64_t Losses() const override { return losses; }
 
     std::vector<double> values;
+    bool is_known_from_far = true;
     std::uint64_t version = 1;
     std::uint64_t losses = 0;
     std::size_t looks_left = 0;

@@ -50,8 +50,8 @@ TEST(PastPoints, ComeInPiecesTheNewestFirst) {
     EXPECT_TRUE(AreTheSame(points.Values(1), Window(lines, 8000, x)));
     EXPECT_TRUE(AreTheSame(points.Values(2), Window(lines, 7168, y)))
         << "a piece that was begun is read for all streams";
-    EXPECT_TRUE(points.Read({&x, nullptr, &y}, lines));
-    EXPECT_FALSE(points.IsComplete()) << "nothing may be read";
+    EXPECT_FALSE(points.Read({&x, nullptr, &y}, lines)) << "nothing may be read";
+    EXPECT_FALSE(points.IsComplete());
     EXPECT_TRUE(AreTheSame(points.Values(0), Window(lines, 7168, x)));
     x.looks_left = kMany;
     EXPECT_TRUE(points.Read({&x, nullptr, &y}, lines));
@@ -111,6 +111,18 @@ TEST(PastPoints, OfLinesThatAreNotThereYetAreReadWhenTheyCome) {
     EXPECT_FALSE(points.IsComplete());
     EXPECT_TRUE(points.Read({&x}, {50, 120}));
     EXPECT_EQ(points.Values(0)[50], 100.0);
+}
+
+TEST(PastPoints, OfLinesBeforeTheFirstOneAreMissing) {
+    CountedHistory x(Rising(5000));
+    x.looks_left = kMany;
+    PastPoints points;
+    for (const LineRange lines :
+         {LineRange{-2, 3000}, LineRange{-1500, 20}, LineRange{-3000, -1000}}) {
+        EXPECT_TRUE(points.Read({&x}, lines));
+        EXPECT_TRUE(points.IsComplete());
+        EXPECT_TRUE(AreTheSame(points.Values(0), Window(lines, 0, x))) << lines.begin;
+    }
 }
 
 TEST(PastPoints, OfMoreStreamsThanADrawingMayLookAtCome) {

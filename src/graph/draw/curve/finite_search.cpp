@@ -80,7 +80,7 @@ bool FiniteSearch::TakeOutlined(const std::vector<std::int64_t>& bounds) {
     for (std::size_t i = 0; i < parts.size(); ++i) {
         const LineRange lines{bounds[i], bounds[i + 1]};
         const auto may_widen = [&] {
-            return parts[i].possible_minimum < found.minimum ||
+            return !parts[i].HasExtremes() || parts[i].possible_minimum < found.minimum ||
                    parts[i].possible_maximum > found.maximum;
         };
         const auto is_infinite = [&] {

@@ -41,7 +41,8 @@ bool HistoryColumns::Build(const PixelEdges& rows, ColumnSpans& spans) {
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         FindRows(rows, i);
     }
-    const bool is_exact = LookCloser(rows);
+    // Of broken columns at last: until then the scale may change, and what was found with it.
+    const bool is_exact = LookCloser(rows) && LookIntoBroken(rows);
     Emit(rows, spans);
     // Reading may have found lines damaged that others were told of before.
     return is_exact && m_since.Holds(m_history, m_bounds.back());
@@ -77,6 +78,13 @@ MinMax HistoryColumns::Extremes() const {
     return range;
 }
 
+bool HistoryColumns::HasInfinite() const {
+    return std::ranges::any_of(m_columns, [](const ColumnOutline& column) {
+        return column.HasExtremes() &&
+               (std::isinf(column.possible_minimum) || std::isinf(column.possible_maximum));
+    });
+}
+
 void HistoryColumns::FindRows(const PixelEdges& rows, std::size_t column) {
     const ColumnOutline& outline = m_columns[column];
     const std::int32_t lowest = rows.Size() - 1;
@@ -106,10 +114,6 @@ bool HistoryColumns::MayLeave(std::size_t column) const {
 bool HistoryColumns::IsInDoubt(const PixelEdges& rows, std::size_t column) const {
     const ColumnOutline& outline = m_columns[column];
     const Rows& own = m_rows[column];
-    if (IsBroken(column)) {
-        const auto broken = m_broken.find(column);
-        return broken == m_broken.end() || !broken->second.IsDone();
-    }
     if (outline.IsExact() || LinesOf(column).Count() == 0) {
         return false;
     }
@@ -146,7 +150,7 @@ bool HistoryColumns::LookCloser(const PixelEdges& rows) {
                 }
             }
             ahead = std::max(0, ahead - 1);
-            if (!LookCloserAt(rows, i)) {
+            if (m_history.LookCloser(LinesOf(i), m_columns[i]) != HistoryAnswer::kAll) {
                 return false;
             }
             FindRows(rows, i);
@@ -156,13 +160,17 @@ bool HistoryColumns::LookCloser(const PixelEdges& rows) {
     return true;
 }
 
-bool HistoryColumns::LookCloserAt(const PixelEdges& rows, std::size_t column) {
-    ColumnOutline& outline = m_columns[column];
-    if (IsBroken(column)) {
-        return m_broken.try_emplace(column, LinesOf(column), outline)
-            .first->second.GoOn(m_history, rows);
+bool HistoryColumns::LookIntoBroken(const PixelEdges& rows) {
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        if (!IsBroken(i)) {
+            continue;
+        }
+        BrokenColumn& broken = m_broken.try_emplace(i, LinesOf(i), m_columns[i]).first->second;
+        if (!broken.IsDone() && !broken.GoOn(m_history, rows)) {
+            return false;
+        }
     }
-    return m_history.LookCloser(LinesOf(column), outline) == HistoryAnswer::kAll;
+    return true;
 }
 
 void HistoryColumns::Emit(const PixelEdges& rows, ColumnSpans& spans) const {

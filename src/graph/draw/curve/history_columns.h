@@ -36,8 +36,11 @@ class HistoryColumns {
 
     /// Every column that has lines was looked at exactly.
     [[nodiscard]] bool AreAllExact() const;
-    /// Smallest and largest finite value that is known to be possible, of all columns.
+    /// Smallest and largest finite one of the extremes that are known to be possible, of all
+    /// columns.
     [[nodiscard]] MinMax Extremes() const;
+    /// An infinite one is among them: it stands before a finite one that is not known.
+    [[nodiscard]] bool HasInfinite() const;
 
  private:
     /// Rows of what is certain of a column, and of what is possible; none when top > bottom.
@@ -65,7 +68,7 @@ class HistoryColumns {
     void TakeRows(const PixelEdges& rows);
     // False when the history has spent what a drawing may read.
     bool LookCloser(const PixelEdges& rows);
-    bool LookCloserAt(const PixelEdges& rows, std::size_t column);
+    bool LookIntoBroken(const PixelEdges& rows);
     void Emit(const PixelEdges& rows, ColumnSpans& spans) const;
 
     History& m_history;

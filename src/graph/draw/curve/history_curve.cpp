@@ -97,6 +97,7 @@ void HistoryCurve::FindBounds(const CurvePlot& plot) {
 MinMax HistoryCurve::FiniteExtremes(const CurvePlot& plot) {
     m_losses = m_history.Losses();
     m_is_scale_new = true;
+    m_is_scale_complete = true;
     FindPixels(plot);
     FindBounds(plot);
     const LineRange lines{m_bounds.front(), m_bounds.back()};
@@ -104,7 +105,8 @@ MinMax HistoryCurve::FiniteExtremes(const CurvePlot& plot) {
 }
 
 bool HistoryCurve::TakeWhole(const LineRange& lines) {
-    if (m_whole.lines == lines && m_whole.since.Holds(m_history, lines.end)) {
+    const bool is_anything_known = m_whole.outline.HasExtremes() || m_whole.outline.IsExact();
+    if (m_whole.lines == lines && is_anything_known && m_whole.since.Holds(m_history, lines.end)) {
         return true;
     }
     m_whole = {lines, HistoryMoment(m_history), {}};
@@ -117,7 +119,6 @@ bool HistoryCurve::TakeWhole(const LineRange& lines) {
 }
 
 MinMax HistoryCurve::ExtremesOf(const LineRange& lines) {
-    m_is_scale_complete = true;
     if (lines.Count() < 2 || !IsDense()) {
         return FiniteExtremesOf(ValuesOf(lines.begin, lines.end));
     }
@@ -128,7 +129,8 @@ MinMax HistoryCurve::ExtremesOf(const LineRange& lines) {
     if (!whole.HasExtremes() && !whole.IsExact()) {  // nothing is known from far
         m_outlined.SetBounds(m_bounds);
         m_is_scale_complete = m_outlined.AreAllExact();
-        return m_outlined.Extremes();
+        return m_is_scale_complete && m_outlined.HasInfinite() ? FindFinite(lines)
+                                                               : m_outlined.Extremes();
     }
     while (!whole.IsKnown() && m_history.LookCloser(lines, whole) == HistoryAnswer::kAll) {
     }

@@ -236,6 +236,64 @@ TEST(HistoryCurve, IsNotCompleteWhereLinesWereLostAsItWasDrawn) {
     EXPECT_EQ(run.picture, anew.picture);
 }
 
+TEST(HistoryCurve, IsCompleteWhereAllLinesAreLost) {
+    testing::CountedHistory history(std::vector<double>(5000, 1.0));
+    OtherRun run({1, 2, 3}, 4.999);
+    HistoryCurve curve(history, {0, 0.0, kRunStep, 4999});
+    history.is_known_from_far = false;
+    (void)curve.FiniteExtremes(run.plot);
+    run.Draw(curve);
+    ASSERT_FALSE(curve.IsComplete());
+    history.values.clear();
+    ++history.version;
+    ++history.losses;
+    (void)curve.FiniteExtremes(run.plot);
+    EXPECT_EQ(run.Draw(curve), run.background);
+    EXPECT_TRUE(curve.IsComplete());
+}
+
+TEST(HistoryCurve, FindsTheFiniteExtremesWhereNothingIsKnownFromFar) {
+    std::vector<double> samples(5000);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = i % 3 == 0 ? kInf : static_cast<double>(i % 100);
+    }
+    samples[1000] = 1000.0;
+    samples[1004] = -7.0;
+    OtherRun run({1, 2, 3}, 4.999);
+    testing::CountedHistory history(samples);
+    history.is_known_from_far = false;
+    HistoryCurve curve(history, {0, 0.0, kRunStep, 4999});
+    DrawUntilComplete(run, curve, history, 100, true);
+    history.looks_left = 1'000'000;
+    const MinMax range = curve.FiniteExtremes(run.plot);
+    EXPECT_EQ(range.minimum, -7.0);
+    EXPECT_EQ(range.maximum, 1000.0);
+}
+
+TEST(HistoryCurve, LooksIntoBreaksWhenItsScaleStands) {
+    std::vector<double> samples(5000);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = i % 9 == 0 ? kNaN : 0.001 * static_cast<double>(i);
+    }
+    OtherRun run({1, 2, 3}, 4.999);
+    testing::CountedHistory history(samples);
+    history.is_known_from_far = false;
+    HistoryCurve curve(history, {0, 0.0, kRunStep, 4999});
+    int drawings = 0;
+    do {
+        history.looks_left = 10;
+        const MinMax range = curve.FiniteExtremes(run.plot);
+        if (!range.IsEmpty()) {
+            run.plot.y.Fill({range.minimum, range.maximum});
+            curve.Remap(run.plot, {.y_changed = true});
+        }
+        run.Draw(curve);
+    } while (++drawings < 5000 && !curve.IsComplete());
+    // Of 377 columns each is looked at twice, then read with its ends.
+    EXPECT_LT(drawings, 377 * 5 / 10 + 20);
+    EXPECT_TRUE(curve.IsComplete());
+}
+
 TEST(HistoryCurve, NeedsAPlotAreaThatSpansCanBeOf) {
     OtherRun run({1, 2, 3}, 5.0);
     run.plot.area = QRect();
