@@ -58,7 +58,7 @@ const AxisLevels* RecordingReader::LoadLevels(std::size_t index, std::size_t axi
         const std::size_t head = LevelsHeadSize(Head().axis_names.size(), blocks);
         if (m_file.ReadAt(entry.levels_offset + head + axis * size, m_bytes) &&
             ReadAxisLevels(m_bytes, blocks, levels)) {
-            const std::size_t bytes = levels.size() * sizeof(Level) + sizeof levels;
+            const std::size_t bytes = levels.size() * sizeof(Level) + sizeof(AxisLevels);
             return &m_levels.Put(key, axis, std::move(levels), bytes);
         }
         // Damaged levels are made anew from the lines, which have a CRC of their own.

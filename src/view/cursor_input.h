@@ -18,7 +18,6 @@
 #include <Qt>
 #include <cstdint>
 #include <optional>
-#include <utility>
 
 #include "view/graph_board.h"
 #include "view/graph_cursors.h"
@@ -42,7 +41,7 @@ class CursorInput {
         PastControl& past;
         QObject& view;  ///< receives what is done when events were handled
     };
-    explicit CursorInput(Parts parts) : m_parts(std::move(parts)) {}
+    explicit CursorInput(const Parts& parts) : m_parts(parts) {}
 
     // Points are logical pixels of the view. False for what means nothing here.
     bool LeftButtonDown(const QPoint& point, Qt::KeyboardModifiers modifiers);

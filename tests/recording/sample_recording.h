@@ -117,8 +117,8 @@ inline std::vector<std::vector<double>> MakeLines(std::size_t axes, std::size_t 
 inline recording::RecordingHead MakeHead(std::size_t axes, double cycle_time = 0.001) {
     recording::RecordingHead head;
     for (std::size_t axis = 0; axis < axes; ++axis) {
-        head.axis_names.push_back(axis < 3 ? std::string(1, static_cast<char>('X' + axis))
-                                           : "Axis " + std::to_string(axis));
+        head.axis_names.emplace_back(axis < 3 ? std::string(1, static_cast<char>('X' + axis))
+                                              : "Axis " + std::to_string(axis));
         head.limits.push_back(recording::AxisLimits{-100.0, 100.5, 10.0, 0.0, 0.001});
     }
     head.cycle_time = cycle_time;

@@ -34,6 +34,7 @@ class PictureOfRecording {
  public:
     explicit PictureOfRecording(const std::vector<double>& values, std::uint64_t lost = 0) {
         std::vector<std::vector<double>> lines;
+        lines.reserve(values.size());
         for (const double value : values) {
             lines.push_back({value, 1.0});
         }

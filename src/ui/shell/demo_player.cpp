@@ -48,7 +48,7 @@ DemoFiles FindDemoIn(const QStringList& folders) {
 }
 
 DemoFiles FindDemo() {
-    const DemoFiles beside = FindDemoIn({QCoreApplication::applicationDirPath()});
+    DemoFiles beside = FindDemoIn({QCoreApplication::applicationDirPath()});
     if (beside.AreThere()) {
         return beside;
     }
