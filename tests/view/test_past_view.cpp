@@ -296,6 +296,35 @@ TEST_F(Past, ManyPointsOverAnAxisComeInSteps) {
     EXPECT_EQ(points(), 300000U) << "a print has all";
 }
 
+TEST_F(Past, PointsOverAnAxisAreThoseOfTheirWindow) {
+    const std::string path = PathOf("spiral.mcap");
+    std::vector<std::vector<double>> lines(20000);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const double angle = 0.01 * static_cast<double>(i);
+        const double radius = 0.002 * static_cast<double>(i);
+        lines[i] = {radius * std::cos(angle), radius * std::sin(angle)};
+    }
+    testing::WriteRecording(path, testing::MakeHead(2), lines);
+    ASSERT_TRUE(m_view->Past().Files().Open(path));
+    WavoGraph graph = m_view->Work().Graphs().Graphs()[0];
+    graph.XCoorType = CoorType::kAxis;
+    graph.XCoorAxName = "Y";
+    graph.XScale = {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, -50.0, 50.0};
+    graph.YScales.front() = {ScaleTypeCode::kAxis, 0.0, ScaleAxCode::kManual, -50.0, 50.0};
+    m_view->Work().Graphs().Put(graph);
+    m_view->Past().Window().Show({1000, 3000});
+    const QImage first = m_view->Screen().Picture().copy();
+    for (const std::int64_t begin : {5000, 5010, 16000, 1000}) {
+        m_view->Past().Window().Show({begin, begin + 2000});
+        const QImage shown = m_view->Screen().Picture().copy();
+        m_view->Past().Window().Show({begin, begin + 2001});
+        m_view->Work().RebuildGraphs();
+        m_view->Past().Window().Show({begin, begin + 2000});
+        EXPECT_EQ(shown, m_view->Screen().Picture()) << begin;
+        EXPECT_EQ(shown == first, begin == 1000) << begin;
+    }
+}
+
 TEST_F(Past, AStoppedGraphMovesWithinWhatItHolds) {
     for (int i = 0; i < 3000; i += 100) {
         Give(i, 100);

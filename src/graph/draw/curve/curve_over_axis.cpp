@@ -35,12 +35,12 @@ void CurveOverAxis::Remap(CurvePlot& plot, const Remapping& what) {
         plot.Map(point, what.force_x, what.force_y);
     }
     m_points.PointsMoved();
-    ++m_changes;
+    m_version = PlotCanvas::NewVersion();
 }
 
 void CurveOverAxis::Clear() {
     m_points.Clear();
-    ++m_changes;
+    m_version = PlotCanvas::NewVersion();
 }
 
 bool CurveOverAxis::Add(const CurveBatch& batch, CurvePlot& plot) {
@@ -53,7 +53,7 @@ bool CurveOverAxis::Add(const CurveBatch& batch, CurvePlot& plot) {
         plot.Map(point, false, false);
         m_points.Add(point);
     }
-    m_changes += batch.x.size();
+    m_version = PlotCanvas::NewVersion();
     return true;
 }
 
@@ -97,7 +97,7 @@ void CurveOverAxis::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCan
         [this, area = plot.area, drawn](QImage& picture, PixelRuns& touched) {
             m_points.Draw(picture, area, drawn, &touched);
         },
-        m_changes, std::move(alone));
+        m_version, std::move(alone));
 }
 
 }  // namespace wavo

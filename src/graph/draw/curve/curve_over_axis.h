@@ -28,7 +28,7 @@ class CurveOverAxis final : public LiveCurve {
 
  private:
     AxisCurve m_points;
-    std::uint64_t m_changes = 0;  ///< of what is drawn
+    std::uint64_t m_version = 0;  ///< of what is drawn
 };
 
 }  // namespace wavo

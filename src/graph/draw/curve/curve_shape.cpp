@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "graph/draw/raster/plot_canvas.h"
+
 namespace wavo {
 
 void CurveShape::XChanged() {
@@ -33,7 +35,7 @@ bool CurveShape::Update(TimeCurve& curve, const AxisMapping& x, const AxisMappin
     }
     m_reduced = true;
     m_curve_version = curve.Version();
-    ++m_version;
+    m_version = PlotCanvas::NewVersion();
     return true;
 }
 

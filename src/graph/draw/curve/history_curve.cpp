@@ -40,7 +40,7 @@ void HistoryCurve::Draw(const CurvePlot& plot, const CurveStyle& style, PlotCanv
         [this, area = plot.area, style](QImage& picture, PixelRuns& touched) {
             AddRectangle(touched, PaintSegments(picture, m_segments, area, style));
         },
-        ++m_drawings);
+        PlotCanvas::NewVersion());
 }
 
 void HistoryCurve::FindPixels(const CurvePlot& plot) {

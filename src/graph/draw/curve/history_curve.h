@@ -84,7 +84,6 @@ class HistoryCurve final : public Curve {
     ColumnSpans m_spans;
     ColumnSpans m_dashed;  ///< what is painted of them where the curve is dashed
     std::vector<QLine> m_segments;
-    std::uint64_t m_drawings = 0;
     /// What is known of all lines that are shown.
     struct Whole {
         LineRange lines;

@@ -1,6 +1,7 @@
 #include "graph/draw/raster/plot_canvas.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <utility>
 
@@ -12,6 +13,11 @@ void PlotCanvas::Rows::Take(const Rows& other) {
     top = std::min(top, other.top);
     bottom = std::max(bottom, other.bottom);
     pixels += other.pixels;
+}
+
+std::uint64_t PlotCanvas::NewVersion() {
+    static std::atomic<std::uint64_t> last = 0;
+    return ++last;
 }
 
 void PlotCanvas::Forget() {

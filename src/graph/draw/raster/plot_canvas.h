@@ -53,8 +53,11 @@ class PlotCanvas {
     /// columns of the plot area, and rows within it.
     void Add(const ColumnSpans& spans, QRgb color);
 
-    /// Lists a curve that draws itself, clipped to the plot area. `version` changes with what it
-    /// draws. `alone` draws the same where it is the only layer.
+    /// A version that nothing was listed with, of whatever curve.
+    [[nodiscard]] static std::uint64_t NewVersion();
+
+    /// Lists a curve that draws itself, clipped to the plot area. `version`, from NewVersion,
+    /// changes with what it draws. `alone` draws the same where it is the only layer.
     void Add(Painting painting, std::uint64_t version, AlonePainting alone);
     void Add(Painting painting, std::uint64_t version) {
         Add(std::move(painting), version, AlonePainting());
