@@ -123,20 +123,13 @@ bool RecordingHistory::Outline(std::span<const std::int64_t> bounds,
 }
 
 HistoryAnswer RecordingHistory::LookCloser(const LineRange& lines, ColumnOutline& column) {
-    if (!MayRead()) {
-        return HistoryAnswer::kNotLoaded;
-    }
-    const std::uint64_t read_before = m_reader.BytesRead();
-    const Detail detail = NextDetail(column);
-    const LineSpan numbers = NumbersOf(lines);
-    const ColumnExtent extent =
-        m_reader.Extent(m_axis, m_order, numbers.first, numbers.end, detail);
-    Take(extent, detail == Detail::kLines ? Closeness::kExact : Closeness::kNear,
-         ReachBeforeLine0(lines.begin, lines.end), column);
-    if (m_budget != nullptr) {
-        m_budget->Spend(m_reader.BytesRead() - read_before);
-    }
-    return HistoryAnswer::kAll;
+    return ReadWithinBudget(ReadingBudget::kBytesPerUnit, [&] {
+        const Detail detail = NextDetail(column);
+        const LineSpan numbers = NumbersOf(lines);
+        Take(m_reader.Extent(m_axis, m_order, numbers.first, numbers.end, detail),
+             detail == Detail::kLines ? Closeness::kExact : Closeness::kNear,
+             ReachBeforeLine0(lines.begin, lines.end), column);
+    });
 }
 
 void RecordingHistory::Cut(const LineRange& lines, std::vector<std::int64_t>& bounds) const {
@@ -151,32 +144,18 @@ void RecordingHistory::Cut(const LineRange& lines, std::vector<std::int64_t>& bo
 HistoryAnswer RecordingHistory::LookNear(std::span<const std::int64_t> bounds,
                                          std::span<ColumnOutline> columns) {
     if (!HasLevels()) {
-        return Outline(bounds, columns) ? HistoryAnswer::kAll : HistoryAnswer::kNotLoaded;
+        Outline(bounds, columns);
+        return HistoryAnswer::kAll;
     }
-    if (!MayRead()) {
-        return HistoryAnswer::kNotLoaded;
-    }
-    const std::uint64_t read_before = m_reader.BytesRead();
-    LookAt(bounds, Detail::kBlocks, Closeness::kNear, columns);
-    if (m_budget != nullptr) {
-        m_budget->Spend(m_reader.BytesRead() - read_before);
-    }
-    return HistoryAnswer::kAll;
+    return ReadWithinBudget(ReadingBudget::kBytesPerUnit,
+                            [&] { LookAt(bounds, Detail::kBlocks, Closeness::kNear, columns); });
 }
 
 HistoryAnswer RecordingHistory::ValuesToDraw(std::int64_t first, std::span<double> values) {
-    if (!MayRead()) {
-        return HistoryAnswer::kNotLoaded;
-    }
-    const std::uint64_t read_before = m_reader.BytesRead();
-    const HistoryAnswer answer = Values(first, values);
-    if (m_budget != nullptr) {
-        const bool is_long = values.size() > kLinesPerBlock;
-        m_budget->Spend(
-            m_reader.BytesRead() - read_before,
-            is_long ? ReadingBudget::kBytesPerUnitOfValues : ReadingBudget::kBytesPerUnit);
-    }
-    return answer;
+    const bool is_long = values.size() > kLinesPerBlock;
+    return ReadWithinBudget(
+        is_long ? ReadingBudget::kBytesPerUnitOfValues : ReadingBudget::kBytesPerUnit,
+        [&] { Values(first, values); });
 }
 
 void RecordingHistory::Announce(const LineRange& lines, const ColumnOutline& column) {

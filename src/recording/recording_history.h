@@ -27,6 +27,7 @@ class ReadingBudget {
 
     void Renew(std::uint64_t units) { m_left = units; }
     [[nodiscard]] bool IsSpent() const { return m_left == 0; }
+    /// A look that has read so much.
     void Spend(std::uint64_t bytes_read, std::uint64_t bytes_per_unit = kBytesPerUnit) {
         if (m_left != kUnlimited) {
             m_left -= std::min(m_left, 1 + bytes_read / bytes_per_unit);
@@ -76,6 +77,19 @@ class RecordingHistory final : public History {
     void LookAt(std::span<const std::int64_t> bounds, Detail detail, Closeness closeness,
                 std::span<ColumnOutline> columns);
     [[nodiscard]] bool MayRead() const { return m_budget == nullptr || !m_budget->IsSpent(); }
+    /// Lets `read` read, and counts what it has read; kNotLoaded when the budget is spent.
+    template <typename Read>
+    HistoryAnswer ReadWithinBudget(std::uint64_t bytes_per_unit, Read read) {
+        if (!MayRead()) {
+            return HistoryAnswer::kNotLoaded;
+        }
+        const std::uint64_t before = m_reader.BytesRead();
+        read();
+        if (m_budget != nullptr) {
+            m_budget->Spend(m_reader.BytesRead() - before, bytes_per_unit);
+        }
+        return HistoryAnswer::kAll;
+    }
 
     RecordingReader& m_reader;
     const std::size_t m_axis;
